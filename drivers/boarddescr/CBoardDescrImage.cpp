@@ -1,0 +1,129 @@
+#include "CBoardDescr.h"
+
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "ByteOrder.h"
+#include "ImageCursor.h"
+
+// The image of the tag list, and the device file it lies in.
+
+namespace {
+
+constexpr unsigned HEADER_BYTES = 4;
+constexpr unsigned END_CLEARED = 0x0000;
+constexpr unsigned END_ERASED = 0xFFFF;
+
+constexpr char TOO_SMALL[] = "CORRUPTED BOARD DESCRIPTOR: id=%u has invalid field length (chunkLen=%u is too "
+                             "small) at pos=%u";
+constexpr char OVERFLOWS[] =
+    "CORRUPTED BOARD DESCRIPTOR: id=%u has invalid field length (len=%u overflow the "
+    "buffer size %u) at pos=%u";
+constexpr char OPEN_FAILED[] = "FAILED TO OPEN DEVICE '%s'";
+constexpr char READ_FAILED[] = "FAILED TO READ DEVICE '%s'";
+constexpr char WRITE_FAILED[] = "FAILED TO WRITE DEVICE '%s'";
+constexpr char IMAGE_TOO_LARGE[] = "FAILED TO WRITE DEVICE '%s': DEV SIZE=%d, BD SIZE=%d";
+
+void appendUInt16(TString<char>& image, unsigned value) {
+    char bytes[2];
+    uint16_htonc(static_cast<unsigned short>(value), bytes, sizeof bytes);
+    image.concat(bytes, sizeof bytes);
+}
+
+} // namespace
+
+XCode CBoardDescr::importBD(const TString<char>& image, String& error) {
+    m_tags.clear();
+    ImageCursor cursor(image);
+    while (cursor.hasChunk()) {
+        const unsigned start = cursor.position();
+        const unsigned id = cursor.takeUInt16();
+        if (id == END_CLEARED || id == END_ERASED) {
+            m_tags.append(BD::Tag(0));
+            return XCode();
+        }
+        const unsigned chunkLength = cursor.takeUInt16();
+        if (chunkLength < HEADER_BYTES) {
+            error = String::format(TOO_SMALL, id, chunkLength, start + 2);
+            return XCode(XCode::FAILURE);
+        }
+        const unsigned dataLength = chunkLength - HEADER_BYTES;
+        BD::Tag tag(static_cast<BD::TagId>(id));
+        if (!cursor.takeBytes(dataLength, tag.data)) {
+            error = String::format(OVERFLOWS, id, dataLength, cursor.size(), start + HEADER_BYTES);
+            return XCode(XCode::FAILURE);
+        }
+        tag.length = dataLength;
+        m_tags.append(std::move(tag));
+    }
+    return XCode();
+}
+
+XCode CBoardDescr::exportBD(TString<char>& image, String&) {
+    for (const BD::Tag& tag : m_tags) {
+        const unsigned padding = tag.length % 2;
+        appendUInt16(image, static_cast<unsigned>(tag.id));
+        appendUInt16(image, tag.length + padding + HEADER_BYTES);
+        image.concat(tag.data);
+        image.concat("", padding);
+    }
+    return XCode();
+}
+
+XCode CBoardDescr::readBD(String& error) {
+    TString<char> image;
+    XCode status = readRawBD(image, error);
+    return status.isSuccess() ? importBD(image, error) : status;
+}
+
+XCode CBoardDescr::writeBD(String& error) {
+    TString<char> image;
+    XCode status = exportBD(image, error);
+    return status.isSuccess() ? writeRawBD(image, error) : status;
+}
+
+XCode CBoardDescr::readRawBD(TString<char>& image, String& error) {
+    if (!m_devicePath)
+        return XCode(XCode::FAILURE);
+    std::vector<char> chunk(m_readChunk);
+    const int device = ::open(m_devicePath, O_RDONLY);
+    if (device < 0) {
+        error = String::format(OPEN_FAILED, m_devicePath);
+        return XCode(XCode::FAILURE);
+    }
+    ssize_t got;
+    while ((got = ::read(device, chunk.data(), chunk.size())) > 0)
+        image.concat(chunk.data(), static_cast<unsigned>(got));
+    ::close(device);
+    if (got < 0) {
+        error = String::format(READ_FAILED, m_devicePath);
+        return XCode(XCode::FAILURE);
+    }
+    return XCode();
+}
+
+XCode CBoardDescr::writeRawBD(const TString<char>& image, String& error) {
+    if (!m_devicePath)
+        return XCode(XCode::FAILURE);
+    if (m_deviceSize <= image.length()) {
+        error = String::format(IMAGE_TOO_LARGE, m_devicePath, static_cast<int>(m_deviceSize),
+                               static_cast<int>(image.length()));
+        return XCode(XCode::FAILURE);
+    }
+    const int device = ::open(m_devicePath, O_WRONLY);
+    if (device < 0) {
+        error = String::format(OPEN_FAILED, m_devicePath);
+        return XCode(XCode::FAILURE);
+    }
+    // In one call: an EEPROM must not be left half written by whatever happens between two.
+    const ssize_t written = ::write(device, image.data(), image.length());
+    ::close(device);
+    if (written < 0) {
+        error = String::format(WRITE_FAILED, m_devicePath);
+        return XCode(XCode::FAILURE);
+    }
+    return XCode();
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "ByteOrder.h"
+#include "TString.h"
+
+/// Reads a descriptor image from front to back and never outside it. `position` never exceeds the size.
+class ImageCursor {
+public:
+    explicit ImageCursor(const TString<char>& image) : m_image(image) {}
+
+    unsigned size() const { return m_image.length(); }
+    unsigned position() const { return m_position; }
+
+    /// Whether a chunk could begin here: the image ends where not even an identifier is left.
+    bool hasChunk() const { return left() >= 2; }
+
+    /// Takes a 16-bit number; bytes that the image does not have count as 0.
+    unsigned takeUInt16() {
+        const char bytes[] = {m_image[m_position], m_image[m_position + 1]};
+        m_position += left() < 2 ? left() : 2;
+        return cntoh_uint16(bytes, 2);
+    }
+
+    /// Takes `count` bytes into `bytes`; false, and nothing taken, where there are fewer.
+    bool takeBytes(unsigned count, TString<char>& bytes) {
+        if (left() < count)
+            return false;
+        bytes = m_image.substring(m_position, m_position + count);
+        m_position += count;
+        return true;
+    }
+
+private:
+    unsigned left() const { return size() - m_position; }
+
+    const TString<char>& m_image;
+    unsigned m_position = 0;
+};

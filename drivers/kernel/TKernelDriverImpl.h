@@ -1,0 +1,85 @@
+#pragma once
+
+#include "../QueryFaces.h"
+#include "DeviceFile.h"
+#include "TKernelDriver.h"
+
+template <class Interface>
+TKernelDriver<Interface>::TKernelDriver(IDriverRepository* repository, const String& driverName,
+                                        const String& endpointName)
+    : CKernelDriver(repository, driverName, endpointName) {}
+
+template <class Interface>
+TKernelDriver<Interface>::~TKernelDriver() = default;
+
+template <class Interface>
+XCode TKernelDriver<Interface>::queryInterface(const VELM_UUID& iid, void** object) {
+    return query::queryFaces<CKernelDriver, Interface>(*this, iid, object);
+}
+
+template <class Interface>
+unsigned TKernelDriver<Interface>::addRef() {
+    return CKernelDriver::addRef();
+}
+
+template <class Interface>
+unsigned TKernelDriver<Interface>::release() {
+    return CKernelDriver::release();
+}
+
+template <class Interface>
+TYLock* TKernelDriver<Interface>::getLock() {
+    return CKernelDriver::getLock();
+}
+
+template <class Interface>
+bool TKernelDriver<Interface>::isValid() {
+    return m_valid;
+}
+
+template <class Interface>
+XCode TKernelDriver<Interface>::getDescription(String& description) {
+    description = m_description;
+    return XCode();
+}
+
+template <class Interface>
+XCode TKernelDriver<Interface>::askPathAndDescription() {
+    XCode status = sendReceiveMessage(MSG_GET_FILE_PATH, m_path);
+    return status.isSuccess() ? sendReceiveMessage(MSG_GET_DESCRIPTION, m_description) : status;
+}
+
+template <class Interface>
+XCode TKernelDriver<Interface>::tryDevice() {
+    if (!devicefile::canOpen(m_path.c_str()))
+        return XCode(XCode::FAILURE); // once valid, a driver stays valid
+    m_valid = true;
+    return XCode();
+}
+
+template <class Interface>
+XCode TKernelDriver<Interface>::handshake() {
+    XCode status = askPathAndDescription();
+    return status.isSuccess() ? tryDevice() : status;
+}
+
+template <class Interface>
+template <class Answer>
+XCode TKernelDriver<Interface>::handshake(Message question, Answer& answer) {
+    XCode status = askPathAndDescription();
+    if (status.isSuccess())
+        status = sendReceiveMessage(question, answer);
+    return status.isSuccess() ? tryDevice() : status;
+}
+
+template <class Interface>
+XCode TKernelDriver<Interface>::readDevice(unsigned width, int& number) const {
+    return m_valid && devicefile::readDecimal(m_path.c_str(), width, number) ? XCode()
+                                                                             : XCode(XCode::FAILURE);
+}
+
+template <class Interface>
+XCode TKernelDriver<Interface>::writeDevice(unsigned width, unsigned number) const {
+    return m_valid && devicefile::writeDecimal(m_path.c_str(), width, number) ? XCode()
+                                                                              : XCode(XCode::FAILURE);
+}

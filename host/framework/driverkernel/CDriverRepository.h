@@ -1,0 +1,24 @@
+#pragma once
+
+#include <vector>
+
+#include "IDriver.h"
+#include "IDriverRepository.h"
+
+/// The repository behind DRIVER::INSTANCE(). Keeps one counted reference to each driver, in the order of
+/// registration. No reference is given back, and no driver is asked, while the lock is held: a driver's
+/// destructor or query may come back here from another lock.
+class CDriverRepository : public IDriverRepository {
+public:
+    XCode registerDriver(IDriver* driver) override;
+    XCode unregisterDriver(const String& name) override;
+    XCode queryDriver(const String& name, const VELM_UUID& iid, void** object) override;
+    void getDriverNames(VELM_List<String>& names) override;
+    TYLock* getLock() override;
+
+private:
+    std::vector<TYPtr<IDriver>>::iterator find(const String& name);
+
+    TYRecursiveLock m_lock;
+    std::vector<TYPtr<IDriver>> m_drivers;
+};

@@ -1,0 +1,5 @@
+#include "YES_NO.h"
+
+const char* YES_NO(bool value) {
+    return value ? "yes" : "no";
+}

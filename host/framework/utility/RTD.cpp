@@ -1,0 +1,48 @@
+#include "RTD.h"
+
+#include <cstdlib>
+
+#include <unistd.h>
+
+namespace RTD {
+
+LogSink::~LogSink() = default;
+Monitor::~Monitor() = default;
+
+namespace {
+
+void writeToStandardError(const String& category, int level, const String& text) {
+    static const int highest = [] {
+        const char* const set = std::getenv("BOARD_LOG_LEVEL");
+        return set ? String(set).toInteger() : 3;
+    }();
+    if (level > highest)
+        return;
+    // One write a line, so that lines of several threads and processes stay whole.
+    const String line = String::format("%s %d: %s\n", category.c_str(), level, text.c_str());
+    if (::write(STDERR_FILENO, line.c_str(), line.length()) < 0)
+        return; // nobody left to tell
+}
+
+std::atomic<LogSink*> currentSink{nullptr};
+
+} // namespace
+
+void VSYSLOG(const String& category, int level, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const String text = String::vformat(format, arguments);
+    va_end(arguments);
+    if (LogSink* const sink = currentSink.load(std::memory_order_acquire))
+        sink->write(category, level, text);
+    else
+        writeToStandardError(category, level, text);
+}
+
+LogSink* SET_LOG_SINK(LogSink* sink) {
+    return currentSink.exchange(sink, std::memory_order_acq_rel);
+}
+
+} // namespace RTD
+
+std::atomic<RTD::Monitor*> MON_EVENT{nullptr};

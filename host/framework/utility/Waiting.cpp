@@ -1,0 +1,63 @@
+#include "Waiting.h"
+
+#include <csignal>
+#include <mutex>
+
+namespace waiting {
+
+namespace {
+
+void setBlocked(bool blocked) {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, wakeSignal());
+    pthread_sigmask(blocked ? SIG_BLOCK : SIG_UNBLOCK, &signals, nullptr);
+}
+
+} // namespace
+
+int wakeSignal() {
+    return SIGURG;
+}
+
+void installHandler() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        struct sigaction action {};
+        action.sa_handler = [](int) {};
+        sigemptyset(&action.sa_mask);
+        action.sa_flags = 0; // without SA_RESTART: the waiting call must come back
+        sigaction(wakeSignal(), &action, nullptr);
+    });
+}
+
+State*& current() {
+    static thread_local State* state = nullptr;
+    return state;
+}
+
+bool stopRequested() {
+    const State* const state = current();
+    return state && state->stopRequested.load(std::memory_order_acquire);
+}
+
+void endIfStopped() {
+    if (stopRequested())
+        throw ThreadStopped();
+}
+
+Window::Window(State* state) : m_state(state) {
+    if (!m_state)
+        return;
+    m_state->inCall.store(true, std::memory_order_release);
+    setBlocked(false);
+}
+
+Window::~Window() {
+    if (!m_state)
+        return;
+    setBlocked(true);
+    m_state->inCall.store(false, std::memory_order_release);
+}
+
+} // namespace waiting

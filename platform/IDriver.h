@@ -1,0 +1,22 @@
+#pragma once
+
+#include "IUnknown.h"
+
+class IDriverRepository;
+class String;
+
+/// A driver object, as a repository keeps it.
+class IDriver : public IUnknown {
+public:
+    static const VELM_UUID& IID();
+
+    /// Which kind of driver this is. The same for all objects of one class.
+    virtual const VELM_UUID& getDID() const = 0;
+
+    /// The name under which a repository keeps this object.
+    virtual const String& getDriverName() const = 0;
+
+    /// The repository this driver belongs to, or null. Not counted.
+    virtual IDriverRepository* getDriverRepository() = 0;
+    virtual void setDriverRepository(IDriverRepository* repository) = 0;
+};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <vector>
+
+#include "String.h"
+
+/// Takes the rows of an information dump and keeps them in order.
+class InfoContainer {
+public:
+    struct Row {
+        unsigned level;
+        unsigned index;
+        String key;
+        String value;
+    };
+
+    InfoContainer& add(unsigned level, unsigned index, const String& key, const String& value);
+
+    const std::vector<Row>& getRows() const { return m_rows; }
+
+private:
+    std::vector<Row> m_rows;
+};

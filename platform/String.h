@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdarg>
+#include <string>
+
+/// The framework's text string: a value that owns its bytes, zero bytes included.
+///
+/// Positions and lengths count bytes. Operations that return `String&` return the string itself. Running out
+/// of memory throws std::bad_alloc; nothing else fails. A string may be used by one thread at a time; reading
+/// one string from several threads is safe.
+class String {
+public:
+    String() = default;
+
+    /// A copy of the zero-terminated `text`; null gives the empty string.
+    String(const char* text) : m_text(text ? text : "") {}
+
+    /// A copy of `length` bytes; null gives the empty string.
+    String(const char* bytes, unsigned length) : m_text(bytes ? bytes : "", bytes ? length : 0) {}
+
+    /// The empty string that lives as long as the process.
+    static const String& EMPTY();
+
+    /// The text that printf would print.
+    static String format(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+    static String vformat(const char* format, va_list arguments) __attribute__((format(printf, 1, 0)));
+
+    /// Appends the text that printf would print.
+    String& concatf(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    String& concat(const String& text);
+    String& operator+=(const String& text) { return concat(text); }
+
+    /// The bytes followed by a zero byte; valid until the string changes.
+    const char* c_str() const { return m_text.c_str(); }
+    unsigned length() const { return static_cast<unsigned>(m_text.size()); }
+    bool isEmpty() const { return m_text.empty(); }
+
+    /// Removes blanks, tabs, newlines, carriage returns, form feeds and vertical tabs at both ends.
+    String& trim();
+
+    /// Converts the ASCII letters a to z; every other byte stays.
+    String& toUpperCase();
+
+    bool startsWith(const String& prefix) const;
+
+    /// The signed number at the start of the text, after blanks, clamped to 32 bits on every machine; 0 where
+    /// there is none. `base` is 2 to 36, or 0 for the prefixes of C; with base 16 a prefix "0x" may stand.
+    int toInteger(int base = 10) const;
+
+    /// The decimal number at the start of the text, after blanks, clamped to 0..4294967295 (a negative number
+    /// is 0); 0 where there is none.
+    unsigned toUInt() const;
+
+    friend bool operator==(const String& a, const String& b) { return a.m_text == b.m_text; }
+    friend bool operator!=(const String& a, const String& b) { return a.m_text != b.m_text; }
+    /// Byte order, so that strings can be keys.
+    friend bool operator<(const String& a, const String& b) { return a.m_text < b.m_text; }
+
+private:
+    std::string m_text;
+};

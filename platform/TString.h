@@ -1,0 +1,44 @@
+#pragma once
+
+#include <vector>
+
+/// The framework's growable buffer of elements, zeros allowed; `TString<char>` holds tag data and EEPROM
+/// images. A value: a copy shares nothing. Running out of memory throws std::bad_alloc.
+template <class T>
+class TString {
+public:
+    TString() = default;
+
+    /// A copy of `length` elements; null gives an empty buffer.
+    TString(const T* elements, unsigned length) { concat(elements, length); }
+
+    TString& concat(const T* elements, unsigned length) {
+        if (elements)
+            m_elements.insert(m_elements.end(), elements, elements + length);
+        return *this;
+    }
+
+    TString& concat(const TString& other) {
+        m_elements.reserve(m_elements.size() + other.m_elements.size());
+        return concat(other.data(), other.length());
+    }
+
+    /// The elements from `start` up to, not including, `end`; what lies outside the buffer is left out.
+    TString substring(unsigned start, unsigned end) const {
+        const unsigned last = end < length() ? end : length();
+        return start < last ? TString(data() + start, last - start) : TString();
+    }
+
+    /// The element at `index`; 0 past the end.
+    T operator[](unsigned index) const { return index < length() ? m_elements[index] : T(); }
+
+    /// The elements; may be null when there are none. Valid until the buffer changes.
+    const T* data() const { return m_elements.data(); }
+    unsigned length() const { return static_cast<unsigned>(m_elements.size()); }
+
+    friend bool operator==(const TString& a, const TString& b) { return a.m_elements == b.m_elements; }
+    friend bool operator!=(const TString& a, const TString& b) { return a.m_elements != b.m_elements; }
+
+private:
+    std::vector<T> m_elements;
+};

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <cstddef>
+#include <iterator>
+#include <type_traits>
+#include <utility>
+
+/// A circular, doubly linked list with one sentinel and a count. Elements are held by value. An iterator is a
+/// position: an element, or the sentinel, which is the end; it stays valid until its element is removed. Not
+/// copied; one thread at a time.
+template <class T>
+class VELM_List {
+    struct Link {
+        Link* next;
+        Link* previous;
+    };
+    struct Element : Link {
+        explicit Element(T&& v) : Link{}, value(std::move(v)) {}
+        T value;
+    };
+
+    template <class Value, class LinkPointer>
+    class Position {
+    public:
+        using iterator_category = std::bidirectional_iterator_tag;
+        using value_type = T;
+        using difference_type = std::ptrdiff_t;
+        using pointer = Value*;
+        using reference = Value&;
+
+        Position() = default;
+        /// A position that may change elements is also one that may not.
+        operator Position<const T, const Link*>() const { return Position<const T, const Link*>(m_link); }
+
+        Value& operator*() const { return static_cast<ElementOf>(m_link)->value; }
+        Value* operator->() const { return &**this; }
+        Position& operator++() {
+            m_link = m_link->next;
+            return *this;
+        }
+        Position& operator--() {
+            m_link = m_link->previous;
+            return *this;
+        }
+        friend bool operator==(Position a, Position b) { return a.m_link == b.m_link; }
+        friend bool operator!=(Position a, Position b) { return a.m_link != b.m_link; }
+
+    private:
+        friend class VELM_List;
+        template <class, class>
+        friend class Position;
+        using ElementOf = std::conditional_t<std::is_const_v<Value>, const Element*, Element*>;
+        explicit Position(LinkPointer link) : m_link(link) {}
+        LinkPointer m_link = nullptr;
+    };
+
+public:
+    using Iterator = Position<T, Link*>;
+    using ConstIterator = Position<const T, const Link*>;
+
+    VELM_List() : m_sentinel{&m_sentinel, &m_sentinel} {}
+    ~VELM_List() { clear(); }
+    VELM_List(const VELM_List&) = delete;
+    VELM_List& operator=(const VELM_List&) = delete;
+
+    Iterator begin() { return Iterator(m_sentinel.next); }
+    Iterator end() { return Iterator(&m_sentinel); }
+    ConstIterator begin() const { return ConstIterator(m_sentinel.next); }
+    ConstIterator end() const { return ConstIterator(&m_sentinel); }
+
+    unsigned size() const { return m_count; }
+    bool isEmpty() const { return m_count == 0; }
+
+    /// Links `value` in just before `position` (at the end, before the sentinel). Returns its position.
+    Iterator insert(Iterator position, T value) {
+        Link* element = new Element(std::move(value));
+        element->next = position.m_link;
+        element->previous = position.m_link->previous;
+        element->previous->next = element;
+        element->next->previous = element;
+        ++m_count;
+        return Iterator(element);
+    }
+
+    Iterator append(T value) { return insert(end(), std::move(value)); }
+
+    /// Removes and destroys the element at `position`, which must not be the end. Returns the next position.
+    Iterator remove(Iterator position) {
+        Link* const link = position.m_link;
+        Link* const next = link->next;
+        link->previous->next = next;
+        next->previous = link->previous;
+        --m_count;
+        delete static_cast<Element*>(link);
+        return Iterator(next);
+    }
+
+    void clear() {
+        while (!isEmpty())
+            remove(begin());
+    }
+
+private:
+    Link m_sentinel;
+    unsigned m_count = 0;
+};

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <initializer_list>
+
+/// Identifier of a driver, a class or an interface: a handle to a shared representation of 16 value bytes and
+/// a name text. Two identifiers are equal when they share the representation or their 16 bytes are equal; the
+/// name does not count. Handles may be copied and compared by several threads.
+class VELM_UUID {
+public:
+    struct Value {
+        std::uint8_t bytes[16];
+    };
+    struct Rep {
+        Value value;
+        std::atomic<std::uint32_t> count; ///< references; STATIC_COUNT: never counted, never freed
+        const char* name;                 ///< never freed
+    };
+    static constexpr std::uint32_t STATIC_COUNT = 0xFFFFFFFFU;
+
+    /// The value of a canonical text such as "D929FF9E-CA63-4E4D-91E4-ABA61F54A9B2". In memory the first
+    /// three groups are little-endian: 9e ff 29 d9 63 ca 4d 4e 91 e4 ... As a constant, a wrong text does not
+    /// compile.
+    static constexpr Value parse(const char (&text)[37]) {
+        constexpr int ORDER[16] = {6, 4, 2, 0, 11, 9, 16, 14, 19, 21, 24, 26, 28, 30, 32, 34};
+        Value value{};
+        for (int i = 0; i < 16; ++i)
+            value.bytes[i] =
+                static_cast<std::uint8_t>(digit(text[ORDER[i]]) * 16 + digit(text[ORDER[i] + 1]));
+        for (int dash : {8, 13, 18, 23})
+            if (text[dash] != '-')
+                throw "an identifier's groups are parted by hyphens";
+        return value;
+    }
+
+    /// A handle to `rep`; counts a reference unless the representation is static.
+    explicit VELM_UUID(Rep& rep);
+
+    /// A handle to a new, counted representation. `name` must outlive it.
+    VELM_UUID(const Value& value, const char* name);
+
+    VELM_UUID(const VELM_UUID& other);
+    VELM_UUID& operator=(const VELM_UUID& other);
+    ~VELM_UUID();
+
+    const char* getName() const { return m_rep->name; }
+    const Value& getValue() const { return m_rep->value; }
+
+    friend bool operator==(const VELM_UUID& a, const VELM_UUID& b) { return a.equals(b); }
+    friend bool operator!=(const VELM_UUID& a, const VELM_UUID& b) { return !a.equals(b); }
+
+private:
+    bool equals(const VELM_UUID& other) const;
+    static constexpr int digit(char c) {
+        return c >= '0' && c <= '9'   ? c - '0'
+               : c >= 'A' && c <= 'F' ? c - 'A' + 10
+               : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                                      : throw "an identifier has hexadecimal digits only";
+    }
+    static Rep* acquire(Rep* rep);
+    static void drop(Rep* rep);
+
+    Rep* m_rep;
+};
+
+/// Defines the function `accessor`, which returns a handle to a static representation. The handle is made on
+/// the first call, safely on several threads.
+#define VELM_DEFINE_UUID(accessor, text, name)                                                               \
+    const VELM_UUID& accessor {                                                                              \
+        constexpr VELM_UUID::Value VALUE = VELM_UUID::parse(text);                                           \
+        static VELM_UUID::Rep rep{VALUE, {VELM_UUID::STATIC_COUNT}, name};                                   \
+        static const VELM_UUID identifier(rep);                                                              \
+        return identifier;                                                                                   \
+    }

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+
+class String;
+
+/// The status that nearly every operation returns: code 0 is success, -1 the ordinary failure; a message may
+/// go with it.
+///
+/// One machine word. Without a message the word is the code shifted left by one with the low bit set, so
+/// success is the word 1 and the plain failure the word of all ones. With a message, or for a code outside
+/// -2^30..2^30-1, it is a pointer to a record that this object owns; a copy copies the record.
+class [[nodiscard]] XCode {
+public:
+    static constexpr std::int32_t SUCCESS = 0;
+    static constexpr std::int32_t FAILURE = -1;
+
+    XCode() noexcept : m_word(1) {}
+    explicit XCode(std::int32_t code);
+    XCode(std::int32_t code, const String& message);
+    XCode(const XCode& other);
+    XCode(XCode&& other) noexcept;
+    XCode& operator=(const XCode& other);
+    XCode& operator=(XCode&& other) noexcept;
+    ~XCode();
+
+    std::int32_t getCode() const noexcept;
+    bool isSuccess() const noexcept { return getCode() == SUCCESS; }
+
+    /// The message; the empty string where there is none. Valid while this object is unchanged.
+    const String& getMessage() const noexcept;
+
+private:
+    struct Record;
+    bool isInline() const noexcept { return (m_word & 1U) != 0; }
+    Record* record() const noexcept;
+
+    std::uintptr_t m_word;
+};
