@@ -16,7 +16,8 @@ struct Tag {
     XCode setData(const TString<char>& bytes);
 
     /// The same for `n` bytes. With null the data becomes empty and `length` becomes `n` all the same, so
-    /// `length` may exceed what is held; every reader counts the missing bytes as 0.
+    /// `length` may exceed what is held: numbers and addresses count the missing bytes as 0, texts and dumps
+    /// end with what is held.
     XCode setData(const char* bytes, unsigned n);
 
     /// The number where `length` is what the kind needs (1, 2, 4), else 0.

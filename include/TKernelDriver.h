@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CKernelDriver.h"
+#include "KernelMessage.h"
 
 /// The shape that all drivers in front of a kernel driver share: `Interface` is the one they add to the
 /// framework's. At connection the kernel driver is asked for the path of a device file and a description;
@@ -22,20 +23,12 @@ public:
     XCode getDescription(String& description) override;
 
 protected:
-    /// What kernel drivers are asked at connection, and the type of the answer.
-    enum Message : unsigned {
-        MSG_GET_FILE_PATH = 7,   ///< String
-        MSG_GET_BI_STATUS = 8,   ///< bool
-        MSG_GET_DESCRIPTION = 9, ///< String
-        MSG_GET_MAXIMUM = 10,    ///< unsigned
-    };
-
     /// The connect handshake: path, description, proof that the file can be opened. The first step that
     /// fails ends it with that step's status; answers received before are kept.
     XCode handshake();
     /// The same with one question more, before the file is tried.
     template <class Answer>
-    XCode handshake(Message question, Answer& answer);
+    XCode handshake(KernelMessage question, Answer& answer);
 
     /// Reads the number at the start of the device file, of which `width` bytes at most count; 0 where there
     /// is none. `number` is left as it was on failure: not valid, or the file can't be opened.

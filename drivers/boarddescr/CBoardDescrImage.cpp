@@ -36,8 +36,10 @@ void appendUInt16(TString<char>& image, unsigned value) {
 } // namespace
 
 XCode CBoardDescr::importBD(const TString<char>& image, String& error) {
+    // It may be the data of a tag in this list.
+    const TString<char> held(image); // NOLINT(performance-unnecessary-copy-initialization)
     m_tags.clear();
-    ImageCursor cursor(image);
+    ImageCursor cursor(held);
     while (cursor.hasChunk()) {
         const unsigned start = cursor.position();
         const unsigned id = cursor.takeUInt16();

@@ -70,9 +70,10 @@ String hexDump(const BD::Tag& tag) {
     return tag.getDataAsHexString(dump);
 }
 
+/// The text as it is printed: it ends at a zero byte, such as the one that storing adds to an odd length.
 String text(const BD::Tag& tag) {
     String value;
-    return tag.getDataString(value);
+    return String(tag.getDataString(value).c_str());
 }
 
 /// Writes the rows of one report: the header, and tags two levels below it while that is deep enough.

@@ -1,6 +1,7 @@
 #include "CBoardDescr.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "ByteOrder.h"
 #include "StringTokenizer.h"
@@ -148,6 +149,6 @@ XCode CBoardDescr::insertMacAddress(unsigned index, const String& mac, unsigned 
 }
 
 XCode CBoardDescr::addMacAddress(const String& mac, unsigned iface) {
-    const unsigned count = getNumberOfTag(MAC_TAG);
-    return insertMacAddress(count == 0 ? 0 : count - 1, mac, iface);
+    // Not through the virtual table: a board that replaces one of the two keeps the other.
+    return CBoardDescr::insertMacAddress(std::numeric_limits<unsigned>::max(), mac, iface);
 }

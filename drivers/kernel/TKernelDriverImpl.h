@@ -65,7 +65,7 @@ XCode TKernelDriver<Interface>::handshake() {
 
 template <class Interface>
 template <class Answer>
-XCode TKernelDriver<Interface>::handshake(Message question, Answer& answer) {
+XCode TKernelDriver<Interface>::handshake(KernelMessage question, Answer& answer) {
     XCode status = askPathAndDescription();
     if (status.isSuccess())
         status = sendReceiveMessage(question, answer);

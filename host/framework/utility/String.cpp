@@ -8,7 +8,7 @@
 
 namespace {
 
-std::string formatted(const char* format, va_list arguments) {
+__attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
     va_list measured;
     va_copy(measured, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, measured);
@@ -32,7 +32,7 @@ const String& String::EMPTY() {
 String String::format(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const String result = vformat(format, arguments);
+    String result = vformat(format, arguments);
     va_end(arguments);
     return result;
 }

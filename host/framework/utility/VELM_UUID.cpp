@@ -1,6 +1,7 @@
 #include "VELM_UUID.h"
 
 #include <cstring>
+#include <utility>
 
 VELM_UUID::Rep* VELM_UUID::acquire(Rep* rep) {
     if (rep->count.load(std::memory_order_relaxed) != STATIC_COUNT)
@@ -21,9 +22,8 @@ VELM_UUID::VELM_UUID(const Value& value, const char* name) : m_rep(new Rep{value
 VELM_UUID::VELM_UUID(const VELM_UUID& other) : m_rep(acquire(other.m_rep)) {}
 
 VELM_UUID& VELM_UUID::operator=(const VELM_UUID& other) {
-    Rep* const former = m_rep;
-    m_rep = acquire(other.m_rep);
-    drop(former);
+    VELM_UUID copy(other);
+    std::swap(m_rep, copy.m_rep);
     return *this;
 }
 

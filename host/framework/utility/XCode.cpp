@@ -23,7 +23,7 @@ std::uintptr_t inlineWord(std::int32_t code) {
 } // namespace
 
 XCode::Record* XCode::record() const noexcept {
-    return reinterpret_cast<Record*>(m_word);
+    return reinterpret_cast<Record*>(m_word); // NOLINT(performance-no-int-to-ptr): one word holds either
 }
 
 XCode::XCode(std::int32_t code)

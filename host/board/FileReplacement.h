@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+
+namespace board {
+
+/// Replaces the content of a file so that every reader sees the old or the new content whole, and writers
+/// take turns.
+///
+/// A file is locked where it lies behind symbolic links, rewritten beside itself with its owner and mode,
+/// synced and renamed into place. What can't be replaced that way, a device or a file of the system's device
+/// tree, is locked itself and written from its start in one call. One thread at a time.
+class FileReplacement {
+public:
+    /// Waits for the lock on `path`. A file that does not exist yet is made by `commit`; nothing is locked
+    /// then. Throws Error for folders, pipes and sockets, and where the file can't be opened or locked.
+    explicit FileReplacement(const std::string& path);
+
+    /// Gives the lock back. Without a commit the file is as it was.
+    ~FileReplacement();
+    FileReplacement(const FileReplacement&) = delete;
+    FileReplacement& operator=(const FileReplacement&) = delete;
+
+    /// Makes `bytes` the content. Throws Error with the reason; a file then is as it was, a device may hold
+    /// part of the bytes.
+    void commit(const std::string& bytes);
+
+private:
+    void rewriteBeside(const std::string& bytes) const;
+    void writeInPlace(const std::string& bytes) const;
+
+    const std::string m_path; ///< as the user named it, for messages
+    std::string m_target;     ///< behind symbolic links
+    int m_descriptor = -1;    ///< the lock; -1 where the file does not exist yet
+    bool m_inPlace = false;
+};
+
+/// One replacement from lock to commit.
+void replaceFile(const std::string& path, const std::string& bytes);
+
+} // namespace board

@@ -1,0 +1,128 @@
+#include "Host.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "CFanControl.h"
+#include "DRIVER.h"
+#include "Error.h"
+#include "IDriverRepository.h"
+#include "KernelEndpoint.h"
+
+namespace board {
+
+namespace {
+
+/// Lets a fan's drive obey what is written to it, where the board wants that said first.
+void enable(const std::string& path) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    const bool written = file >= 0 && ::write(file, "1", 1) == 1;
+    const int error = errno;
+    if (file >= 0)
+        ::close(file);
+    if (!written)
+        throw Error(path + ": can't enable: " + std::strerror(error));
+}
+
+/// Refuses a file that would keep a reader waiting, as a pipe does: a driver must not hang in its first open.
+void expectDeviceFile(const std::string& path, bool mayBeCharacterDevice) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+        return; // not there: the driver finds that out by itself
+    if (S_ISCHR(status.st_mode) ? !mayBeCharacterDevice
+                                : !S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode))
+        throw Error(path + ": is no device file (expected a file" +
+                    (mayBeCharacterDevice ? " or a device)" : " or a block device)"));
+}
+
+/// Drivers tell that a file can't be opened, not why.
+void expectReadable(const std::string& path) {
+    if (::access(path.c_str(), R_OK) != 0)
+        throw Error(path + ": can't open: " + std::strerror(errno));
+}
+
+String endpointOf(const std::string& driverName) {
+    return String::format("kernel.%s", driverName.c_str());
+}
+
+} // namespace
+
+Host::Host(const Profile& profile, const DeviceLocator& locator) {
+    for (const FanProfile& fan : profile.fans)
+        addKernelDriver<CFanControl>("fan", fan, fan.enable, locator, {answer(MSG_GET_MAXIMUM, fan.maximum)});
+    if (profile.descriptor)
+        addDescriptor(*profile.descriptor, locator);
+}
+
+Host::~Host() {
+    for (const String& name : m_registered)
+        static_cast<void>(DRIVER::INSTANCE()->unregisterDriver(name));
+    for (const TYPPtr<CKernelDriver>& driver : m_kernelDrivers)
+        driver->close();
+}
+
+std::string Host::faultOf(const std::string& name) const {
+    const auto found = std::find_if(m_devices.begin(), m_devices.end(),
+                                    [&](const Device& device) { return device.name == name; });
+    return found != m_devices.end() ? found->fault : std::string();
+}
+
+template <class Driver>
+void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
+                           const std::optional<std::string>& enablePath, const DeviceLocator& locator,
+                           std::vector<MxMsg> answers) {
+    Device device{kind, entry.name, "", ""};
+    const String endpoint = endpointOf(entry.name);
+    const auto driver =
+        TYPPtr<CKernelDriver>::adopt(new Driver(DRIVER::INSTANCE(), entry.name.c_str(), endpoint));
+    try {
+        device.path = locator.locate(entry.device);
+        if (enablePath)
+            enable(locator.locate(*enablePath));
+        expectDeviceFile(device.path, true);
+        expectReadable(device.path);
+        answers.push_back(answer(MSG_GET_FILE_PATH, device.path.c_str()));
+        answers.push_back(answer(MSG_GET_DESCRIPTION, entry.description.c_str()));
+        m_endpoints.push_back(std::make_unique<KernelEndpoint>(endpoint, answers));
+        String message = "the kernel driver can't be connected";
+        if (!driver->open(message).isSuccess())
+            throw Error(message.c_str());
+    } catch (const Error& error) {
+        device.fault = error.what();
+    }
+    m_kernelDrivers.push_back(driver);
+    enroll(std::move(device), *driver);
+}
+
+void Host::addDescriptor(const DescriptorProfile& profile, const DeviceLocator& locator) {
+    Device device{"descriptor", DESCRIPTOR_DRIVER, "", ""};
+    try {
+        device.path = locator.locate(profile.device);
+        expectDeviceFile(device.path, false); // a character device may never come to its end
+        m_descriptorPath = device.path;
+        expectReadable(device.path);
+    } catch (const Error& error) {
+        device.fault = error.what();
+    }
+    m_descriptor = TYPPtr<CBoardDescr>::adopt(
+        m_descriptorPath.empty()
+            ? new CBoardDescr
+            : new CBoardDescr(m_descriptorPath.c_str(), profile.readChunk, profile.size));
+    enroll(std::move(device), *m_descriptor);
+}
+
+void Host::enroll(Device device, IDriver& driver) {
+    const XCode status = DRIVER::INSTANCE()->registerDriver(&driver);
+    if (status.isSuccess())
+        m_registered.push_back(driver.getDriverName());
+    else if (device.fault.empty())
+        device.fault = status.getMessage().c_str();
+    m_devices.push_back(std::move(device));
+}
+
+} // namespace board

@@ -1,0 +1,26 @@
+#include "KernelEndpoint.h"
+
+#include <utility>
+
+#include "Error.h"
+#include "Mx.h"
+
+namespace board {
+
+KernelEndpoint::KernelEndpoint(const String& name, std::vector<MxMsg> answers) : m_name(name) {
+    const XCode published =
+        Mx::publish(name, [answers = std::move(answers)](const MxMsg& request, MxMsg& reply) {
+            for (const MxMsg& answer : answers)
+                if (answer.getCode() == request.getCode())
+                    reply = answer;
+            return XCode();
+        });
+    if (!published.isSuccess())
+        throw Error(published.getMessage().c_str());
+}
+
+KernelEndpoint::~KernelEndpoint() {
+    static_cast<void>(Mx::withdraw(m_name)); // published by this object, so it is there
+}
+
+} // namespace board

@@ -1,0 +1,257 @@
+#include "CBoardDescr.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/DriverFixtures.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using namespace support;
+using Tags = std::vector<std::string>;
+
+std::string corrupted(unsigned id, const std::string& what, unsigned position) {
+    return "CORRUPTED BOARD DESCRIPTOR: id=" + std::to_string(id) + " has invalid field length (" + what +
+           ") at pos=" + std::to_string(position);
+}
+
+std::string tooSmall(unsigned id, unsigned length, unsigned position) {
+    return corrupted(id, "chunkLen=" + std::to_string(length) + " is too small", position);
+}
+
+std::string overflows(unsigned id, unsigned length, unsigned size, unsigned position) {
+    return corrupted(
+        id, "len=" + std::to_string(length) + " overflow the buffer size " + std::to_string(size), position);
+}
+
+/// The first `count` tags.
+Tags first(Tags tags, std::size_t count) {
+    tags.resize(std::min(count, tags.size()));
+    return tags;
+}
+
+class CBoardDescrImageTest : public testing::Test {
+protected:
+    CBoardDescrImageTest() {
+        for (const auto& [id, data] :
+             {std::pair(45, "12 34 AB CD"), {6, ""}, {7, "01 02 03"}, {0x7FFF8123, "FF FF"}, {0, ""}})
+            EXPECT_TRUE(board.addTag(id, fromHex(data)).isSuccess());
+        EXPECT_TRUE(board.exportBD(image, error).isSuccess());
+    }
+
+    /// The error's text, which is empty on success only.
+    std::string load(const TString<char>& from) {
+        error = "";
+        const XCode status = board.importBD(from, error);
+        EXPECT_EQ(status.getCode(), error.isEmpty() ? 0 : -1);
+        return str(error);
+    }
+
+    CBoardDescr board;
+    TString<char> image;
+    String error;
+    // What is on the image: where its chunks begin, and the tags that come back; an odd one comes back
+    // longer.
+    const std::vector<unsigned> starts = {0, 8, 12, 20, 26};
+    const Tags whole = {"45/4:12 34 AB CD", "6/0:", "7/4:01 02 03 00", "33059/2:FF FF", "0/0:"};
+};
+
+TEST_F(CBoardDescrImageTest, TagsAreStoredAsChunksOfEvenSizeBehindWhatTheBufferHolds) {
+    TString<char> bytes = fromHex("EE");
+    ASSERT_TRUE(board.getTag(45, 0, error)->setData(nullptr, 3).isSuccess());
+    EXPECT_TRUE(board.exportBD(bytes, error).isSuccess());
+    EXPECT_EQ(toHex(bytes),
+              "EE 00 2D 00 08 00 00 06 00 04 00 07 00 08 01 02 03 00 81 23 00 06 FF FF 00 00 00 04");
+}
+
+TEST_F(CBoardDescrImageTest, OverlongTagIsStoredWithItsLengthModulo65536AndAllItsData) {
+    const std::pair<unsigned, std::string> rows[] = {
+        {65530, "00 07 FF FE"}, {65531, "00 07 00 00"}, {65533, "00 07 00 02"}};
+    for (const auto& [length, header] : rows) {
+        CBoardDescr one;
+        TString<char> bytes;
+        ASSERT_TRUE(one.addTag(7, TString<char>(std::string(length, 'x').data(), length)).isSuccess());
+        EXPECT_TRUE(one.exportBD(bytes, error).isSuccess());
+        EXPECT_EQ(toHex(bytes.substring(0, 4)), header) << length;
+        EXPECT_EQ(bytes.length(), 4 + length + length % 2) << length;
+    }
+}
+
+TEST_F(CBoardDescrImageTest, ImageLoadsAsItsTagsOrFailsWithTheFaultsPosition) {
+    const struct {
+        std::string image;
+        Tags tags;
+        std::string error;
+    } rows[] = {
+        {"", {}, ""},
+        {"2D", {}, ""},
+        {"00 00", {"0/0:"}, ""},
+        {"FF FF FF", {"0/0:"}, ""},
+        {"00 2D 00 08 12 34 AB CD 00 00 00 05 00 02", {"45/4:12 34 AB CD", "0/0:"}, ""},
+        {"00 2D 00 05 12 FF", {"45/1:12"}, ""},
+        {"FF FE 00 04 00 01 00 04", {"65534/0:", "1/0:"}, ""},
+        {"00 05 00 02", {}, tooSmall(5, 2, 2)},
+        {"00 07 00 05 AA FF FE 00 03 00", {"7/1:AA"}, tooSmall(65534, 3, 7)},
+        {"00 07 00 0A 01 02 03 04 05 06 00 05 00 14 01 02 03 04 05 06",
+         {"7/6:01 02 03 04 05 06"},
+         overflows(5, 16, 20, 14)},
+        {"00 05 00 06 AA", {}, overflows(5, 2, 5, 4)},
+        {"00 05", {}, tooSmall(5, 0, 2)},
+        {"00 05 01", {}, overflows(5, 252, 3, 4)},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(load(fromHex(row.image)), row.error) << row.image;
+        EXPECT_EQ(tagsOf(board), row.tags) << row.image;
+    }
+    EXPECT_EQ(load(TString<char>(std::string(512, '\xFF').data(), 512)), "");
+    EXPECT_EQ(tagsOf(board), Tags{"0/0:"});
+}
+
+TEST_F(CBoardDescrImageTest, EveryPrefixLoadsTheChunksItHoldsAndFailsInsideAChunk) {
+    for (unsigned size = 0; size <= image.length(); ++size) {
+        const std::string text = load(TString<char>(image.data(), size));
+        const auto next = std::upper_bound(starts.begin(), starts.end(), size) - 1;
+        const bool terminated = size >= starts.back() + 2;
+        const auto held = static_cast<std::size_t>(next - starts.begin()) + (terminated ? 1 : 0);
+        EXPECT_EQ(tagsOf(board), first(whole, held)) << "prefix of " << size << " bytes";
+        EXPECT_EQ(text.empty(), terminated || size - *next < 2) << "prefix of " << size << " bytes: " << text;
+    }
+}
+
+TEST_F(CBoardDescrImageTest, DamagedLengthKeepsTheChunksBefore) {
+    const unsigned size = image.length();
+    for (std::size_t chunk = 0; chunk + 1 < starts.size(); ++chunk) {
+        const unsigned at = starts[chunk];
+        const unsigned id = static_cast<unsigned>(std::stoul(whole[chunk]));
+        const auto loadWith = [&](unsigned length) {
+            std::string bytes(image.data(), size);
+            bytes[at + 2] = static_cast<char>(length >> 8);
+            bytes[at + 3] = static_cast<char>(length & 0xFF);
+            const std::string text = load(TString<char>(bytes.data(), size));
+            EXPECT_EQ(first(tagsOf(board), chunk), first(whole, chunk))
+                << "length " << length << " at " << at;
+            return text;
+        };
+        for (unsigned length : {0U, 3U})
+            EXPECT_EQ(loadWith(length), tooSmall(id, length, at + 2));
+        for (unsigned length : {size - at + 1, 0x7FFFU, 0xFFFFU})
+            EXPECT_EQ(loadWith(length), overflows(id, length - 4, size, at + 4));
+        for (unsigned length = 4; length < size - at; ++length)
+            static_cast<void>(loadWith(length));
+        EXPECT_EQ(loadWith(size - at), "");
+        EXPECT_EQ(board.getTags().size(), chunk + 1);
+    }
+}
+
+TEST_F(CBoardDescrImageTest, ImageMayBeATagOfTheListThatItReplaces) {
+    ASSERT_TRUE(board.setTag(7, 0, fromHex("00 2D 00 08 12 34 AB CD"), error).isSuccess());
+    EXPECT_EQ(load(board.getTag(7, 0, error)->data), "");
+    EXPECT_EQ(tagsOf(board), Tags{"45/4:12 34 AB CD"});
+}
+
+/// A descriptor over a device of 512 bytes: the image above, and behind it "xxx...".
+class CBoardDescrDeviceTest : public CBoardDescrImageTest {
+protected:
+    CBoardDescrDeviceTest() { dir.write("eeprom", content); }
+
+    TempDir dir;
+    const std::string path = dir.path("eeprom");
+    const std::string content =
+        std::string(image.data(), image.length()) + std::string(512 - image.length(), 'x');
+    CBoardDescr device{path.c_str(), 128, 512};
+};
+
+TEST_F(CBoardDescrDeviceTest, WholeDeviceIsReadWhateverTheChunkSize) {
+    for (unsigned chunk : {1U, 7U, 128U, 512U, 4096U}) {
+        CBoardDescr reader(path.c_str(), chunk, 512);
+        TString<char> bytes("A", 1);
+        EXPECT_TRUE(reader.readRawBD(bytes, error).isSuccess());
+        EXPECT_EQ(std::string(bytes.data(), bytes.length()), "A" + content) << "chunk " << chunk;
+        EXPECT_TRUE(reader.readBD(error).isSuccess());
+        EXPECT_EQ(tagsOf(reader), whole) << "chunk " << chunk;
+    }
+}
+
+TEST_F(CBoardDescrDeviceTest, StoringKeepsTheBytesBehindTheImageAndLoadingStopsAtTheTerminator) {
+    ASSERT_TRUE(device.addTag(0, fromHex("")).isSuccess());
+    ASSERT_TRUE(device.addTag(7, fromHex("01 02 03")).isSuccess());
+    EXPECT_TRUE(device.writeBD(error).isSuccess());
+    EXPECT_EQ(dir.read("eeprom"),
+              std::string("\0\0\0\x04\0\x07\0\x08\x01\x02\x03\0", 12) + content.substr(12));
+    EXPECT_EQ(tagsOf(device), (Tags{"0/0:", "7/3:01 02 03"}));
+    EXPECT_TRUE(device.readBD(error).isSuccess());
+    EXPECT_EQ(tagsOf(device), Tags{"0/0:"});
+}
+
+TEST_F(CBoardDescrDeviceTest, ImageMustBeSmallerThanTheDevice) {
+    const std::string bytes(512, 'y');
+    expectPlainFailure(device.writeRawBD(TString<char>(bytes.data(), 512), error));
+    EXPECT_EQ(str(error), "FAILED TO WRITE DEVICE '" + path + "': DEV SIZE=512, BD SIZE=512");
+    EXPECT_EQ(dir.read("eeprom"), content);
+    EXPECT_TRUE(device.writeRawBD(TString<char>(bytes.data(), 511), error).isSuccess());
+    EXPECT_EQ(dir.read("eeprom"), bytes.substr(1) + "x");
+}
+
+TEST_F(CBoardDescrDeviceTest, DeviceThatRefusesFailsWithItsPathAndLeavesTheList) {
+    const std::string missing = dir.path("missing");
+    const std::string folder = dir.path(".");
+    const auto refused = [](const char* at, XCode (CBoardDescr::*operation)(String&)) {
+        CBoardDescr one(at, 128, 512);
+        String text;
+        EXPECT_TRUE(one.addTag(7, fromHex("01")).isSuccess());
+        expectPlainFailure((one.*operation)(text));
+        EXPECT_EQ(tagsOf(one), Tags{"7/1:01"});
+        return str(text);
+    };
+    EXPECT_EQ(refused(missing.c_str(), &CBoardDescr::readBD), "FAILED TO OPEN DEVICE '" + missing + "'");
+    EXPECT_EQ(refused(missing.c_str(), &CBoardDescr::writeBD), "FAILED TO OPEN DEVICE '" + missing + "'");
+    EXPECT_EQ(refused(folder.c_str(), &CBoardDescr::readBD), "FAILED TO READ DEVICE '" + folder + "'");
+    EXPECT_EQ(refused("/dev/full", &CBoardDescr::writeBD), "FAILED TO WRITE DEVICE '/dev/full'");
+    EXPECT_EQ(refused(nullptr, &CBoardDescr::readBD), "");
+    EXPECT_EQ(refused(nullptr, &CBoardDescr::writeBD), "");
+    EXPECT_FALSE(std::filesystem::exists(missing));
+}
+
+TEST_F(CBoardDescrDeviceTest, DescriptorZeroIsAsGoodAsAnyAndNoneIsKept) {
+    const auto before = openDescriptors();
+    {
+        const DescriptorZeroFree hole;
+        EXPECT_TRUE(device.readBD(error).isSuccess());
+        EXPECT_TRUE(device.writeBD(error).isSuccess());
+        EXPECT_FALSE(CBoardDescr(dir.path(".").c_str(), 1, 512).readBD(error).isSuccess());
+        EXPECT_TRUE(hole.isStillFree());
+    }
+    EXPECT_EQ(tagsOf(device), whole);
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(CBoardDescrDeviceTest, BoardWithItsOwnDeviceAccessIsAskedForIt) {
+    struct OwnBoard : CBoardDescr {
+        XCode readRawBD(TString<char>& bytes, String&) override {
+            bytes.concat(held);
+            return answer;
+        }
+        XCode writeRawBD(const TString<char>& bytes, String&) override {
+            held = bytes;
+            return answer;
+        }
+        TString<char> held;
+        XCode answer;
+    } own;
+    own.held = image;
+    EXPECT_TRUE(own.readBD(error).isSuccess());
+    EXPECT_EQ(tagsOf(own), whole);
+    own.held = TString<char>();
+    own.answer = XCode(-9, "BUS BUSY");
+    EXPECT_EQ(str(own.readBD(error).getMessage()), "BUS BUSY");
+    EXPECT_EQ(tagsOf(own), whole);
+    EXPECT_EQ(own.writeBD(error).getCode(), -9);
+    EXPECT_EQ(own.held, image);
+}
+
+} // namespace

@@ -1,0 +1,127 @@
+#include "CBoardDescr.h"
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "CBoardDescrTamarin.h"
+#include "DID.h"
+#include "boarddescr/ByteOrder.h"
+#include "support/DriverFixtures.h"
+
+namespace {
+
+using namespace support;
+using Tags = std::vector<std::string>;
+
+/// A list of P, Q, R with the identifiers 5, 7, 5.
+class CBoardDescrTest : public testing::Test {
+protected:
+    CBoardDescrTest() {
+        for (const auto& [id, data] : {std::pair(5, "50"), {7, "51 00"}, {5, ""}})
+            EXPECT_TRUE(board.addTag(id, fromHex(data)).isSuccess());
+    }
+    BD::Tag& q() { return *board.getTag(7, 0, error); }
+
+    CBoardDescr board;
+    String error{"as it was"};
+};
+
+TEST_F(CBoardDescrTest, TagIsInsertedAtItsPositionInTheWholeListAndRemovedByOccurrence) {
+    const std::pair<unsigned, Tags> rows[] = {{0, {"9/1:FF", "5/1:50", "7/2:51 00", "5/0:"}},
+                                              {1, {"5/1:50", "9/1:FF", "7/2:51 00", "5/0:"}},
+                                              {3, {"5/1:50", "7/2:51 00", "5/0:", "9/1:FF"}},
+                                              {0xFFFFFFFF, {"5/1:50", "7/2:51 00", "5/0:", "9/1:FF"}}};
+    for (const auto& [index, tags] : rows) {
+        EXPECT_TRUE(board.insertTag(index, 9, fromHex("FF")).isSuccess());
+        EXPECT_EQ(tagsOf(board), tags) << "index " << index;
+        EXPECT_TRUE(board.removeTag(9, 0, error).isSuccess());
+    }
+    EXPECT_TRUE(board.removeTag(5, 1, error).isSuccess());
+    EXPECT_EQ(tagsOf(board), (Tags{"5/1:50", "7/2:51 00"}));
+    CBoardDescr empty;
+    EXPECT_TRUE(empty.insertTag(4, 9, fromHex("FF")).isSuccess());
+    EXPECT_EQ(tagsOf(empty), Tags{"9/1:FF"});
+}
+
+TEST_F(CBoardDescrTest, TagsAreCountedAndFoundByIdentifierAtOrBehindAPosition) {
+    EXPECT_EQ(board.getNumberOfTag(5), 2U);
+    EXPECT_EQ(board.getNumberOfTag(6), 0U);
+    EXPECT_TRUE(board.hasTag(7));
+    EXPECT_FALSE(board.hasTag(6));
+    auto from = board.getTagIterator(5, 0);
+    EXPECT_EQ(board.getTagIterator(from, 5), from);
+    EXPECT_EQ(&*board.getTagIterator(from, 7), &q());
+    EXPECT_EQ(board.getTagIterator(++from, 5), board.getTagIterator(5, 1));
+    auto end = board.getTagIterator(5, 2);
+    EXPECT_EQ(CBoardDescr::TagList::ConstIterator(end), board.getTags().end());
+    EXPECT_EQ(board.getTagIterator(end, 5), end);
+    EXPECT_EQ(board.getTagIterator(6, 0xFFFFFFFF), end);
+}
+
+TEST_F(CBoardDescrTest, TagKeepsItsOwnCopyOfDataThatMayBeItsOwn) {
+    TString<char> data = fromHex("01 02");
+    EXPECT_TRUE(board.setTag(7, 0, data, error).isSuccess());
+    data.concat("\x03", 1);
+    EXPECT_TRUE(board.getTag(7, 0, data, error).isSuccess());
+    EXPECT_EQ(toHex(data), "01 02");
+    EXPECT_TRUE(board.setTag(7, 0, q().data, error).isSuccess());
+    EXPECT_TRUE(q().setData(q().data.data() + 1, 1).isSuccess());
+    EXPECT_EQ(tagsOf(board), (Tags{"5/1:50", "7/1:02", "5/0:"}));
+}
+
+TEST_F(CBoardDescrTest, DataEndsAtTheTagsLengthAndNullIsEmptyDataOfThatLength) {
+    String text("before");
+    EXPECT_EQ(str(q().getDataString(text)), std::string("Q\0", 2));
+    q().length = 1;
+    EXPECT_EQ(str(q().getDataString(text)), "Q");
+    EXPECT_TRUE(q().setData(nullptr, 3).isSuccess());
+    EXPECT_EQ(tagsOf(board)[1], "7/3:");
+    EXPECT_EQ(str(q().getDataAsHexString(text)), "");
+    EXPECT_TRUE(q().setData(TString<char>()).isSuccess());
+    EXPECT_EQ(tagsOf(board)[1], "7/0:");
+}
+
+TEST_F(CBoardDescrTest, EveryFaceAnswersTheSameQueriesWithOneCountForAll) {
+    IBoardDescr* const own = &board;
+    const VELM_UUID copy(IBoardDescr::IID().getValue(), "another representation");
+    expectFaces(board, *own, {{IBoardDescr::IID(), own}, {copy, own}, {DID_BoardDescr(), nullptr}});
+}
+
+TEST_F(CBoardDescrTest, FactoryMakesAnEmptyDescriptorBoundToTheBoardsEeprom) {
+    CDriver* const driver = CREATE_BD();
+    EXPECT_EQ(driver->getDID(), DID_BoardDescr());
+    EXPECT_EQ(str(driver->getDriverName()), "board-descr-driver");
+    auto& made = dynamic_cast<CBoardDescrTamarin&>(*driver);
+    EXPECT_EQ(made.getTags().size(), 0U);
+    // Refused before the device is touched.
+    EXPECT_FALSE(made.writeRawBD(TString<char>(std::string(512, 'x').data(), 512), error).isSuccess());
+    EXPECT_EQ(str(error), "FAILED TO WRITE DEVICE '/sys/bus/i2c/devices/1-0050/eeprom': DEV SIZE=512, "
+                          "BD SIZE=512");
+    EXPECT_EQ(driver->release(), 0U);
+}
+
+TEST(ByteOrderTest, NumbersAreBigEndianAtAnyAddressWhateverTheWidthAndNothingBesideIsTouched) {
+    const char bytes[] = "\xFF\xFE\x12\x34\x56";
+    EXPECT_EQ(cntoh_uint(bytes, 1), 0xFFFE1234U);
+    EXPECT_EQ(cntoh_uint32(bytes, 8), 0xFFFE1234UL);
+    EXPECT_EQ(cntoh_uint(bytes + 1, 4), 0xFE123456U);
+    EXPECT_EQ(cntoh_uint16(bytes + 1, 4), 0xFE12);
+    for (unsigned at = 1; at <= 4; ++at) {
+        const auto written = [at](auto write, auto value) {
+            char around[10];
+            std::memset(around, 0x5A, sizeof around);
+            write(value, around + at, 8);
+            const std::string digits = toHex(TString<char>(around, sizeof around));
+            EXPECT_EQ(digits.find_first_not_of("5A "), 3 * at) << digits;
+            return digits.substr(3 * at, 14);
+        };
+        EXPECT_EQ(written(uint_htonc, 0x11F2F344U), "11 F2 F3 44 5A");
+        EXPECT_EQ(written(uint32_htonc, ~0UL - 0xEE), "FF FF FF 11 5A");
+        EXPECT_EQ(written(uint16_htonc, static_cast<unsigned short>(0x12FE)), "12 FE 5A 5A 5A");
+    }
+}
+
+} // namespace

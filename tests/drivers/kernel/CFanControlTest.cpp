@@ -1,0 +1,202 @@
+#include "CFanControl.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/DriverFixtures.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using Fan = IFanControl;
+using namespace support;
+
+constexpr char ENDPOINT[] = "fan-under-test";
+constexpr unsigned PATH = 7;
+constexpr unsigned DESCRIPTION = 9;
+constexpr unsigned MAXIMUM = 10;
+
+/// A fan behind a scripted kernel driver, which reports a device file in a folder of its own.
+class CFanControlTest : public testing::Test {
+protected:
+    CFanControlTest() {
+        dir.write("fan", "0");
+        answer(PATH, String(dir.path("fan").c_str()));
+        answer(DESCRIPTION, String("Chassis fan"));
+        answer(MAXIMUM, 100U);
+        const XCode status = Mx::publish(ENDPOINT, [this](const MxMsg& request, MxMsg& reply) {
+            asked.push_back(request.getCode());
+            return answers.at(request.getCode())(reply);
+        });
+        EXPECT_TRUE(status.isSuccess());
+    }
+    ~CFanControlTest() override { static_cast<void>(Mx::withdraw(ENDPOINT)); }
+
+    template <class Value>
+    void answer(unsigned code, const Value& value) {
+        answers[code] = [value](MxMsg& reply) {
+            reply.set(value);
+            return XCode();
+        };
+    }
+    void connect(unsigned maximum) {
+        answer(MAXIMUM, maximum);
+        ASSERT_TRUE(fan.open(error).isSuccess());
+    }
+    std::string description() {
+        String text("before");
+        EXPECT_TRUE(fan.getDescription(text).isSuccess());
+        return str(text);
+    }
+    /// Neither way to the device works: the speed in force is "off", the one asked for is remembered.
+    void expectDeviceFails() {
+        Fan::FanSpeed speed = Fan::FAN_SPEED_HIGH;
+        expectPlainFailure(fan.getActualFanSpeed(speed));
+        EXPECT_EQ(speed, Fan::FAN_SPEED_OFF);
+        expectPlainFailure(fan.setFanSpeed(Fan::FAN_SPEED_LOW));
+        EXPECT_EQ(fan.getFanSpeed(speed).getCode(), fan.isValid() ? 0 : -1);
+        EXPECT_EQ(speed, Fan::FAN_SPEED_LOW);
+    }
+
+    TempDir dir;
+    std::map<unsigned, std::function<XCode(MxMsg&)>> answers;
+    std::vector<unsigned> asked;
+    CFanControl fan{nullptr, "fan", ENDPOINT};
+    String error;
+};
+
+TEST_F(CFanControlTest, NewDriverIsInvalidAndContactsNothing) {
+    Fan::FanSpeed speed = Fan::FAN_SPEED_FULL;
+    expectPlainFailure(fan.getFanSpeed(speed));
+    EXPECT_EQ(speed, Fan::FAN_SPEED_OFF);
+    EXPECT_FALSE(fan.isValid());
+    EXPECT_EQ(description(), "");
+    expectDeviceFails();
+    EXPECT_TRUE(asked.empty());
+    EXPECT_EQ(dir.read("fan"), "0");
+}
+
+TEST_F(CFanControlTest, HandshakeAsksInOrderAndTheFirstFailureEndsItUnchanged) {
+    const std::vector<unsigned> order = {PATH, DESCRIPTION, MAXIMUM};
+    const auto valid = answers;
+    for (std::size_t step = 0; step < order.size(); ++step) {
+        asked.clear();
+        answers = valid;
+        answers[order[step]] = [](MxMsg&) { return XCode(-7, "NO FAN FITTED"); };
+        const XCode status = fan.open(error);
+        EXPECT_EQ(status.getCode(), -7);
+        EXPECT_EQ(str(status.getMessage()), "NO FAN FITTED");
+        EXPECT_EQ(asked, std::vector<unsigned>(order.data(), order.data() + step + 1));
+        EXPECT_EQ(description(), order[step] == MAXIMUM ? "Chassis fan" : "");
+        EXPECT_FALSE(fan.isValid());
+    }
+}
+
+TEST_F(CFanControlTest, AnswerOfAnotherTypeOrNoneFailsWithTheChannelsText) {
+    answer(MAXIMUM, 100);
+    EXPECT_EQ(str(fan.open(error).getMessage()), "MESSAGE 10 CARRIES INT, EXPECTED UNSIGNED");
+    answers[MAXIMUM] = [](MxMsg&) { return XCode(); };
+    EXPECT_EQ(str(fan.open(error).getMessage()), "ENDPOINT 'fan-under-test' DOES NOT ANSWER CODE 10");
+    EXPECT_FALSE(fan.isValid());
+}
+
+TEST_F(CFanControlTest, MissingDeviceFileFailsPlainlyUntilAHandshakeFindsIt) {
+    answer(PATH, String(dir.path("later").c_str()));
+    expectPlainFailure(fan.open(error));
+    EXPECT_FALSE(fan.isValid());
+    expectDeviceFails();
+    EXPECT_EQ(description(), "Chassis fan");
+    dir.write("later", "");
+    connect(100);
+    EXPECT_TRUE(fan.isValid());
+    EXPECT_EQ(asked.size(), 6U); // each handshake asks everything
+}
+
+TEST_F(CFanControlTest, ValidDriverStaysValidAndGoesOnWithTheLatestAnswers) {
+    connect(100);
+    fan.close();
+    EXPECT_TRUE(fan.setFanSpeed(Fan::FAN_SPEED_FULL).isSuccess());
+    EXPECT_STREQ(dir.read("fan").c_str(), "100");
+
+    answer(PATH, String(dir.path("second").c_str()));
+    answer(MAXIMUM, 30U);
+    EXPECT_FALSE(fan.open(error).isSuccess());
+    EXPECT_TRUE(fan.isValid());
+    expectDeviceFails();
+    dir.write("second", "");
+    EXPECT_TRUE(fan.setFanSpeed(Fan::FAN_SPEED_FULL).isSuccess());
+    EXPECT_STREQ(dir.read("second").c_str(), "30");
+}
+
+TEST_F(CFanControlTest, ContentOfTheDeviceIsReportedAsACoarseSpeed) {
+    using Rows = std::vector<std::pair<std::string, int>>; // a content, and the speed as a number
+    const std::pair<unsigned, Rows> tables[] = {
+        {255, Rows{{"41", 3}, {"42", 2}, {"125", 2}, {"126", 1}, {"209", 1}, {"210", 0}, {"", 3}, {"-1", 0}}},
+        {255, Rows{{"fast", 3}, {" 126 rpm", 1}, {"0000000000000210", 0}, {"00000000000000419", 3}}},
+        {4294967295, Rows{{"9999999999999999", 1}, {"-9999999999999999", 1}, {"-1", 0}, {"715827881", 3}}},
+        {6, Rows{{"0", 3}, {"1", 2}}},
+        {5, Rows{{"", 0}}}};
+    for (const auto& [maximum, rows] : tables)
+        for (const auto& [content, expected] : rows) {
+            dir.write("fan", content);
+            connect(maximum);
+            Fan::FanSpeed speed{};
+            EXPECT_TRUE(fan.getActualFanSpeed(speed).isSuccess());
+            EXPECT_EQ(speed, expected) << "maximum " << maximum << ", content '" << content << "'";
+        }
+}
+
+TEST_F(CFanControlTest, SpeedIsRememberedAndWrittenAsARecordOfExactlySixteenBytes) {
+    using Rows = std::vector<std::pair<int, std::string>>; // a speed as a number, and what is written
+    const std::pair<unsigned, Rows> tables[] = {
+        {255, Rows{{0, "255"}, {1, "170"}, {2, "85"}, {3, "0"}, {4, "255"}, {-1, "255"}}},
+        {100, Rows{{1, "66"}, {2, "33"}}},
+        {0, Rows{{0, "0"}}},
+        {4294967295, Rows{{0, "-1"}, {1, "-1431655766"}}}};
+    for (const auto& [maximum, rows] : tables)
+        for (const auto& [number, digits] : rows) {
+            dir.write("fan", std::string(20, 'x'));
+            connect(maximum);
+            Fan::FanSpeed speed{};
+            EXPECT_TRUE(fan.setFanSpeed(static_cast<Fan::FanSpeed>(number)).isSuccess());
+            EXPECT_TRUE(fan.getFanSpeed(speed).isSuccess());
+            EXPECT_EQ(speed, number) << "maximum " << maximum;
+            EXPECT_EQ(dir.read("fan"), digits + std::string(16 - digits.size(), '\0') + "xxxx") << maximum;
+        }
+}
+
+TEST_F(CFanControlTest, DescriptorZeroCountsAsFailureAndNoDescriptorIsKept) {
+    const auto before = openDescriptors();
+    connect(100);
+    EXPECT_TRUE(fan.setFanSpeed(Fan::FAN_SPEED_HIGH).isSuccess());
+    {
+        const DescriptorZeroFree hole;
+        expectDeviceFails();
+        expectPlainFailure(fan.open(error));
+        EXPECT_TRUE(hole.isStillFree());
+    }
+    EXPECT_STREQ(dir.read("fan").c_str(), "66");
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(CFanControlTest, IdentifiersHaveTheirPublishedBytesAndNames) {
+    const auto published = [](const VELM_UUID& identifier) {
+        const auto* const bytes = reinterpret_cast<const char*>(identifier.getValue().bytes);
+        return identifier.getName() + (" " + toHex(TString<char>(bytes, 16)));
+    };
+    EXPECT_EQ(published(fan.getDID()), "DID_FanControl 9E FF 29 D9 63 CA 4D 4E 91 E4 AB A6 1F 54 A9 B2");
+    EXPECT_EQ(published(fan.CID()), "CID_FanControl 1F B5 07 18 88 71 3E 44 A8 B1 B3 06 E5 C6 9A 99");
+    EXPECT_EQ(published(IFanControl::IID()), "IFanControl 66 E7 E0 4A B0 3C 28 4E BC 31 D8 DA C4 7E 68 2F");
+}
+
+TEST_F(CFanControlTest, EveryFaceAnswersTheSameQueriesWithOneCountForAll) {
+    IFanControl* const own = &fan;
+    const VELM_UUID copy(IFanControl::IID().getValue(), "another representation");
+    expectFaces(fan, *own, {{IFanControl::IID(), own}, {copy, own}, {CFanControl::CID(), nullptr}});
+}
+
+} // namespace

@@ -1,0 +1,86 @@
+#include "Host.h"
+
+#include <gtest/gtest.h>
+
+#include "DRIVER.h"
+#include "Fans.h"
+#include "IDriverRepository.h"
+#include "Report.h"
+#include "SimulatedBoard.h"
+#include "support/TempDir.h"
+
+using support::TempDir;
+
+namespace {
+
+board::Profile profileOf(const TempDir& dir, const std::string& text) {
+    dir.write("board.toml", text);
+    return board::Profile::load(dir.path("board.toml"));
+}
+
+std::string fan(const std::string& name, const std::string& device, const std::string& more = "") {
+    return "[[fan]]\nname = \"" + name + "\"\ndevice = \"" + device + "\"\nmaximum = 255\n" + more;
+}
+
+unsigned registeredDrivers() {
+    VELM_List<String> names;
+    DRIVER::INSTANCE()->getDriverNames(names);
+    return names.size();
+}
+
+} // namespace
+
+TEST(Host, HostsTheSimulatedBoardAndTakesItsDriversAwayAgain) {
+    const board::ScratchBoard scratch;
+    const board::Profile profile = board::Profile::load(scratch.board().profile());
+    {
+        const board::Host host(profile);
+        for (const board::Device& device : host.devices())
+            EXPECT_EQ(device.fault, "") << device.name;
+        EXPECT_EQ(board::setFan(host, "fan", IFanControl::FAN_SPEED_LOW).fault, "");
+        EXPECT_EQ(scratch.board().fanRecord(), "85" + std::string(14, '\0'));
+        EXPECT_EQ(board::loadDescriptor(host), "");
+        EXPECT_EQ(host.descriptor()->getTags().size(), 8U);
+    }
+    EXPECT_EQ(registeredDrivers(), 0U);
+    const board::Host again(profile); // its endpoints were taken away too
+    EXPECT_EQ(again.faultOf("fan"), "");
+}
+
+TEST(Host, KeepsAFaultToItsDevice) {
+    const TempDir dir;
+    dir.write("good", "200");
+    dir.makePipe("pipe");
+    const board::Profile profile =
+        profileOf(dir, fan("gone", "nowhere") + fan("pipe", "pipe") + fan("folder", ".") +
+                           fan("locked", "good", "enable = \"no/enable\"\n") + fan("good", "good") +
+                           "[descriptor]\ndevice = \"/dev/zero\"\n");
+    const board::Host host(profile);
+    for (const std::string name : {"gone", "pipe", "folder", "locked", board::DESCRIPTOR_DRIVER})
+        EXPECT_NE(host.faultOf(name), "") << name;
+    EXPECT_NE(host.faultOf("locked").find("no/enable: can't enable: No such file"), std::string::npos);
+    EXPECT_EQ(board::readFan(host, "good").speed, IFanControl::FAN_SPEED_HIGH);
+    EXPECT_NE(board::readFan(host, "gone").fault.find("nowhere"), std::string::npos);
+    EXPECT_NE(board::loadDescriptor(host).find("/dev/zero"), std::string::npos);
+}
+
+TEST(Host, EnablesAFanBeforeItConnects) {
+    const TempDir dir;
+    dir.write("speed", "0");
+    dir.write("enable", "0");
+    const board::Profile profile = profileOf(dir, fan("fan", "speed", "enable = \"enable\"\n"));
+    EXPECT_EQ(board::Host(profile).faultOf("fan"), "");
+    EXPECT_EQ(dir.read("enable"), "1");
+}
+
+TEST(Host, LeavesADriverOfTheSameNameToItsOwner) {
+    const TempDir dir;
+    dir.write("speed", "0");
+    const board::Profile profile = profileOf(dir, fan("fan", "speed"));
+    const board::Host first(profile);
+    {
+        const board::Host second(profile);
+        EXPECT_NE(second.faultOf("fan"), "");
+    }
+    EXPECT_EQ(board::readFan(first, "fan").fault, "");
+}

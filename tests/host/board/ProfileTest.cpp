@@ -1,0 +1,132 @@
+#include "Profile.h"
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "Error.h"
+#include "SimulatedBoard.h"
+#include "support/TempDir.h"
+
+using board::Profile;
+using support::TempDir;
+
+namespace {
+
+/// What loading `text` complains of, with the folder left out; "" where it loads.
+std::string complaintOf(const TempDir& dir, const std::string& text) {
+    dir.write("board.toml", text);
+    try {
+        Profile::load(dir.path("board.toml"));
+    } catch (const board::Error& error) {
+        const std::string what = error.what();
+        EXPECT_EQ(what.rfind(dir.path(""), 0), 0U) << what;
+        EXPECT_EQ(std::count(what.begin(), what.end(), '\n'), 0) << what;
+        return what.substr(dir.path("").size());
+    }
+    return "";
+}
+
+} // namespace
+
+TEST(Profile, ReadsTheSimulatedBoardWhole) {
+    const board::ScratchBoard scratch;
+    const Profile profile = Profile::load(scratch.board().profile());
+    const std::string folder = scratch.board().directory();
+    ASSERT_EQ(profile.fans.size(), 1U);
+    EXPECT_EQ(profile.fans[0].device, folder + "/dev/fan");
+    EXPECT_EQ(profile.fans[0].maximum, 255U);
+    EXPECT_EQ(profile.thermals.at(0).maximum, 85U);
+    EXPECT_EQ(profile.powers.at(0).description, "Supply");
+    EXPECT_TRUE(profile.leds.at(0).biStatus);
+    EXPECT_EQ(profile.descriptor->size, 512U);
+    EXPECT_EQ(profile.voip->defaultSipLegs, 30U);
+    EXPECT_EQ(profile.preferences, folder + "/preferences");
+    EXPECT_EQ(profile.button, folder + "/dev/button");
+    EXPECT_EQ(profile.firmware, folder + "/image-info");
+    ASSERT_EQ(profile.ledService->commands.size(), 3U);
+    EXPECT_EQ(profile.ledService->blinkPattern, 0x0F0F0F0FU);
+    EXPECT_EQ(profile.ledService->files.at(1).path, folder + "/leds/line");
+    EXPECT_EQ(profile.ledService->commands[0].action, 2);
+    EXPECT_TRUE(profile.ledService->commands[0].isDefault);
+    EXPECT_EQ(profile.ledService->commands[2].timeMs, 3000);
+}
+
+TEST(Profile, TakesDefaultsDeviceClassesAndPlainNumbers) {
+    const TempDir dir;
+    dir.write("board.toml", "[[fan]]\nname='f'\ndevice='hwmon:tmp105/pwm1'\nmaximum=4294967295\n"
+                            "[descriptor]\ndevice='/abs'\n[leds]\naccess=7\n"
+                            "[[leds.command]]\nword1='a'\nword2='b'\nmask=0xFFFFFFFF\naction=-2147483648\n");
+    const Profile profile = Profile::load(dir.path("board.toml"));
+    EXPECT_EQ(profile.fans[0].device, "hwmon:tmp105/pwm1");
+    EXPECT_EQ(profile.fans[0].maximum, 4294967295U);
+    EXPECT_EQ(profile.fans[0].description, "");
+    EXPECT_EQ(profile.descriptor->device, "/abs");
+    EXPECT_EQ(profile.descriptor->readChunk, 128U);
+    EXPECT_EQ(profile.ledService->access, 7);
+    EXPECT_EQ(profile.ledService->tickMs, 100U);
+    EXPECT_EQ(profile.ledService->commands[0].mask, 0xFFFFFFFFU);
+    EXPECT_EQ(profile.ledService->commands[0].action, INT32_MIN);
+    EXPECT_FALSE(profile.voip);
+}
+
+TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
+    const std::string fan = "[[fan]]\nname='f'\ndevice='d'\n";
+    const struct {
+        std::string text;
+        std::string complaint;
+    } CASES[] = {
+        {"", ""},
+        {fan + "maximum=5000000000\n",
+         "board.toml:4: fan[0].maximum: 5000000000 is out of range (expected 0 to 4294967295)"},
+        {fan + "maximum=-1\n", "board.toml:4: fan[0].maximum: -1 is out of range (expected 0 to 4294967295)"},
+        {fan + "maximum='x'\n", "board.toml:4: fan[0].maximum: is of type string (expected 0 to 4294967295)"},
+        {fan + "maximum=2.5\n",
+         "board.toml:4: fan[0].maximum: is of type floating-point (expected 0 to 4294967295)"},
+        {fan, "board.toml:1: fan[0].maximum: missing (expected in this table)"},
+        {fan + "maxium=1\n",
+         "board.toml:4: fan[0].maxium: unknown key (expected name, device, description, maximum, enable)"},
+        {"[[fna]]\n", "board.toml:1: fna: unknown key (expected fan, thermal, power, led, descriptor, voip, "
+                      "preferences, button, firmware, leds)"},
+        {"\n[fan]\nname='f'\n", "board.toml:2: fan: is of type table (expected tables, [[fan]])"},
+        {"fan=[1]\n", "board.toml:1: fan[0]: is of type integer (expected a table)"},
+        {"descriptor=1\n", "board.toml:1: descriptor: is of type integer (expected a table, [descriptor])"},
+        {"[descriptor]\ndevice=1\n",
+         "board.toml:2: descriptor.device: is of type integer (expected a string)"},
+        {"[descriptor]\ndevice=''\n", "board.toml:2: descriptor.device: is empty (expected a path)"},
+        {"[descriptor]\ndevice='a'\nread_chunk=0\n",
+         "board.toml:3: descriptor.read_chunk: 0 is out of range (expected 1 to 65536)"},
+        {"[descriptor]\ndevice=\"a\\u0000b\"\n",
+         "board.toml:2: descriptor.device: holds a zero byte (expected a text without)"},
+        {"[[power]]\nname=\"a\\nb\"\ndevice='d'\n",
+         "board.toml:2: power[0].name: holds a control character (expected a name without)"},
+        {"[[power]]\nname='x'\ndevice='d'\n[[led]]\nname='x'\ndevice='d'\n",
+         "board.toml:5: led[0].name: 'x' is taken by power[0].name (expected a name of its own)"},
+        {"[[power]]\nname='board-descr-driver'\ndevice='d'\n",
+         "board.toml:2: power[0].name: 'board-descr-driver' is taken by the board descriptor (expected a "
+         "name "
+         "of its own)"},
+        {"[voip]\nborder_controller=1\n",
+         "board.toml:2: voip.border_controller: is of type integer (expected true or false)"},
+        {"[leds]\naccess='some'\n",
+         "board.toml:2: leds.access: 'some' is unknown (expected files, none, or a "
+         "number)"},
+        {"\"a\\nb\"=1\n",
+         "board.toml:1: a?b: unknown key (expected fan, thermal, power, led, descriptor, voip, "
+         "preferences, button, firmware, leds)"},
+    };
+    const TempDir dir;
+    for (const auto& each : CASES)
+        EXPECT_EQ(complaintOf(dir, each.text), each.complaint) << each.text;
+    EXPECT_EQ(complaintOf(dir, "[voip]\nborder_controller = maybe\n").rfind("board.toml:2: not TOML: ", 0),
+              0U);
+}
+
+TEST(Profile, RefusesWhatIsNoFileOfReasonableSize) {
+    const TempDir dir;
+    dir.makePipe("pipe");
+    for (const std::string name : {"missing", ".", "pipe"})
+        EXPECT_THROW(Profile::load(dir.path(name)), board::Error) << name;
+    EXPECT_NE(complaintOf(dir, std::string(1024 * 1024 + 1, '#')).find("larger than 1048576 bytes"),
+              std::string::npos);
+}

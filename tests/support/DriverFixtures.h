@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "CBoardDescr.h"
+
+/// What the tests of several drivers share.
+namespace support {
+
+/// The bytes written as pairs of hexadecimal digits with blanks between.
+inline TString<char> fromHex(const std::string& digits) {
+    TString<char> bytes;
+    std::istringstream pairs(digits);
+    for (unsigned value = 0; pairs >> std::hex >> value;) {
+        const char byte = static_cast<char>(value);
+        bytes.concat(&byte, 1);
+    }
+    return bytes;
+}
+
+inline std::string toHex(const TString<char>& bytes) {
+    String digits;
+    for (unsigned i = 0; i < bytes.length(); ++i)
+        digits.concatf(i ? " %02X" : "%02X", static_cast<unsigned char>(bytes[i]));
+    return digits.c_str();
+}
+
+/// Every byte, so that a comparison sees zero bytes too.
+inline std::string str(const String& text) {
+    return std::string(text.c_str(), text.length());
+}
+
+/// The tags in order, each as "<id>/<length>:<data>", such as "45/2:12 34".
+inline std::vector<std::string> tagsOf(const CBoardDescr& board) {
+    std::vector<std::string> tags;
+    for (const BD::Tag& tag : board.getTags())
+        tags.push_back(std::to_string(tag.id) + "/" + std::to_string(tag.length) + ":" + toHex(tag.data));
+    return tags;
+}
+
+inline void expectPlainFailure(const XCode& status) {
+    EXPECT_EQ(status.getCode(), -1);
+    EXPECT_EQ(str(status.getMessage()), "");
+}
+
+/// A face and where it stands; null where the object does not have it.
+using Face = std::pair<VELM_UUID, void*>;
+
+/// Asks a driver of count 1, by its own interface and by the framework's, for each of the framework's faces
+/// and of `faces`, with and without a place for it.
+template <class Driver, class Own>
+void expectFaces(Driver& object, Own& own, std::vector<Face> faces) {
+    IDriver* const driver = &object;
+    IInfo* const info = &object;
+    IUnknown* const unknown = driver;
+    faces.insert(faces.end(), {{IUnknown::IID(), unknown}, {IDriver::IID(), driver}, {IInfo::IID(), info}});
+    for (IUnknown* const way : {static_cast<IUnknown*>(&own), static_cast<IUnknown*>(info), unknown})
+        for (const auto& [iid, expected] : faces) {
+            void* face = way;
+            const XCode status = way->queryInterface(iid, &face);
+            EXPECT_EQ(status.getCode(), expected ? 0 : -1) << iid.getName();
+            EXPECT_EQ(str(status.getMessage()), "") << iid.getName();
+            EXPECT_EQ(face, expected) << iid.getName();
+            EXPECT_EQ(way->queryInterface(iid, nullptr).isSuccess(), expected != nullptr) << iid.getName();
+            EXPECT_EQ(way->getLock(), object.getLock());
+            EXPECT_EQ(way->addRef(), expected ? 3U : 2U) << iid.getName();
+            while (way->release() > 1) {
+            }
+        }
+}
+
+/// How many descriptors this process has open.
+inline std::ptrdiff_t openDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+/// While it lives, descriptor 0 is free, so that the next file opened gets it.
+class DescriptorZeroFree {
+public:
+    DescriptorZeroFree() : m_saved(::dup(0)) { ::close(0); }
+    ~DescriptorZeroFree() {
+        if (m_saved >= 0) {
+            ::dup2(m_saved, 0);
+            ::close(m_saved);
+        }
+    }
+    DescriptorZeroFree(const DescriptorZeroFree&) = delete;
+    DescriptorZeroFree& operator=(const DescriptorZeroFree&) = delete;
+
+    bool isStillFree() const { return ::fcntl(0, F_GETFD) < 0; }
+
+private:
+    const int m_saved;
+};
+
+} // namespace support

@@ -1,0 +1,254 @@
+#include <algorithm>
+#include <csignal>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "support/Program.h"
+#include "support/TempDir.h"
+
+using nlohmann::json;
+using support::Outcome;
+using support::TempDir;
+
+namespace {
+
+constexpr char USAGE[] = "Usage: ";
+
+Outcome boardctl(std::vector<std::string> words) {
+    words.insert(words.begin(), BOARDCTL);
+    return support::Program(words).finish();
+}
+
+std::string fanProfile(const std::string& device) {
+    return "[[fan]]\nname = \"fan\"\ndevice = \"" + device +
+           "\"\ndescription = \"Main fan\"\nmaximum = 255\n";
+}
+
+// An image as the descriptor's writer makes it: an odd tag padded, two tags of one kind, the terminator.
+const std::string IMAGE("\x00\x2D\x00\x08\x12\x34\xAB\xCD"
+                        "\x00\x05\x00\x08one\x00"
+                        "\x00\x05\x00\x04"
+                        "\xFF\xFE\x00\x06\x80\xFF"
+                        "\x00\x00\x00\x04",
+                        30);
+
+} // namespace
+
+TEST(Boardctl, ShowsHelpOnStandardOutputForEveryCommand) {
+    for (const auto& words : std::vector<std::vector<std::string>>{{"--help"},
+                                                                   {"run", "--help"},
+                                                                   {"info", "--help"},
+                                                                   {"fan", "--help"},
+                                                                   {"bd", "--help"},
+                                                                   {"bd", "show", "--help"},
+                                                                   {"bd", "build", "--help"},
+                                                                   {"sim", "create", "--help"}}) {
+        const Outcome outcome = boardctl(words);
+        EXPECT_EQ(outcome.status, 0) << words[0];
+        EXPECT_NE(outcome.out.find(USAGE), std::string::npos) << words[0];
+        EXPECT_EQ(outcome.err, "") << words[0];
+    }
+}
+
+TEST(Boardctl, AnswersAWrongCallWithUsageOnStandardErrorAndStatus2) {
+    for (const auto& words : std::vector<std::vector<std::string>>{{},
+                                                                   {"fly"},
+                                                                   {"fan", "medium"},
+                                                                   {"fan", "full", "low"},
+                                                                   {"bd"},
+                                                                   {"bd", "build", "tags.json"},
+                                                                   {"bd", "show", ""},
+                                                                   {"run", "--for", "-1"},
+                                                                   {"run", "--for", "soon"},
+                                                                   {"info", "--format", "xml"},
+                                                                   {"--board", "", "info"},
+                                                                   {"sim", "create"}}) {
+        const Outcome outcome = boardctl(words);
+        const std::string call = words.empty() ? "(nothing)" : words[0];
+        EXPECT_EQ(outcome.status, 2) << call;
+        EXPECT_NE(outcome.err.find(USAGE), std::string::npos) << call << ": " << outcome.err;
+        EXPECT_EQ(outcome.out, "") << call;
+    }
+}
+
+TEST(Boardctl, TakesBoardAndFormatBeforeAndAfterTheCommand) {
+    const TempDir dir;
+    dir.write("fan.value", "200\n");
+    dir.write("board.toml", fanProfile("fan.value"));
+    const std::string board = dir.path("board.toml");
+    const json expected = {{{"name", "fan"}, {"description", "Main fan"}, {"speed", "high"}}};
+    for (const auto& words : std::vector<std::vector<std::string>>{
+             {"--board", board, "--format", "json", "fan"}, {"fan", "--format", "json", "--board", board}})
+        EXPECT_EQ(json::parse(boardctl(words).out), expected);
+}
+
+TEST(Boardctl, NamesFileLineAndKeyOfAWrongProfileAndStartsNothing) {
+    const TempDir dir;
+    dir.write("board.toml", fanProfile("fan.value") + "speed = 3\n");
+    for (const std::string command : {"run", "info", "fan"}) {
+        const Outcome outcome = boardctl({"--board", dir.path("board.toml"), command});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_NE(outcome.err.find("board.toml:6: "), std::string::npos) << outcome.err;
+        EXPECT_NE(outcome.err.find("speed"), std::string::npos) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+    }
+}
+
+TEST(Boardctl, SetsAFanOnAnOrdinaryFileAndReadsItBack) {
+    const TempDir dir;
+    dir.write("fan.value", "0\n");
+    dir.write("board.toml", fanProfile("fan.value"));
+    const Outcome outcome = boardctl({"--board", dir.path("board.toml"), "fan", "high"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, "fan: high\n");
+    EXPECT_EQ(dir.read("fan.value"), "170" + std::string(13, '\0'));
+}
+
+TEST(Boardctl, FailsWhereAFanSilentlyRefusesOrCanNotBeUsed) {
+    const TempDir dir;
+    dir.write("deaf.toml", fanProfile("/dev/null"));
+    dir.write("missing.toml", fanProfile("nowhere"));
+    const Outcome deaf = boardctl({"--board", dir.path("deaf.toml"), "fan", "full", "--format", "json"});
+    EXPECT_EQ(deaf.status, 1);
+    EXPECT_NE(deaf.err.find("the device holds off after full was written"), std::string::npos) << deaf.err;
+
+    const Outcome missing = boardctl({"--board", dir.path("missing.toml"), "fan", "--format", "json"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(json::parse(missing.out)[0]["speed"].is_null());
+    EXPECT_NE(json::parse(missing.out)[0]["error"].get<std::string>().find("No such file"),
+              std::string::npos);
+}
+
+TEST(Boardctl, ReportsTheRestWhereOneDeviceFails) {
+    const TempDir dir;
+    dir.write("eeprom", IMAGE);
+    dir.write("board.toml", fanProfile("nowhere") + "[descriptor]\ndevice = \"eeprom\"\n");
+    const Outcome outcome = boardctl({"--board", dir.path("board.toml"), "info", "--format", "json"});
+    EXPECT_EQ(outcome.status, 1);
+    const json info = json::parse(outcome.out);
+    EXPECT_TRUE(info["fans"][0]["speed"].is_null());
+    EXPECT_EQ(info["drivers"][0]["name"], "fan");
+    EXPECT_TRUE(info["drivers"][0].contains("error"));
+    EXPECT_EQ(info["drivers"][1]["name"], "board-descr-driver");
+    EXPECT_EQ(info["drivers"][1]["rows"][1],
+              json({{"level", 2}, {"index", 0}, {"key", "Platform ID"}, {"value", "12 34"}}));
+}
+
+TEST(Boardctl, BuildsFromADumpTheSameBytes) {
+    const TempDir dir;
+    dir.write("image", IMAGE);
+    const Outcome dump = boardctl({"bd", "dump", dir.path("image")});
+    ASSERT_EQ(dump.status, 0) << dump.err;
+    EXPECT_EQ(json::parse(dump.out)[0],
+              json({{"id", 45}, {"name", "ProductID"}, {"length", 4}, {"data", "1234abcd"}}));
+    dir.write("tags.json", dump.out);
+    const Outcome build = boardctl({"bd", "build", dir.path("tags.json"), "-o", dir.path("copy")});
+    EXPECT_EQ(build.status, 0) << build.err;
+    EXPECT_EQ(dir.read("copy"), IMAGE);
+}
+
+TEST(Boardctl, DumpsOfACorruptImageTheGoodTagsAndSaysWhatIsWrong) {
+    const TempDir dir;
+    dir.write("image", IMAGE.substr(0, 8) + std::string("\x00\x07\x00\x02", 4));
+    for (const std::string command : {"dump", "show", "raw"}) {
+        const Outcome outcome = boardctl({"bd", command, dir.path("image"), "--format", "json"});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_NE(outcome.out.find(command == "show"  ? "12 34"
+                                   : command == "raw" ? "12 34 ab cd"
+                                                      : "1234abcd"),
+                  std::string::npos);
+        EXPECT_TRUE(json::accept(outcome.out)) << outcome.out;
+        EXPECT_EQ(outcome.err, "boardctl: CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length "
+                               "(chunkLen=2 is too small) at pos=10\n");
+    }
+}
+
+TEST(Boardctl, LeavesTheTargetAloneWhereTheTagsAreWrong) {
+    const std::string tooLong(2 * 65532, '0');
+    const struct {
+        std::string tags;
+        std::string message;
+    } CASES[] = {
+        {"[{]", "line 1"},
+        {"{}", "is not an array"},
+        {"[7]", "entry 0: is 7"},
+        {R"([{"id":1,"data":""},{"data":""}])", "entry 1: has no \"id\""},
+        {R"([{"id":1}])", "entry 0: has no \"data\""},
+        {R"([{"id":65535,"data":""}])", "id 65535 is out of range (expected 1 to 65534, or 0"},
+        {R"([{"id":-1,"data":""}])", "id -1 is out of range"},
+        {R"([{"id":1.5,"data":""}])", "\"id\" is 1.5"},
+        {R"([{"id":5,"data":"123"}])", "3 digits, an odd number"},
+        {R"([{"id":5,"data":"12 4"}])", "not hexadecimal at character 2"},
+        {R"([{"id":5,"data":"1234","length":3}])", "\"length\" is 3 but \"data\" has 2 bytes"},
+        {R"([{"id":5,"dta":"12"}])", "unknown key \"dta\""},
+        {R"([{"id":0,"data":"12"}])", "id 0 is the terminator"},
+        {R"([{"id":5,"data":")" + tooLong + "\"}]",
+         "65532 bytes, too long for a chunk (expected at most 65531)"},
+        {R"([{"id":5,"data":")" + tooLong.substr(2) + "\"}]",
+         "too long for a chunk (expected at most 65530)"},
+    };
+    const TempDir dir;
+    for (const auto& each : CASES) {
+        dir.write("tags.json", each.tags);
+        dir.write("image", "as it was");
+        const Outcome outcome = boardctl({"bd", "build", dir.path("tags.json"), "-o", dir.path("image")});
+        EXPECT_EQ(outcome.status, 1) << each.message;
+        EXPECT_NE(outcome.err.find(each.message), std::string::npos) << each.message << "\n" << outcome.err;
+        EXPECT_EQ(dir.read("image"), "as it was") << each.message;
+    }
+}
+
+TEST(Boardctl, TakesImagesUpTo64KiB) {
+    const TempDir dir;
+    // A chunk that fills all but the terminator's four bytes, and then one byte too many.
+    std::string image =
+        std::string("\x00\x05\xFF\xFC", 4) + std::string(65528, 'x') + std::string("\0\0\0\4", 4);
+    dir.write("image", image);
+    const Outcome dump = boardctl({"bd", "dump", dir.path("image")});
+    EXPECT_EQ(dump.status, 0) << dump.err;
+    EXPECT_EQ(json::parse(dump.out)[0]["length"], 65528);
+    dir.write("image", image + "x");
+    EXPECT_EQ(boardctl({"bd", "dump", dir.path("image")}).status, 1);
+}
+
+TEST(Boardctl, RunShowsTheBoardAndEndsInOrderOnATerminationSignal) {
+    for (const int signal : {SIGTERM, SIGINT}) {
+        support::Program program({BOARDCTL, "run", "--format", "json"});
+        ASSERT_TRUE(program.waitForOutput("{\"event\":\"ready\"}\n"));
+        program.signal(signal);
+        const Outcome outcome = program.finish();
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        for (const std::string text :
+             {R"("event":"connected","kind":"fan")", R"("key":"Platform ID")", "{\"event\":\"stopped\"}\n"})
+            EXPECT_NE(outcome.out.find(text), std::string::npos) << outcome.out;
+    }
+}
+
+TEST(Boardctl, RunGoesOnWithoutADeviceThatFails) {
+    const TempDir dir;
+    dir.write("board.toml", fanProfile("nowhere") + "[descriptor]\ndevice = \"gone\"\n");
+    const Outcome outcome = boardctl({"--board", dir.path("board.toml"), "run", "--for", "0"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    for (const std::string text : {"fan 'fan': ", "FAILED TO OPEN DEVICE", "ready\n", "stopped\n"})
+        EXPECT_NE(outcome.out.find(text), std::string::npos) << text << "\n" << outcome.out;
+}
+
+TEST(Boardctl, MakesASimulatedBoardThatItCanHostAndRefusesAFullFolder) {
+    const TempDir dir;
+    EXPECT_EQ(boardctl({"sim", "create", dir.path("sim")}).status, 0);
+    const Outcome show = boardctl({"--board", dir.path("sim/board.toml"), "bd", "show"});
+    EXPECT_EQ(show.status, 0) << show.err;
+    EXPECT_NE(show.out.find("192.0.2.10"), std::string::npos) << show.out;
+
+    const Outcome again = boardctl({"sim", "create", dir.path("sim")});
+    EXPECT_EQ(again.status, 1);
+    EXPECT_NE(again.err.find("not empty"), std::string::npos) << again.err;
+}
+
+TEST(Boardctl, FailsWhereItsOutputIsNotTaken) {
+    const Outcome outcome = support::Program({BOARDCTL, "info"}, "/dev/full").finish();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("can't write to standard output"), std::string::npos) << outcome.err;
+}
