@@ -76,8 +76,8 @@ template <class Driver>
 void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
                            const std::optional<std::string>& enablePath, const DeviceLocator& locator,
                            std::vector<MxMsg> answers) {
-    Device device{kind, entry.name, "", ""};
     const String endpoint = endpointOf(entry.name);
+    Device device{kind, entry.name, "", endpoint.c_str(), ""};
     const auto driver =
         TYPPtr<CKernelDriver>::adopt(new Driver(DRIVER::INSTANCE(), entry.name.c_str(), endpoint));
     try {
@@ -100,7 +100,7 @@ void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
 }
 
 void Host::addDescriptor(const DescriptorProfile& profile, const DeviceLocator& locator) {
-    Device device{"descriptor", DESCRIPTOR_DRIVER, "", ""};
+    Device device{"descriptor", DESCRIPTOR_DRIVER, "", "", ""};
     try {
         device.path = locator.locate(profile.device);
         expectDeviceFile(device.path, false); // a character device may never come to its end

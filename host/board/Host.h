@@ -20,10 +20,11 @@ constexpr char DESCRIPTOR_DRIVER[] = "board-descr-driver";
 
 /// What became of one of the board's devices.
 struct Device {
-    std::string kind;  ///< "fan", "descriptor"
-    std::string name;  ///< the driver's name in the repository
-    std::string path;  ///< the device file; empty where it was not found
-    std::string fault; ///< why the device can't be used; empty where it can
+    std::string kind;     ///< "fan", "descriptor"
+    std::string name;     ///< the driver's name in the repository
+    std::string path;     ///< the device file; empty where it was not found
+    std::string endpoint; ///< the kernel driver on the message channel; empty where none stands behind it
+    std::string fault;    ///< why the device can't be used; empty where it can
 };
 
 /// The object graph of a host process: publishes an endpoint for each kernel driver of the profile, makes and

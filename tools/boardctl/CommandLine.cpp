@@ -11,16 +11,8 @@ std::string profilePathFor(const Options& options, const std::unique_ptr<board::
     return scratch ? scratch->board().profile() : options.board;
 }
 
-/// The command that the words reached before they went wrong, for its usage.
-CLI::App& deepest(CLI::App& app) {
-    CLI::App* reached = &app;
-    while (!reached->get_subcommands().empty())
-        reached = reached->get_subcommands().front();
-    return *reached;
-}
-
 int wrongCall(CLI::App& app, const std::string& what) {
-    std::cerr << "boardctl: " << what << "\n\n" << deepest(app).help();
+    std::cerr << "boardctl: " << what << "\n\n" << app.help();
     return WRONG_CALL;
 }
 
@@ -51,8 +43,7 @@ int runCommandLine(int argc, char** argv) {
            "--format", [&](const std::string& format) { options.json = format == "json"; },
            "Output for people or for programs")
         ->check(CLI::IsMember({"text", "json"}))
-        ->type_name("text|json")
-        ->default_str("text");
+        ->option_text("text|json");
     for (const auto add : {addRun, addInfo, addFan, addBd, addSim})
         add(app, options);
 
@@ -61,7 +52,7 @@ int runCommandLine(int argc, char** argv) {
         const int status = options.command();
         return flushOutput() ? status : FAILED;
     } catch (const CLI::CallForHelp&) {
-        std::cout << deepest(app).help();
+        std::cout << app.help();
         return flushOutput() ? DONE : FAILED;
     } catch (const CLI::ParseError& error) {
         return wrongCall(app, error.what());

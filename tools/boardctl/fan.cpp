@@ -56,7 +56,7 @@ void addFan(CLI::App& app, Options& options) {
     const auto words = std::make_shared<Words>();
     command->add_option("SPEED", words->speed, "The speed to set")
         ->check(CLI::IsMember({"full", "high", "low", "off"}))
-        ->type_name("full|high|low|off");
+        ->option_text("full|high|low|off");
     command->add_option("--name", words->name, "Which of several fans")->check(notEmpty())->type_name("NAME");
     command->callback([&options, words] {
         options.command = [&options, words] { return fan(options, words->name, words->speed); };

@@ -9,15 +9,17 @@ using nlohmann::ordered_json;
 namespace {
 
 void printText(const board::Report& report) {
-    for (const board::DriverReport& driver : report.drivers)
-        printRows(driver.rows);
-    InfoContainer fans;
-    for (const board::FanReading& fan : report.fans) {
-        fans.add(0, 0, String("Fan ").concat(fan.name.c_str()), "");
-        fans.add(1, 0, "Description", fan.description.c_str());
-        fans.add(1, 0, "Speed", fan.fault.empty() ? board::speedName(fan.speed) : "unknown");
+    InfoContainer rows;
+    for (const board::DriverReport& driver : report.drivers) {
+        for (const auto& row : driver.rows.getRows())
+            rows.add(row.level, row.index, row.key, row.value);
+        for (const board::FanReading& fan : report.fans)
+            if (fan.name == driver.name) {
+                rows.add(1, 0, "Description", fan.description.c_str());
+                rows.add(1, 0, "Speed", fan.fault.empty() ? board::speedName(fan.speed) : "unknown");
+            }
     }
-    printRows(fans);
+    printRows(rows);
 }
 
 ordered_json toJson(const board::Report& report) {

@@ -85,10 +85,12 @@ void showDevices(const Board& board, Events& events) {
         }
         const board::FanReading fan = board::readFan(board.host(), device.name);
         events.print("connected",
-                     device.kind + " '" + device.name + "': connected, " + fan.description +
-                         ", device file " + device.path + ", speed " + board::speedName(fan.speed),
+                     device.kind + " '" + device.name + "': connected to '" + device.endpoint + "', " +
+                         fan.description + ", device file " + device.path + ", speed " +
+                         board::speedName(fan.speed),
                      {{"kind", device.kind},
                       {"name", device.name},
+                      {"endpoint", device.endpoint},
                       {"device", device.path},
                       {"description", fan.description},
                       {"speed", board::speedName(fan.speed)}});
@@ -143,7 +145,7 @@ bool playTour(const Board& board, const StopSignals& signals, Events& events) {
             if (stopped)
                 break;
         }
-        stepFan(board, device.name, former, events);
+        stepFan(board, device.name, former, events); // as it was before the tour
         if (stopped)
             return false;
     }

@@ -1,0 +1,317 @@
+#include "TYThread.h"
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <future>
+#include <sched.h>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "TYFile.h"
+#include "TYRunnable.h"
+#include "support/TempDir.h"
+
+using support::TempDir;
+
+namespace {
+
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer) || __has_feature(address_sanitizer)
+constexpr int ROUNDS = 1000;
+#else
+constexpr int ROUNDS = 10000;
+#endif
+#elif defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+constexpr int ROUNDS = 1000;
+#else
+constexpr int ROUNDS = 10000;
+#endif
+
+constexpr unsigned HOUR = 3600U * 1000000U;
+
+class Body : public TYRunnable {
+public:
+    explicit Body(std::function<XCode()> body) : m_body(std::move(body)) {}
+    XCode runThread() override { return m_body(); }
+
+private:
+    std::function<XCode()> m_body;
+};
+
+/// Sets a mark when the stack that it stands on is unwound.
+struct Unwound {
+    std::promise<void>& mark;
+    ~Unwound() { mark.set_value(); }
+};
+
+/// The state that the system shows of a thread of this process, such as 'S' for one that waits.
+char stateOf(int tid) {
+    std::string line;
+    std::getline(std::ifstream("/proc/self/task/" + std::to_string(tid) + "/stat"), line);
+    const auto afterName = line.rfind(") ");
+    return afterName == std::string::npos ? '?' : line[afterName + 2];
+}
+
+void waitUntilAsleep(const TYThread& thread) {
+    while (stateOf(thread.getTid()) != 'S')
+        ::sched_yield();
+}
+
+std::ptrdiff_t openDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+/// A pipe with a writer, so that opening it returns and reading it waits.
+class WrittenPipe {
+public:
+    explicit WrittenPipe(const TempDir& dir) : m_path(dir.path("written")) {
+        dir.makePipe("written");
+        m_descriptor = ::open(m_path.c_str(), O_RDWR | O_CLOEXEC);
+    }
+    ~WrittenPipe() { ::close(m_descriptor); }
+    WrittenPipe(const WrittenPipe&) = delete;
+    WrittenPipe& operator=(const WrittenPipe&) = delete;
+    const std::string& path() const { return m_path; }
+    void write(const std::string& text) const {
+        ASSERT_EQ(::write(m_descriptor, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+
+private:
+    const std::string m_path;
+    int m_descriptor;
+};
+
+XCode openForEver(const std::string& path) {
+    TYFile file(path.c_str(), true, false);
+    return file.open(O_RDONLY, 0, 0);
+}
+
+XCode readForEver(const std::string& path) {
+    TYFile file(path.c_str(), true, false);
+    XCode status = file.open(O_RDONLY, 0, 0);
+    char buffer[8];
+    unsigned count = 0;
+    while (status.isSuccess())
+        status = file.readOnce(buffer, sizeof buffer, count, true);
+    return status;
+}
+
+} // namespace
+
+TEST(TYThread, EndsWhereItWaitsAndUnwindsItsStack) {
+    const TempDir dir;
+    dir.makePipe("silent");
+    const WrittenPipe written(dir);
+    const struct {
+        const char* name;
+        std::function<XCode()> wait;
+    } CASES[] = {
+        {"open", [&] { return openForEver(dir.path("silent")); }},
+        {"read", [&] { return readForEver(written.path()); }},
+        {"sleep",
+         [] {
+             TYThread::usleep(HOUR);
+             return XCode(XCode::FAILURE);
+         }},
+    };
+    for (const auto& each : CASES) {
+        const auto before = openDescriptors();
+        std::promise<void> unwound;
+        Body body([&] {
+            const Unwound mark{unwound};
+            return each.wait();
+        });
+        TYThread thread("waiting", &body);
+        ASSERT_TRUE(thread.start("").isSuccess());
+        waitUntilAsleep(thread);
+        EXPECT_TRUE(thread.stop().isSuccess()) << each.name;
+        EXPECT_EQ(unwound.get_future().wait_for(std::chrono::seconds(0)), std::future_status::ready)
+            << each.name;
+        EXPECT_FALSE(thread.isAlive());
+        EXPECT_TRUE(thread.join().isSuccess()) << each.name;
+        EXPECT_EQ(openDescriptors(), before) << each.name;
+    }
+}
+
+TEST(TYThread, LosesNoDescriptorHoweverTheStopFallsInOpenAndRead) {
+    const TempDir dir;
+    dir.write("file", "");
+    const WrittenPipe written(dir);
+    const std::function<XCode()> bodies[] = {[&] {
+                                                 for (;;)
+                                                     static_cast<void>(openForEver(dir.path("file")));
+                                                 return XCode();
+                                             },
+                                             [&] { return readForEver(written.path()); }};
+    const auto before = openDescriptors();
+    for (const auto& each : bodies) {
+        Body body(each);
+        TYThread thread("rounds", &body);
+        for (int round = 0; round < ROUNDS; ++round) {
+            ASSERT_TRUE(thread.start("").isSuccess()) << round;
+            ASSERT_TRUE(thread.stop().isSuccess()) << round;
+        }
+    }
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(TYThread, FinishesACallIntoHostCodeBeforeItEnds) {
+    const WrittenPipe* pipe = nullptr;
+    const TempDir dir;
+    const WrittenPipe written(dir);
+    pipe = &written;
+    std::promise<void> inHostCode;
+    bool interrupted = false;
+    bool finished = false;
+    Body body([&] {
+        inHostCode.set_value();
+        // The host's own wait, which the framework must not disturb.
+        const int own = ::open(pipe->path().c_str(), O_RDONLY | O_CLOEXEC);
+        char byte;
+        interrupted = ::read(own, &byte, 1) != 1;
+        ::close(own);
+        finished = true;
+        TYThread::usleep(HOUR);
+        return XCode();
+    });
+    TYThread thread("host code", &body);
+    ASSERT_TRUE(thread.start("").isSuccess());
+    inHostCode.get_future().wait();
+    waitUntilAsleep(thread);
+    auto stopped = std::async(std::launch::async, [&] { return thread.stop().isSuccess(); });
+    pipe->write("x");
+    EXPECT_TRUE(stopped.get());
+    EXPECT_TRUE(finished);
+    EXPECT_FALSE(interrupted);
+}
+
+TEST(TYThread, StoppingIsHarmlessBeforeStartTwiceAndOnTheThreadItself) {
+    TYThread* self = nullptr;
+    bool wentOn = false;
+    Body body([&] {
+        EXPECT_TRUE(self->stop().isSuccess());
+        wentOn = true;
+        TYThread::usleep(HOUR);
+        wentOn = false;
+        return XCode(XCode::FAILURE);
+    });
+    TYThread thread("itself", &body);
+    self = &thread;
+    EXPECT_TRUE(thread.stop().isSuccess());
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(thread.start("").isSuccess());
+        EXPECT_TRUE(thread.join().isSuccess());
+        EXPECT_TRUE(wentOn);
+        EXPECT_TRUE(thread.stop().isSuccess());
+        EXPECT_TRUE(thread.stop().isSuccess());
+    }
+}
+
+TEST(TYThread, GivesItsResultOnceItHasEndedAndCanBeStartedAgain) {
+    Body body([] { return XCode(7, "SEVEN"); });
+    TYThread thread("result", &body);
+    EXPECT_FALSE(thread.join().isSuccess());
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(thread.start("").isSuccess());
+        const XCode result = thread.join();
+        EXPECT_EQ(result.getCode(), 7);
+        EXPECT_EQ(result.getMessage(), String("SEVEN"));
+        EXPECT_EQ(thread.getTid(), 0);
+    }
+    TYThread empty("empty");
+    ASSERT_TRUE(empty.start("").isSuccess());
+    EXPECT_FALSE(empty.join().isSuccess());
+}
+
+TEST(TYThread, JoiningGivesUpInTimeAndFailsWhereItNeverCould) {
+    TYThread* self = nullptr;
+    XCode joinedItself;
+    std::promise<void> tried;
+    Body body([&] {
+        joinedItself = self->join();
+        tried.set_value();
+        TYThread::usleep(HOUR);
+        return XCode();
+    });
+    TYThread thread("joined", &body);
+    self = &thread;
+    ASSERT_TRUE(thread.start("").isSuccess());
+    tried.get_future().wait();
+    EXPECT_FALSE(joinedItself.isSuccess());
+    EXPECT_FALSE(thread.join(1).isSuccess());
+    EXPECT_FALSE(thread.start("").isSuccess()) << "one runs already";
+    EXPECT_TRUE(thread.detach().isSuccess());
+    EXPECT_FALSE(thread.join().isSuccess());
+    EXPECT_TRUE(thread.stop().isSuccess());
+    EXPECT_FALSE(thread.isAlive());
+}
+
+TEST(TYThread, BlocksSignalsButThoseOfFaults) {
+    sigset_t inside;
+    sigset_t before, after;
+    Body body([&] {
+        pthread_sigmask(SIG_SETMASK, nullptr, &inside);
+        return XCode();
+    });
+    TYThread thread("signals", &body);
+    pthread_sigmask(SIG_SETMASK, nullptr, &before);
+    ASSERT_TRUE(thread.start("").isSuccess());
+    ASSERT_TRUE(thread.join().isSuccess());
+    pthread_sigmask(SIG_SETMASK, nullptr, &after);
+    for (const int blocked : {SIGINT, SIGTERM, SIGHUP, SIGCHLD, SIGUSR1, SIGURG, SIGRTMIN})
+        EXPECT_EQ(sigismember(&inside, blocked), 1) << blocked;
+    for (const int open : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
+        EXPECT_EQ(sigismember(&inside, open), 0) << open;
+    EXPECT_EQ(sigismember(&after, SIGTERM), sigismember(&before, SIGTERM));
+}
+
+TEST(TYThread, ShowsItsNameItsStackAndItsScheduling) {
+    TYThread* self = nullptr;
+    String trace;
+    std::string name;
+    Body body([&] {
+        std::getline(std::ifstream("/proc/thread-self/comm"), name);
+        return self->getBacktrace(trace);
+    });
+    TYThread thread("a name of more than fifteen bytes", &body);
+    self = &thread;
+    int policy = -1;
+    int priority = -1;
+    EXPECT_FALSE(thread.getSchedulingPolicy(policy, priority).isSuccess());
+    ASSERT_TRUE(thread.start("").isSuccess());
+    EXPECT_TRUE(thread.join().isSuccess());
+    EXPECT_EQ(name, "a name of more ");
+    EXPECT_FALSE(trace.isEmpty());
+    EXPECT_FALSE(thread.getBacktrace(trace).isSuccess());
+    ASSERT_TRUE(thread.start("other").isSuccess());
+    EXPECT_TRUE(thread.join().isSuccess());
+    EXPECT_EQ(name, "other");
+}
+
+TEST(TYFile, ReadsWithoutWaitingFailsWithATextAndClosesOnce) {
+    const TempDir dir;
+    const WrittenPipe written(dir);
+    TYFile file(written.path().c_str(), true, false);
+    char buffer[8];
+    unsigned count = 7;
+    EXPECT_FALSE(file.readOnce(buffer, sizeof buffer, count, true).isSuccess()) << "not open";
+    EXPECT_EQ(count, 0U);
+    ASSERT_TRUE(file.open(O_RDONLY, 0, 0).isSuccess());
+    EXPECT_TRUE(file.readOnce(buffer, sizeof buffer, count, false).isSuccess());
+    EXPECT_EQ(count, 0U);
+    written.write("text");
+    EXPECT_TRUE(file.readOnce(buffer, sizeof buffer, count, false).isSuccess());
+    EXPECT_EQ(std::string(buffer, count), "text");
+    EXPECT_TRUE(file.close().isSuccess());
+    EXPECT_TRUE(file.close().isSuccess());
+
+    TYFile missing(dir.path("missing").c_str(), true, false);
+    EXPECT_NE(std::string(missing.open(O_RDONLY, 0, 0).getMessage().c_str()).find("No such file"),
+              std::string::npos);
+    TYFile made(dir.path("missing").c_str(), true, true);
+    EXPECT_TRUE(made.open(O_WRONLY, 0644, 0).isSuccess());
+}
