@@ -3,3 +3,10 @@ if(BOARD_SANITIZE)
     add_compile_options(-fsanitize=${BOARD_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${BOARD_SANITIZE})
 endif()
+
+# A shared library names all that it needs. Not under sanitizers: their runtime is in the program alone.
+function(board_link_complete target)
+    if(NOT BOARD_SANITIZE)
+        target_link_options(${target} PRIVATE -Wl,--no-undefined)
+    endif()
+endfunction()

@@ -23,6 +23,8 @@ public:
     XCode getDescription(String& description) override;
 
 protected:
+    const String& description() const { return m_description; }
+
     /// The connect handshake: path, description, proof that the file can be opened. The first step that
     /// fails ends it with that step's status; answers received before are kept.
     XCode handshake();

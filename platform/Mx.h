@@ -16,7 +16,8 @@ public:
     /// endpoint does not answer this code; a failure is passed on to the sender.
     using Handler = std::function<XCode(const MxMsg& request, MxMsg& reply)>;
 
-    /// Makes `handler` answer under `endpoint`. Fails with "ENDPOINT '%s' ALREADY PUBLISHED".
+    /// Makes `handler` answer under `endpoint`. Fails with "ENDPOINT '%s' ALREADY PUBLISHED" or,
+    /// where it is empty, "ENDPOINT '%s' HAS NO HANDLER".
     static XCode publish(const String& endpoint, Handler handler);
 
     /// Takes the endpoint away; when it returns, its handler runs on no other thread and never again.

@@ -19,7 +19,8 @@ public:
     }
 
     TString& concat(const TString& other) {
-        m_elements.reserve(m_elements.size() + other.m_elements.size());
+        if (&other == this)
+            return concat(TString(other)); // growing would move what is being copied
         return concat(other.data(), other.length());
     }
 

@@ -11,7 +11,12 @@ class TYRunnable;
 ///
 /// A thread can be ended only while it waits in `TYFile::open`, `TYFile::readOnce` or `TYThread::usleep`: the
 /// call does not return, the stack is unwound, destructors run. Everywhere else it runs on undisturbed, in
-/// host code too. Code on such a thread must let through an exception that it does not know.
+/// host code too. Code on such a thread must let through an exception that it does not know, and must not
+/// wait in a `noexcept` function or a destructor (in one that runs while the stack is unwound, the wait
+/// returns early).
+///
+/// `start`, `detach` and the destructor are the owner's, one at a time; the other operations may be called on
+/// any thread meanwhile, once `start` has returned, and on the thread itself.
 ///
 /// Framework threads block all signals but those of faults, so that the host takes its signals elsewhere.
 /// The framework keeps SIGURG for itself to interrupt a waiting thread; a host must not install a handler for

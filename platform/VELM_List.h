@@ -42,6 +42,16 @@ class VELM_List {
             m_link = m_link->previous;
             return *this;
         }
+        Position operator++(int) {
+            const Position before = *this;
+            ++*this;
+            return before;
+        }
+        Position operator--(int) {
+            const Position before = *this;
+            --*this;
+            return before;
+        }
         friend bool operator==(Position a, Position b) { return a.m_link == b.m_link; }
         friend bool operator!=(Position a, Position b) { return a.m_link != b.m_link; }
 

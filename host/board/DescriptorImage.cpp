@@ -18,8 +18,6 @@ std::string readFile(const std::string& path, std::size_t limit) {
     char chunk[4096];
     ssize_t got;
     while ((got = ::read(file, chunk, sizeof chunk)) != 0) {
-        if (got < 0 && errno == EINTR)
-            continue;
         if (got < 0 || content.size() + static_cast<std::size_t>(got) > limit)
             break;
         content.append(chunk, static_cast<std::size_t>(got));

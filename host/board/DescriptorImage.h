@@ -9,7 +9,8 @@ namespace board {
 /// The largest image that is taken or made: 64 KiB, the reach of a chunk's length.
 constexpr unsigned MAX_IMAGE_SIZE = 65536;
 
-/// A file's bytes, `limit` at most. Throws Error with path and reason where it can't be read or is larger.
+/// A file's bytes, `limit` at most. Throws Error with path and reason where it can't be read, is larger, or
+/// a signal that the program handles interrupts the wait for it.
 std::string readFile(const std::string& path, std::size_t limit);
 
 /// The bytes of a descriptor image in a file, a pipe or a device.

@@ -1,5 +1,6 @@
 #include "FileReplacement.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -106,6 +107,24 @@ public:
         }
     }
 
+    /// Throws where the file holds anything else.
+    void expect(const std::string& bytes) const {
+        std::string found(bytes.size(), '\0');
+        for (std::size_t done = 0; done < found.size();) {
+            const ssize_t got = retried([&] {
+                return ::pread(m_file.get(), found.data() + done, found.size() - done,
+                               static_cast<off_t>(done));
+            });
+            if (got < 0)
+                fail(m_path, "can't read the new content back", errno);
+            if (got == 0)
+                break;
+            done += static_cast<std::size_t>(got);
+        }
+        if (found != bytes)
+            throw Error(m_path + ": the new file holds something else than what was written");
+    }
+
     void giveTo(uid_t owner, gid_t group, mode_t mode) const {
         if (::fchown(m_file.get(), owner, group) != 0)
             fail(m_path, "can't give the new file to the owner of the old one", errno);
@@ -120,12 +139,15 @@ public:
     void takePlaceOf(const std::string& target) {
         if (retried([&] { return ::fsync(m_file.get()); }) != 0)
             fail(m_path, "can't sync the new content", errno);
+        // Opened before the target changes: after that nothing should fail.
+        const Descriptor folder(
+            ::open(fs::path(target).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (folder.get() < 0)
+            fail(m_path, "can't open its folder", errno);
         if (::rename(m_name.c_str(), target.c_str()) != 0)
             fail(m_path, "can't rename the new file into place", errno);
         m_renamed = true;
-        const Descriptor folder(
-            ::open(fs::path(target).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (folder.get() < 0 || retried([&] { return ::fsync(folder.get()); }) != 0)
+        if (retried([&] { return ::fsync(folder.get()); }) != 0)
             fail(m_path, "was replaced, but its folder can't be synced", errno);
     }
 
@@ -138,7 +160,7 @@ private:
 
 } // namespace
 
-FileReplacement::FileReplacement(const std::string& path) : m_path(path) {
+FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_path(path) {
     for (;;) {
         m_target = behindLinks(path);
         struct stat named {};
@@ -152,15 +174,16 @@ FileReplacement::FileReplacement(const std::string& path) : m_path(path) {
             throw Error(path + ": can't be replaced (expected a file or a device)");
         // A file's new content never goes through this descriptor. It is opened for writing all the same:
         // that its folder can be written is no leave to replace it.
-        m_descriptor = retried([&] { return ::open(m_target.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK); });
+        m_descriptor =
+            retried([&] { return ::open(m_target.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
         if (m_descriptor < 0)
             fail(path, "can't open for writing", errno);
-        m_inPlace = isDevice || isOfDeviceTree(m_descriptor);
+        m_inPlace = manner == Manner::IN_PLACE || isDevice || isOfDeviceTree(m_descriptor);
         struct stat locked {};
-        const bool isLocked = retried([&] { return ::flock(m_descriptor, LOCK_EX); }) == 0;
+        const bool isLocked = ::flock(m_descriptor, LOCK_EX) == 0; // a signal may end the wait
         const int error = errno;
-        // Whoever held the lock before may have put a new file in the place of this one.
-        if (isLocked && ::fstat(m_descriptor, &locked) == 0 && ::stat(m_target.c_str(), &named) == 0 &&
+        // Whoever held the lock before may have put a new file in the place of this one, or turned the link.
+        if (isLocked && ::fstat(m_descriptor, &locked) == 0 && ::stat(path.c_str(), &named) == 0 &&
             isSameFile(locked, named))
             return;
         ::close(m_descriptor);
@@ -175,6 +198,30 @@ FileReplacement::~FileReplacement() {
         ::close(m_descriptor); // and with it the lock
 }
 
+std::string FileReplacement::content(std::size_t limit) const {
+    if (m_descriptor < 0) // what has appeared since is not locked
+        fail(m_path, "can't open", ENOENT);
+    const Descriptor file(retried([&] { return ::open(m_target.c_str(), O_RDONLY | O_CLOEXEC); }));
+    if (file.get() < 0)
+        fail(m_path, "can't open", errno);
+    std::string bytes(limit + 1, '\0');
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t got =
+            retried([&] { return ::read(file.get(), bytes.data() + done, bytes.size() - done); });
+        if (got < 0)
+            fail(m_path, "can't read", errno);
+        if (got == 0)
+            break;
+        done += static_cast<std::size_t>(got);
+    }
+    if (done > limit && !m_inPlace)
+        throw Error(m_path + ": is larger than " + std::to_string(limit) +
+                    " bytes, which is the most expected");
+    bytes.resize(std::min(done, limit));
+    return bytes;
+}
+
 void FileReplacement::commit(const std::string& bytes) {
     if (m_inPlace)
         writeInPlace(bytes);
@@ -185,6 +232,7 @@ void FileReplacement::commit(const std::string& bytes) {
 void FileReplacement::rewriteBeside(const std::string& bytes) const {
     Beside beside(m_path, m_target);
     beside.write(bytes);
+    beside.expect(bytes);
     if (m_descriptor < 0) {
         beside.setMode(modeOfNewFile());
     } else {
@@ -197,12 +245,18 @@ void FileReplacement::rewriteBeside(const std::string& bytes) const {
 }
 
 void FileReplacement::writeInPlace(const std::string& bytes) const {
-    const ssize_t written = retried([&] { return ::pwrite(m_descriptor, bytes.data(), bytes.size(), 0); });
+    ssize_t written = retried([&] { return ::pwrite(m_descriptor, bytes.data(), bytes.size(), 0); });
+    if (written < 0 && errno == ESPIPE) // a device without places is at its start anyway
+        written = retried([&] { return ::write(m_descriptor, bytes.data(), bytes.size()); });
     if (written < 0)
         fail(m_path, "can't write", errno);
     if (static_cast<std::size_t>(written) != bytes.size())
         throw Error(m_path + ": took only " + std::to_string(written) + " of " +
                     std::to_string(bytes.size()) + " bytes");
+    // What is read afterwards shall come from the device, not from memory. Some devices have nothing to sync.
+    if (retried([&] { return ::fsync(m_descriptor); }) != 0 && errno != EINVAL)
+        fail(m_path, "can't sync", errno);
+    static_cast<void>(::posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_DONTNEED));
 }
 
 void replaceFile(const std::string& path, const std::string& bytes) {

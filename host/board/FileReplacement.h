@@ -12,17 +12,31 @@ namespace board {
 /// tree, is locked itself and written from its start in one call. One thread at a time.
 class FileReplacement {
 public:
+    /// BY_KIND does what the file asks for; IN_PLACE writes an ordinary file like a device, as one that
+    /// stands for a board's device is.
+    enum class Manner { BY_KIND, IN_PLACE };
+
     /// Waits for the lock on `path`. A file that does not exist yet is made by `commit`; nothing is locked
-    /// then. Throws Error for folders, pipes and sockets, and where the file can't be opened or locked.
-    explicit FileReplacement(const std::string& path);
+    /// then, and `commit` replaces one that has appeared in between. Throws Error for folders, pipes and
+    /// sockets, and where the file can't be opened or locked.
+    explicit FileReplacement(const std::string& path, Manner manner = Manner::BY_KIND);
 
     /// Gives the lock back. Without a commit the file is as it was.
     ~FileReplacement();
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
 
-    /// Makes `bytes` the content. Throws Error with the reason; a file then is as it was, a device may hold
-    /// part of the bytes.
+    /// Whether `commit` writes into the device itself.
+    bool isInPlace() const { return m_inPlace; }
+
+    /// What the locked file holds, of a device the first `limit` bytes. Throws Error where it can't be read,
+    /// does not exist, or is a file of more than `limit` bytes.
+    std::string content(std::size_t limit) const;
+
+    /// Makes `bytes` the content. Throws Error with the reason; a file then is as it was,
+    /// unless the reason says that it was replaced; a device may hold part of the bytes. A new file is read
+    /// back and compared before it takes the old one's place; what a device holds afterwards is for the
+    /// caller to compare.
     void commit(const std::string& bytes);
 
 private:

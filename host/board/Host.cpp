@@ -9,10 +9,15 @@
 #include <unistd.h>
 
 #include "CFanControl.h"
+#include "CLedControl.h"
+#include "CPowerStatus.h"
+#include "CThermalSensor.h"
 #include "DRIVER.h"
+#include "DescriptorImage.h"
 #include "Error.h"
 #include "IDriverRepository.h"
 #include "KernelEndpoint.h"
+#include "PREFERENCES.h"
 
 namespace board {
 
@@ -20,7 +25,7 @@ namespace {
 
 /// Lets a fan's drive obey what is written to it, where the board wants that said first.
 void enable(const std::string& path) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
     const bool written = file >= 0 && ::write(file, "1", 1) == 1;
     const int error = errno;
     if (file >= 0)
@@ -40,11 +45,35 @@ void expectDeviceFile(const std::string& path, bool mayBeCharacterDevice) {
                     (mayBeCharacterDevice ? " or a device)" : " or a block device)"));
 }
 
+/// A descriptor is read whole into memory: a disk named by mistake must not be.
+void expectSizeOfDescriptor(const std::string& path) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (file < 0)
+        return;                                    // the driver finds that out by itself
+    const off_t size = ::lseek(file, 0, SEEK_END); // of a file and of a block device alike
+    ::close(file);
+    if (size > static_cast<off_t>(MAX_IMAGE_SIZE))
+        throw Error(path + ": has " + std::to_string(size) +
+                    " bytes (expected a descriptor's device of at most " + std::to_string(MAX_IMAGE_SIZE) +
+                    ")");
+}
+
 /// Drivers tell that a file can't be opened, not why.
 void expectReadable(const std::string& path) {
     if (::access(path.c_str(), R_OK) != 0)
         throw Error(path + ": can't open: " + std::strerror(errno));
 }
+
+/// The board's VoIP capacity with the figure of its profile.
+class Capacity : public CResourceVoip {
+public:
+    explicit Capacity(const VoipProfile& profile)
+        : CResourceVoip(profile.borderController), m_defaultSipLegs(profile.defaultSipLegs) {}
+    unsigned getDefaultSipLegs() override { return m_defaultSipLegs; }
+
+private:
+    const unsigned m_defaultSipLegs;
+};
 
 String endpointOf(const std::string& driverName) {
     return String::format("kernel.%s", driverName.c_str());
@@ -55,8 +84,20 @@ String endpointOf(const std::string& driverName) {
 Host::Host(const Profile& profile, const DeviceLocator& locator) {
     for (const FanProfile& fan : profile.fans)
         addKernelDriver<CFanControl>("fan", fan, fan.enable, locator, {answer(MSG_GET_MAXIMUM, fan.maximum)});
+    for (const ThermalProfile& sensor : profile.thermals)
+        addKernelDriver<CThermalSensor>("thermal", sensor, {}, locator,
+                                        {answer(MSG_GET_MAXIMUM, sensor.maximum)});
+    for (const PowerProfile& power : profile.powers)
+        addKernelDriver<CPowerStatus>("power", power, {}, locator, {});
+    for (const LedProfile& led : profile.leds)
+        addKernelDriver<CLedControl>("led", led, {}, locator, {answer(MSG_GET_BI_STATUS, led.biStatus)});
     if (profile.descriptor)
         addDescriptor(*profile.descriptor, locator);
+    PREFERENCES::CLEAR(); // one store a process: an earlier board's overrides are not this one's
+    if (profile.preferences)
+        loadPreferences(*profile.preferences);
+    if (profile.voip)
+        addCapacity(*profile.voip);
 }
 
 Host::~Host() {
@@ -77,14 +118,17 @@ void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
                            const std::optional<std::string>& enablePath, const DeviceLocator& locator,
                            std::vector<MxMsg> answers) {
     const String endpoint = endpointOf(entry.name);
-    Device device{kind, entry.name, "", endpoint.c_str(), ""};
+    Device device{kind, entry.name, entry.description, "", endpoint.c_str(), ""};
     const auto driver =
         TYPPtr<CKernelDriver>::adopt(new Driver(DRIVER::INSTANCE(), entry.name.c_str(), endpoint));
     try {
         device.path = locator.locate(entry.device);
-        if (enablePath)
-            enable(locator.locate(*enablePath));
         expectDeviceFile(device.path, true);
+        if (enablePath) {
+            const std::string path = locator.locate(*enablePath);
+            expectDeviceFile(path, true);
+            enable(path);
+        }
         expectReadable(device.path);
         answers.push_back(answer(MSG_GET_FILE_PATH, device.path.c_str()));
         answers.push_back(answer(MSG_GET_DESCRIPTION, entry.description.c_str()));
@@ -100,10 +144,11 @@ void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
 }
 
 void Host::addDescriptor(const DescriptorProfile& profile, const DeviceLocator& locator) {
-    Device device{"descriptor", DESCRIPTOR_DRIVER, "", "", ""};
+    Device device{"descriptor", DESCRIPTOR_DRIVER, "", "", "", ""};
     try {
         device.path = locator.locate(profile.device);
         expectDeviceFile(device.path, false); // a character device may never come to its end
+        expectSizeOfDescriptor(device.path);
         m_descriptorPath = device.path;
         expectReadable(device.path);
     } catch (const Error& error) {
@@ -114,6 +159,22 @@ void Host::addDescriptor(const DescriptorProfile& profile, const DeviceLocator& 
             ? new CBoardDescr
             : new CBoardDescr(m_descriptorPath.c_str(), profile.readChunk, profile.size));
     enroll(std::move(device), *m_descriptor);
+}
+
+void Host::addCapacity(const VoipProfile& profile) {
+    m_capacity = TYPPtr<CResourceVoip>::adopt(new Capacity(profile));
+    enroll({"voip", CAPACITY_DRIVER, "", "", "", ""}, *m_capacity);
+}
+
+void Host::loadPreferences(const std::string& path) {
+    String error;
+    try {
+        expectDeviceFile(path, false);
+        static_cast<void>(PREFERENCES::LOAD(path.c_str(), error)); // `error` tells
+    } catch (const Error& refused) {
+        error = refused.what();
+    }
+    m_devices.push_back({"preferences", "preferences", "", path, "", error.c_str()});
 }
 
 void Host::enroll(Device device, IDriver& driver) {

@@ -7,6 +7,7 @@
 
 #include "CBoardDescr.h"
 #include "CKernelDriver.h"
+#include "CResourceVoip.h"
 #include "DeviceLocator.h"
 #include "Profile.h"
 #include "TYPPtr.h"
@@ -15,13 +16,15 @@ namespace board {
 
 class KernelEndpoint;
 
-/// The board descriptor's name in the repository.
+/// The names in the repository of the drivers that every board may have once.
 constexpr char DESCRIPTOR_DRIVER[] = "board-descr-driver";
+constexpr char CAPACITY_DRIVER[] = "resource-driver";
 
 /// What became of one of the board's devices.
 struct Device {
-    std::string kind;     ///< "fan", "descriptor"
-    std::string name;     ///< the driver's name in the repository
+    std::string kind; ///< "fan", "thermal", "power", "led", "descriptor", "voip", "preferences"
+    std::string name; ///< the driver's name in the repository
+    std::string description;
     std::string path;     ///< the device file; empty where it was not found
     std::string endpoint; ///< the kernel driver on the message channel; empty where none stands behind it
     std::string fault;    ///< why the device can't be used; empty where it can
@@ -42,7 +45,7 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    /// In the order of the profile, the board descriptor last.
+    /// Kind by kind: fans, sensors, power, LEDs, and then what stands behind no kernel driver.
     const std::vector<Device>& devices() const { return m_devices; }
 
     /// Why the device behind driver `name` can't be used; empty where it can or is unknown.
@@ -51,12 +54,17 @@ public:
     /// The board descriptor, empty until its `readBD`; null where the profile names none.
     CBoardDescr* descriptor() const { return m_descriptor.get(); }
 
+    /// The VoIP capacity, 0 until its `setup`; null where the profile says nothing of it.
+    CResourceVoip* capacity() const { return m_capacity.get(); }
+
 private:
     template <class Driver>
     void addKernelDriver(const char* kind, const DeviceProfile& entry,
                          const std::optional<std::string>& enablePath, const DeviceLocator& locator,
                          std::vector<MxMsg> answers);
     void addDescriptor(const DescriptorProfile& profile, const DeviceLocator& locator);
+    void addCapacity(const VoipProfile& profile);
+    void loadPreferences(const std::string& path);
     void enroll(Device device, IDriver& driver);
 
     std::vector<Device> m_devices;
@@ -65,6 +73,7 @@ private:
     std::vector<TYPPtr<CKernelDriver>> m_kernelDrivers;
     std::string m_descriptorPath; // kept by pointer in the descriptor's driver
     TYPPtr<CBoardDescr> m_descriptor;
+    TYPPtr<CResourceVoip> m_capacity;
 };
 
 } // namespace board

@@ -1,8 +1,10 @@
 #include "Profile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <map>
+#include <sstream>
 
 #include <sys/stat.h>
 
@@ -13,8 +15,19 @@ namespace board {
 
 namespace {
 
-constexpr std::size_t MAX_PROFILE_SIZE = 1024 * 1024;
+constexpr std::size_t MAX_PROFILE_SIZE = std::size_t{1024} * 1024;
 constexpr std::uint32_t MAX_DESCRIPTOR_SIZE = 65536;
+
+/// Names nested without end: the parser takes its tables down by recursion and would exhaust the stack.
+void refuseEndlessNames(const std::string& path, const std::string& text) {
+    constexpr std::ptrdiff_t MAX_DOTS = 256;
+    std::istringstream lines(text);
+    std::string line;
+    for (int number = 1; std::getline(lines, line); ++number)
+        if (std::count(line.begin(), line.end(), '.') > MAX_DOTS)
+            throw Error(path + ":" + std::to_string(number) + ": too many dots (expected at most " +
+                        std::to_string(MAX_DOTS) + " in a line)");
+}
 
 toml::table parse(const std::string& path) {
     struct stat status {};
@@ -23,11 +36,12 @@ toml::table parse(const std::string& path) {
     if (!S_ISREG(status.st_mode))
         throw Error(path + ": is no file (expected a board profile)");
     const std::string text = readFile(path, MAX_PROFILE_SIZE);
+    refuseEndlessNames(path, text);
     try {
         return toml::parse(text, path);
     } catch (const toml::parse_error& error) {
         throw Error(path + ":" + std::to_string(error.source().begin.line) +
-                    ": not TOML: " + std::string(error.description()));
+                    ": not TOML: " + oneLine(std::string(error.description())));
     }
 }
 

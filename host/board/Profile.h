@@ -68,7 +68,8 @@ struct LedsProfile {
 
 /// What a board is, from a TOML file. Every path in it is relative to that file; here they are resolved.
 ///
-/// Drivers keep pointers into the profile's texts: it must outlive what is made from it, unchanged.
+/// Drivers keep pointers into the profile's texts: it must outlive what is made from it, neither changed nor
+/// moved.
 struct Profile {
     std::vector<FanProfile> fans;
     std::vector<ThermalProfile> thermals;
@@ -82,8 +83,8 @@ struct Profile {
     std::optional<LedsProfile> ledService;
 
     /// Reads `path`. Throws Error with one line, "FILE:LINE: KEY: what is wrong (expected ...)": a file that
-    /// can't be read, is larger than 1 MiB or is no TOML, an unknown key, a missing one, a wrong type, a
-    /// number out of range, an empty or doubled name.
+    /// can't be read, is larger than 1 MiB or is no TOML, a line of more than 256 dots, an unknown key, a
+    /// missing one, a wrong type, a number out of range, an empty or doubled name.
     static Profile load(const std::string& path);
 };
 

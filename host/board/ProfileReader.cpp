@@ -15,10 +15,16 @@ std::string typeOf(const toml::node& node) {
 }
 
 bool isControl(char c) {
-    return (c >= 0 && c < ' ') || c == '\x7F';
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7F;
 }
 
 } // namespace
+
+std::string oneLine(std::string text) {
+    std::replace_if(text.begin(), text.end(), isControl, '?');
+    return text;
+}
 
 ProfileReader::ProfileReader(const ProfileSource& source, const toml::table& table, std::string place,
                              Keys known)
@@ -40,9 +46,8 @@ std::string ProfileReader::placeOf(const std::string& key) const {
 
 void ProfileReader::failAt(const toml::source_region& region, const std::string& place,
                            const std::string& what) const {
-    std::string shown = place; // a quoted key may hold anything
-    std::replace_if(shown.begin(), shown.end(), isControl, '?');
-    throw Error(m_source.name + ":" + std::to_string(region.begin.line) + ": " + shown + ": " + what);
+    throw Error(m_source.name + ":" + std::to_string(region.begin.line) + ": " +
+                oneLine(place + ": " + what));
 }
 
 void ProfileReader::fail(const char* key, const std::string& what) const {
@@ -68,7 +73,7 @@ std::string ProfileReader::text(const char* key) const {
 }
 
 std::string ProfileReader::name(const char* key) const {
-    const std::string value = text(key);
+    std::string value = text(key);
     if (value.empty())
         fail(key, "is empty (expected a name)");
     if (std::any_of(value.begin(), value.end(), isControl))
@@ -77,7 +82,7 @@ std::string ProfileReader::name(const char* key) const {
 }
 
 std::string ProfileReader::path(const char* key) const {
-    const std::string value = text(key);
+    std::string value = text(key);
     if (value.empty())
         fail(key, "is empty (expected a path)");
     if (value.rfind("hwmon:", 0) == 0 || value.rfind("led:", 0) == 0)

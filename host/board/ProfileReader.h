@@ -8,7 +8,15 @@
 #include <utility>
 #include <vector>
 
+// The parser's assertions fail on bad input as well, such as "[!]", which it would report well by itself; and
+// with NDEBUG it promises the compiler that they hold. Neither may decide what becomes of a profile.
+// The limit is one of nested values: a profile needs three.
+#define TOML_ASSERT(expr) static_assert(true)
+#define TOML_MAX_NESTED_VALUES 16
+#pragma push_macro("NDEBUG")
+#undef NDEBUG
 #include <toml++/toml.h>
+#pragma pop_macro("NDEBUG")
 
 #include "Error.h"
 
@@ -19,6 +27,9 @@ struct ProfileSource {
     std::string name;             ///< as the user named it
     std::filesystem::path folder; ///< what paths in it are relative to
 };
+
+/// `text` with a question mark for each control character: a message may quote anything, and is one line.
+std::string oneLine(std::string text);
 
 /// One table of the profile, read with checks. Everything that is not as it should be throws Error with one
 /// line, "FILE:LINE: KEY: what is wrong (expected ...)".

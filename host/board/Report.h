@@ -1,10 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "Fans.h"
 #include "InfoContainer.h"
+#include "Readings.h"
 
 namespace board {
 
@@ -17,17 +18,31 @@ struct DriverReport {
     std::string fault; ///< why the driver's device gave nothing; empty where all is well
 };
 
+/// The VoIP capacity.
+struct CapacityReport {
+    std::optional<unsigned> dspChannels; ///< nothing where the board does not say
+    unsigned sipLegs = 0;
+};
+
 /// The whole information dump of a hosted board.
 struct Report {
     std::vector<DriverReport> drivers; ///< in the repository's order
     std::vector<FanReading> fans;
+    std::vector<TemperatureReading> temperatures;
+    std::vector<PowerReading> powers;
+    std::vector<LedReading> leds;
+    std::optional<CapacityReport> capacity; ///< nothing where the board has none or it can't be settled
 };
-
-/// Asks every driver of the repository, after the board descriptor was loaded from its device.
-Report makeReport(const Host& host);
 
 /// Loads the board descriptor. Returns why that failed; empty on success. A corrupt image leaves the tags
 /// before the fault in the descriptor. The host must have a descriptor.
 std::string loadDescriptor(const Host& host);
+
+/// Settles the VoIP capacity from the descriptor that is loaded and the preferences. Returns why that failed.
+/// The host must have a capacity.
+std::string settleCapacity(const Host& host);
+
+/// Loads the descriptor, settles the capacity, and asks every driver of the repository.
+Report makeReport(const Host& host);
 
 } // namespace board

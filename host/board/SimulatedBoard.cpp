@@ -138,25 +138,7 @@ std::string eepromContent() {
     return content;
 }
 
-fs::path newTemporaryFolder() {
-    std::string path = (fs::temp_directory_path() / "board-XXXXXX").string();
-    if (!::mkdtemp(path.data()))
-        fail(path, std::string("can't make a temporary folder: ") + std::strerror(errno));
-    return path;
-}
-
-} // namespace
-
-SimulatedBoard SimulatedBoard::create(const std::string& directory) {
-    const fs::path root = directory;
-    std::error_code error;
-    if (!fs::exists(root, error))
-        makeFolder(root);
-    else if (!fs::is_directory(root, error))
-        fail(root, "is not a folder");
-    else if (!fs::is_empty(root, error) || error)
-        fail(root, error ? error.message() : "the folder is not empty (expected a new or empty one)");
-
+void fill(const fs::path& root) {
     makeFolder(root / "dev");
     makeFolder(root / "leds");
     makeFile(root / "dev/fan", "0\n");
@@ -171,6 +153,30 @@ SimulatedBoard SimulatedBoard::create(const std::string& directory) {
     if (::mkfifo((root / "dev/button").c_str(), 0666) != 0)
         fail(root / "dev/button", std::string("can't make the pipe: ") + std::strerror(errno));
     makeFile(root / "board.toml", PROFILE);
+}
+
+} // namespace
+
+SimulatedBoard SimulatedBoard::create(const std::string& directory) {
+    const fs::path root = directory;
+    std::error_code error;
+    const bool isNew = !fs::exists(root, error);
+    if (isNew)
+        makeFolder(root);
+    else if (!fs::is_directory(root, error))
+        fail(root, "is not a folder");
+    else if (!fs::is_empty(root, error) || error)
+        fail(root, error ? error.message() : "the folder is not empty (expected a new or empty one)");
+
+    try {
+        fill(root);
+    } catch (...) {
+        for (const fs::path& entry : fs::directory_iterator(root, error))
+            fs::remove_all(entry, error);
+        if (isNew)
+            fs::remove(root, error);
+        throw;
+    }
     return SimulatedBoard(directory);
 }
 
@@ -183,11 +189,21 @@ std::string SimulatedBoard::fanRecord() const {
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-ScratchBoard::ScratchBoard() : m_board(SimulatedBoard::create(newTemporaryFolder().string())) {}
-
-ScratchBoard::~ScratchBoard() {
-    std::error_code ignored; // nobody to tell, and the folder is the system's to clean
-    fs::remove_all(m_board.directory(), ignored);
+ScratchBoard::Folder::Folder() {
+    std::error_code error;
+    const fs::path parent = fs::temp_directory_path(error);
+    if (error)
+        throw Error("no folder for temporary files: " + error.message() + " (TMPDIR names one)");
+    path = (parent / "board-XXXXXX").string();
+    if (!::mkdtemp(path.data()))
+        fail(path, std::string("can't make a temporary folder: ") + std::strerror(errno));
 }
+
+ScratchBoard::Folder::~Folder() {
+    std::error_code ignored; // nobody to tell, and the folder is the system's to clean
+    fs::remove_all(path, ignored);
+}
+
+ScratchBoard::ScratchBoard() : m_board(SimulatedBoard::create(m_folder.path)) {}
 
 } // namespace board

@@ -34,14 +34,20 @@ class ScratchBoard {
 public:
     /// Throws Error where no folder can be made.
     ScratchBoard();
-    ~ScratchBoard();
-    ScratchBoard(const ScratchBoard&) = delete;
-    ScratchBoard& operator=(const ScratchBoard&) = delete;
 
     const SimulatedBoard& board() const { return m_board; }
 
 private:
-    SimulatedBoard m_board;
+    /// Apart from the board, so that it goes too where making the board fails.
+    struct Folder {
+        Folder();
+        ~Folder();
+        Folder(const Folder&) = delete;
+        Folder& operator=(const Folder&) = delete;
+        std::string path;
+    };
+    const Folder m_folder;
+    const SimulatedBoard m_board;
 };
 
 } // namespace board

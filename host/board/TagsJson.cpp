@@ -1,5 +1,8 @@
 #include "TagsJson.h"
 
+#include <set>
+#include <vector>
+
 #include <nlohmann/json.hpp>
 
 #include "Error.h"
@@ -10,7 +13,8 @@ namespace board {
 
 namespace {
 
-constexpr std::size_t MAX_DATA_BYTES = 65531; // what a chunk's 16-bit length leaves beside its header
+// What a chunk's 16-bit length leaves beside its header and the byte that the writer adds to an odd length.
+constexpr std::size_t MAX_DATA_BYTES = 65530;
 
 std::string hexadecimal(const TString<char>& bytes) {
     constexpr char DIGITS[] = "0123456789abcdef";
@@ -64,10 +68,9 @@ public:
             fail("\"data\" has " + std::to_string(digits.size()) +
                  " digits, an odd number (expected two for each byte)");
         const auto size = digits.size() / 2;
-        // The writer pads odd data with one byte more.
-        if (size > MAX_DATA_BYTES - size % 2)
+        if (size > MAX_DATA_BYTES)
             fail("\"data\" has " + std::to_string(size) + " bytes, too long for a chunk (expected at most " +
-                 std::to_string(MAX_DATA_BYTES - size % 2) + ")");
+                 std::to_string(MAX_DATA_BYTES) + ")");
         std::string bytes;
         for (std::size_t i = 0; i < digits.size(); i += 2)
             bytes += static_cast<char>(digit(digits[i], i) * 16 + digit(digits[i + 1], i + 1));
@@ -76,7 +79,7 @@ public:
 
     void checkLength(unsigned bytes) const {
         const auto length = m_json.find("length");
-        if (length != m_json.end() && *length != bytes)
+        if (length != m_json.end() && (!length->is_number_integer() || *length != bytes))
             fail("\"length\" is " + shown(*length) + " but \"data\" has " + std::to_string(bytes) + " bytes");
     }
 
@@ -103,9 +106,24 @@ private:
 };
 
 ordered_json parse(const std::string& text, const std::string& source) {
+    const auto zero = text.find('\0');
+    if (zero != std::string::npos)
+        throw Error(source + ": holds a zero byte at " + std::to_string(zero) + " (expected JSON)");
+    // Of two values under one key the parser would keep one without a word.
+    std::vector<std::set<std::string>> keys;
+    const auto refuseTwice = [&](int, ordered_json::parse_event_t event, const ordered_json& parsed) {
+        if (event == ordered_json::parse_event_t::object_start)
+            keys.emplace_back();
+        else if (event == ordered_json::parse_event_t::object_end)
+            keys.pop_back();
+        else if (event == ordered_json::parse_event_t::key &&
+                 !keys.back().insert(parsed.get<std::string>()).second)
+            throw Error(source + ": the key " + parsed.dump() + " stands twice in one entry");
+        return true;
+    };
     try {
-        return ordered_json::parse(text);
-    } catch (const ordered_json::parse_error& error) {
+        return ordered_json::parse(text, refuseTwice);
+    } catch (const ordered_json::exception& error) {
         const std::string what = error.what(); // "[its own name for it] parse error at line ..."
         const auto start = what.find("] ");
         throw Error(source + ": " + (start == std::string::npos ? what : what.substr(start + 2)));

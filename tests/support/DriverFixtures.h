@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "CBoardDescr.h"
+#include "CKernelDriver.h"
 
 /// What the tests of several drivers share.
 namespace support {
@@ -62,7 +63,11 @@ using Face = std::pair<VELM_UUID, void*>;
 template <class Driver, class Own>
 void expectFaces(Driver& object, Own& own, std::vector<Face> faces) {
     IDriver* const driver = &object;
-    IInfo* const info = &object;
+    IInfo* info = nullptr; // the base's: a LED's own interface has another
+    if constexpr (std::is_base_of_v<CKernelDriver, Driver>)
+        info = static_cast<CKernelDriver*>(&object);
+    else
+        info = &object;
     IUnknown* const unknown = driver;
     faces.insert(faces.end(), {{IUnknown::IID(), unknown}, {IDriver::IID(), driver}, {IInfo::IID(), info}});
     for (IUnknown* const way : {static_cast<IUnknown*>(&own), static_cast<IUnknown*>(info), unknown})
@@ -78,6 +83,12 @@ void expectFaces(Driver& object, Own& own, std::vector<Face> faces) {
             while (way->release() > 1) {
             }
         }
+}
+
+/// An identifier as "<name> <its bytes in memory>".
+inline std::string published(const VELM_UUID& identifier) {
+    const auto* const bytes = reinterpret_cast<const char*>(identifier.getValue().bytes);
+    return identifier.getName() + (" " + toHex(TString<char>(bytes, 16)));
 }
 
 /// How many descriptors this process has open.

@@ -80,6 +80,15 @@ bool Program::waitForOutput(const std::string& text) {
     }
 }
 
+void Program::signalUntilEnded(int number) {
+    while (m_pid > 0) {
+        ::kill(m_pid, number);
+        if (::waitpid(m_pid, &m_status, WNOHANG) == m_pid)
+            m_pid = -1;
+        ::sched_yield();
+    }
+}
+
 Outcome Program::finish() {
     if (m_pid > 0)
         ::waitpid(m_pid, &m_status, 0);

@@ -28,6 +28,9 @@ public:
     /// Waits until standard output holds `text`; false where the program ended without it.
     bool waitForOutput(const std::string& text);
 
+    /// Sends the signal again and again: one may come just before the call that it shall interrupt.
+    void signalUntilEnded(int number);
+
     Outcome finish();
 
 private:

@@ -12,7 +12,8 @@ std::string profilePathFor(const Options& options, const std::unique_ptr<board::
 }
 
 int wrongCall(CLI::App& app, const std::string& what) {
-    std::cerr << "boardctl: " << what << "\n\n" << app.help();
+    complain(what);
+    std::cerr << "\n" << app.help();
     return WRONG_CALL;
 }
 
@@ -23,9 +24,38 @@ Board::Board(const Options& options)
       m_profilePath(profilePathFor(options, m_scratch)), m_profile(board::Profile::load(m_profilePath)),
       m_host(m_profile) {}
 
+std::vector<std::string> Board::devices(const std::string& kind, const std::string& name) const {
+    std::vector<std::string> names;
+    std::string known;
+    for (const board::Device& device : m_host.devices()) {
+        if (device.kind != kind)
+            continue;
+        known += (known.empty() ? "" : ", ") + device.name;
+        if (name.empty() || name == device.name)
+            names.push_back(device.name);
+    }
+    if (names.empty())
+        throw board::Error(known.empty()
+                               ? m_profilePath + ": the board has no device of the kind '" + kind + "'"
+                               : "there is no " + kind + " '" + name + "' (there are: " + known + ")");
+    return names;
+}
+
 CLI::Validator notEmpty() {
     return CLI::Validator(
         [](const std::string& word) { return word.empty() ? std::string("is empty") : std::string(); }, "");
+}
+
+CLI::Validator seconds() {
+    return CLI::Validator(
+        [](const std::string& word) {
+            constexpr double YEAR = 366.0 * 86400;
+            double value = -1;
+            // Written so that what is no number at all, which compares with nothing, is refused too.
+            const bool fits = CLI::detail::lexical_cast(word, value) && value >= 0 && value <= YEAR;
+            return fits ? std::string() : "'" + word + "' (expected seconds, 0 to 31622400)";
+        },
+        "");
 }
 
 int runCommandLine(int argc, char** argv) {
@@ -40,27 +70,38 @@ int runCommandLine(int argc, char** argv) {
         ->check(notEmpty())
         ->type_name("FILE");
     app.add_option_function<std::string>(
-           "--format", [&](const std::string& format) { options.json = format == "json"; },
-           "Output for people or for programs")
-        ->check(CLI::IsMember({"text", "json"}))
-        ->option_text("text|json");
-    for (const auto add : {addRun, addInfo, addFan, addBd, addSim})
+           "--format",
+           [&](const std::string& format) {
+               options.json = format == "json";
+               options.metrics = format == "metrics";
+           },
+           "Output for people or for programs; `info` also gives metrics")
+        ->check(CLI::IsMember({"text", "json", "metrics"}))
+        ->option_text("text|json|metrics");
+    for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addBd, addSim})
         add(app, options);
 
     try {
         app.parse(argc, argv);
+        if (options.metrics && !app.got_subcommand("info"))
+            throw WrongCall("only info gives metrics");
         const int status = options.command();
         return flushOutput() ? status : FAILED;
     } catch (const CLI::CallForHelp&) {
         std::cout << app.help();
         return flushOutput() ? DONE : FAILED;
+    } catch (const CLI::RequiredError& error) {
+        const std::vector<std::string> words = app.remaining(true);
+        return wrongCall(app, words.empty() ? error.what() : "there is no command '" + words.front() + "'");
     } catch (const CLI::ParseError& error) {
         return wrongCall(app, error.what());
     } catch (const WrongCall& error) {
         return wrongCall(app, error.what());
     } catch (const std::exception& error) { // board::Error, or the system out of something
+        complain(error.what());
+        if (options.json)
+            printJson({{"error", error.what()}}, -1);
         static_cast<void>(flushOutput());
-        std::cerr << "boardctl: " << error.what() << "\n";
         return FAILED;
     }
 }

@@ -17,6 +17,7 @@ enum ExitStatus : int { DONE = 0, FAILED = 1, WRONG_CALL = 2 };
 struct Options {
     std::string board; ///< the profile; empty: a simulated board made for the call
     bool json = false;
+    bool metrics = false; ///< `info` alone offers them
 
     /// What the command does; set while its words are parsed, run afterwards.
     std::function<int()> command;
@@ -38,6 +39,10 @@ public:
     const std::string& profilePath() const { return m_profilePath; }
     const board::Host& host() const { return m_host; }
 
+    /// The names of the devices of `kind`: all, or the one called `name` where that is not empty. Throws
+    /// board::Error, which lists what there is, where none is left.
+    std::vector<std::string> devices(const std::string& kind, const std::string& name) const;
+
 private:
     std::unique_ptr<board::ScratchBoard> m_scratch;
     const std::string m_profilePath;
@@ -48,10 +53,17 @@ private:
 /// For options that name something: an empty word, as an unset shell variable makes it, is a wrong call.
 CLI::Validator notEmpty();
 
+/// For spans of time: a number of seconds up to a year.
+CLI::Validator seconds();
+
 void addRun(CLI::App& app, Options& options);
 void addInfo(CLI::App& app, Options& options);
 void addFan(CLI::App& app, Options& options);
+void addTemp(CLI::App& app, Options& options);
+void addPower(CLI::App& app, Options& options);
+void addLed(CLI::App& app, Options& options);
 void addBd(CLI::App& app, Options& options);
+void addBdEdit(CLI::App& bd, Options& options); ///< the editing commands below `bd`
 void addSim(CLI::App& app, Options& options);
 
 /// Parses the words, runs the command, returns the exit status. Messages go to standard error.

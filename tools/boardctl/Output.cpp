@@ -2,20 +2,55 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <iomanip>
 #include <iostream>
+#include <utility>
 
 using nlohmann::ordered_json;
 
-std::string printable(const String& text) {
+namespace {
+
+/// How many bytes at `position` are one printable character in UTF-8; 0 for anything else, such as control
+/// characters, line separators and broken sequences.
+std::size_t printableBytes(const std::string& text, std::size_t position) {
+    const auto byteAt = [&](std::size_t i) {
+        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+    };
+    const unsigned lead = byteAt(position);
+    if (lead < 0x80)
+        return lead >= 0x20 && lead != 0x7F ? 1 : 0;
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4)
+        return 0;
+    unsigned long code = lead & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byteAt(position + i) & 0xC0U) != 0x80)
+            return 0;
+        code = code << 6 | (byteAt(position + i) & 0x3FU);
+    }
+    constexpr unsigned long LEAST[] = {0, 0, 0xA0, 0x800, 0x10000}; // shorter forms exist below; C1 controls
+    const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
+    const bool isSeparator = code == 0x2028 || code == 0x2029;
+    return code < LEAST[length] || code > 0x10FFFF || isSurrogate || isSeparator ? 0 : length;
+}
+
+} // namespace
+
+std::string textOf(const String& text) {
+    return std::string(text.c_str(), text.length());
+}
+
+std::string printable(const std::string& text) {
     std::string shown;
-    for (unsigned i = 0; i < text.length(); ++i) {
-        const char c = text.c_str()[i];
-        if (c >= ' ' && c <= '~')
-            shown += c;
-        else
-            shown += String::format("\\x%02x", static_cast<unsigned char>(c)).c_str();
+    for (std::size_t i = 0; i < text.size();) {
+        if (const std::size_t bytes = printableBytes(text, i)) {
+            shown.append(text, i, bytes);
+            i += bytes;
+        } else {
+            shown += String::format("\\x%02x", static_cast<unsigned char>(text[i++])).c_str();
+        }
     }
     return shown;
 }
@@ -24,14 +59,15 @@ void printRows(const InfoContainer& rows) {
     constexpr unsigned INDENT = 2;
     std::size_t column = 0;
     for (const auto& row : rows.getRows())
-        column = std::max(column, std::size_t{row.level} * INDENT + printable(row.key).size());
+        column = std::max(column, std::size_t{row.level} * INDENT + printable(textOf(row.key)).size());
     for (const auto& row : rows.getRows()) {
-        const std::string key = std::string(std::size_t{row.level} * INDENT, ' ') + printable(row.key);
+        const std::string key =
+            std::string(std::size_t{row.level} * INDENT, ' ') + printable(textOf(row.key));
         if (row.value.isEmpty())
             std::cout << key << "\n";
         else
             std::cout << std::left << std::setw(static_cast<int>(column)) << key << "  "
-                      << printable(row.value) << "\n";
+                      << printable(textOf(row.value)) << "\n";
     }
 }
 
@@ -40,20 +76,89 @@ ordered_json rowsToJson(const InfoContainer& rows) {
     for (const auto& row : rows.getRows())
         json.push_back({{"level", row.level},
                         {"index", row.index},
-                        {"key", std::string(row.key.c_str(), row.key.length())},
-                        {"value", std::string(row.value.c_str(), row.value.length())}});
+                        {"key", textOf(row.key)},
+                        {"value", textOf(row.value)}});
     return json;
 }
 
-ordered_json fanToJson(const board::FanReading& fan) {
-    ordered_json json = {{"name", fan.name}, {"description", fan.description}};
-    if (fan.fault.empty()) {
-        json["speed"] = board::speedName(fan.speed);
-    } else {
-        json["speed"] = nullptr;
-        json["error"] = fan.fault;
-    }
+namespace {
+
+ordered_json describe(const board::Reading& reading, const char* key, const ordered_json& value) {
+    ordered_json json = {{"name", reading.name}, {"description", reading.description}};
+    json[key] = reading.fault.empty() ? value : ordered_json(nullptr);
+    if (!reading.fault.empty())
+        json["error"] = reading.fault;
     return json;
+}
+
+std::string known(const board::Reading& reading, const std::string& value) {
+    return reading.fault.empty() ? value : "unknown";
+}
+
+// Thousandths are what sensors give; a float printed whole would show digits that nobody measured.
+double rounded(float celsius) {
+    return std::round(static_cast<double>(celsius) * 1000) / 1000;
+}
+
+template <class AReading>
+void addRows(InfoContainer& rows, const std::vector<AReading>& readings, const String& driver,
+             const char* key) {
+    for (const AReading& reading : readings)
+        if (driver == String(reading.name.c_str())) {
+            rows.add(1, 0, "Description", reading.description.c_str());
+            rows.add(1, 0, key, toText(reading).c_str());
+        }
+}
+
+} // namespace
+
+ordered_json toJson(const board::FanReading& fan) {
+    return describe(fan, "speed", board::speedName(fan.speed));
+}
+
+ordered_json toJson(const board::TemperatureReading& temperature) {
+    ordered_json json = describe(temperature, "celsius", rounded(temperature.celsius));
+    json["maximum"] = temperature.maximum;
+    return json;
+}
+
+ordered_json toJson(const board::PowerReading& power) {
+    return describe(power, "status", power.status);
+}
+
+ordered_json toJson(const board::LedReading& led) {
+    return describe(led, "state", led.state);
+}
+
+std::string toText(const board::FanReading& fan) {
+    return known(fan, board::speedName(fan.speed));
+}
+
+std::string toText(const board::TemperatureReading& temperature) {
+    return known(temperature, String::format("%.3f degrees Celsius, maximum %u", rounded(temperature.celsius),
+                                             temperature.maximum)
+                                  .c_str());
+}
+
+std::string toText(const board::PowerReading& power) {
+    return known(power, std::to_string(power.status));
+}
+
+std::string toText(const board::LedReading& led) {
+    return known(led, std::to_string(led.state));
+}
+
+InfoContainer dumpOf(const board::Report& report) {
+    InfoContainer rows;
+    for (const board::DriverReport& driver : report.drivers) {
+        for (const auto& row : driver.rows.getRows())
+            rows.add(row.level, row.index, row.key, row.value);
+        // A LED's own rows say all; of the others the driver's are but a header.
+        addRows(rows, report.fans, driver.name.c_str(), "Speed");
+        addRows(rows, report.temperatures, driver.name.c_str(), "Temperature");
+        addRows(rows, report.powers, driver.name.c_str(), "Status");
+    }
+    return rows;
 }
 
 void printJson(const ordered_json& json, int indent) {
@@ -61,13 +166,16 @@ void printJson(const ordered_json& json, int indent) {
 }
 
 void complain(const std::string& what) {
-    std::cerr << "boardctl: " << what << "\n";
+    std::cerr << "boardctl: " << printable(what) << "\n";
 }
 
 bool flushOutput() {
     errno = 0;
     if (std::cout.flush())
         return true;
-    complain(std::string("can't write to standard output: ") + std::strerror(errno));
+    static bool isTold = false;
+    if (!std::exchange(isTold, true))
+        complain(std::string("can't write to standard output") +
+                 (errno != 0 ? std::string(": ") + std::strerror(errno) : ""));
     return false;
 }

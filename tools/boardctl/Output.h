@@ -1,22 +1,25 @@
 #pragma once
 
+#include <iostream>
 #include <string>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
-#include "Fans.h"
+#include "CommandLine.h"
 #include "InfoContainer.h"
+#include "Report.h"
 
-/// Text as it may go to a terminal: bytes that are not printable ASCII, as "\x1b".
-std::string printable(const String& text);
+/// The bytes of a framework text.
+std::string textOf(const String& text);
+
+/// Text as it may go to a terminal, on one line: control characters and bytes that are not UTF-8 as "\x1b".
+std::string printable(const std::string& text);
 
 /// Rows of an information dump for people: indented by level, values in a column.
 void printRows(const InfoContainer& rows);
 
 nlohmann::ordered_json rowsToJson(const InfoContainer& rows);
-
-/// `{"name":...,"description":...,"speed":...}`; an unknown speed is null beside "error".
-nlohmann::ordered_json fanToJson(const board::FanReading& fan);
 
 /// One JSON document on standard output. Bytes that are not UTF-8 become the replacement character.
 void printJson(const nlohmann::ordered_json& json, int indent = 2);
@@ -24,5 +27,46 @@ void printJson(const nlohmann::ordered_json& json, int indent = 2);
 /// A message on standard error.
 void complain(const std::string& what);
 
-/// Whether all output was taken; says so where it was not.
+/// What was read, as `{"name":...,"description":...,"speed":...}` (or "celsius" and "maximum", "status",
+/// "state"); a value that is not known is null beside "error".
+nlohmann::ordered_json toJson(const board::FanReading& fan);
+nlohmann::ordered_json toJson(const board::TemperatureReading& temperature);
+nlohmann::ordered_json toJson(const board::PowerReading& power);
+nlohmann::ordered_json toJson(const board::LedReading& led);
+
+/// The value alone for people; "unknown" where it is.
+std::string toText(const board::FanReading& fan);
+std::string toText(const board::TemperatureReading& temperature);
+std::string toText(const board::PowerReading& power);
+std::string toText(const board::LedReading& led);
+
+/// All rows of a report, each device's value below its driver's header.
+InfoContainer dumpOf(const board::Report& report);
+
+template <class AReading>
+nlohmann::ordered_json readingsToJson(const std::vector<AReading>& readings) {
+    nlohmann::ordered_json json = nlohmann::ordered_json::array();
+    for (const AReading& reading : readings)
+        json.push_back(toJson(reading));
+    return json;
+}
+
+/// Prints readings in the chosen form and complains of those with a fault. Returns the exit status.
+template <class AReading>
+int show(const std::vector<AReading>& readings, bool asJson) {
+    int status = DONE;
+    for (const AReading& reading : readings) {
+        if (!asJson && reading.fault.empty())
+            std::cout << printable(reading.name) << ": " << toText(reading) << "\n";
+        if (!reading.fault.empty()) {
+            complain("'" + reading.name + "': " + reading.fault);
+            status = FAILED;
+        }
+    }
+    if (asJson)
+        printJson(readingsToJson(readings));
+    return status;
+}
+
+/// Whether all output was taken; where it was not, says so once.
 bool flushOutput();

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t MAX_JSON_SIZE = 16U * 1024 * 1024;
+constexpr std::size_t MAX_JSON_SIZE = std::size_t{16} * 1024 * 1024;
 
 /// What `use` shows of the descriptor in `image`, or of the board's own without one. A corrupt image is shown
 /// as far as it is good; the status then is FAILED.
@@ -73,7 +73,7 @@ int build(const std::string& source, const std::string& target) {
 } // namespace
 
 void addBd(CLI::App& app, Options& options) {
-    auto* const bd = app.add_subcommand("bd", "The board descriptor: show it, take it apart, build it");
+    auto* const bd = app.add_subcommand("bd", "The board descriptor: show, check, take apart, build, edit");
     bd->require_subcommand(1);
     const auto image = std::make_shared<std::string>();
     const auto add = [&](const char* name, const char* text, const std::function<int()>& command) {
@@ -105,4 +105,6 @@ void addBd(CLI::App& app, Options& options) {
         ->required();
     sub->callback(
         [&options, words] { options.command = [words] { return build(words->source, words->target); }; });
+
+    addBdEdit(*bd, options);
 }

@@ -1,6 +1,7 @@
 #include <iostream>
 
 #include "CommandLine.h"
+#include "Metrics.h"
 #include "Output.h"
 #include "Report.h"
 
@@ -8,40 +9,41 @@ using nlohmann::ordered_json;
 
 namespace {
 
-void printText(const board::Report& report) {
-    InfoContainer rows;
-    for (const board::DriverReport& driver : report.drivers) {
-        for (const auto& row : driver.rows.getRows())
-            rows.add(row.level, row.index, row.key, row.value);
-        for (const board::FanReading& fan : report.fans)
-            if (fan.name == driver.name) {
-                rows.add(1, 0, "Description", fan.description.c_str());
-                rows.add(1, 0, "Speed", fan.fault.empty() ? board::speedName(fan.speed) : "unknown");
-            }
-    }
-    printRows(rows);
+ordered_json capacityToJson(const board::CapacityReport& capacity) {
+    ordered_json json = {{"dsp_channels", nullptr}, {"sip_legs", capacity.sipLegs}};
+    if (capacity.dspChannels)
+        json["dsp_channels"] = *capacity.dspChannels;
+    else
+        json["error"] = "the board does not say how many DSP channels it has";
+    return json;
 }
 
-ordered_json toJson(const board::Report& report) {
+ordered_json reportToJson(const board::Report& report) {
     ordered_json drivers = ordered_json::array();
     for (const board::DriverReport& driver : report.drivers) {
         drivers.push_back({{"name", driver.name}, {"rows", rowsToJson(driver.rows)}});
         if (!driver.fault.empty())
             drivers.back()["error"] = driver.fault;
     }
-    ordered_json fans = ordered_json::array();
-    for (const board::FanReading& fan : report.fans)
-        fans.push_back(fanToJson(fan));
-    return {{"drivers", drivers}, {"fans", fans}};
+    ordered_json json = {{"drivers", drivers},
+                         {"fans", readingsToJson(report.fans)},
+                         {"temperatures", readingsToJson(report.temperatures)},
+                         {"power", readingsToJson(report.powers)},
+                         {"leds", readingsToJson(report.leds)}};
+    if (report.capacity)
+        json["capacity"] = capacityToJson(*report.capacity);
+    return json;
 }
 
 int info(const Options& options) {
     const Board board(options);
     const board::Report report = board::makeReport(board.host());
     if (options.json)
-        printJson(toJson(report));
+        printJson(reportToJson(report));
+    else if (options.metrics)
+        std::cout << board::toMetrics(report);
     else
-        printText(report);
+        printRows(dumpOf(report));
 
     int status = DONE;
     for (const board::DriverReport& driver : report.drivers)

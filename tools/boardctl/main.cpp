@@ -1,10 +1,10 @@
-#include <csignal>
 #include <cstdlib>
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "CommandLine.h"
+#include "StopSignals.h"
 
 namespace {
 
@@ -23,6 +23,6 @@ void occupyStandardDescriptors() {
 
 int main(int argc, char** argv) {
     occupyStandardDescriptors();
-    std::signal(SIGPIPE, SIG_IGN); // a reader that went away is a failed write, not the end of the process
+    StopSignals::install();
     return runCommandLine(argc, argv);
 }

@@ -1,58 +1,20 @@
-#include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <csignal>
-#include <ctime>
 #include <iostream>
 #include <optional>
 
 #include "CommandLine.h"
 #include "Output.h"
 #include "Report.h"
+#include "StopSignals.h"
 
 using nlohmann::ordered_json;
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using Clock = StopSignals::Clock;
 
-/// SIGINT and SIGTERM, taken here alone and one after the other: blocked everywhere, waited for in one place.
-class StopSignals {
-public:
-    StopSignals() {
-        sigemptyset(&m_signals);
-        sigaddset(&m_signals, SIGINT);
-        sigaddset(&m_signals, SIGTERM);
-        pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
-    }
-
-    /// Waits until `end`, for ever without one. True where a signal ended the wait: it was the wish to stop.
-    bool waitUntil(std::optional<Clock::time_point> end) const {
-        for (;;) {
-            int signal;
-            if (!end) {
-                signal = sigwaitinfo(&m_signals, nullptr);
-            } else {
-                using std::chrono::nanoseconds;
-                const auto left =
-                    std::max(nanoseconds(0), std::chrono::duration_cast<nanoseconds>(*end - Clock::now()));
-                timespec timeout{};
-                timeout.tv_sec = static_cast<time_t>(left.count() / 1000000000);
-                timeout.tv_nsec = static_cast<long>(left.count() % 1000000000);
-                signal = sigtimedwait(&m_signals, nullptr, &timeout);
-            }
-            if (signal > 0)
-                return true;
-            if (errno == EAGAIN)
-                return false;
-        }
-    }
-
-private:
-    sigset_t m_signals;
-};
-
-/// Prints what happens, a line each: text for people, or a JSON document a line.
+/// Prints what happens, a line each: text for people, or a JSON document a line. Faults go to standard error
+/// too, which is where people see them.
 class Events {
 public:
     explicit Events(bool json) : m_json(json) {}
@@ -65,54 +27,59 @@ public:
             line.update(fields);
             printJson(line, -1);
         } else {
-            std::cout << text << "\n";
+            std::cout << printable(text) << "\n";
         }
-        std::cout.flush(); // somebody watches
+        // Somebody watches; a watcher that went away is the end.
+        m_isLost = m_isLost || !flushOutput();
     }
+
+    void fault(const std::string& text, const ordered_json& fields) {
+        if (m_json)
+            print("fault", text, fields);
+        complain(text);
+    }
+
+    bool isLost() const { return m_isLost; }
 
 private:
     const bool m_json;
+    bool m_isLost = false;
 };
 
 void showDevices(const Board& board, Events& events) {
     for (const board::Device& device : board.host().devices()) {
-        if (device.kind == "descriptor")
-            continue;
-        if (!device.fault.empty()) {
-            events.print("fault", device.kind + " '" + device.name + "': " + device.fault,
+        if (!device.fault.empty())
+            events.fault(device.kind + " '" + device.name + "': " + device.fault,
                          {{"kind", device.kind}, {"name", device.name}, {"error", device.fault}});
-            continue;
-        }
-        const board::FanReading fan = board::readFan(board.host(), device.name);
-        events.print("connected",
-                     device.kind + " '" + device.name + "': connected to '" + device.endpoint + "', " +
-                         fan.description + ", device file " + device.path + ", speed " +
-                         board::speedName(fan.speed),
-                     {{"kind", device.kind},
-                      {"name", device.name},
-                      {"endpoint", device.endpoint},
-                      {"device", device.path},
-                      {"description", fan.description},
-                      {"speed", board::speedName(fan.speed)}});
+        else if (!device.endpoint.empty())
+            events.print("connected",
+                         device.kind + " '" + device.name + "': connected to '" + device.endpoint + "', " +
+                             device.description + ", device file " + device.path,
+                         {{"kind", device.kind},
+                          {"name", device.name},
+                          {"endpoint", device.endpoint},
+                          {"device", device.path},
+                          {"description", device.description}});
     }
 }
 
-void showDescriptor(const Board& board, Events& events) {
-    if (!board.host().descriptor())
-        return;
-    const std::string fault = board::loadDescriptor(board.host());
-    const CBoardDescr& descriptor = *board.host().descriptor();
-    if (!fault.empty())
-        events.print("fault", "descriptor: " + fault, {{"kind", "descriptor"}, {"error", fault}});
-    events.print("descriptor", "descriptor: " + std::to_string(descriptor.getTags().size()) + " tags",
-                 {{"tags", descriptor.getTags().size()}});
-    InfoContainer rows;
-    descriptor.getInfo(rows, 2, 0, 0, 0, String::EMPTY());
-    for (const auto& row : rows.getRows())
-        if (row.level > 0)
-            events.print("tag", "  " + printable(row.key) + ": " + printable(row.value),
-                         {{"key", std::string(row.key.c_str(), row.key.length())},
-                          {"value", std::string(row.value.c_str(), row.value.length())}});
+/// Loads the descriptor, settles the capacity and shows the whole information dump.
+void showReport(const Board& board, Events& events) {
+    const board::Report report = board::makeReport(board.host());
+    for (const board::DriverReport& driver : report.drivers)
+        if (!driver.fault.empty() && driver.fault != board.host().faultOf(driver.name))
+            events.fault("driver '" + driver.name + "': " + driver.fault,
+                         {{"name", driver.name}, {"error", driver.fault}});
+    if (board.host().descriptor()) {
+        const unsigned tags = board.host().descriptor()->getTags().size();
+        events.print("descriptor", "descriptor: " + std::to_string(tags) + " tags", {{"tags", tags}});
+    }
+    const InfoContainer dump = dumpOf(report);
+    for (const auto& row : dump.getRows())
+        events.print("row",
+                     std::string(2 * (std::size_t{row.level} + 1), ' ') + textOf(row.key) +
+                         (row.value.isEmpty() ? "" : ": " + textOf(row.value)),
+                     {{"level", row.level}, {"key", textOf(row.key)}, {"value", textOf(row.value)}});
 }
 
 /// Sets a fan and tells what came of it.
@@ -124,14 +91,14 @@ void stepFan(const Board& board, const std::string& name, IFanControl::FanSpeed 
     if (board.isSimulated())
         seen =
             "the device file holds " + std::string(board.scratch().board().fanRecord().c_str()) + ", " + seen;
-    ordered_json fields = fanToJson(reading);
+    ordered_json fields = toJson(reading);
     fields["requested"] = board::speedName(speed);
     events.print("fan", "fan '" + name + "': set to " + board::speedName(speed) + ", " + seen, fields);
 }
 
 /// Steps each fan through its speeds, slowly enough to follow, and gives it back its own. False where a
 /// signal broke it off.
-bool playTour(const Board& board, const StopSignals& signals, Events& events) {
+bool playTour(const Board& board, Events& events) {
     constexpr auto PAUSE = std::chrono::milliseconds(500);
     for (const board::Device& device : board.host().devices()) {
         if (device.kind != "fan" || !device.fault.empty())
@@ -141,7 +108,7 @@ bool playTour(const Board& board, const StopSignals& signals, Events& events) {
         for (const auto speed : {IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_HIGH,
                                  IFanControl::FAN_SPEED_FULL, IFanControl::FAN_SPEED_OFF}) {
             stepFan(board, device.name, speed, events);
-            stopped = signals.waitUntil(Clock::now() + PAUSE);
+            stopped = events.isLost() || StopSignals::waitFor(PAUSE);
             if (stopped)
                 break;
         }
@@ -153,7 +120,6 @@ bool playTour(const Board& board, const StopSignals& signals, Events& events) {
 }
 
 int run(const Options& options, std::optional<double> seconds, bool tour) {
-    const StopSignals signals; // before any thread exists: each inherits the mask
     const auto start = Clock::now();
     Events events(options.json);
 
@@ -163,17 +129,18 @@ int run(const Options& options, std::optional<double> seconds, bool tour) {
                      board.profilePath(),
                  {{"profile", board.profilePath()}, {"simulated", board.isSimulated()}});
     showDevices(board, events);
-    showDescriptor(board, events);
+    showReport(board, events);
     events.print("ready", "ready");
 
-    const bool goOn = !tour || playTour(board, signals, events);
+    const bool goOn = !tour || playTour(board, events);
     std::optional<Clock::time_point> end;
     if (seconds)
         end = start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(*seconds));
-    if (goOn && (seconds || !tour))
-        signals.waitUntil(end);
-    events.print("stopped", "stopped");
-    return DONE;
+    if (goOn && !events.isLost() && (seconds || !tour))
+        StopSignals::waitUntil(end);
+    if (!events.isLost())
+        events.print("stopped", "stopped");
+    return events.isLost() ? FAILED : DONE;
 }
 
 } // namespace
@@ -182,17 +149,15 @@ void addRun(CLI::App& app, Options& options) {
     auto* const command =
         app.add_subcommand("run", "Host the board until SIGINT or SIGTERM and show how it comes up");
     struct Words {
-        double seconds = 0;
+        std::optional<double> seconds;
         bool tour = false;
     };
     const auto words = std::make_shared<Words>();
-    constexpr double YEAR = 366.0 * 86400;
-    const auto* const limit = command->add_option("--for", words->seconds, "End after this long")
-                                  ->check(CLI::Range(0.0, YEAR))
-                                  ->type_name("SECONDS");
+    command->add_option("--for", words->seconds, "End after this long")
+        ->check(seconds())
+        ->option_text("SECONDS");
     command->add_flag("--tour", words->tour, "Play a tour of the board's devices, then end");
-    command->callback([&options, words, limit] {
-        const auto seconds = limit->count() ? std::optional<double>(words->seconds) : std::nullopt;
-        options.command = [&options, words, seconds] { return run(options, seconds, words->tour); };
+    command->callback([&options, words] {
+        options.command = [&options, words] { return run(options, words->seconds, words->tour); };
     });
 }

@@ -42,8 +42,8 @@ XCode CDriverRepository::unregisterDriver(const String& name) {
             return notFound(name);
         removed = std::move(*found);
         m_drivers.erase(found);
+        removed->setDriverRepository(nullptr); // under the lock: the driver may be registered anew behind it
     }
-    removed->setDriverRepository(nullptr);
     return XCode();
 }
 

@@ -6,7 +6,7 @@
 #include "IDriverRepository.h"
 
 /// The repository behind DRIVER::INSTANCE(). Keeps one counted reference to each driver, in the order of
-/// registration. No reference is given back, and no driver is asked, while the lock is held: a driver's
+/// registration. No reference is given back, and no driver is queried, while the lock is held: a driver's
 /// destructor or query may come back here from another lock.
 class CDriverRepository : public IDriverRepository {
 public:

@@ -59,7 +59,7 @@ XCode CKernelDriver::open(String& error) {
         if (!status.isSuccess())
             m_channel.disconnect();
     }
-    if (!status.getMessage().isEmpty())
+    if (!status.isSuccess() && !status.getMessage().isEmpty())
         error = status.getMessage();
     return status;
 }

@@ -26,6 +26,8 @@ Mx::Registry& Mx::registry() {
 }
 
 XCode Mx::publish(const String& endpoint, Handler handler) {
+    if (!handler)
+        return XCode(XCode::FAILURE, String::format("ENDPOINT '%s' HAS NO HANDLER", endpoint.c_str()));
     auto published = std::make_shared<Endpoint>(endpoint, std::move(handler));
     const std::lock_guard<std::mutex> hold(registry().mutex);
     if (!registry().endpoints.emplace(endpoint, std::move(published)).second)

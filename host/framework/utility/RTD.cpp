@@ -14,7 +14,8 @@ namespace {
 void writeToStandardError(const String& category, int level, const String& text) {
     static const int highest = [] {
         const char* const set = std::getenv("BOARD_LOG_LEVEL");
-        return set ? String(set).toInteger() : 3;
+        const bool isNumber = set && (set[0] == '-' || (set[0] >= '0' && set[0] <= '9'));
+        return isNumber ? String(set).toInteger() : 3;
     }();
     if (level > highest)
         return;

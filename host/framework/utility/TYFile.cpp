@@ -27,13 +27,14 @@ XCode TYFile::open(int flags, unsigned mode, int extraFlags) {
     if (waiting::stopRequested()) {
         static_cast<void>(close());
         waiting::endIfStopped();
+        return XCode(XCode::FAILURE, String::format("OPEN '%s': THREAD IS STOPPED", m_path.c_str()));
     }
     return XCode();
 }
 
 XCode TYFile::readOnce(char* buffer, unsigned size, unsigned& count, bool wait) {
     count = 0;
-    if (!wait) {
+    if (!wait && m_descriptor >= 0) { // a closed file has nothing to ask: the read below fails
         pollfd data{m_descriptor, POLLIN, 0};
         if (waiting::interruptible([&] { return ::poll(&data, 1, 0); }) == 0)
             return XCode();

@@ -219,7 +219,10 @@ XCode TYThread::getBacktrace(String& text) const {
 }
 
 XCode TYThread::getSchedulingPolicy(int& policy, int& priority) const {
-    if (!isAlive())
+    if (!m_control)
+        return failure("NO THREAD RUNS");
+    const std::lock_guard<std::mutex> hold(m_control->mutex); // a handle is good only until the thread ends
+    if (m_control->ended)
         return failure("NO THREAD RUNS");
     sched_param parameters{};
     int current = 0;
@@ -231,7 +234,10 @@ XCode TYThread::getSchedulingPolicy(int& policy, int& priority) const {
 }
 
 XCode TYThread::setSchedulingPolicy(int policy, int priority) {
-    if (!isAlive())
+    if (!m_control)
+        return failure("NO THREAD RUNS");
+    const std::lock_guard<std::mutex> hold(m_control->mutex);
+    if (m_control->ended)
         return failure("NO THREAD RUNS");
     sched_param parameters{};
     parameters.sched_priority = priority;

@@ -1,6 +1,7 @@
 #include "Waiting.h"
 
 #include <csignal>
+#include <exception>
 #include <mutex>
 
 namespace waiting {
@@ -41,9 +42,12 @@ bool stopRequested() {
     return state && state->stopRequested.load(std::memory_order_acquire);
 }
 
-void endIfStopped() {
-    if (stopRequested())
+bool endIfStopped() {
+    if (!stopRequested())
+        return false;
+    if (std::uncaught_exceptions() == 0)
         throw ThreadStopped();
+    return true;
 }
 
 Window::Window(State* state) : m_state(state) {

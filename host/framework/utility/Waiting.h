@@ -34,8 +34,9 @@ State*& current();
 /// Whether somebody has asked the calling thread to end.
 bool stopRequested();
 
-/// Ends the calling thread if somebody has asked for it.
-void endIfStopped();
+/// Ends the calling thread if somebody has asked for it; returns false where nobody has. While a destructor
+/// runs because the stack is being unwound already it returns true: a second exception would end the process.
+bool endIfStopped();
 
 /// Opens the window in which the wake signal gets through.
 class Window {
@@ -50,12 +51,16 @@ private:
 };
 
 /// Runs `call`, a system call that returns -1 with errno where it fails, again after each interruption.
-/// Ends the calling thread where that is asked for and the call has yielded nothing; otherwise returns what
-/// it returned; a caller that got a descriptor must let go of it before it calls `endIfStopped`.
+/// Ends the calling thread where that is asked for and the call has yielded nothing (within a destructor the
+/// call then fails as interrupted); otherwise returns what it returned; a caller that got a descriptor must
+/// let go of it before it calls `endIfStopped`.
 template <class Call>
 auto interruptible(Call call) -> decltype(call()) {
     for (;;) {
-        endIfStopped();
+        if (endIfStopped()) {
+            errno = EINTR;
+            return -1;
+        }
         decltype(call()) result;
         int error;
         {

@@ -1,11 +1,17 @@
 #include "FileReplacement.h"
 
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <future>
 #include <iterator>
 #include <thread>
 
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,6 +27,31 @@ namespace {
 
 std::ptrdiff_t entriesOf(const std::string& folder) {
     return std::distance(fs::directory_iterator(folder), {});
+}
+
+/// The descriptors of this process that stand for the file `path`.
+int descriptorsOf(const std::string& path) {
+    int count = 0;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator("/proc/self/fd"))
+        count += fs::equivalent(entry.path(), path, ignored) ? 1 : 0;
+    return count;
+}
+
+/// Replaces `path` while another holds the lock on it, and does `meanwhile` once the replacement has opened
+/// the file that stood there at first.
+void replaceWhileLocked(const std::string& path, const std::string& bytes,
+                        const std::function<void()>& meanwhile) {
+    const int held = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(held, LOCK_EX), 0);
+    auto writer = std::async(std::launch::async, [&] { board::replaceFile(path, bytes); });
+    const auto isDone = [&] { return writer.wait_for(std::chrono::seconds(0)) == std::future_status::ready; };
+    while (descriptorsOf(path) < 2 && !isDone())
+        std::this_thread::yield();
+    meanwhile();
+    EXPECT_FALSE(isDone()) << "did not wait for the lock";
+    ::close(held);
+    EXPECT_NO_THROW(writer.get());
 }
 
 } // namespace
@@ -68,18 +99,58 @@ TEST(FileReplacement, ReportsADeviceThatDoesNotTakeTheBytes) {
     }
 }
 
+TEST(FileReplacement, WritesADeviceThatCanNotSeekAndReportsWhatItDoesNotTake) {
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_EQ(::grantpt(terminal), 0);
+    ASSERT_EQ(::unlockpt(terminal), 0);
+    const std::string device = ::ptsname(terminal);
+    const int keptOpen = ::open(device.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    board::replaceFile(device, "new");
+    char got[8];
+    EXPECT_EQ(::read(terminal, got, sizeof got), 3);
+    try {
+        board::replaceFile(device, std::string(1U << 20U, 'x'));
+        ADD_FAILURE() << "a terminal took it all";
+    } catch (const board::Error& error) {
+        EXPECT_EQ(std::string(error.what()).rfind(device + ": took only ", 0), 0U) << error.what();
+    }
+    ::close(keptOpen);
+    ::close(terminal);
+}
+
+TEST(FileReplacement, LeavesTheFileAsItWasWhereTheNewContentCanNotBeWritten) {
+    const TempDir dir;
+    dir.write("image", "old");
+    rlimit former{};
+    ::getrlimit(RLIMIT_FSIZE, &former);
+    const auto formerHandler = ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit tight{1000, former.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &tight);
+    EXPECT_THROW(board::replaceFile(dir.path("image"), std::string(5000, 'x')), board::Error);
+    ::setrlimit(RLIMIT_FSIZE, &former);
+    ::signal(SIGXFSZ, formerHandler);
+    EXPECT_EQ(dir.read("image"), "old");
+    EXPECT_EQ(entriesOf(dir.path(".")), 1);
+}
+
 TEST(FileReplacement, WaitsForTheLockAndThenTakesTheFileThatStandsThere) {
     const TempDir dir;
     dir.write("image", "first");
-    const int held = ::open(dir.path("image").c_str(), O_RDONLY | O_CLOEXEC);
-    ASSERT_EQ(::flock(held, LOCK_EX), 0);
-    std::thread writer([&] { board::replaceFile(dir.path("image"), "third"); });
-    // Meanwhile the lock's holder puts another file in place, which the waiting writer must lock anew.
     dir.write("second", "second");
     ::chmod(dir.path("second").c_str(), 0600);
-    fs::rename(dir.path("second"), dir.path("image"));
-    ::close(held);
-    writer.join();
+    replaceWhileLocked(dir.path("image"), "third",
+                       [&] { fs::rename(dir.path("second"), dir.path("image")); });
     EXPECT_EQ(dir.read("image"), "third");
     EXPECT_EQ(fs::status(dir.path("image")).permissions(), fs::perms(0600));
+}
+
+TEST(FileReplacement, FollowsALinkThatIsTurnedWhileItWaits) {
+    const TempDir dir;
+    dir.write("first", "first");
+    dir.write("second", "second");
+    fs::create_symlink("first", dir.path("link"));
+    fs::create_symlink("second", dir.path("turned"));
+    replaceWhileLocked(dir.path("link"), "third", [&] { fs::rename(dir.path("turned"), dir.path("link")); });
+    EXPECT_EQ(dir.read("first"), "first");
+    EXPECT_EQ(dir.read("second"), "third");
 }

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "DRIVER.h"
-#include "Fans.h"
 #include "IDriverRepository.h"
+#include "Readings.h"
 #include "Report.h"
 #include "SimulatedBoard.h"
 #include "support/TempDir.h"

@@ -56,7 +56,8 @@ TEST(Profile, TakesDefaultsDeviceClassesAndPlainNumbers) {
     const TempDir dir;
     dir.write("board.toml", "[[fan]]\nname='f'\ndevice='hwmon:tmp105/pwm1'\nmaximum=4294967295\n"
                             "[descriptor]\ndevice='/abs'\n[leds]\naccess=7\n"
-                            "[[leds.command]]\nword1='a'\nword2='b'\nmask=0xFFFFFFFF\naction=-2147483648\n");
+                            "[[leds.command]]\nword1='a'\nword2='b'\nmask=0xFFFFFFFF\naction=-2147483648\n"
+                            "number=-1\ngroup=3\ntime_ms=-5\n");
     const Profile profile = Profile::load(dir.path("board.toml"));
     EXPECT_EQ(profile.fans[0].device, "hwmon:tmp105/pwm1");
     EXPECT_EQ(profile.fans[0].maximum, 4294967295U);
@@ -67,7 +68,24 @@ TEST(Profile, TakesDefaultsDeviceClassesAndPlainNumbers) {
     EXPECT_EQ(profile.ledService->tickMs, 100U);
     EXPECT_EQ(profile.ledService->commands[0].mask, 0xFFFFFFFFU);
     EXPECT_EQ(profile.ledService->commands[0].action, INT32_MIN);
+    EXPECT_EQ(profile.ledService->commands[0].number, -1);
+    EXPECT_EQ(profile.ledService->commands[0].group, 3);
+    EXPECT_EQ(profile.ledService->commands[0].timeMs, -5);
     EXPECT_FALSE(profile.voip);
+}
+
+TEST(Profile, NumbersTheActionsAsTheSequencerDoes) {
+    const TempDir dir;
+    std::string text;
+    for (const std::string word :
+         {"on", "off", "blink", "flash", "roll-up", "roll-down", "roll-stop", "defaults"})
+        text += "[[leds.command]]\nword1='a'\nword2='b'\nmask=1\naction='" + word + "'\n";
+    dir.write("board.toml", text);
+    std::int32_t expected = 0;
+    const Profile profile = Profile::load(dir.path("board.toml"));
+    for (const auto& command : profile.ledService->commands)
+        EXPECT_EQ(command.action, expected++);
+    EXPECT_EQ(expected, 8);
 }
 
 TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
@@ -106,6 +124,16 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
          "board.toml:2: power[0].name: 'board-descr-driver' is taken by the board descriptor (expected a "
          "name "
          "of its own)"},
+        {"[[power]]\nname='resource-driver'\ndevice='d'\n",
+         "board.toml:2: power[0].name: 'resource-driver' is taken by the VoIP figures (expected a name of "
+         "its own)"},
+        {"[[power]]\nname=\"a\\u007F\"\ndevice='d'\n",
+         "board.toml:2: power[0].name: holds a control character (expected a name without)"},
+        {"[[leds.command]]\nword1='a'\nword2='b'\nmask=1\naction=2147483648\n",
+         "board.toml:5: leds.command[0].action: 2147483648 is out of range (expected -2147483648 to "
+         "2147483647)"},
+        {"[leds]\naccess=\"a\\nb\"\n",
+         "board.toml:2: leds.access: 'a?b' is unknown (expected files, none, or a number)"},
         {"[voip]\nborder_controller=1\n",
          "board.toml:2: voip.border_controller: is of type integer (expected true or false)"},
         {"[leds]\naccess='some'\n",
@@ -118,8 +146,24 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
     const TempDir dir;
     for (const auto& each : CASES)
         EXPECT_EQ(complaintOf(dir, each.text), each.complaint) << each.text;
-    EXPECT_EQ(complaintOf(dir, "[voip]\nborder_controller = maybe\n").rfind("board.toml:2: not TOML: ", 0),
-              0U);
+}
+
+TEST(Profile, RefusesWhatIsNoToml) {
+    const TempDir dir;
+    for (const std::string line : {"border_controller = maybe", "border_controller = f", "[!]", "[.fan]", "[",
+                                   "[[\v]]", "x = {.a = 1}"})
+        EXPECT_EQ(complaintOf(dir, "[voip]\n" + line + "\n").rfind("board.toml:2: not TOML: ", 0), 0U)
+            << line;
+}
+
+TEST(Profile, RefusesNestingThatWouldExhaustTheStack) {
+    const TempDir dir;
+    std::string name = "a";
+    for (int i = 0; i < 300000; ++i)
+        name += ".a";
+    for (const std::string& text : {name + " = 1\n", "[" + name + "]\n", name + " = 1\n=\n"})
+        EXPECT_EQ(complaintOf(dir, text), "board.toml:1: too many dots (expected at most 256 in a line)");
+    EXPECT_EQ(complaintOf(dir, "fan = " + std::string(300000, '[')).rfind("board.toml:1: not TOML: ", 0), 0U);
 }
 
 TEST(Profile, RefusesWhatIsNoFileOfReasonableSize) {

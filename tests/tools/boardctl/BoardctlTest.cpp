@@ -1,8 +1,11 @@
 #include <algorithm>
 #include <csignal>
+#include <sched.h>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 #include "support/Program.h"
 #include "support/TempDir.h"
@@ -61,6 +64,7 @@ TEST(Boardctl, AnswersAWrongCallWithUsageOnStandardErrorAndStatus2) {
                                                                    {"bd", "show", ""},
                                                                    {"run", "--for", "-1"},
                                                                    {"run", "--for", "soon"},
+                                                                   {"run", "--for", "nan"},
                                                                    {"info", "--format", "xml"},
                                                                    {"--board", "", "info"},
                                                                    {"sim", "create"}}) {
@@ -183,9 +187,12 @@ TEST(Boardctl, LeavesTheTargetAloneWhereTheTagsAreWrong) {
         {R"([{"id":5,"data":"12 4"}])", "not hexadecimal at character 2"},
         {R"([{"id":5,"data":"1234","length":3}])", "\"length\" is 3 but \"data\" has 2 bytes"},
         {R"([{"id":5,"dta":"12"}])", "unknown key \"dta\""},
+        {R"([{"id":5,"data":"","data":"12"}])", "the key \"data\" stands twice"},
+        {"[1e400]", "number overflow"},
+        {R"([{"id":5,"data":""}])" + std::string("\0 ]", 3), "holds a zero byte at 20"},
         {R"([{"id":0,"data":"12"}])", "id 0 is the terminator"},
         {R"([{"id":5,"data":")" + tooLong + "\"}]",
-         "65532 bytes, too long for a chunk (expected at most 65531)"},
+         "65532 bytes, too long for a chunk (expected at most 65530)"},
         {R"([{"id":5,"data":")" + tooLong.substr(2) + "\"}]",
          "too long for a chunk (expected at most 65530)"},
     };
@@ -231,8 +238,9 @@ TEST(Boardctl, RunGoesOnWithoutADeviceThatFails) {
     dir.write("board.toml", fanProfile("nowhere") + "[descriptor]\ndevice = \"gone\"\n");
     const Outcome outcome = boardctl({"--board", dir.path("board.toml"), "run", "--for", "0"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    for (const std::string text : {"fan 'fan': ", "FAILED TO OPEN DEVICE", "ready\n", "stopped\n"})
-        EXPECT_NE(outcome.out.find(text), std::string::npos) << text << "\n" << outcome.out;
+    for (const std::string text : {"fan 'fan': ", "FAILED TO OPEN DEVICE"})
+        EXPECT_NE(outcome.err.find(text), std::string::npos) << text << "\n" << outcome.err;
+    EXPECT_NE(outcome.out.find("ready\nstopped\n"), std::string::npos) << outcome.out;
 }
 
 TEST(Boardctl, MakesASimulatedBoardThatItCanHostAndRefusesAFullFolder) {
@@ -248,7 +256,107 @@ TEST(Boardctl, MakesASimulatedBoardThatItCanHostAndRefusesAFullFolder) {
 }
 
 TEST(Boardctl, FailsWhereItsOutputIsNotTaken) {
-    const Outcome outcome = support::Program({BOARDCTL, "info"}, "/dev/full").finish();
+    for (const std::string command : {"info", "run"}) { // without a time limit: nobody watches any more
+        const Outcome outcome = support::Program({BOARDCTL, command}, "/dev/full").finish();
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_NE(outcome.err.find("can't write to standard output"), std::string::npos) << outcome.err;
+    }
+}
+
+TEST(Boardctl, ShowsForeignTextOnOneLineAndWithoutControlCharacters) {
+    const TempDir dir;
+    dir.write("sensor", "1");
+    dir.write("board.toml",
+              "[[power]]\nname='L\xC3\xBC'\ndevice='sensor'\ndescription=\"x\\u001b[31m\\n\\u009B\"\n");
+    const Outcome run = boardctl({"--board", dir.path("board.toml"), "run", "--for", "0"});
+    EXPECT_NE(run.out.find("power 'L\xC3\xBC': connected to 'kernel.L\xC3\xBC', x\\x1b[31m\\x0a\\xc2\\x9b, "),
+              std::string::npos)
+        << run.out;
+    const Outcome named = boardctl({"fan", "--name", "a\nb\x1B"});
+    EXPECT_EQ(named.err, "boardctl: there is no fan 'a\\x0ab\\x1b' (there are: fan)\n");
+}
+
+TEST(Boardctl, GivesADocumentAlsoWhereNothingCouldBeStarted) {
+    const Outcome outcome = boardctl({"info", "--board", "/nowhere/board.toml", "--format", "json"});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_NE(outcome.err.find("can't write to standard output"), std::string::npos) << outcome.err;
+    EXPECT_EQ(json::parse(outcome.out)["error"],
+              "/nowhere/board.toml: can't open: No such file or directory");
+}
+
+TEST(Boardctl, IsNotKeptByADeviceThatWaits) {
+    const TempDir dir;
+    dir.write("fan", "0");
+    dir.makePipe("pipe");
+    dir.write("board.toml", fanProfile("fan") + "enable = \"pipe\"\n");
+    EXPECT_NE(boardctl({"--board", dir.path("board.toml"), "fan"}).err.find("pipe: is no device file"),
+              std::string::npos);
+
+    support::Program reader({BOARDCTL, "bd", "show", dir.path("pipe")});
+    int writer = -1; // there is a reader once it can be opened
+    while ((writer = ::open(dir.path("pipe").c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) < 0)
+        ::sched_yield();
+    reader.signalUntilEnded(SIGTERM);
+    ::close(writer);
+    const Outcome outcome = reader.finish();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("Interrupted system call"), std::string::npos) << outcome.err;
+}
+
+TEST(Boardctl, ReadsSensorsAndSaysWhichOnesThereAre) {
+    const TempDir dir;
+    dir.write("sensor", "45123\n");
+    dir.write("board.toml", "[[thermal]]\nname='a'\ndevice='sensor'\nmaximum=85\n"
+                            "[[thermal]]\nname='b'\ndevice='gone'\nmaximum=90\n");
+    const std::string board = dir.path("board.toml");
+    const Outcome both = boardctl({"--board", board, "temp", "--format", "json"});
+    EXPECT_EQ(both.status, 1);
+    EXPECT_EQ(json::parse(both.out)[0],
+              json({{"name", "a"}, {"description", ""}, {"celsius", 45.123}, {"maximum", 85}}));
+    EXPECT_TRUE(json::parse(both.out)[1]["celsius"].is_null());
+    EXPECT_EQ(boardctl({"--board", board, "temp", "--name", "a"}).out,
+              "a: 45.123 degrees Celsius, maximum 85\n");
+    EXPECT_NE(boardctl({"--board", board, "temp", "--name", "c"}).err.find("(there are: a, b)"),
+              std::string::npos);
+    EXPECT_EQ(boardctl({"--board", board, "power"}).status, 1) << "the board has none";
+}
+
+TEST(Boardctl, SetsOverlaysAndBlinksALedAndGivesItBack) {
+    const TempDir dir;
+    ASSERT_EQ(boardctl({"sim", "create", dir.path("sim")}).status, 0);
+    const auto led = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"--board", dir.path("sim/board.toml"), "led", "status"});
+        return boardctl(words);
+    };
+    const auto held = [&] { return std::string(dir.read("sim/dev/status").c_str()); };
+    EXPECT_EQ(led({"1"}).out, "status: 1\n");
+    EXPECT_EQ(led({"bi", "on", "--for", "0"}).out, "status: 1\n");
+    EXPECT_EQ(held(), "1");
+    EXPECT_EQ(led({"blink", "2", "1"}).status, 0);
+    EXPECT_EQ(held(), "1");
+    EXPECT_EQ(led({"2"}).status, 0);
+    const Outcome off = led({"bi", "off"});
+    EXPECT_EQ(off.status, 0);
+    EXPECT_NE(off.err.find("is switched off"), std::string::npos) << off.err;
+    EXPECT_EQ(held(), "0");
+    for (const auto& wrong : std::vector<std::vector<std::string>>{{"3"},
+                                                                   {"on"},
+                                                                   {"bi", "up"},
+                                                                   {"blink", "2"},
+                                                                   {"blink", "0", "10"},
+                                                                   {"blink", "2", "-5"},
+                                                                   {"1", "--for", "1"}})
+        EXPECT_EQ(led(wrong).status, 2) << wrong[0];
+    EXPECT_EQ(held(), "0") << "nothing was written";
+}
+
+TEST(Boardctl, GivesALedBackWhenASignalEndsTheBlinking) {
+    const TempDir dir;
+    ASSERT_EQ(boardctl({"sim", "create", dir.path("sim")}).status, 0);
+    support::Program program(
+        {BOARDCTL, "--board", dir.path("sim/board.toml"), "led", "status", "blink", "1000", "600000"});
+    while (std::string(dir.read("sim/dev/status").c_str()) != "1")
+        ::sched_yield();
+    program.signal(SIGINT);
+    EXPECT_EQ(program.finish().status, 0);
+    EXPECT_STREQ(dir.read("sim/dev/status").c_str(), "0");
 }

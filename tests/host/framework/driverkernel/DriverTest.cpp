@@ -1,10 +1,12 @@
 #include <atomic>
+#include <functional>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "CKernelDriver.h"
+#include "DID.h"
 #include "DRIVER.h"
 #include "IDriverRepository.h"
 
@@ -12,16 +14,16 @@ namespace {
 
 class Driver : public CKernelDriver {
 public:
-    explicit Driver(const char* name, bool* gone = nullptr)
-        : CKernelDriver(nullptr, name, "end"), m_gone(gone) {}
+    explicit Driver(const char* name, std::function<void()> atEnd = {})
+        : CKernelDriver(nullptr, name, "end"), m_atEnd(std::move(atEnd)) {}
     ~Driver() override {
-        if (m_gone)
-            *m_gone = true;
+        if (m_atEnd)
+            m_atEnd();
     }
     const VELM_UUID& getDID() const override { return IDriver::IID(); }
 
 private:
-    bool* const m_gone;
+    const std::function<void()> m_atEnd;
 };
 
 IDriverRepository& repository() {
@@ -64,9 +66,24 @@ TEST(Driver, AnswersTheFrameworksInterfacesByEveryWay) {
     }
 }
 
+TEST(Driver, IdentifiersOfTheFrameworkKeepTheirBytes) {
+    const std::pair<const VELM_UUID&, const char*> rows[] = {
+        {IUnknown::IID(), "IUnknown 675f89818eca0e4b99aef16efb44bee2"},
+        {IInfo::IID(), "IInfo 62e7d809177dfd48a9fe0043e775db78"},
+        {IDriver::IID(), "IDriver 6a3b6dfba6d07a498900eb5b43fd30af"},
+        {DID_BoardDescr(), "DID_BoardDescr 3e1d75873363954395870648e7e60baf"},
+        {DID_Resource(), "DID_Resource f7707b4d69fe834cb2eb803a567bac43"}};
+    for (const auto& [identifier, expected] : rows) {
+        String shown = String::format("%s ", identifier.getName());
+        for (const unsigned byte : identifier.getValue().bytes)
+            shown.concatf("%02x", byte);
+        EXPECT_EQ(shown, String(expected));
+    }
+}
+
 TEST(DriverRepository, KeepsADriverFromRegistrationToItsLastReference) {
     bool gone = false;
-    auto* const driver = new Driver("kept", &gone);
+    auto* const driver = new Driver("kept", [&] { gone = true; });
     ASSERT_TRUE(repository().registerDriver(driver).isSuccess());
     EXPECT_EQ(driver->getDriverRepository(), &repository());
     EXPECT_EQ(driver->release(), 1U) << "the repository has one of its own";
@@ -79,6 +96,15 @@ TEST(DriverRepository, KeepsADriverFromRegistrationToItsLastReference) {
     EXPECT_FALSE(gone);
     info = TYPPtr<IInfo>();
     EXPECT_TRUE(gone);
+}
+
+TEST(DriverRepository, GivesTheLastReferenceBackWithItsLockFree) {
+    std::vector<String> left = {"never asked"};
+    auto* const driver = new Driver("short-lived", [&] { std::thread([&] { left = names(); }).join(); });
+    ASSERT_TRUE(repository().registerDriver(driver).isSuccess());
+    EXPECT_EQ(driver->release(), 1U);
+    EXPECT_TRUE(repository().unregisterDriver("short-lived").isSuccess());
+    EXPECT_TRUE(left.empty());
 }
 
 TEST(DriverRepository, SaysWhichDriverIsNotFoundOrTaken) {

@@ -1,12 +1,15 @@
 #include "Mx.h"
 
+#include <atomic>
 #include <future>
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "CKernelDriver.h"
 #include "InfoContainer.h"
+#include "support/Threads.h"
 
 namespace {
 
@@ -129,7 +132,8 @@ TEST(KernelDriver, OpensAndClosesWithItsHandshake) {
 
 TEST(Mx, WithdrawingWaitsForTheHandlerThatRuns) {
     std::promise<void> entered, mayLeave;
-    bool left = false;
+    std::atomic<bool> left{false};
+    std::atomic<int> withdrawing{0};
     ASSERT_TRUE(Mx::publish("slow", [&](const MxMsg&, MxMsg& reply) {
                     entered.set_value();
                     mayLeave.get_future().wait();
@@ -143,9 +147,11 @@ TEST(Mx, WithdrawingWaitsForTheHandlerThatRuns) {
     std::thread sender([&] { EXPECT_TRUE(channel.sendReceive(MxMsg(1), reply).isSuccess()); });
     entered.get_future().wait();
     auto leftBeforeWithdrawal = std::async(std::launch::async, [&] {
+        withdrawing = ::gettid();
         EXPECT_TRUE(Mx::withdraw("slow").isSuccess());
-        return left;
+        return left.load();
     });
+    support::waitUntilAsleep(withdrawing);
     mayLeave.set_value();
     EXPECT_TRUE(leftBeforeWithdrawal.get());
     sender.join();

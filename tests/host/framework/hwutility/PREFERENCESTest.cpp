@@ -1,6 +1,7 @@
 #include "PREFERENCES.h"
 
 #include <climits>
+#include <cstdlib>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -97,6 +98,19 @@ TEST(Preferences, ReadsAFileLineByLineAndKeepsTheStoreWhereItCanNot) {
     EXPECT_EQ(value, 5U);
     PREFERENCES::CLEAR();
     EXPECT_FALSE(PREFERENCES::READPREF_UINT("a", value, 0, 0, 9));
+}
+
+TEST(Log, GoesToStandardErrorWhereTheHostHasNoSink) {
+    ::unsetenv("BOARD_LOG_LEVEL");
+    testing::internal::CaptureStderr();
+    {
+        const Log log;
+        RTD::VSYSLOG("CATEGORY", 3, "to the %s", "sink");
+        EXPECT_EQ(log.lines, std::vector<String>{"3 to the sink"});
+    }
+    RTD::VSYSLOG("CATEGORY", 3, "error %d", 1);
+    RTD::VSYSLOG("CATEGORY", 4, "not grave enough");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "CATEGORY 3: error 1\n");
 }
 
 TEST(Names, AreTheSettledTexts) {

@@ -49,6 +49,7 @@ TEST(String, TrimsBothEndsAndChangesAsciiLettersOnly) {
     EXPECT_EQ(String(" a b\n").trim(), String("a b"));
     EXPECT_EQ(String("\xA0x\x85").trim(), String("\xA0x\x85"));
     EXPECT_EQ(String("az\xE4{`9").toUpperCase(), String("AZ\xE4{`9"));
+    EXPECT_EQ(String(" a\0b \0 ", 7).trim().toUpperCase(), String("A\0B \0", 5));
 }
 
 TEST(String, FormatsWholeTextsAlsoFromItself) {

@@ -1,5 +1,6 @@
 #include "TYThread.h"
 
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -14,8 +15,10 @@
 #include "TYFile.h"
 #include "TYRunnable.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 using support::TempDir;
+using support::waitUntilAsleep;
 
 namespace {
 
@@ -42,24 +45,15 @@ private:
     std::function<XCode()> m_body;
 };
 
-/// Sets a mark when the stack that it stands on is unwound.
+/// Sets a mark when the stack that it stands on is unwound, after a wait that must not take its hour: ending
+/// the thread once more from a destructor would end the process.
 struct Unwound {
     std::promise<void>& mark;
-    ~Unwound() { mark.set_value(); }
+    ~Unwound() {
+        TYThread::usleep(HOUR);
+        mark.set_value();
+    }
 };
-
-/// The state that the system shows of a thread of this process, such as 'S' for one that waits.
-char stateOf(int tid) {
-    std::string line;
-    std::getline(std::ifstream("/proc/self/task/" + std::to_string(tid) + "/stat"), line);
-    const auto afterName = line.rfind(") ");
-    return afterName == std::string::npos ? '?' : line[afterName + 2];
-}
-
-void waitUntilAsleep(const TYThread& thread) {
-    while (stateOf(thread.getTid()) != 'S')
-        ::sched_yield();
-}
 
 std::ptrdiff_t openDescriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
@@ -121,13 +115,15 @@ TEST(TYThread, EndsWhereItWaitsAndUnwindsItsStack) {
     for (const auto& each : CASES) {
         const auto before = openDescriptors();
         std::promise<void> unwound;
+        std::atomic<int> waiting{0};
         Body body([&] {
             const Unwound mark{unwound};
+            waiting = ::gettid();
             return each.wait();
         });
         TYThread thread("waiting", &body);
         ASSERT_TRUE(thread.start("").isSuccess());
-        waitUntilAsleep(thread);
+        waitUntilAsleep(waiting);
         EXPECT_TRUE(thread.stop().isSuccess()) << each.name;
         EXPECT_EQ(unwound.get_future().wait_for(std::chrono::seconds(0)), std::future_status::ready)
             << each.name;
@@ -135,6 +131,34 @@ TEST(TYThread, EndsWhereItWaitsAndUnwindsItsStack) {
         EXPECT_TRUE(thread.join().isSuccess()) << each.name;
         EXPECT_EQ(openDescriptors(), before) << each.name;
     }
+}
+
+TEST(TYThread, EndsWithItsObjectAndWhereItWaitsForAWriterThatComes) {
+    const TempDir dir;
+    dir.makePipe("lonely");
+    const auto before = openDescriptors();
+    for (int round = 0; round < 200; ++round) {
+        std::promise<void> unwound;
+        std::atomic<int> waiting{0};
+        Body body([&] {
+            const Unwound mark{unwound};
+            waiting = ::gettid();
+            for (;;)
+                static_cast<void>(openForEver(dir.path("lonely")));
+            return XCode();
+        });
+        int writer = -1;
+        {
+            TYThread thread("destroyed", &body);
+            ASSERT_TRUE(thread.start("").isSuccess());
+            waitUntilAsleep(waiting);
+            writer = ::open(dir.path("lonely").c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+        }
+        EXPECT_EQ(unwound.get_future().wait_for(std::chrono::seconds(0)), std::future_status::ready);
+        if (writer >= 0)
+            ::close(writer);
+    }
+    EXPECT_EQ(openDescriptors(), before);
 }
 
 TEST(TYThread, LosesNoDescriptorHoweverTheStopFallsInOpenAndRead) {
@@ -153,6 +177,8 @@ TEST(TYThread, LosesNoDescriptorHoweverTheStopFallsInOpenAndRead) {
         TYThread thread("rounds", &body);
         for (int round = 0; round < ROUNDS; ++round) {
             ASSERT_TRUE(thread.start("").isSuccess()) << round;
+            for (int i = round % 16 ? 0 : round / 16 % 8; i > 0; --i)
+                ::sched_yield(); // so that some stops fall later, into the wait itself
             ASSERT_TRUE(thread.stop().isSuccess()) << round;
         }
     }
@@ -160,17 +186,16 @@ TEST(TYThread, LosesNoDescriptorHoweverTheStopFallsInOpenAndRead) {
 }
 
 TEST(TYThread, FinishesACallIntoHostCodeBeforeItEnds) {
-    const WrittenPipe* pipe = nullptr;
     const TempDir dir;
     const WrittenPipe written(dir);
-    pipe = &written;
-    std::promise<void> inHostCode;
+    std::atomic<int> inHostCode{0}, stopping{0};
     bool interrupted = false;
     bool finished = false;
     Body body([&] {
-        inHostCode.set_value();
+        TYThread::usleep(1); // leaves no way in behind it
+        inHostCode = ::gettid();
         // The host's own wait, which the framework must not disturb.
-        const int own = ::open(pipe->path().c_str(), O_RDONLY | O_CLOEXEC);
+        const int own = ::open(written.path().c_str(), O_RDONLY | O_CLOEXEC);
         char byte;
         interrupted = ::read(own, &byte, 1) != 1;
         ::close(own);
@@ -180,10 +205,13 @@ TEST(TYThread, FinishesACallIntoHostCodeBeforeItEnds) {
     });
     TYThread thread("host code", &body);
     ASSERT_TRUE(thread.start("").isSuccess());
-    inHostCode.get_future().wait();
-    waitUntilAsleep(thread);
-    auto stopped = std::async(std::launch::async, [&] { return thread.stop().isSuccess(); });
-    pipe->write("x");
+    waitUntilAsleep(inHostCode);
+    auto stopped = std::async(std::launch::async, [&] {
+        stopping = ::gettid();
+        return thread.stop().isSuccess();
+    });
+    waitUntilAsleep(stopping); // now the stop is pending
+    written.write("x");
     EXPECT_TRUE(stopped.get());
     EXPECT_TRUE(finished);
     EXPECT_FALSE(interrupted);
@@ -222,6 +250,11 @@ TEST(TYThread, GivesItsResultOnceItHasEndedAndCanBeStartedAgain) {
         EXPECT_EQ(result.getMessage(), String("SEVEN"));
         EXPECT_EQ(thread.getTid(), 0);
     }
+    for (int round = 0; round < 3; ++round) { // nobody joins
+        ASSERT_TRUE(thread.start("").isSuccess());
+        while (thread.isAlive())
+            ::sched_yield();
+    }
     TYThread empty("empty");
     ASSERT_TRUE(empty.start("").isSuccess());
     EXPECT_FALSE(empty.join().isSuccess());
@@ -243,6 +276,11 @@ TEST(TYThread, JoiningGivesUpInTimeAndFailsWhereItNeverCould) {
     tried.get_future().wait();
     EXPECT_FALSE(joinedItself.isSuccess());
     EXPECT_FALSE(thread.join(1).isSuccess());
+    int policy = -1;
+    int priority = -1;
+    EXPECT_TRUE(thread.getSchedulingPolicy(policy, priority).isSuccess());
+    EXPECT_EQ(std::pair(policy, priority), std::pair(SCHED_OTHER, 0));
+    EXPECT_FALSE(thread.setSchedulingPolicy(SCHED_OTHER, 99).isSuccess()) << "no such priority";
     EXPECT_FALSE(thread.start("").isSuccess()) << "one runs already";
     EXPECT_TRUE(thread.detach().isSuccess());
     EXPECT_FALSE(thread.join().isSuccess());
@@ -254,6 +292,7 @@ TEST(TYThread, BlocksSignalsButThoseOfFaults) {
     sigset_t inside;
     sigset_t before, after;
     Body body([&] {
+        TYThread::usleep(1); // which lets one signal in, and must shut it out again
         pthread_sigmask(SIG_SETMASK, nullptr, &inside);
         return XCode();
     });
@@ -298,7 +337,8 @@ TEST(TYFile, ReadsWithoutWaitingFailsWithATextAndClosesOnce) {
     TYFile file(written.path().c_str(), true, false);
     char buffer[8];
     unsigned count = 7;
-    EXPECT_FALSE(file.readOnce(buffer, sizeof buffer, count, true).isSuccess()) << "not open";
+    for (const bool wait : {false, true})
+        EXPECT_FALSE(file.readOnce(buffer, sizeof buffer, count, wait).isSuccess()) << "not open, " << wait;
     EXPECT_EQ(count, 0U);
     ASSERT_TRUE(file.open(O_RDONLY, 0, 0).isSuccess());
     EXPECT_TRUE(file.readOnce(buffer, sizeof buffer, count, false).isSuccess());

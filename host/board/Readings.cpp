@@ -1,0 +1,116 @@
+#include "Readings.h"
+
+#include "DRIVER.h"
+#include "Error.h"
+#include "Host.h"
+#include "IDriverRepository.h"
+#include "ILedControl.h"
+#include "IPowerStatus.h"
+#include "IThermalSensor.h"
+
+namespace board {
+
+namespace {
+
+constexpr const char* SPEED_NAMES[] = {"full", "high", "low", "off"};
+
+/// Asks driver `name` for `Interface`, and `use` for its value with the driver's lock held; `use` returns
+/// what it complains of.
+template <class Interface, class AReading, class Use>
+AReading ask(const Host& host, const std::string& name, Use use) {
+    AReading reading;
+    reading.name = name;
+    TYPPtr<Interface> driver;
+    const XCode status = DRIVER::INSTANCE()->getInterface(name.c_str(), driver);
+    if (!status.isSuccess()) {
+        reading.fault =
+            status.getMessage().isEmpty() ? "is another kind of driver" : status.getMessage().c_str();
+        return reading;
+    }
+    const auto hold = driver.getLock();
+    String description;
+    static_cast<void>(driver->getDescription(description)); // always succeeds
+    reading.description = description.c_str();
+    reading.fault = use(*driver, reading);
+    // The host knows why a device can't be used; its driver only that it can't.
+    const std::string known = host.faultOf(name);
+    if (!reading.fault.empty() && !known.empty())
+        reading.fault = known;
+    return reading;
+}
+
+std::string unless(const XCode& status, const char* complaint) {
+    return status.isSuccess() ? std::string() : complaint;
+}
+
+std::string read(IFanControl& fan, FanReading& reading) {
+    return unless(fan.getActualFanSpeed(reading.speed), "the speed can't be read");
+}
+
+std::string read(ILedControl& led, LedReading& reading) {
+    return unless(led.getLedStatus(reading.state), "the state can't be read");
+}
+
+std::string holds(const std::string& held, const std::string& written) {
+    return "the device holds " + held + " after " + written + " was written";
+}
+
+} // namespace
+
+const char* speedName(IFanControl::FanSpeed speed) {
+    return SPEED_NAMES[speed];
+}
+
+IFanControl::FanSpeed speedOf(const std::string& word) {
+    for (int speed = IFanControl::FAN_SPEED_FULL; speed <= IFanControl::FAN_SPEED_OFF; ++speed)
+        if (word == SPEED_NAMES[speed])
+            return static_cast<IFanControl::FanSpeed>(speed);
+    throw Error("there is no fan speed '" + word + "' (expected full, high, low or off)");
+}
+
+FanReading readFan(const Host& host, const std::string& name) {
+    return ask<IFanControl, FanReading>(
+        host, name, [](IFanControl& fan, FanReading& reading) { return read(fan, reading); });
+}
+
+TemperatureReading readTemperature(const Host& host, const std::string& name) {
+    return ask<IThermalSensor, TemperatureReading>(
+        host, name, [](IThermalSensor& sensor, TemperatureReading& reading) {
+            static_cast<void>(sensor.getMaxTemperature(reading.maximum)); // always succeeds
+            return unless(sensor.getTemperature(reading.celsius), "the temperature can't be read");
+        });
+}
+
+PowerReading readPower(const Host& host, const std::string& name) {
+    return ask<IPowerStatus, PowerReading>(host, name, [](IPowerStatus& power, PowerReading& reading) {
+        return unless(power.getPowerStatus(reading.status), "the status can't be read");
+    });
+}
+
+LedReading readLed(const Host& host, const std::string& name) {
+    return ask<ILedControl, LedReading>(
+        host, name, [](ILedControl& led, LedReading& reading) { return read(led, reading); });
+}
+
+FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpeed speed) {
+    return ask<IFanControl, FanReading>(host, name, [speed](IFanControl& fan, FanReading& reading) {
+        const std::string refused = unless(fan.setFanSpeed(speed), "the speed can't be written");
+        const std::string fault = read(fan, reading);
+        if (!refused.empty() || !fault.empty())
+            return refused.empty() ? fault : refused;
+        return reading.speed == speed ? std::string() : holds(speedName(reading.speed), speedName(speed));
+    });
+}
+
+LedReading setLed(const Host& host, const std::string& name, unsigned state) {
+    return ask<ILedControl, LedReading>(host, name, [state](ILedControl& led, LedReading& reading) {
+        const std::string refused = unless(led.setLedStatus(state), "the state can't be written");
+        const std::string fault = read(led, reading);
+        if (!refused.empty() || !fault.empty())
+            return refused.empty() ? fault : refused;
+        return reading.state == state ? std::string()
+                                      : holds(std::to_string(reading.state), std::to_string(state));
+    });
+}
+
+} // namespace board

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "IPowerStatus.h"
+#include "TKernelDriver.h"
+
+extern template class TKernelDriver<IPowerStatus>;
+
+/// The power supply's driver: reads one number.
+class CPowerStatus : public TKernelDriver<IPowerStatus> {
+public:
+    static const VELM_UUID& DID();
+    static const VELM_UUID& CID();
+
+    /// `driverName` is the name in the repository, `endpointName` the kernel driver's name on the message
+    /// channel; both are copied. Nothing is contacted before `open`.
+    CPowerStatus(IDriverRepository* repository, const String& driverName, const String& endpointName);
+
+    const VELM_UUID& getDID() const override;
+    XCode onConnected(String& error) override;
+    XCode getPowerStatus(unsigned int& status) override;
+};

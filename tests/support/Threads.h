@@ -1,0 +1,26 @@
+#pragma once
+
+#include <atomic>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include <sched.h>
+
+namespace support {
+
+/// Yields until `tid` has been set to a thread of this process and that one sleeps in the kernel or has
+/// ended.
+inline void waitUntilAsleep(const std::atomic<int>& tid) {
+    for (;; ::sched_yield()) {
+        if (tid == 0)
+            continue;
+        std::ifstream file("/proc/self/task/" + std::to_string(tid) + "/stat");
+        const std::string stat(std::istreambuf_iterator<char>(file), {});
+        const auto afterName = stat.rfind(") ");
+        if (afterName == std::string::npos || stat[afterName + 2] == 'S')
+            return;
+    }
+}
+
+} // namespace support

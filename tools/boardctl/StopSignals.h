@@ -1,0 +1,22 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+/// SIGINT, SIGTERM and SIGHUP, taken in one place for the whole program.
+///
+/// They end nothing by themselves, so that every way out of a command puts back and removes what it must; but
+/// they interrupt a system call that waits, so that no device can keep the program. SIGINT and SIGTERM ask a
+/// command that goes on to end. SIGHUP asks for nothing: what should outlive its terminal does.
+class StopSignals {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// Takes the signals from now on. Called once, before any thread exists.
+    static void install();
+
+    /// Waits until `end`, for ever without one. True where the program was asked to end, also before the
+    /// call.
+    static bool waitUntil(std::optional<Clock::time_point> end);
+    static bool waitFor(Clock::duration span) { return waitUntil(Clock::now() + span); }
+};

@@ -1,0 +1,105 @@
+#include "BdCommands.h"
+
+namespace {
+
+using Words = std::shared_ptr<BdWords>;
+using Command = int (*)(const Options&, const BdWords&);
+
+CLI::App* addCommand(CLI::App& parent, Options& options, const Words& words, const char* name,
+                     const char* text, Command command) {
+    auto* const sub = parent.add_subcommand(name, text);
+    sub->callback([&options, words, command] {
+        options.command = [&options, words, command] { return command(options, *words); };
+    });
+    return sub;
+}
+
+void addImage(CLI::App& command, const Words& words) {
+    command.add_option("-i,--image", words->image, "Image file; without it the board's own descriptor")
+        ->check(notEmpty())
+        ->type_name("IMAGE");
+}
+
+void addManner(CLI::App& command, const Words& words) {
+    addImage(command, words);
+    command.add_flag("--force", words->manner.force,
+                     "Edit a corrupt image too: the tags before the fault stay, the rest is dropped");
+    command
+        .add_option("--backup", words->manner.backup,
+                    "Where the old image is kept; by default a dated file in the user's state folder")
+        ->check(notEmpty())
+        ->type_name("FILE");
+    command.add_flag("--dry-run", words->manner.dryRun, "Show the change, write nothing");
+    command.add_flag("-y,--yes", words->yes, "Change a board's device without a question");
+}
+
+CLI::Option* addWord(CLI::App& command, const char* name, std::string& word, const char* text) {
+    return command.add_option(name, word, text)->check(notEmpty())->type_name("");
+}
+
+void addAssignments(CLI::App& command, const Words& words, const char* text) {
+    command.add_option("ASSIGNMENT", words->assignments, text)
+        ->type_name("ID=TYPE:VALUE")
+        ->required()
+        ->check(notEmpty());
+}
+
+constexpr char TAG[] = "ID or ID.N: decimal, 0x hexadecimal or a name; N counts from 0";
+
+void addMacCommands(CLI::App& bd, Options& options, const Words& words) {
+    auto* const mac = bd.add_subcommand("mac", "The MAC addresses of the descriptor");
+    mac->require_subcommand(1);
+
+    auto* sub =
+        addCommand(*mac, options, words, "list", "Each with its place and its interface's number", bdMacList);
+    addImage(*sub, words);
+    sub = addCommand(*mac, options, words, "get", "One address and its interface's number", bdMacGet);
+    addWord(*sub, "INDEX", words->position, "Which one, counted from 0")->required();
+    addImage(*sub, words);
+    sub = addCommand(*mac, options, words, "set", "Overwrite an address", bdMacSet);
+    addWord(*sub, "INDEX", words->position, "Which one, counted from 0")->required();
+    addWord(*sub, "MAC", words->mac, "Such as 02:00:00:00:00:07")->required();
+    addWord(*sub, "INTERFACE", words->interface, "The interface's number, 0 to 65535; by default as it was");
+    addManner(*sub, words);
+    sub = addCommand(*mac, options, words, "add", "Add an address behind the last one", bdMacAdd);
+    addWord(*sub, "MAC", words->mac, "Such as 02:00:00:00:00:07")->required();
+    addWord(*sub, "INTERFACE", words->interface, "The interface's number, 0 to 65535; by default 0");
+    addManner(*sub, words);
+}
+
+} // namespace
+
+void addBdEdit(CLI::App& bd, Options& options) {
+    const auto words = std::make_shared<BdWords>();
+
+    auto* sub = addCommand(bd, options, words, "get", "Read one tag", bdGet);
+    addWord(*sub, "TAG", words->tag, TAG)->required();
+    sub->add_option("--type", words->type, "Read it as u8, u16, u32, uint, text or hex (the default)")
+        ->default_str("hex")
+        ->type_name("TYPE");
+    addImage(*sub, words);
+
+    constexpr char ASSIGNMENT[] =
+        "TYPE is u8, u16, u32, uint (4 bytes), text or hex. Several are one write, all or nothing";
+    sub = addCommand(bd, options, words, "set", "Replace the data of tags where they stand", bdSet);
+    addAssignments(*sub, words, ASSIGNMENT);
+    addManner(*sub, words);
+    sub = addCommand(bd, options, words, "add", "Add tags in front of the terminator", bdAdd);
+    addAssignments(*sub, words, ASSIGNMENT);
+    addManner(*sub, words);
+    sub = addCommand(bd, options, words, "insert", "Insert tags at a position of the list", bdInsert);
+    addWord(*sub, "POSITION", words->position, "Among all tags, counted from 0; never behind the terminator")
+        ->required();
+    addAssignments(*sub, words, ASSIGNMENT);
+    addManner(*sub, words);
+    sub = addCommand(bd, options, words, "remove", "Remove a tag", bdRemove);
+    addWord(*sub, "TAG", words->tag, TAG)->required();
+    addManner(*sub, words);
+
+    addMacCommands(bd, options, words);
+
+    sub = addCommand(bd, options, words, "check",
+                     "Say what is wrong with an image; status 1 when it is corrupt", bdCheck);
+    addWord(*sub, "IMAGE", words->image, "Image file; without it the board's own descriptor")
+        ->type_name("FILE");
+}

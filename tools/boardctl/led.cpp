@@ -1,0 +1,139 @@
+#include "CommandLine.h"
+#include "DRIVER.h"
+#include "Error.h"
+#include "IDriverRepository.h"
+#include "ILedControl.h"
+#include "Output.h"
+#include "StopSignals.h"
+
+namespace {
+
+struct Words {
+    std::string name;
+    std::vector<std::string> action; ///< what follows the name
+    std::optional<double> seconds;   ///< --for
+};
+
+constexpr unsigned OFF = 0;
+constexpr unsigned LIT = 1;
+constexpr unsigned SECOND_LIT = 2;
+
+TYPPtr<ILedControl> findLed(const Board& board, const std::string& name) {
+    board.devices("led", name); // says which LEDs there are where this is none
+    TYPPtr<ILedControl> led;
+    const XCode status = DRIVER::INSTANCE()->getInterface(name.c_str(), led);
+    if (!status.isSuccess())
+        throw board::Error("LED '" + name + "': " + status.getMessage().c_str());
+    const std::string fault = board.host().faultOf(name);
+    if (!fault.empty())
+        throw board::Error("LED '" + name + "': " + fault);
+    return led;
+}
+
+void expectDone(const XCode& status, const std::string& name, const char* what) {
+    if (!status.isSuccess())
+        throw board::Error("LED '" + name + "': " + what);
+}
+
+/// Holds the overlay until a signal or the end of the time, and gives the former state back.
+int holdOverlay(const Options& options, const Words& words) {
+    const Board board(options);
+    const auto led = findLed(board, words.name);
+    expectDone(led->setLedBiStatus(1), words.name, "can't show a second lit state");
+    complain("LED '" + words.name + "' shows 2 until " + (words.seconds ? "the time is over" : "SIGINT"));
+    std::optional<StopSignals::Clock::time_point> end;
+    if (words.seconds)
+        end = StopSignals::Clock::now() + std::chrono::duration_cast<StopSignals::Clock::duration>(
+                                              std::chrono::duration<double>(*words.seconds));
+    StopSignals::waitUntil(end);
+    expectDone(led->setLedBiStatus(0), words.name, "the former state can't be given back");
+    return show(std::vector{board::readLed(board.host(), words.name)}, options.json);
+}
+
+/// An overlay of another process is nothing this one knows of; what can be seen is a LED that shows 2.
+int endOverlay(const Options& options, const Words& words) {
+    const Board board(options);
+    board.devices("led", words.name);
+    const board::LedReading shown = board::readLed(board.host(), words.name);
+    if (!shown.fault.empty() || shown.state != SECOND_LIT)
+        return show(std::vector{shown}, options.json);
+    complain("LED '" + words.name + "' shows 2; it is switched off");
+    return show(std::vector{board::setLed(board.host(), words.name, OFF)}, options.json);
+}
+
+int blink(const Options& options, const Words& words, unsigned count, unsigned periodMs) {
+    const Board board(options);
+    const auto led = findLed(board, words.name);
+    expectDone(led->enableLedToggle(), words.name, "can't be toggled");
+    const auto half = std::chrono::microseconds(periodMs) * 500; // half of a thousand
+    bool stopped = false;
+    bool written = true;
+    for (unsigned i = 0; i < count && !stopped && written; ++i)
+        for (const unsigned state : {LIT, OFF}) {
+            written = led->setLedToggleStatus(state).isSuccess();
+            stopped = !written || StopSignals::waitFor(half);
+            if (stopped)
+                break;
+        }
+    expectDone(led->disableLedToggle(), words.name, "the former state can't be given back");
+    if (!written)
+        throw board::Error("LED '" + words.name + "': the state can't be written");
+    return show(std::vector{board::readLed(board.host(), words.name)}, options.json);
+}
+
+unsigned number(const std::string& word, const char* what, unsigned minimum, unsigned maximum) {
+    const bool digits = !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
+    const unsigned value = String(word.c_str()).toUInt();
+    if (!digits || value < minimum || value > maximum)
+        throw WrongCall(std::string(what) + " is '" + word + "' (expected " + std::to_string(minimum) +
+                        " to " + std::to_string(maximum) + ")");
+    return value;
+}
+
+int led(const Options& options, const Words& words) {
+    const std::vector<std::string>& action = words.action;
+    const bool holds = action == std::vector<std::string>{"bi", "on"};
+    if (words.seconds && !holds)
+        throw WrongCall("--for goes with 'bi on'");
+    if (holds)
+        return holdOverlay(options, words);
+    if (action == std::vector<std::string>{"bi", "off"})
+        return endOverlay(options, words);
+    if (action.size() == 3 && action[0] == "blink") {
+        constexpr unsigned MOST_BLINKS = 1000000;
+        constexpr unsigned LONGEST_MS = 3600000;
+        const unsigned count = number(action[1], "COUNT", 1, MOST_BLINKS);
+        return blink(options, words, count, number(action[2], "PERIOD_MS", 1, LONGEST_MS));
+    }
+    if (action.size() > 1)
+        throw WrongCall("'" + action[0] + " " + action[1] +
+                        "...' (expected a state, bi on, bi off, or blink COUNT PERIOD_MS)");
+    const std::optional<unsigned> state =
+        action.empty() ? std::nullopt : std::optional(number(action[0], "STATE", OFF, SECOND_LIT));
+    const Board board(options);
+    board.devices("led", words.name); // says which LEDs there are where this is none
+    return show(std::vector{state ? board::setLed(board.host(), words.name, *state)
+                                  : board::readLed(board.host(), words.name)},
+                options.json);
+}
+
+} // namespace
+
+void addLed(CLI::App& app, Options& options) {
+    auto* const command = app.add_subcommand(
+        "led", "Read a LED, set it and read it back, hold its bi-status overlay, or blink it");
+    const auto words = std::make_shared<Words>();
+    command->add_option("NAME", words->name, "The LED")->check(notEmpty())->required()->type_name("NAME");
+    command
+        ->add_option(
+            "ACTION", words->action,
+            "0, 1 or 2: the state to set; bi on: show 2 until SIGINT or --for, then the former state; bi "
+            "off: end that for another process; blink COUNT PERIOD_MS: through the toggle")
+        ->expected(0, 3)
+        ->option_text("0|1|2 | bi on|off | blink COUNT PERIOD_MS");
+    command->add_option("--for", words->seconds, "End `bi on` after this long")
+        ->check(seconds())
+        ->option_text("SECONDS");
+    command->callback(
+        [&options, words] { options.command = [&options, words] { return led(options, *words); }; });
+}
