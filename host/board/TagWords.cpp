@@ -23,17 +23,6 @@ std::string quoted(const std::string& word) {
     return "'" + shown + (word.size() > LONGEST ? "...'" : "'");
 }
 
-/// The value of a hexadecimal digit; -1 for any other character.
-int digitOf(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 /// Whether `word` is nothing but a number up to `maximum`, which is then in `number`.
 bool readNumber(const std::string& word, unsigned maximum, unsigned& number) {
     const bool isHex = word.size() > 2 && word[0] == '0' && (word[1] == 'x' || word[1] == 'X');
@@ -172,6 +161,16 @@ std::string parseMac(const std::string& word) {
     if (isZero)
         throw Error(quoted(word) + " is all zero (expected the address of an interface)");
     return word;
+}
+
+int digitOf(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
 }
 
 std::string hexDigits(const BD::Tag& tag) {

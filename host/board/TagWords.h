@@ -42,6 +42,9 @@ std::string parseMac(const std::string& word);
 /// A decimal number, or a hexadecimal one with 0x, up to `maximum`; `what` names it in the message.
 unsigned parseNumber(const std::string& word, unsigned maximum, const std::string& what);
 
+/// The value of a hexadecimal digit; -1 for any other character.
+int digitOf(char c);
+
 /// The data as pairs of lower-case hexadecimal digits without blanks.
 std::string hexDigits(const BD::Tag& tag);
 

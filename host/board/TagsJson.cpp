@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Error.h"
+#include "TagWords.h"
 
 using nlohmann::ordered_json;
 
@@ -15,17 +16,6 @@ namespace {
 
 // What a chunk's 16-bit length leaves beside its header and the byte that the writer adds to an odd length.
 constexpr std::size_t MAX_DATA_BYTES = 65530;
-
-std::string hexadecimal(const TString<char>& bytes) {
-    constexpr char DIGITS[] = "0123456789abcdef";
-    std::string text;
-    for (unsigned i = 0; i < bytes.length(); ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[i]);
-        text += DIGITS[byte >> 4];
-        text += DIGITS[byte & 0xF];
-    }
-    return text;
-}
 
 /// A value for a message; what may be large or deeply nested is named by its type alone.
 std::string shown(const ordered_json& value) {
@@ -92,12 +82,9 @@ private:
     }
 
     int digit(char c, std::size_t position) const {
-        if (c >= '0' && c <= '9')
-            return c - '0';
-        if (c >= 'a' && c <= 'f')
-            return c - 'a' + 10;
-        if (c >= 'A' && c <= 'F')
-            return c - 'A' + 10;
+        const int value = digitOf(c);
+        if (value >= 0)
+            return value;
         fail("\"data\" is not hexadecimal at character " + std::to_string(position));
     }
 
@@ -139,7 +126,7 @@ std::string tagsToJson(const CBoardDescr::TagList& tags) {
         const ordered_json entry = {{"id", tag.id},
                                     {"name", BD::TAG_ID_TO_STRING(tag.id).c_str()},
                                     {"length", tag.length},
-                                    {"data", hexadecimal(tag.data)}};
+                                    {"data", hexDigits(tag)}};
         text += separator + entry.dump();
         separator = ",\n";
     }
