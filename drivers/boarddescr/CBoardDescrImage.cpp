@@ -33,6 +33,22 @@ void appendUInt16(TString<char>& image, unsigned value) {
     image.concat(bytes, sizeof bytes);
 }
 
+/// Closes the device also where memory runs out for what it holds.
+class Device {
+public:
+    Device(const char* path, int flags) : m_descriptor(::open(path, flags)) {}
+    ~Device() {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
+    int get() const { return m_descriptor; }
+
+private:
+    const int m_descriptor;
+};
+
 } // namespace
 
 XCode CBoardDescr::importBD(const TString<char>& image, String& error) {
@@ -91,15 +107,14 @@ XCode CBoardDescr::readRawBD(TString<char>& image, String& error) {
     if (!m_devicePath)
         return XCode(XCode::FAILURE);
     std::vector<char> chunk(m_readChunk);
-    const int device = ::open(m_devicePath, O_RDONLY);
-    if (device < 0) {
+    const Device device(m_devicePath, O_RDONLY);
+    if (device.get() < 0) {
         error = String::format(OPEN_FAILED, m_devicePath);
         return XCode(XCode::FAILURE);
     }
     ssize_t got;
-    while ((got = ::read(device, chunk.data(), chunk.size())) > 0)
+    while ((got = ::read(device.get(), chunk.data(), chunk.size())) > 0)
         image.concat(chunk.data(), static_cast<unsigned>(got));
-    ::close(device);
     if (got < 0) {
         error = String::format(READ_FAILED, m_devicePath);
         return XCode(XCode::FAILURE);
@@ -115,14 +130,13 @@ XCode CBoardDescr::writeRawBD(const TString<char>& image, String& error) {
                                static_cast<int>(image.length()));
         return XCode(XCode::FAILURE);
     }
-    const int device = ::open(m_devicePath, O_WRONLY);
-    if (device < 0) {
+    const Device device(m_devicePath, O_WRONLY);
+    if (device.get() < 0) {
         error = String::format(OPEN_FAILED, m_devicePath);
         return XCode(XCode::FAILURE);
     }
     // In one call: an EEPROM must not be left half written by whatever happens between two.
-    const ssize_t written = ::write(device, image.data(), image.length());
-    ::close(device);
+    const ssize_t written = ::write(device.get(), image.data(), image.length());
     if (written < 0) {
         error = String::format(WRITE_FAILED, m_devicePath);
         return XCode(XCode::FAILURE);
