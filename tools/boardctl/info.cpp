@@ -46,6 +46,11 @@ int info(const Options& options) {
         printRows(dumpOf(report));
 
     int status = DONE;
+    for (const board::Device& device : board.host().devices())
+        if (device.kind == "preferences" && !device.fault.empty()) { // no driver stands for it
+            complain("preferences: " + device.fault);
+            status = FAILED;
+        }
     for (const board::DriverReport& driver : report.drivers)
         if (!driver.fault.empty()) {
             complain("driver '" + driver.name + "': " + driver.fault);

@@ -4,6 +4,8 @@
 
 #include <unistd.h>
 
+#include "Waiting.h"
+
 namespace RTD {
 
 LogSink::~LogSink() = default;
@@ -34,8 +36,9 @@ void VSYSLOG(const String& category, int level, const char* format, ...) {
     va_start(arguments, format);
     const String text = String::vformat(format, arguments);
     va_end(arguments);
+    const waiting::HostCode undisturbed;
     if (LogSink* const sink = currentSink.load(std::memory_order_acquire))
-        sink->write(category, level, text);
+        sink->write(category, level, text); // host code: no wait in it ends the thread
     else
         writeToStandardError(category, level, text);
 }

@@ -38,6 +38,19 @@ bool stopRequested();
 /// runs because the stack is being unwound already it returns true: a second exception would end the process.
 bool endIfStopped();
 
+/// For as long as it lives the calling thread can't be ended: it is in host code, whose own waits are its
+/// own.
+class HostCode {
+public:
+    HostCode() : m_state(current()) { current() = nullptr; }
+    ~HostCode() { current() = m_state; }
+    HostCode(const HostCode&) = delete;
+    HostCode& operator=(const HostCode&) = delete;
+
+private:
+    State* const m_state;
+};
+
 /// Opens the window in which the wake signal gets through.
 class Window {
 public:

@@ -33,7 +33,7 @@ TEST_F(CBoardDescrTest, TagIsInsertedAtItsPositionInTheWholeListAndRemovedByOccu
     const std::pair<unsigned, Tags> rows[] = {{0, {"9/1:FF", "5/1:50", "7/2:51 00", "5/0:"}},
                                               {1, {"5/1:50", "9/1:FF", "7/2:51 00", "5/0:"}},
                                               {3, {"5/1:50", "7/2:51 00", "5/0:", "9/1:FF"}},
-                                              {0xFFFFFFFF, {"5/1:50", "7/2:51 00", "5/0:", "9/1:FF"}}};
+                                              {10, {"5/1:50", "7/2:51 00", "5/0:", "9/1:FF"}}};
     for (const auto& [index, tags] : rows) {
         EXPECT_TRUE(board.insertTag(index, 9, fromHex("FF")).isSuccess());
         EXPECT_EQ(tagsOf(board), tags) << "index " << index;
