@@ -10,10 +10,11 @@ class TYRunnable;
 /// A thread of the framework's. The order of the virtual operations is part of the binary face.
 ///
 /// A thread can be ended only while it waits in `TYFile::open`, `TYFile::readOnce` or `TYThread::usleep`: the
-/// call does not return, the stack is unwound, destructors run. Everywhere else it runs on undisturbed, in
-/// host code too. Code on such a thread must let through an exception that it does not know, and must not
-/// wait in a `noexcept` function or a destructor (in one that runs while the stack is unwound, the wait
-/// returns early).
+/// call does not return, the stack is unwound, destructors run. Everywhere else it runs on undisturbed, and
+/// where it calls host code (a log sink, a message handler, an observer) behind an `Undisturbed`, not in
+/// that host code's own waits either. Other code on such a thread must let through an exception that it does
+/// not know, and must not wait in a `noexcept` function or a destructor (in one that runs while the stack is
+/// unwound, the wait returns early).
 ///
 /// `start`, `detach` and the destructor are the owner's, one at a time; the other operations may be called on
 /// any thread meanwhile, once `start` has returned, and on the thread itself.
@@ -67,6 +68,19 @@ public:
 
     /// Sleeps on the calling thread, at least this long. A framework thread can be ended here.
     static void usleep(unsigned microseconds);
+
+    /// For as long as it lives the calling thread can't be ended: it is in host code, whose waits are its
+    /// own. One on the stack around each call into host code.
+    class Undisturbed {
+    public:
+        Undisturbed();
+        ~Undisturbed();
+        Undisturbed(const Undisturbed&) = delete;
+        Undisturbed& operator=(const Undisturbed&) = delete;
+
+    private:
+        const bool m_former;
+    };
 
 private:
     struct Control;

@@ -4,6 +4,8 @@
 #include <mutex>
 #include <utility>
 
+#include "TYThread.h"
+
 struct Mx::Endpoint {
     Endpoint(const String& n, Handler h) : name(n), handler(std::move(h)) {}
 
@@ -79,7 +81,11 @@ XCode Mx::sendReceive(const MxMsg& request, MxMsg& reply) {
         return XCode(XCode::FAILURE, String::format("ENDPOINT '%s' WITHDRAWN", endpoint->name.c_str()));
 
     MxMsg answer(request.getCode());
-    XCode status = endpoint->handler(request, answer);
+    XCode status;
+    {
+        const TYThread::Undisturbed undisturbed; // host code: no wait in it ends the thread
+        status = endpoint->handler(request, answer);
+    }
     if (!status.isSuccess())
         return status;
     if (!answer.hasValue())

@@ -4,7 +4,7 @@
 
 #include <unistd.h>
 
-#include "Waiting.h"
+#include "TYThread.h"
 
 namespace RTD {
 
@@ -36,7 +36,7 @@ void VSYSLOG(const String& category, int level, const char* format, ...) {
     va_start(arguments, format);
     const String text = String::vformat(format, arguments);
     va_end(arguments);
-    const waiting::HostCode undisturbed;
+    const TYThread::Undisturbed undisturbed;
     if (LogSink* const sink = currentSink.load(std::memory_order_acquire))
         sink->write(category, level, text); // host code: no wait in it ends the thread
     else

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <ctime>
 #include <mutex>
+#include <utility>
 
 #include <execinfo.h>
 #include <pthread.h>
@@ -259,4 +260,10 @@ void TYThread::usleep(unsigned microseconds) {
         errno = clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr);
         return errno == 0 ? 0 : -1;
     });
+}
+
+TYThread::Undisturbed::Undisturbed() : m_former(std::exchange(waiting::undisturbed(), true)) {}
+
+TYThread::Undisturbed::~Undisturbed() {
+    waiting::undisturbed() = m_former;
 }

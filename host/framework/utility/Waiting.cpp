@@ -37,8 +37,13 @@ State*& current() {
     return state;
 }
 
+bool& undisturbed() {
+    static thread_local bool isUndisturbed = false;
+    return isUndisturbed;
+}
+
 bool stopRequested() {
-    const State* const state = current();
+    const State* const state = undisturbed() ? nullptr : current();
     return state && state->stopRequested.load(std::memory_order_acquire);
 }
 
@@ -50,7 +55,7 @@ bool endIfStopped() {
     return true;
 }
 
-Window::Window(State* state) : m_state(state) {
+Window::Window() : m_state(undisturbed() ? nullptr : current()) {
     if (!m_state)
         return;
     m_state->inCall.store(true, std::memory_order_release);

@@ -31,30 +31,20 @@ void installHandler();
 /// The calling thread's state; null on a thread that is not the framework's.
 State*& current();
 
-/// Whether somebody has asked the calling thread to end.
+/// Whether the calling thread is in host code, where it can't be ended.
+bool& undisturbed();
+
+/// Whether somebody has asked the calling thread to end, and it can be ended here.
 bool stopRequested();
 
 /// Ends the calling thread if somebody has asked for it; returns false where nobody has. While a destructor
 /// runs because the stack is being unwound already it returns true: a second exception would end the process.
 bool endIfStopped();
 
-/// For as long as it lives the calling thread can't be ended: it is in host code, whose own waits are its
-/// own.
-class HostCode {
-public:
-    HostCode() : m_state(current()) { current() = nullptr; }
-    ~HostCode() { current() = m_state; }
-    HostCode(const HostCode&) = delete;
-    HostCode& operator=(const HostCode&) = delete;
-
-private:
-    State* const m_state;
-};
-
-/// Opens the window in which the wake signal gets through.
+/// Opens the window in which the wake signal gets through; none where the thread can't be ended.
 class Window {
 public:
-    explicit Window(State* state);
+    Window();
     ~Window();
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
@@ -77,7 +67,7 @@ auto interruptible(Call call) -> decltype(call()) {
         decltype(call()) result;
         int error;
         {
-            Window window(current());
+            const Window window;
             result = call();
             error = errno;
         }

@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "Mx.h"
+#include "RTD.h"
 #include "TYFile.h"
 #include "TYRunnable.h"
 #include "support/TempDir.h"
@@ -215,6 +217,49 @@ TEST(TYThread, FinishesACallIntoHostCodeBeforeItEnds) {
     EXPECT_TRUE(stopped.get());
     EXPECT_TRUE(finished);
     EXPECT_FALSE(interrupted);
+}
+
+TEST(TYThread, IsNotEndedInTheFrameworksWaitsOfHostCode) {
+    // A sink and a message handler that wait, while the thread that called them is asked to end.
+    const TempDir dir;
+    const WrittenPipe written(dir);
+    TYThread* self = nullptr;
+    int finished = 0;
+    const auto wait = [&] {
+        EXPECT_TRUE(self->stop().isSuccess()); // on the thread itself: only marks
+        TYThread::usleep(1);
+        TYFile file(written.path().c_str(), true, false);
+        EXPECT_TRUE(file.open(0, 0, 0).isSuccess());
+        ++finished;
+    };
+    struct Sink : RTD::LogSink {
+        explicit Sink(std::function<void()> w) : wait(std::move(w)), former(RTD::SET_LOG_SINK(this)) {}
+        ~Sink() override { RTD::SET_LOG_SINK(former); }
+        void write(const String&, int, const String&) override { wait(); }
+        const std::function<void()> wait;
+        RTD::LogSink* const former;
+    } const sink(wait);
+    ASSERT_TRUE(Mx::publish("waits", [&](const MxMsg&, MxMsg&) {
+                    wait();
+                    return XCode();
+                }).isSuccess());
+
+    Body body([&] {
+        RTD::VSYSLOG("TEST", 7, "%s", "waits");
+        Mx channel;
+        MxMsg reply(0);
+        EXPECT_TRUE(channel.connect("waits").isSuccess());
+        EXPECT_FALSE(channel.sendReceive(MxMsg(1), reply).isSuccess()); // not answered
+        TYThread::usleep(HOUR);
+        finished = 0;
+        return XCode();
+    });
+    TYThread thread("host code", &body);
+    self = &thread;
+    ASSERT_TRUE(thread.start("").isSuccess());
+    EXPECT_TRUE(thread.join().isSuccess());
+    EXPECT_EQ(finished, 2);
+    EXPECT_TRUE(Mx::withdraw("waits").isSuccess());
 }
 
 TEST(TYThread, StoppingIsHarmlessBeforeStartTwiceAndOnTheThreadItself) {
