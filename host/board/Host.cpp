@@ -58,12 +58,6 @@ void expectSizeOfDescriptor(const std::string& path) {
                     ")");
 }
 
-/// Drivers tell that a file can't be opened, not why.
-void expectReadable(const std::string& path) {
-    if (::access(path.c_str(), R_OK) != 0)
-        throw Error(path + ": can't open: " + std::strerror(errno));
-}
-
 /// The board's VoIP capacity with the figure of its profile.
 class Capacity : public CResourceVoip {
 public:
@@ -115,27 +109,32 @@ std::string Host::faultOf(const std::string& name) const {
 
 template <class Driver>
 void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
-                           const std::optional<std::string>& enablePath, const DeviceLocator& locator,
+                           const std::optional<NamedPath>& enableFile, const DeviceLocator& locator,
                            std::vector<MxMsg> answers) {
     const String endpoint = endpointOf(entry.name);
     Device device{kind, entry.name, entry.description, "", endpoint.c_str(), ""};
     const auto driver =
         TYPPtr<CKernelDriver>::adopt(new Driver(DRIVER::INSTANCE(), entry.name.c_str(), endpoint));
     try {
-        device.path = locator.locate(entry.device);
-        expectDeviceFile(device.path, true);
-        if (enablePath) {
-            const std::string path = locator.locate(*enablePath);
-            expectDeviceFile(path, true);
-            enable(path);
-        }
-        expectReadable(device.path);
-        answers.push_back(answer(MSG_GET_FILE_PATH, device.path.c_str()));
-        answers.push_back(answer(MSG_GET_DESCRIPTION, entry.description.c_str()));
-        m_endpoints.push_back(std::make_unique<KernelEndpoint>(endpoint, answers));
-        String message = "the kernel driver can't be connected";
-        if (!driver->open(message).isSuccess())
-            throw Error(message.c_str());
+        use(entry.device, [&](const std::string& named) {
+            device.path = locator.locate(named);
+            expectDeviceFile(device.path, true);
+            expectReadable(device.path);
+        });
+        if (enableFile)
+            use(*enableFile, [&](const std::string& named) {
+                const std::string path = locator.locate(named);
+                expectDeviceFile(path, true);
+                enable(path);
+            });
+        use(entry.device, [&](const std::string&) {
+            answers.push_back(answer(MSG_GET_FILE_PATH, device.path.c_str()));
+            answers.push_back(answer(MSG_GET_DESCRIPTION, entry.description.c_str()));
+            m_endpoints.push_back(std::make_unique<KernelEndpoint>(endpoint, answers));
+            String message = "the kernel driver can't be connected";
+            if (!driver->open(message).isSuccess())
+                throw Error(message.c_str());
+        });
     } catch (const Error& error) {
         device.fault = error.what();
     }
@@ -146,11 +145,13 @@ void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
 void Host::addDescriptor(const DescriptorProfile& profile, const DeviceLocator& locator) {
     Device device{"descriptor", DESCRIPTOR_DRIVER, "", "", "", ""};
     try {
-        device.path = locator.locate(profile.device);
-        expectDeviceFile(device.path, false); // a character device may never come to its end
-        expectSizeOfDescriptor(device.path);
-        m_descriptorPath = device.path;
-        expectReadable(device.path);
+        use(profile.device, [&](const std::string& named) {
+            device.path = locator.locate(named);
+            expectDeviceFile(device.path, false); // a character device may never come to its end
+            expectSizeOfDescriptor(device.path);
+            m_descriptorPath = device.path;
+            expectReadable(device.path);
+        });
     } catch (const Error& error) {
         device.fault = error.what();
     }
@@ -166,15 +167,19 @@ void Host::addCapacity(const VoipProfile& profile) {
     enroll({"voip", CAPACITY_DRIVER, "", "", "", ""}, *m_capacity);
 }
 
-void Host::loadPreferences(const std::string& path) {
-    String error;
+void Host::loadPreferences(const NamedPath& file) {
+    Device device{"preferences", "preferences", "", file.path, "", ""};
     try {
-        expectDeviceFile(path, false);
-        static_cast<void>(PREFERENCES::LOAD(path.c_str(), error)); // `error` tells
-    } catch (const Error& refused) {
-        error = refused.what();
+        use(file, [](const std::string& path) {
+            expectDeviceFile(path, false);
+            String error;
+            if (!PREFERENCES::LOAD(path.c_str(), error).isSuccess())
+                throw Error(error.c_str());
+        });
+    } catch (const Error& error) {
+        device.fault = error.what();
     }
-    m_devices.push_back({"preferences", "preferences", "", path, "", error.c_str()});
+    m_devices.push_back(std::move(device));
 }
 
 void Host::enroll(Device device, IDriver& driver) {

@@ -16,10 +16,6 @@ namespace board {
 
 class KernelEndpoint;
 
-/// The names in the repository of the drivers that every board may have once.
-constexpr char DESCRIPTOR_DRIVER[] = "board-descr-driver";
-constexpr char CAPACITY_DRIVER[] = "resource-driver";
-
 /// What became of one of the board's devices.
 struct Device {
     std::string kind; ///< "fan", "thermal", "power", "led", "descriptor", "voip", "preferences"
@@ -60,11 +56,11 @@ public:
 private:
     template <class Driver>
     void addKernelDriver(const char* kind, const DeviceProfile& entry,
-                         const std::optional<std::string>& enablePath, const DeviceLocator& locator,
+                         const std::optional<NamedPath>& enableFile, const DeviceLocator& locator,
                          std::vector<MxMsg> answers);
     void addDescriptor(const DescriptorProfile& profile, const DeviceLocator& locator);
     void addCapacity(const VoipProfile& profile);
-    void loadPreferences(const std::string& path);
+    void loadPreferences(const NamedPath& file);
     void enroll(Device device, IDriver& driver);
 
     std::vector<Device> m_devices;

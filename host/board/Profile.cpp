@@ -56,21 +56,21 @@ public:
     }
 
 private:
-    std::map<std::string, std::string> m_users = {{"board-descr-driver", "the board descriptor"},
-                                                  {"resource-driver", "the VoIP figures"}};
+    std::map<std::string, std::string> m_users = {{DESCRIPTOR_DRIVER, "the board descriptor"},
+                                                  {CAPACITY_DRIVER, "the VoIP figures"}};
 };
 
 void readDevice(const ProfileReader& reader, DriverNames& names, DeviceProfile& device) {
     device.name = reader.name("name");
     names.take(reader, device.name);
-    device.device = reader.path("device");
+    device.device = reader.device("device");
     if (reader.has("description"))
         device.description = reader.text("description");
 }
 
 DescriptorProfile readDescriptor(const ProfileReader& reader) {
     DescriptorProfile descriptor;
-    descriptor.device = reader.path("device");
+    descriptor.device = reader.device("device");
     if (reader.has("read_chunk"))
         descriptor.readChunk = reader.number("read_chunk", 1, MAX_DESCRIPTOR_SIZE);
     if (reader.has("size"))
@@ -110,7 +110,7 @@ LedsProfile readLeds(const ProfileReader& reader) {
     if (reader.has("access"))
         leds.access = reader.wordOrNumber("access", {{"files", 0}, {"none", 1}});
     for (const ProfileReader& file : reader.tables("file", {"mask", "path"}))
-        leds.files.push_back({static_cast<std::int32_t>(file.number("mask")), file.path("path")});
+        leds.files.push_back({static_cast<std::int32_t>(file.number("mask")), file.device("path")});
     for (const ProfileReader& command : reader.tables(
              "command", {"word1", "word2", "number", "mask", "action", "group", "time_ms", "default"}))
         leds.commands.push_back(readCommand(command));
@@ -133,7 +133,7 @@ Profile Profile::load(const std::string& path) {
         readDevice(reader, names, fan);
         fan.maximum = reader.number("maximum");
         if (reader.has("enable"))
-            fan.enable = reader.path("enable");
+            fan.enable = reader.device("enable");
     }
     for (const ProfileReader& reader : root.tables("thermal", {"name", "device", "description", "maximum"})) {
         ThermalProfile& thermal = profile.thermals.emplace_back();

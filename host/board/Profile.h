@@ -5,19 +5,25 @@
 #include <string>
 #include <vector>
 
+#include "NamedPath.h"
+
 namespace board {
+
+/// The names in the repository of the drivers that every board may have once.
+constexpr char DESCRIPTOR_DRIVER[] = "board-descr-driver";
+constexpr char CAPACITY_DRIVER[] = "resource-driver";
 
 /// A device behind a kernel driver. `device` is a path, or "hwmon:NAME/FILE" or "led:NAME" as DeviceLocator
 /// takes it; names are unique among all devices of a board.
 struct DeviceProfile {
     std::string name;        ///< the driver's name in the repository
-    std::string device;      ///< the device file
+    NamedPath device;        ///< the device file
     std::string description; ///< for people; default ""
 };
 
 struct FanProfile : DeviceProfile {
-    std::uint32_t maximum = 0;         ///< the number for full speed
-    std::optional<std::string> enable; ///< a file that must hold 1 before the fan obeys
+    std::uint32_t maximum = 0;       ///< the number for full speed
+    std::optional<NamedPath> enable; ///< a file that must hold 1 before the fan obeys
 };
 
 struct ThermalProfile : DeviceProfile {
@@ -32,7 +38,7 @@ struct LedProfile : DeviceProfile {
 
 /// The EEPROM that holds the board descriptor.
 struct DescriptorProfile {
-    std::string device;
+    NamedPath device;
     std::uint32_t readChunk = 128; ///< bytes a read, 1 to 65536
     std::uint32_t size = 512;      ///< bytes, 1 to 65536
 };
@@ -46,7 +52,7 @@ struct VoipProfile {
 struct LedsProfile {
     struct File {
         std::int32_t mask = 0; ///< the LED, as a bit of 32
-        std::string path;
+        NamedPath path;
     };
     struct Command {
         std::string word1;
@@ -77,9 +83,9 @@ struct Profile {
     std::vector<LedProfile> leds;
     std::optional<DescriptorProfile> descriptor;
     std::optional<VoipProfile> voip;
-    std::optional<std::string> preferences; ///< a file
-    std::optional<std::string> button;      ///< a device file
-    std::optional<std::string> firmware;    ///< the information file
+    std::optional<NamedPath> preferences; ///< a file
+    std::optional<NamedPath> button;      ///< a device file
+    std::optional<NamedPath> firmware;    ///< the information file
     std::optional<LedsProfile> ledService;
 
     /// Reads `path`. Throws Error with one line, "FILE:LINE: KEY: what is wrong (expected ...)": a file that

@@ -44,10 +44,13 @@ std::string ProfileReader::placeOf(const std::string& key) const {
     return m_place.empty() ? key : m_place + "." + key;
 }
 
+std::string ProfileReader::lineOf(const toml::source_region& region) const {
+    return m_source.name + ":" + std::to_string(region.begin.line) + ": ";
+}
+
 void ProfileReader::failAt(const toml::source_region& region, const std::string& place,
                            const std::string& what) const {
-    throw Error(m_source.name + ":" + std::to_string(region.begin.line) + ": " +
-                oneLine(place + ": " + what));
+    throw Error(lineOf(region) + oneLine(place + ": " + what));
 }
 
 void ProfileReader::fail(const char* key, const std::string& what) const {
@@ -81,13 +84,19 @@ std::string ProfileReader::name(const char* key) const {
     return value;
 }
 
-std::string ProfileReader::path(const char* key) const {
-    std::string value = text(key);
+NamedPath ProfileReader::path(const char* key) const {
+    const std::string value = text(key);
     if (value.empty())
         fail(key, "is empty (expected a path)");
+    return {(m_source.folder / value).string(), lineOf(node(key).source()) + placeOf(key)};
+}
+
+NamedPath ProfileReader::device(const char* key) const {
+    NamedPath named = path(key);
+    const std::string value = text(key);
     if (value.rfind("hwmon:", 0) == 0 || value.rfind("led:", 0) == 0)
-        return value;
-    return (m_source.folder / value).string();
+        named.path = value;
+    return named;
 }
 
 bool ProfileReader::boolean(const char* key) const {

@@ -19,6 +19,7 @@
 #pragma pop_macro("NDEBUG")
 
 #include "Error.h"
+#include "NamedPath.h"
 
 namespace board {
 
@@ -48,8 +49,10 @@ public:
     std::string text(const char* key) const;
     /// A text that is not empty and has no control characters.
     std::string name(const char* key) const;
-    /// A path, resolved unless it is absolute or one of a device by its class.
-    std::string path(const char* key) const;
+    /// A path, resolved unless it is absolute.
+    NamedPath path(const char* key) const;
+    /// The same, or a device by its class ("hwmon:...", "led:..."), which is left as it stands.
+    NamedPath device(const char* key) const;
     bool boolean(const char* key) const;
     std::uint32_t number(const char* key, std::uint32_t minimum = 0,
                          std::uint32_t maximum = UINT32_MAX) const;
@@ -68,6 +71,7 @@ public:
     [[noreturn]] void fail(const char* key, const std::string& what) const;
 
 private:
+    std::string lineOf(const toml::source_region& region) const;
     [[noreturn]] void failAt(const toml::source_region& region, const std::string& place,
                              const std::string& what) const;
     const toml::node& node(const char* key) const;

@@ -78,8 +78,10 @@ int runCommandLine(int argc, char** argv) {
            "Output for people or for programs; `info` also gives metrics")
         ->check(CLI::IsMember({"text", "json", "metrics"}))
         ->option_text("text|json|metrics");
+    app.footer("Before or after the command: --board FILE names the board, --format the form of the output.");
     for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addBd, addSim})
         add(app, options);
+    app.footer(""); // commands have taken it over; here the options stand in full
 
     try {
         app.parse(argc, argv);

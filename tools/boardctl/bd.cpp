@@ -57,7 +57,7 @@ int dump(const Options& options, const std::string& image) {
     });
 }
 
-int build(const std::string& source, const std::string& target) {
+int build(const Options& options, const std::string& source, const std::string& target) {
     CBoardDescr descriptor;
     board::tagsFromJson(board::readFile(source, MAX_JSON_SIZE), source, descriptor);
     TString<char> image;
@@ -67,6 +67,8 @@ int build(const std::string& source, const std::string& target) {
         throw board::Error(source + ": the image would have " + std::to_string(image.length()) +
                            " bytes (expected at most " + std::to_string(board::MAX_IMAGE_SIZE) + ")");
     board::replaceFile(target, std::string(image.data(), image.length()));
+    if (options.json)
+        printJson({{"image", target}, {"tags", descriptor.getTags().size()}, {"size", image.length()}});
     return DONE;
 }
 
@@ -103,8 +105,9 @@ void addBd(CLI::App& app, Options& options) {
         ->check(notEmpty())
         ->type_name("IMAGE")
         ->required();
-    sub->callback(
-        [&options, words] { options.command = [words] { return build(words->source, words->target); }; });
+    sub->callback([&options, words] {
+        options.command = [&options, words] { return build(options, words->source, words->target); };
+    });
 
     addBdEdit(*bd, options);
 }

@@ -129,7 +129,10 @@ Target targetOf(const Options& options, const std::string& image) {
     const board::Profile profile = board::Profile::load(path);
     if (!profile.descriptor)
         throw board::Error(path + ": the board has no descriptor");
-    target.place.path = board::DeviceLocator().locate(profile.descriptor->device);
+    board::use(profile.descriptor->device, [&](const std::string& named) {
+        target.place.path = board::DeviceLocator().locate(named);
+        board::expectReadable(target.place.path);
+    });
     target.place.boardDeviceSize = profile.descriptor->size;
     return target;
 }

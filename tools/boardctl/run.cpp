@@ -67,7 +67,7 @@ void showDevices(const Board& board, Events& events) {
 void showReport(const Board& board, Events& events) {
     const board::Report report = board::makeReport(board.host());
     for (const board::DriverReport& driver : report.drivers)
-        if (!driver.fault.empty() && driver.fault != board.host().faultOf(driver.name))
+        if (!driver.fault.empty() && board.host().faultOf(driver.name).empty()) // else it was shown before
             events.fault("driver '" + driver.name + "': " + driver.fault,
                          {{"name", driver.name}, {"error", driver.fault}});
     if (board.host().descriptor()) {

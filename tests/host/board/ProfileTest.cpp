@@ -34,19 +34,19 @@ TEST(Profile, ReadsTheSimulatedBoardWhole) {
     const Profile profile = Profile::load(scratch.board().profile());
     const std::string folder = scratch.board().directory();
     ASSERT_EQ(profile.fans.size(), 1U);
-    EXPECT_EQ(profile.fans[0].device, folder + "/dev/fan");
+    EXPECT_EQ(profile.fans[0].device.path, folder + "/dev/fan");
     EXPECT_EQ(profile.fans[0].maximum, 255U);
     EXPECT_EQ(profile.thermals.at(0).maximum, 85U);
     EXPECT_EQ(profile.powers.at(0).description, "Supply");
     EXPECT_TRUE(profile.leds.at(0).biStatus);
     EXPECT_EQ(profile.descriptor->size, 512U);
     EXPECT_EQ(profile.voip->defaultSipLegs, 30U);
-    EXPECT_EQ(profile.preferences, folder + "/preferences");
-    EXPECT_EQ(profile.button, folder + "/dev/button");
-    EXPECT_EQ(profile.firmware, folder + "/image-info");
+    EXPECT_EQ(profile.preferences->path, folder + "/preferences");
+    EXPECT_EQ(profile.button->path, folder + "/dev/button");
+    EXPECT_EQ(profile.firmware->path, folder + "/image-info");
     ASSERT_EQ(profile.ledService->commands.size(), 3U);
     EXPECT_EQ(profile.ledService->blinkPattern, 0x0F0F0F0FU);
-    EXPECT_EQ(profile.ledService->files.at(1).path, folder + "/leds/line");
+    EXPECT_EQ(profile.ledService->files.at(1).path.path, folder + "/leds/line");
     EXPECT_EQ(profile.ledService->commands[0].action, 2);
     EXPECT_TRUE(profile.ledService->commands[0].isDefault);
     EXPECT_EQ(profile.ledService->commands[2].timeMs, 3000);
@@ -59,10 +59,10 @@ TEST(Profile, TakesDefaultsDeviceClassesAndPlainNumbers) {
                             "[[leds.command]]\nword1='a'\nword2='b'\nmask=0xFFFFFFFF\naction=-2147483648\n"
                             "number=-1\ngroup=3\ntime_ms=-5\n");
     const Profile profile = Profile::load(dir.path("board.toml"));
-    EXPECT_EQ(profile.fans[0].device, "hwmon:tmp105/pwm1");
+    EXPECT_EQ(profile.fans[0].device.path, "hwmon:tmp105/pwm1");
     EXPECT_EQ(profile.fans[0].maximum, 4294967295U);
     EXPECT_EQ(profile.fans[0].description, "");
-    EXPECT_EQ(profile.descriptor->device, "/abs");
+    EXPECT_EQ(profile.descriptor->device.path, "/abs");
     EXPECT_EQ(profile.descriptor->readChunk, 128U);
     EXPECT_EQ(profile.ledService->access, 7);
     EXPECT_EQ(profile.ledService->tickMs, 100U);
