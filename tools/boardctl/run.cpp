@@ -48,6 +48,8 @@ private:
 
 void showDevices(const Board& board, Events& events) {
     for (const board::Device& device : board.host().devices()) {
+        if (device.kind == "descriptor")
+            continue; // loading it tells more
         if (!device.fault.empty())
             events.fault(device.kind + " '" + device.name + "': " + device.fault,
                          {{"kind", device.kind}, {"name", device.name}, {"error", device.fault}});
@@ -67,7 +69,7 @@ void showDevices(const Board& board, Events& events) {
 void showReport(const Board& board, Events& events) {
     const board::Report report = board::makeReport(board.host());
     for (const board::DriverReport& driver : report.drivers)
-        if (!driver.fault.empty() && board.host().faultOf(driver.name).empty()) // else it was shown before
+        if (!driver.fault.empty() && driver.fault != board.host().faultOf(driver.name))
             events.fault("driver '" + driver.name + "': " + driver.fault,
                          {{"name", driver.name}, {"error", driver.fault}});
     if (board.host().descriptor()) {

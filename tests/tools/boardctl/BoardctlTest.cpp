@@ -238,8 +238,9 @@ TEST(Boardctl, RunGoesOnWithoutADeviceThatFails) {
     dir.write("board.toml", fanProfile("nowhere") + "[descriptor]\ndevice = \"gone\"\n");
     const Outcome outcome = boardctl({"--board", dir.path("board.toml"), "run", "--for", "0"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    for (const std::string text : {"fan 'fan': ", "FAILED TO OPEN DEVICE"})
+    for (const std::string text : {"board.toml:3: fan[0].device: ", "FAILED TO OPEN DEVICE"})
         EXPECT_NE(outcome.err.find(text), std::string::npos) << text << "\n" << outcome.err;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 2) << outcome.err;
     EXPECT_NE(outcome.out.find("ready\nstopped\n"), std::string::npos) << outcome.out;
 }
 
