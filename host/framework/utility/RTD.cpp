@@ -13,14 +13,16 @@ Monitor::~Monitor() = default;
 
 namespace {
 
-void writeToStandardError(const String& category, int level, const String& text) {
+int highestLevel() {
     static const int highest = [] {
         const char* const set = std::getenv("BOARD_LOG_LEVEL");
         const bool isNumber = set && (set[0] == '-' || (set[0] >= '0' && set[0] <= '9'));
         return isNumber ? String(set).toInteger() : 3;
     }();
-    if (level > highest)
-        return;
+    return highest;
+}
+
+void writeToStandardError(const String& category, int level, const String& text) {
     // One write a line, so that lines of several threads and processes stay whole.
     const String line = String::format("%s %d: %s\n", category.c_str(), level, text.c_str());
     if (::write(STDERR_FILENO, line.c_str(), line.length()) < 0)
@@ -32,13 +34,16 @@ std::atomic<LogSink*> currentSink{nullptr};
 } // namespace
 
 void VSYSLOG(const String& category, int level, const char* format, ...) {
+    LogSink* const sink = currentSink.load(std::memory_order_acquire);
+    if (!sink && level > highestLevel())
+        return; // before it is formatted: traces cost next to nothing where nobody reads them
     va_list arguments;
     va_start(arguments, format);
     const String text = String::vformat(format, arguments);
     va_end(arguments);
-    const TYThread::Undisturbed undisturbed;
-    if (LogSink* const sink = currentSink.load(std::memory_order_acquire))
-        sink->write(category, level, text); // host code: no wait in it ends the thread
+    const TYThread::Undisturbed undisturbed; // a sink is host code: no wait in it ends the thread
+    if (sink)
+        sink->write(category, level, text);
     else
         writeToStandardError(category, level, text);
 }

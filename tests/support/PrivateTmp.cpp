@@ -1,0 +1,25 @@
+#include <sched.h>
+#include <sys/mount.h>
+
+#include <gtest/gtest.h>
+
+// The LED service's pipe has one path on every machine. Linked into a test program, this gives the program
+// and its children a /tmp of their own where the machine allows it; elsewhere tests that open the pipe take
+// turns through ctest's lock of that name.
+
+namespace {
+
+class PrivateTmp : public testing::Environment {
+public:
+    void SetUp() override {
+        // Root can; others would need a new user namespace, which a program with threads can't enter.
+        if (::unshare(CLONE_NEWNS) == 0 &&
+            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+            ::mount("tmp", "/tmp", "tmpfs", 0, nullptr) != 0)
+            GTEST_LOG_(INFO) << "/tmp is shared with other programs";
+    }
+};
+
+[[maybe_unused]] const auto* const environment = testing::AddGlobalTestEnvironment(new PrivateTmp);
+
+} // namespace
