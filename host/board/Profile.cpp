@@ -80,6 +80,7 @@ DescriptorProfile readDescriptor(const ProfileReader& reader) {
 
 LedsProfile::Command readCommand(const ProfileReader& reader) {
     LedsProfile::Command command;
+    command.place = reader.where();
     command.word1 = reader.text("word1");
     command.word2 = reader.text("word2");
     if (reader.has("number"))
@@ -103,6 +104,7 @@ LedsProfile::Command readCommand(const ProfileReader& reader) {
 
 LedsProfile readLeds(const ProfileReader& reader) {
     LedsProfile leds;
+    leds.place = reader.where();
     if (reader.has("tick_ms"))
         leds.tickMs = reader.number("tick_ms");
     if (reader.has("blink_pattern"))

@@ -64,7 +64,9 @@ struct LedsProfile {
         std::int32_t group = 0;
         std::int32_t timeMs = 0;
         bool isDefault = false;
+        std::string place; ///< "FILE:LINE: leds.command[N]", for messages
     };
+    std::string place; ///< "FILE:LINE: leds", for messages
     std::uint32_t tickMs = 100;
     std::uint32_t blinkPattern = 0x0F0F0F0F;
     std::int32_t access = 0; ///< files 0, none 1

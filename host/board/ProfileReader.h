@@ -65,6 +65,9 @@ public:
     /// The tables of the array `key`, none where there is none.
     std::vector<ProfileReader> tables(const char* key, Keys known) const;
 
+    /// The table's place, for messages: "FILE:LINE: TABLE".
+    std::string where() const { return lineOf(m_table.source()) + m_place; }
+
     /// The full name of `key`, such as "fan[0].name".
     std::string placeOf(const std::string& key) const;
 

@@ -65,17 +65,37 @@ blink_pattern = 0x0F0F0F0F
 access = "files"
 
 [[leds.file]]
-mask = 0x1
+mask = 0x01
 path = "leds/power"
 
 [[leds.file]]
-mask = 0x2
+mask = 0x02
 path = "leds/line"
+
+[[leds.file]]
+mask = 0x04
+path = "leds/alarm"
+
+[[leds.file]]
+mask = 0x10
+path = "leds/bar1"
+
+[[leds.file]]
+mask = 0x20
+path = "leds/bar2"
+
+[[leds.file]]
+mask = 0x40
+path = "leds/bar3"
+
+[[leds.file]]
+mask = 0x80
+path = "leds/bar4"
 
 [[leds.command]]
 word1 = "system"
 word2 = "boot"
-mask = 0x1
+mask = 0x01
 action = "blink"
 group = 1
 default = true
@@ -83,18 +103,67 @@ default = true
 [[leds.command]]
 word1 = "system"
 word2 = "ready"
-mask = 0x1
+mask = 0x01
 action = "on"
 group = 1
 
 [[leds.command]]
 word1 = "line"
 word2 = "ring"
-mask = 0x2
+mask = 0x02
 action = "blink"
 group = 2
 time_ms = 3000
+
+[[leds.command]]
+word1 = "line"
+word2 = "call"
+mask = 0x02
+action = "on"
+group = 2
+
+[[leds.command]]
+word1 = "line"
+word2 = "idle"
+mask = 0x02
+action = "off"
+group = 2
+
+[[leds.command]]
+word1 = "alarm"
+word2 = "once"
+mask = 0x04
+action = "flash"
+
+[[leds.command]]
+word1 = "search"
+word2 = "start"
+mask = 0xF0
+action = "roll-up"
+group = 3
+
+[[leds.command]]
+word1 = "search"
+word2 = "stop"
+mask = 0xF0
+action = "roll-stop"
+group = 3
+
+[[leds.command]]
+word1 = "lamp"
+word2 = "test"
+mask = 0xF7
+action = "on"
+time_ms = 1000
+
+[[leds.command]]
+word1 = "all"
+word2 = "defaults"
+mask = 0
+action = "defaults"
 )";
+
+constexpr const char* LEDS[] = {"power", "line", "alarm", "bar1", "bar2", "bar3", "bar4"};
 
 constexpr char FIRMWARE[] = "5.2\nBranch\n1234\n\n\nboard\ndev\nsimulated\n";
 
@@ -124,6 +193,11 @@ void makeFolder(const fs::path& path) {
         fail(path, std::string("can't make the folder: ") + std::strerror(errno));
 }
 
+void makePipe(const fs::path& path) {
+    if (::mkfifo(path.c_str(), 0666) != 0)
+        fail(path, std::string("can't make the pipe: ") + std::strerror(errno));
+}
+
 void makeFile(const fs::path& path, const std::string& content) {
     std::ofstream file(path, std::ios::binary);
     file << content;
@@ -145,13 +219,12 @@ void fill(const fs::path& root) {
     makeFile(root / "dev/temperature", "41500\n");
     makeFile(root / "dev/power", "1\n");
     makeFile(root / "dev/status", "0\n");
-    makeFile(root / "leds/power", "0");
-    makeFile(root / "leds/line", "0");
+    for (const char* const name : LEDS)
+        makePipe(root / "leds" / name);
     makeFile(root / "eeprom.bin", eepromContent());
     makeFile(root / "image-info", FIRMWARE);
     makeFile(root / "preferences", PREFERENCES);
-    if (::mkfifo((root / "dev/button").c_str(), 0666) != 0)
-        fail(root / "dev/button", std::string("can't make the pipe: ") + std::strerror(errno));
+    makePipe(root / "dev/button");
     makeFile(root / "board.toml", PROFILE);
 }
 

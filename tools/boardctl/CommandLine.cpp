@@ -19,10 +19,9 @@ int wrongCall(CLI::App& app, const std::string& what) {
 
 } // namespace
 
-Board::Board(const Options& options)
+BoardProfile::BoardProfile(const Options& options)
     : m_scratch(options.board.empty() ? std::make_unique<board::ScratchBoard>() : nullptr),
-      m_profilePath(profilePathFor(options, m_scratch)), m_profile(board::Profile::load(m_profilePath)),
-      m_host(m_profile) {}
+      m_profilePath(profilePathFor(options, m_scratch)), m_profile(board::Profile::load(m_profilePath)) {}
 
 std::vector<std::string> Board::devices(const std::string& kind, const std::string& name) const {
     std::vector<std::string> names;
@@ -36,7 +35,7 @@ std::vector<std::string> Board::devices(const std::string& kind, const std::stri
     }
     if (names.empty())
         throw board::Error(known.empty()
-                               ? m_profilePath + ": the board has no device of the kind '" + kind + "'"
+                               ? profilePath() + ": the board has no device of the kind '" + kind + "'"
                                : "there is no " + kind + " '" + name + "' (there are: " + known + ")");
     return names;
 }
@@ -74,12 +73,13 @@ int runCommandLine(int argc, char** argv) {
            [&](const std::string& format) {
                options.json = format == "json";
                options.metrics = format == "metrics";
+               options.svg = format == "svg";
            },
-           "Output for people or for programs; `info` also gives metrics")
-        ->check(CLI::IsMember({"text", "json", "metrics"}))
-        ->option_text("text|json|metrics");
+           "Output for people or for programs; `info` also gives metrics, `leds preview` a picture")
+        ->check(CLI::IsMember({"text", "json", "metrics", "svg"}))
+        ->option_text("text|json|metrics|svg");
     app.footer("Before or after the command: --board FILE names the board, --format the form of the output.");
-    for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addBd, addSim})
+    for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addLeds, addBd, addSim})
         add(app, options);
     app.footer(""); // commands have taken it over; here the options stand in full
 
@@ -87,6 +87,9 @@ int runCommandLine(int argc, char** argv) {
         app.parse(argc, argv);
         if (options.metrics && !app.got_subcommand("info"))
             throw WrongCall("only info gives metrics");
+        if (options.svg &&
+            !(app.got_subcommand("leds") && app.get_subcommand("leds")->got_subcommand("preview")))
+            throw WrongCall("only leds preview gives svg");
         const int status = options.command();
         return flushOutput() ? status : FAILED;
     } catch (const CLI::CallForHelp&) {

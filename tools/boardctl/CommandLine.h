@@ -18,6 +18,7 @@ struct Options {
     std::string board; ///< the profile; empty: a simulated board made for the call
     bool json = false;
     bool metrics = false; ///< `info` alone offers them
+    bool svg = false;     ///< `leds preview` alone offers it
 
     /// What the command does; set while its words are parsed, run afterwards.
     std::function<int()> command;
@@ -28,15 +29,29 @@ struct WrongCall : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The board that a command works on: that of `--board`, or a simulated one that goes with this object.
-class Board {
+/// What the board is that a command works on: that of `--board`, or a simulated one that goes with this
+/// object.
+class BoardProfile {
 public:
     /// Throws board::Error where the profile is not as it should be.
-    explicit Board(const Options& options);
+    explicit BoardProfile(const Options& options);
 
     bool isSimulated() const { return m_scratch != nullptr; }
-    const board::ScratchBoard& scratch() const { return *m_scratch; }
+    const board::SimulatedBoard& simulated() const { return m_scratch->board(); }
     const std::string& profilePath() const { return m_profilePath; }
+    const board::Profile& profile() const { return m_profile; }
+
+private:
+    std::unique_ptr<board::ScratchBoard> m_scratch;
+    const std::string m_profilePath;
+    const board::Profile m_profile;
+};
+
+/// The same board with its drivers.
+class Board : public BoardProfile {
+public:
+    explicit Board(const Options& options) : BoardProfile(options), m_host(profile()) {}
+
     const board::Host& host() const { return m_host; }
 
     /// The names of the devices of `kind`: all, or the one called `name` where that is not empty. Throws
@@ -44,9 +59,6 @@ public:
     std::vector<std::string> devices(const std::string& kind, const std::string& name) const;
 
 private:
-    std::unique_ptr<board::ScratchBoard> m_scratch;
-    const std::string m_profilePath;
-    const board::Profile m_profile;
     const board::Host m_host;
 };
 
@@ -62,6 +74,7 @@ void addFan(CLI::App& app, Options& options);
 void addTemp(CLI::App& app, Options& options);
 void addPower(CLI::App& app, Options& options);
 void addLed(CLI::App& app, Options& options);
+void addLeds(CLI::App& app, Options& options);
 void addBd(CLI::App& app, Options& options);
 void addBdEdit(CLI::App& bd, Options& options); ///< the editing commands below `bd`
 void addSim(CLI::App& app, Options& options);

@@ -112,8 +112,9 @@ void printOutcome(const Options& options, const BdWords& words, const std::strin
 
 /// The image that is to be edited, and what must outlive the edit.
 struct Target {
-    std::unique_ptr<board::ScratchBoard> scratch;
+    std::unique_ptr<BoardProfile> board; ///< of an image file none
     board::DescriptorPlace place;
+    bool isSimulated() const { return board && board->isSimulated(); }
 };
 
 Target targetOf(const Options& options, const std::string& image) {
@@ -123,12 +124,10 @@ Target targetOf(const Options& options, const std::string& image) {
         return target;
     }
     // Without a host: programming the descriptor is no reason to connect the board's other drivers.
-    if (options.board.empty())
-        target.scratch = std::make_unique<board::ScratchBoard>();
-    const std::string path = target.scratch ? target.scratch->board().profile() : options.board;
-    const board::Profile profile = board::Profile::load(path);
+    target.board = std::make_unique<BoardProfile>(options);
+    const board::Profile& profile = target.board->profile();
     if (!profile.descriptor)
-        throw board::Error(path + ": the board has no descriptor");
+        throw board::Error(target.board->profilePath() + ": the board has no descriptor");
     board::use(profile.descriptor->device, [&](const std::string& named) {
         target.place.path = board::DeviceLocator().locate(named);
         board::expectReadable(target.place.path);
@@ -142,7 +141,7 @@ int edit(const Options& options, const BdWords& words,
     const Target target = targetOf(options, words.image);
     const std::string& path = target.place.path;
     board::EditManner manner = words.manner;
-    if (target.scratch) {
+    if (target.isSimulated()) {
         complain("no --board and no image: this edits a simulated board that goes with the call");
         manner.keepOld = !manner.backup.empty();
     }
@@ -151,7 +150,7 @@ int edit(const Options& options, const BdWords& words,
             complain(descriptor.fault() + "; only the tags before the fault are kept");
         step(descriptor);
     };
-    const bool asks = !words.yes && !target.scratch;
+    const bool asks = !words.yes && !target.isSimulated();
     bool isShown = false;
     const auto confirm = [&](const std::vector<board::TagChange>& changes) {
         if (!asks)

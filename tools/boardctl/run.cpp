@@ -91,8 +91,7 @@ void stepFan(const Board& board, const std::string& name, IFanControl::FanSpeed 
     if (seen.empty())
         seen = std::string("reads back ") + board::speedName(reading.speed);
     if (board.isSimulated())
-        seen =
-            "the device file holds " + std::string(board.scratch().board().fanRecord().c_str()) + ", " + seen;
+        seen = "the device file holds " + std::string(board.simulated().fanRecord().c_str()) + ", " + seen;
     ordered_json fields = toJson(reading);
     fields["requested"] = board::speedName(speed);
     events.print("fan", "fan '" + name + "': set to " + board::speedName(speed) + ", " + seen, fields);

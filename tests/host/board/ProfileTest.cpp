@@ -44,7 +44,7 @@ TEST(Profile, ReadsTheSimulatedBoardWhole) {
     EXPECT_EQ(profile.preferences->path, folder + "/preferences");
     EXPECT_EQ(profile.button->path, folder + "/dev/button");
     EXPECT_EQ(profile.firmware->path, folder + "/image-info");
-    ASSERT_EQ(profile.ledService->commands.size(), 3U);
+    ASSERT_EQ(profile.ledService->commands.size(), 10U);
     EXPECT_EQ(profile.ledService->blinkPattern, 0x0F0F0F0FU);
     EXPECT_EQ(profile.ledService->files.at(1).path.path, folder + "/leds/line");
     EXPECT_EQ(profile.ledService->commands[0].action, 2);

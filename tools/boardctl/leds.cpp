@@ -1,0 +1,135 @@
+#include <iostream>
+#include <stdexcept>
+
+#include "CommandLine.h"
+#include "Error.h"
+#include "LedCheck.h"
+#include "LedDiagram.h"
+#include "LedPipe.h"
+#include "LedPreview.h"
+#include "Output.h"
+
+using nlohmann::ordered_json;
+
+namespace {
+
+constexpr unsigned MOST_TICKS = 1000000;
+
+const board::LedsProfile& tablesOf(const BoardProfile& board) {
+    if (!board.profile().ledService)
+        throw board::Error(board.profilePath() + ": the board has no LED tables (expected a table [leds])");
+    return *board.profile().ledService;
+}
+
+int check(const Options& options) {
+    const BoardProfile board(options);
+    const std::vector<std::string> mistakes = board::checkLeds(tablesOf(board));
+    if (options.json)
+        printJson({{"mistakes", mistakes}});
+    for (const std::string& mistake : mistakes)
+        complain(mistake);
+    if (mistakes.empty() && !options.json)
+        std::cout << "no mistakes\n";
+    return mistakes.empty() ? DONE : FAILED;
+}
+
+/// "TICK LINE", such as "12 system ready".
+board::LedLine lineAt(const std::string& text) {
+    const auto blank = text.find(' ');
+    const std::string tick = text.substr(0, blank);
+    const bool isNumber = !tick.empty() && tick.find_first_not_of("0123456789") == std::string::npos;
+    const unsigned value = isNumber ? String(tick.c_str()).toUInt() : 0;
+    if (value < 1 || value > MOST_TICKS || blank == std::string::npos)
+        throw WrongCall("--at '" + text + "' (expected a tick of 1 to " + std::to_string(MOST_TICKS) +
+                        ", a blank and a command line)");
+    const std::string line = text.substr(blank + 1);
+    if (line.find('\n') != std::string::npos)
+        throw WrongCall("--at '" + text + "' (expected one line; say --at once for each)");
+    return {value, line};
+}
+
+ordered_json toJson(const board::LedWaves& waves) {
+    ordered_json leds = ordered_json::array();
+    for (const board::LedWave& led : waves.leds)
+        leds.push_back({{"mask", led.mask}, {"wave", led.wave}});
+    return {{"ticks", waves.ticks}, {"leds", leds}};
+}
+
+int preview(const Options& options, unsigned ticks, const std::vector<std::string>& texts) {
+    std::vector<board::LedLine> lines;
+    for (const std::string& text : texts)
+        lines.push_back(lineAt(text));
+    const BoardProfile board(options);
+    board::LedWaves waves = board::previewLeds(tablesOf(board), ticks, std::move(lines));
+    for (board::LedWave& led : waves.leds)
+        led.name = printable(led.name);
+    for (board::LedLine& line : waves.lines) {
+        line.line = printable(line.line);
+        if (line.tick >= ticks)
+            complain("tick " + std::to_string(line.tick) + " is behind the last one: '" + line.line +
+                     "' does not show");
+    }
+    if (options.json)
+        printJson(toJson(waves));
+    else
+        std::cout << (options.svg ? board::ledsToSvg(waves) : board::ledsToText(waves));
+    return DONE;
+}
+
+int send(const Options& options, const std::string& word1, const std::string& word2,
+         std::optional<std::int32_t> number) {
+    std::string line;
+    try {
+        line = board::ledLine(word1, word2, number);
+    } catch (const std::invalid_argument& error) {
+        throw WrongCall(error.what());
+    }
+    board::sendLedLine(line);
+    if (options.json)
+        printJson({{"sent", line}});
+    return DONE;
+}
+
+} // namespace
+
+void addLeds(CLI::App& app, Options& options) {
+    auto* const leds =
+        app.add_subcommand("leds", "The LED sequencer: check its tables, preview them, send lines");
+    leds->require_subcommand(1);
+    leds->add_subcommand("check", "Look for mistakes in the command table; status 1 where there are some")
+        ->callback([&options] { options.command = [&options] { return check(options); }; });
+
+    struct Words {
+        unsigned ticks = 100;
+        std::vector<std::string> lines;
+        std::string word1, word2;
+        std::optional<std::int32_t> number;
+    };
+    const auto words = std::make_shared<Words>();
+    auto* const show =
+        leds->add_subcommand("preview", "Show as waves what the LEDs would do, without waiting");
+    show->add_option("--ticks", words->ticks, "How many ticks; 100 without this")
+        ->check(CLI::Range(1U, MOST_TICKS))
+        ->option_text("1..1000000");
+    show->add_option("--at", words->lines,
+                     "Hand LINE to the sequencer just before that tick's output; may be repeated")
+        ->allow_extra_args(false)
+        ->option_text("\"TICK LINE\"");
+    show->callback([&options, words] {
+        options.command = [&options, words] { return preview(options, words->ticks, words->lines); };
+    });
+
+    auto* const sender =
+        leds->add_subcommand("send", "Write a line into the pipe of the LED service that runs");
+    sender->add_option("WORD1", words->word1, "The line's first word")->required()->type_name("");
+    sender->add_option("WORD2", words->word2, "Its second word")->required()->type_name("");
+    sender
+        ->add_option("NUMBER", words->number,
+                     "Its number; left out of the line without this, which then names number 0")
+        ->type_name("");
+    sender->callback([&options, words] {
+        options.command = [&options, words] {
+            return send(options, words->word1, words->word2, words->number);
+        };
+    });
+}
