@@ -30,14 +30,14 @@ public:
     XCode setup();
 
     /// Takes a sample and sets each output to the busy share of its span, 0 to 100: `last` of one period,
-    /// `mid` of 5, `longest` of 14. Until that many periods have passed, `mid` and `longest` are those since
-    /// `setup` or since the system's start, as the ring's slots still hold 0.
+    /// `mid` of 5, `longest` of 14. Until that many periods have passed, `mid` and `longest` are of the time
+    /// since `setup` or since the system's start, as the ring's slots still hold 0.
     ///
     /// An output whose span has no idle time is left alone, even if the processors were busy all the time:
-    /// give the variables their start value. Counters that ran backwards, as some kernels' idle time does,
-    /// give figures without meaning, also above 100. Fails as `getCurrentLoad` does, with the outputs left
-    /// alone; the period is counted all the same, and its slot in the ring keeps the sample of 15 periods
-    /// ago.
+    /// give the variables their start value. A span of more than some 21 million jiffies of busy time, or a
+    /// counter that ran backwards as some kernels' idle time does, gives a figure without meaning, also above
+    /// 100. Fails as `getCurrentLoad` does, with the outputs left alone; the period is counted all the same,
+    /// and its slot in the ring keeps the sample of 15 periods ago.
     XCode measure(unsigned short& last, unsigned short& mid, unsigned short& longest);
 
 protected:
