@@ -130,7 +130,7 @@ std::string ledPipeRisk() {
     }
     return unprotected.empty() ? unprotected
                                : "another user could put a link or a pipe in the place of " +
-                                     std::string(LED_PIPE) + ": " + unprotected + " is 0";
+                                     std::string(LED_PIPE) + " (expected 1 in " + unprotected + ")";
 }
 
 } // namespace board

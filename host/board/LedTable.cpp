@@ -35,7 +35,8 @@ LedTable::LedTable(const LedsProfile& profile, const DeviceLocator& locator) {
     for (auto& [mask, led] : leds)
         m_leds.push_back(std::move(led));
     for (const Led& led : m_leds) // what stands here stays where it is
-        m_files.push_back({static_cast<std::int32_t>(led.mask), led.path.c_str()});
+        if (!led.path.empty())
+            m_files.push_back({static_cast<std::int32_t>(led.mask), led.path.c_str()});
 }
 
 } // namespace board

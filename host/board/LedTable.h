@@ -20,7 +20,7 @@ struct Led {
 /// which both must outlive the sequencer.
 class LedTable {
 public:
-    /// Finds the files' paths; one that is not found stays in the table and can't be opened.
+    /// Finds the files' paths; a file that is not found is left out.
     explicit LedTable(const LedsProfile& profile, const DeviceLocator& locator = DeviceLocator());
     LedTable(const LedTable&) = delete;
     LedTable& operator=(const LedTable&) = delete;

@@ -82,6 +82,10 @@ std::string toMetrics(const Report& report) {
         families.begin("board_sip_legs", "SIP legs that the board may hold at once.");
         families.add("", report.capacity->sipLegs);
     }
+    if (report.cpu && report.cpu->last) {
+        families.begin("board_cpu_load_ratio", "Busy share of the processors' time, 0 to 1.");
+        families.add("{span=\"last\"}", *report.cpu->last / 100.0);
+    }
     return families.text();
 }
 

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "CpuMeter.h"
+#include "Firmware.h"
 #include "InfoContainer.h"
 #include "Readings.h"
 
@@ -31,7 +33,9 @@ struct Report {
     std::vector<TemperatureReading> temperatures;
     std::vector<PowerReading> powers;
     std::vector<LedReading> leds;
-    std::optional<CapacityReport> capacity; ///< nothing where the board has none or it can't be settled
+    std::optional<CapacityReport> capacity;  ///< nothing where the board has none or it can't be settled
+    std::optional<CpuReading> cpu;           ///< left empty by `makeReport`: it takes time to measure
+    std::optional<FirmwareReading> firmware; ///< left empty by `makeReport`: no driver stands for it
 };
 
 /// Loads the board descriptor. Returns why that failed; empty on success. A corrupt image leaves the tags

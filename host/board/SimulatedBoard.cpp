@@ -1,6 +1,7 @@
 #include "SimulatedBoard.h"
 
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -219,8 +220,10 @@ void fill(const fs::path& root) {
     makeFile(root / "dev/temperature", "41500\n");
     makeFile(root / "dev/power", "1\n");
     makeFile(root / "dev/status", "0\n");
-    for (const char* const name : LEDS)
+    for (const std::string name : LEDS) {
         makePipe(root / "leds" / name);
+        makeFile(root / "leds" / (name + ".state"), "0");
+    }
     makeFile(root / "eeprom.bin", eepromContent());
     makeFile(root / "image-info", FIRMWARE);
     makeFile(root / "preferences", PREFERENCES);
@@ -260,6 +263,16 @@ std::string SimulatedBoard::profile() const {
 std::string SimulatedBoard::fanRecord() const {
     std::ifstream file(fs::path(m_directory) / "dev/fan", std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+void SimulatedBoard::setTemperature(double celsius) const {
+    const fs::path file = fs::path(m_directory) / "dev/temperature";
+    const fs::path next = file.string() + ".next";
+    makeFile(next, std::to_string(std::lround(celsius * 1000)) + "\n");
+    std::error_code error;
+    fs::rename(next, file, error); // so that no reader finds it empty
+    if (error)
+        fail(file, error.message());
 }
 
 ScratchBoard::Folder::Folder() {

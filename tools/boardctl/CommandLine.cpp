@@ -79,7 +79,8 @@ int runCommandLine(int argc, char** argv) {
         ->check(CLI::IsMember({"text", "json", "metrics", "svg"}))
         ->option_text("text|json|metrics|svg");
     app.footer("Before or after the command: --board FILE names the board, --format the form of the output.");
-    for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addLeds, addBd, addSim})
+    for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addLeds, addButton, addCpu,
+                           addFirmware, addBd, addSim})
         add(app, options);
     app.footer(""); // commands have taken it over; here the options stand in full
 

@@ -77,6 +77,9 @@ void addLed(CLI::App& app, Options& options);
 void addLeds(CLI::App& app, Options& options);
 void addBd(CLI::App& app, Options& options);
 void addBdEdit(CLI::App& bd, Options& options); ///< the editing commands below `bd`
+void addButton(CLI::App& app, Options& options);
+void addCpu(CLI::App& app, Options& options);
+void addFirmware(CLI::App& app, Options& options);
 void addSim(CLI::App& app, Options& options);
 
 /// Parses the words, runs the command, returns the exit status. Messages go to standard error.

@@ -130,6 +130,36 @@ ordered_json toJson(const board::LedReading& led) {
     return describe(led, "state", led.state);
 }
 
+ordered_json toJson(const board::CpuReading& cpu) {
+    const auto orNull = [](const std::optional<unsigned>& value) {
+        return value ? ordered_json(*value) : ordered_json(nullptr);
+    };
+    ordered_json json = {
+        {"last", orNull(cpu.last)}, {"mid", orNull(cpu.mid)}, {"longest", orNull(cpu.longest)}};
+    if (!cpu.fault.empty())
+        json["error"] = cpu.fault;
+    return json;
+}
+
+ordered_json toJson(const board::FirmwareReading& firmware) {
+    if (!firmware.fault.empty())
+        return {{"version", nullptr}, {"error", firmware.fault}};
+    return {{"version", firmware.version}, {"line1", firmware.line1}, {"line2", firmware.line2},
+            {"line3", firmware.line3},     {"line6", firmware.line6}, {"line7", firmware.line7},
+            {"line8", firmware.line8}};
+}
+
+std::string toText(const board::CpuReading& cpu) {
+    if (!cpu.fault.empty())
+        return "unknown";
+    std::string text = std::to_string(cpu.last.value_or(0)) + " %";
+    if (cpu.mid)
+        text += ", " + std::to_string(*cpu.mid) + " % over 5 periods";
+    if (cpu.longest)
+        text += ", " + std::to_string(*cpu.longest) + " % over 14";
+    return text;
+}
+
 std::string toText(const board::FanReading& fan) {
     return known(fan, board::speedName(fan.speed));
 }
@@ -157,6 +187,15 @@ InfoContainer dumpOf(const board::Report& report) {
         addRows(rows, report.fans, driver.name.c_str(), "Speed");
         addRows(rows, report.temperatures, driver.name.c_str(), "Temperature");
         addRows(rows, report.powers, driver.name.c_str(), "Status");
+    }
+    if (report.cpu) {
+        rows.add(0, 0, "CPU load", "");
+        rows.add(1, 0, "Last 100 ms", toText(*report.cpu).c_str());
+    }
+    if (report.firmware) {
+        rows.add(0, 0, "Firmware", "");
+        rows.add(1, 0, "Version",
+                 report.firmware->fault.empty() ? report.firmware->version.c_str() : "unknown");
     }
     return rows;
 }

@@ -34,11 +34,18 @@ nlohmann::ordered_json toJson(const board::TemperatureReading& temperature);
 nlohmann::ordered_json toJson(const board::PowerReading& power);
 nlohmann::ordered_json toJson(const board::LedReading& led);
 
+/// `{"last":...,"mid":...,"longest":...}` in percent; null where a span has not passed yet, or beside
+/// "error".
+nlohmann::ordered_json toJson(const board::CpuReading& cpu);
+/// `{"version":...,"line1":...}`; null beside "error".
+nlohmann::ordered_json toJson(const board::FirmwareReading& firmware);
+
 /// The value alone for people; "unknown" where it is.
 std::string toText(const board::FanReading& fan);
 std::string toText(const board::TemperatureReading& temperature);
 std::string toText(const board::PowerReading& power);
 std::string toText(const board::LedReading& led);
+std::string toText(const board::CpuReading& cpu);
 
 /// All rows of a report, each device's value below its driver's header.
 InfoContainer dumpOf(const board::Report& report);

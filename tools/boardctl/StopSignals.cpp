@@ -33,7 +33,7 @@ void StopSignals::install() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-bool StopSignals::waitUntil(std::optional<Clock::time_point> end) {
+bool StopSignals::waitUntil(std::optional<Clock::time_point> end, int descriptor) {
     // Blocked while the mark is looked at, open while it waits: none gets lost between the two.
     const sigset_t signals = askingSignals();
     sigset_t former;
@@ -48,7 +48,9 @@ bool StopSignals::waitUntil(std::optional<Clock::time_point> end) {
             left.tv_sec = static_cast<time_t>(span.count() / 1000000000);
             left.tv_nsec = static_cast<long>(span.count() % 1000000000);
         }
-        ::ppoll(nullptr, 0, end ? &left : nullptr, &former);
+        pollfd input{descriptor, POLLIN, 0}; // one of -1 is passed over
+        if (::ppoll(&input, 1, end ? &left : nullptr, &former) > 0)
+            break;
     }
     pthread_sigmask(SIG_SETMASK, &former, nullptr);
     return asked != 0;

@@ -15,8 +15,8 @@ public:
     /// Takes the signals from now on. Called once, before any thread exists.
     static void install();
 
-    /// Waits until `end`, for ever without one. True where the program was asked to end, also before the
-    /// call.
-    static bool waitUntil(std::optional<Clock::time_point> end);
+    /// Waits until `end`, for ever without one, or until `descriptor`, if not -1, can be read. True where the
+    /// program was asked to end, also before the call.
+    static bool waitUntil(std::optional<Clock::time_point> end, int descriptor = -1);
     static bool waitFor(Clock::duration span) { return waitUntil(Clock::now() + span); }
 };

@@ -1,9 +1,11 @@
+#include <chrono>
 #include <iostream>
 
 #include "CommandLine.h"
 #include "Metrics.h"
 #include "Output.h"
 #include "Report.h"
+#include "StopSignals.h"
 
 using nlohmann::ordered_json;
 
@@ -32,12 +34,33 @@ ordered_json reportToJson(const board::Report& report) {
                          {"leds", readingsToJson(report.leds)}};
     if (report.capacity)
         json["capacity"] = capacityToJson(*report.capacity);
+    if (report.cpu) {
+        json["cpu"] = {{"last", toJson(*report.cpu)["last"]}}; // one span is all that two samples have
+        if (!report.cpu->fault.empty())
+            json["cpu"]["error"] = report.cpu->fault;
+    }
+    if (report.firmware)
+        json["firmware"] = toJson(*report.firmware);
     return json;
 }
 
+board::FirmwareReading firmwareOf(const board::NamedPath& file) {
+    board::FirmwareReading firmware = board::readFirmware(file.path);
+    if (!firmware.fault.empty())
+        firmware.fault = file.place + ": " + firmware.fault;
+    return firmware;
+}
+
 int info(const Options& options) {
+    constexpr auto CPU_SPAN = std::chrono::milliseconds(100);
+    const auto end = StopSignals::Clock::now() + CPU_SPAN;
+    board::CpuMeter meter;
     const Board board(options);
-    const board::Report report = board::makeReport(board.host());
+    board::Report report = board::makeReport(board.host());
+    if (board.profile().firmware)
+        report.firmware = firmwareOf(*board.profile().firmware);
+    static_cast<void>(StopSignals::waitUntil(end)); // cut short, the span is but shorter
+    report.cpu = meter.next();
     if (options.json)
         printJson(reportToJson(report));
     else if (options.metrics)
@@ -54,6 +77,11 @@ int info(const Options& options) {
     for (const board::DriverReport& driver : report.drivers)
         if (!driver.fault.empty()) {
             complain("driver '" + driver.name + "': " + driver.fault);
+            status = FAILED;
+        }
+    for (const std::string& fault : {report.cpu->fault, report.firmware ? report.firmware->fault : ""})
+        if (!fault.empty()) {
+            complain(fault);
             status = FAILED;
         }
     return status;

@@ -1,11 +1,17 @@
+#include <algorithm>
 #include <chrono>
-#include <iostream>
 #include <optional>
 
 #include "CommandLine.h"
+#include "CpuMeter.h"
+#include "Error.h"
+#include "EventLines.h"
+#include "Notification.h"
 #include "Output.h"
 #include "Report.h"
+#include "Services.h"
 #include "StopSignals.h"
+#include "tour.h"
 
 using nlohmann::ordered_json;
 
@@ -13,152 +19,173 @@ namespace {
 
 using Clock = StopSignals::Clock;
 
-/// Prints what happens, a line each: text for people, or a JSON document a line. Faults go to standard error
-/// too, which is where people see them.
-class Events {
-public:
-    explicit Events(bool json) : m_json(json) {}
-
-    /// `text` for people; for programs `event` and the fields.
-    void print(const char* event, const std::string& text,
-               const ordered_json& fields = ordered_json::object()) {
-        if (m_json) {
-            ordered_json line = {{"event", event}};
-            line.update(fields);
-            printJson(line, -1);
-        } else {
-            std::cout << printable(text) << "\n";
-        }
-        // Somebody watches; a watcher that went away is the end.
-        m_isLost = m_isLost || !flushOutput();
-    }
-
-    void fault(const std::string& text, const ordered_json& fields) {
-        if (m_json)
-            print("fault", text, fields);
-        complain(text);
-    }
-
-    bool isLost() const { return m_isLost; }
-
-private:
-    const bool m_json;
-    bool m_isLost = false;
+struct Words {
+    std::optional<double> seconds;
+    bool tour = false;
+    bool panel = false;
 };
 
-void showDevices(const Board& board, Events& events) {
-    for (const board::Device& device : board.host().devices()) {
-        if (device.kind == "descriptor")
-            continue; // loading it tells more
-        if (!device.fault.empty())
-            events.fault(device.kind + " '" + device.name + "': " + device.fault,
-                         {{"kind", device.kind}, {"name", device.name}, {"error", device.fault}});
-        else if (!device.endpoint.empty())
-            events.print("connected",
-                         device.kind + " '" + device.name + "': connected to '" + device.endpoint + "', " +
-                             device.description + ", device file " + device.path,
-                         {{"kind", device.kind},
-                          {"name", device.name},
-                          {"endpoint", device.endpoint},
-                          {"device", device.path},
-                          {"description", device.description}});
-    }
-}
+/// A board that is hosted, and what it tells while it is.
+class Run {
+public:
+    Run(const Options& options, const Words& words)
+        : m_words(words), m_showsLeds(words.panel || words.tour),
+          m_drawsPanel(m_showsLeds && !options.json && Panel::isPossible()),
+          m_lines(options.json, m_drawsPanel ? &m_panel : nullptr), m_tap(m_queue), m_board(options) {}
 
-/// Loads the descriptor, settles the capacity and shows the whole information dump.
-void showReport(const Board& board, Events& events) {
-    const board::Report report = board::makeReport(board.host());
-    for (const board::DriverReport& driver : report.drivers)
-        if (!driver.fault.empty() && driver.fault != board.host().faultOf(driver.name))
-            events.fault("driver '" + driver.name + "': " + driver.fault,
-                         {{"name", driver.name}, {"error", driver.fault}});
-    if (board.host().descriptor()) {
-        const unsigned tags = board.host().descriptor()->getTags().size();
-        events.print("descriptor", "descriptor: " + std::to_string(tags) + " tags", {{"tags", tags}});
-    }
-    const InfoContainer dump = dumpOf(report);
-    for (const auto& row : dump.getRows())
-        events.print("row",
-                     std::string(2 * (std::size_t{row.level} + 1), ' ') + textOf(row.key) +
-                         (row.value.isEmpty() ? "" : ": " + textOf(row.value)),
-                     {{"level", row.level}, {"key", textOf(row.key)}, {"value", textOf(row.value)}});
-}
-
-/// Sets a fan and tells what came of it.
-void stepFan(const Board& board, const std::string& name, IFanControl::FanSpeed speed, Events& events) {
-    const board::FanReading reading = board::setFan(board.host(), name, speed);
-    std::string seen = reading.fault;
-    if (seen.empty())
-        seen = std::string("reads back ") + board::speedName(reading.speed);
-    if (board.isSimulated())
-        seen = "the device file holds " + std::string(board.simulated().fanRecord().c_str()) + ", " + seen;
-    ordered_json fields = toJson(reading);
-    fields["requested"] = board::speedName(speed);
-    events.print("fan", "fan '" + name + "': set to " + board::speedName(speed) + ", " + seen, fields);
-}
-
-/// Steps each fan through its speeds, slowly enough to follow, and gives it back its own. False where a
-/// signal broke it off.
-bool playTour(const Board& board, Events& events) {
-    constexpr auto PAUSE = std::chrono::milliseconds(500);
-    for (const board::Device& device : board.host().devices()) {
-        if (device.kind != "fan" || !device.fault.empty())
-            continue;
-        const auto former = board::readFan(board.host(), device.name).speed;
-        bool stopped = false;
-        for (const auto speed : {IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_HIGH,
-                                 IFanControl::FAN_SPEED_FULL, IFanControl::FAN_SPEED_OFF}) {
-            stepFan(board, device.name, speed, events);
-            stopped = events.isLost() || StopSignals::waitFor(PAUSE);
-            if (stopped)
-                break;
+    int run() {
+        const auto start = Clock::now();
+        m_lines.print("board",
+                      (m_board.isSimulated() ? "a simulated board, made for this run: " : "board ") +
+                          m_board.profilePath(),
+                      {{"profile", m_board.profilePath()}, {"simulated", m_board.isSimulated()}});
+        showDevices();
+        showReport();
+        {
+            const board::Services services(m_board.profile(), m_showsLeds, m_queue);
+            showServices(services);
+            m_lines.print("ready", "ready");
+            notify("READY=1");
+            goOn(services, start);
+            if (m_drawsPanel)
+                m_panel.clear();
+            notify("STOPPING=1");
         }
-        stepFan(board, device.name, former, events); // as it was before the tour
-        if (stopped)
-            return false;
+        m_lines.print(m_queue.take()); // what came while they ended
+        if (!m_lines.isLost())
+            m_lines.print("stopped", "stopped");
+        return m_lines.isLost() ? FAILED : DONE;
     }
-    return true;
-}
 
-int run(const Options& options, std::optional<double> seconds, bool tour) {
-    const auto start = Clock::now();
-    Events events(options.json);
+private:
+    void showDevices() {
+        for (const board::Device& device : m_board.host().devices()) {
+            if (device.kind == "descriptor")
+                continue; // loading it tells more
+            if (!device.fault.empty())
+                m_lines.fault(device.kind + " '" + device.name + "': " + device.fault,
+                              {{"kind", device.kind}, {"name", device.name}, {"error", device.fault}});
+            else if (!device.endpoint.empty())
+                m_lines.print("connected",
+                              device.kind + " '" + device.name + "': connected to '" + device.endpoint +
+                                  "', " + device.description + ", device file " + device.path,
+                              {{"kind", device.kind},
+                               {"name", device.name},
+                               {"endpoint", device.endpoint},
+                               {"device", device.path},
+                               {"description", device.description}});
+        }
+    }
 
-    const Board board(options);
-    events.print("board",
-                 (board.isSimulated() ? "a simulated board, made for this run: " : "board ") +
-                     board.profilePath(),
-                 {{"profile", board.profilePath()}, {"simulated", board.isSimulated()}});
-    showDevices(board, events);
-    showReport(board, events);
-    events.print("ready", "ready");
+    /// Loads the descriptor, settles the capacity and shows the whole information dump.
+    void showReport() {
+        const board::Report report = board::makeReport(m_board.host());
+        for (const board::DriverReport& driver : report.drivers)
+            if (!driver.fault.empty() && driver.fault != m_board.host().faultOf(driver.name))
+                m_lines.fault("driver '" + driver.name + "': " + driver.fault,
+                              {{"name", driver.name}, {"error", driver.fault}});
+        if (m_board.host().descriptor()) {
+            const unsigned tags = m_board.host().descriptor()->getTags().size();
+            m_lines.print("descriptor", "descriptor: " + std::to_string(tags) + " tags", {{"tags", tags}});
+        }
+        const InfoContainer dump = dumpOf(report);
+        for (const auto& row : dump.getRows())
+            m_lines.print("row",
+                          std::string(2 * (std::size_t{row.level} + 1), ' ') + textOf(row.key) +
+                              (row.value.isEmpty() ? "" : ": " + textOf(row.value)),
+                          {{"level", row.level}, {"key", textOf(row.key)}, {"value", textOf(row.value)}});
+    }
 
-    const bool goOn = !tour || playTour(board, events);
-    std::optional<Clock::time_point> end;
-    if (seconds)
-        end = start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(*seconds));
-    if (goOn && !events.isLost() && (seconds || !tour))
-        StopSignals::waitUntil(end);
-    if (!events.isLost())
-        events.print("stopped", "stopped");
-    return events.isLost() ? FAILED : DONE;
-}
+    void showServices(const board::Services& services) {
+        for (const board::Services::Fault& fault : services.faults())
+            m_lines.fault(fault.kind + ": " + fault.text, {{"kind", fault.kind}, {"error", fault.text}});
+        if (services.leds() && services.leds()->writers()) {
+            const std::string writers = *services.leds()->writers();
+            m_lines.print("leds",
+                          "leds: commands are taken from " + std::string(board::LED_PIPE) + ", which " +
+                              writers + " may write",
+                          {{"pipe", board::LED_PIPE}, {"writers", writers}});
+            const std::string risk = board::ledPipeRisk();
+            if (!risk.empty())
+                m_lines.fault("leds: " + risk, {{"kind", "leds"}, {"error", risk}});
+        }
+        if (services.watchesButton())
+            m_lines.print("button", "button: watching " + m_board.profile().button->path,
+                          {{"device", m_board.profile().button->path}});
+    }
+
+    void notify(const char* state) {
+        try {
+            board::notifyInitSystem(state);
+        } catch (const board::Error& error) {
+            m_lines.fault(error.what(), {{"error", error.what()}});
+        }
+    }
+
+    void goOn(const board::Services& services, Clock::time_point start) {
+        m_nextCpu = Clock::now() + CPU_PERIOD;
+        const TourStage stage{
+            m_board, m_lines, services.leds() && services.leds()->writers(), services.watchesButton(),
+            [&](std::chrono::milliseconds span) { return watch(services, Clock::now() + span); }};
+        if (m_words.tour && !playTour(stage))
+            return;
+        std::optional<Clock::time_point> end;
+        if (m_words.seconds)
+            end = start + std::chrono::duration_cast<Clock::duration>(
+                              std::chrono::duration<double>(*m_words.seconds));
+        if (!m_words.tour || end)
+            watch(services, end);
+    }
+
+    /// Shows what happens until `end`. True where a signal, or the end of all output, asks to stop.
+    bool watch(const board::Services& services, std::optional<Clock::time_point> end) {
+        for (;;) {
+            const auto next = end ? std::min(*end, m_nextCpu) : m_nextCpu;
+            const bool isAsked = StopSignals::waitUntil(next, m_queue.descriptor());
+            m_lines.print(m_queue.take());
+            if (Clock::now() >= m_nextCpu)
+                showCpu();
+            if (m_drawsPanel && services.leds())
+                m_panel.draw(services.leds()->states());
+            if (isAsked || m_lines.isLost())
+                return true;
+            if (end && Clock::now() >= *end)
+                return false;
+        }
+    }
+
+    void showCpu() {
+        m_nextCpu = std::max(m_nextCpu + CPU_PERIOD, Clock::now());
+        const board::CpuReading cpu = m_meter.next();
+        m_lines.printTimed("cpu", "CPU load " + (cpu.fault.empty() ? toText(cpu) : cpu.fault), toJson(cpu));
+    }
+
+    static constexpr auto CPU_PERIOD = std::chrono::seconds(5);
+
+    const Words m_words;
+    const bool m_showsLeds; ///< the tour shows them too
+    const bool m_drawsPanel;
+    Panel m_panel;
+    EventLines m_lines;
+    board::EventQueue m_queue;
+    const board::EventTap m_tap;
+    board::CpuMeter m_meter;
+    Clock::time_point m_nextCpu;
+    const Board m_board;
+};
 
 } // namespace
 
 void addRun(CLI::App& app, Options& options) {
-    auto* const command =
-        app.add_subcommand("run", "Host the board until SIGINT or SIGTERM and show how it comes up");
-    struct Words {
-        std::optional<double> seconds;
-        bool tour = false;
-    };
+    auto* const command = app.add_subcommand(
+        "run", "Host the board until SIGINT or SIGTERM: show how it comes up and what happens");
     const auto words = std::make_shared<Words>();
     command->add_option("--for", words->seconds, "End after this long")
         ->check(seconds())
         ->option_text("SECONDS");
-    command->add_flag("--tour", words->tour, "Play a tour of the board's devices, then end");
-    command->callback([&options, words] {
-        options.command = [&options, words] { return run(options, words->seconds, words->tour); };
-    });
+    command->add_flag("--tour", words->tour, "Play a tour of everything that the board has, then end");
+    command->add_flag("--panel", words->panel,
+                      "Show the LEDs: live on one line of a terminal, elsewhere each change as an event");
+    command->callback(
+        [&options, words] { options.command = [&options, words] { return Run(options, *words).run(); }; });
 }

@@ -1,7 +1,10 @@
 #include <iostream>
 
 #include "CommandLine.h"
+#include "Error.h"
 #include "Output.h"
+#include "SimulatedButton.h"
+#include "StopSignals.h"
 
 void addSim(CLI::App& app, Options& options) {
     auto* const sim = app.add_subcommand("sim", "Simulated boards");
@@ -20,6 +23,31 @@ void addSim(CLI::App& app, Options& options) {
             else
                 std::cout << "made " << board.profile() << "; try: boardctl --board " << board.profile()
                           << " info\n";
+            return static_cast<int>(DONE);
+        };
+    });
+
+    auto* const press =
+        sim->add_subcommand("press", "Press the button of the simulated board that --board names");
+    const auto span = std::make_shared<double>(0.1);
+    press->add_option("--for", *span, "How long it is held; 0.1 seconds without this")
+        ->check(seconds())
+        ->option_text("SECONDS");
+    press->callback([&options, span] {
+        options.command = [&options, span] {
+            if (options.board.empty())
+                throw WrongCall("--board must say which board's button is pressed");
+            const BoardProfile board(options);
+            if (!board.profile().button)
+                throw board::Error(board.profilePath() + ": the board has no button");
+            board::use(*board.profile().button, [&](const std::string& pipe) {
+                const board::SimulatedButton button(pipe);
+                button.press();
+                static_cast<void>(
+                    StopSignals::waitFor(std::chrono::duration_cast<StopSignals::Clock::duration>(
+                        std::chrono::duration<double>(*span))));
+                button.release();
+            });
             return static_cast<int>(DONE);
         };
     });

@@ -1,0 +1,27 @@
+#include "Services.h"
+
+#include "Error.h"
+
+namespace board {
+
+Services::Services(const Profile& profile, bool tellsLeds, EventQueue& events) {
+    try {
+        if (profile.ledService)
+            m_leds = std::make_unique<LedService>(*profile.ledService, tellsLeds, events);
+    } catch (const Error& error) {
+        m_faults.push_back({"leds", error.what()});
+    }
+    if (m_leds)
+        for (const std::string& fault : m_leds->faults())
+            m_faults.push_back({"leds", fault});
+    try {
+        if (profile.button)
+            use(*profile.button, [&](const std::string&) {
+                m_button = std::make_unique<ButtonService>(*profile.button, events);
+            });
+    } catch (const Error& error) {
+        m_faults.push_back({"button", error.what()});
+    }
+}
+
+} // namespace board

@@ -1,0 +1,131 @@
+#include <chrono>
+#include <iostream>
+#include <optional>
+
+#include "ButtonService.h"
+#include "CommandLine.h"
+#include "CpuMeter.h"
+#include "Error.h"
+#include "EventLines.h"
+#include "Output.h"
+#include "StopSignals.h"
+
+using nlohmann::ordered_json;
+
+namespace {
+
+using Clock = StopSignals::Clock;
+
+Clock::duration spanOf(double seconds) {
+    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+}
+
+int watchButton(const Options& options, std::optional<double> seconds) {
+    const BoardProfile board(options);
+    if (!board.profile().button)
+        throw board::Error(board.profilePath() + ": the board has no button (expected a table [button])");
+    board::EventQueue queue;
+    const board::EventTap tap(queue);
+    EventLines lines(options.json);
+    std::optional<Clock::time_point> end;
+    if (seconds)
+        end = Clock::now() + spanOf(*seconds);
+    bool hasFailed = false;
+    board::use(*board.profile().button, [&](const std::string&) {
+        const board::ButtonService button(*board.profile().button, queue);
+        for (bool isOver = false; !isOver && !hasFailed && !lines.isLost();) {
+            isOver = StopSignals::waitUntil(end, queue.descriptor()) || (end && Clock::now() >= *end);
+            const auto batch = queue.take();
+            lines.print(batch);
+            hasFailed = !button.isWatching();
+        }
+    });
+    return hasFailed || lines.isLost() ? FAILED : DONE;
+}
+
+int cpu(const Options& options, double period, unsigned count) {
+    board::CpuMeter meter;
+    int status = DONE;
+    auto next = Clock::now();
+    for (unsigned i = 0; i < count; ++i) {
+        next += spanOf(period);
+        if (StopSignals::waitUntil(next))
+            return status;
+        const board::CpuReading reading = meter.next();
+        if (options.json)
+            printJson(toJson(reading), count == 1 ? 2 : -1);
+        else if (reading.fault.empty())
+            std::cout << toText(reading) << "\n";
+        if (!reading.fault.empty()) {
+            complain(reading.fault);
+            status = FAILED;
+        }
+        if (!flushOutput())
+            return FAILED;
+    }
+    return status;
+}
+
+int firmware(const Options& options, const std::string& file) {
+    board::FirmwareReading reading;
+    if (!file.empty()) {
+        reading = board::readFirmware(file);
+    } else {
+        const BoardProfile board(options);
+        if (!board.profile().firmware)
+            throw board::Error(board.profilePath() +
+                               ": the board has no firmware information (expected a table [firmware])");
+        reading = board::readFirmware(board.profile().firmware->path);
+        if (!reading.fault.empty())
+            reading.fault = board.profile().firmware->place + ": " + reading.fault;
+    }
+    if (options.json)
+        printJson(toJson(reading));
+    else if (reading.fault.empty())
+        std::cout << printable(reading.version) << "\n";
+    if (reading.fault.empty())
+        return DONE;
+    complain(reading.fault);
+    return FAILED;
+}
+
+} // namespace
+
+void addButton(CLI::App& app, Options& options) {
+    auto* const button = app.add_subcommand("button", "The service button");
+    button->require_subcommand(1);
+    auto* const watch =
+        button->add_subcommand("watch", "Show each press and release until SIGINT or SIGTERM");
+    const auto end = std::make_shared<std::optional<double>>();
+    watch->add_option("--for", *end, "End after this long")->check(seconds())->option_text("SECONDS");
+    watch->callback(
+        [&options, end] { options.command = [&options, end] { return watchButton(options, *end); }; });
+}
+
+void addCpu(CLI::App& app, Options& options) {
+    auto* const command = app.add_subcommand("cpu", "Measure how busy the processors are");
+    struct Words {
+        double period = 1;
+        unsigned count = 1;
+    };
+    const auto words = std::make_shared<Words>();
+    command->add_option("--period", words->period, "How long a period is; 1 second without this")
+        ->check(CLI::Range(0.1, 86400.0))
+        ->option_text("SECONDS");
+    command->add_option("--count", words->count, "How many periods; 1 without this")
+        ->check(CLI::Range(1U, 1000000000U))
+        ->option_text("N");
+    command->callback([&options, words] {
+        options.command = [&options, words] { return cpu(options, words->period, words->count); };
+    });
+}
+
+void addFirmware(CLI::App& app, Options& options) {
+    auto* const command = app.add_subcommand("firmware", "Show the version of the firmware image");
+    const auto file = std::make_shared<std::string>();
+    command->add_option("FILE", *file, "The information file; without it the board's own")
+        ->check(notEmpty())
+        ->type_name("");
+    command->callback(
+        [&options, file] { options.command = [&options, file] { return firmware(options, *file); }; });
+}
