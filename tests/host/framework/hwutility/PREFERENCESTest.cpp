@@ -1,33 +1,16 @@
 #include "PREFERENCES.h"
 
 #include <climits>
-#include <cstdlib>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "BD.h"
-#include "RTD.h"
-#include "YES_NO.h"
+#include "support/LogRecorder.h"
 #include "support/TempDir.h"
 
+using support::LogRecorder;
 using support::TempDir;
 
 namespace {
-
-/// Takes the log lines while it lives.
-class Log : public RTD::LogSink {
-public:
-    Log() : m_former(RTD::SET_LOG_SINK(this)) {}
-    ~Log() override { RTD::SET_LOG_SINK(m_former); }
-    void write(const String&, int level, const String& text) override {
-        lines.push_back(String::format("%d ", level).concat(text));
-    }
-    std::vector<String> lines;
-
-private:
-    RTD::LogSink* const m_former;
-};
 
 void load(const TempDir& dir, const std::string& text) {
     dir.write("preferences", text);
@@ -60,32 +43,35 @@ TEST(Preferences, TakesNumbersInRangeAndLogsAndIgnoresAllElse) {
     const TempDir dir;
     for (const auto& each : CASES) {
         load(dir, std::string(" voip.sip-legs =") + each.text + "\n");
-        const Log log;
+        LogRecorder log;
         unsigned value = 7;
         EXPECT_EQ(PREFERENCES::READPREF_UINT(PREFERENCES::VOIP_SIP_LEGS, value, value, 0, UINT_MAX),
                   each.isSet)
             << each.text;
         EXPECT_EQ(value, each.value) << each.text;
-        ASSERT_EQ(log.lines.size(), each.isSet ? 0U : 1U) << each.text;
-        EXPECT_TRUE(each.isSet || log.lines[0].startsWith("3 PREFERENCE 'voip.sip-legs': '")) << each.text;
+        const auto lines = log.take();
+        ASSERT_EQ(lines.size(), each.isSet ? 0U : 1U) << each.text;
+        EXPECT_TRUE(each.isSet || lines[0].find(" 3: PREFERENCE 'voip.sip-legs': '") != lines[0].npos)
+            << each.text;
     }
-    const Log log;
+    LogRecorder log;
     unsigned value = 0;
     load(dir, "limited = 10\n");
     EXPECT_FALSE(PREFERENCES::READPREF_UINT("limited", value, 3, 11, 20));
     EXPECT_EQ(value, 3U);
     EXPECT_FALSE(PREFERENCES::READPREF_UINT("missing", value, 4, 0, 1));
     EXPECT_EQ(value, 4U);
-    EXPECT_EQ(log.lines.size(), 1U) << "a key that is not set is no mistake";
+    EXPECT_EQ(log.take().size(), 1U) << "a key that is not set is no mistake";
     PREFERENCES::CLEAR();
 }
 
 TEST(Preferences, ReadsAFileLineByLineAndKeepsTheStoreWhereItCanNot) {
     const TempDir dir;
-    const Log log;
+    LogRecorder log;
     load(dir, "# comment = 1\n\n a = 1\nwhat\na = 2\nb=c=d\n  e = 5");
-    ASSERT_EQ(log.lines.size(), 1U);
-    EXPECT_NE(std::string(log.lines[0].c_str()).find("preferences:4: 'what'"), std::string::npos);
+    const auto lines = log.take();
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_NE(lines[0].find("preferences:4: 'what'"), std::string::npos);
     String error;
     for (const std::string name : {"missing", "."}) {
         EXPECT_FALSE(PREFERENCES::LOAD(dir.path(name).c_str(), error).isSuccess()) << name;
@@ -98,25 +84,4 @@ TEST(Preferences, ReadsAFileLineByLineAndKeepsTheStoreWhereItCanNot) {
     EXPECT_EQ(value, 5U);
     PREFERENCES::CLEAR();
     EXPECT_FALSE(PREFERENCES::READPREF_UINT("a", value, 0, 0, 9));
-}
-
-TEST(Log, GoesToStandardErrorWhereTheHostHasNoSink) {
-    ::unsetenv("BOARD_LOG_LEVEL");
-    testing::internal::CaptureStderr();
-    {
-        const Log log;
-        RTD::VSYSLOG("CATEGORY", 3, "to the %s", "sink");
-        EXPECT_EQ(log.lines, std::vector<String>{"3 to the sink"});
-    }
-    RTD::VSYSLOG("CATEGORY", 3, "error %d", 1);
-    RTD::VSYSLOG("CATEGORY", 4, "not grave enough");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "CATEGORY 3: error 1\n");
-}
-
-TEST(Names, AreTheSettledTexts) {
-    EXPECT_EQ(BD::TAG_ID_TO_STRING(1), String("MacAddress"));
-    EXPECT_EQ(BD::TAG_ID_TO_STRING(0x801A), String("SipLegs"));
-    EXPECT_EQ(BD::TAG_ID_TO_STRING(-3), String("Tag-3"));
-    EXPECT_STREQ(YES_NO(true), "yes");
-    EXPECT_STREQ(YES_NO(false), "no");
 }

@@ -18,9 +18,11 @@
 #include "TYRunnable.h"
 #include "support/TempDir.h"
 #include "support/Threads.h"
+#include "support/WrittenPipe.h"
 
 using support::TempDir;
 using support::waitUntilAsleep;
+using support::WrittenPipe;
 
 namespace {
 
@@ -60,26 +62,6 @@ struct Unwound {
 std::ptrdiff_t openDescriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
-
-/// A pipe with a writer, so that opening it returns and reading it waits.
-class WrittenPipe {
-public:
-    explicit WrittenPipe(const TempDir& dir) : m_path(dir.path("written")) {
-        dir.makePipe("written");
-        m_descriptor = ::open(m_path.c_str(), O_RDWR | O_CLOEXEC);
-    }
-    ~WrittenPipe() { ::close(m_descriptor); }
-    WrittenPipe(const WrittenPipe&) = delete;
-    WrittenPipe& operator=(const WrittenPipe&) = delete;
-    const std::string& path() const { return m_path; }
-    void write(const std::string& text) const {
-        ASSERT_EQ(::write(m_descriptor, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    }
-
-private:
-    const std::string m_path;
-    int m_descriptor;
-};
 
 XCode openForEver(const std::string& path) {
     TYFile file(path.c_str(), true, false);
@@ -374,29 +356,4 @@ TEST(TYThread, ShowsItsNameItsStackAndItsScheduling) {
     ASSERT_TRUE(thread.start("other").isSuccess());
     EXPECT_TRUE(thread.join().isSuccess());
     EXPECT_EQ(name, "other");
-}
-
-TEST(TYFile, ReadsWithoutWaitingFailsWithATextAndClosesOnce) {
-    const TempDir dir;
-    const WrittenPipe written(dir);
-    TYFile file(written.path().c_str(), true, false);
-    char buffer[8];
-    unsigned count = 7;
-    for (const bool wait : {false, true})
-        EXPECT_FALSE(file.readOnce(buffer, sizeof buffer, count, wait).isSuccess()) << "not open, " << wait;
-    EXPECT_EQ(count, 0U);
-    ASSERT_TRUE(file.open(O_RDONLY, 0, 0).isSuccess());
-    EXPECT_TRUE(file.readOnce(buffer, sizeof buffer, count, false).isSuccess());
-    EXPECT_EQ(count, 0U);
-    written.write("text");
-    EXPECT_TRUE(file.readOnce(buffer, sizeof buffer, count, false).isSuccess());
-    EXPECT_EQ(std::string(buffer, count), "text");
-    EXPECT_TRUE(file.close().isSuccess());
-    EXPECT_TRUE(file.close().isSuccess());
-
-    TYFile missing(dir.path("missing").c_str(), true, false);
-    EXPECT_NE(std::string(missing.open(O_RDONLY, 0, 0).getMessage().c_str()).find("No such file"),
-              std::string::npos);
-    TYFile made(dir.path("missing").c_str(), true, true);
-    EXPECT_TRUE(made.open(O_WRONLY, 0644, 0).isSuccess());
 }

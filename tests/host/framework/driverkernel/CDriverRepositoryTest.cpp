@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "CKernelDriver.h"
-#include "DID.h"
 #include "DRIVER.h"
 #include "IDriverRepository.h"
 
@@ -41,45 +40,6 @@ std::vector<String> names() {
 }
 
 } // namespace
-
-TEST(Driver, AnswersTheFrameworksInterfacesByEveryWay) {
-    Driver driver("faces");
-    for (IUnknown* const way : {static_cast<IUnknown*>(static_cast<IDriver*>(&driver)),
-                                static_cast<IUnknown*>(static_cast<IInfo*>(&driver))}) {
-        for (const auto& [iid, face] : std::vector<std::pair<VELM_UUID, void*>>{
-                 {IUnknown::IID(), static_cast<IUnknown*>(static_cast<IDriver*>(&driver))},
-                 {IDriver::IID(), static_cast<IDriver*>(&driver)},
-                 {IInfo::IID(), static_cast<IInfo*>(&driver)}}) {
-            void* found = nullptr;
-            EXPECT_TRUE(way->queryInterface(iid, &found).isSuccess()) << iid.getName();
-            EXPECT_EQ(found, face) << iid.getName();
-            EXPECT_EQ(way->release(), 1U) << iid.getName();
-            EXPECT_TRUE(way->queryInterface(iid, nullptr).isSuccess()) << iid.getName();
-        }
-        void* none = &driver;
-        EXPECT_FALSE(way->queryInterface(unknown(), &none).isSuccess());
-        EXPECT_EQ(none, nullptr);
-        EXPECT_FALSE(way->queryInterface(unknown(), nullptr).isSuccess());
-        EXPECT_EQ(way->addRef(), 2U);
-        EXPECT_EQ(way->release(), 1U);
-        EXPECT_EQ(way->getLock(), driver.getLock());
-    }
-}
-
-TEST(Driver, IdentifiersOfTheFrameworkKeepTheirBytes) {
-    const std::pair<const VELM_UUID&, const char*> rows[] = {
-        {IUnknown::IID(), "IUnknown 675f89818eca0e4b99aef16efb44bee2"},
-        {IInfo::IID(), "IInfo 62e7d809177dfd48a9fe0043e775db78"},
-        {IDriver::IID(), "IDriver 6a3b6dfba6d07a498900eb5b43fd30af"},
-        {DID_BoardDescr(), "DID_BoardDescr 3e1d75873363954395870648e7e60baf"},
-        {DID_Resource(), "DID_Resource f7707b4d69fe834cb2eb803a567bac43"}};
-    for (const auto& [identifier, expected] : rows) {
-        String shown = String::format("%s ", identifier.getName());
-        for (const unsigned byte : identifier.getValue().bytes)
-            shown.concatf("%02x", byte);
-        EXPECT_EQ(shown, String(expected));
-    }
-}
 
 TEST(DriverRepository, KeepsADriverFromRegistrationToItsLastReference) {
     bool gone = false;

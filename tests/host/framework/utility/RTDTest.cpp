@@ -1,0 +1,22 @@
+#include "RTD.h"
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/LogRecorder.h"
+
+TEST(Log, GoesToStandardErrorWhereTheHostHasNoSink) {
+    ::unsetenv("BOARD_LOG_LEVEL");
+    testing::internal::CaptureStderr();
+    {
+        support::LogRecorder log;
+        RTD::VSYSLOG("CATEGORY", 3, "to the %s", "sink");
+        EXPECT_EQ(log.take(), std::vector<std::string>{"CATEGORY 3: to the sink"});
+    }
+    RTD::VSYSLOG("CATEGORY", 3, "error %d", 1);
+    RTD::VSYSLOG("CATEGORY", 4, "not grave enough");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "CATEGORY 3: error 1\n");
+}
