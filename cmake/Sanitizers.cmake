@@ -3,6 +3,8 @@ if(BOARD_SANITIZE)
     add_compile_options(-fsanitize=${BOARD_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${BOARD_SANITIZE})
 endif()
+# 1 or 0: tests repeat less under sanitizers.
+add_compile_definitions(BOARD_SANITIZED=$<BOOL:${BOARD_SANITIZE}>)
 
 # A shared library names all that it needs. Not under sanitizers: their runtime is in the program alone.
 function(board_link_complete target)

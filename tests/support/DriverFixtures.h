@@ -1,11 +1,9 @@
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -89,11 +87,6 @@ void expectFaces(Driver& object, Own& own, std::vector<Face> faces) {
 inline std::string published(const VELM_UUID& identifier) {
     const auto* const bytes = reinterpret_cast<const char*>(identifier.getValue().bytes);
     return identifier.getName() + (" " + toHex(TString<char>(bytes, 16)));
-}
-
-/// How many descriptors this process has open.
-inline std::ptrdiff_t openDescriptors() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 /// While it lives, descriptor 0 is free, so that the next file opened gets it.

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/Descriptors.h"
 #include "support/DriverFixtures.h"
 #include "support/TempDir.h"
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "support/Descriptors.h"
 #include "support/ScriptedKernel.h"
 
 namespace {

@@ -1,5 +1,6 @@
 #include "CLedControl.h"
 
+#include <filesystem>
 #include <optional>
 #include <thread>
 

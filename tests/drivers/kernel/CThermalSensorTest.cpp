@@ -1,5 +1,7 @@
 #include "CThermalSensor.h"
 
+#include <filesystem>
+
 #include "support/ScriptedKernel.h"
 
 namespace {

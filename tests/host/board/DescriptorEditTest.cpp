@@ -10,6 +10,7 @@
 
 #include "DescriptorStore.h"
 #include "Error.h"
+#include "support/Descriptors.h"
 #include "support/DriverFixtures.h"
 #include "support/TempDir.h"
 

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <csignal>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <future>
@@ -16,27 +15,18 @@
 #include "RTD.h"
 #include "TYFile.h"
 #include "TYRunnable.h"
+#include "support/Descriptors.h"
 #include "support/TempDir.h"
 #include "support/Threads.h"
 #include "support/WrittenPipe.h"
 
+using support::openDescriptors;
+using support::ROUNDS;
 using support::TempDir;
 using support::waitUntilAsleep;
 using support::WrittenPipe;
 
 namespace {
-
-#if defined(__has_feature)
-#if __has_feature(thread_sanitizer) || __has_feature(address_sanitizer)
-constexpr int ROUNDS = 1000;
-#else
-constexpr int ROUNDS = 10000;
-#endif
-#elif defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr int ROUNDS = 1000;
-#else
-constexpr int ROUNDS = 10000;
-#endif
 
 constexpr unsigned HOUR = 3600U * 1000000U;
 
@@ -58,10 +48,6 @@ struct Unwound {
         mark.set_value();
     }
 };
-
-std::ptrdiff_t openDescriptors() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
 
 XCode openForEver(const std::string& path) {
     TYFile file(path.c_str(), true, false);
