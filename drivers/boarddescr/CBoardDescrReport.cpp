@@ -151,6 +151,14 @@ void addTag(Report& report, const CBoardDescr& board, const BD::Tag& tag) {
     }
 }
 
+/// The 16 bits that stand at byte `first` of the tag, which may be null.
+XCode readProductTag(const BD::Tag* tag, unsigned first, unsigned& id) {
+    if (!tag || tag->length != PRODUCT_BYTES)
+        return XCode(XCode::FAILURE);
+    id = byteAt(*tag, first) << 8 | byteAt(*tag, first + 1);
+    return XCode();
+}
+
 } // namespace
 
 InfoContainer& CBoardDescr::getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
@@ -173,17 +181,9 @@ InfoContainer& CBoardDescr::getRawInfo(InfoContainer& container, unsigned maxLev
 }
 
 XCode CBoardDescr::getPlatformID(unsigned& id, String& error) {
-    const BD::Tag* const tag = getTag(PRODUCT_TAG, 0, error);
-    if (!tag || tag->length != PRODUCT_BYTES)
-        return XCode(XCode::FAILURE);
-    id = byteAt(*tag, 0) << 8 | byteAt(*tag, 1);
-    return XCode();
+    return readProductTag(getTag(PRODUCT_TAG, 0, error), 0, id);
 }
 
 XCode CBoardDescr::getProductID(unsigned& id, String& error) {
-    const BD::Tag* const tag = getTag(PRODUCT_TAG, 0, error);
-    if (!tag || tag->length != PRODUCT_BYTES)
-        return XCode(XCode::FAILURE);
-    id = byteAt(*tag, 2) << 8 | byteAt(*tag, 3);
-    return XCode();
+    return readProductTag(getTag(PRODUCT_TAG, 0, error), 2, id);
 }

@@ -14,9 +14,34 @@ constexpr BD::TagId MAC_TAG = 1;
 constexpr unsigned ADDRESS_BYTES = 6;
 constexpr unsigned MAC_RECORD_BYTES = 8;
 
+// The helpers take the tag as `getTag` gives it: null, with the text set, where there is none.
+
 XCode wrongSize(String& error) {
     error = CBoardDescr::ERR_WRONG_TAG_SIZE;
     return XCode(XCode::FAILURE);
+}
+
+/// Reads a number whose tag must be `width` bytes long.
+template <class Value, class Number>
+XCode readNumber(const BD::Tag* tag, unsigned width, Number (BD::Tag::*number)() const, Value& value,
+                 String& error) {
+    if (!tag)
+        return XCode(XCode::FAILURE);
+    if (tag->length != width)
+        return wrongSize(error);
+    value = static_cast<Value>((tag->*number)());
+    return XCode();
+}
+
+XCode writeBytes(BD::Tag* tag, const char* bytes, unsigned count) {
+    return tag ? tag->setData(bytes, count) : XCode(XCode::FAILURE);
+}
+
+template <unsigned WIDTH, class Value>
+XCode writeNumber(BD::Tag* tag, Value value, void (*toBytes)(Value, char*, int)) {
+    char bytes[WIDTH];
+    toBytes(value, bytes, WIDTH);
+    return writeBytes(tag, bytes, WIDTH);
 }
 
 } // namespace
@@ -32,33 +57,15 @@ XCode CBoardDescr::getTagUInt(BD::TagId id, unsigned index, unsigned& value, Str
 }
 
 XCode CBoardDescr::getTagUInt8(BD::TagId id, unsigned index, unsigned char& value, String& error) {
-    const BD::Tag* const tag = getTag(id, index, error);
-    if (!tag)
-        return XCode(XCode::FAILURE);
-    if (tag->length != 1)
-        return wrongSize(error);
-    value = static_cast<unsigned char>(tag->getDataChar());
-    return XCode();
+    return readNumber(getTag(id, index, error), 1, &BD::Tag::getDataChar, value, error);
 }
 
 XCode CBoardDescr::getTagUInt16(BD::TagId id, unsigned index, unsigned short& value, String& error) {
-    const BD::Tag* const tag = getTag(id, index, error);
-    if (!tag)
-        return XCode(XCode::FAILURE);
-    if (tag->length != 2)
-        return wrongSize(error);
-    value = tag->getDataUInt16();
-    return XCode();
+    return readNumber(getTag(id, index, error), 2, &BD::Tag::getDataUInt16, value, error);
 }
 
 XCode CBoardDescr::getTagUInt32(BD::TagId id, unsigned index, unsigned long& value, String& error) {
-    const BD::Tag* const tag = getTag(id, index, error);
-    if (!tag)
-        return XCode(XCode::FAILURE);
-    if (tag->length != 4)
-        return wrongSize(error);
-    value = tag->getDataUInt32();
-    return XCode();
+    return readNumber(getTag(id, index, error), 4, &BD::Tag::getDataUInt32, value, error);
 }
 
 XCode CBoardDescr::getTagString(BD::TagId id, unsigned index, String& value, String& error) {
@@ -70,35 +77,24 @@ XCode CBoardDescr::getTagString(BD::TagId id, unsigned index, String& value, Str
 }
 
 XCode CBoardDescr::setTagUInt(BD::TagId id, unsigned index, unsigned value, String& error) {
-    char bytes[4];
-    uint_htonc(value, bytes, sizeof bytes);
-    BD::Tag* const tag = getTag(id, index, error);
-    return tag ? tag->setData(bytes, sizeof bytes) : XCode(XCode::FAILURE);
+    return writeNumber<4>(getTag(id, index, error), value, uint_htonc);
 }
 
 XCode CBoardDescr::setTagUInt8(BD::TagId id, unsigned index, unsigned char value, String& error) {
     const char byte = static_cast<char>(value);
-    BD::Tag* const tag = getTag(id, index, error);
-    return tag ? tag->setData(&byte, 1) : XCode(XCode::FAILURE);
+    return writeBytes(getTag(id, index, error), &byte, 1);
 }
 
 XCode CBoardDescr::setTagUInt16(BD::TagId id, unsigned index, unsigned short value, String& error) {
-    char bytes[2];
-    uint16_htonc(value, bytes, sizeof bytes);
-    BD::Tag* const tag = getTag(id, index, error);
-    return tag ? tag->setData(bytes, sizeof bytes) : XCode(XCode::FAILURE);
+    return writeNumber<2>(getTag(id, index, error), value, uint16_htonc);
 }
 
 XCode CBoardDescr::setTagUInt32(BD::TagId id, unsigned index, unsigned long value, String& error) {
-    char bytes[4];
-    uint32_htonc(value, bytes, sizeof bytes);
-    BD::Tag* const tag = getTag(id, index, error);
-    return tag ? tag->setData(bytes, sizeof bytes) : XCode(XCode::FAILURE);
+    return writeNumber<4>(getTag(id, index, error), value, uint32_htonc);
 }
 
 XCode CBoardDescr::setTagString(BD::TagId id, unsigned index, const String& value, String& error) {
-    BD::Tag* const tag = getTag(id, index, error);
-    return tag ? tag->setData(value.c_str(), value.length()) : XCode(XCode::FAILURE);
+    return writeBytes(getTag(id, index, error), value.c_str(), value.length());
 }
 
 XCode CBoardDescr::getMacAddr(const BD::Tag& tag, String& mac, unsigned& iface) const {
