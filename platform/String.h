@@ -29,7 +29,6 @@ public:
     /// Appends the text that printf would print.
     String& concatf(const char* format, ...) __attribute__((format(printf, 2, 3)));
     String& concat(const String& text);
-    String& operator+=(const String& text) { return concat(text); }
 
     /// The bytes followed by a zero byte; valid until the string changes.
     const char* c_str() const { return m_text.c_str(); }
