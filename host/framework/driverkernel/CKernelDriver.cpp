@@ -2,20 +2,10 @@
 
 #include "InfoContainer.h"
 
-namespace {
-
-// A kernel driver's identity is its concrete class's; the base is given one that equals no other.
-const VELM_UUID& noIdentity() {
-    static VELM_UUID::Rep rep{{}, {VELM_UUID::STATIC_COUNT}, ""};
-    static const VELM_UUID none(rep);
-    return none;
-}
-
-} // namespace
-
+// The identity is the concrete class's, which overrides getDID; the one given to the base is never seen.
 CKernelDriver::CKernelDriver(IDriverRepository* repository, const String& driverName,
                              const String& endpointName)
-    : CDriver(noIdentity(), driverName), m_endpointName(endpointName) {
+    : CDriver(VELM_UUID(VELM_UUID::Value{}, ""), driverName), m_endpointName(endpointName) {
     CDriver::setDriverRepository(repository);
 }
 
