@@ -4,7 +4,7 @@
 
 #include "IDriver.h"
 #include "String.h"
-#include "TYLock.h"
+#include "TYRecursiveLock.h"
 
 /// The framework's base of all drivers: identity, name, repository, reference count, lock. A new object has
 /// the count 1, which belongs to its creator; neither copied nor moved.

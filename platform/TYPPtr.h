@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TYLock.h"
+#include "TYLockHolder.h"
 #include "TYPtr.h"
 
 /// A counted reference to a driver's interface, with its lock at hand:

@@ -5,6 +5,7 @@
 
 #include "DRIVER.h"
 #include "String.h"
+#include "TYLockHolder.h"
 
 IDriverRepository::~IDriverRepository() = default;
 

@@ -4,6 +4,8 @@
 
 #include "IDriver.h"
 #include "IDriverRepository.h"
+#include "TYPtr.h"
+#include "TYRecursiveLock.h"
 
 /// The repository behind DRIVER::INSTANCE(). Keeps one counted reference to each driver, in the order of
 /// registration. No reference is given back, and no driver is queried, while the lock is held: a driver's

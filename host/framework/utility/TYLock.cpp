@@ -1,11 +1,3 @@
 #include "TYLock.h"
 
 TYLock::~TYLock() = default;
-
-void TYRecursiveLock::lock() {
-    m_mutex.lock();
-}
-
-void TYRecursiveLock::unlock() {
-    m_mutex.unlock();
-}

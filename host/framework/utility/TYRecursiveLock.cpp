@@ -1,0 +1,9 @@
+#include "TYRecursiveLock.h"
+
+void TYRecursiveLock::lock() {
+    m_mutex.lock();
+}
+
+void TYRecursiveLock::unlock() {
+    m_mutex.unlock();
+}

@@ -1,0 +1,3 @@
+#include "TYRunnable.h"
+
+TYRunnable::~TYRunnable() = default;
