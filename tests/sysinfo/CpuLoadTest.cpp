@@ -1,6 +1,7 @@
 #include "CpuLoad.h"
 
 #include "CpuFigures.h"
+#include "support/Descriptors.h"
 #include "support/DriverFixtures.h"
 
 namespace {

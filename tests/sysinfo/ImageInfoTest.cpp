@@ -1,5 +1,6 @@
 #include "ImageInfo.h"
 
+#include "support/Descriptors.h"
 #include "support/DriverFixtures.h"
 #include "support/TempDir.h"
 

@@ -139,7 +139,7 @@ private:
 
     /// Shows what happens until `end`. True where a signal, or the end of all output, asks to stop.
     bool watch(const board::Services& services, std::optional<Clock::time_point> end) {
-        for (;;) {
+        while (!m_lines.isLost()) {
             const auto next = end ? std::min(*end, m_nextCpu) : m_nextCpu;
             const bool isAsked = StopSignals::waitUntil(next, m_queue.descriptor());
             m_lines.print(m_queue.take());
@@ -147,11 +147,12 @@ private:
                 showCpu();
             if (m_drawsPanel && services.leds())
                 m_panel.draw(services.leds()->states());
-            if (isAsked || m_lines.isLost())
+            if (isAsked)
                 return true;
             if (end && Clock::now() >= *end)
-                return false;
+                return m_lines.isLost();
         }
+        return true;
     }
 
     void showCpu() {

@@ -4,6 +4,7 @@
 #include <future>
 
 #include "RTD.h"
+#include "support/Descriptors.h"
 #include "support/DriverFixtures.h"
 #include "support/TempDir.h"
 
