@@ -7,21 +7,18 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include "support/Boardctl.h"
 #include "support/Program.h"
 #include "support/TempDir.h"
 
 using nlohmann::json;
+using support::boardctl;
 using support::Outcome;
 using support::TempDir;
 
 namespace {
 
 constexpr char USAGE[] = "Usage: ";
-
-Outcome boardctl(std::vector<std::string> words) {
-    words.insert(words.begin(), BOARDCTL);
-    return support::Program(words).finish();
-}
 
 std::string fanProfile(const std::string& device) {
     return "[[fan]]\nname = \"fan\"\ndevice = \"" + device +
