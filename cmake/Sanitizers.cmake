@@ -2,9 +2,13 @@
 if(BOARD_SANITIZE)
     add_compile_options(-fsanitize=${BOARD_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${BOARD_SANITIZE})
+    add_compile_definitions(BOARD_SANITIZED=1) # tests repeat less then
+else()
+    add_compile_definitions(BOARD_SANITIZED=0)
 endif()
-# 1 or 0: tests repeat less under sanitizers.
-add_compile_definitions(BOARD_SANITIZED=$<BOOL:${BOARD_SANITIZE}>)
+if(BOARD_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link) # so that the fuzzer sees which branches its inputs reach
+endif()
 
 # A shared library names all that it needs. Not under sanitizers: their runtime is in the program alone.
 function(board_link_complete target)
