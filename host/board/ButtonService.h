@@ -11,7 +11,7 @@
 namespace board {
 
 /// The service button of a hosted board: presses and releases come as events.
-class ButtonService : private ServiceButton::Observer {
+class ButtonService final : private ServiceButton::Observer {
 public:
     /// Starts watching. Throws Error, with the place that names the device, where it is neither a pipe nor a
     /// character device (a read that does not wait would keep the processor busy), where it can't be read,
@@ -26,11 +26,11 @@ public:
 
 private:
     /// Tells when the device has failed.
-    class Watch : public ServiceButton {
+    class Watch final : public ServiceButton {
     public:
         Watch(const String& path, Observer* observer, EventQueue& events)
             : ServiceButton(path, observer), m_path(path), m_events(events) {}
-        ~Watch() { static_cast<void>(stop()); }
+        ~Watch() override { static_cast<void>(stop()); }
         bool isWatching() const { return !m_hasFailed; }
         XCode runThread() override;
 

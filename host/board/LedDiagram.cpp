@@ -167,7 +167,8 @@ private:
     void drawAxis() {
         const double whole = static_cast<double>(m_waves.ticks) * m_waves.tickMs;
         const double step = std::max(roundStep(whole * 80 / m_plot), static_cast<double>(m_waves.tickMs));
-        for (double ms = 0; ms <= whole; ms += step) {
+        for (int mark = 0; mark * step <= whole; ++mark) {
+            const double ms = mark * step;
             const double x = at(ms / m_waves.tickMs);
             line(x, m_top, x, m_bottom + 6, "#d8dde3");
             text(x, m_bottom + 20, number(ms), "text-anchor=\"middle\" fill=\"#56606b\"");

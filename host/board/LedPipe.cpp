@@ -69,7 +69,7 @@ std::string writersOf(const struct stat& status) {
 std::string ledLine(const std::string& word1, const std::string& word2, std::optional<std::int32_t> number) {
     checkWord(word1);
     checkWord(word2);
-    const std::string line = word1 + " " + word2 + (number ? " " + std::to_string(*number) : "");
+    std::string line = word1 + " " + word2 + (number ? " " + std::to_string(*number) : "");
     if (line.size() + 1 > MAX_LED_LINE)
         throw std::invalid_argument("the line has " + std::to_string(line.size()) +
                                     " bytes (expected at most " + std::to_string(MAX_LED_LINE - 1) + ")");

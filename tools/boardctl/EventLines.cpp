@@ -22,7 +22,8 @@ std::string timeText(const TYTime& time) {
 
 double secondsOf(const TYTime& span) {
     constexpr unsigned MS = 1000, NS_A_MS = 1000000;
-    return (span.seconds * static_cast<double>(MS) + span.nanoseconds / NS_A_MS) / MS;
+    const unsigned ms = span.nanoseconds / NS_A_MS; // the finer part is cut off
+    return (span.seconds * static_cast<double>(MS) + ms) / MS;
 }
 
 } // namespace
@@ -41,7 +42,7 @@ void EventLines::print(const char* event, const std::string& text, const ordered
     m_isLost = m_isLost || !flushOutput();
 }
 
-void EventLines::fault(const std::string& text, ordered_json fields) {
+void EventLines::fault(const std::string& text, const ordered_json& fields) {
     if (m_json)
         print("fault", text, fields);
     else if (m_panel)

@@ -17,7 +17,7 @@ public:
     void print(const char* event, const std::string& text,
                const nlohmann::ordered_json& fields = nlohmann::ordered_json::object());
 
-    void fault(const std::string& text, nlohmann::ordered_json fields);
+    void fault(const std::string& text, const nlohmann::ordered_json& fields);
 
     /// The same with the time, now or `time`, in front.
     void printTimed(const char* event, const std::string& text, const nlohmann::ordered_json& fields);

@@ -47,7 +47,7 @@ TEST(LedPreview, ShowsEachLedTickByTickInTheOrderOfTheMasks) {
     } EXPECTED[] = {{1, "one", "0110" + dark.substr(4)},
                     {3, "pair", "0110" + dark.substr(0, 26) + "1000"},
                     {0x80000000, "high", "0110" + dark.substr(0, 28) + "10"}};
-    for (int i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i) {
         EXPECT_EQ(waves.leds[i].mask, EXPECTED[i].mask);
         EXPECT_EQ(waves.leds[i].name, EXPECTED[i].name);
         EXPECT_EQ(waves.leds[i].wave, EXPECTED[i].wave) << EXPECTED[i].name;

@@ -378,7 +378,8 @@ TEST_F(LedPipe, RunsByItselfUntilItIsReleased) {
 
     constexpr int ROUNDS = 300;
     for (int round = 0; round < ROUNDS; ++round)
-        (new LedCtrl(commands, 1, &file, 1, LedCtrl::ACCESS_FILES, 1 + round % 3, 0))->release();
+        (new LedCtrl(commands, 1, &file, 1, LedCtrl::ACCESS_FILES, static_cast<unsigned>(1 + round % 3), 0))
+            ->release();
     EXPECT_LE(support::openDescriptors(), before + 1 + ROUNDS) << "at most one a service";
 }
 
