@@ -1,0 +1,15 @@
+# Header-only packages of the building machine, for whichever target is built: each is linked into a folder of the
+# build tree by itself. To a cross compiler the folder that they stand in is that of a foreign C library.
+function(board_header_only name header)
+    find_path(${name}_FOLDER ${header} REQUIRED NO_CMAKE_FIND_ROOT_PATH)
+    get_filename_component(folder ${header} DIRECTORY)
+    set(view ${CMAKE_BINARY_DIR}/headers/${name})
+    file(MAKE_DIRECTORY ${view})
+    file(CREATE_LINK ${${name}_FOLDER}/${folder} ${view}/${folder} SYMBOLIC)
+    add_library(${name} INTERFACE)
+    target_include_directories(${name} SYSTEM INTERFACE ${view})
+endfunction()
+
+board_header_only(cli11 CLI/CLI.hpp)
+board_header_only(json nlohmann/json.hpp)
+board_header_only(tomlplusplus toml++/toml.h)
