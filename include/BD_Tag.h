@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BD.h"
+#include "BOARD_API.h"
 #include "String.h"
 #include "TString.h"
 #include "XCode.h"
@@ -8,7 +9,7 @@
 namespace BD {
 
 /// One tag of the board descriptor. Numbers in the data are big-endian.
-struct Tag {
+struct BOARD_API Tag {
     explicit Tag(TagId tagId = 0) : id(tagId) {}
 
     /// Replaces the data by a copy of `bytes`; `length` follows. Always succeeds; where memory runs out the

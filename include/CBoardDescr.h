@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BD_Tag.h"
+#include "BOARD_API.h"
 #include "CDriver.h"
 #include "IBoardDescr.h"
 #include "IInfo.h"
@@ -13,7 +14,7 @@
 /// with one zero byte that it counts; so an odd tag comes back one byte longer.
 ///
 /// The order of the virtual operations is part of the binary face.
-class CBoardDescr : public CDriver, public IBoardDescr, public IInfo {
+class BOARD_API CBoardDescr : public CDriver, public IBoardDescr, public IInfo {
 public:
     using TagList = VELM_List<BD::Tag>;
 

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "CBoardDescr.h"
 
 /// The descriptor of the board whose EEPROM sits on I2C bus 1 at address 0x50: 512 bytes, read 128 at a time
 /// from "/sys/bus/i2c/devices/1-0050/eeprom".
-class CBoardDescrTamarin : public CBoardDescr {
+class BOARD_API CBoardDescrTamarin : public CBoardDescr {
 public:
     CBoardDescrTamarin();
     ~CBoardDescrTamarin() override;
@@ -12,4 +13,4 @@ public:
 
 /// Makes the board's descriptor driver, with an empty list. The caller owns its one reference. A failed
 /// construction frees the memory and throws on. Found in the loaded library by this name.
-extern "C" CDriver* CREATE_BD();
+extern "C" BOARD_API CDriver* CREATE_BD();

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "IFanControl.h"
 #include "TKernelDriver.h"
 
 extern template class TKernelDriver<IFanControl>;
 
 /// The fan's driver: writes and reads one number between 0 and the kernel driver's maximum.
-class CFanControl : public TKernelDriver<IFanControl> {
+class BOARD_API CFanControl : public TKernelDriver<IFanControl> {
 public:
     static const VELM_UUID& DID();
     static const VELM_UUID& CID();

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "ILedControl.h"
 #include "TKernelDriver.h"
 
 extern template class TKernelDriver<ILedControl>;
 
 /// The LED's driver: writes and reads one number.
-class CLedControl : public TKernelDriver<ILedControl> {
+class BOARD_API CLedControl : public TKernelDriver<ILedControl> {
 public:
     static const VELM_UUID& DID();
     static const VELM_UUID& CID();

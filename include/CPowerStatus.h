@@ -1,12 +1,13 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "IPowerStatus.h"
 #include "TKernelDriver.h"
 
 extern template class TKernelDriver<IPowerStatus>;
 
 /// The power supply's driver: reads one number.
-class CPowerStatus : public TKernelDriver<IPowerStatus> {
+class BOARD_API CPowerStatus : public TKernelDriver<IPowerStatus> {
 public:
     static const VELM_UUID& DID();
     static const VELM_UUID& CID();

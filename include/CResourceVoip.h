@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "CDriver.h"
 #include "IBoardDescr.h"
 #include "IInfo.h"
@@ -11,7 +12,7 @@
 ///
 /// `setup` runs on one thread before the figures are asked for; they are read without a lock. The order of
 /// the virtual operations is part of the binary face.
-class CResourceVoip : public CDriver, public IResourceVoip, public IInfo {
+class BOARD_API CResourceVoip : public CDriver, public IResourceVoip, public IInfo {
 public:
     /// In border-controller mode a descriptor without SIP legs means 0 of them.
     explicit CResourceVoip(bool borderController);

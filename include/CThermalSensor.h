@@ -1,12 +1,13 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "IThermalSensor.h"
 #include "TKernelDriver.h"
 
 extern template class TKernelDriver<IThermalSensor>;
 
 /// The sensor's driver: reads one number in thousandths of a degree.
-class CThermalSensor : public TKernelDriver<IThermalSensor> {
+class BOARD_API CThermalSensor : public TKernelDriver<IThermalSensor> {
 public:
     static const VELM_UUID& DID();
     static const VELM_UUID& CID();

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "BOARD_API.h"
 #include "XCode.h"
 
 /// How busy the processors are, in percent, over the last period and the last 5 and 14 periods.
@@ -11,7 +12,7 @@
 /// together; their low 32 bits are kept, so that they wrap alike on every machine. A status that fails has
 /// the code -1 and no text. Not locked: one caller at a time. The order of the members is part of the binary
 /// face.
-class CpuLoad {
+class BOARD_API CpuLoad {
 public:
     /// Where the kernel shows its counters. The first line counts: a name, then user, nice, system and idle
     /// time, then others that are not looked at.

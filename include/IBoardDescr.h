@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BD.h"
+#include "BOARD_API.h"
 #include "IUnknown.h"
 #include "String.h"
 #include "TString.h"
@@ -13,7 +14,7 @@
 ///
 /// No operation takes a lock. Callers on several threads take the one from `getLock()` around their calls.
 /// The order of the virtual operations is part of the binary face.
-class IBoardDescr : public IUnknown {
+class BOARD_API IBoardDescr : public IUnknown {
 public:
     static const VELM_UUID& IID();
 

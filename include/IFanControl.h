@@ -1,12 +1,13 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "IUnknown.h"
 
 class String;
 
 /// The board's fan in four coarse speeds. Every operation but `isValid` fails with code -1 and no text. No
 /// operation takes a lock; each reaches the device by itself.
-class IFanControl : public IUnknown {
+class BOARD_API IFanControl : public IUnknown {
 public:
     static const VELM_UUID& IID();
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "IInfo.h"
 
 /// One LED: 0 is off, 1 and 2 are two lit states. Two overlays take the LED over for a while and then give
@@ -11,7 +12,7 @@
 ///
 /// Operations fail with code -1 and no text: not valid, device file not to be opened, or as said below. No
 /// operation takes a lock; callers that combine overlays on several threads hold the one from `getLock()`.
-class ILedControl : public IInfo {
+class BOARD_API ILedControl : public IInfo {
 public:
     static const VELM_UUID& IID();
 

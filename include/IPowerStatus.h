@@ -1,12 +1,13 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "IUnknown.h"
 
 class String;
 
 /// The board's power supply. Operations fail with code -1 and no text. No operation takes a lock; each
 /// reaches the device by itself.
-class IPowerStatus : public IUnknown {
+class BOARD_API IPowerStatus : public IUnknown {
 public:
     static const VELM_UUID& IID();
 

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "IUnknown.h"
 
 /// How much VoIP work the board can carry.
-class IResourceVoip : public IUnknown {
+class BOARD_API IResourceVoip : public IUnknown {
 public:
     static const VELM_UUID& IID();
 

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "String.h"
 #include "XCode.h"
 
 /// What the installed firmware image says of itself, read from a small text file that its build wrote.
 ///
 /// Any thread, one at a time for one object. The order of the members is part of the binary face.
-class ImageInfo {
+class BOARD_API ImageInfo {
 public:
     /// `path` is the information file, copied; nothing is read yet.
     explicit ImageInfo(const String& path);
@@ -40,4 +41,4 @@ public:
 /// hexadecimal after 0x or octal after 0, with a sign, after blanks, clamped to -2147483648..2147483647. The
 /// first 10 bytes count. Where they hold no number it succeeds and leaves `value` alone. Fails with the code
 /// -1, no text and `value` left alone when the file can't be opened or read, or is empty. Any thread.
-XCode readValueFromFile(const String& path, int& value);
+BOARD_API XCode readValueFromFile(const String& path, int& value);

@@ -5,6 +5,7 @@
 #include <list>
 #include <map>
 
+#include "BOARD_API.h"
 #include "TYThread.h"
 
 /// A LED sequencer that runs by itself: steady, blinking, flashing, timed and rolling patterns from a table
@@ -20,7 +21,7 @@
 ///
 /// Made, shut down and released by one thread, the owner's; all else happens on the thread "led" that the
 /// constructor starts. The order of virtual operations and of members is part of the binary face.
-class LedCtrl : public TYThread {
+class BOARD_API LedCtrl : public TYThread {
 public:
     enum ActionKind : std::int32_t {
         ACTION_ON = 0,        ///< steady; with a time, lit for that long

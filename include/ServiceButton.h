@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "String.h"
 #include "TYRunnable.h"
 #include "TYThread.h"
@@ -16,7 +17,7 @@
 /// The order of members and of virtual operations is part of the binary face. `start` and the destructor are
 /// the owner's, on one thread, which is never the button's own. A class that overrides anything must call
 /// `stop()` in its own destructor, while what the thread uses still exists.
-class ServiceButton : public TYRunnable {
+class BOARD_API ServiceButton : public TYRunnable {
 public:
     /// Implemented by the host. Called on the button's thread, which can't be ended meanwhile: what the
     /// observer waits for, `stop()` waits for too.

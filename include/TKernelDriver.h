@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BOARD_API.h"
 #include "CKernelDriver.h"
 #include "KernelMessage.h"
 
@@ -9,7 +10,7 @@
 ///
 /// The definitions are in the library; a driver's header declares its instance as extern.
 template <class Interface>
-class TKernelDriver : public CKernelDriver, public Interface {
+class BOARD_API TKernelDriver : public CKernelDriver, public Interface {
 public:
     TKernelDriver(IDriverRepository* repository, const String& driverName, const String& endpointName);
     ~TKernelDriver() override;

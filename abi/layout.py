@@ -1,0 +1,91 @@
+"""Prints how the classes of the public headers lie in memory: abi/layout.py LIBRARY... HEADER...
+
+For each class its size, the offsets of its bases and members, and the slots of the virtual operations that it declares,
+as the compiler's debug information gives them (read by abidw).
+"""
+
+import re
+import subprocess
+import sys
+import xml.etree.ElementTree as xml
+
+
+def type_names(root):
+    """The spelling of each type by its identifier."""
+    nodes = {node.get("id"): node for node in root.iter() if node.get("id")}
+
+    def name(identifier):
+        node = nodes.get(identifier)
+        if node is None:
+            return "?"
+        inner = node.get("type-id")
+        if node.tag == "qualified-type-def":
+            words = [word for word in ("const", "volatile") if node.get(word) == "yes"]
+            target = name(inner)
+            return " ".join([target, *words]) if target.endswith("*") else " ".join([*words, target])
+        if node.tag == "pointer-type-def":
+            return name(inner) + "*"
+        if node.tag == "reference-type-def":
+            return name(inner) + ("&" if node.get("kind") == "lvalue" else "&&")
+        if node.tag == "array-type-def":
+            return name(inner) + "".join(f"[{sub.get('length')}]" for sub in node.findall("subrange"))
+        return node.get("name", "?")
+
+    return name
+
+
+def classes(root):
+    """Each class that has a definition, with its full name."""
+
+    def walk(node, scope):
+        for child in node:
+            if child.tag in ("namespace-decl", "abi-instr", "abi-corpus"):
+                yield from walk(child, scope + ([child.get("name")] if child.tag == "namespace-decl" else []))
+            elif child.tag == "class-decl":
+                full = scope + [child.get("name")]
+                if child.get("is-declaration-only") != "yes" and child.get("size-in-bits"):
+                    yield "::".join(full), child
+                for member in child.findall("member-type"):
+                    yield from walk(member, full)
+
+    return walk(root, [])
+
+
+def describe(node, name):
+    lines = set()
+    for base in node.findall("base-class"):
+        lines.add((0, int(base.get("layout-offset-in-bits")) // 8, "base    ", name(base.get("type-id"))))
+    for member in node.findall("data-member"):
+        if member.get("static") != "yes":
+            decl = member.find("var-decl")
+            lines.add((1, int(member.get("layout-offset-in-bits")) // 8, "member  ",
+                       f"{decl.get('name')}: {name(decl.get('type-id'))}"))
+    for member in node.findall("member-function"):
+        decl = member.find("function-decl")
+        if member.get("vtable-offset") and member.get("destructor") != "yes":
+            takes = ", ".join(name(p.get("type-id")) for p in decl.findall("parameter") if p.get("is-artificial") != "yes")
+            const = " const" if member.get("const") == "yes" else ""
+            lines.add((2, int(member.get("vtable-offset")), "slot    ",
+                       f"{decl.get('name')}({takes}){const}: {name(decl.find('return').get('type-id'))}"))
+    return [f"    {kind}{place:4}  {what}" for _, place, kind, what in sorted(lines)]
+
+
+def main(files):
+    wanted, shown = set(), {}
+    for header in [file for file in files if file.endswith(".h")]:
+        with open(header, encoding="utf-8") as file:
+            wanted.update(re.findall(r"^ *(?:class|struct) (?:BOARD_API )?(\w+)(?: : .*)? \{$", file.read(), re.MULTILINE))
+    for library in [file for file in files if not file.endswith(".h")]:
+        text = subprocess.run(["abidw", "--no-show-locs", library], stdout=subprocess.PIPE, check=True).stdout
+        root = xml.fromstring(text)
+        name = type_names(root)
+        for full, node in classes(root):
+            if not full.startswith("std::") and re.sub("<.*>", "", full).split("::")[-1] in wanted:
+                lines = [f"{full}: {int(node.get('size-in-bits')) // 8} bytes", *describe(node, name)]
+                shown[full] = max(shown.get(full, []), lines, key=len)
+    for full in sorted(shown):
+        print("\n".join(shown[full]) + "\n")
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])
