@@ -62,6 +62,7 @@ int runCommandLine(int argc, char** argv) {
     CLI::App app("Hosts, shows and edits a board: its drivers, its descriptor, its simulated twin.",
                  "boardctl");
     app.require_subcommand(1);
+    app.set_version_flag("--version", "boardctl " BOARDCTL_VERSION, "Print the version and exit");
     app.fallthrough(); // --board and --format may stand before or after the command
     app.add_option(
            "--board", options.board,
@@ -95,6 +96,9 @@ int runCommandLine(int argc, char** argv) {
         return flushOutput() ? status : FAILED;
     } catch (const CLI::CallForHelp&) {
         std::cout << app.help();
+        return flushOutput() ? DONE : FAILED;
+    } catch (const CLI::CallForVersion& version) {
+        std::cout << version.what() << "\n";
         return flushOutput() ? DONE : FAILED;
     } catch (const CLI::RequiredError& error) {
         const std::vector<std::string> words = app.remaining(true);

@@ -1,0 +1,55 @@
+# What `cmake --install` puts where. The framework has components of its own: a board with another framework wants the
+# library alone.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(headers ${CMAKE_INSTALL_INCLUDEDIR}/boarddrivers)
+# The framework's libraries have general names; they stay out of the folder that all programs search.
+set(framework_libraries ${CMAKE_INSTALL_LIBDIR}/boarddrivers)
+set(package ${CMAKE_INSTALL_LIBDIR}/cmake/boarddrivers)
+
+install(TARGETS boarddrivers EXPORT boarddrivers
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
+    INCLUDES DESTINATION ${headers})
+set_target_properties(boarddrivers PROPERTIES INSTALL_RPATH $ORIGIN/boarddrivers)
+install(TARGETS framework EXPORT boarddrivers)
+install(DIRECTORY include/ DESTINATION ${headers} COMPONENT development FILES_MATCHING PATTERN *.h)
+install(EXPORT boarddrivers NAMESPACE boarddrivers:: DESTINATION ${package} COMPONENT development)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/boarddriversConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/boarddriversConfig.cmake
+    CONTENT "include(CMakeFindDependencyMacro)\nfind_dependency(Threads)\ninclude(\${CMAKE_CURRENT_LIST_DIR}/boarddrivers.cmake)\n" @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/boarddriversConfig.cmake ${CMAKE_BINARY_DIR}/boarddriversConfigVersion.cmake
+    DESTINATION ${package} COMPONENT development)
+
+if(BOARD_PLATFORM_DIR)
+    return()
+endif()
+
+install(TARGETS platform EXPORT boarddrivers INCLUDES DESTINATION ${headers}/framework)
+install(TARGETS utility hwutility driverkernel EXPORT boarddrivers
+    LIBRARY DESTINATION ${framework_libraries} COMPONENT framework)
+set_target_properties(utility hwutility driverkernel PROPERTIES INSTALL_RPATH $ORIGIN)
+install(DIRECTORY platform/ DESTINATION ${headers}/framework COMPONENT framework-development FILES_MATCHING PATTERN *.h)
+
+file(RELATIVE_PATH up_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+configure_file(packaging/boarddrivers.pc.in boarddrivers.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/boarddrivers.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+install(TARGETS boardctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT boardctl)
+file(RELATIVE_PATH up_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+set_target_properties(boardctl PROPERTIES INSTALL_RPATH "$ORIGIN/${up_from_bin};$ORIGIN/${up_from_bin}/boarddrivers")
+configure_file(packaging/boardctl.service.in boardctl.service @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/boardctl.service DESTINATION lib/systemd/system COMPONENT boardctl)
+install(FILES packaging/linux-board.toml DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT boardctl)
+
+# The manual page is made from what boardctl says of itself.
+if(BOARD_MAN)
+    find_program(HELP2MAN help2man REQUIRED)
+    set(page ${CMAKE_BINARY_DIR}/boardctl.1.gz)
+    add_custom_command(OUTPUT ${page}
+        COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/packaging/man.sh ${BOARDCTL} | gzip -9 -n >${page}.part
+        COMMAND ${CMAKE_COMMAND} -E rename ${page}.part ${page}
+        DEPENDS boardctl packaging/man.sh)
+    add_custom_target(man ALL DEPENDS ${page})
+    install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT boardctl)
+endif()
