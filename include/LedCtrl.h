@@ -48,8 +48,9 @@ public:
         std::uint32_t ledMask; ///< bit i is LED i
         std::int32_t action;   ///< an ActionKind
         std::int32_t group;    ///< above 0: ends what the group's last row has started
-        std::int32_t timeMs;   ///< 0: until something else ends it; rounded up to whole ticks
-        bool isDefault;        ///< run at the start and by ACTION_DEFAULTS
+        std::int32_t
+            timeMs;     ///< 0: until something else ends it; rounded up to whole ticks, 71 minutes at most
+        bool isDefault; ///< run at the start and by ACTION_DEFAULTS
     };
 
     /// A row of the file table. Of rows with the same mask the last one holds.

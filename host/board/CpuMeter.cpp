@@ -28,20 +28,20 @@ CpuReading CpuMeter::next() {
         m_periods = 0;
         return reading;
     }
-    const unsigned short open = busy != m_busy ? 100 : 0;
+    if (busy != m_busy)
+        m_last = m_mid = m_longest = 100;
     m_busy = busy;
-    unsigned short last = open, mid = open, longest = open;
-    if (!m_load.measure(last, mid, longest).isSuccess()) {
+    if (!m_load.measure(m_last, m_mid, m_longest).isSuccess()) {
         reading.fault = std::string(CpuLoad::USAGE_FILE) + ": can't read the processors' times";
         m_isSetUp = false;
         return reading;
     }
     ++m_periods;
-    reading.last = percent(last);
+    reading.last = percent(m_last);
     if (m_periods >= 5)
-        reading.mid = percent(mid);
+        reading.mid = percent(m_mid);
     if (m_periods >= 14)
-        reading.longest = percent(longest);
+        reading.longest = percent(m_longest);
     return reading;
 }
 

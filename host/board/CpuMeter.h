@@ -22,7 +22,8 @@ public:
     CpuMeter();
 
     /// What the load was since the last call, or since the object was made. A span without idle time, which
-    /// the library's meter leaves open, was fully busy where the counter of busy time has moved.
+    /// the library's meter leaves open, was fully busy where the counter of busy time has moved; where it has
+    /// not either, no time has passed and the former figure stays.
     CpuReading next();
 
 private:
@@ -30,6 +31,7 @@ private:
     bool m_isSetUp;
     unsigned long m_busy = 0; ///< as it was when last looked at
     unsigned m_periods = 0;
+    unsigned short m_last = 0, m_mid = 0, m_longest = 0; ///< the former figures
 };
 
 } // namespace board

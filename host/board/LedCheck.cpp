@@ -65,6 +65,10 @@ private:
         checkTime(row);
         if (row.action < LedCtrl::ACTION_ON || row.action > LedCtrl::ACTION_DEFAULTS)
             note(row.place + ".action", std::to_string(row.action) + " is no action: the row does nothing");
+        if (isRoll(row) && row.mask != 0 && row.timeMs == 0 && row.group <= 0)
+            note(row.place,
+                 "each line starts one more roll that only a roll-stop ends: what a tick costs grows "
+                 "(expected a group above 0 or a time)");
         if (row.action == LedCtrl::ACTION_DEFAULTS && row.isDefault)
             note(row.place,
                  "a default row that asks for the defaults would run them without end; it is left out");

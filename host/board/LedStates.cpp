@@ -15,16 +15,18 @@
 
 namespace board {
 
+LedStates::LedStates(std::uint32_t tickMs, bool tellsChanges, EventQueue& events)
+    : m_tickMs(tickMs), m_tellsChanges(tellsChanges), m_events(events), m_end(::eventfd(0, EFD_CLOEXEC)),
+      m_thread("led states", this) {}
+
 LedStates::LedStates(const std::vector<Led>& leds, std::uint32_t tickMs, bool tellsChanges,
                      EventQueue& events)
-    : m_tickMs(tickMs), m_tellsChanges(tellsChanges), m_events(events), m_end(-1),
-      m_thread("led states", this) {
+    : LedStates(tickMs, tellsChanges, events) { // from here on the destructor closes what is open
     for (const Led& led : leds) {
         m_states.push_back({led.name, std::nullopt});
         m_sources.push_back({led.path, -1, -1});
         openPipe(m_sources.back());
     }
-    m_end = ::eventfd(0, EFD_CLOEXEC);
     if (m_end < 0 || !m_thread.start(String::EMPTY()).isSuccess())
         throw Error("no thread for the states of the LEDs");
 }

@@ -38,6 +38,8 @@ private:
         int stateFile = -1; ///< for other programs; -1 where there is none
     };
 
+    LedStates(std::uint32_t tickMs, bool tellsChanges, EventQueue& events);
+
     XCode runThread() override;
     void openPipe(Source& source);
     void drain(std::size_t index);
@@ -50,7 +52,7 @@ private:
     std::vector<Source> m_sources;
     mutable std::mutex m_mutex; // guards the states
     std::vector<State> m_states;
-    int m_end; // readable when the thread shall end
+    const int m_end; // readable when the thread shall end
     TYThread m_thread;
 };
 

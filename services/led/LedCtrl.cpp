@@ -33,6 +33,8 @@ LedCtrl::~LedCtrl() {
 }
 
 XCode LedCtrl::runThread() {
+    if (m_tickUs == 0) // would never give the processor back
+        return XCode(XCode::FAILURE);
     setupFifo();
     testFifo();
     openFiles();

@@ -70,9 +70,11 @@ void EventLines::print(const board::Event& event) {
         return printTimed(event.time, "button-pressed", "button pressed", ordered_json::object());
     case Kind::BUTTON_RELEASED: {
         const double held = secondsOf(event.heldFor);
-        return printTimed(event.time, "button-released",
-                          String::format("button released, held %.3g s", held).c_str(),
-                          {{"held_seconds", held}});
+        return printTimed(
+            event.time, "button-released",
+            String::format(held < 100 ? "button released, held %.3g s" : "button released, held %.0f s", held)
+                .c_str(),
+            {{"held_seconds", held}});
     }
     case Kind::LED_COMMAND:
         return printTimed(event.time, "led-command", "LED command: " + event.text, {{"line", event.text}});
@@ -82,7 +84,8 @@ void EventLines::print(const board::Event& event) {
         return printTimed(event.time, "led", "LED '" + event.text + "' " + (event.isLit ? "on" : "off"),
                           {{"name", event.text}, {"lit", event.isLit}});
     case Kind::FAULT:
-        return fault(event.text, {{"time", timeText(event.time)}, {"error", event.text}});
+        return fault(timeText(event.time) + " " + event.text,
+                     {{"time", timeText(event.time)}, {"error", event.text}});
     case Kind::LOG:
         return complain(event.text);
     }

@@ -45,7 +45,23 @@ board::LedLine lineAt(const std::string& text) {
     const std::string line = text.substr(blank + 1);
     if (line.find('\n') != std::string::npos)
         throw WrongCall("--at '" + text + "' (expected one line; say --at once for each)");
+    if (line.size() + 1 > board::MAX_LED_LINE)
+        throw WrongCall("--at '" + text + "' (expected a line of at most " +
+                        std::to_string(board::MAX_LED_LINE - 1) + " bytes: a board cuts longer ones)");
     return {value, line};
+}
+
+/// A board reads so many bytes a tick, and cuts a line that stands across the end. `lines` are in order.
+void warnOfCuts(const std::vector<board::LedLine>& lines) {
+    std::size_t bytes = 0;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const bool isNewTick = i == 0 || lines[i].tick != lines[i - 1].tick;
+        const bool fitted = bytes <= board::MAX_LED_LINE;
+        bytes = (isNewTick ? 0 : bytes) + lines[i].line.size() + 1;
+        if (bytes > board::MAX_LED_LINE && (isNewTick || fitted))
+            complain("the lines of tick " + std::to_string(lines[i].tick) + " have more than " +
+                     std::to_string(board::MAX_LED_LINE) + " bytes: a board would cut them");
+    }
 }
 
 ordered_json toJson(const board::LedWaves& waves) {
@@ -61,6 +77,7 @@ int preview(const Options& options, unsigned ticks, const std::vector<std::strin
         lines.push_back(lineAt(text));
     const BoardProfile board(options);
     board::LedWaves waves = board::previewLeds(tablesOf(board), ticks, std::move(lines));
+    warnOfCuts(waves.lines);
     for (board::LedWave& led : waves.leds)
         led.name = printable(led.name);
     for (board::LedLine& line : waves.lines) {
