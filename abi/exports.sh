@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # What a built library exports, a name a line. Left out is what follows from the rest: thunks, types, tables of interfaces.
-# usage: abi/exports.sh LIBRARY [NM]
+# usage: abi/exports.sh LIBRARY
 set -euo pipefail
 
-"${2-nm}" --dynamic --defined-only --demangle --format=posix --without-symbol-versions "$1" |
+nm --dynamic --defined-only --demangle --format=posix --without-symbol-versions "$1" |
     sed -nE 's/ ([A-Za-z]) [0-9a-f ]*$//; /^(BOARDDRIVERS_1$|.*thunk to |typeinfo |vtable for I[A-Z])/d; p' | LC_ALL=C sort -u
