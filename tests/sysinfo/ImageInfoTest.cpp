@@ -27,6 +27,13 @@ TEST(ImageInfo, KeepsSixLinesAndComposesTheVersionByTheKindOfBuild) {
             lines += str(*line) + "|";
         EXPECT_EQ(lines + str(info.versionString), expected) << file;
     }
+    dir.write("info", "1\nBranch\n3\n4\n5\n6\n7\n8");
+    ImageInfo again(dir.path("info").c_str());
+    EXPECT_TRUE(again.init(error).isSuccess());
+    dir.write("info", "one\n");
+    EXPECT_TRUE(again.init(error).isSuccess());
+    EXPECT_EQ(str(again.versionString), "one-7/3") << "keeps what the file is too short for";
+    EXPECT_EQ(str(again.line6) + str(again.line8), "68");
     ImageInfo folder(dir.path("").c_str());
     EXPECT_TRUE(folder.init(error).isSuccess());
     EXPECT_EQ(folder.versionString, String::EMPTY());

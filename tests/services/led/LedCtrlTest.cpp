@@ -15,6 +15,7 @@
 #include "support/Descriptors.h"
 #include "support/LogRecorder.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 using support::LogRecorder;
 using support::TempDir;
@@ -78,6 +79,14 @@ void writeToPipe(const std::string& bytes) {
     ::close(pipe);
 }
 
+void fill(const std::string& path) {
+    const std::string page(4096, ' ');
+    const int pipe = ::open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    while (::write(pipe, page.data(), page.size()) > 0) {
+    }
+    ::close(pipe);
+}
+
 /// The lines that were handed to the look-up, without the rest of the log.
 Lines commandsIn(const Lines& log) {
     const std::string prefix = "DB_FRAMEWORK 7: LED Command: ";
@@ -106,6 +115,10 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
         {"steady", {row("on", 5, ON), row("off", 4, OFF)}, {"on", "", "off"}, "5 5 1 1"},
         {"timed", {row("on", 3, ON, 0, 300)}, {"on"}, "3 3 3 - -"},
         {"rounded up to whole ticks", {row("on", 1, ON, 0, 101)}, {"on"}, "1 1 - -"},
+        {"of 1 and of 0 ticks where time and sum wrap in 32 bits",
+         {row("time", 1, ON, 0, 4294968), row("sum", 2, ON, 0, 4294868)},
+         {"time", "sum"},
+         "1 - -"},
         {"timed over a static state",
          {row("on", 3, ON), row("t", 2, BLINK, 0, 300)},
          {"on", "t"},
@@ -123,9 +136,31 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
         {"timed roll", {row("r", 6, DOWN, 0, 300)}, {"r"}, "4 2 4 - -"},
         {"roll over nothing", {row("r", 0, UP), row("d", 0, DOWN, 0, 100)}, {"r", "d"}, "- - -"},
         {"roll-stop by word and LEDs",
-         {row("r", 3, UP), {"r", "end", 0, 3, STOP, 0, 0, false}},
-         {"r", "", "r end 0", ""},
-         "2 1 - -"},
+         {row("s", 1, ON), row("r", 3, UP), {"r", "end", 0, 3, STOP, 0, 0, false}},
+         {"s", "r", "", "r end 0"},
+         "1 2 1 1 1"},
+        {"roll-stop passes by a roll of another word",
+         {row("q", 0xE, DOWN), row("r", 0xE, UP), {"r", "end", 0, 0xE, STOP, 0, 0, false}},
+         {"q", "r", "r end"},
+         "8 6 2 8"},
+        {"roll-stop passes by what is no roll and ends one roll at a time, the oldest",
+         {row("r", 0xE, UP),
+          {"r", "y", 0, 0xE, DOWN, 0, 0, false},
+          {"r", "on", 0, 0xE, ON, 0, 300, false},
+          {"r", "end", 0, 0xE, STOP, 0, 0, false}},
+         {"r on", "r", "r end", "r", "r y", "r end", "r end"},
+         "E E E 2 C 4 -"},
+        {"a roll that was stopped leaves its group",
+         {row("r", 0xE, UP, 2),
+          {"r", "end", 0, 0xE, STOP, 2, 0, false},
+          {"r", "y", 0, 0xE, DOWN, 0, 0, false},
+          row("on", 1, ON, 2)},
+         {"r", "r end", "r y", "on"},
+         "2 - 8 5"},
+        {"a timed roll that another group's row has stopped",
+         {row("r", 6, UP, 2, 900), {"r", "end", 0, 6, STOP, 0, 0, false}, row("on", 1, ON, 2)},
+         {"r", "r end", "on"},
+         "2 - 1"},
         {"roll-stop with other LEDs frees those alone",
          {row("r", 3, UP), {"r", "end", 0, 1, STOP, 0, 0, false}},
          {"r", "", "r end 0", ""},
@@ -135,18 +170,24 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
          {"on", "b", "", "on"},
          "1 2 - 1"},
         {"also a timed one and a roll",
-         {row("t", 1, ON, 2, 900), row("r", 6, UP, 2), row("on", 8, ON, 2)},
-         {"t", "r", "", "on"},
-         "1 2 4 8"},
+         {row("s", 7, ON), row("t", 9, ON, 2, 900), row("r", 0x26, UP, 2), row("on", 0x10, ON, 2)},
+         {"s", "t", "r", "", "on"},
+         "7 F 3 5 17"},
+        {"with its own state alone",
+         {row("s", 1, ON, 2), row("b", 1, BLINK), row("c", 2, BLINK, 2), row("on", 2, ON),
+          row("d", 4, ON, 2)},
+         {"s", "b", "c", "on", "d"},
+         "1 1 - 3 6 7"},
         {"sent again it starts anew", {row("t", 1, ON, 2, 200)}, {"t", "t", "", ""}, "1 1 1 -"},
         {"not in group 0 or below",
          {row("a", 1, ON), row("b", 2, ON), row("c", 4, ON, -1), row("d", 8, ON, -1)},
          {"a", "b", "c", "d"},
          "1 3 7 F"},
-        {"off leaves the group's last row in place",
-         {row("on", 1, ON, 2), row("off", 2, OFF, 2), row("b", 4, BLINK, 2)},
-         {"on", "off", "b"},
-         "1 - - 4"},
+        {"off stops its group's last row and once only",
+         {row("on", 1, ON, 2), row("off", 2, OFF, 2), row("s", 1, ON), row("b", 4, BLINK, 2),
+          row("c", 4, BLINK), row("u", 8, ON, 2)},
+         {"on", "off", "s", "b", "off", "c", "u", ""},
+         "1 - 1 5 1 5 9 D"},
         {"a timed row that has ended leaves its group",
          {row("t", 1, ON, 2, 100), row("on", 2, ON, 2)},
          {"t", "", "on"},
@@ -156,13 +197,19 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
          {"s", "t", "b", "", ""},
          "1 1 1 1 1"},
         {"a negative time wraps and is not stopped by its group",
-         {row("t", 1, ON, 2, -500), row("u", 2, ON, 2)},
-         {"t", "", "u"},
-         "1 1 3"},
-        {"defaults keep static states and end actions",
-         {row("s", 1, ON), row("t", 2, ON, 0, 900), row("start", 4, ON, 0, 0, true), row("d", 0, DEFAULTS)},
-         {"s", "t", "", "d"},
-         "1 3 3 5"},
+         {row("t", 1, ON, 2, -500), row("b", 4, BLINK, 0, -500), row("u", 6, ON, 2)},
+         {"t", "b", "u"},
+         "1 5 3"},
+        {"defaults keep static states and end actions and groups",
+         {row("s", 3, ON, 2), row("t", 0xA, BLINK, 0, 900), row("start", 4, ON, 0, 0, true),
+          row("d", 0, DEFAULTS), row("u", 0x10, ON, 2)},
+         {"s", "t", "", "d", "u"},
+         "3 B 1 7 17"},
+        {"default rows stop their group's last row, and neither group nor off stops a flash",
+         {row("d", 0, DEFAULTS), row("s", 8, ON, 2, 0, true), row("f", 1, FLASH, 2, 0, true),
+          row("g", 4, FLASH, 2, 0, true), row("on", 2, ON, 2, 0, true), row("off", 5, OFF, 0, 0, true)},
+         {"d"},
+         "7 2"},
         {"a default row that asks for the defaults",
          {row("d", 0, DEFAULTS, 0, 0, true), row("s", 1, FLASH, 0, 0, true)},
          {"", "d"},
@@ -266,25 +313,30 @@ TEST(LedCtrl, WritesEachLedsFileEveryTickButWhileItIsSuspended) {
     const TempDir dir;
     for (const char* const name : {"old", "low", "both"})
         dir.write(name, "");
+    dir.makePipe("pipe");
     const std::string old = dir.path("old"), low = dir.path("low"), both = dir.path("both"),
-                      gone = dir.path("gone");
+                      gone = dir.path("gone"), pipe = dir.path("pipe");
     const std::vector<Row> rows = {row("t", 1, LedCtrl::ACTION_ON, 0, 300, true)};
-    const std::vector<LedCtrl::FileNameMap> files = {
-        {1, old.c_str()}, {8, gone.c_str()}, {1, low.c_str()}, {3, both.c_str()}, {INT32_MIN, both.c_str()}};
+    const std::vector<LedCtrl::FileNameMap> files = {{1, old.c_str()},   {8, gone.c_str()},
+                                                     {1, low.c_str()},   {3, both.c_str()},
+                                                     {-2, both.c_str()}, {INT32_MIN, pipe.c_str()}};
     LogRecorder log;
     const auto before = support::openDescriptors();
     Sequencer leds(rows, 0, files);
     leds.openFiles();
     EXPECT_EQ(log.take(), Lines{"DB_FRAMEWORK 3: unable to open file " + gone + " "});
+    fill(pipe); // nobody reads it: its LED fails each tick, holds up nothing and keeps no other dark
     leds.setupDefault();
     for (int tick = 0; tick < 6; ++tick) {
         leds.m_suspended = tick == 1 || tick == 2; // the action does not go on meanwhile
         leds.update();
     }
     leds.shutdown();
-    leds.update(); // nothing is left to write to
+    const int next = ::open(old.c_str(), O_RDWR | O_CLOEXEC); // takes the first file's number
+    leds.update();
     leds.shutdown();
-    EXPECT_EQ(dir.read("old"), "");
+    EXPECT_EQ(::close(next), 0) << "not the service's to close";
+    EXPECT_EQ(dir.read("old"), "") << "nor to write to";
     EXPECT_EQ(dir.read("low"), "1110");
     EXPECT_EQ(dir.read("both"), "1110") << "in the order of the masks, each from the file's start";
     EXPECT_EQ(support::openDescriptors(), before);
@@ -301,7 +353,12 @@ TEST_F(LedPipe, TakesWhateverIsWrittenAndGoesOn) {
                                    {"c", "d", 2, 2, LedCtrl::ACTION_ON, 0, 0, false}};
     Sequencer leds(rows);
     LogRecorder log;
+    const mode_t mask = ::umask(0);
     leds.setupFifo();
+    ::umask(mask);
+    struct stat status {};
+    EXPECT_EQ(::stat(PIPE, &status), 0);
+    EXPECT_EQ(status.st_mode, S_IFIFO | 0666U) << "anybody may send commands";
     leds.testFifo();
     EXPECT_EQ(log.take(), Lines{});
     const std::string endless(200, 'e');
@@ -309,7 +366,7 @@ TEST_F(LedPipe, TakesWhateverIsWrittenAndGoesOn) {
         std::string bytes;
         std::vector<Lines> reads; ///< the lines of each tick's read, until nothing is left
     } CASES[] = {
-        {"a b 1\n\nc d 2\n", {{"a b 1", "c d 2"}}},
+        {"a b 1\r\n\nc d 2\n", {{"a b 1\r", "c d 2"}}},
         {std::string(76, 'x') + "\na b 1\n", {{std::string(76, 'x'), "a b"}, {" 1"}}},
         {endless, {{endless.substr(0, 80)}, {endless.substr(0, 80)}, {endless.substr(0, 40)}}},
         {std::string("c d\0 2\na b 1\n", 13), {{"c d"}}},
@@ -328,6 +385,9 @@ TEST_F(LedPipe, TakesWhateverIsWrittenAndGoesOn) {
     }
     EXPECT_EQ(leds.nextOutput(), 3U);
     leds.shutdown();
+    const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC); // takes the pipe's number
+    leds.shutdown();
+    EXPECT_EQ(::close(next), 0) << "not the service's to close";
 }
 
 TEST_F(LedPipe, SaysWhatIsWrongWithItsPath) {
@@ -365,22 +425,46 @@ TEST_F(LedPipe, RunsByItselfUntilItIsReleased) {
     dir.write("led", "");
     const std::string path = dir.path("led");
     const LedCtrl::FileNameMap file = {1, path.c_str()};
-    const Row commands[] = {row("on", 1, LedCtrl::ACTION_ON)};
+    const Row commands[] = {row("start", 1, LedCtrl::ACTION_ON, 0, 0, true),
+                            row("off", 1, LedCtrl::ACTION_OFF)};
     const auto before = support::openDescriptors();
-    auto* const leds = new LedCtrl(commands, 1, &file, 1, LedCtrl::ACCESS_FILES, 1, 0);
+    auto* const leds = new LedCtrl(commands, 2, &file, 1, LedCtrl::ACCESS_FILES, 1, 0);
     while (sizeOf(path) < 3)
         ::sched_yield();
-    writeToPipe("on x\n");
-    while (dir.read("led").find('1') == std::string::npos)
+    EXPECT_EQ(dir.read("led").substr(0, 3), "111") << "the default row";
+    writeToPipe("off x\n");
+    while (dir.read("led").find('0') == std::string::npos)
         ::sched_yield();
     leds->release();
     EXPECT_EQ(support::openDescriptors(), before + 1) << "the pipe's writer stays";
 
     constexpr int ROUNDS = 300;
     for (int round = 0; round < ROUNDS; ++round)
-        (new LedCtrl(commands, 1, &file, 1, LedCtrl::ACCESS_FILES, static_cast<unsigned>(1 + round % 3), 0))
+        (new LedCtrl(commands, 2, &file, 1, LedCtrl::ACCESS_FILES, static_cast<unsigned>(1 + round % 3), 0))
             ->release();
-    EXPECT_LE(support::openDescriptors(), before + 1 + ROUNDS) << "at most one a service";
+    EXPECT_EQ(support::openDescriptors(), before + 1 + ROUNDS) << "one a service, however short it ran";
+}
+
+TEST_F(LedPipe, EndsItsThreadBeforeAnythingOfItIsDestroyed) {
+    struct Sink : support::LogRecorder {
+        std::atomic<TYThread*> service{nullptr};
+        std::atomic<int> owner{0};
+        bool isWhole = false;
+        void write(const String&, int, const String&) override {
+            if (TYThread* const leds = service.exchange(nullptr)) {
+                support::waitUntilAsleep(owner); // in the destructor, which waits for this very call
+                isWhole = dynamic_cast<LedCtrl*>(leds) != nullptr;
+            }
+        }
+    } sink;
+    auto* const leds = new LedCtrl(nullptr, 0, nullptr, 0, LedCtrl::ACCESS_NONE, 1, 0);
+    leds->m_suspended = true;
+    sink.service = leds;
+    while (sink.service)
+        ::sched_yield();
+    sink.owner = ::gettid();
+    delete leds;
+    EXPECT_TRUE(sink.isWhole);
 }
 
 TEST_F(LedPipe, RefusesToShutDownOnItsOwnThreadAndATickOfNothing) {
