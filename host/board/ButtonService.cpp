@@ -34,13 +34,29 @@ ButtonService::Hold::Hold(const std::string& path) {
 
 XCode ButtonService::Watch::runThread() {
     XCode status = ServiceButton::runThread(); // comes back only where the device has failed
-    m_hasFailed = true;
-    m_events.push({Event::Kind::FAULT,
-                   String::format("button: %s is not watched any more", m_path.c_str()).c_str(),
-                   {},
-                   false,
-                   {}});
+    end("");
     return status;
+}
+
+void ButtonService::Watch::end(const String& why) {
+    m_hasFailed = true;
+    m_events.push(
+        {Event::Kind::FAULT,
+         String::format("button: %s%s is not watched any more", m_path.c_str(), why.c_str()).c_str(),
+         {},
+         false,
+         {}});
+}
+
+void ButtonService::Watch::processButtonMessage(const String& message) {
+    if (!message.isEmpty())
+        return ServiceButton::processButtonMessage(message);
+    // A pipe that somebody opened and closed again; but a device that gives nothing does so for ever.
+    struct stat status {};
+    if (::stat(m_path.c_str(), &status) != 0 || !S_ISCHR(status.st_mode))
+        return;
+    end(" is at its end (expected a device that waits for the button) and");
+    static_cast<void>(stop()); // takes effect when this thread waits next
 }
 
 ButtonService::Hold::~Hold() {
@@ -60,11 +76,15 @@ ButtonService::~ButtonService() {
 }
 
 void ButtonService::onButtonPressed(const TYTime&) {
+    m_isPressed = true;
     m_events.push({Event::Kind::BUTTON_PRESSED, "", {}, false, {}});
 }
 
 void ButtonService::onButtonReleased(const TYTime& heldFor) {
-    m_events.push({Event::Kind::BUTTON_RELEASED, "", heldFor, false, {}});
+    // Of a button that was down before anybody watched, nobody knows for how long.
+    const bool isKnown = std::exchange(m_isPressed, false);
+    m_events.push(
+        {Event::Kind::BUTTON_RELEASED, "", isKnown ? std::optional(heldFor) : std::nullopt, false, {}});
 }
 
 } // namespace board

@@ -33,8 +33,11 @@ private:
         ~Watch() override { static_cast<void>(stop()); }
         bool isWatching() const { return !m_hasFailed; }
         XCode runThread() override;
+        void processButtonMessage(const String& message) override;
 
     private:
+        void end(const String& why);
+
         const String m_path;
         EventQueue& m_events;
         std::atomic<bool> m_hasFailed{false};
@@ -57,6 +60,7 @@ private:
     void onButtonReleased(const TYTime& heldFor) override;
 
     EventQueue& m_events;
+    bool m_isPressed = false; ///< the button's thread alone looks at it
     const Hold m_hold;
     Watch m_button;
 };

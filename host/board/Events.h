@@ -1,6 +1,7 @@
 #pragma once
 
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@ namespace board {
 struct Event {
     enum class Kind {
         BUTTON_PRESSED,
-        BUTTON_RELEASED, ///< `heldFor` is set
+        BUTTON_RELEASED, ///< `heldFor` is set where the press was seen
         LED_COMMAND,     ///< `text` is the line that came through the pipe
         LED_CHANGED,     ///< `text` is the LED's name, `isLit` its state
         FAULT,           ///< `text` is what went wrong
@@ -21,7 +22,7 @@ struct Event {
     };
     Kind kind;
     std::string text;
-    TYTime heldFor;
+    std::optional<TYTime> heldFor;
     bool isLit = false;
     TYTime time; ///< by the calendar clock; set by the queue
 };

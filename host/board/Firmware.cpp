@@ -27,8 +27,8 @@ std::string reasonOf(const std::string& path) {
 FirmwareReading readFirmware(const std::string& path) {
     FirmwareReading reading;
     struct stat status {};
-    if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
-        reading.fault = path + ": is no file";
+    if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        reading.fault = path + ": is no file (expected one of text lines)";
         return reading;
     }
     ImageInfo info(path.c_str());

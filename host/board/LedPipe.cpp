@@ -61,7 +61,7 @@ void checkWord(const std::string& word) {
 std::string writersOf(const struct stat& status) {
     if ((status.st_mode & S_IWOTH) != 0)
         return "everybody";
-    return (status.st_mode & S_IWGRP) != 0 ? "owner and group" : "owner alone";
+    return (status.st_mode & S_IWGRP) != 0 ? "its owner and group" : "its owner alone";
 }
 
 } // namespace
@@ -90,7 +90,7 @@ void sendLedLine(const std::string& line) {
     const std::string bytes = line + "\n";
     const ssize_t written = ::write(pipe.number(), bytes.data(), bytes.size());
     if (written < 0 && errno == EAGAIN)
-        fail("the pipe is full: its reader has stopped reading");
+        fail("the pipe is full: its reader does not keep up");
     if (written != static_cast<ssize_t>(bytes.size())) // so few bytes go at once or not at all
         failWithReason("can't write to the pipe");
 }

@@ -1,5 +1,11 @@
 #include "LedService.h"
 
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include "Error.h"
 
 namespace board {
@@ -34,17 +40,35 @@ private:
 
 } // namespace
 
+LedService::Claim::Claim(const std::vector<Led>& leds) {
+    for (const Led& led : leds) {
+        m_file = ::open(led.path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        if (m_file < 0)
+            continue;
+        if (::flock(m_file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
+            return;
+        ::close(m_file);
+        throw Error(led.path + ": another program drives the LEDs of this board; they are left to it");
+    }
+}
+
+LedService::Claim::~Claim() {
+    if (m_file >= 0)
+        ::close(m_file);
+}
+
 LedService::LedService(const LedsProfile& profile, bool tellsChanges, EventQueue& events,
                        const DeviceLocator& locator)
-    : m_table(profile, locator), m_faults(m_table.faults()),
+    : m_table(profile, locator), m_claim(m_table.leds()), m_faults(m_table.faults()),
       m_states(m_table.leds(), profile.tickMs, tellsChanges, events) {
+    const bool canTick = profile.tickMs * 1000U != 0; // otherwise the sequencer says so and stays idle
     try {
-        m_pipe.emplace();
+        if (canTick)
+            m_pipe.emplace();
     } catch (const Error& error) {
         m_faults.push_back(error.what() + std::string("; the LEDs run without commands"));
     }
     const auto method = static_cast<LedCtrl::AccessMethod>(profile.access);
-    const bool canTick = profile.tickMs * 1000U != 0; // otherwise the sequencer says so and stays idle
     if (!m_pipe && canTick)
         m_leds.reset(new SilentLedCtrl(m_table, profile, method));
     else

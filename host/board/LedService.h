@@ -16,7 +16,8 @@ namespace board {
 class LedService {
 public:
     /// Starts it. Where another service reads the pipe, the sequencer shows its defaults without taking
-    /// commands. `profile` must outlive the object. Throws Error where no thread can be had.
+    /// commands. `profile` must outlive the object. Throws Error where another program drives the LEDs of
+    /// this board, which both would set differently, and where no thread can be had.
     LedService(const LedsProfile& profile, bool tellsChanges, EventQueue& events,
                const DeviceLocator& locator = DeviceLocator());
 
@@ -33,7 +34,20 @@ private:
         void operator()(LedCtrl* leds) const { leds->release(); }
     };
 
+    /// Locks the first file of the LEDs, as everybody does who drives them from here.
+    class Claim {
+    public:
+        explicit Claim(const std::vector<Led>& leds);
+        ~Claim();
+        Claim(const Claim&) = delete;
+        Claim& operator=(const Claim&) = delete;
+
+    private:
+        int m_file = -1;
+    };
+
     const LedTable m_table;
+    const Claim m_claim;
     std::vector<std::string> m_faults;
     std::optional<LedPipeClaim> m_pipe;
     const LedStates m_states; // ends after the sequencer, which writes into the pipes that it drains

@@ -27,7 +27,9 @@ LedStates::LedStates(const std::vector<Led>& leds, std::uint32_t tickMs, bool te
         m_sources.push_back({led.path, -1, -1});
         openPipe(m_sources.back());
     }
-    if (m_end < 0 || !m_thread.start(String::EMPTY()).isSuccess())
+    if (m_end < 0)
+        throw Error(std::string("can't follow the states of the LEDs: ") + std::strerror(errno));
+    if (!m_thread.start(String::EMPTY()).isSuccess())
         throw Error("no thread for the states of the LEDs");
 }
 

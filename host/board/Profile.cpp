@@ -106,7 +106,7 @@ LedsProfile readLeds(const ProfileReader& reader) {
     LedsProfile leds;
     leds.place = reader.where();
     if (reader.has("tick_ms"))
-        leds.tickMs = reader.number("tick_ms");
+        leds.tickMs = reader.number("tick_ms", 0, UINT32_MAX / 1000); // more would wrap in microseconds
     if (reader.has("blink_pattern"))
         leds.blinkPattern = reader.number("blink_pattern");
     if (reader.has("access"))

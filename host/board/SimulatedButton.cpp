@@ -41,6 +41,25 @@ void SimulatedButton::awaitReader() const {
     }
 }
 
+// Not by flock, with which the one who watches keeps others from watching too.
+void SimulatedButton::lock(short type) const {
+    struct flock lock {};
+    lock.l_type = type;
+    lock.l_whence = SEEK_SET;
+    if (::fcntl(m_pipe, F_OFD_SETLKW, &lock) != 0)
+        throw Error(m_path + ": can't press: " + std::strerror(errno));
+}
+
+void SimulatedButton::press() const {
+    lock(F_WRLCK);
+    send("pressed\n");
+}
+
+void SimulatedButton::release() const {
+    send("released\n");
+    lock(F_UNLCK);
+}
+
 void SimulatedButton::send(const std::string& message) const {
     awaitReader();
     if (::write(m_pipe, message.data(), message.size()) != static_cast<ssize_t>(message.size()))

@@ -15,11 +15,13 @@ public:
     SimulatedButton& operator=(const SimulatedButton&) = delete;
 
     /// One message each, which has been read when the call returns, so that none is lost or merged with the
-    /// next. Throws Error where nobody reads for a second; the message then stays in the pipe.
-    void press() const { send("pressed\n"); }
-    void release() const { send("released\n"); }
+    /// next; one finger at a time: who presses waits until others have released. Throws Error where nobody
+    /// reads for a second; the message then stays in the pipe.
+    void press() const;
+    void release() const;
 
 private:
+    void lock(short type) const;
     void send(const std::string& message) const;
     void awaitReader() const;
 

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include <charconv>
 #include <iostream>
 
 #include "Error.h"
@@ -45,14 +46,30 @@ CLI::Validator notEmpty() {
         [](const std::string& word) { return word.empty() ? std::string("is empty") : std::string(); }, "");
 }
 
-CLI::Validator seconds() {
+CLI::Validator seconds(double least, double most) {
     return CLI::Validator(
-        [](const std::string& word) {
-            constexpr double YEAR = 366.0 * 86400;
+        [=](const std::string& word) {
             double value = -1;
             // Written so that what is no number at all, which compares with nothing, is refused too.
-            const bool fits = CLI::detail::lexical_cast(word, value) && value >= 0 && value <= YEAR;
-            return fits ? std::string() : "'" + word + "' (expected seconds, 0 to 31622400)";
+            const bool fits = CLI::detail::lexical_cast(word, value) && value >= least && value <= most;
+            return fits ? std::string()
+                        : String::format("'%s' (expected seconds, %g to %.0f)", word.c_str(), least, most)
+                              .c_str();
+        },
+        "");
+}
+
+CLI::Validator decimal(long long least, long long most) {
+    return CLI::Validator(
+        [=](std::string& word) {
+            long long value = 0;
+            const char* const end = word.data() + word.size();
+            const auto [rest, error] = std::from_chars(word.data(), end, value);
+            if (error != std::errc() || rest != end || value < least || value > most)
+                return "'" + word + "' (expected " + std::to_string(least) + " to " + std::to_string(most) +
+                       ")";
+            word = std::to_string(value); // the parser would take a zero in front for base 8
+            return std::string();
         },
         "");
 }

@@ -65,8 +65,11 @@ private:
 /// For options that name something: an empty word, as an unset shell variable makes it, is a wrong call.
 CLI::Validator notEmpty();
 
-/// For spans of time: a number of seconds up to a year.
-CLI::Validator seconds();
+/// For spans of time: a number of seconds, up to a year without `most`.
+CLI::Validator seconds(double least = 0, double most = 366 * 86400);
+
+/// For whole numbers, which are decimal: a zero in front means nothing.
+CLI::Validator decimal(long long least, long long most);
 
 void addRun(CLI::App& app, Options& options);
 void addInfo(CLI::App& app, Options& options);

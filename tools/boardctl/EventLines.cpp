@@ -3,7 +3,10 @@
 #include <ctime>
 #include <iostream>
 
+#include <unistd.h>
+
 #include "Output.h"
+#include "StopSignals.h"
 
 using nlohmann::ordered_json;
 
@@ -29,6 +32,10 @@ double secondsOf(const TYTime& span) {
 } // namespace
 
 void EventLines::print(const char* event, const std::string& text, const ordered_json& fields) {
+    if (!StopSignals::waitWritable(STDOUT_FILENO)) {
+        m_isLost = true;
+        return;
+    }
     if (m_panel)
         m_panel->clear();
     if (m_json) {
@@ -69,7 +76,9 @@ void EventLines::print(const board::Event& event) {
     case Kind::BUTTON_PRESSED:
         return printTimed(event.time, "button-pressed", "button pressed", ordered_json::object());
     case Kind::BUTTON_RELEASED: {
-        const double held = secondsOf(event.heldFor);
+        if (!event.heldFor)
+            return printTimed(event.time, "button-released", "button released", {{"held_seconds", nullptr}});
+        const double held = secondsOf(*event.heldFor);
         return printTimed(
             event.time, "button-released",
             String::format(held < 100 ? "button released, held %.3g s" : "button released, held %.0f s", held)

@@ -8,6 +8,10 @@
 #include <iostream>
 #include <utility>
 
+#include <unistd.h>
+
+#include "StopSignals.h"
+
 using nlohmann::ordered_json;
 
 namespace {
@@ -33,7 +37,9 @@ std::size_t printableBytes(const std::string& text, std::size_t position) {
     constexpr unsigned long LEAST[] = {0, 0, 0xA0, 0x800, 0x10000}; // shorter forms exist below; C1 controls
     const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
     const bool isSeparator = code == 0x2028 || code == 0x2029;
-    return code < LEAST[length] || code > 0x10FFFF || isSurrogate || isSeparator ? 0 : length;
+    const bool isCharacter = (code & 0xFFFE) != 0xFFFE;
+    const bool isLegal = code >= LEAST[length] && code <= 0x10FFFF && isCharacter && !isSurrogate;
+    return isLegal && !isSeparator ? length : 0;
 }
 
 } // namespace
@@ -205,6 +211,8 @@ void printJson(const ordered_json& json, int indent) {
 }
 
 void complain(const std::string& what) {
+    if (!StopSignals::waitWritable(STDERR_FILENO))
+        return;
     std::cerr << "boardctl: " << printable(what) << "\n";
 }
 
@@ -213,7 +221,8 @@ bool flushOutput() {
     if (std::cout.flush())
         return true;
     static bool isTold = false;
-    if (!std::exchange(isTold, true))
+    if (!std::exchange(isTold, true) &&
+        !StopSignals::isAsked()) // a call that was interrupted is no news then
         complain(std::string("can't write to standard output") +
                  (errno != 0 ? std::string(": ") + std::strerror(errno) : ""));
     return false;

@@ -11,6 +11,8 @@
 
 namespace {
 
+const std::string MORE = " ..."; // LEDs that the line has no room for
+
 std::size_t terminalWidth() {
     constexpr std::size_t USUAL = 80;
     winsize size{};
@@ -37,8 +39,10 @@ void Panel::draw(const std::vector<board::LedStates::State>& states) {
         const char* const lamp = !led.isLit ? "[?]" : *led.isLit ? "[#]" : "[ ]";
         const std::string name = printable(led.name);
         const std::size_t length = (used ? 2 : 0) + 4 + name.size();
-        if (used + length > width)
+        if (used + length + (&led == &states.back() ? 0 : MORE.size()) > width) {
+            line += MORE;
             break;
+        }
         const bool isLit = led.isLit.value_or(false) && isColoured();
         line += (used ? "  " : "") + std::string(isLit ? "\x1b[32m" : "") + lamp + (isLit ? "\x1b[0m" : "") +
                 " " + name;

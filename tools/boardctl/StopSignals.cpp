@@ -33,6 +33,26 @@ void StopSignals::install() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+bool StopSignals::isAsked() {
+    return asked != 0;
+}
+
+bool StopSignals::waitWritable(int descriptor) {
+    const sigset_t signals = askingSignals();
+    sigset_t former;
+    pthread_sigmask(SIG_BLOCK, &signals, &former);
+    pollfd output{descriptor, POLLOUT, 0};
+    const timespec atOnce{};
+    int ready = 0;
+    do
+        ready = ::ppoll(&output, 1, asked ? &atOnce : nullptr, &former);
+    while (ready < 0 && !asked);
+    if (ready < 0) // asked while it waited
+        ready = ::poll(&output, 1, 0);
+    pthread_sigmask(SIG_SETMASK, &former, nullptr);
+    return ready > 0;
+}
+
 bool StopSignals::waitUntil(std::optional<Clock::time_point> end, int descriptor) {
     // Blocked while the mark is looked at, open while it waits: none gets lost between the two.
     const sigset_t signals = askingSignals();

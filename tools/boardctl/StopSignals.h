@@ -18,5 +18,11 @@ public:
     /// Waits until `end`, for ever without one, or until `descriptor`, if not -1, can be read. True where the
     /// program was asked to end, also before the call.
     static bool waitUntil(std::optional<Clock::time_point> end, int descriptor = -1);
+    /// Waits until something can be written to `descriptor`. False where the program is asked to end before:
+    /// who reads there must not keep it.
+    static bool waitWritable(int descriptor);
+
+    /// Whether the program was asked to end.
+    static bool isAsked();
     static bool waitFor(Clock::duration span) { return waitUntil(Clock::now() + span); }
 };

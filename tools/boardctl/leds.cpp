@@ -126,7 +126,7 @@ void addLeds(CLI::App& app, Options& options) {
     auto* const show =
         leds->add_subcommand("preview", "Show as waves what the LEDs would do, without waiting");
     show->add_option("--ticks", words->ticks, "How many ticks; 100 without this")
-        ->check(CLI::Range(1U, MOST_TICKS))
+        ->transform(decimal(1, MOST_TICKS))
         ->option_text("1..1000000");
     show->add_option("--at", words->lines,
                      "Hand LINE to the sequencer just before that tick's output; may be repeated")
@@ -143,6 +143,7 @@ void addLeds(CLI::App& app, Options& options) {
     sender
         ->add_option("NUMBER", words->number,
                      "Its number; left out of the line without this, which then names number 0")
+        ->transform(decimal(INT32_MIN, INT32_MAX))
         ->type_name("");
     sender->callback([&options, words] {
         options.command = [&options, words] {

@@ -54,7 +54,7 @@ public:
         m_lines.print(m_queue.take()); // what came while they ended
         if (!m_lines.isLost())
             m_lines.print("stopped", "stopped");
-        return m_lines.isLost() ? FAILED : DONE;
+        return m_lines.isLost() && !StopSignals::isAsked() ? FAILED : DONE;
     }
 
 private:
@@ -81,10 +81,15 @@ private:
     void showReport() {
         const board::Report report = board::makeReport(m_board.host());
         for (const board::DriverReport& driver : report.drivers)
-            if (!driver.fault.empty() && driver.fault != m_board.host().faultOf(driver.name))
+            if (!driver.fault.empty() && (driver.name == board::DESCRIPTOR_DRIVER ||
+                                          driver.fault != m_board.host().faultOf(driver.name)))
                 m_lines.fault("driver '" + driver.name + "': " + driver.fault,
                               {{"name", driver.name}, {"error", driver.fault}});
-        if (m_board.host().descriptor()) {
+        const auto isUnread = [](const board::DriverReport& driver) {
+            return driver.name == board::DESCRIPTOR_DRIVER && !driver.fault.empty();
+        };
+        if (m_board.host().descriptor() &&
+            std::none_of(report.drivers.begin(), report.drivers.end(), isUnread)) {
             const unsigned tags = m_board.host().descriptor()->getTags().size();
             m_lines.print("descriptor", "descriptor: " + std::to_string(tags) + " tags", {{"tags", tags}});
         }
@@ -116,8 +121,10 @@ private:
 
     void notify(const char* state) {
         try {
-            board::notifyInitSystem(state);
+            if (m_isNotifying)
+                board::notifyInitSystem(state);
         } catch (const board::Error& error) {
+            m_isNotifying = false;
             m_lines.fault(error.what(), {{"error", error.what()}});
         }
     }
@@ -166,6 +173,7 @@ private:
     const Words m_words;
     const bool m_showsLeds; ///< the tour shows them too
     const bool m_drawsPanel;
+    bool m_isNotifying = true; ///< until it fails once
     Panel m_panel;
     EventLines m_lines;
     board::EventQueue m_queue;

@@ -40,7 +40,7 @@ int watchButton(const Options& options, std::optional<double> seconds) {
             hasFailed = !button.isWatching();
         }
     });
-    return hasFailed || lines.isLost() ? FAILED : DONE;
+    return hasFailed || (lines.isLost() && !StopSignals::isAsked()) ? FAILED : DONE;
 }
 
 int cpu(const Options& options, double period, unsigned count) {
@@ -110,10 +110,10 @@ void addCpu(CLI::App& app, Options& options) {
     };
     const auto words = std::make_shared<Words>();
     command->add_option("--period", words->period, "How long a period is; 1 second without this")
-        ->check(CLI::Range(0.1, 86400.0))
+        ->check(seconds(0.1, 86400))
         ->option_text("SECONDS");
     command->add_option("--count", words->count, "How many periods; 1 without this")
-        ->check(CLI::Range(1U, 1000000000U))
+        ->transform(decimal(1, 1000000000))
         ->option_text("N");
     command->callback([&options, words] {
         options.command = [&options, words] { return cpu(options, words->period, words->count); };

@@ -13,7 +13,7 @@ void addSim(CLI::App& app, Options& options) {
     auto* const create = sim->add_subcommand("create", "Make a simulated board in a folder");
     create->add_option("DIR", *directory, "A new or empty folder")
         ->check(notEmpty())
-        ->type_name("DIR")
+        ->type_name("")
         ->required();
     create->callback([&options, directory] {
         options.command = [&options, directory] {

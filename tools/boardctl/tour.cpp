@@ -47,8 +47,8 @@ private:
             say("The fan '" + device.name + "' is set and read back through its driver.");
             const auto former = board::readFan(m_stage.board.host(), device.name).speed;
             bool wentOn = true;
-            for (const auto speed : {IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_HIGH,
-                                     IFanControl::FAN_SPEED_FULL, IFanControl::FAN_SPEED_OFF}) {
+            for (const auto speed :
+                 {IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_HIGH, IFanControl::FAN_SPEED_FULL}) {
                 stepFan(device.name, speed);
                 wentOn = goesOn(300ms);
                 if (!wentOn)

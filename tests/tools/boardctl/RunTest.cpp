@@ -1,10 +1,12 @@
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <regex>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -65,8 +67,12 @@ TEST_F(HostedBoard, PlaysLinesOfOtherProcessesAndTellsOfTheButton) {
               0);
     ASSERT_TRUE(run.waitForOutput("LED 'line' off"));
 
-    for (int press = 0; press < 20; ++press)
-        ASSERT_EQ(call({"sim", "press", "--for", "0"}).status, 0) << press;
+    // Several fingers at once: none is lost or taken for another's.
+    const std::string presses =
+        "for finger in 1 2 3 4; do (for i in 1 2 3 4 5; do \"$0\" --board \"$1\" sim press "
+        "--for 0 || exit 1; done) & pids=\"$pids $!\"; done; "
+        "for pid in $pids; do wait $pid || exit 1; done";
+    EXPECT_EQ(Program({"/bin/sh", "-c", presses, BOARDCTL, profile()}).finish().status, 0);
     const Outcome watch = call({"button", "watch"});
     EXPECT_EQ(watch.status, 1);
     EXPECT_TRUE(has(watch.err, "board.toml:39: button.device: ")) << watch.err;
@@ -74,8 +80,9 @@ TEST_F(HostedBoard, PlaysLinesOfOtherProcessesAndTellsOfTheButton) {
 
     const Outcome second = call({"run", "--for", "0"});
     EXPECT_EQ(second.status, 0);
-    EXPECT_TRUE(has(second.err, "the pipe is in use")) << second.err;
+    EXPECT_TRUE(has(second.err, "another program drives the LEDs of this board")) << second.err;
     EXPECT_TRUE(has(second.err, "another program watches")) << second.err;
+    EXPECT_TRUE(has(boardctl({"run", "--for", "0"}).err, "the pipe is in use")) << "a board of its own";
 
     run.signalUntilEnded(SIGTERM);
     const Outcome outcome = run.finish();
@@ -85,6 +92,31 @@ TEST_F(HostedBoard, PlaysLinesOfOtherProcessesAndTellsOfTheButton) {
         "[0-9-]{10}T[0-9:]{8}\\.[0-9]{3}[+-][0-9]{4} button (pressed|released, held [0-9.e-]+ s)");
     const std::sregex_iterator first(outcome.out.begin(), outcome.out.end(), stamped);
     EXPECT_EQ(std::distance(first, {}), 40) << outcome.out;
+}
+
+TEST_F(HostedBoard, EndsWhenAskedAlsoWhereNobodyReadsWhatItPrints) {
+    const std::string sink = m_dir.path("sink");
+    ASSERT_EQ(::mkfifo(sink.c_str(), 0600), 0);
+    const int reader = ::open(sink.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_GT(::fcntl(reader, F_SETPIPE_SZ, 4096), 0);
+    Program run({"/bin/sh", "-c", "out=$1; shift; exec \"$@\" >\"$out\" 2>&1", "sh", sink, BOARDCTL,
+                 "--board", profile(), "run", "--format", "json"});
+    pollfd first{reader, POLLIN, 0};
+    ASSERT_EQ(::poll(&first, 1, -1), 1);
+    run.signal(SIGTERM); // once
+    EXPECT_EQ(run.finish().status, 0);
+    ::close(reader);
+}
+
+TEST_F(HostedBoard, TellsOfADescriptorThatIsNoneOnce) {
+    std::filesystem::remove(m_dir.path("sim/eeprom.bin"));
+    std::filesystem::create_directory(m_dir.path("sim/eeprom.bin"));
+    const Outcome run = call({"run", "--for", "0"});
+    EXPECT_EQ(run.status, 0);
+    const std::string text = "is no device file";
+    EXPECT_TRUE(has(run.err, text)) << run.err;
+    EXPECT_EQ(run.err.find(text), run.err.rfind(text)) << run.err;
+    EXPECT_FALSE(has(run.out, "0 tags")) << run.out;
 }
 
 TEST_F(HostedBoard, TellsTheInitSystemThatItIsReadyAndThatItStops) {
@@ -110,7 +142,9 @@ TEST_F(HostedBoard, GoesOnWithoutAButtonThatDisappears) {
     ASSERT_TRUE(run.waitForOutput("\"ready\""));
     const int button = ::open(m_dir.path("sim/dev/button").c_str(), O_RDWR | O_CLOEXEC);
     ::unlink(m_dir.path("sim/dev/button").c_str());
-    ASSERT_EQ(::write(button, "pressed", 7), 7); // the last message that can be read
+    ASSERT_EQ(::write(button, "released", 8),
+              8); // the last message that can be read; of a press that nobody saw
+    ASSERT_TRUE(run.waitForOutput("\"held_seconds\":null"));
     ASSERT_TRUE(run.waitForOutput("is not watched any more"));
     ::close(button);
     EXPECT_EQ(boardctl({"leds", "send", "line", "call"}).status, 0);
@@ -145,7 +179,13 @@ TEST_F(HostedBoard, RefusesAButtonThatWouldSpinAndLedsThatAreNotThere) {
     const Outcome firmware = boardctl({"--board", m_dir.path("board.toml"), "firmware"});
     EXPECT_EQ(firmware.status, 1);
     EXPECT_TRUE(has(firmware.err, "board.toml:11: firmware.info: ")) << firmware.err;
-    EXPECT_TRUE(has(firmware.err, "holds no firmware information")) << firmware.err;
+    EXPECT_TRUE(has(firmware.err, "is no file")) << firmware.err;
+
+    // A device that is at its end at once.
+    m_dir.write("board.toml", "[button]\ndevice = '/dev/null'\n");
+    const Outcome watch = boardctl({"--board", m_dir.path("board.toml"), "button", "watch"});
+    EXPECT_EQ(watch.status, 1);
+    EXPECT_TRUE(has(watch.err, "/dev/null is at its end")) << watch.err;
 }
 
 TEST(LedsSend, SaysWhyALineCanNotBeSentAndNeverWaits) {
@@ -157,6 +197,8 @@ TEST(LedsSend, SaysWhyALineCanNotBeSentAndNeverWaits) {
                                                   {"a", "\t"},
                                                   {"a", "b", "x"},
                                                   {"a", "b", "2147483648"},
+                                                  {"a", "b", "0x10"},
+                                                  {"a", "b", ""},
                                                   {std::string(70, 'a'), "b", "-12345678"}}) {
         std::vector<std::string> all{"leds", "send"};
         all.insert(all.end(), words.begin(), words.end());
@@ -169,7 +211,7 @@ TEST(LedsSend, SaysWhyALineCanNotBeSentAndNeverWaits) {
     EXPECT_TRUE(has(alone.err, "nobody reads the pipe")) << alone.err;
 
     const int reader = ::open(PIPE, O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    EXPECT_EQ(boardctl({"leds", "send", std::string(68, 'a'), "b", "-1234567"}).status, 0);
+    EXPECT_EQ(boardctl({"leds", "send", std::string(68, 'a'), "b", "-01234567"}).status, 0) << "is decimal";
     char text[100];
     EXPECT_EQ(::read(reader, text, sizeof text), 80);
     while (::write(reader, "x", 1) == 1)
