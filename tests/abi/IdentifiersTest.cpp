@@ -8,6 +8,7 @@
 #include "CThermalSensor.h"
 #include "IBoardDescr.h"
 #include "IResourceVoip.h"
+#include "support/Identifiers.h"
 
 TEST(Identifiers, OfTheLibraryKeepTheirBytesInMemory) {
     const std::pair<const VELM_UUID&, const char*> rows[] = {
@@ -25,10 +26,6 @@ TEST(Identifiers, OfTheLibraryKeepTheirBytesInMemory) {
         {IThermalSensor::IID(), "IThermalSensor cac8c6cce3e78a4591413aa10d538879"},
         {IBoardDescr::IID(), "IBoardDescr 33a7789a53459c4bafd12dd619f8c4ad"},
         {IResourceVoip::IID(), "IResourceVoip b04748d61ed4b5459e586033c59085c3"}};
-    for (const auto& [identifier, expected] : rows) {
-        String shown = String::format("%s ", identifier.getName());
-        for (const unsigned byte : identifier.getValue().bytes)
-            shown.concatf("%02x", byte);
-        EXPECT_EQ(shown, String(expected));
-    }
+    for (const auto& [identifier, expected] : rows)
+        EXPECT_EQ(support::shown(identifier), String(expected));
 }

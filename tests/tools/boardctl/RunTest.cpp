@@ -141,10 +141,11 @@ TEST_F(HostedBoard, GoesOnWithoutAButtonThatDisappears) {
     Program run(words({"run", "--format", "json"}));
     ASSERT_TRUE(run.waitForOutput("\"ready\""));
     const int button = ::open(m_dir.path("sim/dev/button").c_str(), O_RDWR | O_CLOEXEC);
-    ::unlink(m_dir.path("sim/dev/button").c_str());
-    ASSERT_EQ(::write(button, "released", 8),
-              8); // the last message that can be read; of a press that nobody saw
+    ASSERT_EQ(::write(button, "released", 8), 8); // of a press that nobody saw
     ASSERT_TRUE(run.waitForOutput("\"held_seconds\":null"));
+    ::unlink(m_dir.path("sim/dev/button").c_str());
+    ASSERT_EQ(::write(button, "pressed", 7),
+              7); // the last message, for a watcher that has the pipe open again already
     ASSERT_TRUE(run.waitForOutput("is not watched any more"));
     ::close(button);
     EXPECT_EQ(boardctl({"leds", "send", "line", "call"}).status, 0);

@@ -5,7 +5,7 @@
 #include "DID.h"
 #include "IDriver.h"
 #include "IInfo.h"
-#include "String.h"
+#include "support/Identifiers.h"
 
 TEST(Identifiers, OfTheFrameworkKeepTheirBytes) {
     const std::pair<const VELM_UUID&, const char*> rows[] = {
@@ -14,10 +14,6 @@ TEST(Identifiers, OfTheFrameworkKeepTheirBytes) {
         {IDriver::IID(), "IDriver 6a3b6dfba6d07a498900eb5b43fd30af"},
         {DID_BoardDescr(), "DID_BoardDescr 3e1d75873363954395870648e7e60baf"},
         {DID_Resource(), "DID_Resource f7707b4d69fe834cb2eb803a567bac43"}};
-    for (const auto& [identifier, expected] : rows) {
-        String shown = String::format("%s ", identifier.getName());
-        for (const unsigned byte : identifier.getValue().bytes)
-            shown.concatf("%02x", byte);
-        EXPECT_EQ(shown, String(expected));
-    }
+    for (const auto& [identifier, expected] : rows)
+        EXPECT_EQ(support::shown(identifier), String(expected));
 }
