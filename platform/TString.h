@@ -1,6 +1,6 @@
 #pragma once
 
-#include <vector>
+#include <string>
 
 /// The framework's growable buffer of elements, zeros allowed; `TString<char>` holds tag data and EEPROM
 /// images. A value: a copy shares nothing. Running out of memory throws std::bad_alloc.
@@ -10,19 +10,18 @@ public:
     TString() = default;
 
     /// A copy of `length` elements; null gives an empty buffer.
-    TString(const T* elements, unsigned length) { concat(elements, length); }
+    TString(const T* elements, unsigned length) {
+        if (elements)
+            m_elements.assign(elements, length);
+    }
 
     TString& concat(const T* elements, unsigned length) {
         if (elements)
-            m_elements.insert(m_elements.end(), elements, elements + length);
+            m_elements.append(elements, length);
         return *this;
     }
 
-    TString& concat(const TString& other) {
-        if (&other == this)
-            return concat(TString(other)); // growing would move what is being copied
-        return concat(other.data(), other.length());
-    }
+    TString& concat(const TString& other) { return concat(other.data(), other.length()); }
 
     /// The elements from `start` up to, not including, `end`; what lies outside the buffer is left out.
     TString substring(unsigned start, unsigned end) const {
@@ -33,7 +32,7 @@ public:
     /// The element at `index`; 0 past the end.
     T operator[](unsigned index) const { return index < length() ? m_elements[index] : T(); }
 
-    /// The elements; may be null when there are none. Valid until the buffer changes.
+    /// The elements, never null. Valid until the buffer changes.
     const T* data() const { return m_elements.data(); }
     unsigned length() const { return static_cast<unsigned>(m_elements.size()); }
 
@@ -41,5 +40,5 @@ public:
     friend bool operator!=(const TString& a, const TString& b) { return a.m_elements != b.m_elements; }
 
 private:
-    std::vector<T> m_elements;
+    std::basic_string<T> m_elements; // which holds the data of most tags without taking memory
 };

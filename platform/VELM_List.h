@@ -15,7 +15,8 @@ class VELM_List {
         Link* previous;
     };
     struct Element : Link {
-        explicit Element(T&& v) : Link{}, value(std::move(v)) {}
+        template <class... Arguments>
+        explicit Element(Arguments&&... arguments) : Link{}, value(std::forward<Arguments>(arguments)...) {}
         T value;
     };
 
@@ -82,8 +83,14 @@ public:
     bool isEmpty() const { return m_count == 0; }
 
     /// Links `value` in just before `position` (at the end, before the sentinel). Returns its position.
-    Iterator insert(Iterator position, T value) {
-        Link* element = new Element(std::move(value));
+    Iterator insert(Iterator position, T value) { return emplace(position, std::move(value)); }
+
+    Iterator append(T value) { return insert(end(), std::move(value)); }
+
+    /// `insert` of a value that is made in its place.
+    template <class... Arguments>
+    Iterator emplace(Iterator position, Arguments&&... arguments) {
+        Link* const element = new Element(std::forward<Arguments>(arguments)...);
         element->next = position.m_link;
         element->previous = position.m_link->previous;
         element->previous->next = element;
@@ -91,8 +98,6 @@ public:
         ++m_count;
         return Iterator(element);
     }
-
-    Iterator append(T value) { return insert(end(), std::move(value)); }
 
     /// Removes and destroys the element at `position`, which must not be the end. Returns the next position.
     Iterator remove(Iterator position) {

@@ -22,10 +22,13 @@ public:
     XCode(XCode&& other) noexcept;
     XCode& operator=(const XCode& other);
     XCode& operator=(XCode&& other) noexcept;
-    ~XCode();
+    ~XCode() {
+        if (!isInline())
+            dropRecord();
+    }
 
     std::int32_t getCode() const noexcept;
-    bool isSuccess() const noexcept { return getCode() == SUCCESS; }
+    bool isSuccess() const noexcept { return m_word == 1 || getCode() == SUCCESS; }
 
     /// The message; the empty string where there is none. Valid while this object is unchanged.
     const String& getMessage() const noexcept;
@@ -34,6 +37,7 @@ private:
     struct Record;
     bool isInline() const noexcept { return (m_word & 1U) != 0; }
     Record* record() const noexcept;
+    void dropRecord() noexcept;
 
     std::uintptr_t m_word;
 };

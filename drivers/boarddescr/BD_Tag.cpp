@@ -1,7 +1,9 @@
 #include "BD_Tag.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <new>
+#include <string>
 #include <utility>
 
 #include "ByteOrder.h"
@@ -57,10 +59,17 @@ String& Tag::getDataString(String& out) const {
 }
 
 String& Tag::getDataAsHexString(String& out) const {
-    out = String::EMPTY();
-    for (unsigned i = 0; i < data.length(); ++i)
-        out.concatf(" %02x", static_cast<unsigned char>(data[i]));
-    return out.trim();
+    constexpr char DIGITS[] = "0123456789abcdef";
+    std::string pairs;
+    pairs.reserve(3 * std::size_t{data.length()});
+    for (unsigned i = 0; i < data.length(); ++i) {
+        const auto byte = static_cast<unsigned char>(data[i]);
+        if (i > 0)
+            pairs += ' ';
+        pairs += DIGITS[byte >> 4];
+        pairs += DIGITS[byte & 0xFU];
+    }
+    return out = String(pairs.data(), static_cast<unsigned>(pairs.size()));
 }
 
 } // namespace BD

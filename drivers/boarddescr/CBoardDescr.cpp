@@ -15,6 +15,12 @@ BD::Tag makeTag(BD::TagId id, const TString<char>& data) {
     return tag;
 }
 
+// Out of the way of look-ups that find their tag.
+[[gnu::cold]] BD::Tag* notFound(BD::TagId id, String& error) {
+    error = String::format(CBoardDescr::ERR_TAG_NOT_FOUND, id, BD::TAG_ID_TO_STRING(id).c_str());
+    return nullptr;
+}
+
 } // namespace
 
 CBoardDescr::CBoardDescr() : CDriver(DID_BoardDescr(), DRIVER_NAME) {}
@@ -58,10 +64,7 @@ CBoardDescr::TagList::Iterator CBoardDescr::getTagIterator(BD::TagId id, unsigne
 
 BD::Tag* CBoardDescr::getTag(BD::TagId id, unsigned index, String& error) {
     const TagList::Iterator position = getTagIterator(id, index);
-    if (position != m_tags.end())
-        return &*position;
-    error = String::format(ERR_TAG_NOT_FOUND, id, BD::TAG_ID_TO_STRING(id).c_str());
-    return nullptr;
+    return position != m_tags.end() ? &*position : notFound(id, error);
 }
 
 unsigned CBoardDescr::getNumberOfTag(BD::TagId id) {

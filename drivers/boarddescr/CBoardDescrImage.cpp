@@ -1,5 +1,7 @@
 #include "CBoardDescr.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -27,10 +29,8 @@ constexpr char READ_FAILED[] = "FAILED TO READ DEVICE '%s'";
 constexpr char WRITE_FAILED[] = "FAILED TO WRITE DEVICE '%s'";
 constexpr char IMAGE_TOO_LARGE[] = "FAILED TO WRITE DEVICE '%s': DEV SIZE=%d, BD SIZE=%d";
 
-void appendUInt16(TString<char>& image, unsigned value) {
-    char bytes[2];
-    uint16_htonc(static_cast<unsigned short>(value), bytes, sizeof bytes);
-    image.concat(bytes, sizeof bytes);
+unsigned paddingOf(const BD::Tag& tag) {
+    return tag.length % 2;
 }
 
 /// Closes the device also where memory runs out for what it holds.
@@ -69,25 +69,31 @@ XCode CBoardDescr::importBD(const TString<char>& image, String& error) {
             return XCode(XCode::FAILURE);
         }
         const unsigned dataLength = chunkLength - HEADER_BYTES;
-        BD::Tag tag(static_cast<BD::TagId>(id));
-        if (!cursor.takeBytes(dataLength, tag.data)) {
+        const char* const data = cursor.takeBytes(dataLength);
+        if (!data) {
             error = String::format(OVERFLOWS, id, dataLength, cursor.size(), start + HEADER_BYTES);
             return XCode(XCode::FAILURE);
         }
+        BD::Tag& tag = *m_tags.emplace(m_tags.end(), static_cast<BD::TagId>(id));
+        tag.data.concat(data, dataLength);
         tag.length = dataLength;
-        m_tags.append(std::move(tag));
     }
     return XCode();
 }
 
 XCode CBoardDescr::exportBD(TString<char>& image, String&) {
+    std::size_t size = 0;
+    for (const BD::Tag& tag : m_tags)
+        size += HEADER_BYTES + tag.data.length() + paddingOf(tag);
+    std::vector<char> chunks(size); // zeros, as padding is
+    char* out = chunks.data();
     for (const BD::Tag& tag : m_tags) {
-        const unsigned padding = tag.length % 2;
-        appendUInt16(image, static_cast<unsigned>(tag.id));
-        appendUInt16(image, tag.length + padding + HEADER_BYTES);
-        image.concat(tag.data);
-        image.concat("", padding);
+        const unsigned chunkLength = HEADER_BYTES + tag.length + paddingOf(tag);
+        uint16_htonc(static_cast<unsigned short>(tag.id), out, 2);
+        uint16_htonc(static_cast<unsigned short>(chunkLength), out + 2, 2);
+        out = std::copy_n(tag.data.data(), tag.data.length(), out + HEADER_BYTES) + paddingOf(tag);
     }
+    image.concat(chunks.data(), static_cast<unsigned>(size));
     return XCode();
 }
 

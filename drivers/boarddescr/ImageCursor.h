@@ -21,13 +21,13 @@ public:
         return cntoh_uint16(bytes, 2);
     }
 
-    /// Takes `count` bytes into `bytes`; false, and nothing taken, where there are fewer.
-    bool takeBytes(unsigned count, TString<char>& bytes) {
+    /// Takes `count` bytes and returns where they stand; null, and nothing taken, where there are fewer.
+    const char* takeBytes(unsigned count) {
         if (left() < count)
-            return false;
-        bytes = m_image.substring(m_position, m_position + count);
+            return nullptr;
+        const char* const bytes = m_image.data() + m_position;
         m_position += count;
-        return true;
+        return bytes;
     }
 
 private:

@@ -8,13 +8,20 @@
 
 namespace {
 
+/// Formats once where the text fits a line, twice where it does not.
 __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
-    va_list measured;
-    va_copy(measured, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, measured);
-    va_end(measured);
-    std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
-    std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+    char line[128];
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(line, sizeof line, format, arguments);
+    std::string text;
+    if (length < static_cast<int>(sizeof line)) {
+        text.assign(line, length > 0 ? static_cast<std::size_t>(length) : 0);
+    } else {
+        text.resize(static_cast<std::size_t>(length));
+        std::vsnprintf(text.data(), text.size() + 1, format, again);
+    }
+    va_end(again);
     return text;
 }
 

@@ -49,9 +49,8 @@ XCode& XCode::operator=(XCode&& other) noexcept {
     return *this;
 }
 
-XCode::~XCode() {
-    if (!isInline())
-        delete record();
+void XCode::dropRecord() noexcept {
+    delete record();
 }
 
 std::int32_t XCode::getCode() const noexcept {
