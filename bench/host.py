@@ -1,0 +1,85 @@
+"""What a hosted board takes while nothing happens: memory, wakes, time of a core."""
+
+import glob
+import os
+import shutil
+import stat
+import subprocess
+import tempfile
+import time
+
+SECONDS = 5
+
+
+def field(path, name):
+    with open(path, encoding="utf-8") as file:
+        return next(line.split(":")[1].split()[0] for line in file if line.startswith(name + ":"))
+
+
+def processor():
+    return subprocess.run(["sed", "-n", "s/^model name.*: //p;T;q", "/proc/cpuinfo"], stdout=subprocess.PIPE, text=True,
+                          check=True).stdout.strip() or "unknown processor"
+
+
+class Hosted:
+    """A board of ordinary files, hosted until the end of the `with`. The pipes of a simulated board's LEDs would be
+    read by its host, which nobody does on a real one."""
+
+    def __init__(self, tree):
+        self.boardctl = tree + "/bin/boardctl"
+        self.folder = tempfile.mkdtemp()
+
+    def __enter__(self):
+        board = self.folder + "/board"
+        subprocess.run([self.boardctl, "sim", "create", board], stdout=subprocess.DEVNULL, check=True)
+        for led in glob.glob(board + "/leds/*"):
+            if stat.S_ISFIFO(os.stat(led).st_mode):
+                os.unlink(led)
+                with open(led, "w", encoding="utf-8") as file:
+                    file.write("0")
+        self.process = subprocess.Popen([self.boardctl, "--board", board + "/board.toml", "run"],
+                                        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        for line in self.process.stdout:
+            if line == "ready\n":
+                return self
+        raise RuntimeError("boardctl run ended before it was ready")
+
+    def __exit__(self, *_):
+        self.process.terminate()
+        self.process.communicate()
+        shutil.rmtree(self.folder)
+
+    def memory(self):
+        return int(field(f"/proc/{self.process.pid}/status", "VmHWM"))
+
+    def wakes(self):
+        return sum(int(field(path, "voluntary_ctxt_switches"))
+                   for path in glob.glob(f"/proc/{self.process.pid}/task/*/status"))
+
+    def nanoseconds(self):
+        total = 0
+        for path in glob.glob(f"/proc/{self.process.pid}/task/*/schedstat"):
+            with open(path, encoding="utf-8") as file:
+                total += int(file.read().split()[0])
+        return total
+
+
+def peak_memory(tree):
+    """In kB, and that of a program with two threads that do nothing."""
+    with Hosted(tree) as hosted:
+        time.sleep(1)
+        memory = hosted.memory()
+    with subprocess.Popen([tree + "/bin/threads"], stdin=subprocess.PIPE) as floor:
+        while len(glob.glob(f"/proc/{floor.pid}/task/*")) < 3:
+            time.sleep(0.01)
+        return memory, int(field(f"/proc/{floor.pid}/status", "VmHWM"))
+
+
+def at_rest(tree):
+    """Wakes a second, and per cent of a core."""
+    with Hosted(tree) as hosted:
+        time.sleep(1)
+        wakes, busy, start = hosted.wakes(), hosted.nanoseconds(), time.monotonic()
+        time.sleep(SECONDS)
+        took = time.monotonic() - start
+        return (hosted.wakes() - wakes) / took, (hosted.nanoseconds() - busy) / took / 1e7

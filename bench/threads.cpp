@@ -1,0 +1,21 @@
+// The floor of a host's memory: a C++ program with two threads that wait until its input ends.
+
+#include <thread>
+
+#include <unistd.h>
+
+namespace {
+
+void waitForEnd() {
+    char ignored = 0;
+    while (::read(STDIN_FILENO, &ignored, 1) > 0) {
+    }
+}
+
+} // namespace
+
+int main() {
+    std::thread first(waitForEnd), second(waitForEnd);
+    first.join();
+    second.join();
+}
