@@ -1,0 +1,123 @@
+// Any text as the input of a build: tags or one Error, and what it gives comes back from its dump. Then tags
+// made of the same bytes, in JSON written here: these are taken, and refused where one thing in them is
+// wrong.
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include "Error.h"
+#include "Oracle.h"
+#include "TagsJson.h"
+
+using fuzz::expect;
+
+namespace {
+
+struct Entry {
+    int id;
+    std::string data;
+    bool operator==(const Entry& other) const { return id == other.id && data == other.data; }
+};
+
+std::vector<Entry> entriesOf(const CBoardDescr& descriptor) {
+    std::vector<Entry> entries;
+    for (const BD::Tag& tag : descriptor.getTags()) {
+        expect(tag.length == tag.data.length(), "a tag's length is that of its data");
+        entries.push_back({tag.id, std::string(tag.data.data(), tag.data.length())});
+    }
+    return entries;
+}
+
+/// Whether `text` is taken; what it gives is then in `entries`.
+bool reads(const std::string& text, std::vector<Entry>& entries) {
+    CBoardDescr descriptor;
+    try {
+        board::tagsFromJson(text, "tags.json", descriptor);
+    } catch (const board::Error& error) {
+        expect(std::string(error.what()).rfind("tags.json: ", 0) == 0, "an error names its source");
+        return false;
+    }
+    entries = entriesOf(descriptor);
+    for (const Entry& entry : entries) {
+        expect(entry.id >= 0 && entry.id <= 65534, "identifiers are 0 to 65534");
+        expect(entry.id != 0 || entry.data.empty(), "a terminator has no data");
+        expect(entry.data.size() <= 65530, "data fits a chunk");
+    }
+    CBoardDescr again;
+    const std::string dump = board::tagsToJson(descriptor.getTags());
+    board::tagsFromJson(dump, "dump", again);
+    expect(entriesOf(again) == entries, "what was dumped comes back");
+    expect(board::tagsToJson(again.getTags()) == dump, "and is dumped alike");
+    return true;
+}
+
+std::string hexDigits(const std::string& data, const char* digits) {
+    std::string text;
+    for (const char c : data)
+        text += {digits[static_cast<unsigned char>(c) >> 4], digits[static_cast<unsigned char>(c) & 15]};
+    return text;
+}
+
+enum class Mistake { NONE, LENGTH, ODD, NO_DIGIT, ID_TOO_LARGE, ID_TEXT, NO_DATA, TWICE, FOREIGN_KEY, COUNT };
+
+/// An entry as a person might write it.
+std::string written(const Entry& entry, FuzzedDataProvider& data, Mistake mistake) {
+    const char* const blank = data.PickValueInArray({"", " ", "\n\t"});
+    std::string id = std::to_string(mistake == Mistake::ID_TOO_LARGE ? 65535 : entry.id);
+    if (mistake == Mistake::ID_TEXT)
+        id = '"' + id + '"';
+    std::string digits = hexDigits(entry.data, data.ConsumeBool() ? "0123456789abcdef" : "0123456789ABCDEF");
+    if (mistake == Mistake::ODD)
+        digits += "0";
+    if (mistake == Mistake::NO_DIGIT)
+        digits += "0g";
+    std::vector<std::string> members = {"\"id\":" + id};
+    if (mistake != Mistake::NO_DATA)
+        members.push_back("\"data\": \"" + digits + '"');
+    if (data.ConsumeBool() || mistake == Mistake::LENGTH)
+        members.push_back("\"length\" :" +
+                          std::to_string(entry.data.size() + (mistake == Mistake::LENGTH ? 1 : 0)));
+    if (data.ConsumeBool())
+        members.push_back("\"name\":\"\\u00e9\"");
+    if (mistake == Mistake::TWICE)
+        members.push_back(members.back());
+    if (mistake == Mistake::FOREIGN_KEY)
+        members.push_back("\"value\":1");
+    if (data.ConsumeBool())
+        std::reverse(members.begin(), members.end());
+    std::string text = "{";
+    for (const std::string& member : members)
+        text += (text.size() > 1 ? "," : "") + (blank + member) + blank;
+    return text + "}";
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    std::vector<Entry> read;
+    reads(fuzz::textOf(bytes, size), read);
+
+    FuzzedDataProvider data(bytes, size);
+    const auto mistake =
+        data.ConsumeBool()
+            ? Mistake::NONE
+            : static_cast<Mistake>(data.ConsumeIntegralInRange(1, static_cast<int>(Mistake::COUNT) - 1));
+    const auto count = data.ConsumeIntegralInRange<std::size_t>(1, 8);
+    const auto wrong = data.ConsumeIntegralInRange<std::size_t>(0, count - 1);
+    std::vector<Entry> entries;
+    std::string text = "[";
+    for (std::size_t i = 0; i < count; ++i) {
+        Entry entry{data.ConsumeIntegralInRange(0, 65534), data.ConsumeRandomLengthString(20)};
+        if (entry.id == 0)
+            entry.data.clear();
+        text += (i > 0 ? "," : "") + written(entry, data, i == wrong ? mistake : Mistake::NONE);
+        entries.push_back(entry);
+    }
+    expect(reads(text + "]", read) == (mistake == Mistake::NONE), "one mistake is enough to be refused");
+    if (mistake == Mistake::NONE)
+        expect(read == entries, "what is written without one is taken as it stands");
+    return 0;
+}
