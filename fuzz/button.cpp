@@ -1,10 +1,12 @@
-// Any message is a press, a release or a report, and never two of them.
+// Any message is a press, a release or a report, and never two of them; without an observer a report.
 
-#include <cstdlib>
 #include <cstring>
 
+#include "Oracle.h"
 #include "RTD.h"
 #include "ServiceButton.h"
+
+using fuzz::expect;
 
 namespace {
 
@@ -12,11 +14,15 @@ struct Watcher : ServiceButton::Observer, RTD::Monitor {
     void onButtonPressed(const TYTime&) override { ++presses; }
     void onButtonReleased(const TYTime& heldFor) override {
         ++releases;
-        if (heldFor.nanoseconds > 999999999)
-            std::abort();
+        expect(heldFor.nanoseconds <= 999999999, "a time has less than a second of nanoseconds");
     }
-    void report(int, const String&) override { ++reports; }
-    int presses = 0, releases = 0, reports = 0;
+    void report(int reportLevel, const String& reportText) override {
+        ++reports;
+        level = reportLevel;
+        text = reportText.c_str();
+    }
+    int presses = 0, releases = 0, reports = 0, level = 0;
+    std::string text;
 };
 
 bool begins(const std::string& text, const char* word) {
@@ -26,15 +32,22 @@ bool begins(const std::string& text, const char* word) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    const std::string message(reinterpret_cast<const char*>(bytes), size);
-    Watcher watcher;
+    const std::string message = fuzz::textOf(bytes, size);
+    const String handed(message.data(), static_cast<unsigned>(message.size()));
+    Watcher watcher, unobserved;
     MON_EVENT = &watcher;
     ServiceButton button("/nowhere", &watcher);
-    button.processButtonMessage(String(message.data(), static_cast<unsigned>(message.size())));
+    button.processButtonMessage(handed);
+    MON_EVENT = &unobserved;
+    ServiceButton("/nowhere", nullptr).processButtonMessage(handed);
     MON_EVENT = nullptr;
     const bool isPress = begins(message, "pressed"), isRelease = begins(message, "released");
-    if (watcher.presses != isPress || watcher.releases != isRelease ||
-        watcher.reports != (!isPress && !isRelease))
-        std::abort();
+    expect(watcher.presses == isPress && watcher.releases == isRelease, "a word at the start is its event");
+    expect(watcher.reports == (!isPress && !isRelease), "anything else is a report");
+    if (watcher.reports > 0)
+        expect(watcher.level == 3 &&
+                   watcher.text == "INVALID SRV-BUTTON MESSAGE: " + std::string(message.c_str()),
+               "a report has the message");
+    expect(unobserved.reports == 1 && unobserved.text == "NO SRV-BUTTON OBSERVER", "without an observer");
     return 0;
 }
