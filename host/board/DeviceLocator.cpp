@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Error.h"
+#include "Suggestion.h"
 
 namespace fs = std::filesystem;
 
@@ -55,17 +56,19 @@ std::string DeviceLocator::locateMonitor(const std::string& device, const std::s
         throw Error(device + ": names no monitor's file (expected hwmon:NAME/FILE)");
 
     std::vector<fs::path> matches;
-    std::vector<std::string> present;
+    std::vector<std::string> present, names;
     for (const fs::path& entry : entriesOf(fs::path(m_sysfs) / "class/hwmon")) {
         std::string itsName;
         std::getline(std::ifstream(entry / "name"), itsName);
         present.push_back("'" + itsName + "' at " + entry.filename().string());
+        names.push_back(itsName);
         if (itsName == name)
             matches.push_back(entry);
     }
     if (matches.size() != 1)
         throw Error(device + ": " + (matches.empty() ? "no" : "more than one") + " monitor is named '" +
-                    name + "' (expected one; there are: " + join(present) + ")");
+                    name + "' (expected one; there are: " + join(present) + ")" +
+                    (matches.empty() ? didYouMean(name, names) : ""));
     return (matches.front() / file).string();
 }
 
@@ -76,10 +79,13 @@ std::string DeviceLocator::locateLed(const std::string& device, const std::strin
     std::error_code ignored;
     if (fs::is_directory(leds / name, ignored))
         return (leds / name / "brightness").string();
-    std::vector<std::string> present;
-    for (const fs::path& entry : entriesOf(leds))
-        present.push_back("'" + entry.filename().string() + "'");
-    throw Error(device + ": there is no LED '" + name + "' (there are: " + join(present) + ")");
+    std::vector<std::string> present, names;
+    for (const fs::path& entry : entriesOf(leds)) {
+        names.push_back(entry.filename().string());
+        present.push_back("'" + names.back() + "'");
+    }
+    throw Error(device + ": there is no LED '" + name + "' (there are: " + join(present) + ")" +
+                didYouMean(name, names));
 }
 
 } // namespace board

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <sstream>
 
+#include "Suggestion.h"
+
 namespace board {
 
 namespace {
@@ -36,7 +38,9 @@ ProfileReader::ProfileReader(const ProfileSource& source, const toml::table& tab
         std::string expected;
         for (const char* const name : known)
             expected += (expected.empty() ? "" : ", ") + std::string(name);
-        failAt(key.source(), placeOf(std::string(key.str())), "unknown key (expected " + expected + ")");
+        failAt(key.source(), placeOf(std::string(key.str())),
+               "unknown key (expected " + expected + ")" +
+                   didYouMean(std::string(key.str()), {known.begin(), known.end()}));
     }
 }
 
@@ -131,12 +135,14 @@ std::int32_t ProfileReader::wordOrNumber(const char* key, Words words) const {
         return signedNumber(key);
     const std::string value = text(key);
     std::string expected;
+    std::vector<std::string> known;
     for (const auto& [word, number] : words) {
         if (value == word)
             return number;
         expected += std::string(word) + ", ";
+        known.emplace_back(word);
     }
-    fail(key, "'" + value + "' is unknown (expected " + expected + "or a number)");
+    fail(key, "'" + value + "' is unknown (expected " + expected + "or a number)" + didYouMean(value, known));
 }
 
 std::optional<ProfileReader> ProfileReader::table(const char* key, Keys known) const {

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "Error.h"
+#include "Suggestion.h"
 
 namespace board {
 
@@ -46,11 +47,17 @@ BD::TagId parseId(const std::string& word) {
         return static_cast<BD::TagId>(number);
     // Names belong to the framework, which goes from identifier to name only.
     const String name(word.c_str());
-    for (BD::TagId id = 1; id <= LAST_ID; ++id)
-        if (BD::TAG_ID_TO_STRING(id) == name)
+    std::vector<std::string> known;
+    for (BD::TagId id = 1; id <= LAST_ID; ++id) {
+        const String its = BD::TAG_ID_TO_STRING(id);
+        if (its == name)
             return id;
+        if (!its.startsWith("Tag")) // the names of the others are their numbers
+            known.emplace_back(its.c_str());
+    }
     throw Error(quoted(word) +
-                " names no tag (expected 1 to 65534, 0x1 to 0xfffe, or a name such as ProductID)");
+                " names no tag (expected 1 to 65534, 0x1 to 0xfffe, or a name such as ProductID)" +
+                didYouMean(word, known));
 }
 
 TString<char> bigEndian(unsigned value, unsigned width) {
@@ -117,7 +124,8 @@ TagType parseTagType(const std::string& word) {
     for (std::size_t i = 0; i < std::size(WORDS); ++i)
         if (word == WORDS[i])
             return static_cast<TagType>(i);
-    throw Error("type " + quoted(word) + " is unknown (expected " + TYPES + ")");
+    throw Error("type " + quoted(word) + " is unknown (expected " + TYPES + ")" +
+                didYouMean(word, {std::begin(WORDS), std::end(WORDS)}));
 }
 
 Assignment parseAssignment(const std::string& word) {

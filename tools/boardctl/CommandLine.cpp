@@ -1,10 +1,12 @@
 #include "CommandLine.h"
 
+#include <algorithm>
 #include <charconv>
 #include <iostream>
 
 #include "Error.h"
 #include "Output.h"
+#include "Suggestion.h"
 
 namespace {
 
@@ -18,6 +20,40 @@ int wrongCall(CLI::App& app, const std::string& what) {
     return WRONG_CALL;
 }
 
+/// The innermost command that was recognised.
+CLI::App& innermost(CLI::App& app) {
+    const std::vector<CLI::App*> recognised = app.get_subcommands();
+    return recognised.empty() ? app : innermost(*recognised.front());
+}
+
+std::string unknownCommand(CLI::App& app, const std::string& word) {
+    std::vector<std::string> known;
+    for (const CLI::App* const each : innermost(app).get_subcommands(nullptr))
+        known.push_back(each->get_name());
+    return "there is no command '" + word + "'" + board::didYouMean(word, known);
+}
+
+std::string unknownOption(CLI::App& app, const std::string& word) {
+    std::vector<std::string> known;
+    for (const CLI::App* each = &innermost(app); each; each = each->get_parent())
+        for (const CLI::Option* const option : each->get_options())
+            for (const std::string& name : option->get_lnames())
+                known.push_back("--" + name);
+    const std::string option = word.substr(0, word.find('='));
+    return "there is no option '" + option + "'" + board::didYouMean(option, known);
+}
+
+/// What a word that nobody takes is, rather than what its absence led to; else `error`.
+std::string explained(CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<std::string> words = app.remaining(true);
+    const auto option = std::find_if(words.begin(), words.end(),
+                                     [](const std::string& word) { return word.rfind("--", 0) == 0; });
+    if (option != words.end() && option->size() > 2)
+        return unknownOption(app, *option);
+    const bool lacksCommand = dynamic_cast<const CLI::RequiredError*>(&error) && !words.empty();
+    return lacksCommand ? unknownCommand(app, words.front()) : error.what();
+}
+
 } // namespace
 
 BoardProfile::BoardProfile(const Options& options)
@@ -25,25 +61,36 @@ BoardProfile::BoardProfile(const Options& options)
       m_profilePath(profilePathFor(options, m_scratch)), m_profile(board::Profile::load(m_profilePath)) {}
 
 std::vector<std::string> Board::devices(const std::string& kind, const std::string& name) const {
-    std::vector<std::string> names;
+    std::vector<std::string> names, ofKind;
     std::string known;
     for (const board::Device& device : m_host.devices()) {
         if (device.kind != kind)
             continue;
         known += (known.empty() ? "" : ", ") + device.name;
+        ofKind.push_back(device.name);
         if (name.empty() || name == device.name)
             names.push_back(device.name);
     }
     if (names.empty())
         throw board::Error(known.empty()
                                ? profilePath() + ": the board has no device of the kind '" + kind + "'"
-                               : "there is no " + kind + " '" + name + "' (there are: " + known + ")");
+                               : "there is no " + kind + " '" + name + "' (there are: " + known + ")" +
+                                     board::didYouMean(name, ofKind));
     return names;
 }
 
 CLI::Validator notEmpty() {
     return CLI::Validator(
         [](const std::string& word) { return word.empty() ? std::string("is empty") : std::string(); }, "");
+}
+
+CLI::Validator oneOf(const std::vector<std::string>& words) {
+    return CLI::Validator(
+        [words](std::string& word) {
+            const std::string complaint = CLI::IsMember(words)(word);
+            return complaint.empty() ? complaint : complaint + board::didYouMean(word, words);
+        },
+        "");
 }
 
 CLI::Validator seconds(double least, double most) {
@@ -94,7 +141,7 @@ int runCommandLine(int argc, char** argv) {
                options.svg = format == "svg";
            },
            "Output for people or for programs; `info` also gives metrics, `leds preview` a picture")
-        ->check(CLI::IsMember({"text", "json", "metrics", "svg"}))
+        ->check(oneOf({"text", "json", "metrics", "svg"}))
         ->option_text("text|json|metrics|svg");
     app.footer("Before or after the command: --board FILE names the board, --format the form of the output.");
     for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addLeds, addButton, addCpu,
@@ -117,11 +164,8 @@ int runCommandLine(int argc, char** argv) {
     } catch (const CLI::CallForVersion& version) {
         std::cout << version.what() << "\n";
         return flushOutput() ? DONE : FAILED;
-    } catch (const CLI::RequiredError& error) {
-        const std::vector<std::string> words = app.remaining(true);
-        return wrongCall(app, words.empty() ? error.what() : "there is no command '" + words.front() + "'");
     } catch (const CLI::ParseError& error) {
-        return wrongCall(app, error.what());
+        return wrongCall(app, explained(app, error));
     } catch (const WrongCall& error) {
         return wrongCall(app, error.what());
     } catch (const std::exception& error) { // board::Error, or the system out of something

@@ -65,6 +65,9 @@ private:
 /// For options that name something: an empty word, as an unset shell variable makes it, is a wrong call.
 CLI::Validator notEmpty();
 
+/// For one of a few words.
+CLI::Validator oneOf(const std::vector<std::string>& words);
+
 /// For spans of time: a number of seconds, up to a year without `most`.
 CLI::Validator seconds(double least = 0, double most = 366 * 86400);
 

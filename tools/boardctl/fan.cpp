@@ -24,7 +24,7 @@ void addFan(CLI::App& app, Options& options) {
     };
     const auto words = std::make_shared<Words>();
     command->add_option("SPEED", words->speed, "The speed to set")
-        ->check(CLI::IsMember({"full", "high", "low", "off"}))
+        ->check(oneOf({"full", "high", "low", "off"}))
         ->option_text("full|high|low|off");
     command->add_option("--name", words->name, "Which of several fans")->check(notEmpty())->type_name("NAME");
     command->callback([&options, words] {

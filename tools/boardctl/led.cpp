@@ -5,6 +5,7 @@
 #include "ILedControl.h"
 #include "Output.h"
 #include "StopSignals.h"
+#include "Suggestion.h"
 
 namespace {
 
@@ -107,7 +108,9 @@ int led(const Options& options, const Words& words) {
     }
     if (action.size() > 1)
         throw WrongCall("'" + action[0] + " " + action[1] +
-                        "...' (expected a state, bi on, bi off, or blink COUNT PERIOD_MS)");
+                        "...' (expected a state, bi on, bi off, or blink COUNT PERIOD_MS)" +
+                        (action[0] == "bi" ? board::didYouMean(action[1], {"on", "off"})
+                                           : board::didYouMean(action[0], {"bi", "blink"})));
     const std::optional<unsigned> state =
         action.empty() ? std::nullopt : std::optional(number(action[0], "STATE", OFF, SECOND_LIT));
     const Board board(options);

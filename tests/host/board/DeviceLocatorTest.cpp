@@ -42,6 +42,8 @@ TEST(DeviceLocator, ListsWhatIsThereWhereNoneOrTwoMatch) {
         sysfs.write(folder + "/name", "cpu\n");
     }
     EXPECT_EQ(complaintOf(sysfs, "led:status"), "led:status: there is no LED 'status' (there are: 'alarm')");
+    EXPECT_EQ(complaintOf(sysfs, "led:alram"),
+              "led:alram: there is no LED 'alram' (there are: 'alarm'); did you mean 'alarm'?");
     EXPECT_EQ(complaintOf(sysfs, "hwmon:fan/pwm1"),
               "hwmon:fan/pwm1: no monitor is named 'fan' (expected one; there are: 'cpu' at hwmon0, 'cpu' at "
               "hwmon1)");

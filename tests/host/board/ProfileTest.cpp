@@ -102,10 +102,12 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
         {fan + "maximum=2.5\n",
          "board.toml:4: fan[0].maximum: is of type floating-point (expected 0 to 4294967295)"},
         {fan, "board.toml:1: fan[0].maximum: missing (expected in this table)"},
-        {fan + "maxium=1\n",
-         "board.toml:4: fan[0].maxium: unknown key (expected name, device, description, maximum, enable)"},
+        {fan + "maxium=1\n", "board.toml:4: fan[0].maxium: unknown key (expected name, device, description, "
+                             "maximum, enable); did you mean 'maximum'?"},
         {"[[fna]]\n", "board.toml:1: fna: unknown key (expected fan, thermal, power, led, descriptor, voip, "
-                      "preferences, button, firmware, leds)"},
+                      "preferences, button, firmware, leds); did you mean 'fan'?"},
+        {"[leds]\naccess='flies'\n", "board.toml:2: leds.access: 'flies' is unknown (expected files, none, "
+                                     "or a number); did you mean 'files'?"},
         {"\n[fan]\nname='f'\n", "board.toml:2: fan: is of type table (expected tables, [[fan]])"},
         {"fan=[1]\n", "board.toml:1: fan[0]: is of type integer (expected a table)"},
         {"descriptor=1\n", "board.toml:1: descriptor: is of type integer (expected a table, [descriptor])"},

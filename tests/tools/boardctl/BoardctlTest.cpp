@@ -73,6 +73,35 @@ TEST(Boardctl, AnswersAWrongCallWithUsageOnStandardErrorAndStatus2) {
     }
 }
 
+TEST(Boardctl, NamesWhatAMistypedWordMayHaveMeant) {
+    struct Case {
+        std::vector<std::string> words;
+        const char* message;
+        int status;
+    };
+    const Case CASES[] = {
+        {{"fna"}, "there is no command 'fna'; did you mean 'fan'?\n", 2},
+        {{"fly"}, "there is no command 'fly'\n", 2},
+        {{"bd", "mac", "lst"}, "there is no command 'lst'; did you mean 'list'?\n", 2},
+        {{"--formt=json", "info"}, "there is no option '--formt'; did you mean '--format'?\n", 2},
+        {{"fan", "--nmae", "x"},
+         "there is no option '--nmae'; did you mean '--name'?\n",
+         2}, // not: no speed 'x'
+        {{"fan", "--bord", "x"}, "there is no option '--bord'; did you mean '--board'?\n", 2},
+        {{"fan", "hihg"}, "SPEED: hihg not in {full,high,low,off}; did you mean 'high'?\n", 2},
+        {{"led", "status", "bi", "of"}, "; did you mean 'off'?\n", 2},
+        {{"led", "status", "blnk", "1", "1"}, "; did you mean 'blink'?\n", 2},
+        {{"bd", "get", "Produktid"}, "or a name such as ProductID); did you mean 'ProductID'?\n", 2},
+        {{"bd", "add", "45=u23:1"}, "(expected u8, u16, u32, uint, text or hex); did you mean 'u32'?\n", 2},
+        {{"led", "stauts"}, "there is no led 'stauts' (there are: status); did you mean 'status'?\n", 1},
+    };
+    for (const Case& each : CASES) {
+        const Outcome outcome = boardctl(each.words);
+        EXPECT_EQ(outcome.status, each.status) << each.message;
+        EXPECT_NE(outcome.err.find(each.message), std::string::npos) << outcome.err;
+    }
+}
+
 TEST(Boardctl, TakesBoardAndFormatBeforeAndAfterTheCommand) {
     const TempDir dir;
     dir.write("fan.value", "200\n");
