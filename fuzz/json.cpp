@@ -61,7 +61,19 @@ std::string hexDigits(const std::string& data, const char* digits) {
     return text;
 }
 
-enum class Mistake { NONE, LENGTH, ODD, NO_DIGIT, ID_TOO_LARGE, ID_TEXT, NO_DATA, TWICE, FOREIGN_KEY, COUNT };
+enum class Mistake {
+    NONE,
+    LENGTH,
+    ODD,
+    NO_DIGIT,
+    ID_TOO_LARGE,
+    TERMINATOR_WITH_DATA,
+    ID_TEXT,
+    NO_DATA,
+    TWICE,
+    FOREIGN_KEY,
+    COUNT
+};
 
 /// An entry as a person might write it.
 std::string written(const Entry& entry, FuzzedDataProvider& data, Mistake mistake) {
@@ -70,6 +82,10 @@ std::string written(const Entry& entry, FuzzedDataProvider& data, Mistake mistak
     if (mistake == Mistake::ID_TEXT)
         id = '"' + id + '"';
     std::string digits = hexDigits(entry.data, data.ConsumeBool() ? "0123456789abcdef" : "0123456789ABCDEF");
+    if (mistake == Mistake::TERMINATOR_WITH_DATA) {
+        id = "0";
+        digits += "00";
+    }
     if (mistake == Mistake::ODD)
         digits += "0";
     if (mistake == Mistake::NO_DIGIT)
@@ -79,7 +95,7 @@ std::string written(const Entry& entry, FuzzedDataProvider& data, Mistake mistak
         members.push_back("\"data\": \"" + digits + '"');
     if (data.ConsumeBool() || mistake == Mistake::LENGTH)
         members.push_back("\"length\" :" +
-                          std::to_string(entry.data.size() + (mistake == Mistake::LENGTH ? 1 : 0)));
+                          std::to_string(digits.size() / 2 + (mistake == Mistake::LENGTH ? 1 : 0)));
     if (data.ConsumeBool())
         members.push_back("\"name\":\"\\u00e9\"");
     if (mistake == Mistake::TWICE)
