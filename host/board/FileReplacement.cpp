@@ -180,16 +180,19 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
             fail(path, "can't open for writing", errno);
         m_inPlace = manner == Manner::IN_PLACE || isDevice || isOfDeviceTree(m_descriptor);
         struct stat locked {};
-        const bool isLocked = ::flock(m_descriptor, LOCK_EX) == 0; // a signal may end the wait
+        const char* failed = nullptr;
+        if (::flock(m_descriptor, LOCK_EX) != 0) // a signal may end the wait
+            failed = "can't lock";
+        else if (::fstat(m_descriptor, &locked) != 0)
+            failed = "can't look at the file";
         const int error = errno;
         // Whoever held the lock before may have put a new file in the place of this one, or turned the link.
-        if (isLocked && ::fstat(m_descriptor, &locked) == 0 && ::stat(path.c_str(), &named) == 0 &&
-            isSameFile(locked, named))
+        if (!failed && ::stat(path.c_str(), &named) == 0 && isSameFile(locked, named))
             return;
         ::close(m_descriptor);
         m_descriptor = -1;
-        if (!isLocked)
-            fail(path, "can't lock", error);
+        if (failed)
+            fail(path, failed, error);
     }
 }
 
