@@ -71,7 +71,13 @@ std::string writeNew(const fs::path& start, const std::string& bytes) {
             break;
         done += written > 0 ? static_cast<std::size_t>(written) : 0;
     }
-    const bool isWhole = done == bytes.size() && ::fchmod(file, modeOfNewFile()) == 0 && ::fsync(file) == 0;
+    const auto sync = [file] {
+        int result = ::fsync(file);
+        while (result != 0 && errno == EINTR)
+            result = ::fsync(file);
+        return result == 0;
+    };
+    const bool isWhole = done == bytes.size() && ::fchmod(file, modeOfNewFile()) == 0 && sync();
     const int error = errno;
     ::close(file);
     if (!isWhole) {
