@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include <fcntl.h>
 #include <linux/magic.h>
@@ -82,7 +83,7 @@ mode_t modeOfNewFile() {
     return 0666 & ~mask;
 }
 
-/// A new file beside the target; removed again unless it was renamed into place.
+/// A new file beside the target; removed again unless it was renamed into place or discarded.
 class Beside {
 public:
     Beside(const std::string& path, const std::string& target)
@@ -91,7 +92,7 @@ public:
             fail(m_path, "can't make a new file beside it", errno);
     }
     ~Beside() {
-        if (!m_renamed)
+        if (!m_isGone)
             ::unlink(m_name.c_str());
     }
     Beside(const Beside&) = delete;
@@ -146,16 +147,19 @@ public:
             fail(m_path, "can't open its folder", errno);
         if (::rename(m_name.c_str(), target.c_str()) != 0)
             fail(m_path, "can't rename the new file into place", errno);
-        m_renamed = true;
+        m_isGone = true;
         if (retried([&] { return ::fsync(folder.get()); }) != 0)
             fail(m_path, "was replaced, but its folder can't be synced", errno);
     }
+
+    /// What the message of a failure shall add.
+    std::string discard() { return std::exchange(m_isGone, true) ? "" : board::discard(m_name); }
 
 private:
     const std::string m_path;
     std::string m_name;
     const Descriptor m_file;
-    bool m_renamed = false;
+    bool m_isGone = false; ///< no longer beside the target
 };
 
 } // namespace
@@ -234,17 +238,21 @@ void FileReplacement::commit(const std::string& bytes) {
 
 void FileReplacement::rewriteBeside(const std::string& bytes) const {
     Beside beside(m_path, m_target);
-    beside.write(bytes);
-    beside.expect(bytes);
-    if (m_descriptor < 0) {
-        beside.setMode(modeOfNewFile());
-    } else {
-        struct stat old {};
-        if (::fstat(m_descriptor, &old) != 0)
-            fail(m_path, "can't look at the file", errno);
-        beside.giveTo(old.st_uid, old.st_gid, old.st_mode & 07777);
+    try {
+        beside.write(bytes);
+        beside.expect(bytes);
+        if (m_descriptor < 0) {
+            beside.setMode(modeOfNewFile());
+        } else {
+            struct stat old {};
+            if (::fstat(m_descriptor, &old) != 0)
+                fail(m_path, "can't look at the file", errno);
+            beside.giveTo(old.st_uid, old.st_gid, old.st_mode & 07777);
+        }
+        beside.takePlaceOf(m_target);
+    } catch (const Error& error) {
+        throw Error(error.what() + beside.discard());
     }
-    beside.takePlaceOf(m_target);
 }
 
 void FileReplacement::writeInPlace(const std::string& bytes) const {
@@ -260,6 +268,10 @@ void FileReplacement::writeInPlace(const std::string& bytes) const {
     if (retried([&] { return ::fsync(m_descriptor); }) != 0 && errno != EINVAL)
         fail(m_path, "can't sync", errno);
     static_cast<void>(::posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_DONTNEED));
+}
+
+std::string discard(const std::string& file) {
+    return ::unlink(file.c_str()) == 0 ? "" : "; " + file + " can't be removed: " + std::strerror(errno);
 }
 
 void replaceFile(const std::string& path, const std::string& bytes) {

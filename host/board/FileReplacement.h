@@ -36,7 +36,7 @@ public:
     /// Makes `bytes` the content. Throws Error with the reason; a file then is as it was,
     /// unless the reason says that it was replaced; a device may hold part of the bytes. A new file is read
     /// back and compared before it takes the old one's place; what a device holds afterwards is for the
-    /// caller to compare.
+    /// caller to compare. The reason also names a new file that could not be removed again.
     void commit(const std::string& bytes);
 
 private:
@@ -48,6 +48,10 @@ private:
     int m_descriptor = -1;    ///< the lock; -1 where the file does not exist yet
     bool m_inPlace = false;
 };
+
+/// Removes a file that did not come to be what it should. Returns what a message shall say of it: nothing, or
+/// that it is still there.
+std::string discard(const std::string& file);
 
 /// One replacement from lock to commit.
 void replaceFile(const std::string& path, const std::string& bytes);

@@ -12,6 +12,7 @@
 #include <fcntl.h>
 
 #include "Error.h"
+#include "FileReplacement.h"
 
 namespace fs = std::filesystem;
 
@@ -19,8 +20,8 @@ namespace board {
 
 namespace {
 
-[[noreturn]] void fail(const fs::path& path, const char* what, int error) {
-    throw Error(path.string() + ": " + what + ": " + std::strerror(error));
+[[noreturn]] void fail(const fs::path& path, const char* what, int error, const std::string& more = "") {
+    throw Error(path.string() + ": " + what + ": " + std::strerror(error) + more);
 }
 
 fs::path stateFolder() {
@@ -80,10 +81,8 @@ std::string writeNew(const fs::path& start, const std::string& bytes) {
     const bool isWhole = done == bytes.size() && ::fchmod(file, modeOfNewFile()) == 0 && sync();
     const int error = errno;
     ::close(file);
-    if (!isWhole) {
-        ::unlink(name.c_str());
-        fail(start, "can't write the backup", error);
-    }
+    if (!isWhole)
+        fail(start, "can't write the backup", error, discard(name));
     return name;
 }
 
@@ -116,8 +115,7 @@ std::string keepImage(const std::string& bytes, const std::string& image, const 
     const std::string written = writeNew(target, bytes);
     if (::rename(written.c_str(), target.c_str()) != 0) {
         const int error = errno;
-        ::unlink(written.c_str());
-        fail(file, "can't rename the backup into place", error);
+        fail(file, "can't rename the backup into place", error, discard(written));
     }
     return file;
 }
