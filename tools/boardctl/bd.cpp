@@ -69,7 +69,10 @@ int build(const Options& options, const std::string& source, const std::string& 
     board::replaceFile(target, std::string(image.data(), image.length()));
     if (options.json)
         printJson({{"image", target}, {"tags", descriptor.getTags().size()}, {"size", image.length()}});
-    return DONE;
+    if (flushOutput())
+        return DONE;
+    complain(target + ": was written all the same");
+    return FAILED;
 }
 
 } // namespace

@@ -164,7 +164,12 @@ int edit(const Options& options, const BdWords& words,
     if (!options.json && !isShown)
         printChanges(std::cout, outcome.changes);
     printOutcome(options, words, path, outcome);
-    return DONE;
+    if (flushOutput())
+        return DONE;
+    if (outcome.isWritten) // what could not be said there
+        complain(path + ": was written all the same" +
+                 (outcome.backup.empty() ? "" : "; the old image is in " + outcome.backup));
+    return FAILED;
 }
 
 } // namespace
