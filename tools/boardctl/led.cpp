@@ -36,19 +36,56 @@ void expectDone(const XCode& status, const std::string& name, const char* what) 
         throw board::Error("LED '" + name + "': " + what);
 }
 
+/// What the LED shows, which is to be given back.
+board::LedReading formerState(const Board& board, const std::string& name) {
+    board::LedReading former = board::readLed(board.host(), name);
+    if (!former.fault.empty())
+        throw board::Error("LED '" + name + "': " + former.fault);
+    return former;
+}
+
+/// Sees to it that the LED shows its former state again, whatever the driver remembers: off where it failed
+/// to read the LED.
+board::LedReading giveBack(const Board& board, const board::LedReading& former) {
+    board::LedReading shown = board::readLed(board.host(), former.name);
+    if (!shown.fault.empty() || shown.state != former.state)
+        shown = board::setLed(board.host(), former.name, former.state);
+    return shown;
+}
+
+/// Why the LED does not show what was just written, which is `lit` or not; empty where it does.
+std::string faultAfter(const XCode& written, const Board& board, const std::string& name, bool lit) {
+    if (!written.isSuccess())
+        return "the state can't be written";
+    const board::LedReading shown = board::readLed(board.host(), name);
+    if (!shown.fault.empty() || (shown.state != OFF) == lit)
+        return shown.fault;
+    return "the device holds " + std::to_string(shown.state) + " after another state was written";
+}
+
 /// Holds the overlay until a signal or the end of the time, and gives the former state back.
 int holdOverlay(const Options& options, const Words& words) {
     const Board board(options);
     const auto led = findLed(board, words.name);
+    const board::LedReading former = formerState(board, words.name);
     expectDone(led->setLedBiStatus(1), words.name, "can't show a second lit state");
+    const board::LedReading shown = board::readLed(board.host(), words.name);
+    if (!shown.fault.empty() || shown.state != SECOND_LIT) {
+        static_cast<void>(led->setLedBiStatus(OFF));
+        static_cast<void>(giveBack(board, former)); // what counts is that the overlay is not shown
+        throw board::Error("LED '" + words.name + "': " +
+                           (shown.fault.empty()
+                                ? "the device holds " + std::to_string(shown.state) + " after 2 was written"
+                                : shown.fault));
+    }
     complain("LED '" + words.name + "' shows 2 until " + (words.seconds ? "the time is over" : "SIGINT"));
     std::optional<StopSignals::Clock::time_point> end;
     if (words.seconds)
         end = StopSignals::Clock::now() + std::chrono::duration_cast<StopSignals::Clock::duration>(
                                               std::chrono::duration<double>(*words.seconds));
     StopSignals::waitUntil(end);
-    expectDone(led->setLedBiStatus(0), words.name, "the former state can't be given back");
-    return show(std::vector{board::readLed(board.host(), words.name)}, options.json);
+    static_cast<void>(led->setLedBiStatus(OFF)); // what counts is what the LED shows then
+    return show(std::vector{giveBack(board, former)}, options.json);
 }
 
 /// An overlay of another process is nothing this one knows of; what can be seen is a LED that shows 2.
@@ -65,21 +102,23 @@ int endOverlay(const Options& options, const Words& words) {
 int blink(const Options& options, const Words& words, unsigned count, unsigned periodMs) {
     const Board board(options);
     const auto led = findLed(board, words.name);
+    const board::LedReading former = formerState(board, words.name);
     expectDone(led->enableLedToggle(), words.name, "can't be toggled");
     const auto half = std::chrono::microseconds(periodMs) * 500; // half of a thousand
     bool stopped = false;
-    bool written = true;
-    for (unsigned i = 0; i < count && !stopped && written; ++i)
+    std::string fault;
+    for (unsigned i = 0; i < count && !stopped; ++i)
         for (const unsigned state : {LIT, OFF}) {
-            written = led->setLedToggleStatus(state).isSuccess();
-            stopped = !written || StopSignals::waitFor(half);
+            fault = faultAfter(led->setLedToggleStatus(state), board, words.name, state != OFF);
+            stopped = !fault.empty() || StopSignals::waitFor(half);
             if (stopped)
                 break;
         }
     expectDone(led->disableLedToggle(), words.name, "the former state can't be given back");
-    if (!written)
-        throw board::Error("LED '" + words.name + "': the state can't be written");
-    return show(std::vector{board::readLed(board.host(), words.name)}, options.json);
+    const board::LedReading shown = giveBack(board, former);
+    if (!fault.empty())
+        throw board::Error("LED '" + words.name + "': " + fault);
+    return show(std::vector{shown}, options.json);
 }
 
 unsigned number(const std::string& word, const char* what, unsigned minimum, unsigned maximum) {
