@@ -101,10 +101,20 @@ Host::~Host() {
         driver->close();
 }
 
-std::string Host::faultOf(const std::string& name) const {
+const Device* Host::find(const std::string& name) const {
     const auto found = std::find_if(m_devices.begin(), m_devices.end(),
                                     [&](const Device& device) { return device.name == name; });
-    return found != m_devices.end() ? found->fault : std::string();
+    return found != m_devices.end() ? &*found : nullptr;
+}
+
+std::string Host::faultOf(const std::string& name) const {
+    const Device* const device = find(name);
+    return device ? device->fault : std::string();
+}
+
+std::string Host::pathOf(const std::string& name) const {
+    const Device* const device = find(name);
+    return device ? device->path : std::string();
 }
 
 template <class Driver>

@@ -47,6 +47,9 @@ public:
     /// Why the device behind driver `name` can't be used; empty where it can or is unknown.
     std::string faultOf(const std::string& name) const;
 
+    /// The device file of driver `name`; empty where it was not found or is unknown.
+    std::string pathOf(const std::string& name) const;
+
     /// The board descriptor, empty until its `readBD`; null where the profile names none.
     CBoardDescr* descriptor() const { return m_descriptor.get(); }
 
@@ -62,6 +65,7 @@ private:
     void addCapacity(const VoipProfile& profile);
     void loadPreferences(const NamedPath& file);
     void enroll(Device device, IDriver& driver);
+    const Device* find(const std::string& name) const;
 
     std::vector<Device> m_devices;
     std::vector<String> m_registered;

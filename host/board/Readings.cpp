@@ -1,5 +1,11 @@
 #include "Readings.h"
 
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "DRIVER.h"
 #include "Error.h"
 #include "Host.h"
@@ -43,12 +49,40 @@ std::string unless(const XCode& status, const char* complaint) {
     return status.isSuccess() ? std::string() : complaint;
 }
 
-std::string read(IFanControl& fan, FanReading& reading) {
-    return unless(fan.getActualFanSpeed(reading.speed), "the speed can't be read");
+/// Why the device gives nothing; empty where it does, or has nothing just now.
+std::string faultOfDevice(const std::string& path) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    char byte;
+    const bool isReadable = file >= 0 && (::read(file, &byte, 1) >= 0 || errno == EAGAIN);
+    const int error = errno;
+    if (file >= 0)
+        ::close(file);
+    return isReadable ? std::string() : path + ": can't read: " + std::strerror(error);
 }
 
-std::string read(ILedControl& led, LedReading& reading) {
-    return unless(led.getLedStatus(reading.state), "the state can't be read");
+/// Reads a value by `read`. To the drivers a device that fails is one that holds 0; so a value that `isZero`
+/// stands only once the device itself could be read.
+template <class Read, class IsZero>
+std::string readSurely(const Host& host, const std::string& name, Read read, IsZero isZero) {
+    std::string fault = read();
+    if (!fault.empty() || !isZero())
+        return fault;
+    fault = faultOfDevice(host.pathOf(name));
+    return fault.empty() ? read() : fault;
+}
+
+std::string read(const Host& host, IFanControl& fan, FanReading& reading) {
+    return readSurely(
+        host, reading.name,
+        [&] { return unless(fan.getActualFanSpeed(reading.speed), "the speed can't be read"); },
+        [&] { return reading.speed == IFanControl::FAN_SPEED_OFF; });
+}
+
+std::string read(const Host& host, ILedControl& led, LedReading& reading) {
+    return readSurely(
+        host, reading.name,
+        [&] { return unless(led.getLedStatus(reading.state), "the state can't be read"); },
+        [&] { return reading.state == 0; });
 }
 
 std::string holds(const std::string& held, const std::string& written) {
@@ -70,32 +104,40 @@ IFanControl::FanSpeed speedOf(const std::string& word) {
 
 FanReading readFan(const Host& host, const std::string& name) {
     return ask<IFanControl, FanReading>(
-        host, name, [](IFanControl& fan, FanReading& reading) { return read(fan, reading); });
+        host, name, [&host](IFanControl& fan, FanReading& reading) { return read(host, fan, reading); });
 }
 
 TemperatureReading readTemperature(const Host& host, const std::string& name) {
     return ask<IThermalSensor, TemperatureReading>(
-        host, name, [](IThermalSensor& sensor, TemperatureReading& reading) {
+        host, name, [&host](IThermalSensor& sensor, TemperatureReading& reading) {
             static_cast<void>(sensor.getMaxTemperature(reading.maximum)); // always succeeds
-            return unless(sensor.getTemperature(reading.celsius), "the temperature can't be read");
+            return readSurely(
+                host, reading.name,
+                [&] {
+                    return unless(sensor.getTemperature(reading.celsius), "the temperature can't be read");
+                },
+                [&] { return reading.celsius == 0.0F; });
         });
 }
 
 PowerReading readPower(const Host& host, const std::string& name) {
-    return ask<IPowerStatus, PowerReading>(host, name, [](IPowerStatus& power, PowerReading& reading) {
-        return unless(power.getPowerStatus(reading.status), "the status can't be read");
+    return ask<IPowerStatus, PowerReading>(host, name, [&host](IPowerStatus& power, PowerReading& reading) {
+        return readSurely(
+            host, reading.name,
+            [&] { return unless(power.getPowerStatus(reading.status), "the status can't be read"); },
+            [&] { return reading.status == 0; });
     });
 }
 
 LedReading readLed(const Host& host, const std::string& name) {
     return ask<ILedControl, LedReading>(
-        host, name, [](ILedControl& led, LedReading& reading) { return read(led, reading); });
+        host, name, [&host](ILedControl& led, LedReading& reading) { return read(host, led, reading); });
 }
 
 FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpeed speed) {
-    return ask<IFanControl, FanReading>(host, name, [speed](IFanControl& fan, FanReading& reading) {
+    return ask<IFanControl, FanReading>(host, name, [&host, speed](IFanControl& fan, FanReading& reading) {
         const std::string refused = unless(fan.setFanSpeed(speed), "the speed can't be written");
-        const std::string fault = read(fan, reading);
+        const std::string fault = read(host, fan, reading);
         if (!refused.empty() || !fault.empty())
             return refused.empty() ? fault : refused;
         return reading.speed == speed ? std::string() : holds(speedName(reading.speed), speedName(speed));
@@ -103,9 +145,9 @@ FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpe
 }
 
 LedReading setLed(const Host& host, const std::string& name, unsigned state) {
-    return ask<ILedControl, LedReading>(host, name, [state](ILedControl& led, LedReading& reading) {
+    return ask<ILedControl, LedReading>(host, name, [&host, state](ILedControl& led, LedReading& reading) {
         const std::string refused = unless(led.setLedStatus(state), "the state can't be written");
-        const std::string fault = read(led, reading);
+        const std::string fault = read(host, led, reading);
         if (!refused.empty() || !fault.empty())
             return refused.empty() ? fault : refused;
         return reading.state == state ? std::string()
