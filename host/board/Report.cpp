@@ -1,6 +1,8 @@
 #include "Report.h"
 
+#include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "DRIVER.h"
 #include "Host.h"
@@ -21,6 +23,28 @@ DriverReport reportOf(const Host& host, const String& name) {
         info->getInfo(report.rows, EVERYTHING, 0, EVERYTHING, 0, String::EMPTY());
     }
     return report;
+}
+
+/// Keeps a reading, and its fault also with its driver where that has none yet.
+template <class AReading>
+void add(Report& report, std::vector<AReading>& readings, AReading reading) {
+    for (DriverReport& driver : report.drivers)
+        if (driver.name == reading.name && driver.fault.empty())
+            driver.fault = reading.fault;
+    readings.push_back(std::move(reading));
+}
+
+/// A LED's own rows say "off" where it failed to read the device; where the reading knows better it is asked
+/// again.
+void refreshRows(const Host& host, Report& report, const LedReading& led) {
+    const auto isOff = [](const InfoContainer::Row& row) {
+        return row.key == "Status" && row.value == "off";
+    };
+    for (DriverReport& driver : report.drivers) {
+        const auto& rows = driver.rows.getRows();
+        if (driver.name == led.name && led.state != 0 && std::any_of(rows.begin(), rows.end(), isOff))
+            driver.rows = reportOf(host, led.name.c_str()).rows;
+    }
 }
 
 } // namespace
@@ -63,13 +87,15 @@ Report makeReport(const Host& host) {
     }
     for (const Device& device : host.devices()) {
         if (device.kind == "fan")
-            report.fans.push_back(readFan(host, device.name));
+            add(report, report.fans, readFan(host, device.name));
         else if (device.kind == "thermal")
-            report.temperatures.push_back(readTemperature(host, device.name));
+            add(report, report.temperatures, readTemperature(host, device.name));
         else if (device.kind == "power")
-            report.powers.push_back(readPower(host, device.name));
-        else if (device.kind == "led")
-            report.leds.push_back(readLed(host, device.name));
+            add(report, report.powers, readPower(host, device.name));
+        else if (device.kind == "led") {
+            add(report, report.leds, readLed(host, device.name));
+            refreshRows(host, report, report.leds.back());
+        }
     }
     if (host.capacity() && capacityFault.empty()) {
         const unsigned channels = host.capacity()->getDspChannelCount();
