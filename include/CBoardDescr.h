@@ -97,11 +97,12 @@ public:
 
     /// Replaces the list by the tags of `image`. A terminator becomes a last tag with identifier 0 and no
     /// data. Fails with "CORRUPTED BOARD DESCRIPTOR: ..." and the position; the tags before it are held.
+    /// Where std::bad_alloc is thrown the list is as it was, or holds the tags that came before.
     XCode importBD(const TString<char>& image, String& error);
 
-    /// Appends the list's image to `image`; adds no terminator. Always succeeds. A tag of more than 65531
-    /// bytes (65530 where the length is odd) does not fit its length field; what is written then can't be
-    /// read back.
+    /// Appends the list's image to `image`; adds no terminator. Always succeeds; where std::bad_alloc is
+    /// thrown `image` may hold part of it. A tag of more than 65531 bytes (65530 where the length is odd)
+    /// does not fit its length field; what is written then can't be read back.
     XCode exportBD(TString<char>& image, String& error);
 
 private:

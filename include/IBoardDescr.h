@@ -12,6 +12,10 @@
 /// identifier, in list order. Operations fail with code -1 and put a text into `error`; a tag that is not
 /// there gives "ERR TAG '<id>:=<name>' NOT FOUND". Edits stay in memory until `writeBD`.
 ///
+/// Where memory runs out for data, a tag is left empty and the operation succeeds; where it runs out for
+/// anything else, std::bad_alloc is thrown and nothing is lost: the list is as it was, but for a load, and
+/// for a MAC address that was to be added, whose empty tag may stand there.
+///
 /// No operation takes a lock. Callers on several threads take the one from `getLock()` around their calls.
 /// The order of the virtual operations is part of the binary face.
 class BOARD_API IBoardDescr : public IUnknown {
@@ -41,8 +45,9 @@ public:
     virtual XCode setTagUInt32(BD::TagId id, unsigned index, unsigned long value, String& error) = 0;
     virtual XCode setTagString(BD::TagId id, unsigned index, const String& value, String& error) = 0;
 
-    /// Appends a tag with a copy of `data`. Always succeeds. Behind a terminator (identifier 0) it would be
-    /// stored, but not read back.
+    /// Appends a tag with a copy of `data`. Always succeeds; throws std::bad_alloc, and appends nothing,
+    /// where there is no memory for a tag. Behind a terminator (identifier 0) it would be stored, but not
+    /// read back.
     virtual XCode addTag(BD::TagId id, const TString<char>& data) = 0;
     /// The same at position `index` of the whole list; at or past the count it appends.
     virtual XCode insertTag(unsigned index, BD::TagId id, const TString<char>& data) = 0;
@@ -53,7 +58,8 @@ public:
     virtual XCode removeTag(BD::TagId id, unsigned index, String& error) = 0;
 
     /// Replaces the list by what the device holds. Where the device can't be read the list stays; where the
-    /// image is corrupt the tags before the fault are held.
+    /// image is corrupt the tags before the fault are held. Where std::bad_alloc is thrown the list is as it
+    /// was, or holds the tags that came before.
     virtual XCode readBD(String& error) = 0;
     /// Stores the list on the device, as it stands: a list without a terminator at its end leaves what stood
     /// behind it on the device to be read as tags.

@@ -143,6 +143,26 @@ TEST(DescriptorMemory, AChangedTagHoldsTheNewDataOrNone) {
                        });
 }
 
+TEST(DescriptorMemory, AMacAddressIsSetOrItsTagIsEmptyOrAsItWas) {
+    String error;
+    withEverLessMemory(
+        [&](CBoardDescr& board) { static_cast<void>(board.addMacAddress("02:00:00:00:00:07", 0)); },
+        [&](CBoardDescr& board, bool) {
+            EXPECT_TRUE(isOneOf(tagsOf(board),
+                                {BEFORE, beforeAnd(3, "1/0:"), beforeAnd(3, "1/8:02 00 00 00 00 07 00 00")}));
+        });
+    withEverLessMemory(
+        [&](CBoardDescr& board) {
+            static_cast<void>(board.insertTag(0, 1, fromHex("FF FF FF FF FF FF FF FF")));
+            static_cast<void>(board.setMacAddress(0, "02:00:00:00:00:07", 0, error));
+        },
+        [&](CBoardDescr& board, bool) {
+            EXPECT_TRUE(isOneOf(tagsOf(board),
+                                {BEFORE, beforeAnd(0, "1/0:"), beforeAnd(0, "1/8:FF FF FF FF FF FF FF FF"),
+                                 beforeAnd(0, "1/8:02 00 00 00 00 07 00 00")}));
+        });
+}
+
 TEST(DescriptorMemory, ALoadThatRunsOutHoldsTheOldTagsOrTheFirstOfTheNew) {
     const support::TempDir dir;
     const auto image = fromHex("00 0A 00 06 01 02 00 0B 00 06 03 04 00 0C 00 06 05 06 00 00");
