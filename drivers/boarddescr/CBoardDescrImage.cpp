@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <utility>
+#include <new>
 #include <vector>
 
 #include <fcntl.h>
@@ -74,9 +74,14 @@ XCode CBoardDescr::importBD(const TString<char>& image, String& error) {
             error = String::format(OVERFLOWS, id, dataLength, cursor.size(), start + HEADER_BYTES);
             return XCode(XCode::FAILURE);
         }
-        BD::Tag& tag = *m_tags.emplace(m_tags.end(), static_cast<BD::TagId>(id));
-        tag.data.concat(data, dataLength);
-        tag.length = dataLength;
+        const TagList::Iterator tag = m_tags.emplace(m_tags.end(), static_cast<BD::TagId>(id));
+        try {
+            tag->data.concat(data, dataLength);
+        } catch (const std::bad_alloc&) {
+            m_tags.remove(tag); // an empty one would pass for what the device holds
+            throw;
+        }
+        tag->length = dataLength;
     }
     return XCode();
 }

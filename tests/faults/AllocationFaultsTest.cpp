@@ -61,12 +61,16 @@ using Tags = std::vector<std::string>;
 using support::fromHex;
 using support::tagsOf;
 
-const Tags BEFORE = {"45/4:12 34 AB CD", "9/1:01", "5/3:61 62 63"};
+/// More than a buffer holds without memory of its own.
+const std::string LONG = "00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F 10 11";
+const std::string LONG_DATA = "/18:" + LONG;
+
+const Tags BEFORE = {"45/4:12 34 AB CD", "9/1:01", "5" + LONG_DATA};
 
 void fill(CBoardDescr& board) {
     EXPECT_TRUE(board.addTag(45, fromHex("12 34 AB CD")).isSuccess());
     EXPECT_TRUE(board.addTag(9, fromHex("01")).isSuccess());
-    EXPECT_TRUE(board.addTag(5, fromHex("61 62 63")).isSuccess());
+    EXPECT_TRUE(board.addTag(5, fromHex(LONG)).isSuccess());
 }
 
 /// Runs `step` on a list of `BEFORE` with ever more memory until it has enough. Where memory ends, `check` is
@@ -100,7 +104,7 @@ void withEverLessMemory(const std::function<void(CBoardDescr&)>& step,
     EXPECT_GT(failures, 1U) << "no memory was asked for";
 }
 
-Tags beforeAnd(std::size_t position, const char* tag) {
+Tags beforeAnd(std::size_t position, const std::string& tag) {
     Tags tags = BEFORE;
     tags.insert(tags.begin() + static_cast<std::ptrdiff_t>(position), tag);
     return tags;
@@ -113,13 +117,13 @@ bool isOneOf(const Tags& found, const std::vector<Tags>& expected) {
 } // namespace
 
 TEST(DescriptorMemory, ANewTagIsInTheListOrTheListAsItWas) {
-    const auto data = fromHex("0A 0B");
+    const auto data = fromHex(LONG);
     withEverLessMemory([&](CBoardDescr& board) { static_cast<void>(board.addTag(10, data)); },
                        [](CBoardDescr& board, bool isThrown) {
                            const Tags found = tagsOf(board);
                            EXPECT_TRUE(isThrown
                                            ? found == BEFORE
-                                           : isOneOf(found, {beforeAnd(3, "10/2:0A 0B"),
+                                           : isOneOf(found, {beforeAnd(3, "10" + LONG_DATA),
                                                              beforeAnd(3, "10/0:")})); // data alone failed
                        });
     withEverLessMemory(
@@ -127,19 +131,19 @@ TEST(DescriptorMemory, ANewTagIsInTheListOrTheListAsItWas) {
         [](CBoardDescr& board, bool isThrown) {
             const Tags found = tagsOf(board);
             EXPECT_TRUE(isThrown ? found == BEFORE
-                                 : isOneOf(found, {beforeAnd(1, "10/2:0A 0B"), beforeAnd(1, "10/0:")}));
+                                 : isOneOf(found, {beforeAnd(1, "10" + LONG_DATA), beforeAnd(1, "10/0:")}));
         });
 }
 
 TEST(DescriptorMemory, AChangedTagHoldsTheNewDataOrNone) {
     String error;
-    const auto data = fromHex("0A 0B");
+    const auto data = fromHex(LONG);
     withEverLessMemory([&](CBoardDescr& board) { static_cast<void>(board.setTag(9, 0, data, error)); },
                        [](CBoardDescr& board, bool isThrown) {
                            EXPECT_FALSE(isThrown);
                            const Tags found = tagsOf(board);
-                           EXPECT_TRUE(isOneOf(
-                               found, {{BEFORE[0], "9/2:0A 0B", BEFORE[2]}, {BEFORE[0], "9/0:", BEFORE[2]}}));
+                           EXPECT_TRUE(isOneOf(found, {{BEFORE[0], "9" + LONG_DATA, BEFORE[2]},
+                                                       {BEFORE[0], "9/0:", BEFORE[2]}}));
                        });
 }
 
@@ -165,10 +169,10 @@ TEST(DescriptorMemory, AMacAddressIsSetOrItsTagIsEmptyOrAsItWas) {
 
 TEST(DescriptorMemory, ALoadThatRunsOutHoldsTheOldTagsOrTheFirstOfTheNew) {
     const support::TempDir dir;
-    const auto image = fromHex("00 0A 00 06 01 02 00 0B 00 06 03 04 00 0C 00 06 05 06 00 00");
+    const auto image = fromHex("00 0A 00 06 01 02 00 0B 00 16 " + LONG + " 00 0C 00 16 " + LONG + " 00 00");
     dir.write("eeprom", std::string(image.data(), image.length()));
     const std::string path = dir.path("eeprom");
-    const Tags after = {"10/2:01 02", "11/2:03 04", "12/2:05 06", "0/0:"};
+    const Tags after = {"10/2:01 02", "11" + LONG_DATA, "12" + LONG_DATA, "0/0:"};
     String error;
     const auto check = [&](CBoardDescr& board, bool isThrown) {
         const Tags found = tagsOf(board);
