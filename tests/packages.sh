@@ -40,7 +40,9 @@ for file in "$library" "$root/usr/bin/boardctl"; do
     for mark in GNU_RELRO BIND_NOW __stack_chk_fail _chk@; do # the last: a function that checks its buffers
         grep -q -- "$mark" <<<"$headers" || fail "$(basename "$file") is not hardened: no $mark"
     done
+    grep -Eq 'GNU_STACK .* RW +0x' <<<"$headers" || fail "$(basename "$file") is not hardened: its stack can be executed"
 done
+readelf --file-header "$root/usr/bin/boardctl" | grep -q 'Type: *DYN' || fail "boardctl stands at a fixed address"
 
 # Flash is short on a board. Text, data and bss together.
 bytes=$(size "$library" | awk 'NR == 2 { print $4 }')
