@@ -13,8 +13,7 @@ class PrivateTmp : public testing::Environment {
 public:
     void SetUp() override {
         // Root can; others would need a new user namespace, which a program with threads can't enter.
-        if (::unshare(CLONE_NEWNS) == 0 &&
-            ::mount("none", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0 &&
+        if (::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0 &&
             ::mount("tmp", "/tmp", "tmpfs", 0, nullptr) != 0)
             GTEST_LOG_(INFO) << "/tmp is shared with other programs";
     }
