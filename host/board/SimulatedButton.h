@@ -2,17 +2,15 @@
 
 #include <string>
 
+#include "ButtonPipe.h"
+
 namespace board {
 
-/// The button of a simulated board, a named pipe, from the side of the finger. Holds the pipe open for both,
-/// so that a message stays in it until it is read.
+/// The button of a simulated board, a named pipe, from the side of the finger.
 class SimulatedButton {
 public:
     /// `pipe` is the button's device in the profile. Throws Error where it is no pipe or can't be opened.
-    explicit SimulatedButton(const std::string& pipe);
-    ~SimulatedButton();
-    SimulatedButton(const SimulatedButton&) = delete;
-    SimulatedButton& operator=(const SimulatedButton&) = delete;
+    explicit SimulatedButton(const std::string& pipe) : m_pipe(pipe, "simulated button") {}
 
     /// One message each, which has been read when the call returns, so that none is lost or merged with the
     /// next; one finger at a time: who presses waits until others have released. Throws Error where nobody
@@ -21,12 +19,9 @@ public:
     void release() const;
 
 private:
-    void lock(short type) const;
-    void send(const std::string& message) const;
     void awaitReader() const;
 
-    const std::string m_path;
-    int m_pipe;
+    const ButtonPipe m_pipe;
 };
 
 } // namespace board

@@ -2,6 +2,7 @@
 #include <iostream>
 #include <optional>
 
+#include "ButtonBridge.h"
 #include "ButtonService.h"
 #include "CommandLine.h"
 #include "CpuMeter.h"
@@ -41,6 +42,28 @@ int watchButton(const Options& options, std::optional<double> seconds) {
         }
     });
     return hasFailed || (lines.isLost() && !StopSignals::isAsked()) ? FAILED : DONE;
+}
+
+int bridgeButton(const Options& options, const std::string& device, std::optional<unsigned> code) {
+    constexpr auto NEXT_LOOK = std::chrono::milliseconds(2);
+    if (options.board.empty())
+        throw WrongCall("--board must say which board's button it is");
+    const BoardProfile board(options);
+    if (!board.profile().button)
+        throw board::Error(board.profilePath() + ": the board has no button (expected a table [button])");
+    board::InputKey key(device, code);
+    std::optional<board::ButtonBridge> bridge;
+    board::use(*board.profile().button, [&](const std::string& pipe) { bridge.emplace(key, pipe); });
+    if (options.json)
+        printJson({{"event", "ready"}, {"device", device}, {"code", key.code()}}, -1);
+    else
+        std::cout << "key " << key.code() << " of " << printable(device) << " presses the button\n";
+    if (!flushOutput())
+        return FAILED;
+    for (bool isOver = false; !isOver;)
+        isOver = bridge->carry() ? StopSignals::waitFor(NEXT_LOOK)
+                                 : StopSignals::waitUntil(std::nullopt, key.descriptor());
+    return DONE;
 }
 
 int cpu(const Options& options, double period, unsigned count) {
@@ -100,6 +123,24 @@ void addButton(CLI::App& app, Options& options) {
     watch->add_option("--for", *end, "End after this long")->check(seconds())->option_text("SECONDS");
     watch->callback(
         [&options, end] { options.command = [&options, end] { return watchButton(options, *end); }; });
+
+    auto* const bridge = button->add_subcommand(
+        "bridge", "Make a key of an input device press the button of the board, until SIGINT or SIGTERM");
+    struct Words {
+        std::string device;
+        std::optional<unsigned> code;
+    };
+    const auto words = std::make_shared<Words>();
+    bridge->add_option("EVENT_DEVICE", words->device, "The input device, such as /dev/input/event0")
+        ->check(notEmpty())
+        ->required()
+        ->type_name("");
+    bridge->add_option("--code", words->code, "The key's code; without this the device's only key")
+        ->transform(decimal(0, 767))
+        ->option_text("N");
+    bridge->callback([&options, words] {
+        options.command = [&options, words] { return bridgeButton(options, words->device, words->code); };
+    });
 }
 
 void addCpu(CLI::App& app, Options& options) {
