@@ -9,8 +9,8 @@
 namespace board {
 
 /// Carries presses of an input device's key into a button's pipe, as the messages that the button's monitor
-/// takes. None is lost or merged however late they are read: what the pipe has no room for waits in the kernel,
-/// and where there are too many for that, the last level still arrives.
+/// takes. None is lost or merged however late they are read: what the pipe has no room for waits in the
+/// kernel, and where there are too many for that, the last level still arrives.
 class ButtonBridge {
 public:
     /// `pipe` is the button's device in the profile; it is made where it is not there, for this user alone.

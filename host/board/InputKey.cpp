@@ -66,10 +66,7 @@ unsigned codeOf(const std::string& device, int file, std::optional<unsigned> wan
 } // namespace
 
 KeyEvents::KeyEvents(std::string name, int descriptor, unsigned code, std::function<bool()> isDownNow)
-    : m_name(std::move(name)),
-      m_descriptor(descriptor),
-      m_code(code),
-      m_isDownNow(std::move(isDownNow)),
+    : m_name(std::move(name)), m_descriptor(descriptor), m_code(code), m_isDownNow(std::move(isDownNow)),
       m_isDown(m_isDownNow()) {}
 
 std::vector<bool> KeyEvents::read() {
@@ -113,8 +110,7 @@ InputKey::File::~File() {
 }
 
 InputKey::InputKey(const std::string& device, std::optional<unsigned> code)
-    : m_file(device),
-      m_code(codeOf(device, m_file.number, code)),
+    : m_file(device), m_code(codeOf(device, m_file.number, code)),
       m_events(device, m_file.number, m_code, [this] { return KeySet::downOf(m_file.number).has(m_code); }) {}
 
 } // namespace board

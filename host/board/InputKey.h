@@ -30,8 +30,8 @@ private:
 /// One key of an input device, as a push-button behind the kernel's driver for keys on lines is.
 class InputKey {
 public:
-    /// Opens `device`, such as /dev/input/event0. Without `code` it must have one key only. Throws Error where
-    /// it is no input device, can't be opened, or has not got the key; then with the codes that it has.
+    /// Opens `device`, such as /dev/input/event0. Without `code` it must have one key only. Throws Error
+    /// where it is no input device, can't be opened, or has not got the key; then with the codes that it has.
     InputKey(const std::string& device, std::optional<unsigned> code);
 
     /// The key's code, as in the kernel's list of input event codes.

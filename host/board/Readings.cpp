@@ -13,12 +13,27 @@
 #include "ILedControl.h"
 #include "IPowerStatus.h"
 #include "IThermalSensor.h"
+#include "NamedPath.h"
 
 namespace board {
 
 namespace {
 
 constexpr const char* SPEED_NAMES[] = {"full", "high", "low", "off"};
+
+/// Why the device's file can't be opened now, as while its kernel driver is away; empty where it can.
+std::string reasonOf(const Host& host, const std::string& name) {
+    for (const Device& device : host.devices()) {
+        if (device.name != name || device.path.empty())
+            continue;
+        try {
+            expectReadable(device.path);
+        } catch (const Error& error) {
+            return std::string(": ") + error.what();
+        }
+    }
+    return "";
+}
 
 /// Asks driver `name` for `Interface`, and `use` for its value with the driver's lock held; `use` returns
 /// what it complains of.
@@ -42,6 +57,8 @@ AReading ask(const Host& host, const std::string& name, Use use) {
     const std::string known = host.faultOf(name);
     if (!reading.fault.empty() && !known.empty())
         reading.fault = known;
+    else if (!reading.fault.empty())
+        reading.fault += reasonOf(host, name);
     return reading;
 }
 

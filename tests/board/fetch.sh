@@ -1,0 +1,73 @@
+#!/usr/bin/env bash
+# fetch.sh FOLDER: Debian's kernel for 32-bit ARM and a static shell, unpacked into FOLDER/system; nothing is
+# installed, and the machine's package state is not touched. What is there is not fetched again.
+set -euo pipefail
+PATH=$PATH:/usr/sbin:/sbin
+
+(($# == 1)) || {
+    echo "usage: tests/board/fetch.sh FOLDER" >&2
+    exit 2
+}
+mkdir -p "$1"
+folder=$(cd -- "$1" && pwd)
+[[ ! -e $folder/system ]] || exit 0
+apt=$folder/apt
+log=$folder/fetch.log
+: >"$log"
+
+fail() {
+    tail -5 "$log" >&2
+    echo "board: $* (all of it is in $log)" >&2
+    exit 1
+}
+
+apt_armhf() {
+    LC_ALL=C apt-get -q -o APT::Architecture=armhf -o APT::Architectures::=armhf -o Dir::State="$apt/state" \
+        -o Dir::State::Lists="$apt/lists" -o Dir::State::status="$apt/status" -o Dir::Cache="$apt/cache" \
+        -o Dir::Etc::SourceList="$apt/sources.list" -o Dir::Etc::SourceParts=/dev/null \
+        -o Dir::Etc::Preferences=/dev/null -o Dir::Etc::PreferencesParts=/dev/null \
+        -o Acquire::Languages=none -o Acquire::Retries=3 -o APT::Sandbox::User=root "$@" </dev/null >>"$log" 2>&1
+}
+
+# Where this machine gets its packages from, as lines "MIRROR SUITE", the running release first. apt itself is
+# asked, as sources are written in several forms.
+sources() {
+    local release
+    release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
+    LC_ALL=C apt-get update --print-uris -o Dir::State::Lists="$apt/none" 2>>"$log" |
+        sed -n "s|^'\(.*\)/dists/\([^/]*\)/InRelease'.*|\1 \2|p" | grep -vE -- '-(updates|security|backports)$' |
+        awk -v release="$release" '!seen[$0]++ { if ($2 == release) print; else others = others $0 "\n" }
+            END { printf "%s", others }'
+}
+
+# One release alone: of two, the kernel would be that of the newer one, whatever this machine runs.
+find_source() {
+    local keys=/usr/share/keyrings/debian-archive-keyring.gpg mirror suite
+    while read -r mirror suite; do
+        echo "deb $([[ ! -e $keys ]] || echo "[signed-by=$keys]") $mirror $suite main" >"$apt/sources.list"
+        if apt_armhf update --error-on=any && apt_armhf download --print-uris linux-image-armmp; then
+            return
+        fi
+    done < <(sources)
+    fail "none of the mirrors in this machine's apt sources can be reached and has Debian's packages for armhf"
+}
+
+# The file of a package in the current folder, the newest one where an interrupted run has left others.
+deb() { find . -name "$1_*.deb" -printf '%T@ %p\n' | sort -n | tail -n 1 | cut -d ' ' -f 2; }
+
+mkdir -p "$apt"/{state,lists,none,cache/archives}/partial "$folder/packages"
+: >"$apt/status"
+find_source
+cd -- "$folder/packages"
+apt_armhf download linux-image-armmp busybox-static || fail "could not download"
+# The first package only names the one that has the newest kernel.
+image=$(dpkg-deb -f "$(deb linux-image-armmp)" Depends | grep -o 'linux-image-[0-9][^ ,]*-armmp')
+apt_armhf download "$image" || fail "could not download $image"
+
+rm -rf "$folder/system.part"
+dpkg-deb -x "$(deb "$image")" "$folder/system.part"
+dpkg-deb -x "$(deb busybox-static)" "$folder/system.part"
+depmod -b "$folder/system.part" "${image#linux-image-}"
+# What is called `system` is whole.
+mv "$folder/system.part" "$folder/system"
+rm -rf "$folder/packages" "$apt"

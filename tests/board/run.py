@@ -1,0 +1,213 @@
+#!/usr/bin/env python3
+"""Boots the emulated board of a folder that pack.sh has filled, and says how the tests on it ended.
+
+usage: run.py FOLDER [--without DEVICE]... [--devices-only] [--limit SECONDS]
+
+Three boots with one EEPROM, a file of this machine, so that what one has written the next can read. A test asks
+for what lies outside the board by a line on the console, which is answered there:
+
+    @SET OBJECT PROPERTY VALUE    sets a property of the emulated machine, VALUE as JSON
+    @GET OBJECT PROPERTY          answers with its value as JSON
+    @EEPROM                       answers with the bytes of the EEPROM's file, in hexadecimal
+"""
+
+import argparse
+import json
+import pathlib
+import re
+import selectors
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+
+BOOTS = 3
+EEPROM_SIZE = 512
+BUS = "bus=aspeed.i2c.bus.1"
+CHIPS = {
+    "eeprom": f"at24c-eeprom,{BUS},address=0x50,rom-size={EEPROM_SIZE},drive=eeprom",
+    "tmp105": f"tmp105,id=sensor,{BUS},address=0x48",
+    "pca9552": f"pca9552,id=leds,{BUS},address=0x60",
+}
+NODES = ["leds", "button", "fan"]  # of the device tree; their lines are the processor's own
+
+
+class Failure(Exception):
+    pass
+
+
+class Machine:
+    """One boot, from power on to power off."""
+
+    def __init__(self, folder, boot, without, words_for_init):
+        self._eeprom = folder / "eeprom.bin"
+        self._log = open(folder / f"console-{boot}.log", "wb")
+        self._sockets = tempfile.TemporaryDirectory()
+        listener = socket.socket(socket.AF_UNIX)
+        path = self._sockets.name + "/monitor"
+        listener.bind(path)
+        listener.listen()
+        kernel = next((folder / "system/boot").glob("vmlinuz-*"))
+        words = ["qemu-system-arm", "-M", "ast2600-evb", "-display", "none", "-monitor", "none", "-nic", "none",
+                 "-no-reboot", "-serial", "stdio", "-qmp", f"unix:{path}", "-kernel", kernel,
+                 "-dtb", folder / "machine.dtb", "-initrd", folder / "initrd.gz",
+                 "-append", f"console=ttyS4,115200n8 quiet panic=-1 boot={boot} {words_for_init}"]
+        if "eeprom" not in without:
+            words += ["-drive", f"if=none,id=eeprom,format=raw,file={self._eeprom}"]
+        for name, chip in CHIPS.items():
+            if name not in without:
+                words += ["-device", chip]
+        self._process = subprocess.Popen(words, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                         stderr=open(folder / f"machine-{boot}.log", "wb"))
+        listener.settimeout(30)
+        try:
+            self._monitor = listener.accept()[0].makefile("rw")
+        except TimeoutError:
+            self.close()
+            raise Failure(f"the machine does not start; see {folder}/machine-{boot}.log") from None
+        json.loads(self._monitor.readline())
+        self._command("qmp_capabilities")
+
+    def close(self):
+        self._process.kill()
+        self._process.wait()
+        self._log.close()
+        self._sockets.cleanup()
+
+    def lines(self, limit):
+        """The console's lines until the machine is off; requests are answered on the way. Throws Failure at `limit`."""
+        end = time.monotonic() + limit
+        rest = b""
+        with selectors.DefaultSelector() as ready:
+            ready.register(self._process.stdout, selectors.EVENT_READ)
+            while True:
+                if not ready.select(end - time.monotonic()):
+                    raise Failure(f"no end within {limit} s")
+                got = self._process.stdout.read1(65536)
+                if not got:
+                    return
+                self._log.write(got)
+                self._log.flush()
+                *whole, rest = (rest + got).split(b"\n")
+                for line in whole:
+                    line = line.decode(errors="replace").rstrip("\r")
+                    self._serve(line)
+                    yield line
+
+    def _serve(self, line):
+        request = re.search(r"@(SET|GET|EEPROM)\b *(.*)", line)
+        if not request:
+            return
+        words = request[2].split(" ", 2)
+        try:
+            if request[1] == "EEPROM":
+                answer = self._eeprom.read_bytes().hex()
+            elif request[1] == "GET":
+                answer = json.dumps(self._command("qom-get", path=words[0], property=words[1]))
+            else:
+                self._command("qom-set", path=words[0], property=words[1], value=json.loads(words[2]))
+                answer = "done"
+        except Failure as failure:
+            answer = f"FAILED: {failure}"
+        self._process.stdin.write(answer.encode() + b"\n")
+        self._process.stdin.flush()
+
+    def _command(self, name, **arguments):
+        self._monitor.write(json.dumps({"execute": name, "arguments": arguments}) + "\n")
+        self._monitor.flush()
+        while True:
+            answer = json.loads(self._monitor.readline())
+            if "return" in answer:
+                return answer["return"]
+            if "error" in answer:
+                raise Failure(answer["error"]["desc"])
+
+
+class Results:
+    """What the tests say, read from the console's lines."""
+
+    def __init__(self):
+        self.passed = 0
+        self.skipped = 0
+        self.failed = []
+        self._running = None  # a program, and how many tests had passed before it
+        self._output = []
+        self._has_ended = False
+
+    def take(self, line):
+        word, _, rest = line.partition(" ")
+        test = re.match(r"\[ +(RUN|OK|FAILED|SKIPPED) +\] (\S+?)(,.*)?( \(\d+ ms\))?$", line)
+        if word == "@RUN":
+            self._running = (rest, self.passed)
+        elif word == "@RAN":
+            program, status = rest.split()
+            if status != "0" and not self.failed:
+                self.failed.append(f"{program} (status {status})")
+            elif self.passed == self._running[1] and not self.failed:
+                self.failed.append(f"{program} (none of its tests has run)")
+            self._running = None
+        elif word == "@END":
+            self._has_ended = True
+        elif test and test[1] == "RUN":
+            self._output = []
+        elif test and test[4]:
+            self.passed += test[1] == "OK"
+            self.skipped += test[1] == "SKIPPED"
+            if test[1] == "FAILED":
+                self.failed.append(test[2])
+                print("\n".join(self._output + [line]), file=sys.stderr)
+        self._output = self._output[-200:] + [line]
+
+    def end_boot(self):
+        """Throws Failure where the boot did not come to its end."""
+        if not self._has_ended:
+            where = f" in {self._running[0]}" if self._running else ""
+            raise Failure(f"the board went off{where}")
+        self._has_ended = False
+
+    def tail(self):
+        return "\n".join(self._output[-40:])
+
+
+def make_machine(folder, without):
+    """The device tree of this run, and an erased EEPROM."""
+    (folder / "machine.dtb").write_bytes((folder / "board.dtb").read_bytes())
+    for node in NODES:
+        if node in without:
+            subprocess.run(["fdtput", "-r", folder / "machine.dtb", "/" + node], check=True)
+    (folder / "eeprom.bin").write_bytes(b"\xff" * EEPROM_SIZE)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("folder", type=pathlib.Path)
+    parser.add_argument("--without", action="append", default=[], choices=[*CHIPS, *NODES])
+    parser.add_argument("--devices-only", action="store_true", help="leave out the tests that need no device")
+    parser.add_argument("--limit", type=float, default=300, help="seconds for one boot")
+    options = parser.parse_args()
+    make_machine(options.folder, options.without)
+    results = Results()
+    start = time.monotonic()
+    for boot in range(1, BOOTS + 1):
+        machine = Machine(options.folder, boot, options.without, "devices-only" if options.devices_only else "")
+        try:
+            for line in machine.lines(options.limit):
+                results.take(line)
+            results.end_boot()
+        except Failure as failure:
+            print(f"{results.tail()}\nboard: boot {boot}: {failure}; console: {options.folder}/console-{boot}.log",
+                  file=sys.stderr)
+            return 1
+        finally:
+            machine.close()
+    without = f" without {', '.join(options.without)}" if options.without else ""
+    print(f"board: {results.passed} tests passed, {len(results.failed)} failed, {results.skipped} skipped{without}; "
+          f"{BOOTS} boots in {time.monotonic() - start:.0f} s")
+    if results.failed:
+        print("failed:", *results.failed, file=sys.stderr, sep="\n  ")
+    return 1 if results.failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
