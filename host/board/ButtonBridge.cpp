@@ -19,7 +19,7 @@ const std::string& made(const std::string& pipe) {
 
 } // namespace
 
-ButtonBridge::ButtonBridge(InputKey& key, const std::string& pipe)
+ButtonBridge::ButtonBridge(KeyEvents& key, const std::string& pipe)
     : m_key(key), m_pipe(made(pipe), "button's pipe") {
     if (!m_pipe.tryLock())
         throw Error(pipe + ": another program writes this button's messages");
@@ -27,7 +27,7 @@ ButtonBridge::ButtonBridge(InputKey& key, const std::string& pipe)
 
 bool ButtonBridge::carry() {
     if (m_waiting.empty())
-        for (const bool isDown : m_key.changes())
+        for (const bool isDown : m_key.read())
             m_waiting.push_back(isDown);
     while (!m_waiting.empty() && m_pipe.isEmpty()) {
         if (m_waiting.front())

@@ -15,7 +15,7 @@ class ButtonBridge {
 public:
     /// `pipe` is the button's device in the profile; it is made where it is not there, for this user alone.
     /// Throws Error where it is no pipe, can't be opened, or another program writes this button's messages.
-    ButtonBridge(InputKey& key, const std::string& pipe);
+    ButtonBridge(KeyEvents& key, const std::string& pipe);
 
     /// Moves what can be moved without waiting. True where messages are left that wait for the last one to be
     /// read; else nothing is to do before the key's descriptor can be read. Throws Error where the key or the
@@ -23,7 +23,7 @@ public:
     bool carry();
 
 private:
-    InputKey& m_key;
+    KeyEvents& m_key;
     const ButtonPipe m_pipe;
     std::deque<bool> m_waiting;
 };

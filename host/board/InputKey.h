@@ -36,11 +36,10 @@ public:
 
     /// The key's code, as in the kernel's list of input event codes.
     unsigned code() const { return m_code; }
-    /// Can be read where `changes` has something, and where the device is gone.
+    /// Can be read where there are events, and where the device is gone.
     int descriptor() const { return m_file.number; }
-
-    /// As KeyEvents::read; does not wait.
-    std::vector<bool> changes() { return m_events.read(); }
+    /// Reading them does not wait. They live as long as this object.
+    KeyEvents& events() { return m_events; }
 
 private:
     struct File {

@@ -1,7 +1,9 @@
 #include "Readings.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -164,7 +166,14 @@ FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpe
 LedReading setLed(const Host& host, const std::string& name, unsigned state) {
     return ask<ILedControl, LedReading>(host, name, [&host, state](ILedControl& led, LedReading& reading) {
         const std::string refused = unless(led.setLedStatus(state), "the state can't be written");
-        const std::string fault = read(host, led, reading);
+        std::string fault = read(host, led, reading);
+        // The kernel writes a LED that is behind a bus after it has answered; until then it reads as before.
+        using Clock = std::chrono::steady_clock;
+        const auto end = Clock::now() + std::chrono::milliseconds(200);
+        while (refused.empty() && fault.empty() && reading.state != state && Clock::now() < end) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            fault = read(host, led, reading);
+        }
         if (!refused.empty() || !fault.empty())
             return refused.empty() ? fault : refused;
         return reading.state == state ? std::string()

@@ -161,9 +161,10 @@ TEST_F(Thermal, FailsWhileItsDriverIsAwayAndComesBack) {
 
 TEST_F(Led, ShowsEachStateAndGivesItBackAfterBothOverlays) {
     const auto led = driver<ILedControl>("alarm");
+    // The kernel writes a chip behind a bus after it has answered, and reads the chip.
     const auto shows = [&](unsigned expected) {
         unsigned state = 9;
-        EXPECT_TRUE(led->getLedStatus(state).isSuccess());
+        EXPECT_TRUE(until([&] { return !led->getLedStatus(state).isSuccess() || state == expected; }));
         EXPECT_EQ(read(brightness), std::to_string(expected));
         EXPECT_EQ(get(LED_CHIP, "led0") == "\"off\"", expected == 0) << get(LED_CHIP, "led0");
         return state == expected;
@@ -208,11 +209,11 @@ TEST_F(Led, HasNoSecondLitStateWhereItsMaximumIsOne) {
 TEST_F(Led, WrittenToZeroLosesItsTrigger) {
     const std::string trigger = brightness.substr(0, brightness.rfind('/')) + "/trigger";
     EXPECT_EQ(write(trigger, "default-on"), "10");
-    EXPECT_EQ(read(brightness), "255");
+    EXPECT_TRUE(until([&] { return read(brightness) == "255"; }));
     EXPECT_TRUE(driver<ILedControl>("alarm")->setLedStatus(0).isSuccess());
     EXPECT_EQ(read(trigger).rfind("[none]", 0), 0U) << read(trigger);
     // As with a maximum of one, what is above it is no error.
     EXPECT_EQ(write(brightness, "256"), "3");
-    EXPECT_EQ(read(brightness), "255");
+    EXPECT_TRUE(until([&] { return read(brightness) == "255"; }));
     EXPECT_EQ(write(brightness, "0"), "1");
 }

@@ -61,7 +61,7 @@ protected:
     void move(bool down) {
         set(LINES, BUTTON_LINE, down ? "true" : "false");
         ASSERT_TRUE(until([&] {
-            const auto changes = key.changes();
+            const auto changes = key.events().read();
             return !changes.empty() && changes.back() == down;
         }));
     }

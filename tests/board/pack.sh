@@ -42,7 +42,11 @@ for library in ld-linux-armhf.so.3 libc.so.6 libm.so.6 libstdc++.so.6 libgcc_s.s
 done
 strip=arm-linux-gnueabihf-strip
 for library in "$build"/lib/lib*.so*; do
-    [[ -h $library ]] && cp -P "$library" "$root/lib/" || "$strip" -o "$root/lib/$(basename "$library")" "$library"
+    if [[ -h $library ]]; then
+        cp -P "$library" "$root/lib/"
+    else
+        "$strip" -o "$root/lib/$(basename "$library")" "$library"
+    fi
 done
 for program in "$build"/bin/*_tests; do
     "$strip" -o "$root/tests/$(basename "$program")" "$program"

@@ -53,7 +53,7 @@ int bridgeButton(const Options& options, const std::string& device, std::optiona
         throw board::Error(board.profilePath() + ": the board has no button (expected a table [button])");
     board::InputKey key(device, code);
     std::optional<board::ButtonBridge> bridge;
-    board::use(*board.profile().button, [&](const std::string& pipe) { bridge.emplace(key, pipe); });
+    board::use(*board.profile().button, [&](const std::string& pipe) { bridge.emplace(key.events(), pipe); });
     if (options.json)
         printJson({{"event", "ready"}, {"device", device}, {"code", key.code()}}, -1);
     else

@@ -189,6 +189,18 @@ TEST_F(HostedBoard, RefusesAButtonThatWouldSpinAndLedsThatAreNotThere) {
     EXPECT_TRUE(has(watch.err, "/dev/null is at its end")) << watch.err;
 }
 
+TEST_F(HostedBoard, BridgesAButtonFromAnInputDeviceOnly) {
+    EXPECT_EQ(boardctl({"button", "bridge", "/dev/null"}).status, 2) << "which board?";
+    for (const auto& [device, reason] :
+         {std::pair<std::string, std::string>{"/dev/null", "is no input device"},
+          {profile(), "is no input device"},
+          {m_dir.path("gone"), "can't open: No such file or directory"}}) {
+        const Outcome outcome = call({"button", "bridge", device});
+        EXPECT_EQ(outcome.status, 1) << device;
+        EXPECT_TRUE(has(outcome.err, device + ": " + reason)) << outcome.err;
+    }
+}
+
 TEST(LedsSend, SaysWhyALineCanNotBeSentAndNeverWaits) {
     ::unlink(PIPE);
     for (const std::vector<std::string>& words : {std::vector<std::string>{"a"},
