@@ -76,7 +76,7 @@ public:
 
     /// Writes `image` to the start of the device file in one call; what lies behind it stays. An image that
     /// is not smaller than the device is refused, and the device is not touched. A short write is not
-    /// noticed.
+    /// noticed; an EEPROM that is smaller than `deviceSize` takes what fits.
     virtual XCode writeRawBD(const TString<char>& image, String& error);
 
     /// The tag in the list, or null with a text in `error`. Valid until the tag is removed or the list

@@ -26,7 +26,8 @@ public:
     virtual XCode getDescription(String& description) = 0;
 
     /// The speed in force, read from the device. `speed` is FAN_SPEED_OFF on failure: not valid, or the
-    /// device file can't be opened. A device that holds no number counts as 0.
+    /// device file can't be opened. A device that holds no number, or that can be opened but not read,
+    /// counts as 0.
     virtual XCode getActualFanSpeed(FanSpeed& speed) = 0;
 
     /// The speed last asked for, FAN_SPEED_OFF at first. `speed` is written always; fails when not valid.
@@ -34,6 +35,7 @@ public:
 
     /// Sets the speed; a value that is none of the four writes the maximum. The request is remembered also
     /// when it fails: not valid, or the device file can't be opened. Whether the device took the value is not
-    /// looked at; `getActualFanSpeed` tells.
+    /// looked at; `getActualFanSpeed` tells. A pwm of the kernel refuses all values until its enable file
+    /// holds 1, and values above 255.
     virtual XCode setFanSpeed(FanSpeed speed) = 0;
 };

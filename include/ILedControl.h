@@ -22,10 +22,14 @@ public:
     /// What the kernel driver calls the LED; "" before the driver is connected. Always succeeds.
     virtual XCode getDescription(String& description) = 0;
 
-    /// The state that the device shows; `status` is 0 on failure. A device that holds no number counts as 0.
+    /// The state that the device shows; `status` is 0 on failure. A device that holds no number, or that can
+    /// be opened but not read, counts as 0. The kernel writes a LED that is behind a bus after it has taken
+    /// the state, so that the former one may be read for some milliseconds.
     virtual XCode getLedStatus(unsigned int& status) const = 0;
 
-    /// Sets the state, or remembers it while an overlay is on (and then succeeds).
+    /// Sets the state, or remembers it while an overlay is on (and then succeeds). Of a state above its
+    /// maximum, a LED of the kernel shows the maximum: one with a maximum of 1 has no second lit state, and
+    /// one of 255 is next to dark in both.
     virtual XCode setLedStatus(unsigned int status) = 0;
 
     /// Switches the bi-status overlay on (any value but 0) or off. On: remembers what the LED shows and

@@ -18,7 +18,8 @@ public:
     virtual XCode getDescription(String& description) = 0;
 
     /// The temperature now, in degrees Celsius, read from the device in thousandths. `temperature` is 0 on
-    /// failure: not valid, or the device file can't be opened. A device that holds no number counts as 0.
+    /// failure: not valid, or the device file can't be opened. A device that holds no number, or that can be
+    /// opened but not read, counts as 0.
     virtual XCode getTemperature(float& temperature) = 0;
 
     /// The highest temperature as the kernel driver states it, in the unit that it uses; 0 before the driver

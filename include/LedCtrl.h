@@ -17,7 +17,8 @@
 ///
 /// Both tables and the texts in them are the caller's and must outlive the object. Everything is logged under
 /// "DB_FRAMEWORK", errors at level 3, traces at level 7; no failure ends the service: without a pipe it still
-/// shows its defaults, without a LED file the other LEDs.
+/// shows its defaults, without a LED file the other LEDs. A file is opened once: a LED whose driver went away
+/// and came back stays as it is until the service is made anew.
 ///
 /// Made, shut down and released by one thread, the owner's; all else happens on the thread "led" that the
 /// constructor starts. The order of virtual operations and of members is part of the binary face.
@@ -56,7 +57,8 @@ public:
     /// A row of the file table. Of rows with the same mask the last one holds.
     struct FileNameMap {
         std::int32_t ledMask; ///< the LED; of several bits, any of them lights it
-        const char* fileName; ///< a file that takes "1" and "0"; not null
+        const char* fileName; ///< a file that takes "1" and "0"; not null. "1" is full light where that is
+                              ///< the LED's maximum, and next to dark where the maximum is 255
     };
 
     struct FileDesc {
