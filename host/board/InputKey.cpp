@@ -19,7 +19,9 @@ namespace {
 /// A bit for each code of a key.
 class KeySet {
 public:
-    bool has(unsigned code) const { return code <= KEY_MAX && (m_bits[code / 8] >> (code % 8) & 1) != 0; }
+    bool has(unsigned code) const {
+        return code <= KEY_MAX && (m_bits[code / BITS] >> (code % BITS) & 1) != 0;
+    }
 
     /// The keys that the device has.
     static KeySet of(const std::string& device, int file) {
@@ -46,7 +48,9 @@ public:
     }
 
 private:
-    std::array<unsigned char, KEY_MAX / 8 + 1> m_bits{};
+    static constexpr unsigned BITS = 8 * sizeof(unsigned long); // the kernel's words
+
+    std::array<unsigned long, KEY_MAX / BITS + 1> m_bits{};
 };
 
 unsigned codeOf(const std::string& device, int file, std::optional<unsigned> wanted) {

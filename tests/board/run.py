@@ -16,6 +16,7 @@ import json
 import pathlib
 import re
 import selectors
+import signal
 import socket
 import subprocess
 import sys
@@ -82,8 +83,9 @@ class Machine:
         with selectors.DefaultSelector() as ready:
             ready.register(self._process.stdout, selectors.EVENT_READ)
             while True:
-                if not ready.select(end - time.monotonic()):
-                    raise Failure(f"no end within {limit} s")
+                left = end - time.monotonic()
+                if left <= 0 or not ready.select(left):
+                    raise Failure(f"no end within {limit:g} s")
                 got = self._process.stdout.read1(65536)
                 if not got:
                     return
@@ -131,7 +133,7 @@ class Results:
         self.passed = 0
         self.skipped = 0
         self.failed = []
-        self._running = None  # a program, and how many tests had passed before it
+        self._running = None  # a program, and how many tests had passed and failed before it
         self._output = []
         self._has_ended = False
 
@@ -139,12 +141,13 @@ class Results:
         word, _, rest = line.partition(" ")
         test = re.match(r"\[ +(RUN|OK|FAILED|SKIPPED) +\] (\S+?)(,.*)?( \(\d+ ms\))?$", line)
         if word == "@RUN":
-            self._running = (rest, self.passed)
+            self._running = (rest, self.passed, len(self.failed))
         elif word == "@RAN":
             program, status = rest.split()
-            if status != "0" and not self.failed:
+            _, passed, failed = self._running
+            if len(self.failed) == failed and status != "0":
                 self.failed.append(f"{program} (status {status})")
-            elif self.passed == self._running[1] and not self.failed:
+            elif len(self.failed) == failed and self.passed == passed:
                 self.failed.append(f"{program} (none of its tests has run)")
             self._running = None
         elif word == "@END":
@@ -186,12 +189,14 @@ def main():
     parser.add_argument("--devices-only", action="store_true", help="leave out the tests that need no device")
     parser.add_argument("--limit", type=float, default=300, help="seconds for one boot")
     options = parser.parse_args()
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # not without ending the machine
     make_machine(options.folder, options.without)
     results = Results()
     start = time.monotonic()
     for boot in range(1, BOOTS + 1):
-        machine = Machine(options.folder, boot, options.without, "devices-only" if options.devices_only else "")
+        machine = None
         try:
+            machine = Machine(options.folder, boot, options.without, "devices-only" if options.devices_only else "")
             for line in machine.lines(options.limit):
                 results.take(line)
             results.end_boot()
@@ -200,7 +205,8 @@ def main():
                   file=sys.stderr)
             return 1
         finally:
-            machine.close()
+            if machine:
+                machine.close()
     without = f" without {', '.join(options.without)}" if options.without else ""
     print(f"board: {results.passed} tests passed, {len(results.failed)} failed, {results.skipped} skipped{without}; "
           f"{BOOTS} boots in {time.monotonic() - start:.0f} s")
