@@ -90,14 +90,17 @@ std::vector<bool> KeyEvents::read() {
         if (std::exchange(m_isDown, isDown) != isDown)
             levels.push_back(isDown);
     };
+    // The answer is newer than all that was read, and took what waited of the key with it.
+    bool isAsked = false;
     for (std::size_t i = 0; i < count; ++i) {
         const input_event& event = events[i];
         if (event.type == EV_SYN && event.code == SYN_DROPPED)
             m_isLost = true;
         else if (m_isLost && event.type == EV_SYN && event.code == SYN_REPORT) {
             m_isLost = false;
-            reach(m_isDownNow());
-        } else if (!m_isLost && event.type == EV_KEY && event.code == m_code)
+            if (!std::exchange(isAsked, true))
+                reach(m_isDownNow());
+        } else if (!m_isLost && !isAsked && event.type == EV_KEY && event.code == m_code)
             reach(event.value != 0); // 2 is the repeat of a key that is down
     }
     return levels;

@@ -11,7 +11,7 @@ namespace board {
 class KeyEvents {
 public:
     /// `descriptor` is not owned; `isDownNow` asks the device itself for the key, at first and where the
-    /// kernel had to drop events. `name` is for messages.
+    /// kernel had to drop events; its answer stands for all events up to then. `name` is for messages.
     KeyEvents(std::string name, int descriptor, unsigned code, std::function<bool()> isDownNow);
 
     /// The levels that the key took since the last call, in order; true is down. Reads once, and waits only

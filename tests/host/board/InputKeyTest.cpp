@@ -35,7 +35,10 @@ TEST(KeyEvents, AskTheDeviceAtFirstAndWhereEventsWereDropped) {
     EXPECT_EQ(key.read(), Levels({false}));
     device.give({device.DROPPED, device.DOWN});
     EXPECT_EQ(key.read(), Levels());
+    // What stands behind is older than the answer: a release since then may be gone from the queue with it.
     device.give({device.REPORT, device.DOWN, device.REPORT});
+    EXPECT_EQ(key.read(), Levels());
+    device.give({device.DOWN, device.REPORT});
     EXPECT_EQ(key.read(), Levels({true}));
 }
 
