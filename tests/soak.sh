@@ -22,8 +22,9 @@ fail() {
 
 [[ -x $boardctl ]] || fail "no $boardctl (expected a tree that is built)"
 
-# The LED pipe has one path on every machine: where this is allowed, take a /tmp that nobody else sees.
-if [[ -z ${SOAK_PRIVATE-} ]] && unshare -m true 2>/dev/null; then
+# The LED pipe has one path on every machine: where this is allowed, take a /tmp that nobody else sees; but not
+# where that would hide the program.
+if [[ -z ${SOAK_PRIVATE-} && $boardctl != /tmp/* ]] && unshare -m true 2>/dev/null; then
     SOAK_PRIVATE=1 exec unshare -m "$0" "$seconds" "${boardctl%/bin/boardctl}"
 fi
 [[ -z ${SOAK_PRIVATE-} ]] || mount -t tmpfs tmp /tmp
