@@ -61,7 +61,8 @@ find_source
 cd -- "$folder/packages"
 apt_armhf download linux-image-armmp busybox-static || fail "could not download"
 # The first package only names the one that has the newest kernel.
-image=$(dpkg-deb -f "$(deb linux-image-armmp)" Depends | grep -o 'linux-image-[0-9][^ ,]*-armmp')
+image=$(dpkg-deb -f "$(deb linux-image-armmp)" Depends | grep -o 'linux-image-[0-9][^ ,]*-armmp') ||
+    fail "linux-image-armmp names no kernel it depends on"
 apt_armhf download "$image" || fail "could not download $image"
 
 rm -rf "$folder/system.part"

@@ -64,11 +64,14 @@ class Machine:
         listener.settimeout(30)
         try:
             self._monitor = listener.accept()[0].makefile("rw")
-        except TimeoutError:
+            json.loads(self._monitor.readline())
+            self._command("qmp_capabilities")
+        except (TimeoutError, ValueError):  # the latter where it says nothing
             self.close()
             raise Failure(f"the machine does not start; see {folder}/machine-{boot}.log") from None
-        json.loads(self._monitor.readline())
-        self._command("qmp_capabilities")
+        except BaseException:  # asked to end: nobody else has the machine to end it
+            self.close()
+            raise
 
     def close(self):
         self._process.kill()
