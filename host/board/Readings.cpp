@@ -104,6 +104,22 @@ std::string read(const Host& host, ILedControl& led, LedReading& reading) {
         [&] { return reading.state == 0; });
 }
 
+/// Reads until the state `isReached`, which it may never be. The kernel writes a LED that is behind a bus
+/// after it has answered; until then it reads as before. It is read twice at least, however slow this process
+/// is.
+std::string readUntil(const Host& host, ILedControl& led, LedReading& reading,
+                      const std::function<bool(unsigned)>& isReached) {
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::milliseconds(200);
+    std::string fault = read(host, led, reading);
+    for (bool isLast = false; !isLast && fault.empty() && !isReached(reading.state);) {
+        isLast = Clock::now() >= end;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        fault = read(host, led, reading);
+    }
+    return fault;
+}
+
 std::string holds(const std::string& held, const std::string& written) {
     return "the device holds " + held + " after " + written + " was written";
 }
@@ -163,19 +179,23 @@ FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpe
     });
 }
 
+LedReading awaitLed(const Host& host, const std::string& name,
+                    const std::function<bool(unsigned)>& isReached) {
+    return ask<ILedControl, LedReading>(host, name, [&](ILedControl& led, LedReading& reading) {
+        return readUntil(host, led, reading, isReached);
+    });
+}
+
 LedReading setLed(const Host& host, const std::string& name, unsigned state) {
     return ask<ILedControl, LedReading>(host, name, [&host, state](ILedControl& led, LedReading& reading) {
-        const std::string refused = unless(led.setLedStatus(state), "the state can't be written");
-        std::string fault = read(host, led, reading);
-        // The kernel writes a LED that is behind a bus after it has answered; until then it reads as before.
-        using Clock = std::chrono::steady_clock;
-        const auto end = Clock::now() + std::chrono::milliseconds(200);
-        while (refused.empty() && fault.empty() && reading.state != state && Clock::now() < end) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            fault = read(host, led, reading);
+        const XCode written = led.setLedStatus(state);
+        if (!written.isSuccess()) {
+            static_cast<void>(read(host, led, reading));
+            return std::string("the state can't be written");
         }
-        if (!refused.empty() || !fault.empty())
-            return refused.empty() ? fault : refused;
+        std::string fault = readUntil(host, led, reading, [state](unsigned held) { return held == state; });
+        if (!fault.empty())
+            return fault;
         return reading.state == state ? std::string()
                                       : holds(std::to_string(reading.state), std::to_string(state));
     });

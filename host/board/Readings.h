@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "IFanControl.h"
@@ -42,6 +43,10 @@ FanReading readFan(const Host& host, const std::string& name);
 TemperatureReading readTemperature(const Host& host, const std::string& name);
 PowerReading readPower(const Host& host, const std::string& name);
 LedReading readLed(const Host& host, const std::string& name);
+/// The same once the state `isReached`, or after a time that is long for a LED behind a bus, which the kernel
+/// writes late. No fault where it was not reached.
+LedReading awaitLed(const Host& host, const std::string& name,
+                    const std::function<bool(unsigned)>& isReached);
 
 /// Set a device and read it back, since a device may refuse silently: where it then holds something else,
 /// `fault` says so.

@@ -76,6 +76,9 @@ TEST(Boot3Commands, ReportTheWholeBoard) {
     EXPECT_EQ(info["fans"][0]["speed"], "high") << outcome.out;
     EXPECT_EQ(info["temperatures"][0]["celsius"], 31.5) << outcome.out;
     EXPECT_EQ(info["leds"][0]["state"], 2) << outcome.out;
+    EXPECT_EQ(call({"led", "alarm", "1"}).out, "alarm: 1\n");
+    EXPECT_EQ(call({"led", "alarm", "bi", "on", "--for", "0"}).out, "alarm: 1\n");
+    EXPECT_EQ(call({"led", "alarm", "blink", "2", "2"}).out, "alarm: 1\n");
     EXPECT_EQ(call({"led", "alarm", "0"}).status, 0);
 }
 

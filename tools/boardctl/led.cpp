@@ -57,8 +57,9 @@ board::LedReading giveBack(const Board& board, const board::LedReading& former) 
 std::string faultAfter(const XCode& written, const Board& board, const std::string& name, bool lit) {
     if (!written.isSuccess())
         return "the state can't be written";
-    const board::LedReading shown = board::readLed(board.host(), name);
-    if (!shown.fault.empty() || (shown.state != OFF) == lit)
+    const auto isAsked = [lit](unsigned state) { return (state != OFF) == lit; };
+    const board::LedReading shown = board::awaitLed(board.host(), name, isAsked);
+    if (!shown.fault.empty() || isAsked(shown.state))
         return shown.fault;
     return "the device holds " + std::to_string(shown.state) + " after another state was written";
 }
@@ -69,7 +70,8 @@ int holdOverlay(const Options& options, const Words& words) {
     const auto led = findLed(board, words.name);
     const board::LedReading former = formerState(board, words.name);
     expectDone(led->setLedBiStatus(1), words.name, "can't show a second lit state");
-    const board::LedReading shown = board::readLed(board.host(), words.name);
+    const board::LedReading shown =
+        board::awaitLed(board.host(), words.name, [](unsigned state) { return state == SECOND_LIT; });
     if (!shown.fault.empty() || shown.state != SECOND_LIT) {
         static_cast<void>(led->setLedBiStatus(OFF));
         static_cast<void>(giveBack(board, former)); // what counts is that the overlay is not shown

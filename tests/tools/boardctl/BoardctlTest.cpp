@@ -376,6 +376,35 @@ TEST(Boardctl, SetsOverlaysAndBlinksALedAndGivesItBack) {
     EXPECT_EQ(held(), "0") << "nothing was written";
 }
 
+TEST(Boardctl, WaitsForALedThatReadsAsBeforeJustAfterAWrite) {
+    // A terminal is such a LED: it takes what is written, and gives line by line what stands here.
+    const auto led = [](const std::vector<std::string>& words, const std::string& reads) {
+        const int device = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+        ::grantpt(device);
+        ::unlockpt(device);
+        const char* const name = ::ptsname(device);
+        const std::string path = name ? name : "no terminal";
+        const int held = ::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+        const std::string lines = reads + "1\n1\n1\n1\n"; // a read too many shall not wait
+        EXPECT_EQ(::write(device, lines.data(), lines.size()), static_cast<ssize_t>(lines.size()));
+        const TempDir dir;
+        dir.write("board.toml", "[[led]]\nname = 'slow'\nbi_status = true\ndevice = '" + path + "'\n");
+        std::vector<std::string> call{"--board", dir.path("board.toml"), "led", "slow"};
+        call.insert(call.end(), words.begin(), words.end());
+        Outcome outcome = boardctl(call);
+        ::close(held);
+        ::close(device);
+        return outcome;
+    };
+    const std::string former = "1\n1\n"; // to remember it: for boardctl and for the driver
+    const Outcome overlay = led({"bi", "on", "--for", "0"}, former + "1\n2\n" + "2\n2\n1\n");
+    EXPECT_EQ(overlay.out, "slow: 1\n") << overlay.err;
+    // A 0 takes three reads: the second is the host's look at the device, of one byte.
+    const std::string dark = "0\n00\n";
+    const Outcome blinks = led({"blink", "1", "2"}, former + "1\n" + "1\n" + dark + dark + dark + "1\n");
+    EXPECT_EQ(blinks.out, "slow: 1\n") << blinks.err;
+}
+
 TEST(Boardctl, GivesALedBackWhenASignalEndsTheBlinking) {
     const TempDir dir;
     ASSERT_EQ(boardctl({"sim", "create", dir.path("sim")}).status, 0);
