@@ -1,8 +1,8 @@
 """What a hosted board takes while nothing happens: memory, wakes, time of a core."""
 
+import contextlib
 import glob
 import os
-import shutil
 import stat
 import subprocess
 import tempfile
@@ -27,10 +27,18 @@ class Hosted:
 
     def __init__(self, tree):
         self.boardctl = tree + "/bin/boardctl"
-        self.folder = tempfile.mkdtemp()
 
     def __enter__(self):
-        board = self.folder + "/board"
+        with contextlib.ExitStack() as held:
+            self.host(held)
+            self.held = held.pop_all()
+        return self
+
+    def __exit__(self, *_):
+        self.held.close()
+
+    def host(self, held):
+        board = held.enter_context(tempfile.TemporaryDirectory()) + "/board"
         subprocess.run([self.boardctl, "sim", "create", board], stdout=subprocess.DEVNULL, check=True)
         for led in glob.glob(board + "/leds/*"):
             if stat.S_ISFIFO(os.stat(led).st_mode):
@@ -39,15 +47,10 @@ class Hosted:
                     file.write("0")
         self.process = subprocess.Popen([self.boardctl, "--board", board + "/board.toml", "run"],
                                         stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-        for line in self.process.stdout:
-            if line == "ready\n":
-                return self
-        raise RuntimeError("boardctl run ended before it was ready")
-
-    def __exit__(self, *_):
-        self.process.terminate()
-        self.process.communicate()
-        shutil.rmtree(self.folder)
+        held.callback(self.process.communicate)
+        held.callback(self.process.terminate)
+        if not any(line == "ready\n" for line in self.process.stdout):
+            raise RuntimeError("boardctl run ended before it was ready")
 
     def memory(self):
         return int(field(f"/proc/{self.process.pid}/status", "VmHWM"))
@@ -70,7 +73,7 @@ def peak_memory(tree):
         time.sleep(1)
         memory = hosted.memory()
     with subprocess.Popen([tree + "/bin/threads"], stdin=subprocess.PIPE) as floor:
-        while len(glob.glob(f"/proc/{floor.pid}/task/*")) < 3:
+        while floor.poll() is None and len(glob.glob(f"/proc/{floor.pid}/task/*")) < 3:
             time.sleep(0.01)
         return memory, int(field(f"/proc/{floor.pid}/status", "VmHWM"))
 

@@ -33,4 +33,11 @@ void SimulatedButton::release() const {
     m_pipe.unlock();
 }
 
+bool SimulatedButton::isHeld() const {
+    if (!m_pipe.tryLock())
+        return true;
+    m_pipe.unlock();
+    return false;
+}
+
 } // namespace board

@@ -18,6 +18,9 @@ public:
     void press() const;
     void release() const;
 
+    /// Whether another finger, or the bridge of a real button, is on it now.
+    bool isHeld() const;
+
 private:
     void awaitReader() const;
 

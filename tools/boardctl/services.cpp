@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <optional>
@@ -45,7 +46,8 @@ int watchButton(const Options& options, std::optional<double> seconds) {
 }
 
 int bridgeButton(const Options& options, const std::string& device, std::optional<unsigned> code) {
-    constexpr auto NEXT_LOOK = std::chrono::milliseconds(2);
+    // A host takes a message at once; where none is there, the bridge looks ever less often.
+    constexpr auto FIRST_LOOK = std::chrono::milliseconds(2), LAST_LOOK = std::chrono::milliseconds(256);
     if (options.board.empty())
         throw WrongCall("--board must say which board's button it is");
     const BoardProfile board(options);
@@ -60,9 +62,15 @@ int bridgeButton(const Options& options, const std::string& device, std::optiona
         std::cout << "key " << key.code() << " of " << printable(device) << " presses the button\n";
     if (!flushOutput())
         return FAILED;
+    auto nextLook = FIRST_LOOK;
     for (bool isOver = false; !isOver;)
-        isOver = bridge->carry() ? StopSignals::waitFor(NEXT_LOOK)
-                                 : StopSignals::waitUntil(std::nullopt, key.descriptor());
+        if (bridge->carry()) {
+            isOver = StopSignals::waitFor(nextLook);
+            nextLook = std::min(2 * nextLook, LAST_LOOK);
+        } else {
+            nextLook = FIRST_LOOK;
+            isOver = StopSignals::waitUntil(std::nullopt, key.descriptor());
+        }
     return DONE;
 }
 

@@ -42,6 +42,8 @@ void addSim(CLI::App& app, Options& options) {
                 throw board::Error(board.profilePath() + ": the board has no button");
             board::use(*board.profile().button, [&](const std::string& pipe) {
                 const board::SimulatedButton button(pipe);
+                if (button.isHeld())
+                    complain("waits until another program lets go of the button");
                 button.press();
                 static_cast<void>(
                     StopSignals::waitFor(std::chrono::duration_cast<StopSignals::Clock::duration>(
