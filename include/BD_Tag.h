@@ -10,6 +10,7 @@ namespace BD {
 
 /// One tag of the board descriptor. Numbers in the data are big-endian.
 struct BOARD_API Tag {
+    /// A tag without data.
     explicit Tag(TagId tagId = 0) : id(tagId) {}
 
     /// Replaces the data by a copy of `bytes`; `length` follows. Always succeeds; where memory runs out the
@@ -21,10 +22,12 @@ struct BOARD_API Tag {
     /// end with what is held.
     XCode setData(const char* bytes, unsigned n);
 
+    ///@{
     /// The number where `length` is what the kind needs (1, 2, 4), else 0.
     char getDataChar() const;
     unsigned short getDataUInt16() const;
     unsigned long getDataUInt32() const;
+    ///@}
     /// The number for a `length` of 1, 2 or 4, else 0.
     unsigned getDataUInt() const;
 
@@ -35,9 +38,9 @@ struct BOARD_API Tag {
     /// returns it.
     String& getDataAsHexString(String& out) const;
 
-    TagId id;
+    TagId id;            ///< what the tag means; 0 is the terminator
     unsigned length = 0; ///< count of data bytes
-    TString<char> data;
+    TString<char> data;  ///< the bytes held
 };
 
 } // namespace BD

@@ -16,11 +16,15 @@
 /// The order of the virtual operations is part of the binary face.
 class BOARD_API CBoardDescr : public CDriver, public IBoardDescr, public IInfo {
 public:
+    /// The tags in the order of their image.
     using TagList = VELM_List<BD::Tag>;
 
+    ///@{
+    /// The texts of failures; the first is a format for the identifier and its name.
     static constexpr char ERR_TAG_NOT_FOUND[] = "ERR TAG '%d:=%s' NOT FOUND";
     static constexpr char ERR_WRONG_TAG_SIZE[] = "ERR WRONG TAG SIZE";
     static constexpr char ERR_MAC_TOO_LONG[] = "ERR MAC TOO LONG";
+    ///@}
 
     /// An empty list without a device: `readBD` and `writeBD` fail without a text.
     CBoardDescr();

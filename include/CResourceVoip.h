@@ -43,9 +43,11 @@ public:
     /// settled.
     virtual unsigned getDefaultSipLegs() = 0;
 
+    ///@{
     /// The two steps of `setup`, in this order. `board` must not be empty.
     void calculateDspChannels(TYPPtr<IBoardDescr> board);
     void calculateSipLegs(TYPPtr<IBoardDescr> board);
+    ///@}
 
 private:
     bool borderController;

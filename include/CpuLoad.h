@@ -42,9 +42,11 @@ public:
     XCode measure(unsigned short& last, unsigned short& mid, unsigned short& longest);
 
 protected:
+    ///@{
     /// The same on a given first line in place of the file's, for tests; null is a file that can't be read.
     XCode setup(const char* line);
     XCode measure(const char* line, unsigned short& last, unsigned short& mid, unsigned short& longest);
+    ///@}
 
 private:
     static constexpr std::uint32_t SLOTS = 15;

@@ -27,16 +27,19 @@ public:
     /// Whether any tag carries `id`.
     virtual bool hasTag(BD::TagId id) = 0;
 
+    ///@{
     /// Reads a number. `value` is written on success only. The data must have exactly the width of the type,
     /// else "ERR WRONG TAG SIZE"; `getTagUInt` takes up to 4 bytes and reads widths of 0 and 3 as 0.
     virtual XCode getTagUInt(BD::TagId id, unsigned index, unsigned& value, String& error) = 0;
     virtual XCode getTagUInt8(BD::TagId id, unsigned index, unsigned char& value, String& error) = 0;
     virtual XCode getTagUInt16(BD::TagId id, unsigned index, unsigned short& value, String& error) = 0;
-    /// 32 bits, also where `long` has more.
+    ///@}
+    /// The same for 32 bits, also where `long` has more.
     virtual XCode getTagUInt32(BD::TagId id, unsigned index, unsigned long& value, String& error) = 0;
     /// Reads a text: the data bytes as they are. `value` is written on success only.
     virtual XCode getTagString(BD::TagId id, unsigned index, String& value, String& error) = 0;
 
+    ///@{
     /// Replaces the data of a tag that exists; its former width does not count. `setTagUInt` and
     /// `setTagUInt32` write 4 bytes, the others 1 and 2; a text is written without a terminating zero.
     virtual XCode setTagUInt(BD::TagId id, unsigned index, unsigned value, String& error) = 0;
@@ -44,6 +47,7 @@ public:
     virtual XCode setTagUInt16(BD::TagId id, unsigned index, unsigned short value, String& error) = 0;
     virtual XCode setTagUInt32(BD::TagId id, unsigned index, unsigned long value, String& error) = 0;
     virtual XCode setTagString(BD::TagId id, unsigned index, const String& value, String& error) = 0;
+    ///@}
 
     /// Appends a tag with a copy of `data`. Always succeeds; throws std::bad_alloc, and appends nothing,
     /// where there is no memory for a tag. Behind a terminator (identifier 0) it would be stored, but not
@@ -55,6 +59,7 @@ public:
     virtual XCode getTag(BD::TagId id, unsigned index, TString<char>& data, String& error) = 0;
     /// Replaces the data of a tag that exists.
     virtual XCode setTag(BD::TagId id, unsigned index, const TString<char>& data, String& error) = 0;
+    /// Removes the tag.
     virtual XCode removeTag(BD::TagId id, unsigned index, String& error) = 0;
 
     /// Replaces the list by what the device holds. Where the device can't be read the list stays; where the
@@ -79,8 +84,10 @@ public:
     /// `insertMacAddress` at the last MAC tag.
     virtual XCode addMacAddress(const String& mac, unsigned iface) = 0;
 
+    ///@{
     /// The two 16-bit halves of tag 45 (ProductID), which must be 4 bytes long; fail without a text where it
     /// is not.
     virtual XCode getPlatformID(unsigned& id, String& error) = 0;
     virtual XCode getProductID(unsigned& id, String& error) = 0;
+    ///@}
 };

@@ -24,6 +24,7 @@ private:
     String m_path;
 
 public:
+    ///@{
     /// The lines without blanks at both ends; empty before `init`. Line 2 names the kind of build.
     String line1;
     String line2;
@@ -31,6 +32,7 @@ public:
     String line6;
     String line7;
     String line8;
+    ///@}
 
     /// By the kind of build: "Branch" gives "<line 1>-<line 7>/<line 3>", "Test" "<line 1>/<line 3>", any
     /// other line 1 alone.

@@ -24,6 +24,7 @@
 /// constructor starts. The order of virtual operations and of members is part of the binary face.
 class BOARD_API LedCtrl : public TYThread {
 public:
+    /// What a row of the command table does with its LEDs.
     enum ActionKind : std::int32_t {
         ACTION_ON = 0,        ///< steady; with a time, lit for that long
         ACTION_OFF = 1,       ///< neither steady nor blinking
@@ -61,17 +62,18 @@ public:
                               ///< the LED's maximum, and next to dark where the maximum is 255
     };
 
+    /// A LED's file.
     struct FileDesc {
-        const char* fileName;
-        std::int32_t fd; ///< 0 until opened, -1 where that failed
+        const char* fileName; ///< as in the file table
+        std::int32_t fd;      ///< 0 until opened, -1 where that failed
     };
 
     /// An action that runs.
     struct ActionDesc {
-        const CmdDef* cmd; ///< the row that started it, known by its address
-        std::uint32_t ticksLeft;
-        std::uint32_t rollBit; ///< the bit that a roll lit last; 1 at first
-        bool endless;
+        const CmdDef* cmd;       ///< the row that started it, known by its address
+        std::uint32_t ticksLeft; ///< until it ends, unless it is endless
+        std::uint32_t rollBit;   ///< the bit that a roll lit last; 1 at first
+        bool endless;            ///< a roll without a time
     };
 
     /// Starts the service. `tickMs`: the pause between two ticks in milliseconds; the tick is counted in
@@ -104,23 +106,36 @@ protected:
     LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files, unsigned fileCount,
             AccessMethod method, unsigned tickMs, unsigned blinkPattern, NotStarted);
 
+    /// Makes the pipe, where there is none yet, and opens it for reading.
     void setupFifo();
+    /// Keeps a writer of the pipe open and tries the pipe once; a fault is logged, no more.
     void testFifo();
+    /// Opens the file of each LED.
     void openFiles();
+    /// Reads the pipe once and handles each line; nothing without a pipe or lines.
     void readCmd();
     /// Runs the row that `line` names, if there is one. Always 0.
     int handleCmd(char* line);
 
+    /// Runs `cmd`, which must be a row of the table: it is kept by its address.
     void executeCmd(const CmdDef& cmd);
+    /// Advances one action by a tick and returns which LEDs it lights.
     std::uint32_t handleAction(ActionDesc& action);
+    /// The same for all actions, of which those that are over are ended.
     std::uint32_t updateActions();
+    /// The LEDs lit without actions: steady, blinking by the current phase, and flashing, which this ends.
     std::uint32_t getState();
     /// Advances everything by one tick and returns which LEDs are lit in it.
     std::uint32_t nextOutput();
+    /// A tick, unless suspended: `nextOutput`, handled by the access method.
     void update();
+    /// Ends what `cmd` has started.
     void stopAction(const CmdDef& cmd);
+    /// Ends what the last row of the group of `cmd` has started.
     void stopGroupAction(const CmdDef& cmd);
+    /// Ends a roll with the first word and the LEDs of `cmd`.
     void removeRollAction(const CmdDef& cmd);
+    /// Ends all actions and runs the default rows.
     void setupDefault();
 
 private:

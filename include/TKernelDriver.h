@@ -12,18 +12,26 @@
 template <class Interface>
 class BOARD_API TKernelDriver : public CKernelDriver, public Interface {
 public:
+    /// For the driver's constructor, whose arguments these are.
     TKernelDriver(IDriverRepository* repository, const String& driverName, const String& endpointName);
     ~TKernelDriver() override;
 
+    /// Answers `Interface` besides what CKernelDriver answers.
     XCode queryInterface(const VELM_UUID& iid, void** object) override;
+    ///@{
+    /// CKernelDriver's, where `Interface` has them too.
     unsigned addRef() override;
     unsigned release() override;
     TYLock* getLock() override;
+    ///@}
 
+    /// Whether the driver has ever been connected and its device file could be opened.
     bool isValid() override;
+    /// What the kernel driver calls the device; "" before the driver is connected. Always succeeds.
     XCode getDescription(String& description) override;
 
 protected:
+    /// The same text for the driver itself.
     const String& description() const { return m_description; }
 
     /// The connect handshake: path, description, proof that the file can be opened. The first step that

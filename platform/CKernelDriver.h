@@ -38,9 +38,11 @@ public:
 
     /// Called by `open` with the channel connected; what it returns decides.
     virtual XCode onConnected(String& error);
+    /// Called by `close` with the channel closed.
     virtual void onDisconnected();
 
 protected:
+    ///@{
     /// Sends `code` without a value and waits for the reply, which is put into `reply`. Fails, with a message
     /// and `reply` as it was, when the driver is not open, the endpoint is gone, it does not answer the code,
     /// or it answers with a value of another type.
@@ -48,6 +50,7 @@ protected:
     XCode sendReceiveMessage(unsigned code, bool& reply);
     XCode sendReceiveMessage(unsigned code, int& reply);
     XCode sendReceiveMessage(unsigned code, unsigned& reply);
+    ///@}
 
 private:
     template <class Reply>

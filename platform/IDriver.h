@@ -16,7 +16,9 @@ public:
     /// The name under which a repository keeps this object.
     virtual const String& getDriverName() const = 0;
 
+    ///@{
     /// The repository this driver belongs to, or null. Not counted.
     virtual IDriverRepository* getDriverRepository() = 0;
     virtual void setDriverRepository(IDriverRepository* repository) = 0;
+    ///@}
 };

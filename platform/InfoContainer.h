@@ -7,6 +7,7 @@
 /// Takes the rows of an information dump and keeps them in order.
 class InfoContainer {
 public:
+    /// A row: how deep it stands, its number among its like, a title and what goes with it.
     struct Row {
         unsigned level;
         unsigned index;
@@ -14,6 +15,7 @@ public:
         String value;
     };
 
+    /// Appends a row; returns this object.
     InfoContainer& add(unsigned level, unsigned index, const String& key, const String& value);
 
     const std::vector<Row>& getRows() const { return m_rows; }

@@ -20,12 +20,14 @@ public:
 
     bool hasValue() const { return m_value.index() != 0; }
 
+    ///@{
     /// Reads the value. When the message carries another type, or none, fails with
     /// "MESSAGE %u CARRIES %s, EXPECTED %s" and leaves `value` as it was.
     XCode get(String& value) const;
     XCode get(bool& value) const;
     XCode get(int& value) const;
     XCode get(unsigned& value) const;
+    ///@}
 
 private:
     template <class Value>

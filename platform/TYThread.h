@@ -62,9 +62,11 @@ public:
     /// The calling thread's stack, a line a frame. Fails for any other thread than the calling one.
     virtual XCode getBacktrace(String& text) const;
 
+    ///@{
     /// The system's scheduling policy (SCHED_OTHER, SCHED_FIFO, ...) and priority. Fail where none runs.
     virtual XCode getSchedulingPolicy(int& policy, int& priority) const;
     virtual XCode setSchedulingPolicy(int policy, int priority);
+    ///@}
 
     /// Sleeps on the calling thread, at least this long. A framework thread can be ended here.
     static void usleep(unsigned microseconds);

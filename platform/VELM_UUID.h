@@ -9,9 +9,11 @@
 /// name does not count. Handles may be copied and compared by several threads.
 class VELM_UUID {
 public:
+    /// The 16 bytes, in the order in which they stand in memory.
     struct Value {
         std::uint8_t bytes[16];
     };
+    /// What handles share.
     struct Rep {
         Value value;
         std::atomic<std::uint32_t> count; ///< references; STATIC_COUNT: never counted, never freed
