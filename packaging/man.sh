@@ -7,7 +7,7 @@ boardctl=$1
 sections=$(mktemp)
 trap 'rm -f "$sections"' EXIT
 
-subcommands() { sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\)  .*/\1/p'; }
+subcommands() { sed -n '/^Subcommands:/,/^$/s/^  \([a-z][a-z]*\)  .*/\1/p'; }
 
 # describe WORD...: the help of a command, then of those below it.
 describe() {
@@ -52,4 +52,4 @@ Anything in it turns colours off.
 TEXT
 } >"$sections"
 help2man --no-info --name='host, show and edit a board' --include="$sections" "$boardctl" |
-    sed '/^\.SS "Subcommands:"/,/^\.SH COMMANDS/{/^\.SH COMMANDS/!d}'
+    sed '/^\.SS "Subcommands:"/,/^\.S[SH] "*[CE]/{/^\.S[SH] "*[CE]/!d}'

@@ -181,7 +181,9 @@ void Host::loadPreferences(const NamedPath& file) {
     Device device{"preferences", "preferences", "", file.path, "", ""};
     try {
         use(file, [](const std::string& path) {
-            expectDeviceFile(path, false);
+            struct stat status {};
+            if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
+                throw Error(path + ": is no file (expected one of lines 'key = value')");
             String error;
             if (!PREFERENCES::LOAD(path.c_str(), error).isSuccess())
                 throw Error(error.c_str());

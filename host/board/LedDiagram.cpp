@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "Columns.h"
 #include "String.h"
 
 namespace board {
@@ -16,13 +17,14 @@ std::string number(double value) {
 std::size_t longestName(const LedWaves& waves) {
     std::size_t length = 0;
     for (const LedWave& led : waves.leds)
-        length = std::max(length, led.name.size());
+        length = std::max(length, columnsOf(led.name));
     return length;
 }
 
 std::string padded(std::string text, std::size_t width) {
-    if (text.size() < width)
-        text.append(width - text.size(), ' ');
+    const std::size_t columns = columnsOf(text);
+    if (columns < width)
+        text.append(width - columns, ' ');
     return text;
 }
 
@@ -148,7 +150,7 @@ private:
                 ++lane;
             if (lane == m_laneEnds.size())
                 m_laneEnds.push_back(0);
-            m_laneEnds[lane] = begin + LETTER * static_cast<double>(line.line.size()) + 14;
+            m_laneEnds[lane] = begin + LETTER * static_cast<double>(columnsOf(line.line)) + 14;
             m_flags.push_back({&line, lane});
         }
     }

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "DescriptorImage.h"
 #include "ProfileReader.h"
@@ -34,7 +35,10 @@ toml::table parse(const std::string& path) {
     if (::stat(path.c_str(), &status) != 0)
         throw Error(path + ": can't open: " + std::strerror(errno));
     if (!S_ISREG(status.st_mode))
-        throw Error(path + ": is no file (expected a board profile)");
+        throw Error(path + ": is no file (expected a board profile)" +
+                    (::access((path + "/board.toml").c_str(), F_OK) == 0
+                         ? "; did you mean '" + path + "/board.toml'?"
+                         : ""));
     const std::string text = readFile(path, MAX_PROFILE_SIZE);
     refuseEndlessNames(path, text);
     try {

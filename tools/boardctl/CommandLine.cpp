@@ -1,10 +1,10 @@
 #include "CommandLine.h"
 
-#include <algorithm>
 #include <charconv>
 #include <iostream>
 
 #include "Error.h"
+#include "Help.h"
 #include "Output.h"
 #include "Suggestion.h"
 
@@ -14,44 +14,10 @@ std::string profilePathFor(const Options& options, const std::unique_ptr<board::
     return scratch ? scratch->board().profile() : options.board;
 }
 
-int wrongCall(CLI::App& app, const std::string& what) {
+int wrongCall(CLI::App& app, const std::string& what, const CLI::ParseError* error = nullptr) {
     complain(what);
-    std::cerr << "\n" << app.help();
+    std::cerr << "\n" << adviceAfter(app, error);
     return WRONG_CALL;
-}
-
-/// The innermost command that was recognised.
-CLI::App& innermost(CLI::App& app) {
-    const std::vector<CLI::App*> recognised = app.get_subcommands();
-    return recognised.empty() ? app : innermost(*recognised.front());
-}
-
-std::string unknownCommand(CLI::App& app, const std::string& word) {
-    std::vector<std::string> known;
-    for (const CLI::App* const each : innermost(app).get_subcommands(nullptr))
-        known.push_back(each->get_name());
-    return "there is no command '" + word + "'" + board::didYouMean(word, known);
-}
-
-std::string unknownOption(CLI::App& app, const std::string& word) {
-    std::vector<std::string> known;
-    for (const CLI::App* each = &innermost(app); each; each = each->get_parent())
-        for (const CLI::Option* const option : each->get_options())
-            for (const std::string& name : option->get_lnames())
-                known.push_back("--" + name);
-    const std::string option = word.substr(0, word.find('='));
-    return "there is no option '" + option + "'" + board::didYouMean(option, known);
-}
-
-/// What a word that nobody takes is, rather than what its absence led to; else `error`.
-std::string explained(CLI::App& app, const CLI::ParseError& error) {
-    const std::vector<std::string> words = app.remaining(true);
-    const auto option = std::find_if(words.begin(), words.end(),
-                                     [](const std::string& word) { return word.rfind("--", 0) == 0; });
-    if (option != words.end() && option->size() > 2)
-        return unknownOption(app, *option);
-    const bool lacksCommand = dynamic_cast<const CLI::RequiredError*>(&error) && !words.empty();
-    return lacksCommand ? unknownCommand(app, words.front()) : error.what();
 }
 
 } // namespace
@@ -87,8 +53,12 @@ CLI::Validator notEmpty() {
 CLI::Validator oneOf(const std::vector<std::string>& words) {
     return CLI::Validator(
         [words](std::string& word) {
-            const std::string complaint = CLI::IsMember(words)(word);
-            return complaint.empty() ? complaint : complaint + board::didYouMean(word, words);
+            if (CLI::IsMember(words)(word).empty())
+                return std::string();
+            std::string expected;
+            for (const std::string& each : words)
+                expected += (expected.empty() ? "" : &each == &words.back() ? " or " : ", ") + each;
+            return "'" + word + "' (expected " + expected + ")" + board::didYouMean(word, words);
         },
         "");
 }
@@ -125,6 +95,7 @@ int runCommandLine(int argc, char** argv) {
     Options options;
     CLI::App app("Hosts, shows and edits a board: its drivers, its descriptor, its simulated twin.",
                  "boardctl");
+    app.formatter(std::make_shared<HelpFormatter>());
     app.require_subcommand(1);
     app.set_version_flag("--version", "boardctl " BOARDCTL_VERSION, "Print the version and exit");
     app.fallthrough(); // --board and --format may stand before or after the command
@@ -143,11 +114,16 @@ int runCommandLine(int argc, char** argv) {
            "Output for people or for programs; `info` also gives metrics, `leds preview` a picture")
         ->check(oneOf({"text", "json", "metrics", "svg"}))
         ->option_text("text|json|metrics|svg");
-    app.footer("Before or after the command: --board FILE names the board, --format the form of the output.");
+    app.footer("Before or after the command: --board FILE, --format FORM; see boardctl --help");
     for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addLeds, addButton, addCpu,
                            addFirmware, addBd, addSim})
         add(app, options);
-    app.footer(""); // commands have taken it over; here the options stand in full
+    // Commands have taken it over; here the options stand in full.
+    app.footer("");
+    addExamples(app, {"run --tour                  # all of a simulated board in ten seconds",
+                      "sim create DIR              # a simulated board that stays",
+                      "--board DIR/board.toml info # what its drivers say",
+                      "fan --help                  # what a command takes"});
 
     try {
         app.parse(argc, argv);
@@ -165,7 +141,7 @@ int runCommandLine(int argc, char** argv) {
         std::cout << version.what() << "\n";
         return flushOutput() ? DONE : FAILED;
     } catch (const CLI::ParseError& error) {
-        return wrongCall(app, explained(app, error));
+        return wrongCall(app, explained(app, error), &error);
     } catch (const WrongCall& error) {
         return wrongCall(app, error.what());
     } catch (const std::exception& error) { // board::Error, or the system out of something

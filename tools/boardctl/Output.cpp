@@ -4,12 +4,12 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
-#include <iomanip>
 #include <iostream>
 #include <utility>
 
 #include <unistd.h>
 
+#include "Columns.h"
 #include "StopSignals.h"
 
 using nlohmann::ordered_json;
@@ -63,17 +63,18 @@ std::string printable(const std::string& text) {
 
 void printRows(const InfoContainer& rows) {
     constexpr unsigned INDENT = 2;
+    const auto keyOf = [](const InfoContainer::Row& row) {
+        return std::string(std::size_t{row.level} * INDENT, ' ') + printable(textOf(row.key));
+    };
     std::size_t column = 0;
     for (const auto& row : rows.getRows())
-        column = std::max(column, std::size_t{row.level} * INDENT + printable(textOf(row.key)).size());
+        column = std::max(column, board::columnsOf(keyOf(row)));
     for (const auto& row : rows.getRows()) {
-        const std::string key =
-            std::string(std::size_t{row.level} * INDENT, ' ') + printable(textOf(row.key));
-        if (row.value.isEmpty())
-            std::cout << key << "\n";
-        else
-            std::cout << std::left << std::setw(static_cast<int>(column)) << key << "  "
-                      << printable(textOf(row.value)) << "\n";
+        const std::string key = keyOf(row);
+        std::cout << key;
+        if (!row.value.isEmpty())
+            std::cout << std::string(column + 2 - board::columnsOf(key), ' ') << printable(textOf(row.value));
+        std::cout << "\n";
     }
 }
 

@@ -4,6 +4,7 @@
 #include "DescriptorImage.h"
 #include "Error.h"
 #include "FileReplacement.h"
+#include "Help.h"
 #include "Output.h"
 #include "Report.h"
 #include "TagsJson.h"
@@ -108,6 +109,7 @@ void addBd(CLI::App& app, Options& options) {
         ->check(notEmpty())
         ->type_name("IMAGE")
         ->required();
+    addExamples(*sub, {"bd dump old.bin >tags.json", "bd build tags.json -o new.bin"});
     sub->callback([&options, words] {
         options.command = [&options, words] { return build(options, words->source, words->target); };
     });

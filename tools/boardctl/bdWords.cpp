@@ -1,4 +1,5 @@
 #include "BdCommands.h"
+#include "Help.h"
 
 namespace {
 
@@ -74,24 +75,29 @@ void addBdEdit(CLI::App& bd, Options& options) {
 
     auto* sub = addCommand(bd, options, words, "get", "Read one tag", bdGet);
     addWord(*sub, "TAG", words->tag, TAG)->required();
-    sub->add_option("--type", words->type, "Read it as u8, u16, u32, uint, text or hex (the default)")
-        ->default_str("hex")
-        ->type_name("TYPE");
+    sub->add_option("--type", words->type, "Read it as this; hex without")
+        ->option_text("u8|u16|u32|uint|text|hex");
     addImage(*sub, words);
+    addExamples(*sub, {"bd get ProductID", "bd get MacAddress.1 -i image.bin", "bd get 2 --type u32"});
 
     constexpr char ASSIGNMENT[] =
         "TYPE is u8, u16, u32, uint (4 bytes), text or hex. Several are one write, all or nothing";
     sub = addCommand(bd, options, words, "set", "Replace the data of tags where they stand", bdSet);
     addAssignments(*sub, words, ASSIGNMENT);
     addManner(*sub, words);
+    addExamples(*sub, {"bd set ProductID=hex:1234abcd -i image.bin",
+                       "bd set DspChannels=u32:64 5=text:SN-000123 --dry-run",
+                       "bd set MacAddress.1=hex:0200000000090001"});
     sub = addCommand(bd, options, words, "add", "Add tags in front of the terminator", bdAdd);
     addAssignments(*sub, words, ASSIGNMENT);
     addManner(*sub, words);
+    addExamples(*sub, {"bd add DspChannels=u32:64 5=text:SN-000123 -i image.bin"});
     sub = addCommand(bd, options, words, "insert", "Insert tags at a position of the list", bdInsert);
     addWord(*sub, "POSITION", words->position, "Among all tags, counted from 0; never behind the terminator")
         ->required();
     addAssignments(*sub, words, ASSIGNMENT);
     addManner(*sub, words);
+    addExamples(*sub, {"bd insert 0 ProductID=hex:1234abcd -i image.bin"});
     sub = addCommand(bd, options, words, "remove", "Remove a tag", bdRemove);
     addWord(*sub, "TAG", words->tag, TAG)->required();
     addManner(*sub, words);

@@ -1,9 +1,11 @@
 #include "CommandLine.h"
 #include "DRIVER.h"
 #include "Error.h"
+#include "Help.h"
 #include "IDriverRepository.h"
 #include "ILedControl.h"
 #include "Output.h"
+#include "Progress.h"
 #include "StopSignals.h"
 #include "Suggestion.h"
 
@@ -109,13 +111,17 @@ int blink(const Options& options, const Words& words, unsigned count, unsigned p
     const auto half = std::chrono::microseconds(periodMs) * 500; // half of a thousand
     bool stopped = false;
     std::string fault;
+    Progress progress(count * (periodMs / 1000.0));
     for (unsigned i = 0; i < count && !stopped; ++i)
         for (const unsigned state : {LIT, OFF}) {
             fault = faultAfter(led->setLedToggleStatus(state), board, words.name, state != OFF);
-            stopped = !fault.empty() || StopSignals::waitFor(half);
+            stopped = !fault.empty() ||
+                      progress.waitUntil(StopSignals::Clock::now() + half,
+                                         "blink " + std::to_string(i + 1) + " of " + std::to_string(count));
             if (stopped)
                 break;
         }
+    progress.clear();
     expectDone(led->disableLedToggle(), words.name, "the former state can't be given back");
     const board::LedReading shown = giveBack(board, former);
     if (!fault.empty())
@@ -130,6 +136,21 @@ unsigned number(const std::string& word, const char* what, unsigned minimum, uns
         throw WrongCall(std::string(what) + " is '" + word + "' (expected " + std::to_string(minimum) +
                         " to " + std::to_string(maximum) + ")");
     return value;
+}
+
+unsigned stateOf(const std::vector<std::string>& action) {
+    const std::string& first = action[0];
+    if (first == "blink")
+        throw WrongCall("blink takes COUNT and PERIOD_MS, such as: blink 3 500");
+    if (first == "bi")
+        throw WrongCall("bi takes on or off" +
+                        (action.size() > 1 ? board::didYouMean(action[1], {"on", "off"}) : ""));
+    if (action.size() > 1 || first.empty() || first.find_first_not_of("0123456789") != std::string::npos)
+        throw WrongCall(
+            "'" + first +
+            "' is no action (expected the state 0, 1 or 2, bi on, bi off, or blink COUNT PERIOD_MS)" +
+            board::didYouMean(first, {"bi", "blink"}));
+    return number(first, "the state", OFF, SECOND_LIT);
 }
 
 int led(const Options& options, const Words& words) {
@@ -147,13 +168,7 @@ int led(const Options& options, const Words& words) {
         const unsigned count = number(action[1], "COUNT", 1, MOST_BLINKS);
         return blink(options, words, count, number(action[2], "PERIOD_MS", 1, LONGEST_MS));
     }
-    if (action.size() > 1)
-        throw WrongCall("'" + action[0] + " " + action[1] +
-                        "...' (expected a state, bi on, bi off, or blink COUNT PERIOD_MS)" +
-                        (action[0] == "bi" ? board::didYouMean(action[1], {"on", "off"})
-                                           : board::didYouMean(action[0], {"bi", "blink"})));
-    const std::optional<unsigned> state =
-        action.empty() ? std::nullopt : std::optional(number(action[0], "STATE", OFF, SECOND_LIT));
+    const std::optional<unsigned> state = action.empty() ? std::nullopt : std::optional(stateOf(action));
     const Board board(options);
     board.devices("led", words.name); // says which LEDs there are where this is none
     return show(std::vector{state ? board::setLed(board.host(), words.name, *state)
@@ -167,17 +182,21 @@ void addLed(CLI::App& app, Options& options) {
     auto* const command = app.add_subcommand(
         "led", "Read a LED, set it and read it back, hold its bi-status overlay, or blink it");
     const auto words = std::make_shared<Words>();
-    command->add_option("NAME", words->name, "The LED")->check(notEmpty())->required()->type_name("NAME");
+    command->add_option("NAME", words->name, "The LED; `boardctl info` lists them")
+        ->check(notEmpty())
+        ->required()
+        ->type_name("");
     command
-        ->add_option(
-            "ACTION", words->action,
-            "0, 1 or 2: the state to set; bi on: show 2 until SIGINT or --for, then the former state; bi "
-            "off: end that for another process; blink COUNT PERIOD_MS: through the toggle")
+        ->add_option("ACTION", words->action,
+                     "Without it the LED is read. 0, 1 or 2: the state to set; bi on: show 2 until SIGINT or "
+                     "--for, then "
+                     "the former state; bi off: end that for another process; blink: through the toggle")
         ->expected(0, 3)
-        ->option_text("0|1|2 | bi on|off | blink COUNT PERIOD_MS");
+        ->option_text("0|1|2|bi on|bi off|blink COUNT PERIOD_MS");
     command->add_option("--for", words->seconds, "End `bi on` after this long")
         ->check(seconds())
         ->option_text("SECONDS");
+    addExamples(*command, {"led status 1", "led status blink 3 500", "led status bi on --for 10"});
     command->callback(
         [&options, words] { options.command = [&options, words] { return led(options, *words); }; });
 }

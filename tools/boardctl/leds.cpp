@@ -3,6 +3,7 @@
 
 #include "CommandLine.h"
 #include "Error.h"
+#include "Help.h"
 #include "LedCheck.h"
 #include "LedDiagram.h"
 #include "LedPipe.h"
@@ -33,22 +34,23 @@ int check(const Options& options) {
     return mistakes.empty() ? DONE : FAILED;
 }
 
-/// "TICK LINE", such as "12 system ready".
-board::LedLine lineAt(const std::string& text) {
+/// Reads "TICK LINE", such as "12 system ready". Returns what is wrong with it; empty where nothing is.
+std::string readLine(const std::string& text, board::LedLine& result) {
     const auto blank = text.find(' ');
     const std::string tick = text.substr(0, blank);
     const bool isNumber = !tick.empty() && tick.find_first_not_of("0123456789") == std::string::npos;
     const unsigned value = isNumber ? String(tick.c_str()).toUInt() : 0;
     if (value < 1 || value > MOST_TICKS || blank == std::string::npos)
-        throw WrongCall("--at '" + text + "' (expected a tick of 1 to " + std::to_string(MOST_TICKS) +
-                        ", a blank and a command line)");
+        return "'" + text + "' (expected a tick of 1 to " + std::to_string(MOST_TICKS) +
+               ", a blank and a command line in quotes, such as \"1 system ready\")";
     const std::string line = text.substr(blank + 1);
     if (line.find('\n') != std::string::npos)
-        throw WrongCall("--at '" + text + "' (expected one line; say --at once for each)");
+        return "'" + text + "' (expected one line; say --at once for each)";
     if (line.size() + 1 > board::MAX_LED_LINE)
-        throw WrongCall("--at '" + text + "' (expected a line of at most " +
-                        std::to_string(board::MAX_LED_LINE - 1) + " bytes: a board cuts longer ones)");
-    return {value, line};
+        return "'" + text + "' (expected a line of at most " + std::to_string(board::MAX_LED_LINE - 1) +
+               " bytes: a board cuts longer ones)";
+    result = {value, line};
+    return "";
 }
 
 /// A board reads so many bytes a tick, and cuts a line that stands across the end. `lines` are in order.
@@ -74,7 +76,7 @@ ordered_json toJson(const board::LedWaves& waves) {
 int preview(const Options& options, unsigned ticks, const std::vector<std::string>& texts) {
     std::vector<board::LedLine> lines;
     for (const std::string& text : texts)
-        lines.push_back(lineAt(text));
+        static_cast<void>(readLine(text, lines.emplace_back())); // the parser has checked it
     const BoardProfile board(options);
     board::LedWaves waves = board::previewLeds(tablesOf(board), ticks, std::move(lines));
     warnOfCuts(waves.lines);
@@ -131,7 +133,15 @@ void addLeds(CLI::App& app, Options& options) {
     show->add_option("--at", words->lines,
                      "Hand LINE to the sequencer just before that tick's output; may be repeated")
         ->allow_extra_args(false)
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                board::LedLine ignored;
+                return readLine(text, ignored);
+            },
+            ""))
         ->option_text("\"TICK LINE\"");
+    addExamples(*show, {"leds preview --at \"3 search start\" --at \"40 search stop\"",
+                        "leds preview --ticks 60 --at \"1 line ring\" --format svg >ring.svg"});
     show->callback([&options, words] {
         options.command = [&options, words] { return preview(options, words->ticks, words->lines); };
     });
@@ -145,6 +155,7 @@ void addLeds(CLI::App& app, Options& options) {
                      "Its number; left out of the line without this, which then names number 0")
         ->transform(decimal(INT32_MIN, INT32_MAX))
         ->type_name("");
+    addExamples(*sender, {"leds send system ready", "leds send system boot 1"});
     sender->callback([&options, words] {
         options.command = [&options, words] {
             return send(options, words->word1, words->word2, words->number);

@@ -41,6 +41,7 @@ public:
                       {{"profile", m_board.profilePath()}, {"simulated", m_board.isSimulated()}});
         showDevices();
         showReport();
+        showFirmware();
         {
             const board::Services services(m_board.profile(), m_showsLeds, m_queue);
             showServices(services);
@@ -99,6 +100,17 @@ private:
                           std::string(2 * (std::size_t{row.level} + 1), ' ') + textOf(row.key) +
                               (row.value.isEmpty() ? "" : ": " + textOf(row.value)),
                           {{"level", row.level}, {"key", textOf(row.key)}, {"value", textOf(row.value)}});
+    }
+
+    void showFirmware() {
+        if (!m_board.profile().firmware)
+            return;
+        const board::FirmwareReading firmware = board::readFirmware(m_board.profile().firmware->path);
+        if (firmware.fault.empty())
+            m_lines.print("firmware", "firmware: " + firmware.version, toJson(firmware));
+        else
+            m_lines.fault("firmware: " + m_board.profile().firmware->place + ": " + firmware.fault,
+                          {{"kind", "firmware"}, {"error", firmware.fault}});
     }
 
     void showServices(const board::Services& services) {

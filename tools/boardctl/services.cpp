@@ -10,6 +10,7 @@
 #include "Error.h"
 #include "EventLines.h"
 #include "Output.h"
+#include "Progress.h"
 #include "StopSignals.h"
 
 using nlohmann::ordered_json;
@@ -35,6 +36,8 @@ int watchButton(const Options& options, std::optional<double> seconds) {
     bool hasFailed = false;
     board::use(*board.profile().button, [&](const std::string&) {
         const board::ButtonService button(*board.profile().button, queue);
+        complain("watching " + board.profile().button->path + " until " +
+                 (seconds ? "the time is over" : "SIGINT"));
         for (bool isOver = false; !isOver && !hasFailed && !lines.isLost();) {
             isOver = StopSignals::waitUntil(end, queue.descriptor()) || (end && Clock::now() >= *end);
             const auto batch = queue.take();
@@ -77,11 +80,15 @@ int bridgeButton(const Options& options, const std::string& device, std::optiona
 int cpu(const Options& options, double period, unsigned count) {
     board::CpuMeter meter;
     int status = DONE;
+    Progress progress(count * period);
     auto next = Clock::now();
     for (unsigned i = 0; i < count; ++i) {
         next += spanOf(period);
-        if (StopSignals::waitUntil(next))
+        if (progress.waitUntil(next, count == 1 ? "measuring"
+                                                : "period " + std::to_string(i + 1) + " of " +
+                                                      std::to_string(count)))
             return status;
+        progress.clear();
         const board::CpuReading reading = meter.next();
         if (options.json)
             printJson(toJson(reading), count == 1 ? 2 : -1);

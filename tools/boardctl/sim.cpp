@@ -3,6 +3,7 @@
 #include "CommandLine.h"
 #include "Error.h"
 #include "Output.h"
+#include "Progress.h"
 #include "SimulatedButton.h"
 #include "StopSignals.h"
 
@@ -36,7 +37,9 @@ void addSim(CLI::App& app, Options& options) {
     press->callback([&options, span] {
         options.command = [&options, span] {
             if (options.board.empty())
-                throw WrongCall("--board must say which board's button is pressed");
+                throw WrongCall(
+                    "--board must say which board's button is pressed (`boardctl sim create DIR` makes a "
+                    "board)");
             const BoardProfile board(options);
             if (!board.profile().button)
                 throw board::Error(board.profilePath() + ": the board has no button");
@@ -45,9 +48,10 @@ void addSim(CLI::App& app, Options& options) {
                 if (button.isHeld())
                     complain("waits until another program lets go of the button");
                 button.press();
-                static_cast<void>(
-                    StopSignals::waitFor(std::chrono::duration_cast<StopSignals::Clock::duration>(
-                        std::chrono::duration<double>(*span))));
+                static_cast<void>(Progress(*span).waitUntil(
+                    StopSignals::Clock::now() + std::chrono::duration_cast<StopSignals::Clock::duration>(
+                                                    std::chrono::duration<double>(*span)),
+                    "holding the button"));
                 button.release();
             });
             return static_cast<int>(DONE);

@@ -136,20 +136,13 @@ private:
         }
     }
 
-    /// What the machine itself says: load and firmware.
+    /// What the machine itself says.
     bool system() {
         board::CpuMeter meter;
         if (!goesOn(500ms))
             return false;
         const board::CpuReading cpu = meter.next();
         m_stage.lines.print("cpu", "CPU load over half a second: " + toText(cpu), toJson(cpu));
-        if (m_stage.board.profile().firmware) {
-            const board::FirmwareReading firmware =
-                board::readFirmware(m_stage.board.profile().firmware->path);
-            m_stage.lines.print("firmware",
-                                "firmware: " + (firmware.fault.empty() ? firmware.version : firmware.fault),
-                                toJson(firmware));
-        }
         return true;
     }
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <csignal>
 #include <sched.h>
+#include <sstream>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -43,11 +44,17 @@ TEST(Boardctl, ShowsHelpOnStandardOutputForEveryCommand) {
                                                                    {"bd", "--help"},
                                                                    {"bd", "show", "--help"},
                                                                    {"bd", "build", "--help"},
+                                                                   {"bd", "set", "--help"},
+                                                                   {"led", "--help"},
+                                                                   {"leds", "preview", "--help"},
                                                                    {"sim", "create", "--help"}}) {
         const Outcome outcome = boardctl(words);
         EXPECT_EQ(outcome.status, 0) << words[0];
         EXPECT_NE(outcome.out.find(USAGE), std::string::npos) << words[0];
         EXPECT_EQ(outcome.err, "") << words[0];
+        std::istringstream lines(outcome.out);
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(line.size(), 80U) << line;
     }
 }
 
@@ -88,9 +95,19 @@ TEST(Boardctl, NamesWhatAMistypedWordMayHaveMeant) {
          "there is no option '--nmae'; did you mean '--name'?\n",
          2}, // not: no speed 'x'
         {{"fan", "--bord", "x"}, "there is no option '--bord'; did you mean '--board'?\n", 2},
-        {{"fan", "hihg"}, "SPEED: hihg not in {full,high,low,off}; did you mean 'high'?\n", 2},
+        {{"fan", "hihg"}, "SPEED: 'hihg' (expected full, high, low or off); did you mean 'high'?\n", 2},
         {{"led", "status", "bi", "of"}, "; did you mean 'off'?\n", 2},
         {{"led", "status", "blnk", "1", "1"}, "; did you mean 'blink'?\n", 2},
+        {{"led", "status", "blink", "2"}, "blink takes COUNT and PERIOD_MS, such as: blink 3 500\n", 2},
+        {{"led", "status", "bi"}, "bi takes on or off\n", 2},
+        {{"led", "status", "on"}, "'on' is no action (expected the state 0, 1 or 2, bi on, bi off, or", 2},
+        {{"leds", "send", "-a", "b"},
+         "there is no option '-a' (a word that begins with a dash goes behind --)\n",
+         2},
+        {{"leds", "preview", "--at", "3", "line", "ring"}, "--at: '3' (expected a tick of 1 to", 2},
+        {{"help"}, "there is no command 'help'; did you mean '--help'?\n", 2},
+        {{"help", "fan"}, "nothing takes the word 'help'; did you mean '--help'?\n", 2},
+        {{"info", "--board"}, "--board: its value is missing\n", 2},
         {{"bd", "get", "Produktid"}, "or a name such as ProductID); did you mean 'ProductID'?\n", 2},
         {{"bd", "add", "45=u23:1"}, "(expected u8, u16, u32, uint, text or hex); did you mean 'u32'?\n", 2},
         {{"led", "stauts"}, "there is no led 'stauts' (there are: status); did you mean 'status'?\n", 1},
@@ -277,6 +294,9 @@ TEST(Boardctl, MakesASimulatedBoardThatItCanHostAndRefusesAFullFolder) {
     EXPECT_EQ(show.status, 0) << show.err;
     EXPECT_NE(show.out.find("192.0.2.10"), std::string::npos) << show.out;
 
+    EXPECT_NE(boardctl({"--board", dir.path("sim"), "info"})
+                  .err.find("did you mean '" + dir.path("sim/board.toml")),
+              std::string::npos);
     const Outcome again = boardctl({"sim", "create", dir.path("sim")});
     EXPECT_EQ(again.status, 1);
     EXPECT_NE(again.err.find("not empty"), std::string::npos) << again.err;

@@ -87,6 +87,7 @@ TEST_F(HostedBoard, PlaysLinesOfOtherProcessesAndTellsOfTheButton) {
     run.signalUntilEnded(SIGTERM);
     const Outcome outcome = run.finish();
     EXPECT_EQ(outcome.status, 0);
+    EXPECT_TRUE(has(outcome.out, "firmware: 5.2-dev/1234\n")) << outcome.out;
     EXPECT_TRUE(has(outcome.out, "stopped\n"));
     const std::regex stamped(
         "[0-9-]{10}T[0-9:]{8}\\.[0-9]{3}[+-][0-9]{4} button (pressed|released, held [0-9.e-]+ s)");
