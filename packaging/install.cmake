@@ -42,7 +42,7 @@ configure_file(packaging/boardctl.service.in boardctl.service @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/boardctl.service DESTINATION lib/systemd/system COMPONENT boardctl)
 install(FILES packaging/linux-board.toml DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT boardctl)
 
-# The manual page is made from what boardctl says of itself.
+# The manual page and the completions are made from what boardctl says of itself.
 if(BOARD_MAN)
     find_program(HELP2MAN help2man REQUIRED)
     set(page ${CMAKE_BINARY_DIR}/boardctl.1.gz)
@@ -52,4 +52,14 @@ if(BOARD_MAN)
         DEPENDS boardctl packaging/man.sh)
     add_custom_target(man ALL DEPENDS ${page})
     install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT boardctl)
+
+    find_program(PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
+    set(completions ${CMAKE_BINARY_DIR}/completions)
+    add_custom_command(OUTPUT ${completions}/boardctl ${completions}/_boardctl
+        COMMAND ${PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/packaging/completions.py ${BOARDCTL} ${completions}
+        DEPENDS boardctl packaging/completions.py packaging/completion.bash packaging/completion.zsh)
+    add_custom_target(completions ALL DEPENDS ${completions}/boardctl ${completions}/_boardctl)
+    install(FILES ${completions}/boardctl DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+        COMPONENT boardctl)
+    install(FILES ${completions}/_boardctl DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT boardctl)
 endif()

@@ -52,4 +52,4 @@ Anything in it turns colours off.
 TEXT
 } >"$sections"
 help2man --no-info --name='host, show and edit a board' --include="$sections" "$boardctl" |
-    sed '/^\.SS "Subcommands:"/,/^\.S[SH] "*[CE]/{/^\.S[SH] "*[CE]/!d}'
+    sed '/^\.SS "Subcommands:"/,/^\.SH COMMANDS/{/^\.SH COMMANDS/!d}'

@@ -32,7 +32,8 @@ gzip -dc "$root/usr/share/man/man1/boardctl.1.gz" | man --warnings -l - >/dev/nu
 
 library=$(find "$root" -name libboarddrivers.so.1)
 for file in "${library%.1}" "$root/usr/include/boarddrivers/CBoardDescr.h" \
-    "$root/usr/lib/systemd/system/boardctl.service"; do
+    "$root/usr/lib/systemd/system/boardctl.service" "$root/usr/share/bash-completion/completions/boardctl" \
+    "$root/usr/share/zsh/vendor-completions/_boardctl"; do
     [[ -e $file ]] || fail "there is no $file"
 done
 for file in "$library" "$root/usr/bin/boardctl"; do

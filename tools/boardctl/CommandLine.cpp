@@ -120,10 +120,10 @@ int runCommandLine(int argc, char** argv) {
         add(app, options);
     // Commands have taken it over; here the options stand in full.
     app.footer("");
-    addExamples(app, {"run --tour                  # all of a simulated board in ten seconds",
-                      "sim create DIR              # a simulated board that stays",
-                      "--board DIR/board.toml info # what its drivers say",
-                      "fan --help                  # what a command takes"});
+    addExamples(app, {"run --tour                   each part of a simulated board",
+                      "sim create DIR               a simulated board that stays",
+                      "--board DIR/board.toml info  what its drivers say",
+                      "fan --help                   what a command takes"});
 
     try {
         app.parse(argc, argv);

@@ -1,0 +1,70 @@
+# Completion of boardctl for bash. The tables are made from its helps: by command, a line a word or a row of words, in
+# which "@" is a file and "*" anything.
+declare -gA _boardctl_commands _boardctl_options _boardctl_values _boardctl_arguments
+# TABLES
+
+_boardctl() {
+    local word=${COMP_WORDS[COMP_CWORD]} command=boardctl option='' known='' row i
+    local -a given=() words=() row_words
+    # The words before: which command, which arguments, and whether an option still wants its value. The shell makes
+    # a word of the = in --board=FILE.
+    for ((i = 1; i < COMP_CWORD; ++i)); do
+        local each=${COMP_WORDS[i]}
+        if [[ $each == = && $option ]]; then
+            continue
+        elif [[ $option ]]; then
+            option=''
+        elif [[ $each == -* ]]; then
+            known=$(_boardctl_value "$command" "$each")
+            [[ -z $known ]] || option=$each
+        elif grep -qxF -- "$each" <<<"${_boardctl_commands[$command]-}"; then
+            command+=" $each"
+        else
+            given+=("$each")
+        fi
+    done
+    [[ $word != = ]] || word=''
+
+    if [[ $option ]]; then
+        read -ra words <<<"$known"
+    elif [[ $word == -* ]]; then
+        mapfile -t words <<<"${_boardctl_options[$command]}"
+        [[ $command == boardctl ]] || words+=(--board --format)
+    elif [[ ${_boardctl_commands[$command]-} ]]; then
+        mapfile -t words <<<"${_boardctl_commands[$command]}"
+    else
+        while read -ra row_words; do
+            for ((i = 0; i < ${#given[@]}; ++i)); do
+                [[ ${row_words[i]-} == [@*] || ${row_words[i]-} == "${given[i]}" ]] || continue 2
+            done
+            words+=("${row_words[i]-}")
+        done <<<"${_boardctl_arguments[$command]-}"
+    fi
+
+    COMPREPLY=()
+    for row in "${words[@]}"; do
+        case $row in
+        '' | '*') ;;
+        @)
+            compopt -o filenames 2>/dev/null
+            mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -f -- "$word")
+            ;;
+        "$word"*) COMPREPLY+=("$row") ;;
+        esac
+    done
+}
+
+# What may stand behind an option of a command, or of the program itself; nothing where it takes no value.
+_boardctl_value() {
+    local path name values
+    for path in "$1" boardctl; do
+        while read -r name values; do
+            [[ $name != "$2" ]] || {
+                echo "$values"
+                return
+            }
+        done <<<"${_boardctl_values[$path]-}"
+    done
+}
+
+complete -F _boardctl boardctl

@@ -1,0 +1,65 @@
+#compdef boardctl
+# Completion of boardctl for zsh. The tables are made from its helps: by command, a line a word or a row of words, in
+# which "@" is a file and "*" anything.
+local -A _boardctl_commands _boardctl_options _boardctl_values _boardctl_arguments
+# TABLES
+
+local command=boardctl option='' known='' each row i
+local -a given table row_words offered
+local word=${words[CURRENT]}
+
+# What may stand behind an option of a command, or of the program itself; nothing where it takes no value.
+_boardctl_value() {
+    local line
+    for line in ${(f)_boardctl_values[$command]} ${(f)_boardctl_values[boardctl]}; do
+        [[ ${line%% *} == $1 ]] && { print -r -- ${line#* }; return }
+    done
+}
+
+# The words before: which command, which arguments, and whether an option still wants its value.
+for each in ${words[2,CURRENT-1]}; do
+    if [[ -n $option ]]; then
+        option=''
+    elif [[ $each == -*=* ]]; then
+        :
+    elif [[ $each == -* ]]; then
+        known=$(_boardctl_value $each)
+        [[ -n $known ]] && option=$each
+    elif [[ -n ${(M)${(f)_boardctl_commands[$command]}:#$each:*} ]]; then
+        command+=" $each"
+    else
+        given+=($each)
+    fi
+done
+
+if [[ -z $option && $word == --*=* ]]; then
+    known=$(_boardctl_value ${word%%=*})
+    [[ -n $known ]] && option=${word%%=*}
+    compset -P '*='
+fi
+if [[ -n $option ]]; then
+    offered=(${=known})
+elif [[ $word == -* ]]; then
+    table=(${(f)_boardctl_options[$command]})
+    [[ $command == boardctl ]] || table+=(${(M)${(f)_boardctl_options[boardctl]}:#--(board|format):*})
+    _describe -o option table
+    return
+elif [[ -n $_boardctl_commands[$command] ]]; then
+    table=(${(f)_boardctl_commands[$command]})
+    _describe command table
+    return
+else
+    for row in ${(f)_boardctl_arguments[$command]}; do
+        row_words=(${=row})
+        for ((i = 1; i <= $#given; ++i)); do
+            [[ $row_words[i] == [@*] || $row_words[i] == $given[i] ]] || continue 2
+        done
+        offered+=($row_words[i])
+    done
+fi
+if (($offered[(Ie)@])); then
+    _files
+else
+    offered=(${(u)offered:#\*})
+    (($#offered)) && compadd -a offered
+fi

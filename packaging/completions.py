@@ -1,0 +1,99 @@
+#!/usr/bin/env python3
+"""Writes the shells' completions of boardctl, made from what `--help` says of it and of each of its commands.
+
+usage: packaging/completions.py BOARDCTL FOLDER    writes FOLDER/boardctl (bash) and FOLDER/_boardctl (zsh)
+"""
+import pathlib
+import re
+import subprocess
+import sys
+
+FILES = {"FILE", "IMAGE", "DIR"}  # the words for which a help asks with the name of a file
+HERE = pathlib.Path(__file__).parent
+
+
+def sections(text):
+    """The entries below each heading of a help: (left column, text)."""
+    found, heading = {}, None
+    for line in text.splitlines():
+        if re.fullmatch(r"[A-Z][a-z]+:", line):
+            heading = found.setdefault(line[:-1], [])
+        elif not line:
+            heading = None
+        elif heading is None:
+            continue
+        elif line.startswith(" " * 30):  # the text goes on, or begins behind a long left column
+            left, description = heading[-1]
+            heading[-1] = (left, f"{description} {line.strip()}".strip())
+        else:
+            left, _, description = line.strip().partition("  ")
+            heading.append((left, description.strip()))
+    return found
+
+
+def words_of(kind):
+    """What may stand for an argument, as rows of words: fixed ones, "@" for a file, "*" for anything else."""
+    if kind in FILES:
+        return [["@"]]
+    return [["*" if re.search(r"[^a-z0-9]", word) else word for word in row.split()]
+            for row in kind.split("|")]
+
+
+class Completions:
+    def __init__(self, boardctl):
+        self.boardctl = boardctl
+        self.commands = []  # (path, name, text)
+        self.options = []  # (path, names, text, row of what its value may be)
+        self.arguments = []  # (path, row)
+        self.walk("")
+
+    def walk(self, path):
+        call = [self.boardctl, *path.split(), "--help"]
+        found = sections(subprocess.run(call, check=True, capture_output=True, text=True).stdout)
+        for name, text in found.get("Subcommands", []):
+            self.commands.append((path, name, text))
+            self.walk(f"{path} {name}".strip())
+        for left, text in found["Options"]:
+            names, _, kind = left.removesuffix(" REQUIRED").partition(" ")
+            values = [row[0] for row in words_of(kind)] if kind else []
+            self.options.append((path, names.split(","), text, values))
+        rows = [[]]
+        for left, _ in found.get("Positionals", []):
+            name, _, kind = left.removesuffix(" REQUIRED").partition(" ")
+            rows = [row + more for row in rows for more in words_of(kind or name)]
+        if rows != [[]]:
+            self.arguments += [(path, row) for row in rows]
+
+    def bash(self):
+        return self.tables("    ['{}']='{}'", lambda name, text: name)
+
+    def zsh(self):
+        return self.tables("    '{}' '{}'", lambda name, text: f"{name}:{text}")
+
+    def tables(self, entry, described):
+        """One table a kind of word, by the path of the command."""
+        for name, rows in (
+                ("commands", [(path, described(name, text)) for path, name, text in self.commands]),
+                ("options", [(path, described(name, text)) for path, names, text, _ in self.options for name in names]),
+                ("values", [(path, " ".join([name, *values])) for path, names, _, values in self.options if values
+                            for name in names]),
+                ("arguments", [(path, " ".join(row)) for path, row in self.arguments])):
+            lines = {}
+            for path, line in rows:
+                lines.setdefault(f"boardctl {path}".strip(), []).append(line.replace("'", "'\\''"))
+            yield f"_boardctl_{name}=("
+            for path, each in lines.items():
+                yield entry.format(path, "\n".join(each))
+            yield ")"
+
+
+def main():
+    boardctl, folder = sys.argv[1], pathlib.Path(sys.argv[2])
+    found = Completions(boardctl)
+    folder.mkdir(parents=True, exist_ok=True)
+    for shell, name, tables in (("bash", "boardctl", found.bash()), ("zsh", "_boardctl", found.zsh())):
+        template = (HERE / f"completion.{shell}").read_text()
+        (folder / name).write_text(template.replace("# TABLES\n", "\n".join(tables) + "\n"))
+
+
+main()

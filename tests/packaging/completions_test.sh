@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# Completes calls of boardctl as bash does: tests/packaging/completions_test.sh COMPLETIONS_PY BOARDCTL
+set -euo pipefail
+
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+"$1" "$2" "$folder"
+cd "$folder"
+touch image.bin
+status=0
+
+# shellcheck source=/dev/null # made from a template, which is checked itself
+source "$folder/boardctl"
+# shellcheck disable=SC2317 # called by the completion; the shell's own works during one alone
+compopt() { :; }
+
+# expect WORDS WORD...: what is offered for the last WORD.
+expect() {
+    local expected=$1
+    COMP_WORDS=(boardctl "${@:2}")
+    COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+    _boardctl
+    [[ ${COMPREPLY[*]-} == "$expected" ]] || {
+        echo "'boardctl ${*:2}' is completed by '${COMPREPLY[*]-}' (expected '$expected')" >&2
+        status=1
+    }
+}
+
+expect "button bd" b
+expect "list get set add" bd mac ""
+expect "send" --board x leds s # a word that an option takes is no command
+expect "--force --format" bd set --fo
+expect "text json metrics svg" info --format ""
+expect "json" info --format = j # as bash cuts --format=j
+expect "u8 u16 u32 uint" bd get --type u
+expect "full high low off" fan ""
+expect "" fan low ""
+expect "on off" led status bi ""
+expect "" led status blink ""
+expect "image.bin" bd show im
+expect "image.bin" bd set 5=u8:1 --image im
+expect "" cpu --count ""
+
+if command -v zsh >/dev/null; then
+    zsh -n _boardctl || status=1
+fi
+exit "$status"
