@@ -38,10 +38,10 @@ std::vector<std::string> Board::devices(const std::string& kind, const std::stri
             names.push_back(device.name);
     }
     if (names.empty())
-        throw board::Error(known.empty()
-                               ? profilePath() + ": the board has no device of the kind '" + kind + "'"
-                               : "there is no " + kind + " '" + name + "' (there are: " + known + ")" +
-                                     board::didYouMean(name, ofKind));
+        throw board::Error(known.empty() ? profilePath() + ": the board has no " + kind +
+                                               " (expected a table [[" + kind + "]])"
+                                         : "there is no " + kind + " '" + name + "' (there are: " + known +
+                                               ")" + board::didYouMean(name, ofKind));
     return names;
 }
 

@@ -103,7 +103,7 @@ std::string explained(CLI::App& app, const CLI::ParseError& error) {
 }
 
 std::string adviceAfter(CLI::App& app, const CLI::ParseError* error) {
-    const std::string help = app.help(); // of the innermost command
+    std::string help = app.help(); // of the innermost command
     if (dynamic_cast<const CLI::RequiredError*>(error) && lacksCommand(app) && app.remaining(true).empty())
         return help;
     const std::size_t begin = help.find("Usage: ");

@@ -142,7 +142,7 @@ int edit(const Options& options, const BdWords& words,
     const std::string& path = target.place.path;
     board::EditManner manner = words.manner;
     if (target.isSimulated()) {
-        complain("no --board and no image: this edits a simulated board that goes with the call");
+        complain("no --board and no image: this edits a simulated board, which is gone after the call");
         manner.keepOld = !manner.backup.empty();
     }
     const auto stepOnWhatIsLeft = [&](board::DescriptorEdit& descriptor) {

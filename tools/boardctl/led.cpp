@@ -82,7 +82,8 @@ int holdOverlay(const Options& options, const Words& words) {
                                 ? "the device holds " + std::to_string(shown.state) + " after 2 was written"
                                 : shown.fault));
     }
-    complain("LED '" + words.name + "' shows 2 until " + (words.seconds ? "the time is over" : "SIGINT"));
+    complain("LED '" + words.name + "' shows 2 until " +
+             (words.seconds ? "the time is over" : "SIGINT (Ctrl-C)"));
     std::optional<StopSignals::Clock::time_point> end;
     if (words.seconds)
         end = StopSignals::Clock::now() + std::chrono::duration_cast<StopSignals::Clock::duration>(

@@ -64,8 +64,10 @@ private:
             if (device.kind == "descriptor")
                 continue; // loading it tells more
             if (!device.fault.empty())
-                m_lines.fault(device.kind + " '" + device.name + "': " + device.fault,
-                              {{"kind", device.kind}, {"name", device.name}, {"error", device.fault}});
+                m_lines.fault(
+                    (device.kind == "preferences" ? device.kind : device.kind + " '" + device.name + "'") +
+                        ": " + device.fault,
+                    {{"kind", device.kind}, {"name", device.name}, {"error", device.fault}});
             else if (!device.endpoint.empty())
                 m_lines.print("connected",
                               device.kind + " '" + device.name + "': connected to '" + device.endpoint +

@@ -37,7 +37,7 @@ int watchButton(const Options& options, std::optional<double> seconds) {
     board::use(*board.profile().button, [&](const std::string&) {
         const board::ButtonService button(*board.profile().button, queue);
         complain("watching " + board.profile().button->path + " until " +
-                 (seconds ? "the time is over" : "SIGINT"));
+                 (seconds ? "the time is over" : "SIGINT (Ctrl-C)"));
         for (bool isOver = false; !isOver && !hasFailed && !lines.isLost();) {
             isOver = StopSignals::waitUntil(end, queue.descriptor()) || (end && Clock::now() >= *end);
             const auto batch = queue.take();

@@ -171,12 +171,15 @@ TEST_F(HostedBoard, GoesOnWithoutAButtonThatDisappears) {
 TEST_F(HostedBoard, RefusesAButtonThatWouldSpinAndLedsThatAreNotThere) {
     m_dir.write("board.toml",
                 "[button]\ndevice = 'board.toml'\n[leds]\n[[leds.file]]\nmask = 1\npath = 'led:none at all'\n"
-                "[[leds.file]]\nmask = 2\npath = 'gone'\n[firmware]\ninfo = '.'\n");
+                "[[leds.file]]\nmask = 2\npath = 'gone'\n[firmware]\ninfo = '.'\n"
+                "[preferences]\nfile = '.'\n");
     const Outcome run = boardctl({"--board", m_dir.path("board.toml"), "run", "--for", "0"});
     EXPECT_EQ(run.status, 0);
     for (const char* const text :
          {"board.toml:2: button.device: ", "is no button (expected a pipe or a character device)",
-          "board.toml:6: leds.file[0].path: led:none at all: there is no LED"})
+          "board.toml:6: leds.file[0].path: led:none at all: there is no LED",
+          "firmware: ", "is no file (expected one of text lines)",
+          "boardctl: preferences: ", "is no file (expected one of lines 'key = value')"})
         EXPECT_TRUE(has(run.err, text)) << text << "\n" << run.err;
     const Outcome firmware = boardctl({"--board", m_dir.path("board.toml"), "firmware"});
     EXPECT_EQ(firmware.status, 1);
