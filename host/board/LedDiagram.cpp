@@ -67,12 +67,20 @@ std::string piece(const LedWaves& waves, unsigned begin, unsigned end) {
 // --- picture
 // ------------------------------------------------------------------------------------------------
 
-constexpr double ROW = 34;
+// As wide as a page of A4 the letters are still of seven points; in black and white the LEDs are the darkest.
+constexpr double ROW = 30;
 constexpr double LAMP = 18; ///< height of a lit span
 constexpr double LANE = 18; ///< height of a row of flags
 constexpr double LETTER = 7.3;
-constexpr double MARGIN = 16;
-constexpr double MIN_PLOT = 320, MAX_PLOT = 1200;
+constexpr double MARGIN = 14;
+constexpr double MIN_PLOT = 320, MAX_PLOT = 660;
+constexpr double FIGURE = 44;  ///< the least distance of two figures on the axis
+constexpr double MIN_TICK = 4; ///< the least distance of two ticks that are marked
+constexpr double BELOW = 46;   ///< height of the axis with its figures and unit
+constexpr double MS_A_SECOND = 1000;
+
+constexpr char LIT[] = "#0b5a34", PALE[] = "#f3f5f7", GRID[] = "#cfd5db", AXIS[] = "#5b6570",
+               NAME[] = "#15191d", FLAG[] = "#b3261e";
 
 std::string escaped(const std::string& text) {
     std::string result;
@@ -110,24 +118,25 @@ public:
         m_left = 2 * MARGIN + LETTER * static_cast<double>(longestName(waves));
         m_plot = std::clamp(waves.ticks * 16.0, MIN_PLOT, MAX_PLOT);
         placeFlags();
-        m_top = MARGIN + LANE * static_cast<double>(m_laneEnds.size()) + 8;
+        m_top = MARGIN + LANE * static_cast<double>(m_lanes) + 4;
         m_bottom = m_top + ROW * static_cast<double>(waves.leds.size());
     }
 
     std::string draw() {
         double width = m_left + m_plot + 2 * MARGIN; // half a figure of the axis
-        for (const double end : m_laneEnds)
-            width = std::max(width, end + MARGIN);
-        const std::string size = number(width) + "\" height=\"" + number(m_bottom + 44) + "\"";
-        m_svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + size + " viewBox=\"0 0 " +
-                number(width) + " " + number(m_bottom + 44) +
-                "\" font-family=\"monospace\" font-size=\"12\">\n"
-                "<rect width=\"100%\" height=\"100%\" fill=\"#ffffff\"/>\n";
+        for (const Flag& flag : m_flags)
+            width = std::max(width, flag.end + MARGIN);
+        const std::string w = number(width), h = number(m_bottom + BELOW);
+        m_svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + w + "\" height=\"" + h +
+                "\" viewBox=\"0 0 " + w + " " + h + "\" font-family=\"monospace\" font-size=\"12\">\n";
+        rectangle(0, 0, width, m_bottom + BELOW, "#ffffff");
+        for (std::size_t i = 0; i < m_waves.leds.size(); i += 2) // so that the eye keeps to a row
+            rectangle(MARGIN / 2, rowAt(i), m_left + m_plot - MARGIN / 2, ROW, PALE);
         drawAxis();
-        for (std::size_t i = 0; i < m_waves.leds.size(); ++i)
-            drawLed(m_waves.leds[i], m_top + ROW * static_cast<double>(i));
         for (const Flag& flag : m_flags)
             drawFlag(flag);
+        for (std::size_t i = 0; i < m_waves.leds.size(); ++i)
+            drawLed(m_waves.leds[i], rowAt(i));
         return m_svg + "</svg>\n";
     }
 
@@ -135,61 +144,68 @@ private:
     struct Flag {
         const LedLine* line;
         std::size_t lane;
+        double end;
     };
 
     double at(double tick) const { return m_left + m_plot * tick / m_waves.ticks; }
+    double rowAt(std::size_t led) const { return m_top + ROW * static_cast<double>(led); }
 
-    /// A flag goes into the first lane whose last one has ended.
+    /// A flag hangs below those that reach over its pole, which so crosses none of them.
     void placeFlags() {
         for (const LedLine& line : m_waves.lines) {
             if (line.tick >= m_waves.ticks)
                 continue;
             const double begin = at(line.tick);
             std::size_t lane = 0;
-            while (lane < m_laneEnds.size() && m_laneEnds[lane] > begin)
-                ++lane;
-            if (lane == m_laneEnds.size())
-                m_laneEnds.push_back(0);
-            m_laneEnds[lane] = begin + LETTER * static_cast<double>(columnsOf(line.line)) + 14;
-            m_flags.push_back({&line, lane});
+            for (const Flag& flag : m_flags)
+                if (flag.end > begin)
+                    lane = std::max(lane, flag.lane + 1);
+            m_flags.push_back({&line, lane, begin + LETTER * static_cast<double>(columnsOf(line.line)) + 14});
+            m_lanes = std::max(m_lanes, lane + 1);
         }
     }
 
-    void line(double x1, double y1, double x2, double y2, const char* colour) {
+    void line(double x1, double y1, double x2, double y2, const char* colour, const char* more = "") {
         m_svg += "<line x1=\"" + number(x1) + "\" y1=\"" + number(y1) + "\" x2=\"" + number(x2) + "\" y2=\"" +
-                 number(y2) + "\" stroke=\"" + colour + "\"/>\n";
+                 number(y2) + "\" stroke=\"" + colour + "\"" + more + "/>\n";
     }
 
-    void text(double x, double y, const std::string& what, const char* more) {
-        m_svg += "<text x=\"" + number(x) + "\" y=\"" + number(y) + "\" " + more + ">" + escaped(what) +
-                 "</text>\n";
+    void rectangle(double x, double y, double width, double height, const char* colour) {
+        m_svg += "<rect x=\"" + number(x) + "\" y=\"" + number(y) + "\" width=\"" + number(width) +
+                 "\" height=\"" + number(height) + "\" fill=\"" + colour + "\"/>\n";
     }
 
-    /// Time in milliseconds, with a line about every 80 units.
+    void text(double x, double y, const std::string& what, const char* anchor, const char* colour) {
+        m_svg += "<text x=\"" + number(x) + "\" y=\"" + number(y) + "\" text-anchor=\"" + anchor +
+                 "\" fill=\"" + colour + "\">" + escaped(what) + "</text>\n";
+    }
+
+    /// Time in seconds from the left; a short mark for each tick where there is room.
     void drawAxis() {
         const double whole = static_cast<double>(m_waves.ticks) * m_waves.tickMs;
-        const double step = std::max(roundStep(whole * 80 / m_plot), static_cast<double>(m_waves.tickMs));
+        const double step = std::max(roundStep(whole * FIGURE / m_plot), static_cast<double>(m_waves.tickMs));
         for (int mark = 0; mark * step <= whole; ++mark) {
             const double ms = mark * step;
             const double x = at(ms / m_waves.tickMs);
-            line(x, m_top, x, m_bottom + 6, "#d8dde3");
-            text(x, m_bottom + 20, number(ms), "text-anchor=\"middle\" fill=\"#56606b\"");
+            line(x, m_top, x, m_bottom + 7, GRID);
+            text(x, m_bottom + 21, number(ms / MS_A_SECOND), "middle", AXIS);
         }
-        text(m_left + m_plot / 2, m_bottom + 37,
-             "milliseconds, a tick is " + std::to_string(m_waves.tickMs) + " ms",
-             "text-anchor=\"middle\" fill=\"#56606b\"");
+        line(m_left, m_bottom, m_left + m_plot, m_bottom, AXIS);
+        for (unsigned tick = 0; m_plot >= MIN_TICK * m_waves.ticks && tick <= m_waves.ticks; ++tick)
+            line(at(tick), m_bottom, at(tick), m_bottom + 3, AXIS);
+        text(m_left + m_plot / 2, m_bottom + 38,
+             "seconds, a tick is " + number(m_waves.tickMs / MS_A_SECOND) + " s", "middle", AXIS);
     }
 
+    /// A line where the LED is dark, a block on it where it is lit.
     void drawLed(const LedWave& led, double y) {
-        const double middle = y + ROW / 2;
-        text(m_left - MARGIN, middle + 4, led.name, "text-anchor=\"end\" fill=\"#1d2329\"");
-        line(m_left, middle, m_left + m_plot, middle, "#9aa5b1");
+        const double ground = y + (ROW + LAMP) / 2;
+        text(m_left - MARGIN / 2, ground - 5, led.name, "end", NAME);
+        line(m_left, ground, m_left + m_plot, ground, LIT);
         for (std::size_t begin = led.wave.find('1'); begin != std::string::npos;) {
             const std::size_t end = std::min(led.wave.find('0', begin), led.wave.size());
             const double x = at(static_cast<double>(begin));
-            m_svg += "<rect x=\"" + number(x) + "\" y=\"" + number(middle - LAMP / 2) + "\" width=\"" +
-                     number(at(static_cast<double>(end)) - x) + "\" height=\"" + number(LAMP) +
-                     "\" rx=\"2\" fill=\"#1f9d55\"/>\n";
+            rectangle(x, ground - LAMP, at(static_cast<double>(end)) - x, LAMP, LIT);
             begin = led.wave.find('1', end);
         }
     }
@@ -197,15 +213,15 @@ private:
     void drawFlag(const Flag& flag) {
         const double x = at(flag.line->tick);
         const double y = MARGIN + LANE * static_cast<double>(flag.lane);
-        line(x, y, x, m_bottom, "#c0392b");
-        m_svg += "<path d=\"M" + number(x) + " " + number(y) + "l8 5l-8 5z\" fill=\"#c0392b\"/>\n";
-        text(x + 11, y + 9, flag.line->line, "fill=\"#c0392b\"");
+        line(x, y, x, m_bottom, FLAG, " stroke-dasharray=\"4 2\"");
+        m_svg += "<path d=\"M" + number(x) + " " + number(y) + "l8 5l-8 5z\" fill=\"" + FLAG + "\"/>\n";
+        text(x + 11, y + 9, flag.line->line, "start", FLAG);
     }
 
     const LedWaves& m_waves;
     double m_left, m_plot, m_top, m_bottom;
     std::vector<Flag> m_flags;
-    std::vector<double> m_laneEnds;
+    std::size_t m_lanes = 0;
     std::string m_svg;
 };
 
