@@ -42,6 +42,11 @@ product="product abcd "
 build_with "$work/cmake" "$source/tests/install" -DCMAKE_PREFIX_PATH="$prefix"
 expect "$product" "$work/cmake/consumer" "$image"
 
+# The example, by the guide that explains it.
+build_with "$work/example" "$source/examples/host" -DCMAKE_PREFIX_PATH="$prefix"
+guide=$(/usr/bin/python3 "$source/tests/docs/pages.py" --program "boardctl=$boardctl" \
+    --program "board-host=$work/example/board-host" "$source/docs/host-guide.md") || fail "$guide"
+
 # pkg-config.
 read -ra flags <<<"$(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --cflags --libs boarddrivers)"
 g++ -std=c++17 -Wall -Wextra -Werror "$source/tests/install/consumer.cpp" -o "$work/consumer" "${flags[@]}"
@@ -81,4 +86,4 @@ build_with "$work/apart-cmake" "$source/tests/install" -DCMAKE_PREFIX_PATH="$wor
 # On a board the framework is where the system looks.
 LD_LIBRARY_PATH=$(dirname "$(find "$framework" -name libutility.so)") \
     expect "$product" "$work/apart-cmake/consumer" "$image"
-echo "installed copy: CMake, pkg-config, headers, $loading, a framework apart"
+echo "installed copy: CMake, the example, pkg-config, headers, $loading, a framework apart"
