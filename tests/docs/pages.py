@@ -8,7 +8,7 @@ In a page
     [...](PATH)       is there
 A page's commands run in one shell, in an empty folder, with the programs in the path. A command that ends with
 another status than 0 is followed by `$ echo $?`. Of what is printed, `...` stands for any text within a line, and
-on a line of its own for any lines.
+on a line of its own for any lines. A picture that differs is kept in the current folder.
 """
 import argparse
 import difflib
@@ -18,7 +18,6 @@ import re
 import subprocess
 import sys
 import tempfile
-import textwrap
 
 FENCE = re.compile(r"^```(\w*) ?(.*)$")
 PICTURE = re.compile(r"!\[[^]]*\]\(([^)]+)\)")
@@ -121,9 +120,8 @@ def judge(page, results):
 
 def check_quotations(page):
     for line, name, quoted in page.quotations:
-        source = textwrap.dedent((page.path.parent / name).read_text(encoding="utf-8"))
-        places = "\n".join(part.strip() for part in source.splitlines())
-        if "\n".join(part.strip() for part in quoted) not in places:
+        source = (page.path.parent / name).read_text(encoding="utf-8").splitlines()
+        if "\n".join(map(str.strip, quoted)) not in "\n".join(map(str.strip, source)):
             yield f"{page.path}:{line}: does not stand in {name}"
 
 

@@ -62,4 +62,16 @@ TEST(LedPreview, DrawsAPictureOfAnyNamesAndLines) {
     EXPECT_EQ(svg.find("late"), std::string::npos);
     EXPECT_EQ(svg.find("nan"), std::string::npos);
     EXPECT_EQ(svg.rfind("</svg>\n"), svg.size() - 7);
+    EXPECT_NE(svg.find(">2</text>"), std::string::npos) << "the axis ends at two seconds";
+}
+
+TEST(LedPreview, HangsAFlagBelowThoseThatReachOverItsPole) {
+    const std::string svg = board::ledsToSvg(
+        {100, 100, {{1, "one", std::string(100, '0')}}, {{10, "long long line"}, {12, "next"}, {90, "far"}}});
+    const auto heightOf = [&](const std::string& text) {
+        const std::size_t y = svg.rfind(" y=\"", svg.find(">" + text + "<"));
+        return y != std::string::npos ? std::stod(svg.substr(y + 4)) : -1;
+    };
+    EXPECT_GT(heightOf("next"), heightOf("long long line")) << svg;
+    EXPECT_EQ(heightOf("far"), heightOf("long long line"));
 }
