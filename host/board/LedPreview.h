@@ -12,6 +12,7 @@ namespace board {
 struct LedLine {
     unsigned tick; ///< 1 or more: the defaults stand before tick 0
     std::string line;
+    bool namesRow = true; ///< false in what `previewLeds` returns: no row of the table is named so
 };
 
 /// What one LED shows: character k is '1' where it is lit in tick k, else '0'.

@@ -87,6 +87,8 @@ int preview(const Options& options, unsigned ticks, const std::vector<std::strin
         if (line.tick >= ticks)
             complain("tick " + std::to_string(line.tick) + " is behind the last one: '" + line.line +
                      "' does not show");
+        if (!line.namesRow)
+            complain("'" + line.line + "' names no row of the table: it does nothing");
     }
     if (options.json)
         printJson(toJson(waves));

@@ -37,18 +37,13 @@ TEST(LedPreview, ShowsEachLedTickByTickInTheOrderOfTheMasks) {
     EXPECT_NE(text.find("pair  .##" + std::string(27, '.') + "#...\n"), std::string::npos) << text;
     EXPECT_NE(text.find("v tick 30, 3000 ms: two flash\n"), std::string::npos) << text;
     EXPECT_EQ(text.find("99"), std::string::npos) << text;
-    const std::string named = board::ledsToText({1,
-                                                 100,
-                                                 {{1,
-                                                   "L\xC3\xBC"
-                                                   "fter",
-                                                   "1"},
-                                                  {2, "power", "0"}},
-                                                 {}});
-    EXPECT_NE(named.find("L\xC3\xBC"
-                         "fter  #\npower   .\n"),
-              std::string::npos)
-        << named;
+    ASSERT_EQ(waves.lines.size(), 4U);
+    EXPECT_TRUE(waves.lines[0].namesRow && waves.lines[2].namesRow);
+    EXPECT_FALSE(waves.lines[1].namesRow) << waves.lines[1].line;
+
+    const std::string longer = "L\u00FCfter";
+    const std::string named = board::ledsToText({1, 100, {{1, longer, "1"}, {2, "power", "0"}}, {}});
+    EXPECT_NE(named.find(longer + "  #\npower   .\n"), std::string::npos) << named;
 
     EXPECT_THROW(board::previewLeds(ledsOf("[leds]\ntick_ms = 0\n"), 1, {}), board::Error);
 }
