@@ -88,9 +88,8 @@ private:
         const auto warn = [&](const std::string& text) {
             add(Finding::Weight::WARNING, m_position, nameOf(tag.id) + ": " + text);
         };
-        if (known && known->size != 0 && known->size != tag.length)
-            warn("has " + std::to_string(tag.length) + " bytes (expected " + std::to_string(known->size) +
-                 ")");
+        if (const std::string size = wrongSizeOf(tag); !size.empty())
+            warn("has " + size);
         if (tag.length % 2 != 0)
             warn("has an odd length of " + std::to_string(tag.length) +
                  "; storing and loading it adds a zero byte");
@@ -135,6 +134,14 @@ private:
 };
 
 } // namespace
+
+std::string wrongSizeOf(const BD::Tag& tag) {
+    const KnownTags* const known = knownTag(tag.id);
+    if (!known || known->size == 0 || known->size == tag.length)
+        return {};
+    return std::to_string(tag.length) + (tag.length == 1 ? " byte" : " bytes") + " (expected " +
+           std::to_string(known->size) + ")";
+}
 
 CheckedImage checkImage(const std::string& bytes, bool isDevice) {
     return Checker(bytes, isDevice).check();

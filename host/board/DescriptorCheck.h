@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "BD_Tag.h"
+
 namespace board {
 
 /// One thing to know about an image.
@@ -28,5 +30,8 @@ struct CheckedImage {
 /// Looks at every byte of an image. On a device, what lies behind the terminator was left there by a longer
 /// image and is only noted.
 CheckedImage checkImage(const std::string& bytes, bool isDevice);
+
+/// "2 bytes (expected 4)" where the tag's identifier has a meaning that needs another size; else empty.
+std::string wrongSizeOf(const BD::Tag& tag);
 
 } // namespace board

@@ -11,6 +11,7 @@ namespace board {
 
 namespace {
 
+constexpr BD::TagId MAC_TAG = 1;
 constexpr BD::TagId LAST_ID = 65534;
 constexpr std::size_t MAX_DATA_BYTES = 65530; // a chunk's 16-bit length, less its header, made even
 constexpr char TYPES[] = "u8, u16, u32, uint, text or hex";
@@ -142,7 +143,8 @@ Assignment parseAssignment(const std::string& word) {
         assignment.data =
             dataOf(parseTagType(word.substr(equals + 1, colon - equals - 1)), word.substr(colon + 1));
     } catch (const Error& error) {
-        throw Error("tag " + quoted(tag) + ": " + error.what());
+        throw Error("tag " + quoted(tag) + ": " + error.what() +
+                    (assignment.place.id == MAC_TAG ? "; `boardctl bd mac` writes addresses" : ""));
     }
     const std::size_t size = assignment.data.length();
     if (size > MAX_DATA_BYTES)

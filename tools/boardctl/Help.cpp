@@ -61,6 +61,12 @@ std::string unknownOption(CLI::App& app, const std::string& word) {
     return text;
 }
 
+/// Whether the command of this call is one that edits, which has its image behind -i.
+bool takesImageOption(const CLI::App& app) {
+    const auto called = app.get_subcommands();
+    return called.empty() ? app.get_option_no_throw("-i") != nullptr : takesImageOption(*called.front());
+}
+
 } // namespace
 
 std::string HelpFormatter::make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const {
@@ -95,6 +101,7 @@ std::string explained(CLI::App& app, const CLI::ParseError& error) {
         return words.empty() ? "a command is missing" : unknownCommand(app, words.front());
     if (dynamic_cast<const CLI::ExtrasError*>(&error) && !words.empty())
         return "nothing takes the word '" + words.front() + "'" +
+               (takesImageOption(app) ? " (an image file is named by -i)" : "") +
                board::didYouMean(words.front(), knownOptions(app));
     const std::string what = error.what();
     const bool lacksValue = dynamic_cast<const CLI::ArgumentMismatch*>(&error) &&

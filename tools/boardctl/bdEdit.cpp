@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "BdCommands.h"
+#include "DescriptorCheck.h"
 #include "DescriptorImage.h"
 #include "Output.h"
 
@@ -52,8 +53,11 @@ void printChanges(std::ostream& out, const std::vector<board::TagChange>& change
     for (const board::TagChange& change : changes) {
         if (change.before)
             out << "- " << change.position << " " << shown(*change.before) << "\n";
-        if (change.after)
-            out << "+ " << change.position << " " << shown(*change.after) << "\n";
+        if (change.after) {
+            const std::string wrongSize = board::wrongSizeOf(*change.after);
+            out << "+ " << change.position << " " << shown(*change.after)
+                << (wrongSize.empty() ? "" : "  <- " + wrongSize) << "\n";
+        }
     }
 }
 

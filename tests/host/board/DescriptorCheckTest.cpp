@@ -54,7 +54,7 @@ TEST(DescriptorCheck, SaysWhatIsWrongAndWhere) {
         {"80 0E 00 06 00 78 " + END, false, {"warning 0 DspChannels: has 2 bytes (expected 4)"}},
         {"00 05 00 07 61 62 63 00 2D 00 05 12 " + END,
          false,
-         {"warning 0 Tag5: has an odd length of 3", "warning 7 ProductID: has 1 bytes (expected 4)",
+         {"warning 0 Tag5: has an odd length of 3", "warning 7 ProductID: has 1 byte (expected 4)",
           "warning 7 ProductID: has an odd length of 1"}},
         {PRODUCT + END + PRODUCT, false, {"warning 12 1 tag behind the terminator, from ProductID on"}},
         {PRODUCT + END + PRODUCT + PRODUCT,

@@ -150,6 +150,8 @@ TEST_F(BdEdit, ShowsTheChangeOnADryRunAndSaysWhereTheOldImageIs) {
     const Outcome dry = bd({"set", "5=text:two", "-i", "--dry-run"});
     EXPECT_EQ(dry.out, "- 3 Tag5 (5): 6f6e651b\n+ 3 Tag5 (5): 74776f00  \"two\"\n" + m_dir.path("image") +
                            ": dry run; nothing was written\n");
+    const Outcome odd = bd({"set", "ProductID=hex:12", "-i", "--dry-run"});
+    EXPECT_NE(odd.out.find("ProductID (45): 1200  <- 2 bytes (expected 4)\n"), std::string::npos) << odd.out;
     EXPECT_EQ(m_dir.read("image"), IMAGE);
 
     const json done = json::parse(bd({"set", "5=text:two", "-i", "--format", "json"}).out);

@@ -109,6 +109,8 @@ TEST(Boardctl, NamesWhatAMistypedWordMayHaveMeant) {
         {{"help", "fan"}, "nothing takes the word 'help'; did you mean '--help'?\n", 2},
         {{"info", "--board"}, "--board: its value is missing\n", 2},
         {{"bd", "get", "Produktid"}, "or a name such as ProductID); did you mean 'ProductID'?\n", 2},
+        {{"bd", "mac", "list", "x"}, "nothing takes the word 'x' (an image file is named by -i)\n", 2},
+        {{"bd", "set", "1=02:00:00:00:00:07"}, "; `boardctl bd mac` writes addresses\n", 2},
         {{"bd", "add", "45=u23:1"}, "(expected u8, u16, u32, uint, text or hex); did you mean 'u32'?\n", 2},
         {{"led", "stauts"}, "there is no led 'stauts' (there are: status); did you mean 'status'?\n", 1},
     };
