@@ -4,7 +4,7 @@ In a page
     ```console        each line after `$ ` is a command (`> ` goes on with it), what follows it is all that it prints
     ```toml NAME      any language: makes the file NAME before the next command
     ```cpp SOURCE     is a piece of that file, named from the page
-    ![...](PICTURE)   is the file of that name that the commands have made
+    ![...](PICTURE)   is the file of that name that the commands have made; one with a folder, another page's
     [...](PATH)       is there
 A page's commands run in one shell, in an empty folder, with the programs in the path. A command that ends with
 another status than 0 is followed by `$ echo $?`. Of what is printed, `...` stands for any text within a line, and
@@ -39,7 +39,7 @@ class Page:
         number = 0
         while number < len(lines):
             fence = FENCE.match(lines[number])
-            self.pictures += [(number + 1, name) for name in PICTURE.findall(lines[number])]
+            self.pictures += [(number + 1, name) for name in PICTURE.findall(lines[number]) if "/" not in name]
             for name in LINK.findall(lines[number]):
                 if not (path.parent / name).exists():
                     self.faults.append(f"{path}:{number + 1}: there is no {name}")
