@@ -137,7 +137,7 @@ EditOutcome editDescriptor(const DescriptorPlace& place, const EditManner& manne
     if (outcome.isDevice)
         confirm(outcome.changes);
     if (manner.keepOld)
-        outcome.backup = keepImage(old, place.path, manner.backup, !edit.fault().empty());
+        outcome.backup = keepImage(old, place.path, manner.backup);
     const EndingHeld held;
     if (outcome.isDevice)
         program(target, place.path, old, content, outcome.backup);

@@ -86,8 +86,8 @@ std::string writeNew(const fs::path& start, const std::string& bytes) {
     return name;
 }
 
-/// The file that a backup shall replace, behind symbolic links.
-fs::path replaceable(const std::string& image, const std::string& file, bool damaged) {
+/// Where a backup shall stand, behind symbolic links: nowhere yet, or in a file that holds nothing.
+fs::path placeFor(const std::string& image, const std::string& file) {
     std::error_code error;
     fs::path target = fs::weakly_canonical(file, error);
     if (error)
@@ -99,19 +99,18 @@ fs::path replaceable(const std::string& image, const std::string& file, bool dam
         throw Error(file + ": can't take a backup (expected a file)");
     if (fs::equivalent(target, image, error))
         throw Error(file + ": is the image itself (expected another file for the backup)");
-    if (damaged && fs::file_size(target, error) != 0)
-        throw Error(file + ": may be the last good image; a damaged one does not take its place (expected a "
-                           "new file for the backup)");
+    if (fs::file_size(target, error) != 0)
+        throw Error(file + ": exists already, and may be the last good image (expected a new file for the "
+                           "backup)");
     return target;
 }
 
 } // namespace
 
-std::string keepImage(const std::string& bytes, const std::string& image, const std::string& file,
-                      bool damaged) {
+std::string keepImage(const std::string& bytes, const std::string& image, const std::string& file) {
     if (file.empty())
         return writeNew(stateFolder() / dated(image), bytes);
-    const fs::path target = replaceable(image, file, damaged);
+    const fs::path target = placeFor(image, file);
     const std::string written = writeNew(target, bytes);
     if (::rename(written.c_str(), target.c_str()) != 0) {
         const int error = errno;

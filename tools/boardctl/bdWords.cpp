@@ -26,8 +26,9 @@ void addManner(CLI::App& command, const Words& words) {
     command.add_flag("--force", words->manner.force,
                      "Edit a corrupt image too: the tags before the fault stay, the rest is dropped");
     command
-        .add_option("--backup", words->manner.backup,
-                    "Where the old image is kept; by default a dated file in the user's state folder")
+        .add_option(
+            "--backup", words->manner.backup,
+            "The new file that keeps the old image; by default a dated one in the user's state folder")
         ->check(notEmpty())
         ->type_name("FILE");
     command.add_flag("--dry-run", words->manner.dryRun, "Show the change, write nothing");
@@ -105,7 +106,8 @@ void addBdEdit(CLI::App& bd, Options& options) {
     addMacCommands(bd, options, words);
 
     sub = addCommand(bd, options, words, "check",
-                     "Say what is wrong with an image; status 1 when it is corrupt", bdCheck);
+                     "Say what is wrong with an image; status 1 when it is corrupt, warnings leave it 0",
+                     bdCheck);
     addWord(*sub, "IMAGE", words->image, "Image file; without it the board's own descriptor")
         ->type_name("FILE");
 }

@@ -93,7 +93,8 @@ private:
         };
         if (m_board.host().descriptor() &&
             std::none_of(report.drivers.begin(), report.drivers.end(), isUnread)) {
-            const unsigned tags = m_board.host().descriptor()->getTags().size();
+            CBoardDescr& descriptor = *m_board.host().descriptor();
+            const unsigned tags = descriptor.getTags().size() - descriptor.getNumberOfTag(0); // terminators
             m_lines.print("descriptor", "descriptor: " + std::to_string(tags) + " tags", {{"tags", tags}});
         }
         const InfoContainer dump = dumpOf(report);

@@ -261,9 +261,9 @@ TEST(DescriptorStore, KeepsTheOldImageFirstAndStopsWhereItCanNot) {
         std::string failure; ///< empty: the backup holds the old image
     } CASES[] = {
         {"new", good, ""},
-        {"former", good, ""},
+        {"empty", good, ""},
         {"new of damaged", damaged, ""},
-        {"former", damaged, "may be the last good image"},
+        {"former", good, "exists already"},
         {"image", good, "is the image itself"},
         {"link", good, "is the image itself"},
         {".", good, "can't take a backup"},
@@ -271,6 +271,7 @@ TEST(DescriptorStore, KeepsTheOldImageFirstAndStopsWhereItCanNot) {
     };
     for (const auto& each : CASES) {
         dir.write("former", "former backup");
+        dir.write("empty", "");
         dir.write("image", each.image);
         EditManner manner;
         manner.force = true;
@@ -322,6 +323,7 @@ TEST(DescriptorStore, ReportsADeviceThatHoldsSomethingElseThanWasWritten) {
     for (const auto& each : CASES) {
         dir.write("eeprom", old);
         dir.write("other", each.found);
+        dir.write("backup", "");
         // What is written then goes to a file that nobody finds any more.
         const auto takeAway = [&](const std::vector<board::TagChange>&) {
             std::filesystem::rename(dir.path("other"), dir.path("eeprom"));
