@@ -15,7 +15,7 @@
 #include "faults/Faults.h"
 
 // Every call is defined under a name of its own that the assembler knows by the C library's: so the headers'
-// declarations, with their inline forms and exception specifications, do not get in the way.
+// declarations, with their inline forms and noexcept, do not get in the way.
 
 extern "C" long syscall(long number, ...);
 extern "C" unsigned alarm(unsigned seconds);
