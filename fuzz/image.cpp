@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "CBoardDescr.h"
-#include "DescriptorCheck.h"
-#include "DescriptorEdit.h"
 #include "InfoContainer.h"
 #include "Oracle.h"
-#include "TagsJson.h"
+#include "descriptor/DescriptorCheck.h"
+#include "descriptor/DescriptorEdit.h"
+#include "descriptor/TagsJson.h"
 
 using fuzz::expect;
 

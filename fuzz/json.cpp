@@ -8,9 +8,9 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "Error.h"
 #include "Oracle.h"
-#include "TagsJson.h"
+#include "base/Error.h"
+#include "descriptor/TagsJson.h"
 
 using fuzz::expect;
 

@@ -8,10 +8,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "Error.h"
-#include "LedCheck.h"
 #include "Oracle.h"
-#include "Profile.h"
+#include "base/Error.h"
+#include "leds/LedCheck.h"
+#include "profile/Profile.h"
 
 using board::Profile;
 using fuzz::expect;

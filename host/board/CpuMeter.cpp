@@ -1,4 +1,4 @@
-#include "CpuMeter.h"
+#include "board/CpuMeter.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "Firmware.h"
+#include "board/Firmware.h"
 
 #include <cerrno>
 #include <cstring>
@@ -6,7 +6,8 @@
 #include <sys/stat.h>
 
 #include "ImageInfo.h"
-#include "NamedPath.h"
+#include "base/File.h"
+#include "profile/NamedPath.h"
 
 namespace board {
 

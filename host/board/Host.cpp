@@ -1,4 +1,4 @@
-#include "Host.h"
+#include "board/Host.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,11 +13,12 @@
 #include "CPowerStatus.h"
 #include "CThermalSensor.h"
 #include "DRIVER.h"
-#include "DescriptorImage.h"
-#include "Error.h"
 #include "IDriverRepository.h"
-#include "KernelEndpoint.h"
 #include "PREFERENCES.h"
+#include "base/Error.h"
+#include "base/File.h"
+#include "board/KernelEndpoint.h"
+#include "descriptor/DescriptorImage.h"
 
 namespace board {
 

@@ -8,9 +8,9 @@
 #include "CBoardDescr.h"
 #include "CKernelDriver.h"
 #include "CResourceVoip.h"
-#include "DeviceLocator.h"
-#include "Profile.h"
 #include "TYPPtr.h"
+#include "profile/DeviceLocator.h"
+#include "profile/Profile.h"
 
 namespace board {
 

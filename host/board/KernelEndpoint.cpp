@@ -1,9 +1,9 @@
-#include "KernelEndpoint.h"
+#include "board/KernelEndpoint.h"
 
 #include <utility>
 
-#include "Error.h"
 #include "Mx.h"
+#include "base/Error.h"
 
 namespace board {
 

@@ -1,4 +1,4 @@
-#include "Metrics.h"
+#include "board/Metrics.h"
 
 #include <sstream>
 

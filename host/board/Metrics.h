@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Report.h"
+#include "board/Report.h"
 
 namespace board {
 

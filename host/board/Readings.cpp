@@ -1,4 +1,4 @@
-#include "Readings.h"
+#include "board/Readings.h"
 
 #include <cerrno>
 #include <chrono>
@@ -9,13 +9,14 @@
 #include <unistd.h>
 
 #include "DRIVER.h"
-#include "Error.h"
-#include "Host.h"
 #include "IDriverRepository.h"
 #include "ILedControl.h"
 #include "IPowerStatus.h"
 #include "IThermalSensor.h"
-#include "NamedPath.h"
+#include "base/Error.h"
+#include "base/File.h"
+#include "board/Host.h"
+#include "profile/NamedPath.h"
 
 namespace board {
 

@@ -1,12 +1,12 @@
-#include "Report.h"
+#include "board/Report.h"
 
 #include <algorithm>
 #include <limits>
 #include <utility>
 
 #include "DRIVER.h"
-#include "Host.h"
 #include "IDriverRepository.h"
+#include "board/Host.h"
 
 namespace board {
 

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "CpuMeter.h"
-#include "Firmware.h"
 #include "InfoContainer.h"
-#include "Readings.h"
+#include "board/CpuMeter.h"
+#include "board/Firmware.h"
+#include "board/Readings.h"
 
 namespace board {
 

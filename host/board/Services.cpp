@@ -1,6 +1,6 @@
-#include "Services.h"
+#include "board/Services.h"
 
-#include "Error.h"
+#include "base/Error.h"
 
 namespace board {
 

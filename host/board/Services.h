@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "ButtonService.h"
-#include "Events.h"
-#include "LedService.h"
-#include "Profile.h"
+#include "base/Events.h"
+#include "button/ButtonService.h"
+#include "leds/LedService.h"
+#include "profile/Profile.h"
 
 namespace board {
 

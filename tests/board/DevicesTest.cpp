@@ -2,14 +2,14 @@
 #include <vector>
 
 #include "DRIVER.h"
-#include "Host.h"
 #include "IDriverRepository.h"
 #include "IFanControl.h"
 #include "ILedControl.h"
 #include "IThermalSensor.h"
 #include "OnBoard.h"
-#include "Profile.h"
-#include "Readings.h"
+#include "board/Host.h"
+#include "board/Readings.h"
+#include "profile/Profile.h"
 #include "support/TempDir.h"
 
 using namespace onboard;

@@ -12,7 +12,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "DeviceLocator.h"
+#include "profile/DeviceLocator.h"
 
 namespace onboard {
 

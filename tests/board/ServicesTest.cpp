@@ -6,9 +6,9 @@
 #include <unistd.h>
 
 #include "CpuLoad.h"
-#include "InputKey.h"
 #include "LedCtrl.h"
 #include "OnBoard.h"
+#include "button/InputKey.h"
 #include "support/Boardctl.h"
 #include "support/Program.h"
 #include "support/TempDir.h"

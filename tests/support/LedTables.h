@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Profile.h"
+#include "profile/Profile.h"
 #include "support/TempDir.h"
 
 /// LED tables as a board's profile has them.

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "CommandLine.h"
-#include "DescriptorStore.h"
-#include "Error.h"
-#include "TagWords.h"
+#include "base/Error.h"
+#include "descriptor/DescriptorStore.h"
+#include "descriptor/TagWords.h"
 
 /// What the words behind `bd` said, each as it was typed; a command reads those that it takes.
 struct BdWords {

@@ -3,10 +3,10 @@
 #include <charconv>
 #include <iostream>
 
-#include "Error.h"
 #include "Help.h"
 #include "Output.h"
-#include "Suggestion.h"
+#include "base/Error.h"
+#include "base/Suggestion.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 
 #include <CLI/CLI.hpp>
 
-#include "Host.h"
-#include "Profile.h"
-#include "SimulatedBoard.h"
+#include "board/Host.h"
+#include "profile/Profile.h"
+#include "simulation/SimulatedBoard.h"
 
 /// Exit statuses that scripts rely on.
 enum ExitStatus : int { DONE = 0, FAILED = 1, WRONG_CALL = 2 };

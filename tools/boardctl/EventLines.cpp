@@ -1,4 +1,5 @@
 #include "EventLines.h"
+#include "base/Text.h"
 
 #include <ctime>
 #include <iostream>
@@ -43,7 +44,7 @@ void EventLines::print(const char* event, const std::string& text, const ordered
         line.update(fields);
         printJson(line, -1);
     } else {
-        std::cout << printable(text) << "\n";
+        std::cout << board::printable(text) << "\n";
     }
     // Somebody watches; a watcher that went away is the end.
     m_isLost = m_isLost || !flushOutput();

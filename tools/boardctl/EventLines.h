@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "Events.h"
 #include "Panel.h"
+#include "base/Events.h"
 
 /// Prints what happens, a line each: text for people, or a JSON document a line. Faults go to standard error
 /// too, which is where people see them.

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "Suggestion.h"
+#include "base/Suggestion.h"
 
 namespace {
 

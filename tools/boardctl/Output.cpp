@@ -9,62 +9,19 @@
 
 #include <unistd.h>
 
-#include "Columns.h"
 #include "StopSignals.h"
+#include "base/Text.h"
 
 using nlohmann::ordered_json;
-
-namespace {
-
-/// How many bytes at `position` are one printable character in UTF-8; 0 for anything else, such as control
-/// characters, line separators and broken sequences.
-std::size_t printableBytes(const std::string& text, std::size_t position) {
-    const auto byteAt = [&](std::size_t i) {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-    };
-    const unsigned lead = byteAt(position);
-    if (lead < 0x80)
-        return lead >= 0x20 && lead != 0x7F ? 1 : 0;
-    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4)
-        return 0;
-    unsigned long code = lead & (0x7FU >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byteAt(position + i) & 0xC0U) != 0x80)
-            return 0;
-        code = code << 6 | (byteAt(position + i) & 0x3FU);
-    }
-    constexpr unsigned long LEAST[] = {0, 0, 0xA0, 0x800, 0x10000}; // shorter forms exist below; C1 controls
-    const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
-    const bool isSeparator = code == 0x2028 || code == 0x2029;
-    const bool isCharacter = (code & 0xFFFE) != 0xFFFE;
-    const bool isLegal = code >= LEAST[length] && code <= 0x10FFFF && isCharacter && !isSurrogate;
-    return isLegal && !isSeparator ? length : 0;
-}
-
-} // namespace
 
 std::string textOf(const String& text) {
     return std::string(text.c_str(), text.length());
 }
 
-std::string printable(const std::string& text) {
-    std::string shown;
-    for (std::size_t i = 0; i < text.size();) {
-        if (const std::size_t bytes = printableBytes(text, i)) {
-            shown.append(text, i, bytes);
-            i += bytes;
-        } else {
-            shown += String::format("\\x%02x", static_cast<unsigned char>(text[i++])).c_str();
-        }
-    }
-    return shown;
-}
-
 void printRows(const InfoContainer& rows) {
     constexpr unsigned INDENT = 2;
     const auto keyOf = [](const InfoContainer::Row& row) {
-        return std::string(std::size_t{row.level} * INDENT, ' ') + printable(textOf(row.key));
+        return std::string(std::size_t{row.level} * INDENT, ' ') + board::printable(textOf(row.key));
     };
     std::size_t column = 0;
     for (const auto& row : rows.getRows())
@@ -73,7 +30,8 @@ void printRows(const InfoContainer& rows) {
         const std::string key = keyOf(row);
         std::cout << key;
         if (!row.value.isEmpty())
-            std::cout << std::string(column + 2 - board::columnsOf(key), ' ') << printable(textOf(row.value));
+            std::cout << std::string(column + 2 - board::columnsOf(key), ' ')
+                      << board::printable(textOf(row.value));
         std::cout << "\n";
     }
 }
@@ -214,7 +172,7 @@ void printJson(const ordered_json& json, int indent) {
 void complain(const std::string& what) {
     if (!StopSignals::waitWritable(STDERR_FILENO))
         return;
-    std::cerr << "boardctl: " << printable(what) << "\n";
+    std::cerr << "boardctl: " << board::printable(what) << "\n";
 }
 
 bool flushOutput() {

@@ -8,13 +8,11 @@
 
 #include "CommandLine.h"
 #include "InfoContainer.h"
-#include "Report.h"
+#include "base/Text.h"
+#include "board/Report.h"
 
 /// The bytes of a framework text.
 std::string textOf(const String& text);
-
-/// Text as it may go to a terminal, on one line: control characters and bytes that are not UTF-8 as "\x1b".
-std::string printable(const std::string& text);
 
 /// Rows of an information dump for people: indented by level, values in a column.
 void printRows(const InfoContainer& rows);
@@ -64,7 +62,7 @@ int show(const std::vector<AReading>& readings, bool asJson) {
     int status = DONE;
     for (const AReading& reading : readings) {
         if (!asJson && reading.fault.empty())
-            std::cout << printable(reading.name) << ": " << toText(reading) << "\n";
+            std::cout << board::printable(reading.name) << ": " << toText(reading) << "\n";
         if (!reading.fault.empty()) {
             complain("'" + reading.name + "': " + reading.fault);
             status = FAILED;

@@ -7,8 +7,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "Columns.h"
 #include "Output.h"
+#include "base/Text.h"
 
 namespace {
 
@@ -38,7 +38,7 @@ void Panel::draw(const std::vector<board::LedStates::State>& states) {
     std::string line;
     for (const board::LedStates::State& led : states) {
         const char* const lamp = !led.isLit ? "[?]" : *led.isLit ? "[#]" : "[ ]";
-        const std::string name = printable(led.name);
+        const std::string name = board::printable(led.name);
         const std::size_t length = (used ? 2 : 0) + 4 + board::columnsOf(name);
         if (used + length + (&led == &states.back() ? 0 : MORE.size()) > width) {
             line += MORE;

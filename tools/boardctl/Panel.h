@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "LedStates.h"
+#include "leds/LedStates.h"
 
 /// The LEDs on one line at the bottom of a terminal, redrawn as they change.
 class Panel {

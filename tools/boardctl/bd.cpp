@@ -1,13 +1,14 @@
 #include <iostream>
 
 #include "CommandLine.h"
-#include "DescriptorImage.h"
-#include "Error.h"
-#include "FileReplacement.h"
 #include "Help.h"
 #include "Output.h"
-#include "Report.h"
-#include "TagsJson.h"
+#include "base/Error.h"
+#include "base/File.h"
+#include "base/FileReplacement.h"
+#include "board/Report.h"
+#include "descriptor/DescriptorImage.h"
+#include "descriptor/TagsJson.h"
 
 namespace {
 

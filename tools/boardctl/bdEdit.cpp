@@ -6,9 +6,11 @@
 #include <unistd.h>
 
 #include "BdCommands.h"
-#include "DescriptorCheck.h"
-#include "DescriptorImage.h"
 #include "Output.h"
+#include "base/File.h"
+#include "base/Text.h"
+#include "descriptor/DescriptorCheck.h"
+#include "descriptor/DescriptorImage.h"
 
 using nlohmann::ordered_json;
 
@@ -45,7 +47,7 @@ std::string shown(const BD::Tag& tag) {
         return text + (tag.id == 0 ? ": the terminator" : ": empty");
     text += ": " + board::hexDigits(tag);
     const String plain = board::textOf(tag);
-    const std::string safe = printable(textOf(plain));
+    const std::string safe = board::printable(textOf(plain));
     return safe.size() == plain.length() && !safe.empty() ? text + "  \"" + safe + "\"" : text;
 }
 

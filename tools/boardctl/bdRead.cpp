@@ -2,9 +2,11 @@
 #include <iostream>
 
 #include "BdCommands.h"
-#include "DescriptorCheck.h"
-#include "DescriptorImage.h"
 #include "Output.h"
+#include "base/File.h"
+#include "base/Text.h"
+#include "descriptor/DescriptorCheck.h"
+#include "descriptor/DescriptorImage.h"
 
 using nlohmann::ordered_json;
 
@@ -154,7 +156,7 @@ int bdGet(const Options& options, const BdWords& words) {
             printJson(json);
         } else if (isRead) {
             const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
-            std::cout << printable(text) << "\n";
+            std::cout << board::printable(text) << "\n";
         }
         if (isRead)
             return DONE;

@@ -2,10 +2,10 @@
 #include <iostream>
 
 #include "CommandLine.h"
-#include "Metrics.h"
 #include "Output.h"
-#include "Report.h"
 #include "StopSignals.h"
+#include "board/Metrics.h"
+#include "board/Report.h"
 
 using nlohmann::ordered_json;
 

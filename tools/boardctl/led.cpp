@@ -1,13 +1,13 @@
 #include "CommandLine.h"
 #include "DRIVER.h"
-#include "Error.h"
 #include "Help.h"
 #include "IDriverRepository.h"
 #include "ILedControl.h"
 #include "Output.h"
 #include "Progress.h"
 #include "StopSignals.h"
-#include "Suggestion.h"
+#include "base/Error.h"
+#include "base/Suggestion.h"
 
 namespace {
 

@@ -2,13 +2,14 @@
 #include <stdexcept>
 
 #include "CommandLine.h"
-#include "Error.h"
 #include "Help.h"
-#include "LedCheck.h"
-#include "LedDiagram.h"
-#include "LedPipe.h"
-#include "LedPreview.h"
 #include "Output.h"
+#include "base/Error.h"
+#include "base/Text.h"
+#include "leds/LedCheck.h"
+#include "leds/LedDiagram.h"
+#include "leds/LedPipe.h"
+#include "leds/LedPreview.h"
 
 using nlohmann::ordered_json;
 
@@ -81,9 +82,9 @@ int preview(const Options& options, unsigned ticks, const std::vector<std::strin
     board::LedWaves waves = board::previewLeds(tablesOf(board), ticks, std::move(lines));
     warnOfCuts(waves.lines);
     for (board::LedWave& led : waves.leds)
-        led.name = printable(led.name);
+        led.name = board::printable(led.name);
     for (board::LedLine& line : waves.lines) {
-        line.line = printable(line.line);
+        line.line = board::printable(line.line);
         if (line.tick >= ticks)
             complain("tick " + std::to_string(line.tick) + " is behind the last one: '" + line.line +
                      "' does not show");

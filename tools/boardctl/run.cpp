@@ -3,14 +3,14 @@
 #include <optional>
 
 #include "CommandLine.h"
-#include "CpuMeter.h"
-#include "Error.h"
 #include "EventLines.h"
-#include "Notification.h"
 #include "Output.h"
-#include "Report.h"
-#include "Services.h"
 #include "StopSignals.h"
+#include "base/Error.h"
+#include "base/Notification.h"
+#include "board/CpuMeter.h"
+#include "board/Report.h"
+#include "board/Services.h"
 #include "tour.h"
 
 using nlohmann::ordered_json;

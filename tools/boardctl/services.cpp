@@ -3,15 +3,16 @@
 #include <iostream>
 #include <optional>
 
-#include "ButtonBridge.h"
-#include "ButtonService.h"
 #include "CommandLine.h"
-#include "CpuMeter.h"
-#include "Error.h"
 #include "EventLines.h"
 #include "Output.h"
 #include "Progress.h"
 #include "StopSignals.h"
+#include "base/Error.h"
+#include "base/Text.h"
+#include "board/CpuMeter.h"
+#include "button/ButtonBridge.h"
+#include "button/ButtonService.h"
 
 using nlohmann::ordered_json;
 
@@ -62,7 +63,7 @@ int bridgeButton(const Options& options, const std::string& device, std::optiona
     if (options.json)
         printJson({{"event", "ready"}, {"device", device}, {"code", key.code()}}, -1);
     else
-        std::cout << "key " << key.code() << " of " << printable(device) << " presses the button\n";
+        std::cout << "key " << key.code() << " of " << board::printable(device) << " presses the button\n";
     if (!flushOutput())
         return FAILED;
     auto nextLook = FIRST_LOOK;
@@ -120,7 +121,7 @@ int firmware(const Options& options, const std::string& file) {
     if (options.json)
         printJson(toJson(reading));
     else if (reading.fault.empty())
-        std::cout << printable(reading.version) << "\n";
+        std::cout << board::printable(reading.version) << "\n";
     if (reading.fault.empty())
         return DONE;
     complain(reading.fault);

@@ -1,11 +1,11 @@
 #include <iostream>
 
 #include "CommandLine.h"
-#include "Error.h"
 #include "Output.h"
 #include "Progress.h"
-#include "SimulatedButton.h"
 #include "StopSignals.h"
+#include "base/Error.h"
+#include "simulation/SimulatedButton.h"
 
 void addSim(CLI::App& app, Options& options) {
     auto* const sim = app.add_subcommand("sim", "Simulated boards");

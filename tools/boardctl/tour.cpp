@@ -1,9 +1,9 @@
 #include "tour.h"
 
-#include "Error.h"
-#include "LedPipe.h"
 #include "Output.h"
-#include "SimulatedButton.h"
+#include "base/Error.h"
+#include "leds/LedPipe.h"
+#include "simulation/SimulatedButton.h"
 
 using namespace std::chrono_literals;
 using nlohmann::ordered_json;

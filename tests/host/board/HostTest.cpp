@@ -1,12 +1,12 @@
-#include "Host.h"
+#include "board/Host.h"
 
 #include <gtest/gtest.h>
 
 #include "DRIVER.h"
 #include "IDriverRepository.h"
-#include "Readings.h"
-#include "Report.h"
-#include "SimulatedBoard.h"
+#include "board/Readings.h"
+#include "board/Report.h"
+#include "simulation/SimulatedBoard.h"
 #include "support/TempDir.h"
 
 using support::TempDir;

@@ -1,0 +1,195 @@
+#include "base/File.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include "base/Error.h"
+
+namespace board {
+
+namespace {
+
+template <class Call>
+auto repeatInterrupted(Call call) -> decltype(call()) {
+    decltype(call()) result;
+    do
+        result = call();
+    while (result == -1 && errno == EINTR);
+    return result;
+}
+
+FileKind kindOfMode(mode_t mode) {
+    switch (mode & S_IFMT) {
+    case S_IFREG:
+        return FileKind::REGULAR;
+    case S_IFDIR:
+        return FileKind::FOLDER;
+    case S_IFIFO:
+        return FileKind::PIPE;
+    case S_IFCHR:
+        return FileKind::CHARACTER_DEVICE;
+    case S_IFBLK:
+        return FileKind::BLOCK_DEVICE;
+    default:
+        return FileKind::OTHER;
+    }
+}
+
+} // namespace
+
+std::string reasonOf(int error) {
+    return std::strerror(error);
+}
+
+void failWith(const std::string& path, const std::string& what, int error) {
+    throw Error(path + ": " + what + ": " + reasonOf(error));
+}
+
+FileKind kindOf(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? kindOfMode(status.st_mode) : FileKind::MISSING;
+}
+
+FileKind kindOf(const FileDescriptor& file) {
+    struct stat status {};
+    return ::fstat(file.number(), &status) == 0 ? kindOfMode(status.st_mode) : FileKind::OTHER;
+}
+
+bool isDevice(const std::string& path) {
+    struct statfs system {};
+    return kindOf(path) == FileKind::BLOCK_DEVICE ||
+           (::statfs(path.c_str(), &system) == 0 && system.f_type == SYSFS_MAGIC);
+}
+
+bool isOfDeviceTree(const FileDescriptor& file) {
+    struct statfs system {};
+    return ::fstatfs(file.number(), &system) == 0 && system.f_type == SYSFS_MAGIC;
+}
+
+FileDescriptor tryOpen(const std::string& path, int flags) {
+    const auto open = [&] { return ::open(path.c_str(), flags | O_CLOEXEC); };
+    return FileDescriptor((flags & O_NONBLOCK) != 0 ? repeatInterrupted(open) : open());
+}
+
+FileDescriptor openFile(const std::string& path, int flags, const char* what) {
+    FileDescriptor file = tryOpen(path, flags);
+    if (!file.isOpen())
+        failWith(path, what, errno);
+    return file;
+}
+
+FileDescriptor createUnique(const std::string& start, std::string& name, const std::string& path,
+                            const char* what) {
+    name = start + ".XXXXXX";
+    FileDescriptor file(::mkostemp(name.data(), O_CLOEXEC));
+    if (!file.isOpen())
+        failWith(path, what, errno);
+    return file;
+}
+
+ssize_t tryRead(const FileDescriptor& file, void* bytes, std::size_t size) {
+    return repeatInterrupted([&] { return ::read(file.number(), bytes, size); });
+}
+
+ssize_t tryWrite(const FileDescriptor& file, const void* bytes, std::size_t size) {
+    return repeatInterrupted([&] { return ::write(file.number(), bytes, size); });
+}
+
+ssize_t tryWriteAt(const FileDescriptor& file, const void* bytes, std::size_t size, off_t position) {
+    return repeatInterrupted([&] { return ::pwrite(file.number(), bytes, size, position); });
+}
+
+bool tryWriteAll(const FileDescriptor& file, const std::string& bytes) {
+    for (std::size_t done = 0; done < bytes.size();) {
+        const ssize_t written = tryWrite(file, bytes.data() + done, bytes.size() - done);
+        if (written < 0)
+            return false;
+        done += static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+bool trySync(const FileDescriptor& file) {
+    return repeatInterrupted([&] { return ::fsync(file.number()); }) == 0;
+}
+
+std::string readUpTo(const FileDescriptor& file, std::size_t limit, const std::string& path,
+                     const char* what) {
+    std::string content;
+    char chunk[4096];
+    while (content.size() <= limit) {
+        const ssize_t got = tryRead(file, chunk, sizeof chunk);
+        if (got < 0)
+            failWith(path, what, errno);
+        if (got == 0)
+            break;
+        content.append(chunk, static_cast<std::size_t>(got));
+    }
+    if (content.size() > limit + 1)
+        content.resize(limit + 1);
+    return content;
+}
+
+void failTooLarge(const std::string& path, std::size_t limit) {
+    throw Error(path + ": is larger than " + std::to_string(limit) + " bytes, which is the most expected");
+}
+
+std::string readFile(const std::string& path, std::size_t limit) {
+    const FileDescriptor file = openFile(path, O_RDONLY);
+    std::string content;
+    char chunk[4096];
+    ssize_t got;
+    // Not repeated when a signal interrupts it: the file may be a pipe that nobody writes.
+    while ((got = ::read(file.number(), chunk, sizeof chunk)) != 0) {
+        if (got < 0)
+            failWith(path, "can't read", errno);
+        content.append(chunk, static_cast<std::size_t>(got));
+        if (content.size() > limit)
+            failTooLarge(path, limit);
+    }
+    return content;
+}
+
+void expectReadable(const std::string& path) {
+    if (::access(path.c_str(), R_OK) != 0)
+        failWith(path, "can't open", errno);
+}
+
+bool tryLock(const FileDescriptor& file) {
+    return ::flock(file.number(), LOCK_EX | LOCK_NB) == 0;
+}
+
+bool tryLockWaiting(const FileDescriptor& file) {
+    return ::flock(file.number(), LOCK_EX) == 0;
+}
+
+bool tryMakePipe(const std::string& path, mode_t mode) {
+    if (::mkfifo(path.c_str(), mode) != 0)
+        return false;
+    if (::chmod(path.c_str(), mode) == 0)
+        return true;
+    const int error = errno;
+    static_cast<void>(::unlink(path.c_str()));
+    errno = error;
+    return false;
+}
+
+mode_t modeOfNewFile() {
+    const mode_t mask = ::umask(0); // the call that tells the mask also changes it, so it is put back
+    ::umask(mask);
+    return 0666 & ~mask;
+}
+
+std::string discard(const std::string& file) {
+    return ::unlink(file.c_str()) == 0 ? "" : "; " + file + " can't be removed: " + reasonOf(errno);
+}
+
+} // namespace board

@@ -1,0 +1,191 @@
+#include "base/FileReplacement.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/Error.h"
+#include "base/File.h"
+
+namespace fs = std::filesystem;
+
+namespace board {
+
+namespace {
+
+/// The file that a path leads to through symbolic links, even if that does not exist yet.
+std::string behindLinks(const std::string& path) {
+    std::error_code error;
+    fs::path target = fs::absolute(path, error);
+    for (int links = 0; !error && fs::is_symlink(fs::symlink_status(target, error)); ++links) {
+        if (links == 40)
+            failWith(path, "can't follow the path", ELOOP);
+        target = target.parent_path() / fs::read_symlink(target, error);
+    }
+    if (error && error != std::errc::no_such_file_or_directory)
+        failWith(path, "can't follow the path", error.value());
+    return target.string();
+}
+
+bool isSameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+/// A new file beside the target; removed again unless it was renamed into place or discarded.
+class Beside {
+public:
+    Beside(const std::string& path, const std::string& target)
+        : m_path(path), m_file(createUnique(target, m_name, path, "can't make a new file beside it")) {}
+    ~Beside() {
+        if (!m_isGone)
+            ::unlink(m_name.c_str());
+    }
+    Beside(const Beside&) = delete;
+    Beside& operator=(const Beside&) = delete;
+
+    void write(const std::string& bytes) const {
+        if (!tryWriteAll(m_file, bytes))
+            failWith(m_path, "can't write the new content", errno);
+    }
+
+    /// Throws if the file holds anything else.
+    void expect(const std::string& bytes) const {
+        if (::lseek(m_file.number(), 0, SEEK_SET) != 0)
+            failWith(m_path, "can't read the new content back", errno);
+        if (readUpTo(m_file, bytes.size(), m_path, "can't read the new content back") != bytes)
+            throw Error(m_path + ": the new file does not hold what was written to it");
+    }
+
+    void giveTo(uid_t owner, gid_t group, mode_t mode) const {
+        if (::fchown(m_file.number(), owner, group) != 0)
+            failWith(m_path, "can't give the new file to the owner of the old one", errno);
+        setMode(mode);
+    }
+
+    void setMode(mode_t mode) const {
+        if (::fchmod(m_file.number(), mode) != 0)
+            failWith(m_path, "can't set the new file's mode", errno);
+    }
+
+    void takePlaceOf(const std::string& target) {
+        if (!trySync(m_file))
+            failWith(m_path, "can't sync the new content", errno);
+        // Opened before the target changes: after that nothing should fail.
+        const FileDescriptor folder =
+            tryOpen(fs::path(target).parent_path().string(), O_RDONLY | O_DIRECTORY);
+        if (!folder.isOpen())
+            failWith(m_path, "can't open its folder", errno);
+        if (::rename(m_name.c_str(), target.c_str()) != 0)
+            failWith(m_path, "can't rename the new file into place", errno);
+        m_isGone = true;
+        if (!trySync(folder))
+            failWith(m_path, "was replaced, but its folder can't be synced", errno);
+    }
+
+    /// What the message of a failure must add.
+    std::string discard() { return std::exchange(m_isGone, true) ? "" : board::discard(m_name); }
+
+private:
+    const std::string m_path;
+    std::string m_name;
+    const FileDescriptor m_file;
+    bool m_isGone = false; ///< no longer beside the target
+};
+
+} // namespace
+
+FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_path(path) {
+    for (;;) {
+        m_target = behindLinks(path);
+        struct stat named {};
+        if (::stat(m_target.c_str(), &named) != 0) {
+            if (errno != ENOENT)
+                failWith(path, "can't look at the file", errno);
+            return;
+        }
+        const bool isDevice = S_ISBLK(named.st_mode) || S_ISCHR(named.st_mode);
+        if (!S_ISREG(named.st_mode) && !isDevice)
+            throw Error(path + ": can't be replaced (expected a file or a device)");
+        // A file's new content never goes through this descriptor. It is opened for writing all the same:
+        // a writable folder does not imply permission to replace the file.
+        m_lock = tryOpen(m_target, O_WRONLY | O_NONBLOCK | O_NOCTTY);
+        if (!m_lock.isOpen())
+            failWith(path, "can't open for writing", errno);
+        m_inPlace = manner == Manner::IN_PLACE || isDevice || isOfDeviceTree(m_lock);
+        struct stat locked {};
+        if (!tryLockWaiting(m_lock)) // a signal may end the wait
+            failWith(path, "can't lock", errno);
+        if (::fstat(m_lock.number(), &locked) != 0)
+            failWith(path, "can't look at the file", errno);
+        // The lock's former holder may have put a new file in the place of this one, or changed the link.
+        if (::stat(path.c_str(), &named) == 0 && isSameFile(locked, named))
+            return;
+        m_lock.close();
+    }
+}
+
+std::string FileReplacement::content(std::size_t limit) const {
+    if (!m_lock.isOpen()) // a file that has appeared since is not locked
+        failWith(m_path, "can't open", ENOENT);
+    const FileDescriptor file = tryOpen(m_target, O_RDONLY | O_NONBLOCK);
+    if (!file.isOpen())
+        failWith(m_path, "can't open", errno);
+    std::string bytes = readUpTo(file, limit, m_path);
+    if (bytes.size() > limit && !m_inPlace)
+        failTooLarge(m_path, limit);
+    bytes.resize(std::min(bytes.size(), limit));
+    return bytes;
+}
+
+void FileReplacement::commit(const std::string& bytes) {
+    if (m_inPlace)
+        writeInPlace(bytes);
+    else
+        rewriteBeside(bytes);
+}
+
+void FileReplacement::rewriteBeside(const std::string& bytes) const {
+    Beside beside(m_path, m_target);
+    try {
+        beside.write(bytes);
+        beside.expect(bytes);
+        if (!m_lock.isOpen()) {
+            beside.setMode(modeOfNewFile());
+        } else {
+            struct stat old {};
+            if (::fstat(m_lock.number(), &old) != 0)
+                failWith(m_path, "can't look at the file", errno);
+            beside.giveTo(old.st_uid, old.st_gid, old.st_mode & 07777);
+        }
+        beside.takePlaceOf(m_target);
+    } catch (const Error& error) {
+        throw Error(error.what() + beside.discard());
+    }
+}
+
+void FileReplacement::writeInPlace(const std::string& bytes) const {
+    ssize_t written = tryWriteAt(m_lock, bytes.data(), bytes.size(), 0);
+    if (written < 0 && errno == ESPIPE) // a device without places is at its start anyway
+        written = tryWrite(m_lock, bytes.data(), bytes.size());
+    if (written < 0)
+        failWith(m_path, "can't write", errno);
+    if (static_cast<std::size_t>(written) != bytes.size())
+        throw Error(m_path + ": took only " + std::to_string(written) + " of " +
+                    std::to_string(bytes.size()) + " bytes");
+    // What is read afterwards shall come from the device, not from memory. Some devices have nothing to sync.
+    if (!trySync(m_lock) && errno != EINVAL)
+        failWith(m_path, "can't sync", errno);
+    static_cast<void>(::posix_fadvise(m_lock.number(), 0, 0, POSIX_FADV_DONTNEED));
+}
+
+void replaceFile(const std::string& path, const std::string& bytes) {
+    FileReplacement(path).commit(bytes);
+}
+
+} // namespace board

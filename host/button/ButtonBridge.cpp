@@ -1,0 +1,42 @@
+#include "button/ButtonBridge.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include <sys/stat.h>
+
+#include "base/Error.h"
+
+namespace board {
+
+namespace {
+
+const std::string& made(const std::string& pipe) {
+    if (::mkfifo(pipe.c_str(), 0600) != 0 && errno != EEXIST)
+        throw Error(pipe + ": can't make the pipe: " + std::strerror(errno));
+    return pipe;
+}
+
+} // namespace
+
+ButtonBridge::ButtonBridge(KeyEvents& key, const std::string& pipe)
+    : m_key(key), m_pipe(made(pipe), "button's pipe") {
+    if (!m_pipe.tryLock())
+        throw Error(pipe + ": another program writes this button's messages");
+}
+
+bool ButtonBridge::carry() {
+    if (m_waiting.empty())
+        for (const bool isDown : m_key.read())
+            m_waiting.push_back(isDown);
+    while (!m_waiting.empty() && m_pipe.isEmpty()) {
+        if (m_waiting.front())
+            m_pipe.writePressed();
+        else
+            m_pipe.writeReleased();
+        m_waiting.pop_front();
+    }
+    return !m_waiting.empty();
+}
+
+} // namespace board

@@ -1,0 +1,64 @@
+#include "leds/LedPreview.h"
+
+#include <algorithm>
+
+#include "base/Error.h"
+#include "leds/LedTable.h"
+
+namespace board {
+
+namespace {
+
+/// The sequencer without its thread: the caller ticks.
+class Sequencer : public LedCtrl {
+public:
+    Sequencer(const std::vector<CmdDef>& rows, const LedsProfile& profile)
+        : LedCtrl(rows.data(), static_cast<unsigned>(rows.size()), nullptr, 0, ACCESS_NONE, profile.tickMs,
+                  profile.blinkPattern, NotStarted()) {}
+    using LedCtrl::handleCmd;
+    using LedCtrl::nextOutput;
+    using LedCtrl::setupDefault;
+};
+
+/// Whether a row of the table has the words and number of `line`, as the sequencer itself reads it: by a
+/// table whose rows all light a LED.
+bool namesRow(std::string line, const LedTable& table, const LedsProfile& profile) {
+    std::vector<LedCtrl::CmdDef> rows;
+    for (const LedCtrl::CmdDef& row : table.commands())
+        rows.push_back({row.word1, row.word2, row.number, 1, LedCtrl::ACTION_ON, 0, 0, false});
+    Sequencer sequencer(rows, profile);
+    sequencer.handleCmd(line.data());
+    return sequencer.nextOutput() != 0;
+}
+
+} // namespace
+
+LedWaves previewLeds(const LedsProfile& profile, unsigned ticks, std::vector<LedLine> lines) {
+    if (profile.tickMs * 1000U == 0)
+        throw Error(profile.place + ".tick_ms: " + std::to_string(profile.tickMs) +
+                    " comes to no tick at all (expected 1 to 4294967)");
+    std::stable_sort(lines.begin(), lines.end(),
+                     [](const LedLine& a, const LedLine& b) { return a.tick < b.tick; });
+    const LedTable table(profile);
+    Sequencer sequencer(table.commands(), profile);
+    LedWaves waves{ticks, profile.tickMs, {}, std::move(lines)};
+    for (const Led& led : table.leds())
+        waves.leds.push_back({led.mask, led.name, std::string(ticks, '0')});
+
+    sequencer.setupDefault();
+    auto next = waves.lines.begin();
+    for (unsigned tick = 0; tick < ticks; ++tick) {
+        for (; next != waves.lines.end() && next->tick <= tick; ++next) {
+            std::string line = next->line;
+            next->namesRow = namesRow(line, table, profile);
+            sequencer.handleCmd(line.data());
+        }
+        const std::uint32_t output = sequencer.nextOutput();
+        for (LedWave& led : waves.leds)
+            if ((output & led.mask) != 0)
+                led.wave[tick] = '1';
+    }
+    return waves;
+}
+
+} // namespace board

@@ -1,0 +1,42 @@
+#include "leds/LedTable.h"
+
+#include <filesystem>
+#include <map>
+
+#include "base/Error.h"
+
+namespace board {
+
+std::string ledNameOf(const std::string& path) {
+    const std::filesystem::path file(path);
+    if (file.filename() == "brightness" && file.has_parent_path())
+        return file.parent_path().filename().string();
+    constexpr char CLASS[] = "led:"; // a LED that has not been looked for
+    return path.rfind(CLASS, 0) == 0 ? path.substr(sizeof CLASS - 1) : file.filename().string();
+}
+
+LedTable::LedTable(const LedsProfile& profile, const DeviceLocator& locator) {
+    for (const LedsProfile::Command& row : profile.commands)
+        m_commands.push_back({row.word1.c_str(), row.word2.c_str(), row.number, row.mask, row.action,
+                              row.group, row.timeMs, row.isDefault});
+    std::map<std::uint32_t, Led> leds;
+    for (const LedsProfile::File& file : profile.files) {
+        Led led{static_cast<std::uint32_t>(file.mask), ledNameOf(file.path.path), ""};
+        try {
+            use(file.path, [&](const std::string& named) {
+                led.path = locator.locate(named);
+                led.name = ledNameOf(led.path);
+            });
+        } catch (const Error& error) {
+            m_faults.push_back(error.what());
+        }
+        leds[led.mask] = led;
+    }
+    for (auto& [mask, led] : leds)
+        m_leds.push_back(std::move(led));
+    for (const Led& led : m_leds) // what stands here stays where it is
+        if (!led.path.empty())
+            m_files.push_back({static_cast<std::int32_t>(led.mask), led.path.c_str()});
+}
+
+} // namespace board

@@ -1,0 +1,177 @@
+#include "profile/Profile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <map>
+#include <sstream>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/File.h"
+#include "descriptor/DescriptorImage.h"
+#include "profile/ProfileReader.h"
+
+namespace board {
+
+namespace {
+
+constexpr std::size_t MAX_PROFILE_SIZE = std::size_t{1024} * 1024;
+constexpr std::uint32_t MAX_DESCRIPTOR_SIZE = 65536;
+
+/// Names nested without end: the parser takes its tables down by recursion and would exhaust the stack.
+void refuseEndlessNames(const std::string& path, const std::string& text) {
+    constexpr std::ptrdiff_t MAX_DOTS = 256;
+    std::istringstream lines(text);
+    std::string line;
+    for (int number = 1; std::getline(lines, line); ++number)
+        if (std::count(line.begin(), line.end(), '.') > MAX_DOTS)
+            throw Error(path + ":" + std::to_string(number) + ": too many dots (expected at most " +
+                        std::to_string(MAX_DOTS) + " in a line)");
+}
+
+toml::table parse(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+        throw Error(path + ": can't open: " + std::strerror(errno));
+    if (!S_ISREG(status.st_mode))
+        throw Error(path + ": is no file (expected a board profile)" +
+                    (::access((path + "/board.toml").c_str(), F_OK) == 0
+                         ? "; did you mean '" + path + "/board.toml'?"
+                         : ""));
+    const std::string text = readFile(path, MAX_PROFILE_SIZE);
+    refuseEndlessNames(path, text);
+    try {
+        return toml::parse(text, path);
+    } catch (const toml::parse_error& error) {
+        throw Error(path + ":" + std::to_string(error.source().begin.line) +
+                    ": not TOML: " + oneLine(std::string(error.description())));
+    }
+}
+
+/// Names under which a host registers drivers; each may be used once.
+class DriverNames {
+public:
+    void take(const ProfileReader& reader, const std::string& name) {
+        const auto [former, isNew] = m_users.emplace(name, reader.placeOf("name"));
+        if (!isNew)
+            reader.fail("name",
+                        "'" + name + "' is taken by " + former->second + " (expected a name of its own)");
+    }
+
+private:
+    std::map<std::string, std::string> m_users = {{DESCRIPTOR_DRIVER, "the board descriptor"},
+                                                  {CAPACITY_DRIVER, "the VoIP figures"}};
+};
+
+void readDevice(const ProfileReader& reader, DriverNames& names, DeviceProfile& device) {
+    device.name = reader.name("name");
+    names.take(reader, device.name);
+    device.device = reader.device("device");
+    if (reader.has("description"))
+        device.description = reader.text("description");
+}
+
+DescriptorProfile readDescriptor(const ProfileReader& reader) {
+    DescriptorProfile descriptor;
+    descriptor.device = reader.device("device");
+    if (reader.has("read_chunk"))
+        descriptor.readChunk = reader.number("read_chunk", 1, MAX_DESCRIPTOR_SIZE);
+    if (reader.has("size"))
+        descriptor.size = reader.number("size", 1, MAX_DESCRIPTOR_SIZE);
+    return descriptor;
+}
+
+LedsProfile::Command readCommand(const ProfileReader& reader) {
+    LedsProfile::Command command;
+    command.place = reader.where();
+    command.word1 = reader.text("word1");
+    command.word2 = reader.text("word2");
+    if (reader.has("number"))
+        command.number = reader.signedNumber("number");
+    command.mask = reader.number("mask");
+    command.action = reader.wordOrNumber("action", {{"on", 0},
+                                                    {"off", 1},
+                                                    {"blink", 2},
+                                                    {"flash", 3},
+                                                    {"roll-up", 4},
+                                                    {"roll-down", 5},
+                                                    {"roll-stop", 6},
+                                                    {"defaults", 7}});
+    if (reader.has("group"))
+        command.group = reader.signedNumber("group");
+    if (reader.has("time_ms"))
+        command.timeMs = reader.signedNumber("time_ms");
+    command.isDefault = reader.has("default") && reader.boolean("default");
+    return command;
+}
+
+LedsProfile readLeds(const ProfileReader& reader) {
+    LedsProfile leds;
+    leds.place = reader.where();
+    if (reader.has("tick_ms"))
+        leds.tickMs = reader.number("tick_ms", 0, UINT32_MAX / 1000); // more would wrap in microseconds
+    if (reader.has("blink_pattern"))
+        leds.blinkPattern = reader.number("blink_pattern");
+    if (reader.has("access"))
+        leds.access = reader.wordOrNumber("access", {{"files", 0}, {"none", 1}});
+    for (const ProfileReader& file : reader.tables("file", {"mask", "path"}))
+        leds.files.push_back({static_cast<std::int32_t>(file.number("mask")), file.device("path")});
+    for (const ProfileReader& command : reader.tables(
+             "command", {"word1", "word2", "number", "mask", "action", "group", "time_ms", "default"}))
+        leds.commands.push_back(readCommand(command));
+    return leds;
+}
+
+} // namespace
+
+Profile Profile::load(const std::string& path) {
+    const toml::table document = parse(path);
+    const ProfileSource source{path, std::filesystem::path(path).parent_path()};
+    const ProfileReader root(source, document, "",
+                             {"fan", "thermal", "power", "led", "descriptor", "voip", "preferences", "button",
+                              "firmware", "leds"});
+    Profile profile;
+    DriverNames names;
+    for (const ProfileReader& reader :
+         root.tables("fan", {"name", "device", "description", "maximum", "enable"})) {
+        FanProfile& fan = profile.fans.emplace_back();
+        readDevice(reader, names, fan);
+        fan.maximum = reader.number("maximum");
+        if (reader.has("enable"))
+            fan.enable = reader.device("enable");
+    }
+    for (const ProfileReader& reader : root.tables("thermal", {"name", "device", "description", "maximum"})) {
+        ThermalProfile& thermal = profile.thermals.emplace_back();
+        readDevice(reader, names, thermal);
+        thermal.maximum = reader.number("maximum");
+    }
+    for (const ProfileReader& reader : root.tables("power", {"name", "device", "description"}))
+        readDevice(reader, names, profile.powers.emplace_back());
+    for (const ProfileReader& reader : root.tables("led", {"name", "device", "description", "bi_status"})) {
+        LedProfile& led = profile.leds.emplace_back();
+        readDevice(reader, names, led);
+        led.biStatus = reader.has("bi_status") && reader.boolean("bi_status");
+    }
+    if (const auto reader = root.table("descriptor", {"device", "read_chunk", "size"}))
+        profile.descriptor = readDescriptor(*reader);
+    if (const auto reader = root.table("voip", {"border_controller", "default_sip_legs"})) {
+        profile.voip.emplace();
+        if (reader->has("border_controller"))
+            profile.voip->borderController = reader->boolean("border_controller");
+        if (reader->has("default_sip_legs"))
+            profile.voip->defaultSipLegs = reader->number("default_sip_legs");
+    }
+    if (const auto reader = root.table("preferences", {"file"}))
+        profile.preferences = reader->path("file");
+    if (const auto reader = root.table("button", {"device"}))
+        profile.button = reader->path("device");
+    if (const auto reader = root.table("firmware", {"info"}))
+        profile.firmware = reader->path("info");
+    if (const auto reader = root.table("leds", {"tick_ms", "blink_pattern", "access", "file", "command"}))
+        profile.ledService = readLeds(*reader);
+    return profile;
+}
+
+} // namespace board

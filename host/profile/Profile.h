@@ -1,0 +1,99 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "profile/NamedPath.h"
+
+namespace board {
+
+/// The names in the repository of the drivers that every board may have once.
+constexpr char DESCRIPTOR_DRIVER[] = "board-descr-driver";
+constexpr char CAPACITY_DRIVER[] = "resource-driver";
+
+/// A device behind a kernel driver. `device` is a path, or "hwmon:NAME/FILE" or "led:NAME" as DeviceLocator
+/// takes it; names are unique among all devices of a board.
+struct DeviceProfile {
+    std::string name;        ///< the driver's name in the repository
+    NamedPath device;        ///< the device file
+    std::string description; ///< for people; default ""
+};
+
+struct FanProfile : DeviceProfile {
+    std::uint32_t maximum = 0;       ///< the number for full speed
+    std::optional<NamedPath> enable; ///< a file that must hold 1 before the fan obeys
+};
+
+struct ThermalProfile : DeviceProfile {
+    std::uint32_t maximum = 0; ///< highest temperature, in the unit the board's clients expect
+};
+
+struct PowerProfile : DeviceProfile {};
+
+struct LedProfile : DeviceProfile {
+    bool biStatus = false; ///< has two lit states
+};
+
+/// The EEPROM that holds the board descriptor.
+struct DescriptorProfile {
+    NamedPath device;
+    std::uint32_t readChunk = 128; ///< bytes a read, 1 to 65536
+    std::uint32_t size = 512;      ///< bytes, 1 to 65536
+};
+
+struct VoipProfile {
+    bool borderController = false;
+    std::uint32_t defaultSipLegs = 0; ///< for a descriptor that does not say
+};
+
+/// The LED sequencer's tables.
+struct LedsProfile {
+    struct File {
+        std::int32_t mask = 0; ///< the LED, as a bit of 32
+        NamedPath path;
+    };
+    struct Command {
+        std::string word1;
+        std::string word2;
+        std::int32_t number = 0;
+        std::uint32_t mask = 0;
+        std::int32_t action =
+            0; ///< on 0, off 1, blink 2, flash 3, roll-up 4, roll-down 5, roll-stop 6, defaults 7
+        std::int32_t group = 0;
+        std::int32_t timeMs = 0;
+        bool isDefault = false;
+        std::string place; ///< "FILE:LINE: leds.command[N]", for messages
+    };
+    std::string place; ///< "FILE:LINE: leds", for messages
+    std::uint32_t tickMs = 100;
+    std::uint32_t blinkPattern = 0x0F0F0F0F;
+    std::int32_t access = 0; ///< files 0, none 1
+    std::vector<File> files;
+    std::vector<Command> commands;
+};
+
+/// What a board is, from a TOML file. Every path in it is relative to that file; here they are resolved.
+///
+/// Drivers keep pointers into the profile's texts: it must outlive what is made from it, neither changed nor
+/// moved.
+struct Profile {
+    std::vector<FanProfile> fans;
+    std::vector<ThermalProfile> thermals;
+    std::vector<PowerProfile> powers;
+    std::vector<LedProfile> leds;
+    std::optional<DescriptorProfile> descriptor;
+    std::optional<VoipProfile> voip;
+    std::optional<NamedPath> preferences; ///< a file
+    std::optional<NamedPath> button;      ///< a device file
+    std::optional<NamedPath> firmware;    ///< the information file
+    std::optional<LedsProfile> ledService;
+
+    /// Reads `path`. Throws Error with one line, "FILE:LINE: KEY: what is wrong (expected ...)": a file that
+    /// can't be read, is larger than 1 MiB or is no TOML, a line of more than 256 dots, an unknown key, a
+    /// missing one, a wrong type, a number out of range, an empty or doubled name.
+    static Profile load(const std::string& path);
+};
+
+} // namespace board
