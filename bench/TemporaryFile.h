@@ -10,7 +10,8 @@ class TemporaryFile {
 public:
     explicit TemporaryFile(const std::string& content) {
         const int file = ::mkstemp(m_path.data());
-        if (file < 0 || ::write(file, content.data(), content.size()) != static_cast<ssize_t>(content.size()))
+        if (file < 0 ||
+            ::write(file, content.data(), content.size()) != static_cast<ssize_t>(content.size()))
             std::abort();
         ::close(file);
     }

@@ -1,4 +1,5 @@
-// The board descriptor: loading, storing, finding and reporting, each beside the least that does the same.
+// The board descriptor: loading, storing, finding and reporting, each beside the least that does
+// the same.
 
 #include <cstdio>
 #include <cstdlib>
@@ -25,7 +26,8 @@ unsigned get16(const std::string& image, std::size_t at) {
            static_cast<unsigned char>(image[at + 1]);
 }
 
-/// An image of `size` bytes with `tags` tags, whose data have even lengths, the last one's included.
+/// An image of `size` bytes with `tags` tags, whose data have even lengths, the last one's
+/// included.
 std::string makeImage(std::size_t size, unsigned tags) {
     std::string image;
     for (unsigned i = 0; i < tags; ++i) {
@@ -109,7 +111,8 @@ void lookUp(benchmark::State& state) {
     const std::string image = makeBoardImage();
     CBoardDescr board;
     String error;
-    succeed(board.importBD(TString<char>(image.data(), static_cast<unsigned>(image.size())), error));
+    succeed(
+        board.importBD(TString<char>(image.data(), static_cast<unsigned>(image.size())), error));
     unsigned value = 0;
     for (auto _ : state) {
         succeed(board.getTagUInt(0x800E, 0, value, error));
@@ -136,7 +139,8 @@ void report(benchmark::State& state) {
     const std::string image = makeBoardImage();
     CBoardDescr board;
     String error;
-    succeed(board.importBD(TString<char>(image.data(), static_cast<unsigned>(image.size())), error));
+    succeed(
+        board.importBD(TString<char>(image.data(), static_cast<unsigned>(image.size())), error));
     for (auto _ : state) {
         InfoContainer rows;
         benchmark::DoNotOptimize(board.getInfo(rows, 9, 0, 9, 0, String()));
@@ -150,14 +154,20 @@ void reportFloor(benchmark::State& state) {
     for (auto _ : state)
         for (const Chunk& chunk : chunks) {
             char key[32], value[64];
-            const auto byte = [&chunk](std::size_t i) { return static_cast<unsigned char>(chunk.data[i]); };
-            const auto number = [&chunk] { return get16(chunk.data, 0) << 16 | get16(chunk.data, 2); };
+            const auto byte = [&chunk](std::size_t i) {
+                return static_cast<unsigned char>(chunk.data[i]);
+            };
+            const auto number = [&chunk] {
+                return get16(chunk.data, 0) << 16 | get16(chunk.data, 2);
+            };
             std::snprintf(key, sizeof key, "Tag%d", static_cast<int>(chunk.id));
             if (chunk.id == 1)
-                std::snprintf(value, sizeof value, "%02X:%02X:%02X:%02X:%02X:%02X iface=%d", byte(0), byte(1),
-                              byte(2), byte(3), byte(4), byte(5), static_cast<int>(get16(chunk.data, 6)));
+                std::snprintf(value, sizeof value, "%02X:%02X:%02X:%02X:%02X:%02X iface=%d",
+                              byte(0), byte(1), byte(2), byte(3), byte(4), byte(5),
+                              static_cast<int>(get16(chunk.data, 6)));
             else if (chunk.id == 2)
-                std::snprintf(value, sizeof value, "%u.%u.%u.%u", byte(0), byte(1), byte(2), byte(3));
+                std::snprintf(value, sizeof value, "%u.%u.%u.%u", byte(0), byte(1), byte(2),
+                              byte(3));
             else if (chunk.id == 45)
                 std::snprintf(value, sizeof value, "%02x %02x", byte(0), byte(1));
             else if (chunk.id >= 10 && chunk.id <= 13)
@@ -182,7 +192,8 @@ void registerPair(const std::string& name, const std::string& image,
 const bool registered = [] {
     registerPair("load 512 bytes, 40 tags", makeBoardImage(), load, loadFloor);
     for (const unsigned tags : {1000U, 10000U}) {
-        const std::string image = makeImage(65536, tags), what = "64 KiB, " + std::to_string(tags) + " tags";
+        const std::string image = makeImage(65536, tags),
+                          what = "64 KiB, " + std::to_string(tags) + " tags";
         registerPair("load " + what, image, load, loadFloor);
         registerPair("store " + what, image, store, storeFloor);
     }

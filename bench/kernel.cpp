@@ -85,8 +85,8 @@ void ledStatusFloor(benchmark::State& state) {
 BENCHMARK(ledStatusFloor)->Name("getLedStatus/floor");
 
 void setFanSpeed(benchmark::State& state) {
-    measure<CFanControl>(state,
-                         [](CFanControl& fan) { return fan.setFanSpeed(CFanControl::FAN_SPEED_HIGH); });
+    measure<CFanControl>(
+        state, [](CFanControl& fan) { return fan.setFanSpeed(CFanControl::FAN_SPEED_HIGH); });
 }
 BENCHMARK(setFanSpeed)->Name("setFanSpeed");
 

@@ -19,7 +19,8 @@ constexpr int ROWS = 64;
 
 class Sequencer : public LedCtrl {
 public:
-    Sequencer(const std::vector<CmdDef>& rows, const std::vector<FileNameMap>& files, AccessMethod method)
+    Sequencer(const std::vector<CmdDef>& rows, const std::vector<FileNameMap>& files,
+              AccessMethod method)
         : LedCtrl(rows.data(), static_cast<unsigned>(rows.size()), files.data(),
                   static_cast<unsigned>(files.size()), method, 100, 0x0F0F0F0F, NotStarted()) {}
     ~Sequencer() override { shutdown(); }
@@ -37,7 +38,8 @@ public:
             std::abort();
         for (int i = 0; i < FILES; ++i) {
             m_paths.push_back(m_folder + "/" + std::to_string(i));
-            m_descriptors.push_back(::open(m_paths.back().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+            m_descriptors.push_back(
+                ::open(m_paths.back().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
         }
         for (int i = 0; i < FILES; ++i)
             m_map.push_back(
@@ -68,8 +70,8 @@ std::vector<LedCtrl::CmdDef> actions() {
     for (int i = 0; i < ACTIONS; ++i) {
         const std::int32_t kind = KINDS[i % 4];
         const bool isRoll = kind == LedCtrl::ACTION_ROLL_UP || kind == LedCtrl::ACTION_ROLL_DOWN;
-        rows.push_back(
-            {"a", "b", i, isRoll ? 0xFFU << i : 3U << i, kind, 0, isRoll ? 0 : INT32_MAX / 1000, true});
+        rows.push_back({"a", "b", i, isRoll ? 0xFFU << i : 3U << i, kind, 0,
+                        isRoll ? 0 : INT32_MAX / 1000, true});
     }
     return rows;
 }

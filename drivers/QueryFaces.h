@@ -18,8 +18,9 @@ bool tryFace(Object& object, const VELM_UUID& iid, void** out) {
     return true;
 }
 
-/// The query of a driver on a framework base: the base answers first, then the driver's own faces in the
-/// order given. An unknown identifier gives null and the plain failure; the base's own failure is dropped.
+/// The query of a driver on a framework base: the base answers first, then the driver's own faces
+/// in the order given. An unknown identifier gives null and the plain failure; the base's own
+/// failure is dropped.
 template <class Base, class... Faces, class Object>
 XCode queryFaces(Object& object, const VELM_UUID& iid, void** out) {
     XCode status = object.Base::queryInterface(iid, out);

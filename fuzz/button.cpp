@@ -1,4 +1,5 @@
-// Any message is a press, a release or a report, and never two of them; without an observer a report.
+// Any message is a press, a release or a report, and never two of them; without an observer a
+// report.
 
 #include <cstring>
 
@@ -42,12 +43,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     ServiceButton("/nowhere", nullptr).processButtonMessage(handed);
     MON_EVENT = nullptr;
     const bool isPress = begins(message, "pressed"), isRelease = begins(message, "released");
-    expect(watcher.presses == isPress && watcher.releases == isRelease, "a word at the start is its event");
+    expect(watcher.presses == isPress && watcher.releases == isRelease,
+           "a word at the start is its event");
     expect(watcher.reports == (!isPress && !isRelease), "anything else is a report");
     if (watcher.reports > 0)
         expect(watcher.level == 3 &&
                    watcher.text == "INVALID SRV-BUTTON MESSAGE: " + std::string(message.c_str()),
                "a report has the message");
-    expect(unobserved.reports == 1 && unobserved.text == "NO SRV-BUTTON OBSERVER", "without an observer");
+    expect(unobserved.reports == 1 && unobserved.text == "NO SRV-BUTTON OBSERVER",
+           "without an observer");
     return 0;
 }

@@ -1,5 +1,5 @@
-// Any lines in the place of /proc/stat's, one a period: compared with a history that forgets nothing and
-// counts in 64 bits.
+// Any lines in the place of /proc/stat's, one a period: compared with a history that forgets
+// nothing and counts in 64 bits.
 
 #include <array>
 #include <cctype>
@@ -27,7 +27,8 @@ struct Sample {
 
 enum class Form { USUAL, TOO_SHORT, STRANGE };
 
-/// Reads the line word by word. STRANGE is a line of which the header does not say whether it is one.
+/// Reads the line word by word. STRANGE is a line of which the header does not say whether it is
+/// one.
 Form read(const std::string& line, Sample& sample) {
     std::istringstream words(line);
     std::string word;
@@ -72,7 +73,8 @@ private:
     std::vector<std::optional<Sample>> m_samples;
 };
 
-void checkShare(const Sample& from, const Sample& to, unsigned short before, unsigned short percent) {
+void checkShare(const Sample& from, const Sample& to, unsigned short before,
+                unsigned short percent) {
     constexpr std::uint64_t MOST_BUSY = 21000000;
     const std::uint64_t busy = to.busy - from.busy; // 32 bits, wrapping
     const std::uint64_t idle = to.idle - from.idle;
@@ -96,7 +98,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         hasStart = meter.setup(line.c_str()).isSuccess();
         if (form == Form::STRANGE)
             return 0;
-        expect(hasStart == (form == Form::USUAL), "a first sample is taken where it has four numbers");
+        expect(hasStart == (form == Form::USUAL),
+               "a first sample is taken where it has four numbers");
         if (hasStart)
             history.add(sample);
     }
@@ -110,7 +113,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         expect(isTaken == (form == Form::USUAL), "a sample is taken where it has four numbers");
         history.add(isTaken ? std::optional(sample) : std::nullopt);
         if (!isTaken) {
-            expect(last == 101 && mid == 102 && longest == 103, "what is refused changes no output");
+            expect(last == 101 && mid == 102 && longest == 103,
+                   "what is refused changes no output");
             continue;
         }
         checkShare(history.at(1), sample, 101, last);
@@ -118,7 +122,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             checkShare(history.at(5), sample, 102, mid);
             checkShare(history.at(14), sample, 103, longest);
         } else {
-            expect(mid == 102 && longest == 103, "without a first sample the longer spans are never set");
+            expect(mid == 102 && longest == 103,
+                   "without a first sample the longer spans are never set");
         }
     }
     return 0;

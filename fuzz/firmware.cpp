@@ -1,4 +1,5 @@
-// Any bytes as information file and as a file with a number, compared with what the headers say of them.
+// Any bytes as information file and as a file with a number, compared with what the headers say of
+// them.
 
 #include <algorithm>
 #include <array>
@@ -26,8 +27,8 @@ std::array<std::string, 8> linesOf(const std::string& text) {
     std::size_t start = 0;
     for (std::string& line : lines) {
         const std::size_t newline = text.find('\n', start);
-        const std::size_t end = std::min(
-            {newline == std::string::npos ? text.size() : newline + 1, start + LONGEST, text.size()});
+        const std::size_t end = std::min({newline == std::string::npos ? text.size() : newline + 1,
+                                          start + LONGEST, text.size()});
         line = text.substr(start, end - start).c_str(); // to its first zero byte
         line.erase(line.begin(), std::find_if_not(line.begin(), line.end(), isBlank));
         while (!line.empty() && isBlank(line.back()))
@@ -70,7 +71,9 @@ void checkValue(const String& path, const std::string& text) {
         ++i;
     const bool isHex = at(i) == '0' && (at(i + 1) == 'x' || at(i + 1) == 'X') &&
                        std::isxdigit(static_cast<unsigned char>(at(i + 2))) != 0;
-    const std::string digits = isHex ? "0123456789abcdef" : at(i) == '0' ? "01234567" : "0123456789";
+    const std::string digits = isHex          ? "0123456789abcdef"
+                               : at(i) == '0' ? "01234567"
+                                              : "0123456789";
     i += isHex ? 2 : 0;
     long long number = 0;
     const std::size_t start = i;
@@ -82,7 +85,8 @@ void checkValue(const String& path, const std::string& text) {
         number = number * static_cast<long long>(digits.size()) + static_cast<long long>(digit);
     }
     number = std::clamp<long long>(isNegative ? -number : number, INT32_MIN, INT32_MAX);
-    expect(value == (i > start ? number : UNTOUCHED), "the value is the number of the first ten bytes");
+    expect(value == (i > start ? number : UNTOUCHED),
+           "the value is the number of the first ten bytes");
 }
 
 } // namespace

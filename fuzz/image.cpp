@@ -1,5 +1,5 @@
-// Any bytes as a descriptor image: what the library makes of them against a walk of its own; reports, edits
-// and the way through a file or JSON and back.
+// Any bytes as a descriptor image: what the library makes of them against a walk of its own;
+// reports, edits and the way through a file or JSON and back.
 
 #include <algorithm>
 #include <cstdint>
@@ -82,7 +82,8 @@ std::string imageOf(const std::vector<Chunk>& chunks) {
 std::string exported(CBoardDescr& descriptor) {
     TString<char> image;
     String error;
-    expect(descriptor.exportBD(image, error).isSuccess() && error.isEmpty(), "storing always succeeds");
+    expect(descriptor.exportBD(image, error).isSuccess() && error.isEmpty(),
+           "storing always succeeds");
     return asText(image);
 }
 
@@ -102,7 +103,8 @@ void readTyped(CBoardDescr& descriptor, const Chunk& chunk, unsigned index) {
         String error;
         const bool done = (descriptor.*operation)(id, index, out, error).isSuccess();
         expect(done == succeeds, "a number is read where its width fits");
-        expect(out == (succeeds ? number : UNTOUCHED), "a number is that of its bytes, else left alone");
+        expect(out == (succeeds ? number : UNTOUCHED),
+               "a number is that of its bytes, else left alone");
         expect((error == CBoardDescr::ERR_WRONG_TAG_SIZE) == !succeeds, "a wrong width is said");
     };
     const auto exact = [&](std::size_t width) { return size == width ? value(0, width) : 0; };
@@ -124,8 +126,8 @@ void readTyped(CBoardDescr& descriptor, const Chunk& chunk, unsigned index) {
         const bool isRead = descriptor.getMacAddress(index, mac, interface, error).isSuccess();
         String wanted("untouched");
         if (size == 8)
-            wanted = String::format("%02X:%02X:%02X:%02X:%02X:%02X", value(0, 1), value(1, 2), value(2, 3),
-                                    value(3, 4), value(4, 5), value(5, 6));
+            wanted = String::format("%02X:%02X:%02X:%02X:%02X:%02X", value(0, 1), value(1, 2),
+                                    value(2, 3), value(3, 4), value(4, 5), value(5, 6));
         expect(isRead == (size == 8) && mac == wanted, "an address is its six bytes");
         expect(interface == (size == 8 ? value(6, 8) : UNTOUCHED), "an interface is the next two");
     }
@@ -142,7 +144,8 @@ void checkAccess(CBoardDescr& descriptor, const std::vector<Chunk>& chunks) {
     if (chunks.empty())
         return;
     const unsigned id = chunks.back().id;
-    expect(descriptor.getNumberOfTag(static_cast<BD::TagId>(id)) == count[id], "all tags are counted");
+    expect(descriptor.getNumberOfTag(static_cast<BD::TagId>(id)) == count[id],
+           "all tags are counted");
     String error;
     expect(!descriptor.getTag(static_cast<BD::TagId>(id), count[id], error) && !error.isEmpty(),
            "behind the last occurrence there is none");
@@ -174,11 +177,13 @@ void checkFindings(const std::string& image, const Walk& walk) {
         const board::CheckedImage checked = board::checkImage(image, isDevice);
         expect(checked.isCorrupt == !walk.fault.empty(), "the check agrees on what is corrupt");
         expect(checked.tags == walk.chunks.size(), "the check counts the tags that load");
-        const std::size_t used = walk.hasTerminator ? std::min(walk.end + 4, image.size()) : walk.end;
+        const std::size_t used =
+            walk.hasTerminator ? std::min(walk.end + 4, image.size()) : walk.end;
         expect(checked.usedBytes == used, "the check counts the bytes that they take");
         std::size_t offset = 0, corrupt = 0;
         for (const board::Finding& finding : checked.findings) {
-            expect(finding.offset >= offset && finding.offset <= image.size(), "findings are by offset");
+            expect(finding.offset >= offset && finding.offset <= image.size(),
+                   "findings are by offset");
             offset = finding.offset;
             corrupt += finding.weight == board::Finding::Weight::CORRUPT;
         }
@@ -191,7 +196,8 @@ void checkEdit(const std::string& image, const Walk& walk) {
     const std::string end(TERMINATOR, sizeof TERMINATOR);
     board::DescriptorEdit edit(image);
     expect(edit.fault().empty() == walk.fault.empty(), "an edit says what is corrupt");
-    expect(asText(edit.image()) == image.substr(0, walk.end) + end, "an edit copies what it leaves alone");
+    expect(asText(edit.image()) == image.substr(0, walk.end) + end,
+           "an edit copies what it leaves alone");
     if (walk.chunks.empty())
         return;
     const Chunk& first = walk.chunks.front();
@@ -234,10 +240,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     expect(descriptor.importBD(asBytes(image), error).isSuccess() == walk.fault.empty(),
            "what is corrupt fails, all else loads");
     const std::string message = error.c_str();
-    expect(walk.fault.empty() ? message.empty()
-                              : message.rfind("CORRUPTED BOARD DESCRIPTOR: ", 0) == 0 &&
-                                    message.size() > walk.fault.size() &&
-                                    message.substr(message.size() - walk.fault.size()) == walk.fault,
+    expect(walk.fault.empty()
+               ? message.empty()
+               : message.rfind("CORRUPTED BOARD DESCRIPTOR: ", 0) == 0 &&
+                     message.size() > walk.fault.size() &&
+                     message.substr(message.size() - walk.fault.size()) == walk.fault,
            "the message has the place");
     expect(chunksOf(descriptor) == chunks, "the tags before a fault or the end are held");
     checkAccess(descriptor, chunks);

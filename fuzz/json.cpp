@@ -1,6 +1,6 @@
-// Any text as the input of a build: tags or one Error, and what it gives comes back from its dump. Then tags
-// made of the same bytes, in JSON written here: these are taken, and refused where one thing in them is
-// wrong.
+// Any text as the input of a build: tags or one Error, and what it gives comes back from its dump.
+// Then tags made of the same bytes, in JSON written here: these are taken, and refused where one
+// thing in them is wrong.
 
 #include <algorithm>
 #include <cstdint>
@@ -57,7 +57,8 @@ bool reads(const std::string& text, std::vector<Entry>& entries) {
 std::string hexDigits(const std::string& data, const char* digits) {
     std::string text;
     for (const char c : data)
-        text += {digits[static_cast<unsigned char>(c) >> 4], digits[static_cast<unsigned char>(c) & 15]};
+        text += {digits[static_cast<unsigned char>(c) >> 4],
+                 digits[static_cast<unsigned char>(c) & 15]};
     return text;
 }
 
@@ -81,7 +82,8 @@ std::string written(const Entry& entry, FuzzedDataProvider& data, Mistake mistak
     std::string id = std::to_string(mistake == Mistake::ID_TOO_LARGE ? 65535 : entry.id);
     if (mistake == Mistake::ID_TEXT)
         id = '"' + id + '"';
-    std::string digits = hexDigits(entry.data, data.ConsumeBool() ? "0123456789abcdef" : "0123456789ABCDEF");
+    std::string digits =
+        hexDigits(entry.data, data.ConsumeBool() ? "0123456789abcdef" : "0123456789ABCDEF");
     if (mistake == Mistake::TERMINATOR_WITH_DATA) {
         id = "0";
         digits += "00";
@@ -117,10 +119,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     reads(fuzz::textOf(bytes, size), read);
 
     FuzzedDataProvider data(bytes, size);
-    const auto mistake =
-        data.ConsumeBool()
-            ? Mistake::NONE
-            : static_cast<Mistake>(data.ConsumeIntegralInRange(1, static_cast<int>(Mistake::COUNT) - 1));
+    const auto mistake = data.ConsumeBool() ? Mistake::NONE
+                                            : static_cast<Mistake>(data.ConsumeIntegralInRange(
+                                                  1, static_cast<int>(Mistake::COUNT) - 1));
     const auto count = data.ConsumeIntegralInRange<std::size_t>(1, 8);
     const auto wrong = data.ConsumeIntegralInRange<std::size_t>(0, count - 1);
     std::vector<Entry> entries;
@@ -132,7 +133,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         text += (i > 0 ? "," : "") + written(entry, data, i == wrong ? mistake : Mistake::NONE);
         entries.push_back(entry);
     }
-    expect(reads(text + "]", read) == (mistake == Mistake::NONE), "one mistake is enough to be refused");
+    expect(reads(text + "]", read) == (mistake == Mistake::NONE),
+           "one mistake is enough to be refused");
     if (mistake == Mistake::NONE)
         expect(read == entries, "what is written without one is taken as it stands");
     return 0;

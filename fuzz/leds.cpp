@@ -1,6 +1,6 @@
-// Any table, then any lines and ticks. Lines go through the pipe; a second sequencer is handed the rows that
-// a reader of its own finds in them, and must show the same. A third, where there are only static rows, is a
-// model.
+// Any table, then any lines and ticks. Lines go through the pipe; a second sequencer is handed the
+// rows that a reader of its own finds in them, and must show the same. A third, where there are
+// only static rows, is a model.
 
 #include <algorithm>
 #include <cctype>
@@ -128,7 +128,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                         data.ConsumeBool()});
         LedCtrl::CmdDef& row = rows.back();
         if (isStatic) {
-            row.action = std::clamp<std::int32_t>(row.action, LedCtrl::ACTION_ON, LedCtrl::ACTION_FLASH);
+            row.action =
+                std::clamp<std::int32_t>(row.action, LedCtrl::ACTION_ON, LedCtrl::ACTION_FLASH);
             row.group = std::min(row.group, 0);
             row.timeMs = 0;
         }
@@ -147,7 +148,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         std::string text;
         if (data.ConsumeBool() && !rows.empty()) {
             const auto& row = rows[data.ConsumeIntegralInRange<std::size_t>(0, rows.size() - 1)];
-            text = std::string(row.word1) + " " + row.word2 + " " + std::to_string(row.number) + "\n";
+            text =
+                std::string(row.word1) + " " + row.word2 + " " + std::to_string(row.number) + "\n";
         }
         text += data.ConsumeRandomLengthString(200);
         for (std::size_t start = 0; start < text.size(); start += 80) { // what one read takes
@@ -170,7 +172,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             const std::uint32_t output = leds.nextOutput();
             expect((output & ~named) == 0, "no LED lights that no row names");
             expect(output == twin.nextOutput(), "a line runs the row that it names, and no other");
-            expect(!isStatic || output == model.nextOutput(), "static rows show as the pattern says");
+            expect(!isStatic || output == model.nextOutput(),
+                   "static rows show as the pattern says");
         }
     }
     leds.shutdown(); // closes the pipe's reader

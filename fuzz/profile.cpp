@@ -1,5 +1,6 @@
-// Any bytes as a board profile: one error with file and line, or a profile with all that its fields promise;
-// and a profile stays one with a comment behind it, and is none with a key that nobody knows.
+// Any bytes as a board profile: one error with file and line, or a profile with all that its fields
+// promise; and a profile stays one with a comment behind it, and is none with a key that nobody
+// knows.
 
 #include <algorithm>
 #include <cstdint>
@@ -42,7 +43,8 @@ std::string load(const std::string& text, Profile& profile) {
 void checkComplaint(const std::string& complaint, const std::string& text) {
     expect(std::none_of(complaint.begin(), complaint.end(), isControl), "an error is one line");
     std::size_t digits = 0;
-    const unsigned long line = std::stoul(complaint.substr(1), &digits); // a text without digits throws
+    const unsigned long line =
+        std::stoul(complaint.substr(1), &digits); // a text without digits throws
     const auto lines = static_cast<unsigned long>(std::count(text.begin(), text.end(), '\n')) + 1;
     expect(line >= 1 && line <= lines, "an error has a line of the file");
     expect(complaint.compare(1 + digits, 2, ": ") == 0 && complaint.size() > digits + 3,
@@ -58,7 +60,8 @@ void checkProfile(const Profile& profile) {
     std::set<std::string> names = {board::DESCRIPTOR_DRIVER, board::CAPACITY_DRIVER};
     const auto checkAll = [&](const auto& devices) {
         for (const board::DeviceProfile& device : devices) {
-            expect(!device.name.empty() && std::none_of(device.name.begin(), device.name.end(), isControl),
+            expect(!device.name.empty() &&
+                       std::none_of(device.name.begin(), device.name.end(), isControl),
                    "a name can be shown");
             expect(names.insert(device.name).second, "names are unique");
             expect(device.description.find('\0') == std::string::npos, "a description is a text");
@@ -86,7 +89,8 @@ void checkProfile(const Profile& profile) {
     for (const board::LedsProfile::File& file : leds.files)
         checkPath(file.path);
     for (const board::LedsProfile::Command& row : leds.commands)
-        expect(row.word1.find('\0') == std::string::npos && row.word2.find('\0') == std::string::npos,
+        expect(row.word1.find('\0') == std::string::npos &&
+                   row.word2.find('\0') == std::string::npos,
                "words are texts");
     for (const std::string& mistake : board::checkLeds(leds))
         expect(mistake.rfind("/proc/self/fd/", 0) == 0, "a mistake in a table has its place");

@@ -13,13 +13,13 @@ struct BOARD_API Tag {
     /// A tag without data.
     explicit Tag(TagId tagId = 0) : id(tagId) {}
 
-    /// Replaces the data by a copy of `bytes`; `length` follows. Always succeeds; where memory runs out the
-    /// tag is left empty.
+    /// Replaces the data by a copy of `bytes`; `length` follows. Always succeeds; where memory runs
+    /// out the tag is left empty.
     XCode setData(const TString<char>& bytes);
 
-    /// The same for `n` bytes. With null the data becomes empty and `length` becomes `n` all the same, so
-    /// `length` may exceed what is held: numbers and addresses count the missing bytes as 0, texts and dumps
-    /// end with what is held.
+    /// The same for `n` bytes. With null the data becomes empty and `length` becomes `n` all the
+    /// same, so `length` may exceed what is held: numbers and addresses count the missing bytes as
+    /// 0, texts and dumps end with what is held.
     XCode setData(const char* bytes, unsigned n);
 
     ///@{
@@ -34,8 +34,8 @@ struct BOARD_API Tag {
     /// Sets `out` to the first `length` bytes, as far as they are held, and returns it.
     String& getDataString(String& out) const;
 
-    /// Sets `out` to the bytes held, as lower-case pairs of digits with blanks between ("0a 1b ff"), and
-    /// returns it.
+    /// Sets `out` to the bytes held, as lower-case pairs of digits with blanks between ("0a 1b
+    /// ff"), and returns it.
     String& getDataAsHexString(String& out) const;
 
     TagId id;            ///< what the tag means; 0 is the terminator

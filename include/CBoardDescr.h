@@ -7,11 +7,12 @@
 #include "IInfo.h"
 #include "VELM_List.h"
 
-/// The board descriptor's driver: the tag list in memory, its image in a device file, and two reports.
+/// The board descriptor's driver: the tag list in memory, its image in a device file, and two
+/// reports.
 ///
-/// An image is a sequence of chunks from byte 0, numbers big-endian: identifier (2 bytes), length of the
-/// whole chunk (2 bytes, at least 4), data. Identifier 0x0000 or 0xFFFF ends it. The writer pads odd data
-/// with one zero byte that it counts; so an odd tag comes back one byte longer.
+/// An image is a sequence of chunks from byte 0, numbers big-endian: identifier (2 bytes), length
+/// of the whole chunk (2 bytes, at least 4), data. Identifier 0x0000 or 0xFFFF ends it. The writer
+/// pads odd data with one zero byte that it counts; so an odd tag comes back one byte longer.
 ///
 /// The order of the virtual operations is part of the binary face.
 class BOARD_API CBoardDescr : public CDriver, public IBoardDescr, public IInfo {
@@ -29,8 +30,9 @@ public:
     /// An empty list without a device: `readBD` and `writeBD` fail without a text.
     CBoardDescr();
 
-    /// An empty list bound to the device file `devicePath`, which is kept as a pointer and must outlive the
-    /// object. It is read `readChunk` bytes at a time; an image must be smaller than `deviceSize` bytes.
+    /// An empty list bound to the device file `devicePath`, which is kept as a pointer and must
+    /// outlive the object. It is read `readChunk` bytes at a time; an image must be smaller than
+    /// `deviceSize` bytes.
     CBoardDescr(const char* devicePath, unsigned readChunk, unsigned deviceSize);
     ~CBoardDescr() override;
 
@@ -65,26 +67,28 @@ public:
     XCode getPlatformID(unsigned& id, String& error) override;
     XCode getProductID(unsigned& id, String& error) override;
 
-    /// The report for people: a header row, and two levels deeper a row for each tag, formatted by what the
-    /// tag means. A tag that does not hold what it should shows that in its row.
-    InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level, unsigned maxIndex,
-                           unsigned index, const String& prefix) const override;
+    /// The report for people: a header row, and two levels deeper a row for each tag, formatted by
+    /// what the tag means. A tag that does not hold what it should shows that in its row.
+    InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
+                           unsigned maxIndex, unsigned index, const String& prefix) const override;
 
     /// The report of all tags as numbered byte dumps, in the same frame.
     virtual InfoContainer& getRawInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
-                                      unsigned maxIndex, unsigned index, const String& prefix) const;
+                                      unsigned maxIndex, unsigned index,
+                                      const String& prefix) const;
 
     /// Appends the whole device file to `image`. Fails with "FAILED TO OPEN DEVICE '%s'" or
-    /// "FAILED TO READ DEVICE '%s'". A board whose descriptor lies elsewhere overrides this and `writeRawBD`.
+    /// "FAILED TO READ DEVICE '%s'". A board whose descriptor lies elsewhere overrides this and
+    /// `writeRawBD`.
     virtual XCode readRawBD(TString<char>& image, String& error);
 
-    /// Writes `image` to the start of the device file in one call; what lies behind it stays. An image that
-    /// is not smaller than the device is refused, and the device is not touched. A short write is not
-    /// noticed; an EEPROM that is smaller than `deviceSize` takes what fits.
+    /// Writes `image` to the start of the device file in one call; what lies behind it stays. An
+    /// image that is not smaller than the device is refused, and the device is not touched. A short
+    /// write is not noticed; an EEPROM that is smaller than `deviceSize` takes what fits.
     virtual XCode writeRawBD(const TString<char>& image, String& error);
 
-    /// The tag in the list, or null with a text in `error`. Valid until the tag is removed or the list
-    /// loaded.
+    /// The tag in the list, or null with a text in `error`. Valid until the tag is removed or the
+    /// list loaded.
     BD::Tag* getTag(BD::TagId id, unsigned index, String& error);
 
     /// The position of occurrence `index` of `id`, or the end.
@@ -95,18 +99,20 @@ public:
     /// All tags in order, for reading.
     const TagList& getTags() const { return m_tags; }
 
-    /// Reads any tag as an address record: six address bytes, then the interface number in two. A tag that
-    /// is not 8 bytes long fails without a text and leaves the outputs alone.
+    /// Reads any tag as an address record: six address bytes, then the interface number in two. A
+    /// tag that is not 8 bytes long fails without a text and leaves the outputs alone.
     XCode getMacAddr(const BD::Tag& tag, String& mac, unsigned& iface) const;
 
-    /// Replaces the list by the tags of `image`. A terminator becomes a last tag with identifier 0 and no
-    /// data. Fails with "CORRUPTED BOARD DESCRIPTOR: ..." and the position; the tags before it are held.
-    /// Where std::bad_alloc is thrown the list is as it was, or holds the tags that came before.
+    /// Replaces the list by the tags of `image`. A terminator becomes a last tag with identifier 0
+    /// and no data. Fails with "CORRUPTED BOARD DESCRIPTOR: ..." and the position; the tags before
+    /// it are held. Where std::bad_alloc is thrown the list is as it was, or holds the tags that
+    /// came before.
     XCode importBD(const TString<char>& image, String& error);
 
-    /// Appends the list's image to `image`; adds no terminator. Always succeeds; where std::bad_alloc is
-    /// thrown `image` may hold part of it. A tag of more than 65531 bytes (65530 where the length is odd)
-    /// does not fit its length field; what is written then can't be read back.
+    /// Appends the list's image to `image`; adds no terminator. Always succeeds; where
+    /// std::bad_alloc is thrown `image` may hold part of it. A tag of more than 65531 bytes (65530
+    /// where the length is odd) does not fit its length field; what is written then can't be read
+    /// back.
     XCode exportBD(TString<char>& image, String& error);
 
 private:

@@ -12,17 +12,18 @@ public:
     static const VELM_UUID& DID();
     static const VELM_UUID& CID();
 
-    /// `driverName` is the name in the repository, `endpointName` the kernel driver's name on the message
-    /// channel; both are copied. Nothing is contacted before `open`.
-    CLedControl(IDriverRepository* repository, const String& driverName, const String& endpointName);
+    /// `driverName` is the name in the repository, `endpointName` the kernel driver's name on the
+    /// message channel; both are copied. Nothing is contacted before `open`.
+    CLedControl(IDriverRepository* repository, const String& driverName,
+                const String& endpointName);
 
     const VELM_UUID& getDID() const override;
     XCode onConnected(String& error) override;
 
-    /// The header row, titled with the driver's name, and one level deeper the rows "Description" and
-    /// "Status", "on" or "off"; a LED that can't be read shows "off".
-    InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level, unsigned maxIndex,
-                           unsigned index, const String& prefix) const override;
+    /// The header row, titled with the driver's name, and one level deeper the rows "Description"
+    /// and "Status", "on" or "off"; a LED that can't be read shows "off".
+    InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
+                           unsigned maxIndex, unsigned index, const String& prefix) const override;
 
     XCode getLedStatus(unsigned int& status) const override;
     XCode setLedStatus(unsigned int status) override;
@@ -31,7 +32,8 @@ public:
     XCode enableLedToggle() override;
     XCode disableLedToggle() override;
 
-    /// Writes the device file, whatever overlay is on. Whether the device took the state is not looked at.
+    /// Writes the device file, whatever overlay is on. Whether the device took the state is not
+    /// looked at.
     XCode realSetLedStatus(unsigned int status);
 
 private:

@@ -12,9 +12,10 @@ public:
     static const VELM_UUID& DID();
     static const VELM_UUID& CID();
 
-    /// `driverName` is the name in the repository, `endpointName` the kernel driver's name on the message
-    /// channel; both are copied. Nothing is contacted before `open`.
-    CThermalSensor(IDriverRepository* repository, const String& driverName, const String& endpointName);
+    /// `driverName` is the name in the repository, `endpointName` the kernel driver's name on the
+    /// message channel; both are copied. Nothing is contacted before `open`.
+    CThermalSensor(IDriverRepository* repository, const String& driverName,
+                   const String& endpointName);
 
     const VELM_UUID& getDID() const override;
     XCode onConnected(String& error) override;

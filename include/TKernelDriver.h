@@ -4,16 +4,18 @@
 #include "CKernelDriver.h"
 #include "KernelMessage.h"
 
-/// The shape that all drivers in front of a kernel driver share: `Interface` is the one they add to the
-/// framework's. At connection the kernel driver is asked for the path of a device file and a description;
-/// afterwards every operation opens that file, reads or writes one decimal number, and closes it.
+/// The shape that all drivers in front of a kernel driver share: `Interface` is the one they add to
+/// the framework's. At connection the kernel driver is asked for the path of a device file and a
+/// description; afterwards every operation opens that file, reads or writes one decimal number, and
+/// closes it.
 ///
 /// The definitions are in the library; a driver's header declares its instance as extern.
 template <class Interface>
 class BOARD_API TKernelDriver : public CKernelDriver, public Interface {
 public:
     /// For the driver's constructor, whose arguments these are.
-    TKernelDriver(IDriverRepository* repository, const String& driverName, const String& endpointName);
+    TKernelDriver(IDriverRepository* repository, const String& driverName,
+                  const String& endpointName);
     ~TKernelDriver() override;
 
     /// Answers `Interface` besides what CKernelDriver answers.
@@ -34,18 +36,20 @@ protected:
     /// The same text for the driver itself.
     const String& description() const { return m_description; }
 
-    /// The connect handshake: path, description, proof that the file can be opened. The first step that
-    /// fails ends it with that step's status; answers received before are kept.
+    /// The connect handshake: path, description, proof that the file can be opened. The first step
+    /// that fails ends it with that step's status; answers received before are kept.
     XCode handshake();
     /// The same with one question more, before the file is tried.
     template <class Answer>
     XCode handshake(KernelMessage question, Answer& answer);
 
-    /// Reads the number at the start of the device file, of which `width` bytes at most count; 0 where there
-    /// is none. `number` is left as it was on failure: not valid, or the file can't be opened.
+    /// Reads the number at the start of the device file, of which `width` bytes at most count; 0
+    /// where there is none. `number` is left as it was on failure: not valid, or the file can't be
+    /// opened.
     XCode readDevice(unsigned width, int& number) const;
 
-    /// Writes `number` as a record of `width` bytes: digits, then zero bytes. Fails as reading does.
+    /// Writes `number` as a record of `width` bytes: digits, then zero bytes. Fails as reading
+    /// does.
     XCode writeDevice(unsigned width, unsigned number) const;
 
 private:

@@ -6,8 +6,8 @@
 #include "String.h"
 #include "TYRecursiveLock.h"
 
-/// The framework's base of all drivers: identity, name, repository, reference count, lock. A new object has
-/// the count 1, which belongs to its creator; neither copied nor moved.
+/// The framework's base of all drivers: identity, name, repository, reference count, lock. A new
+/// object has the count 1, which belongs to its creator; neither copied nor moved.
 class CDriver : public IDriver {
 public:
     /// Both are copied.

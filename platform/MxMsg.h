@@ -5,7 +5,8 @@
 #include "String.h"
 #include "XCode.h"
 
-/// A message on the kernel message channel: a code and at most one value of type text, bool, int or unsigned.
+/// A message on the kernel message channel: a code and at most one value of type text, bool, int or
+/// unsigned.
 class MxMsg {
 public:
     explicit MxMsg(unsigned code = 0) : m_code(code) {}

@@ -20,13 +20,14 @@ public:
     virtual void report(int level, const String& text) = 0;
 };
 
-/// Logs one line; a lower level is graver (3 errors, 7 tracing). Without a sink of the host's, lines of level
-/// 3 and below, or up to the number in the environment variable BOARD_LOG_LEVEL, go to standard error.
+/// Logs one line; a lower level is graver (3 errors, 7 tracing). Without a sink of the host's,
+/// lines of level 3 and below, or up to the number in the environment variable BOARD_LOG_LEVEL, go
+/// to standard error.
 void VSYSLOG(const String& category, int level, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
-/// Sends log lines to `sink`; null restores standard error. Returns the former one. Not owned: a sink must
-/// live until no thread logs any more.
+/// Sends log lines to `sink`; null restores standard error. Returns the former one. Not owned: a
+/// sink must live until no thread logs any more.
 LogSink* SET_LOG_SINK(LogSink* sink);
 
 } // namespace RTD

@@ -5,9 +5,9 @@
 
 /// The framework's text string: a value that owns its bytes, zero bytes included.
 ///
-/// Positions and lengths count bytes. Operations that return `String&` return the string itself. Running out
-/// of memory throws std::bad_alloc; nothing else fails. A string may be used by one thread at a time; reading
-/// one string from several threads is safe.
+/// Positions and lengths count bytes. Operations that return `String&` return the string itself.
+/// Running out of memory throws std::bad_alloc; nothing else fails. A string may be used by one
+/// thread at a time; reading one string from several threads is safe.
 class String {
 public:
     String() = default;
@@ -24,7 +24,8 @@ public:
     /// The text that printf would print.
     static String format(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-    static String vformat(const char* format, va_list arguments) __attribute__((format(printf, 1, 0)));
+    static String vformat(const char* format, va_list arguments)
+        __attribute__((format(printf, 1, 0)));
 
     /// Appends the text that printf would print.
     String& concatf(const char* format, ...) __attribute__((format(printf, 2, 3)));
@@ -43,12 +44,13 @@ public:
 
     bool startsWith(const String& prefix) const;
 
-    /// The signed number at the start of the text, after blanks, clamped to 32 bits on every machine; 0 where
-    /// there is none. `base` is 2 to 36, or 0 for the prefixes of C; with base 16 a prefix "0x" may stand.
+    /// The signed number at the start of the text, after blanks, clamped to 32 bits on every
+    /// machine; 0 where there is none. `base` is 2 to 36, or 0 for the prefixes of C; with base 16
+    /// a prefix "0x" may stand.
     int toInteger(int base = 10) const;
 
-    /// The decimal number at the start of the text, after blanks, clamped to 0..4294967295 (a negative number
-    /// is 0); 0 where there is none.
+    /// The decimal number at the start of the text, after blanks, clamped to 0..4294967295 (a
+    /// negative number is 0); 0 where there is none.
     unsigned toUInt() const;
 
     friend bool operator==(const String& a, const String& b) { return a.m_text == b.m_text; }

@@ -2,8 +2,8 @@
 
 #include "String.h"
 
-/// Splits a text at delimiter bytes. A run of delimiters counts as one and delimiters at the ends give no
-/// token, as with strtok; so there are no empty tokens. Keeps a copy of the text.
+/// Splits a text at delimiter bytes. A run of delimiters counts as one and delimiters at the ends
+/// give no token, as with strtok; so there are no empty tokens. Keeps a copy of the text.
 class StringTokenizer {
 public:
     StringTokenizer(const String& text, const String& delimiters);

@@ -2,8 +2,8 @@
 
 #include <string>
 
-/// The framework's growable buffer of elements, zeros allowed; `TString<char>` holds tag data and EEPROM
-/// images. A value: a copy shares nothing. Running out of memory throws std::bad_alloc.
+/// The framework's growable buffer of elements, zeros allowed; `TString<char>` holds tag data and
+/// EEPROM images. A value: a copy shares nothing. Running out of memory throws std::bad_alloc.
 template <class T>
 class TString {
 public:
@@ -23,7 +23,8 @@ public:
 
     TString& concat(const TString& other) { return concat(other.data(), other.length()); }
 
-    /// The elements from `start` up to, not including, `end`; what lies outside the buffer is left out.
+    /// The elements from `start` up to, not including, `end`; what lies outside the buffer is left
+    /// out.
     TString substring(unsigned start, unsigned end) const {
         const unsigned last = end < length() ? end : length();
         return start < last ? TString(data() + start, last - start) : TString();
@@ -36,8 +37,12 @@ public:
     const T* data() const { return m_elements.data(); }
     unsigned length() const { return static_cast<unsigned>(m_elements.size()); }
 
-    friend bool operator==(const TString& a, const TString& b) { return a.m_elements == b.m_elements; }
-    friend bool operator!=(const TString& a, const TString& b) { return a.m_elements != b.m_elements; }
+    friend bool operator==(const TString& a, const TString& b) {
+        return a.m_elements == b.m_elements;
+    }
+    friend bool operator!=(const TString& a, const TString& b) {
+        return a.m_elements != b.m_elements;
+    }
 
 private:
     std::basic_string<T> m_elements; // which holds the data of most tags without taking memory

@@ -1,6 +1,7 @@
 #pragma once
 
-/// What `getLock()` hands out: a lock that one thread may take several times and gives back as often.
+/// What `getLock()` hands out: a lock that one thread may take several times and gives back as
+/// often.
 class TYLock {
 public:
     virtual ~TYLock();

@@ -17,7 +17,7 @@ public:
         return pointer;
     }
 
-    /// Holds the driver's own lock until the holder is destroyed; nothing where the driver has none. The
-    /// reference must not be empty.
+    /// Holds the driver's own lock until the holder is destroyed; nothing where the driver has
+    /// none. The reference must not be empty.
     TYLockHolder getLock() const { return TYLockHolder(this->m_object->getLock()); }
 };

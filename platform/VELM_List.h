@@ -5,9 +5,9 @@
 #include <type_traits>
 #include <utility>
 
-/// A circular, doubly linked list with one sentinel and a count. Elements are held by value. An iterator is a
-/// position: an element, or the sentinel, which is the end; it stays valid until its element is removed. Not
-/// copied; one thread at a time.
+/// A circular, doubly linked list with one sentinel and a count. Elements are held by value. An
+/// iterator is a position: an element, or the sentinel, which is the end; it stays valid until its
+/// element is removed. Not copied; one thread at a time.
 template <class T>
 class VELM_List {
     struct Link {
@@ -16,7 +16,8 @@ class VELM_List {
     };
     struct Element : Link {
         template <class... Arguments>
-        explicit Element(Arguments&&... arguments) : Link{}, value(std::forward<Arguments>(arguments)...) {}
+        explicit Element(Arguments&&... arguments)
+            : Link{}, value(std::forward<Arguments>(arguments)...) {}
         T value;
     };
 
@@ -31,7 +32,9 @@ class VELM_List {
 
         Position() = default;
         /// A position that may change elements is also one that may not.
-        operator Position<const T, const Link*>() const { return Position<const T, const Link*>(m_link); }
+        operator Position<const T, const Link*>() const {
+            return Position<const T, const Link*>(m_link);
+        }
 
         Value& operator*() const { return static_cast<ElementOf>(m_link)->value; }
         Value* operator->() const { return &**this; }
@@ -82,7 +85,8 @@ public:
     unsigned size() const { return m_count; }
     bool isEmpty() const { return m_count == 0; }
 
-    /// Links `value` in just before `position` (at the end, before the sentinel). Returns its position.
+    /// Links `value` in just before `position` (at the end, before the sentinel). Returns its
+    /// position.
     Iterator insert(Iterator position, T value) { return emplace(position, std::move(value)); }
 
     Iterator append(T value) { return insert(end(), std::move(value)); }
@@ -99,7 +103,8 @@ public:
         return Iterator(element);
     }
 
-    /// Removes and destroys the element at `position`, which must not be the end. Returns the next position.
+    /// Removes and destroys the element at `position`, which must not be the end. Returns the next
+    /// position.
     Iterator remove(Iterator position) {
         Link* const link = position.m_link;
         Link* const next = link->next;

@@ -4,12 +4,13 @@
 
 class String;
 
-/// The status that nearly every operation returns: code 0 is success, -1 the ordinary failure; a message may
-/// go with it.
+/// The status that nearly every operation returns: code 0 is success, -1 the ordinary failure; a
+/// message may go with it.
 ///
-/// One machine word. Without a message the word is the code shifted left by one with the low bit set, so
-/// success is the word 1 and the plain failure the word of all ones. With a message, or for a code outside
-/// -2^30..2^30-1, it is a pointer to a record that this object owns; a copy copies the record.
+/// One machine word. Without a message the word is the code shifted left by one with the low bit
+/// set, so success is the word 1 and the plain failure the word of all ones. With a message, or for
+/// a code outside -2^30..2^30-1, it is a pointer to a record that this object owns; a copy copies
+/// the record.
 class [[nodiscard]] XCode {
 public:
     static constexpr std::int32_t SUCCESS = 0;

@@ -66,7 +66,8 @@ void setShare(const Figures& from, const Figures& to, unsigned short& percent) {
         return;
     // By -1 the lowest number has no quotient; negated without a division it wraps to itself.
     const std::uint32_t share =
-        total == -1 ? 0U - scaled : static_cast<std::uint32_t>(static_cast<std::int32_t>(scaled) / total);
+        total == -1 ? 0U - scaled
+                    : static_cast<std::uint32_t>(static_cast<std::int32_t>(scaled) / total);
     percent = static_cast<unsigned short>(share);
 }
 

@@ -56,7 +56,8 @@ XCode CpuLoad::measure(unsigned short& last, unsigned short& mid, unsigned short
     return measure(FirstLine(USAGE_FILE).get(), last, mid, longest);
 }
 
-XCode CpuLoad::measure(const char* line, unsigned short& last, unsigned short& mid, unsigned short& longest) {
+XCode CpuLoad::measure(const char* line, unsigned short& last, unsigned short& mid,
+                       unsigned short& longest) {
     const std::uint32_t previous = m_current;
     for (std::uint32_t* const index : {&m_current, &m_index5, &m_index14})
         *index = (*index + 1) % SLOTS;

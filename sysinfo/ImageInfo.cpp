@@ -58,7 +58,8 @@ XCode readValueFromFile(const String& path, int& value) {
     char* end = nullptr;
     const long long number = std::strtoll(text, &end, 0);
     if (end != text)
-        value = static_cast<int>(std::clamp<long long>(number, std::numeric_limits<std::int32_t>::min(),
-                                                       std::numeric_limits<std::int32_t>::max()));
+        value =
+            static_cast<int>(std::clamp<long long>(number, std::numeric_limits<std::int32_t>::min(),
+                                                   std::numeric_limits<std::int32_t>::max()));
     return XCode();
 }

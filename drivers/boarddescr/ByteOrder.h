@@ -1,8 +1,8 @@
 #pragma once
 
-/// Numbers of the board descriptor: big-endian, most significant byte first. "c" is the chunk's order, "h"
-/// the host's. Each function reads or writes exactly the bytes of its type, at any address; `width` is
-/// ignored.
+/// Numbers of the board descriptor: big-endian, most significant byte first. "c" is the chunk's
+/// order, "h" the host's. Each function reads or writes exactly the bytes of its type, at any
+/// address; `width` is ignored.
 unsigned cntoh_uint(const char* p, int width);
 unsigned long cntoh_uint32(const char* p, int width); ///< 32 bits, also where `long` has more
 unsigned short cntoh_uint16(const char* p, int width);

@@ -19,8 +19,9 @@ constexpr unsigned HEADER_BYTES = 4;
 constexpr unsigned END_CLEARED = 0x0000;
 constexpr unsigned END_ERASED = 0xFFFF;
 
-constexpr char TOO_SMALL[] = "CORRUPTED BOARD DESCRIPTOR: id=%u has invalid field length (chunkLen=%u is too "
-                             "small) at pos=%u";
+constexpr char TOO_SMALL[] =
+    "CORRUPTED BOARD DESCRIPTOR: id=%u has invalid field length (chunkLen=%u is too "
+    "small) at pos=%u";
 constexpr char OVERFLOWS[] =
     "CORRUPTED BOARD DESCRIPTOR: id=%u has invalid field length (len=%u overflow the "
     "buffer size %u) at pos=%u";

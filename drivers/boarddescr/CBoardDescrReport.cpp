@@ -14,7 +14,18 @@ constexpr BD::TagId PRODUCT_TAG = 45;
 constexpr unsigned PRODUCT_BYTES = 4;
 
 /// How a tag's data is shown.
-enum class Kind { MAC, IPV4, HIDDEN, TEXT, UPPER_TEXT, HEX_NUMBER, OBSOLETE, NUMBER, PRODUCT, HEX_DUMP };
+enum class Kind {
+    MAC,
+    IPV4,
+    HIDDEN,
+    TEXT,
+    UPPER_TEXT,
+    HEX_NUMBER,
+    OBSOLETE,
+    NUMBER,
+    PRODUCT,
+    HEX_DUMP
+};
 
 struct KindOfRange {
     BD::TagId first;
@@ -55,9 +66,9 @@ constexpr KindOfRange KINDS[] = {
 };
 
 Kind kindOf(BD::TagId id) {
-    const auto* const row =
-        std::lower_bound(std::begin(KINDS), std::end(KINDS), id,
-                         [](const KindOfRange& range, BD::TagId wanted) { return range.last < wanted; });
+    const auto* const row = std::lower_bound(
+        std::begin(KINDS), std::end(KINDS), id,
+        [](const KindOfRange& range, BD::TagId wanted) { return range.last < wanted; });
     return row != std::end(KINDS) && row->first <= id ? row->kind : Kind::HEX_DUMP;
 }
 
@@ -70,22 +81,25 @@ String hexDump(const BD::Tag& tag) {
     return tag.getDataAsHexString(dump);
 }
 
-/// The text as it is printed: it ends at a zero byte, such as the one that storing adds to an odd length.
+/// The text as it is printed: it ends at a zero byte, such as the one that storing adds to an odd
+/// length.
 String text(const BD::Tag& tag) {
     String value;
     return String(tag.getDataString(value).c_str());
 }
 
-/// Writes the rows of one report: the header, and tags two levels below it while that is deep enough.
+/// Writes the rows of one report: the header, and tags two levels below it while that is deep
+/// enough.
 class Report {
 public:
-    Report(InfoContainer& container, unsigned maxLevel, unsigned level, unsigned maxIndex, unsigned index,
-           const String& prefix)
+    Report(InfoContainer& container, unsigned maxLevel, unsigned level, unsigned maxIndex,
+           unsigned index, const String& prefix)
         : m_container(container), m_level(level + DEPTH), m_index(index),
           m_hasHeader(level <= maxLevel && index <= maxIndex),
           m_hasRows(m_hasHeader && maxLevel - level >= DEPTH) {
         if (m_hasHeader)
-            m_container.add(level, index, String(prefix).concat("Board Descriptor"), String::EMPTY());
+            m_container.add(level, index, String(prefix).concat("Board Descriptor"),
+                            String::EMPTY());
     }
 
     void add(const String& key, const String& value) {
@@ -124,8 +138,8 @@ void addTag(Report& report, const CBoardDescr& board, const BD::Tag& tag) {
         break;
     }
     case Kind::IPV4:
-        report.add(name, String::format("%u.%u.%u.%u", byteAt(tag, 0), byteAt(tag, 1), byteAt(tag, 2),
-                                        byteAt(tag, 3)));
+        report.add(name, String::format("%u.%u.%u.%u", byteAt(tag, 0), byteAt(tag, 1),
+                                        byteAt(tag, 2), byteAt(tag, 3)));
         break;
     case Kind::TEXT:
         report.add(name, text(tag));
@@ -170,13 +184,15 @@ InfoContainer& CBoardDescr::getInfo(InfoContainer& container, unsigned maxLevel,
 }
 
 InfoContainer& CBoardDescr::getRawInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
-                                       unsigned maxIndex, unsigned index, const String& prefix) const {
+                                       unsigned maxIndex, unsigned index,
+                                       const String& prefix) const {
     Report report(container, maxLevel, level, maxIndex, index, prefix);
     int number = 0;
     for (const BD::Tag& tag : m_tags)
         report.add(String::format("%d - Tag: %u (%s)", number++, static_cast<unsigned>(tag.id),
                                   BD::TAG_ID_TO_STRING(tag.id).c_str()),
-                   String::format("len: %.2d  data: %s", static_cast<int>(tag.length), hexDump(tag).c_str()));
+                   String::format("len: %.2d  data: %s", static_cast<int>(tag.length),
+                                  hexDump(tag).c_str()));
     return container;
 }
 

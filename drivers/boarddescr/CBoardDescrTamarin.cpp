@@ -1,6 +1,7 @@
 #include "CBoardDescrTamarin.h"
 
-CBoardDescrTamarin::CBoardDescrTamarin() : CBoardDescr("/sys/bus/i2c/devices/1-0050/eeprom", 128, 512) {}
+CBoardDescrTamarin::CBoardDescrTamarin()
+    : CBoardDescr("/sys/bus/i2c/devices/1-0050/eeprom", 128, 512) {}
 
 CBoardDescrTamarin::~CBoardDescrTamarin() = default;
 

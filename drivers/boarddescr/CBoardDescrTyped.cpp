@@ -23,8 +23,8 @@ XCode wrongSize(String& error) {
 
 /// Reads a number whose tag must be `width` bytes long.
 template <class Value, class Number>
-XCode readNumber(const BD::Tag* tag, unsigned width, Number (BD::Tag::*number)() const, Value& value,
-                 String& error) {
+XCode readNumber(const BD::Tag* tag, unsigned width, Number (BD::Tag::*number)() const,
+                 Value& value, String& error) {
     if (!tag)
         return XCode(XCode::FAILURE);
     if (tag->length != width)
@@ -60,7 +60,8 @@ XCode CBoardDescr::getTagUInt8(BD::TagId id, unsigned index, unsigned char& valu
     return readNumber(getTag(id, index, error), 1, &BD::Tag::getDataChar, value, error);
 }
 
-XCode CBoardDescr::getTagUInt16(BD::TagId id, unsigned index, unsigned short& value, String& error) {
+XCode CBoardDescr::getTagUInt16(BD::TagId id, unsigned index, unsigned short& value,
+                                String& error) {
     return readNumber(getTag(id, index, error), 2, &BD::Tag::getDataUInt16, value, error);
 }
 
@@ -103,8 +104,8 @@ XCode CBoardDescr::getMacAddr(const BD::Tag& tag, String& mac, unsigned& iface) 
     unsigned char bytes[MAC_RECORD_BYTES];
     for (unsigned i = 0; i < MAC_RECORD_BYTES; ++i)
         bytes[i] = static_cast<unsigned char>(tag.data[i]);
-    mac = String::format("%02X:%02X:%02X:%02X:%02X:%02X", bytes[0], bytes[1], bytes[2], bytes[3], bytes[4],
-                         bytes[5]);
+    mac = String::format("%02X:%02X:%02X:%02X:%02X:%02X", bytes[0], bytes[1], bytes[2], bytes[3],
+                         bytes[4], bytes[5]);
     iface = static_cast<unsigned>(bytes[6]) << 8 | bytes[7];
     return XCode();
 }
@@ -119,8 +120,9 @@ XCode CBoardDescr::setMacAddress(unsigned index, const String& mac, unsigned ifa
     if (!tag)
         return XCode(XCode::FAILURE);
 
-    // Two bytes more than the record: the interface number is written four bytes wide behind the address, so
-    // that its upper half is what the record keeps. Boards in the field hold records made this way.
+    // Two bytes more than the record: the interface number is written four bytes wide behind the
+    // address, so that its upper half is what the record keeps. Boards in the field hold records
+    // made this way.
     char record[MAC_RECORD_BYTES + 2] = {};
     StringTokenizer groups(mac, ":");
     for (unsigned k = 0; groups.hasMoreTokens(); ++k) {
@@ -138,8 +140,8 @@ XCode CBoardDescr::insertMacAddress(unsigned index, const String& mac, unsigned 
     const unsigned count = getNumberOfTag(MAC_TAG);
     const unsigned anchor = count == 0 ? 0 : std::min(index, count - 1);
     m_tags.insert(getTagIterator(MAC_TAG, anchor), BD::Tag(MAC_TAG));
-    // Occurrence `count` is the former last one wherever there was one: it takes the address and the new tag
-    // stays empty. Hosts rely on it.
+    // Occurrence `count` is the former last one wherever there was one: it takes the address and
+    // the new tag stays empty. Hosts rely on it.
     String scratch;
     return setMacAddress(count, mac, iface, scratch);
 }

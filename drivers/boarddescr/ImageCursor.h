@@ -3,7 +3,8 @@
 #include "ByteOrder.h"
 #include "TString.h"
 
-/// Reads a descriptor image from front to back and never outside it. `position` never exceeds the size.
+/// Reads a descriptor image from front to back and never outside it. `position` never exceeds the
+/// size.
 class ImageCursor {
 public:
     explicit ImageCursor(const TString<char>& image) : m_image(image) {}
@@ -21,7 +22,8 @@ public:
         return cntoh_uint16(bytes, 2);
     }
 
-    /// Takes `count` bytes and returns where they stand; null, and nothing taken, where there are fewer.
+    /// Takes `count` bytes and returns where they stand; null, and nothing taken, where there are
+    /// fewer.
     const char* takeBytes(unsigned count) {
         if (left() < count)
             return nullptr;

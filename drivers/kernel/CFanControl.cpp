@@ -14,7 +14,8 @@ constexpr unsigned RECORD_WIDTH = 16;
 
 } // namespace
 
-CFanControl::CFanControl(IDriverRepository* repository, const String& driverName, const String& endpointName)
+CFanControl::CFanControl(IDriverRepository* repository, const String& driverName,
+                         const String& endpointName)
     : TKernelDriver(repository, driverName, endpointName) {}
 
 const VELM_UUID& CFanControl::getDID() const {
@@ -31,7 +32,8 @@ XCode CFanControl::getActualFanSpeed(FanSpeed& speed) {
     XCode status = readDevice(RECORD_WIDTH, number);
     if (!status.isSuccess())
         return status;
-    const auto value = static_cast<unsigned>(number); // a negative number is a large one: full speed
+    const auto value =
+        static_cast<unsigned>(number); // a negative number is a large one: full speed
     const unsigned sixth = m_maxSpeed / 6;
     speed = value < sixth       ? FAN_SPEED_OFF
             : value < 3 * sixth ? FAN_SPEED_LOW

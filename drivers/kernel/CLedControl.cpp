@@ -33,7 +33,8 @@ std::atomic<unsigned> DumpInProgress::s_count{0};
 
 } // namespace
 
-CLedControl::CLedControl(IDriverRepository* repository, const String& driverName, const String& endpointName)
+CLedControl::CLedControl(IDriverRepository* repository, const String& driverName,
+                         const String& endpointName)
     : TKernelDriver(repository, driverName, endpointName) {}
 
 const VELM_UUID& CLedControl::getDID() const {

@@ -74,12 +74,14 @@ XCode TKernelDriver<Interface>::handshake(KernelMessage question, Answer& answer
 
 template <class Interface>
 XCode TKernelDriver<Interface>::readDevice(unsigned width, int& number) const {
-    return m_valid && devicefile::readDecimal(m_path.c_str(), width, number) ? XCode()
-                                                                             : XCode(XCode::FAILURE);
+    return m_valid && devicefile::readDecimal(m_path.c_str(), width, number)
+               ? XCode()
+               : XCode(XCode::FAILURE);
 }
 
 template <class Interface>
 XCode TKernelDriver<Interface>::writeDevice(unsigned width, unsigned number) const {
-    return m_valid && devicefile::writeDecimal(m_path.c_str(), width, number) ? XCode()
-                                                                              : XCode(XCode::FAILURE);
+    return m_valid && devicefile::writeDecimal(m_path.c_str(), width, number)
+               ? XCode()
+               : XCode(XCode::FAILURE);
 }

@@ -70,7 +70,8 @@ XCode CResourceVoip::setup(String& error) {
 void CResourceVoip::calculateDspChannels(TYPPtr<IBoardDescr> board) {
     unsigned stored = 0;
     dspChannels = readTag(board, DSP_CHANNELS_TAG, stored) && stored != 0 ? stored : UNKNOWN;
-    PREFERENCES::READPREF_UINT(PREFERENCES::VOIP_DSP_CHANNELS, dspChannels, dspChannels, 0, HIGHEST);
+    PREFERENCES::READPREF_UINT(PREFERENCES::VOIP_DSP_CHANNELS, dspChannels, dspChannels, 0,
+                               HIGHEST);
 }
 
 void CResourceVoip::calculateSipLegs(TYPPtr<IBoardDescr> board) {
@@ -89,7 +90,8 @@ unsigned CResourceVoip::getSipLegCount() const {
 }
 
 InfoContainer& CResourceVoip::getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
-                                      unsigned maxIndex, unsigned index, const String& prefix) const {
+                                      unsigned maxIndex, unsigned index,
+                                      const String& prefix) const {
     if (level <= maxLevel && index <= maxIndex)
         container.add(level, index, String(prefix).concat("VoIP Resource"), String::EMPTY());
     if (level < maxLevel && index <= maxIndex) {

@@ -1,4 +1,5 @@
-// board-host BOARD: hosts the board in that folder until SIGTERM, or until its service button comes up again.
+// board-host BOARD: hosts the board in that folder until SIGTERM, or until its service button comes
+// up again.
 
 #include <csignal>
 #include <iostream>
@@ -20,7 +21,8 @@ static void check(const XCode& status, const char* what, const String& error = S
 }
 
 template <class Driver>
-struct Connected { // a driver, and the kernel driver's end of its channel, which answers at connection
+struct Connected { // a driver, and the kernel driver's end of its channel, which answers at
+                   // connection
     Connected(const char* name, const std::string& path, unsigned maximum)
         : driver(TYPPtr<Driver>::adopt(new Driver(DRIVER::INSTANCE(), name, name))) {
         const auto answer = [path, maximum](const MxMsg& request, MxMsg& reply) {
@@ -55,8 +57,9 @@ struct Button : ServiceButton::Observer { // called on the button's thread
     void onButtonReleased(const TYTime&) override { ::kill(::getpid(), SIGTERM); }
 };
 
-constexpr LedCtrl::CmdDef COMMANDS[] = {{"system", "ready", 0, 0x1, LedCtrl::ACTION_ON, 1, 0, true},
-                                        {"system", "alarm", 0, 0x1, LedCtrl::ACTION_BLINK, 1, 0, false}};
+constexpr LedCtrl::CmdDef COMMANDS[] = {
+    {"system", "ready", 0, 0x1, LedCtrl::ACTION_ON, 1, 0, true},
+    {"system", "alarm", 0, 0x1, LedCtrl::ACTION_BLINK, 1, 0, false}};
 
 static void useFan() { // as any part of the program does, on any thread: by name and interface
     TYPPtr<IFanControl> fan;
@@ -73,13 +76,15 @@ int main(int, char** words) try { // what is made last goes first: threads, name
     ::sigaddset(&ends, SIGTERM);
     ::pthread_sigmask(SIG_BLOCK, &ends, nullptr);
     const std::string board = words[1] ? words[1] : ".";
-    const std::string eeprom = board + "/eeprom.bin", lamp = board + "/dev/status"; // used by pointer
+    const std::string eeprom = board + "/eeprom.bin",
+                      lamp = board + "/dev/status"; // used by pointer
     const LedCtrl::FileNameMap files[] = {{0x1, lamp.c_str()}};
     const Connected<CFanControl> fan("fan", board + "/dev/fan", 255);
     const Connected<CThermalSensor> sensor("thermal", board + "/dev/temperature", 85);
     const auto descriptor = TYPPtr<CBoardDescr>::adopt(new CBoardDescr(eeprom.c_str(), 128, 512));
     const auto capacity = TYPPtr<Capacity>::adopt(new Capacity);
-    const Registered names[] = {fan.driver.get(), sensor.driver.get(), descriptor.get(), capacity.get()};
+    const Registered names[] = {fan.driver.get(), sensor.driver.get(), descriptor.get(),
+                                capacity.get()};
     String error;
     check(descriptor->readBD(error), "descriptor", error);
     check(capacity->setup(error), "capacity", error); // asks the descriptor by its name

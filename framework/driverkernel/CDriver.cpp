@@ -1,6 +1,7 @@
 #include "CDriver.h"
 
-CDriver::CDriver(const VELM_UUID& did, const String& driverName) : m_did(did), m_driverName(driverName) {}
+CDriver::CDriver(const VELM_UUID& did, const String& driverName)
+    : m_did(did), m_driverName(driverName) {}
 
 CDriver::~CDriver() = default;
 

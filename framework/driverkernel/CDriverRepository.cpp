@@ -18,8 +18,9 @@ XCode notFound(const String& name) {
 } // namespace
 
 std::vector<TYPtr<IDriver>>::iterator CDriverRepository::find(const String& name) {
-    return std::find_if(m_drivers.begin(), m_drivers.end(),
-                        [&](const TYPtr<IDriver>& driver) { return driver->getDriverName() == name; });
+    return std::find_if(m_drivers.begin(), m_drivers.end(), [&](const TYPtr<IDriver>& driver) {
+        return driver->getDriverName() == name;
+    });
 }
 
 XCode CDriverRepository::registerDriver(IDriver* driver) {
@@ -28,7 +29,8 @@ XCode CDriverRepository::registerDriver(IDriver* driver) {
     const TYLockHolder hold(&m_lock);
     const String& name = driver->getDriverName();
     if (find(name) != m_drivers.end())
-        return XCode(XCode::FAILURE, String::format("DRIVER '%s' ALREADY REGISTERED", name.c_str()));
+        return XCode(XCode::FAILURE,
+                     String::format("DRIVER '%s' ALREADY REGISTERED", name.c_str()));
     m_drivers.emplace_back(driver);
     driver->setDriverRepository(this);
     return XCode();
@@ -43,7 +45,8 @@ XCode CDriverRepository::unregisterDriver(const String& name) {
             return notFound(name);
         removed = std::move(*found);
         m_drivers.erase(found);
-        removed->setDriverRepository(nullptr); // under the lock: the driver may be registered anew behind it
+        removed->setDriverRepository(
+            nullptr); // under the lock: the driver may be registered anew behind it
     }
     return XCode();
 }

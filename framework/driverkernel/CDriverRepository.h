@@ -7,9 +7,9 @@
 #include "TYPtr.h"
 #include "TYRecursiveLock.h"
 
-/// The repository behind DRIVER::INSTANCE(). Keeps one counted reference to each driver, in the order of
-/// registration. No reference is given back, and no driver is queried, while the lock is held: a driver's
-/// destructor or query may come back here from another lock.
+/// The repository behind DRIVER::INSTANCE(). Keeps one counted reference to each driver, in the
+/// order of registration. No reference is given back, and no driver is queried, while the lock is
+/// held: a driver's destructor or query may come back here from another lock.
 class CDriverRepository : public IDriverRepository {
 public:
     XCode registerDriver(IDriver* driver) override;

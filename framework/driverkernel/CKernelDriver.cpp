@@ -2,7 +2,8 @@
 
 #include "InfoContainer.h"
 
-// The identity is the concrete class's, which overrides getDID; the one given to the base is never seen.
+// The identity is the concrete class's, which overrides getDID; the one given to the base is never
+// seen.
 CKernelDriver::CKernelDriver(IDriverRepository* repository, const String& driverName,
                              const String& endpointName)
     : CDriver(VELM_UUID(VELM_UUID::Value{}, ""), driverName), m_endpointName(endpointName) {
@@ -35,7 +36,8 @@ TYLock* CKernelDriver::getLock() {
 }
 
 InfoContainer& CKernelDriver::getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
-                                      unsigned maxIndex, unsigned index, const String& prefix) const {
+                                      unsigned maxIndex, unsigned index,
+                                      const String& prefix) const {
     if (level <= maxLevel && index <= maxIndex)
         container.add(level, index, String(prefix).concat(getDriverName()), String::EMPTY());
     return container;

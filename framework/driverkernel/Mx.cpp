@@ -29,11 +29,13 @@ Mx::Registry& Mx::registry() {
 
 XCode Mx::publish(const String& endpoint, Handler handler) {
     if (!handler)
-        return XCode(XCode::FAILURE, String::format("ENDPOINT '%s' HAS NO HANDLER", endpoint.c_str()));
+        return XCode(XCode::FAILURE,
+                     String::format("ENDPOINT '%s' HAS NO HANDLER", endpoint.c_str()));
     auto published = std::make_shared<Endpoint>(endpoint, std::move(handler));
     const std::lock_guard<std::mutex> hold(registry().mutex);
     if (!registry().endpoints.emplace(endpoint, std::move(published)).second)
-        return XCode(XCode::FAILURE, String::format("ENDPOINT '%s' ALREADY PUBLISHED", endpoint.c_str()));
+        return XCode(XCode::FAILURE,
+                     String::format("ENDPOINT '%s' ALREADY PUBLISHED", endpoint.c_str()));
     return XCode();
 }
 
@@ -43,7 +45,8 @@ XCode Mx::withdraw(const String& endpoint) {
         const std::lock_guard<std::mutex> hold(registry().mutex);
         const auto found = registry().endpoints.find(endpoint);
         if (found == registry().endpoints.end())
-            return XCode(XCode::FAILURE, String::format("ENDPOINT '%s' NOT FOUND", endpoint.c_str()));
+            return XCode(XCode::FAILURE,
+                         String::format("ENDPOINT '%s' NOT FOUND", endpoint.c_str()));
         withdrawn = std::move(found->second);
         registry().endpoints.erase(found);
     }
@@ -78,7 +81,8 @@ XCode Mx::sendReceive(const MxMsg& request, MxMsg& reply) {
         return XCode(XCode::FAILURE, "CHANNEL NOT CONNECTED");
     const std::lock_guard<std::recursive_mutex> hold(endpoint->mutex);
     if (!endpoint->published)
-        return XCode(XCode::FAILURE, String::format("ENDPOINT '%s' WITHDRAWN", endpoint->name.c_str()));
+        return XCode(XCode::FAILURE,
+                     String::format("ENDPOINT '%s' WITHDRAWN", endpoint->name.c_str()));
 
     MxMsg answer(request.getCode());
     XCode status;

@@ -12,8 +12,8 @@ String TAG_ID_TO_STRING(TagId id) {
     };
     static constexpr Name NAMES[] = {
         {1, "MacAddress"}, {45, "ProductID"}, {0x800E, "DspChannels"}, {0x801A, "SipLegs"}};
-    const auto* const found =
-        std::find_if(std::begin(NAMES), std::end(NAMES), [id](const Name& row) { return row.id == id; });
+    const auto* const found = std::find_if(std::begin(NAMES), std::end(NAMES),
+                                           [id](const Name& row) { return row.id == id; });
     return found != std::end(NAMES) ? String(found->name) : String::format("Tag%d", id);
 }
 

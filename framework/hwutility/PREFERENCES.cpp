@@ -58,8 +58,8 @@ XCode LOAD(const String& path, String& error) {
             continue;
         const auto equals = line.find('=');
         if (equals == std::string::npos) {
-            RTD::VSYSLOG(LOG_CATEGORY, LOG_ERROR, "%s:%u: '%s' IS NO 'key = value' LINE", path.c_str(),
-                         number, trimmed.c_str());
+            RTD::VSYSLOG(LOG_CATEGORY, LOG_ERROR, "%s:%u: '%s' IS NO 'key = value' LINE",
+                         path.c_str(), number, trimmed.c_str());
             continue;
         }
         const std::string value = line.substr(equals + 1);
@@ -67,7 +67,8 @@ XCode LOAD(const String& path, String& error) {
         loaded[key.c_str()] = String(value.data(), static_cast<unsigned>(value.size())).trim();
     }
     if (!file.eof()) {
-        error = String::format("FAILED TO READ PREFERENCES '%s': %s", path.c_str(), std::strerror(errno));
+        error = String::format("FAILED TO READ PREFERENCES '%s': %s", path.c_str(),
+                               std::strerror(errno));
         return XCode(XCode::FAILURE);
     }
     const std::lock_guard<std::mutex> hold(storeLock());
@@ -93,8 +94,9 @@ bool READPREF_UINT(const char* key, unsigned& value, unsigned defaultValue, unsi
     }
     if (parse(text, minimum, maximum, value))
         return true;
-    RTD::VSYSLOG(LOG_CATEGORY, LOG_ERROR, "PREFERENCE '%s': '%s' IGNORED, EXPECTED A NUMBER FROM %u TO %u",
-                 key, text.c_str(), minimum, maximum);
+    RTD::VSYSLOG(LOG_CATEGORY, LOG_ERROR,
+                 "PREFERENCE '%s': '%s' IGNORED, EXPECTED A NUMBER FROM %u TO %u", key,
+                 text.c_str(), minimum, maximum);
     return false;
 }
 

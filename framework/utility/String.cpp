@@ -53,7 +53,8 @@ String String::vformat(const char* format, va_list arguments) {
 String& String::concatf(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    m_text += formatted(format, arguments); // made whole first: an argument may point into this text
+    m_text +=
+        formatted(format, arguments); // made whole first: an argument may point into this text
     va_end(arguments);
     return *this;
 }
@@ -90,5 +91,6 @@ int String::toInteger(int base) const {
 
 unsigned String::toUInt() const {
     const long long value = std::strtoll(m_text.c_str(), nullptr, 10);
-    return static_cast<unsigned>(std::clamp<long long>(value, 0, std::numeric_limits<std::uint32_t>::max()));
+    return static_cast<unsigned>(
+        std::clamp<long long>(value, 0, std::numeric_limits<std::uint32_t>::max()));
 }

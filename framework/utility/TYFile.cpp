@@ -23,11 +23,13 @@ XCode TYFile::open(int flags, unsigned mode, int extraFlags) {
     const int allFlags = flags | extraFlags | O_CLOEXEC | (m_create ? O_CREAT : 0);
     m_descriptor = waiting::interruptible([&] { return ::open(m_path.c_str(), allFlags, mode); });
     if (m_descriptor < 0)
-        return XCode(XCode::FAILURE, String::format("OPEN '%s': %s", m_path.c_str(), std::strerror(errno)));
+        return XCode(XCode::FAILURE,
+                     String::format("OPEN '%s': %s", m_path.c_str(), std::strerror(errno)));
     if (waiting::stopRequested()) {
         static_cast<void>(close());
         waiting::endIfStopped();
-        return XCode(XCode::FAILURE, String::format("OPEN '%s': THREAD IS STOPPED", m_path.c_str()));
+        return XCode(XCode::FAILURE,
+                     String::format("OPEN '%s': THREAD IS STOPPED", m_path.c_str()));
     }
     return XCode();
 }
@@ -41,15 +43,18 @@ XCode TYFile::readOnce(char* buffer, unsigned size, unsigned& count, bool wait) 
     }
     const ssize_t got = waiting::interruptible([&] { return ::read(m_descriptor, buffer, size); });
     if (got < 0)
-        return XCode(XCode::FAILURE, String::format("READ '%s': %s", m_path.c_str(), std::strerror(errno)));
+        return XCode(XCode::FAILURE,
+                     String::format("READ '%s': %s", m_path.c_str(), std::strerror(errno)));
     count = static_cast<unsigned>(got);
     return XCode();
 }
 
 XCode TYFile::close() {
-    // After a failure too the descriptor is gone; closing it again could hit another thread's new file.
+    // After a failure too the descriptor is gone; closing it again could hit another thread's new
+    // file.
     const int descriptor = std::exchange(m_descriptor, -1);
     if (descriptor < 0 || ::close(descriptor) == 0)
         return XCode();
-    return XCode(XCode::FAILURE, String::format("CLOSE '%s': %s", m_path.c_str(), std::strerror(errno)));
+    return XCode(XCode::FAILURE,
+                 String::format("CLOSE '%s': %s", m_path.c_str(), std::strerror(errno)));
 }

@@ -22,7 +22,8 @@
 namespace {
 
 XCode failure(const char* what, int error = 0) {
-    return XCode(XCode::FAILURE, error ? String::format("%s: %s", what, std::strerror(error)) : String(what));
+    return XCode(XCode::FAILURE,
+                 error ? String::format("%s: %s", what, std::strerror(error)) : String(what));
 }
 
 // Faults are left open: a blocked fault kills the process without the host's crash report.
@@ -58,7 +59,8 @@ TYThread::TYThread(const String& name, TYRunnable* runnable) : m_name(name), m_r
 
 TYThread::~TYThread() {
     static_cast<void>(TYThread::stop());
-    static_cast<void>(TYThread::detach()); // reached alive only on the thread itself, which can't be awaited
+    static_cast<void>(
+        TYThread::detach()); // reached alive only on the thread itself, which can't be awaited
 }
 
 XCode TYThread::runThread() {
@@ -75,7 +77,8 @@ void* TYThread::body(void* argument) {
         control->changed.notify_all();
     }
 
-    // A destructor, so that host code which ends the thread by the system's own means is seen to end too.
+    // A destructor, so that host code which ends the thread by the system's own means is seen to
+    // end too.
     struct Ending {
         Control& control;
         XCode result;
@@ -106,7 +109,8 @@ XCode TYThread::start(const String& name) {
     m_control = control; // before the thread exists: it may ask for itself at once
     const sigset_t blocked = everySignalButFaults();
     sigset_t former;
-    pthread_sigmask(SIG_SETMASK, &blocked, &former); // the new thread inherits it from its first instruction
+    pthread_sigmask(SIG_SETMASK, &blocked,
+                    &former); // the new thread inherits it from its first instruction
     int error;
     {
         std::unique_lock<std::mutex> hold(control->mutex);
@@ -222,7 +226,8 @@ XCode TYThread::getBacktrace(String& text) const {
 XCode TYThread::getSchedulingPolicy(int& policy, int& priority) const {
     if (!m_control)
         return failure("NO THREAD RUNS");
-    const std::lock_guard<std::mutex> hold(m_control->mutex); // a handle is good only until the thread ends
+    const std::lock_guard<std::mutex> hold(
+        m_control->mutex); // a handle is good only until the thread ends
     if (m_control->ended)
         return failure("NO THREAD RUNS");
     sched_param parameters{};

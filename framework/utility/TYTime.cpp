@@ -11,7 +11,8 @@ XCode TYTime::getSystemClock(unsigned source) {
         return XCode(XCode::FAILURE, String::format("NO CLOCK SOURCE %u", source));
     timespec now{};
     if (clock_gettime(source == SYSTEM_CLOCK ? CLOCK_REALTIME : CLOCK_MONOTONIC, &now) != 0)
-        return XCode(XCode::FAILURE, String::format("FAILED TO READ CLOCK: %s", std::strerror(errno)));
+        return XCode(XCode::FAILURE,
+                     String::format("FAILED TO READ CLOCK: %s", std::strerror(errno)));
     seconds = static_cast<std::uint32_t>(now.tv_sec);
     nanoseconds = static_cast<std::uint32_t>(now.tv_nsec);
     return XCode();

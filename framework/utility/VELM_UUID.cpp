@@ -32,5 +32,6 @@ VELM_UUID::~VELM_UUID() {
 }
 
 bool VELM_UUID::equals(const VELM_UUID& other) const {
-    return m_rep == other.m_rep || std::memcmp(&m_rep->value, &other.m_rep->value, sizeof m_rep->value) == 0;
+    return m_rep == other.m_rep ||
+           std::memcmp(&m_rep->value, &other.m_rep->value, sizeof m_rep->value) == 0;
 }

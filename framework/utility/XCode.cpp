@@ -14,8 +14,8 @@ namespace {
 constexpr std::int32_t INLINE_MIN = -(1 << 30);
 constexpr std::int32_t INLINE_MAX = (1 << 30) - 1;
 
-// Widening first keeps the sign on 64 bits, so that the plain failure is the word of all ones there too; the
-// shift itself is unsigned, because shifting a negative number is not defined.
+// Widening first keeps the sign on 64 bits, so that the plain failure is the word of all ones there
+// too; the shift itself is unsigned, because shifting a negative number is not defined.
 std::uintptr_t inlineWord(std::int32_t code) {
     return (static_cast<std::uintptr_t>(static_cast<std::intptr_t>(code)) << 1) | 1U;
 }
@@ -23,7 +23,8 @@ std::uintptr_t inlineWord(std::int32_t code) {
 } // namespace
 
 XCode::Record* XCode::record() const noexcept {
-    return reinterpret_cast<Record*>(m_word); // NOLINT(performance-no-int-to-ptr): one word holds either
+    return reinterpret_cast<Record*>(
+        m_word); // NOLINT(performance-no-int-to-ptr): one word holds either
 }
 
 XCode::XCode(std::int32_t code)

@@ -35,7 +35,8 @@ public:
     EventQueue(const EventQueue&) = delete;
     EventQueue& operator=(const EventQueue&) = delete;
 
-    /// Any thread; never waits. Of events that nobody takes some thousands are kept, the rest is counted.
+    /// Any thread; never waits. Of events that nobody takes some thousands are kept, the rest is
+    /// counted.
     void push(Event event);
 
     struct Batch {
@@ -54,8 +55,9 @@ private:
     Batch m_batch;
 };
 
-/// While it lives, what the library logs and what it reports to the event monitor comes as events: errors as
-/// faults, LED command lines as themselves, and other lines up to the number in BOARD_LOG_LEVEL.
+/// While it lives, what the library logs and what it reports to the event monitor comes as events:
+/// errors as faults, LED command lines as themselves, and other lines up to the number in
+/// BOARD_LOG_LEVEL.
 class EventTap : private RTD::LogSink, private RTD::Monitor {
 public:
     explicit EventTap(EventQueue& queue);

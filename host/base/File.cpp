@@ -103,7 +103,8 @@ ssize_t tryWrite(const FileDescriptor& file, const void* bytes, std::size_t size
     return repeatInterrupted([&] { return ::write(file.number(), bytes, size); });
 }
 
-ssize_t tryWriteAt(const FileDescriptor& file, const void* bytes, std::size_t size, off_t position) {
+ssize_t tryWriteAt(const FileDescriptor& file, const void* bytes, std::size_t size,
+                   off_t position) {
     return repeatInterrupted([&] { return ::pwrite(file.number(), bytes, size, position); });
 }
 
@@ -139,7 +140,8 @@ std::string readUpTo(const FileDescriptor& file, std::size_t limit, const std::s
 }
 
 void failTooLarge(const std::string& path, std::size_t limit) {
-    throw Error(path + ": is larger than " + std::to_string(limit) + " bytes, which is the most expected");
+    throw Error(path + ": is larger than " + std::to_string(limit) +
+                " bytes, which is the most expected");
 }
 
 std::string readFile(const std::string& path, std::size_t limit) {
@@ -183,7 +185,8 @@ bool tryMakePipe(const std::string& path, mode_t mode) {
 }
 
 mode_t modeOfNewFile() {
-    const mode_t mask = ::umask(0); // the call that tells the mask also changes it, so it is put back
+    const mode_t mask =
+        ::umask(0); // the call that tells the mask also changes it, so it is put back
     ::umask(mask);
     return 0666 & ~mask;
 }

@@ -26,7 +26,8 @@ public:
 
     /// Gives up ownership without closing.
     int release() { return std::exchange(m_number, -1); }
-    /// Keeps `errno`, so that the reason of a failure survives clean-up. Does nothing if nothing is owned.
+    /// Keeps `errno`, so that the reason of a failure survives clean-up. Does nothing if nothing is
+    /// owned.
     void close() noexcept;
 
 private:

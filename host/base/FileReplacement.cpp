@@ -41,7 +41,8 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
 class Beside {
 public:
     Beside(const std::string& path, const std::string& target)
-        : m_path(path), m_file(createUnique(target, m_name, path, "can't make a new file beside it")) {}
+        : m_path(path),
+          m_file(createUnique(target, m_name, path, "can't make a new file beside it")) {}
     ~Beside() {
         if (!m_isGone)
             ::unlink(m_name.c_str());
@@ -112,8 +113,8 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
         const bool isDevice = S_ISBLK(named.st_mode) || S_ISCHR(named.st_mode);
         if (!S_ISREG(named.st_mode) && !isDevice)
             throw Error(path + ": can't be replaced (expected a file or a device)");
-        // A file's new content never goes through this descriptor. It is opened for writing all the same:
-        // a writable folder does not imply permission to replace the file.
+        // A file's new content never goes through this descriptor. It is opened for writing all the
+        // same: a writable folder does not imply permission to replace the file.
         m_lock = tryOpen(m_target, O_WRONLY | O_NONBLOCK | O_NOCTTY);
         if (!m_lock.isOpen())
             failWith(path, "can't open for writing", errno);
@@ -123,7 +124,8 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
             failWith(path, "can't lock", errno);
         if (::fstat(m_lock.number(), &locked) != 0)
             failWith(path, "can't look at the file", errno);
-        // The lock's former holder may have put a new file in the place of this one, or changed the link.
+        // The lock's former holder may have put a new file in the place of this one, or changed the
+        // link.
         if (::stat(path.c_str(), &named) == 0 && isSameFile(locked, named))
             return;
         m_lock.close();
@@ -178,7 +180,8 @@ void FileReplacement::writeInPlace(const std::string& bytes) const {
     if (static_cast<std::size_t>(written) != bytes.size())
         throw Error(m_path + ": took only " + std::to_string(written) + " of " +
                     std::to_string(bytes.size()) + " bytes");
-    // What is read afterwards shall come from the device, not from memory. Some devices have nothing to sync.
+    // What is read afterwards shall come from the device, not from memory. Some devices have
+    // nothing to sync.
     if (!trySync(m_lock) && errno != EINVAL)
         failWith(m_path, "can't sync", errno);
     static_cast<void>(::posix_fadvise(m_lock.number(), 0, 0, POSIX_FADV_DONTNEED));

@@ -13,7 +13,8 @@
 
 namespace board {
 
-// By hand: the init system's own library would be the only one that has to be cross-built for these lines.
+// By hand: the init system's own library would be the only one that has to be cross-built for these
+// lines.
 void notifyInitSystem(const std::string& state) {
     const char* const path = std::getenv("NOTIFY_SOCKET");
     if (!path || !*path)
@@ -28,8 +29,9 @@ void notifyInitSystem(const std::string& state) {
         address.sun_path[0] = '\0';
     const int descriptor = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + length);
-    const bool sent = descriptor >= 0 && ::sendto(descriptor, state.data(), state.size(), MSG_NOSIGNAL,
-                                                  reinterpret_cast<const sockaddr*>(&address), size) >= 0;
+    const bool sent =
+        descriptor >= 0 && ::sendto(descriptor, state.data(), state.size(), MSG_NOSIGNAL,
+                                    reinterpret_cast<const sockaddr*>(&address), size) >= 0;
     const int error = errno;
     if (descriptor >= 0)
         ::close(descriptor);

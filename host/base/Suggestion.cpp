@@ -18,8 +18,8 @@ bool isSame(char a, char b) {
 
 /// How many slips make `b` of `a`.
 std::size_t slips(const std::string& a, const std::string& b) {
-    // Rows of the table of the distances between the starts of both: the last, the one before, the current
-    // one.
+    // Rows of the table of the distances between the starts of both: the last, the one before, the
+    // current one.
     std::vector<std::size_t> before, last(b.size() + 1), row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j)
         row[j] = j;
@@ -28,8 +28,8 @@ std::size_t slips(const std::string& a, const std::string& b) {
         last = row;
         row[0] = i;
         for (std::size_t j = 1; j <= b.size(); ++j) {
-            row[j] =
-                std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (isSame(a[i - 1], b[j - 1]) ? 0 : 1)});
+            row[j] = std::min(
+                {last[j] + 1, row[j - 1] + 1, last[j - 1] + (isSame(a[i - 1], b[j - 1]) ? 0 : 1)});
             if (i > 1 && j > 1 && isSame(a[i - 1], b[j - 2]) && isSame(a[i - 2], b[j - 1]))
                 row[j] = std::min(row[j], before[j - 2] + 1);
         }

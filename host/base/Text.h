@@ -5,8 +5,8 @@
 
 namespace board {
 
-/// Foreign text made safe for a terminal or a message, on one line: control characters, line separators and
-/// bytes that are not UTF-8 become "\x1b".
+/// Foreign text made safe for a terminal or a message, on one line: control characters, line
+/// separators and bytes that are not UTF-8 become "\x1b".
 std::string printable(const std::string& text);
 
 /// The columns that UTF-8 text takes on a screen, one per character.

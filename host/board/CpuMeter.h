@@ -21,9 +21,9 @@ public:
     /// Takes the first sample.
     CpuMeter();
 
-    /// What the load was since the last call, or since the object was made. A span without idle time, which
-    /// the library's meter leaves open, was fully busy where the counter of busy time has moved; where it has
-    /// not either, no time has passed and the former figure stays.
+    /// What the load was since the last call, or since the object was made. A span without idle
+    /// time, which the library's meter leaves open, was fully busy where the counter of busy time
+    /// has moved; where it has not either, no time has passed and the former figure stays.
     CpuReading next();
 
 private:

@@ -45,8 +45,8 @@ FirmwareReading readFirmware(const std::string& path) {
     reading.line6 = info.line6.c_str();
     reading.line7 = info.line7.c_str();
     reading.line8 = info.line8.c_str();
-    const std::string all =
-        reading.line1 + reading.line2 + reading.line3 + reading.line6 + reading.line7 + reading.line8;
+    const std::string all = reading.line1 + reading.line2 + reading.line3 + reading.line6 +
+                            reading.line7 + reading.line8;
     if (all.empty())
         reading.fault = path + ": holds no firmware information";
     return reading;

@@ -35,7 +35,8 @@ void enable(const std::string& path) {
         throw Error(path + ": can't enable: " + std::strerror(error));
 }
 
-/// Refuses a file that would keep a reader waiting, as a pipe does: a driver must not hang in its first open.
+/// Refuses a file that would keep a reader waiting, as a pipe does: a driver must not hang in its
+/// first open.
 void expectDeviceFile(const std::string& path, bool mayBeCharacterDevice) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0)
@@ -55,8 +56,8 @@ void expectSizeOfDescriptor(const std::string& path) {
     ::close(file);
     if (size > static_cast<off_t>(MAX_IMAGE_SIZE))
         throw Error(path + ": has " + std::to_string(size) +
-                    " bytes (expected a descriptor's device of at most " + std::to_string(MAX_IMAGE_SIZE) +
-                    ")");
+                    " bytes (expected a descriptor's device of at most " +
+                    std::to_string(MAX_IMAGE_SIZE) + ")");
 }
 
 /// The board's VoIP capacity with the figure of its profile.
@@ -78,14 +79,16 @@ String endpointOf(const std::string& driverName) {
 
 Host::Host(const Profile& profile, const DeviceLocator& locator) {
     for (const FanProfile& fan : profile.fans)
-        addKernelDriver<CFanControl>("fan", fan, fan.enable, locator, {answer(MSG_GET_MAXIMUM, fan.maximum)});
+        addKernelDriver<CFanControl>("fan", fan, fan.enable, locator,
+                                     {answer(MSG_GET_MAXIMUM, fan.maximum)});
     for (const ThermalProfile& sensor : profile.thermals)
         addKernelDriver<CThermalSensor>("thermal", sensor, {}, locator,
                                         {answer(MSG_GET_MAXIMUM, sensor.maximum)});
     for (const PowerProfile& power : profile.powers)
         addKernelDriver<CPowerStatus>("power", power, {}, locator, {});
     for (const LedProfile& led : profile.leds)
-        addKernelDriver<CLedControl>("led", led, {}, locator, {answer(MSG_GET_BI_STATUS, led.biStatus)});
+        addKernelDriver<CLedControl>("led", led, {}, locator,
+                                     {answer(MSG_GET_BI_STATUS, led.biStatus)});
     if (profile.descriptor)
         addDescriptor(*profile.descriptor, locator);
     PREFERENCES::CLEAR(); // one store a process: an earlier board's overrides are not this one's

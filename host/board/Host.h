@@ -21,17 +21,19 @@ struct Device {
     std::string kind; ///< "fan", "thermal", "power", "led", "descriptor", "voip", "preferences"
     std::string name; ///< the driver's name in the repository
     std::string description;
-    std::string path;     ///< the device file; empty where it was not found
-    std::string endpoint; ///< the kernel driver on the message channel; empty where none stands behind it
-    std::string fault;    ///< why the device can't be used; empty where it can
+    std::string path; ///< the device file; empty where it was not found
+    std::string
+        endpoint; ///< the kernel driver on the message channel; empty where none stands behind it
+    std::string fault; ///< why the device can't be used; empty where it can
 };
 
-/// The object graph of a host process: publishes an endpoint for each kernel driver of the profile, makes and
-/// connects the drivers, and registers them with the process's repository, where clients find them by name.
+/// The object graph of a host process: publishes an endpoint for each kernel driver of the profile,
+/// makes and connects the drivers, and registers them with the process's repository, where clients
+/// find them by name.
 ///
-/// A device that can't be had is a fault of its own and stops nothing else; its driver is registered all the
-/// same and fails when it is used. The drivers point into this object: it must outlive every reference to
-/// them. One host at a time in a process. Used by one thread.
+/// A device that can't be had is a fault of its own and stops nothing else; its driver is
+/// registered all the same and fails when it is used. The drivers point into this object: it must
+/// outlive every reference to them. One host at a time in a process. Used by one thread.
 class Host {
 public:
     explicit Host(const Profile& profile, const DeviceLocator& locator = DeviceLocator());

@@ -7,8 +7,8 @@
 
 namespace board {
 
-/// The kernel driver's end of a message channel, for as long as this object lives: answers each code with a
-/// fixed message, and no other code.
+/// The kernel driver's end of a message channel, for as long as this object lives: answers each
+/// code with a fixed message, and no other code.
 class KernelEndpoint {
 public:
     /// Throws Error where the name is published already.

@@ -62,7 +62,8 @@ std::string toMetrics(const Report& report) {
         for (const auto speed : {IFanControl::FAN_SPEED_FULL, IFanControl::FAN_SPEED_HIGH,
                                  IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_OFF})
             if (fan.fault.empty())
-                families.add("{name=" + quoted(fan.name) + ",speed=" + quoted(speedName(speed)) + "}",
+                families.add("{name=" + quoted(fan.name) + ",speed=" + quoted(speedName(speed)) +
+                                 "}",
                              fan.speed == speed ? 1 : 0);
 
     families.begin("board_power_status", "Status word of a power supply.");

@@ -24,7 +24,8 @@ namespace {
 
 constexpr const char* SPEED_NAMES[] = {"full", "high", "low", "off"};
 
-/// Why the device's file can't be opened now, as while its kernel driver is away; empty where it can.
+/// Why the device's file can't be opened now, as while its kernel driver is away; empty where it
+/// can.
 std::string reasonOf(const Host& host, const std::string& name) {
     for (const Device& device : host.devices()) {
         if (device.name != name || device.path.empty())
@@ -38,8 +39,8 @@ std::string reasonOf(const Host& host, const std::string& name) {
     return "";
 }
 
-/// Asks driver `name` for `Interface`, and `use` for its value with the driver's lock held; `use` returns
-/// what it complains of.
+/// Asks driver `name` for `Interface`, and `use` for its value with the driver's lock held; `use`
+/// returns what it complains of.
 template <class Interface, class AReading, class Use>
 AReading ask(const Host& host, const std::string& name, Use use) {
     AReading reading;
@@ -47,8 +48,8 @@ AReading ask(const Host& host, const std::string& name, Use use) {
     TYPPtr<Interface> driver;
     const XCode status = DRIVER::INSTANCE()->getInterface(name.c_str(), driver);
     if (!status.isSuccess()) {
-        reading.fault =
-            status.getMessage().isEmpty() ? "is another kind of driver" : status.getMessage().c_str();
+        reading.fault = status.getMessage().isEmpty() ? "is another kind of driver"
+                                                      : status.getMessage().c_str();
         return reading;
     }
     const auto hold = driver.getLock();
@@ -80,8 +81,8 @@ std::string faultOfDevice(const std::string& path) {
     return isReadable ? std::string() : path + ": can't read: " + std::strerror(error);
 }
 
-/// Reads a value by `read`. To the drivers a device that fails is one that holds 0; so a value that `isZero`
-/// stands only once the device itself could be read.
+/// Reads a value by `read`. To the drivers a device that fails is one that holds 0; so a value that
+/// `isZero` stands only once the device itself could be read.
 template <class Read, class IsZero>
 std::string readSurely(const Host& host, const std::string& name, Read read, IsZero isZero) {
     std::string fault = read();
@@ -105,9 +106,9 @@ std::string read(const Host& host, ILedControl& led, LedReading& reading) {
         [&] { return reading.state == 0; });
 }
 
-/// Reads until the state `isReached`, which it may never be. The kernel writes a LED that is behind a bus
-/// after it has answered; until then it reads as before. It is read twice at least, however slow this process
-/// is.
+/// Reads until the state `isReached`, which it may never be. The kernel writes a LED that is behind
+/// a bus after it has answered; until then it reads as before. It is read twice at least, however
+/// slow this process is.
 std::string readUntil(const Host& host, ILedControl& led, LedReading& reading,
                       const std::function<bool(unsigned)>& isReached) {
     using Clock = std::chrono::steady_clock;
@@ -139,8 +140,9 @@ IFanControl::FanSpeed speedOf(const std::string& word) {
 }
 
 FanReading readFan(const Host& host, const std::string& name) {
-    return ask<IFanControl, FanReading>(
-        host, name, [&host](IFanControl& fan, FanReading& reading) { return read(host, fan, reading); });
+    return ask<IFanControl, FanReading>(host, name, [&host](IFanControl& fan, FanReading& reading) {
+        return read(host, fan, reading);
+    });
 }
 
 TemperatureReading readTemperature(const Host& host, const std::string& name) {
@@ -150,34 +152,42 @@ TemperatureReading readTemperature(const Host& host, const std::string& name) {
             return readSurely(
                 host, reading.name,
                 [&] {
-                    return unless(sensor.getTemperature(reading.celsius), "the temperature can't be read");
+                    return unless(sensor.getTemperature(reading.celsius),
+                                  "the temperature can't be read");
                 },
                 [&] { return reading.celsius == 0.0F; });
         });
 }
 
 PowerReading readPower(const Host& host, const std::string& name) {
-    return ask<IPowerStatus, PowerReading>(host, name, [&host](IPowerStatus& power, PowerReading& reading) {
-        return readSurely(
-            host, reading.name,
-            [&] { return unless(power.getPowerStatus(reading.status), "the status can't be read"); },
-            [&] { return reading.status == 0; });
-    });
+    return ask<IPowerStatus, PowerReading>(
+        host, name, [&host](IPowerStatus& power, PowerReading& reading) {
+            return readSurely(
+                host, reading.name,
+                [&] {
+                    return unless(power.getPowerStatus(reading.status), "the status can't be read");
+                },
+                [&] { return reading.status == 0; });
+        });
 }
 
 LedReading readLed(const Host& host, const std::string& name) {
-    return ask<ILedControl, LedReading>(
-        host, name, [&host](ILedControl& led, LedReading& reading) { return read(host, led, reading); });
+    return ask<ILedControl, LedReading>(host, name, [&host](ILedControl& led, LedReading& reading) {
+        return read(host, led, reading);
+    });
 }
 
 FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpeed speed) {
-    return ask<IFanControl, FanReading>(host, name, [&host, speed](IFanControl& fan, FanReading& reading) {
-        const std::string refused = unless(fan.setFanSpeed(speed), "the speed can't be written");
-        const std::string fault = read(host, fan, reading);
-        if (!refused.empty() || !fault.empty())
-            return refused.empty() ? fault : refused;
-        return reading.speed == speed ? std::string() : holds(speedName(reading.speed), speedName(speed));
-    });
+    return ask<IFanControl, FanReading>(
+        host, name, [&host, speed](IFanControl& fan, FanReading& reading) {
+            const std::string refused =
+                unless(fan.setFanSpeed(speed), "the speed can't be written");
+            const std::string fault = read(host, fan, reading);
+            if (!refused.empty() || !fault.empty())
+                return refused.empty() ? fault : refused;
+            return reading.speed == speed ? std::string()
+                                          : holds(speedName(reading.speed), speedName(speed));
+        });
 }
 
 LedReading awaitLed(const Host& host, const std::string& name,
@@ -188,18 +198,21 @@ LedReading awaitLed(const Host& host, const std::string& name,
 }
 
 LedReading setLed(const Host& host, const std::string& name, unsigned state) {
-    return ask<ILedControl, LedReading>(host, name, [&host, state](ILedControl& led, LedReading& reading) {
-        const XCode written = led.setLedStatus(state);
-        if (!written.isSuccess()) {
-            static_cast<void>(read(host, led, reading));
-            return std::string("the state can't be written");
-        }
-        std::string fault = readUntil(host, led, reading, [state](unsigned held) { return held == state; });
-        if (!fault.empty())
-            return fault;
-        return reading.state == state ? std::string()
-                                      : holds(std::to_string(reading.state), std::to_string(state));
-    });
+    return ask<ILedControl, LedReading>(
+        host, name, [&host, state](ILedControl& led, LedReading& reading) {
+            const XCode written = led.setLedStatus(state);
+            if (!written.isSuccess()) {
+                static_cast<void>(read(host, led, reading));
+                return std::string("the state can't be written");
+            }
+            std::string fault =
+                readUntil(host, led, reading, [state](unsigned held) { return held == state; });
+            if (!fault.empty())
+                return fault;
+            return reading.state == state
+                       ? std::string()
+                       : holds(std::to_string(reading.state), std::to_string(state));
+        });
 }
 
 } // namespace board

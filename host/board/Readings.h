@@ -14,7 +14,7 @@ class Host;
 struct Reading {
     std::string name;        ///< the driver's
     std::string description; ///< the kernel driver's
-    std::string fault;       ///< why the value is not known or not what was asked for; empty where it is
+    std::string fault; ///< why the value is not known or not what was asked for; empty where it is
 };
 
 struct FanReading : Reading {
@@ -43,13 +43,13 @@ FanReading readFan(const Host& host, const std::string& name);
 TemperatureReading readTemperature(const Host& host, const std::string& name);
 PowerReading readPower(const Host& host, const std::string& name);
 LedReading readLed(const Host& host, const std::string& name);
-/// The same once the state `isReached`, or after a time that is long for a LED behind a bus, which the kernel
-/// writes late. No fault where it was not reached.
+/// The same once the state `isReached`, or after a time that is long for a LED behind a bus, which
+/// the kernel writes late. No fault where it was not reached.
 LedReading awaitLed(const Host& host, const std::string& name,
                     const std::function<bool(unsigned)>& isReached);
 
-/// Set a device and read it back, since a device may refuse silently: where it then holds something else,
-/// `fault` says so.
+/// Set a device and read it back, since a device may refuse silently: where it then holds something
+/// else, `fault` says so.
 FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpeed speed);
 LedReading setLed(const Host& host, const std::string& name, unsigned state);
 

@@ -34,15 +34,16 @@ void add(Report& report, std::vector<AReading>& readings, AReading reading) {
     readings.push_back(std::move(reading));
 }
 
-/// A LED's own rows say "off" where it failed to read the device; where the reading knows better it is asked
-/// again.
+/// A LED's own rows say "off" where it failed to read the device; where the reading knows better it
+/// is asked again.
 void refreshRows(const Host& host, Report& report, const LedReading& led) {
     const auto isOff = [](const InfoContainer::Row& row) {
         return row.key == "Status" && row.value == "off";
     };
     for (DriverReport& driver : report.drivers) {
         const auto& rows = driver.rows.getRows();
-        if (driver.name == led.name && led.state != 0 && std::any_of(rows.begin(), rows.end(), isOff))
+        if (driver.name == led.name && led.state != 0 &&
+            std::any_of(rows.begin(), rows.end(), isOff))
             driver.rows = reportOf(host, led.name.c_str()).rows;
     }
 }

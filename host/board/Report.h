@@ -33,17 +33,19 @@ struct Report {
     std::vector<TemperatureReading> temperatures;
     std::vector<PowerReading> powers;
     std::vector<LedReading> leds;
-    std::optional<CapacityReport> capacity;  ///< nothing where the board has none or it can't be settled
-    std::optional<CpuReading> cpu;           ///< left empty by `makeReport`: it takes time to measure
-    std::optional<FirmwareReading> firmware; ///< left empty by `makeReport`: no driver stands for it
+    std::optional<CapacityReport>
+        capacity;                  ///< nothing where the board has none or it can't be settled
+    std::optional<CpuReading> cpu; ///< left empty by `makeReport`: it takes time to measure
+    std::optional<FirmwareReading>
+        firmware; ///< left empty by `makeReport`: no driver stands for it
 };
 
-/// Loads the board descriptor. Returns why that failed; empty on success. A corrupt image leaves the tags
-/// before the fault in the descriptor. The host must have a descriptor.
+/// Loads the board descriptor. Returns why that failed; empty on success. A corrupt image leaves
+/// the tags before the fault in the descriptor. The host must have a descriptor.
 std::string loadDescriptor(const Host& host);
 
-/// Settles the VoIP capacity from the descriptor that is loaded and the preferences. Returns why that failed.
-/// The host must have a capacity.
+/// Settles the VoIP capacity from the descriptor that is loaded and the preferences. Returns why
+/// that failed. The host must have a capacity.
 std::string settleCapacity(const Host& host);
 
 /// Loads the descriptor, settles the capacity, and asks every driver of the repository.

@@ -11,11 +11,13 @@
 
 namespace board {
 
-/// What runs by itself on a hosted board: the LED sequencer and the button monitor. What can't be started is
-/// a fault and stops nothing else. With the object the button's thread ends first, then the LEDs'.
+/// What runs by itself on a hosted board: the LED sequencer and the button monitor. What can't be
+/// started is a fault and stops nothing else. With the object the button's thread ends first, then
+/// the LEDs'.
 class Services {
 public:
-    /// `profile` and `events` must outlive the object. `tellsLeds`: each change of a LED is an event.
+    /// `profile` and `events` must outlive the object. `tellsLeds`: each change of a LED is an
+    /// event.
     Services(const Profile& profile, bool tellsLeds, EventQueue& events);
 
     /// A service that does not work, or not wholly.

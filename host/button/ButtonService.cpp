@@ -43,7 +43,8 @@ void ButtonService::Watch::end(const String& why) {
     m_hasFailed = true;
     m_events.push(
         {Event::Kind::FAULT,
-         String::format("button: %s%s is not watched any more", m_path.c_str(), why.c_str()).c_str(),
+         String::format("button: %s%s is not watched any more", m_path.c_str(), why.c_str())
+             .c_str(),
          {},
          false,
          {}});
@@ -52,7 +53,8 @@ void ButtonService::Watch::end(const String& why) {
 void ButtonService::Watch::processButtonMessage(const String& message) {
     if (!message.isEmpty())
         return ServiceButton::processButtonMessage(message);
-    // A pipe that somebody opened and closed again; but a device that gives nothing does so for ever.
+    // A pipe that somebody opened and closed again; but a device that gives nothing does so for
+    // ever.
     struct stat status {};
     if (::stat(m_path.c_str(), &status) != 0 || !S_ISCHR(status.st_mode))
         return;
@@ -84,8 +86,11 @@ void ButtonService::onButtonPressed(const TYTime&) {
 void ButtonService::onButtonReleased(const TYTime& heldFor) {
     // Of a button that was down before anybody watched, nobody knows for how long.
     const bool isKnown = std::exchange(m_isPressed, false);
-    m_events.push(
-        {Event::Kind::BUTTON_RELEASED, "", isKnown ? std::optional(heldFor) : std::nullopt, false, {}});
+    m_events.push({Event::Kind::BUTTON_RELEASED,
+                   "",
+                   isKnown ? std::optional(heldFor) : std::nullopt,
+                   false,
+                   {}});
 }
 
 } // namespace board

@@ -13,9 +13,10 @@ namespace board {
 /// The service button of a hosted board: presses and releases come as events.
 class ButtonService final : private ServiceButton::Observer {
 public:
-    /// Starts watching. Throws Error, with the place that names the device, where it is neither a pipe nor a
-    /// character device (a read that does not wait would keep the processor busy), where it can't be read,
-    /// and where another program watches a pipe: each message reaches one of the two only.
+    /// Starts watching. Throws Error, with the place that names the device, where it is neither a
+    /// pipe nor a character device (a read that does not wait would keep the processor busy), where
+    /// it can't be read, and where another program watches a pipe: each message reaches one of the
+    /// two only.
     ButtonService(const NamedPath& device, EventQueue& events);
     ~ButtonService();
     ButtonService(const ButtonService&) = delete;
@@ -43,8 +44,8 @@ private:
         std::atomic<bool> m_hasFailed{false};
     };
 
-    /// Keeps a pipe open for both while the button's own descriptor comes and goes with each message, so that
-    /// what is written in between is not lost, and locked.
+    /// Keeps a pipe open for both while the button's own descriptor comes and goes with each
+    /// message, so that what is written in between is not lost, and locked.
     class Hold {
     public:
         explicit Hold(const std::string& path);

@@ -63,15 +63,17 @@ unsigned codeOf(const std::string& device, int file, std::optional<unsigned> wan
         list += (list.empty() ? "" : ", ") + std::to_string(code);
     if (codes.empty())
         throw Error(device + ": has no keys");
-    throw Error(device + ": has " + (wanted ? "no key " + std::to_string(*wanted) : "several keys") +
+    throw Error(device + ": has " +
+                (wanted ? "no key " + std::to_string(*wanted) : "several keys") +
                 " (expected one of the codes " + list + ")");
 }
 
 } // namespace
 
-KeyEvents::KeyEvents(std::string name, int descriptor, unsigned code, std::function<bool()> isDownNow)
-    : m_name(std::move(name)), m_descriptor(descriptor), m_code(code), m_isDownNow(std::move(isDownNow)),
-      m_isDown(m_isDownNow()) {}
+KeyEvents::KeyEvents(std::string name, int descriptor, unsigned code,
+                     std::function<bool()> isDownNow)
+    : m_name(std::move(name)), m_descriptor(descriptor), m_code(code),
+      m_isDownNow(std::move(isDownNow)), m_isDown(m_isDownNow()) {}
 
 std::vector<bool> KeyEvents::read() {
     std::array<input_event, 64> events;
@@ -118,6 +120,7 @@ InputKey::File::~File() {
 
 InputKey::InputKey(const std::string& device, std::optional<unsigned> code)
     : m_file(device), m_code(codeOf(device, m_file.number, code)),
-      m_events(device, m_file.number, m_code, [this] { return KeySet::downOf(m_file.number).has(m_code); }) {}
+      m_events(device, m_file.number, m_code,
+               [this] { return KeySet::downOf(m_file.number).has(m_code); }) {}
 
 } // namespace board

@@ -10,12 +10,13 @@ namespace board {
 /// Reads a descriptor's input events, records as the kernel has them, for what becomes of one key.
 class KeyEvents {
 public:
-    /// `descriptor` is not owned; `isDownNow` asks the device itself for the key, at first and where the
-    /// kernel had to drop events; its answer stands for all events up to then. `name` is for messages.
+    /// `descriptor` is not owned; `isDownNow` asks the device itself for the key, at first and
+    /// where the kernel had to drop events; its answer stands for all events up to then. `name` is
+    /// for messages.
     KeyEvents(std::string name, int descriptor, unsigned code, std::function<bool()> isDownNow);
 
-    /// The levels that the key took since the last call, in order; true is down. Reads once, and waits only
-    /// where the descriptor does. Throws Error where it can't be read any more.
+    /// The levels that the key took since the last call, in order; true is down. Reads once, and
+    /// waits only where the descriptor does. Throws Error where it can't be read any more.
     std::vector<bool> read();
 
 private:
@@ -30,8 +31,9 @@ private:
 /// One key of an input device, as a push-button behind the kernel's driver for keys on lines is.
 class InputKey {
 public:
-    /// Opens `device`, such as /dev/input/event0. Without `code` it must have one key only. Throws Error
-    /// where it is no input device, can't be opened, or has not got the key; then with the codes that it has.
+    /// Opens `device`, such as /dev/input/event0. Without `code` it must have one key only. Throws
+    /// Error where it is no input device, can't be opened, or has not got the key; then with the
+    /// codes that it has.
     InputKey(const std::string& device, std::optional<unsigned> code);
 
     /// The key's code, as in the kernel's list of input event codes.

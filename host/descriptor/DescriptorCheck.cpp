@@ -13,8 +13,8 @@ namespace {
 constexpr BD::TagId MAC_TAG = 1;
 constexpr std::size_t HEADER_BYTES = 4;
 
-/// Identifiers whose meaning is known; of each but the MAC addresses a board has one. `size` is what their
-/// data needs to be read as what it means, 0 where any will do. In ascending order.
+/// Identifiers whose meaning is known; of each but the MAC addresses a board has one. `size` is
+/// what their data needs to be read as what it means, 0 where any will do. In ascending order.
 struct KnownTags {
     BD::TagId first;
     BD::TagId last;
@@ -22,16 +22,18 @@ struct KnownTags {
 };
 
 constexpr KnownTags KNOWN[] = {
-    {1, 1, 8},         {2, 2, 4},         {3, 3, 0},         {4, 4, 4},         {5, 5, 0},   {6, 7, 4},
-    {8, 8, 0},         {9, 9, 4},         {10, 15, 0},       {16, 18, 4},       {20, 21, 4}, {22, 25, 0},
-    {26, 29, 4},       {41, 43, 4},       {44, 44, 0},       {45, 45, 4},       {46, 49, 0}, {50, 51, 4},
-    {32768, 32786, 4}, {32787, 32788, 0}, {32789, 32789, 4}, {32791, 32793, 4},
+    {1, 1, 8},         {2, 2, 4},         {3, 3, 0},   {4, 4, 4},         {5, 5, 0},
+    {6, 7, 4},         {8, 8, 0},         {9, 9, 4},   {10, 15, 0},       {16, 18, 4},
+    {20, 21, 4},       {22, 25, 0},       {26, 29, 4}, {41, 43, 4},       {44, 44, 0},
+    {45, 45, 4},       {46, 49, 0},       {50, 51, 4}, {32768, 32786, 4}, {32787, 32788, 0},
+    {32789, 32789, 4}, {32791, 32793, 4},
 };
 
 const KnownTags* knownTag(BD::TagId id) {
-    const auto* const row = std::find_if(std::begin(KNOWN), std::end(KNOWN), [id](const KnownTags& range) {
-        return range.first <= id && id <= range.last;
-    });
+    const auto* const row =
+        std::find_if(std::begin(KNOWN), std::end(KNOWN), [id](const KnownTags& range) {
+            return range.first <= id && id <= range.last;
+        });
     return row != std::end(KNOWN) ? row : nullptr;
 }
 
@@ -100,7 +102,8 @@ private:
         ++m_result.tags;
     }
 
-    /// Where the terminator at the current position ends: its length is not read and may be missing.
+    /// Where the terminator at the current position ends: its length is not read and may be
+    /// missing.
     std::size_t terminatorEnd() const {
         const bool isWhole =
             m_bytes.compare(m_position, HEADER_BYTES, std::string("\0\0\0\4", HEADER_BYTES)) == 0;
@@ -108,8 +111,8 @@ private:
     }
 
     void checkBehind(std::size_t start) {
-        const auto stray =
-            std::find_if_not(m_bytes.begin() + static_cast<std::ptrdiff_t>(start), m_bytes.end(), isBlank);
+        const auto stray = std::find_if_not(m_bytes.begin() + static_cast<std::ptrdiff_t>(start),
+                                            m_bytes.end(), isBlank);
         if (stray == m_bytes.end())
             return;
         const auto weight = m_isDevice ? Finding::Weight::NOTE : Finding::Weight::WARNING;
@@ -119,8 +122,9 @@ private:
         const unsigned tags = behind.getTags().size() - behind.getNumberOfTag(0);
         if (tags > 0)
             add(weight, start,
-                std::to_string(tags) + (tags == 1 ? " tag" : " tags") + " behind the terminator, from " +
-                    nameOf(behind.getTags().begin()->id) + " on; no load reads what stands there");
+                std::to_string(tags) + (tags == 1 ? " tag" : " tags") +
+                    " behind the terminator, from " + nameOf(behind.getTags().begin()->id) +
+                    " on; no load reads what stands there");
         else
             add(weight, static_cast<std::size_t>(stray - m_bytes.begin()),
                 "bytes behind the terminator that are neither 0x00 nor 0xFF");

@@ -27,11 +27,12 @@ struct CheckedImage {
     bool isCorrupt = false;
 };
 
-/// Looks at every byte of an image. On a device, what lies behind the terminator was left there by a longer
-/// image and is only noted.
+/// Looks at every byte of an image. On a device, what lies behind the terminator was left there by
+/// a longer image and is only noted.
 CheckedImage checkImage(const std::string& bytes, bool isDevice);
 
-/// "2 bytes (expected 4)" where the tag's identifier has a meaning that needs another size; else empty.
+/// "2 bytes (expected 4)" where the tag's identifier has a meaning that needs another size; else
+/// empty.
 std::string wrongSizeOf(const BD::Tag& tag);
 
 } // namespace board

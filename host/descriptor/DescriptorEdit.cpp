@@ -85,7 +85,8 @@ void DescriptorEdit::set(const Assignment& assignment) {
         return;
     const BD::Tag before = *tag;
     String error;
-    expect(m_descriptor.setTag(assignment.place.id, assignment.place.index, assignment.data, error), error);
+    expect(m_descriptor.setTag(assignment.place.id, assignment.place.index, assignment.data, error),
+           error);
     recordChange(position, before, *tag);
 }
 
@@ -107,7 +108,8 @@ void DescriptorEdit::remove(const TagPlace& place) {
     expect(m_descriptor.removeTag(place.id, place.index, error), error);
 }
 
-void DescriptorEdit::setMac(unsigned index, const std::string& mac, std::optional<unsigned> interface) {
+void DescriptorEdit::setMac(unsigned index, const std::string& mac,
+                            std::optional<unsigned> interface) {
     const auto [position, tag] = find({MAC_TAG, index});
     const BD::Tag before = *tag;
     String former, error;
@@ -115,23 +117,28 @@ void DescriptorEdit::setMac(unsigned index, const std::string& mac, std::optiona
     if (interface)
         number = *interface;
     else if (!m_descriptor.getMacAddr(before, former, number).isSuccess())
-        throw Error(
-            "MAC address " + std::to_string(index) + " has " + std::to_string(before.length) +
-            " bytes and no interface number to keep (expected 8 bytes, or a number with the address)");
-    expect(m_descriptor.setMacAddress(index, mac.c_str(), asTheRecordKeepsIt(number), error), error);
+        throw Error("MAC address " + std::to_string(index) + " has " +
+                    std::to_string(before.length) +
+                    " bytes and no interface number to keep (expected 8 bytes, or a number with "
+                    "the address)");
+    expect(m_descriptor.setMacAddress(index, mac.c_str(), asTheRecordKeepsIt(number), error),
+           error);
     if (tag->data != before.data)
         recordChange(position, before, *tag);
 }
 
 void DescriptorEdit::addMac(const std::string& mac, unsigned interface) {
-    // The library's own operation writes the new address over the last one and leaves an empty tag; hosts
-    // rely on that. Here every address stays: an empty tag behind the last one takes the new address.
+    // The library's own operation writes the new address over the last one and leaves an empty tag;
+    // hosts rely on that. Here every address stays: an empty tag behind the last one takes the new
+    // address.
     const unsigned count = m_descriptor.getNumberOfTag(MAC_TAG);
     const unsigned position =
         count > 0 ? find({MAC_TAG, count - 1}).first + 1 : m_descriptor.getTags().size();
-    static_cast<void>(m_descriptor.insertTag(position, MAC_TAG, TString<char>())); // always succeeds
+    static_cast<void>(
+        m_descriptor.insertTag(position, MAC_TAG, TString<char>())); // always succeeds
     String error;
-    expect(m_descriptor.setMacAddress(count, mac.c_str(), asTheRecordKeepsIt(interface), error), error);
+    expect(m_descriptor.setMacAddress(count, mac.c_str(), asTheRecordKeepsIt(interface), error),
+           error);
     recordNew(position);
 }
 
@@ -155,7 +162,8 @@ TString<char> DescriptorEdit::image() const {
         if (chunk == m_untouched.end())
             append(tag.id, tag.data);
         else
-            image.concat(m_original.data() + chunk->second, static_cast<unsigned>(HEADER_BYTES) + tag.length);
+            image.concat(m_original.data() + chunk->second,
+                         static_cast<unsigned>(HEADER_BYTES) + tag.length);
     }
     append(TERMINATOR, TString<char>());
     return image;

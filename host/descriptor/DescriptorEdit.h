@@ -19,10 +19,11 @@ struct TagChange {
 
 /// A descriptor's tags, taken from an image, being changed.
 ///
-/// The terminator is kept out of the way: nothing lands behind it, and the image that is made ends with
-/// exactly one. Chunks of tags that are left alone are copied byte for byte, also such as the library's
-/// writer would make otherwise. Operations throw Error with the library's message where a tag is not there,
-/// and then change nothing. A tag that already holds what it shall hold is no change.
+/// The terminator is kept out of the way: nothing lands behind it, and the image that is made ends
+/// with exactly one. Chunks of tags that are left alone are copied byte for byte, also such as the
+/// library's writer would make otherwise. Operations throw Error with the library's message where a
+/// tag is not there, and then change nothing. A tag that already holds what it shall hold is no
+/// change.
 class DescriptorEdit {
 public:
     /// The tags of `image`, of a corrupt one those before the fault.
@@ -63,8 +64,9 @@ private:
     std::string m_fault;
     std::size_t m_usedBytes = 0;
     bool m_hadTerminator = false;
-    CBoardDescr m_descriptor;                                    ///< without the terminator
-    std::unordered_map<const BD::Tag*, std::size_t> m_untouched; ///< where its chunk stands in the original
+    CBoardDescr m_descriptor; ///< without the terminator
+    std::unordered_map<const BD::Tag*, std::size_t>
+        m_untouched; ///< where its chunk stands in the original
     std::vector<TagChange> m_changes;
 };
 

@@ -17,8 +17,8 @@ namespace board {
 
 namespace {
 
-/// While it lives, the signals by which people end a program wait: a device must not be left between two
-/// images.
+/// While it lives, the signals by which people end a program wait: a device must not be left
+/// between two images.
 class EndingHeld {
 public:
     EndingHeld() {
@@ -47,13 +47,15 @@ void expectToFit(const std::string& path, unsigned deviceSize, const TString<cha
     if (image.length() < deviceSize)
         return;
     String error;
-    // An image that is too large is all that this refuses, and it does so before it opens the device.
+    // An image that is too large is all that this refuses, and it does so before it opens the
+    // device.
     static_cast<void>(CBoardDescr(path.c_str(), 1, deviceSize).writeRawBD(image, error));
     throw Error(error.c_str());
 }
 
 /// The new content of an image file. A dump of a whole device stays as large as the device.
-std::string fileContent(const std::string& old, const DescriptorEdit& edit, const TString<char>& image) {
+std::string fileContent(const std::string& old, const DescriptorEdit& edit,
+                        const TString<char>& image) {
     constexpr char ERASED = '\xFF';
     std::string content(image.data(), image.length());
     const std::size_t used = edit.usedBytes();
@@ -110,7 +112,8 @@ EditOutcome editDescriptor(const DescriptorPlace& place, const EditManner& manne
     const std::string old = target.content(MAX_IMAGE_SIZE);
     DescriptorEdit edit(old);
     if (!edit.fault().empty() && !manner.force)
-        throw Error(edit.fault() + " (nothing was changed; --force keeps the tags before the fault)");
+        throw Error(edit.fault() +
+                    " (nothing was changed; --force keeps the tags before the fault)");
     step(edit);
 
     EditOutcome outcome;
@@ -120,9 +123,10 @@ EditOutcome editDescriptor(const DescriptorPlace& place, const EditManner& manne
         return outcome;
     const TString<char> image = edit.image();
     if (outcome.isDevice)
-        expectToFit(place.path, place.boardDeviceSize.value_or(static_cast<unsigned>(old.size())), image);
-    const std::string content =
-        outcome.isDevice ? std::string(image.data(), image.length()) : fileContent(old, edit, image);
+        expectToFit(place.path, place.boardDeviceSize.value_or(static_cast<unsigned>(old.size())),
+                    image);
+    const std::string content = outcome.isDevice ? std::string(image.data(), image.length())
+                                                 : fileContent(old, edit, image);
     if (content.size() > MAX_IMAGE_SIZE)
         throw Error(place.path + ": the image would have " + std::to_string(content.size()) +
                     " bytes (expected at most " + std::to_string(MAX_IMAGE_SIZE) + ")");

@@ -21,7 +21,8 @@ namespace board {
 
 namespace {
 
-[[noreturn]] void fail(const fs::path& path, const char* what, int error, const std::string& more = "") {
+[[noreturn]] void fail(const fs::path& path, const char* what, int error,
+                       const std::string& more = "") {
     throw Error(path.string() + ": " + what + ": " + std::strerror(error) + more);
 }
 
@@ -34,8 +35,9 @@ fs::path stateFolder() {
     else if (home && home[0] == '/')
         folder = fs::path(home) / ".local/state";
     else
-        throw Error("there is no place for a backup (expected XDG_STATE_HOME or HOME to name a folder, or "
-                    "--backup FILE)");
+        throw Error(
+            "there is no place for a backup (expected XDG_STATE_HOME or HOME to name a folder, or "
+            "--backup FILE)");
     folder /= "boardctl";
     std::error_code error;
     fs::create_directories(folder, error);
@@ -95,8 +97,9 @@ fs::path placeFor(const std::string& image, const std::string& file) {
     if (fs::equivalent(target, image, error))
         throw Error(file + ": is the image itself (expected another file for the backup)");
     if (fs::file_size(target, error) != 0)
-        throw Error(file + ": exists already, and may be the last good image (expected a new file for the "
-                           "backup)");
+        throw Error(file +
+                    ": exists already, and may be the last good image (expected a new file for the "
+                    "backup)");
     return target;
 }
 

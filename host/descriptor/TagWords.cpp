@@ -77,7 +77,8 @@ TString<char> bytesOfHex(const std::string& digits) {
         const int low = i + 1 < digits.size() ? digitOf(digits[i + 1]) : -1;
         if (high < 0 || low < 0)
             throw Error(quoted(digits) + " is not hexadecimal at character " +
-                        std::to_string(high < 0 ? i : i + 1) + " (expected two digits for each byte)");
+                        std::to_string(high < 0 ? i : i + 1) +
+                        " (expected two digits for each byte)");
         const char byte = static_cast<char>(high << 4 | low);
         bytes.concat(&byte, 1);
     }
@@ -106,7 +107,8 @@ TString<char> dataOf(TagType type, const std::string& value) {
 unsigned parseNumber(const std::string& word, unsigned maximum, const std::string& what) {
     unsigned number = 0;
     if (!readNumber(word, maximum, number))
-        throw Error(what + " " + quoted(word) + " is no number from 0 to " + std::to_string(maximum) +
+        throw Error(what + " " + quoted(word) + " is no number from 0 to " +
+                    std::to_string(maximum) +
                     " (expected decimal digits, or hexadecimal ones with 0x)");
     return number;
 }
@@ -121,7 +123,8 @@ TagPlace parseTagPlace(const std::string& word) {
 }
 
 TagType parseTagType(const std::string& word) {
-    constexpr const char* WORDS[] = {"u8", "u16", "u32", "uint", "text", "hex"}; // in the order of TagType
+    constexpr const char* WORDS[] = {"u8",   "u16",  "u32",
+                                     "uint", "text", "hex"}; // in the order of TagType
     for (std::size_t i = 0; i < std::size(WORDS); ++i)
         if (word == WORDS[i])
             return static_cast<TagType>(i);
@@ -140,8 +143,8 @@ Assignment parseAssignment(const std::string& word) {
     assignment.place = parseTagPlace(tag);
     assignment.hasIndex = tag.find('.') != std::string::npos;
     try {
-        assignment.data =
-            dataOf(parseTagType(word.substr(equals + 1, colon - equals - 1)), word.substr(colon + 1));
+        assignment.data = dataOf(parseTagType(word.substr(equals + 1, colon - equals - 1)),
+                                 word.substr(colon + 1));
     } catch (const Error& error) {
         throw Error("tag " + quoted(tag) + ": " + error.what() +
                     (assignment.place.id == MAC_TAG ? "; `boardctl bd mac` writes addresses" : ""));
@@ -149,8 +152,8 @@ Assignment parseAssignment(const std::string& word) {
     const std::size_t size = assignment.data.length();
     if (size > MAX_DATA_BYTES)
         throw Error("tag " + quoted(tag) + ": " + std::to_string(size) +
-                    " bytes are too long for a chunk (expected at most " + std::to_string(MAX_DATA_BYTES) +
-                    ")");
+                    " bytes are too long for a chunk (expected at most " +
+                    std::to_string(MAX_DATA_BYTES) + ")");
     return assignment;
 }
 
@@ -163,11 +166,13 @@ std::string parseMac(const std::string& word) {
         isZero = isZero && (word[i] == '0' || word[i] == ':');
     }
     if (!isWellFormed)
-        throw Error(quoted(word) + " is no MAC address (expected six groups of two hexadecimal digits, "
-                                   "such as 02:00:00:00:00:07)");
+        throw Error(quoted(word) +
+                    " is no MAC address (expected six groups of two hexadecimal digits, "
+                    "such as 02:00:00:00:00:07)");
     // The lowest bit of the first byte; broadcast has it too.
     if (digitOf(word[1]) % 2 != 0)
-        throw Error(quoted(word) + " is a multicast or broadcast address (expected that of one interface)");
+        throw Error(quoted(word) +
+                    " is a multicast or broadcast address (expected that of one interface)");
     if (isZero)
         throw Error(quoted(word) + " is all zero (expected the address of an interface)");
     return word;

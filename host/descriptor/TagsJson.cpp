@@ -14,7 +14,8 @@ namespace board {
 
 namespace {
 
-// What a chunk's 16-bit length leaves beside its header and the byte that the writer adds to an odd length.
+// What a chunk's 16-bit length leaves beside its header and the byte that the writer adds to an odd
+// length.
 constexpr std::size_t MAX_DATA_BYTES = 65530;
 
 /// A value for a message; what may be large or deeply nested is named by its type alone.
@@ -34,7 +35,8 @@ public:
         if (!m_json.is_object())
             fail("is " + shown(m_json) + " (expected an object with \"id\" and \"data\")");
         for (const auto& item : m_json.items())
-            if (item.key() != "id" && item.key() != "name" && item.key() != "length" && item.key() != "data")
+            if (item.key() != "id" && item.key() != "name" && item.key() != "length" &&
+                item.key() != "data")
                 fail("unknown key \"" + item.key() + "\" (expected id, name, length, data)");
     }
 
@@ -59,7 +61,8 @@ public:
                  " digits, an odd number (expected two for each byte)");
         const auto size = digits.size() / 2;
         if (size > MAX_DATA_BYTES)
-            fail("\"data\" has " + std::to_string(size) + " bytes, too long for a chunk (expected at most " +
+            fail("\"data\" has " + std::to_string(size) +
+                 " bytes, too long for a chunk (expected at most " +
                  std::to_string(MAX_DATA_BYTES) + ")");
         std::string bytes;
         for (std::size_t i = 0; i < digits.size(); i += 2)
@@ -70,7 +73,8 @@ public:
     void checkLength(unsigned bytes) const {
         const auto length = m_json.find("length");
         if (length != m_json.end() && (!length->is_number_integer() || *length != bytes))
-            fail("\"length\" is " + shown(*length) + " but \"data\" has " + std::to_string(bytes) + " bytes");
+            fail("\"length\" is " + shown(*length) + " but \"data\" has " + std::to_string(bytes) +
+                 " bytes");
     }
 
 private:
@@ -98,7 +102,8 @@ ordered_json parse(const std::string& text, const std::string& source) {
         throw Error(source + ": holds a zero byte at " + std::to_string(zero) + " (expected JSON)");
     // Of two values under one key the parser would keep one without a word.
     std::vector<std::set<std::string>> keys;
-    const auto refuseTwice = [&](int, ordered_json::parse_event_t event, const ordered_json& parsed) {
+    const auto refuseTwice = [&](int, ordered_json::parse_event_t event,
+                                 const ordered_json& parsed) {
         if (event == ordered_json::parse_event_t::object_start)
             keys.emplace_back();
         else if (event == ordered_json::parse_event_t::object_end)
@@ -136,7 +141,8 @@ std::string tagsToJson(const CBoardDescr::TagList& tags) {
 void tagsFromJson(const std::string& text, const std::string& source, CBoardDescr& descriptor) {
     const ordered_json json = parse(text, source);
     if (!json.is_array())
-        throw Error(source + ": is not an array (expected [{\"id\":45,\"data\":\"1234abcd\"}, ...])");
+        throw Error(source +
+                    ": is not an array (expected [{\"id\":45,\"data\":\"1234abcd\"}, ...])");
     std::size_t number = 0;
     for (const ordered_json& element : json) {
         const Entry entry(element, source + ": entry " + std::to_string(number++));

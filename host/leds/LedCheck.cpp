@@ -34,7 +34,8 @@ public:
     std::vector<std::string> run() {
         if (m_profile.tickMs * 1000U == 0)
             note(m_profile.place + ".tick_ms",
-                 std::to_string(m_profile.tickMs) + " comes to no tick at all: the service stays idle");
+                 std::to_string(m_profile.tickMs) +
+                     " comes to no tick at all: the service stays idle");
         if (m_profile.access != LedCtrl::ACCESS_FILES && m_profile.access != LedCtrl::ACCESS_NONE)
             note(m_profile.place + ".access",
                  std::to_string(m_profile.access) + " is no way of access: nothing is shown");
@@ -46,7 +47,9 @@ public:
     }
 
 private:
-    void note(const std::string& place, const std::string& what) { m_notes.push_back(place + ": " + what); }
+    void note(const std::string& place, const std::string& what) {
+        m_notes.push_back(place + ": " + what);
+    }
 
     void checkFile(const LedsProfile::File& file) {
         const auto mask = static_cast<std::uint32_t>(file.mask);
@@ -55,7 +58,8 @@ private:
             note(file.path.place, "the mask is 0: this LED is never lit");
         const auto [former, isNew] = m_files.insert({mask, &file});
         if (!isNew)
-            note(former->second->path.place, "is never written: " + file.path.path + " has the same mask");
+            note(former->second->path.place,
+                 "is never written: " + file.path.path + " has the same mask");
         former->second = &file;
     }
 
@@ -64,21 +68,23 @@ private:
         checkMask(row);
         checkTime(row);
         if (row.action < LedCtrl::ACTION_ON || row.action > LedCtrl::ACTION_DEFAULTS)
-            note(row.place + ".action", std::to_string(row.action) + " is no action: the row does nothing");
+            note(row.place + ".action",
+                 std::to_string(row.action) + " is no action: the row does nothing");
         if (isRoll(row) && row.mask != 0 && row.timeMs == 0 && row.group <= 0)
-            note(row.place,
-                 "each line starts one more roll that only a roll-stop ends: what a tick costs grows "
-                 "(expected a group above 0 or a time)");
+            note(row.place, "each line starts one more roll that only a roll-stop ends: what a "
+                            "tick costs grows "
+                            "(expected a group above 0 or a time)");
         if (row.action == LedCtrl::ACTION_DEFAULTS && row.isDefault)
-            note(row.place,
-                 "a default row that asks for the defaults would run them without end; it is left out");
+            note(row.place, "a default row that asks for the defaults would run them without end; "
+                            "it is left out");
         const auto isItsRoll = [&](const Row& other) {
             return isRoll(other) && other.word1 == row.word1 && other.mask == row.mask;
         };
         const auto& rows = m_profile.commands;
-        if (row.action == LedCtrl::ACTION_ROLL_STOP && std::none_of(rows.begin(), rows.end(), isItsRoll))
-            note(row.place, "stops no roll (expected one with the first word '" + row.word1 + "' and mask " +
-                                hex(row.mask) + ")");
+        if (row.action == LedCtrl::ACTION_ROLL_STOP &&
+            std::none_of(rows.begin(), rows.end(), isItsRoll))
+            note(row.place, "stops no roll (expected one with the first word '" + row.word1 +
+                                "' and mask " + hex(row.mask) + ")");
     }
 
     void checkWords(const Row& row) {
@@ -102,21 +108,23 @@ private:
         if (row.action == LedCtrl::ACTION_DEFAULTS || row.action == LedCtrl::ACTION_ROLL_STOP)
             return;
         if (row.mask == 0)
-            note(row.place + ".mask",
-                 isRoll(row) ? "the roll has no LED: it shows nothing" : "is 0: the row shows nothing");
+            note(row.place + ".mask", isRoll(row) ? "the roll has no LED: it shows nothing"
+                                                  : "is 0: the row shows nothing");
         if (const std::uint32_t dark = row.mask & ~m_shown)
             note(row.place + ".mask", "no file shows " + hex(dark) + " of " + hex(row.mask));
     }
 
     void checkTime(const Row& row) {
         // Rounded up to ticks in 32 bits of microseconds.
-        const auto longest = static_cast<std::int32_t>((UINT32_MAX - m_profile.tickMs * 1000U) / 1000);
+        const auto longest =
+            static_cast<std::int32_t>((UINT32_MAX - m_profile.tickMs * 1000U) / 1000);
         if (row.timeMs < 0)
             note(row.place + ".time_ms", std::to_string(row.timeMs) + " is below 0");
         else if (row.timeMs != 0 && !takesTime(row))
             note(row.place + ".time_ms", "has no meaning for this action");
         else if (row.timeMs > longest)
-            note(row.place + ".time_ms", std::to_string(row.timeMs) + " is too long (expected at most " +
+            note(row.place + ".time_ms", std::to_string(row.timeMs) +
+                                             " is too long (expected at most " +
                                              std::to_string(longest) + ")");
     }
 
@@ -124,7 +132,8 @@ private:
         std::string word1, word2;
         std::int32_t number;
         bool operator<(const Key& other) const {
-            return std::tie(word1, word2, number) < std::tie(other.word1, other.word2, other.number);
+            return std::tie(word1, word2, number) <
+                   std::tie(other.word1, other.word2, other.number);
         }
     };
 

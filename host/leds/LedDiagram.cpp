@@ -51,7 +51,8 @@ std::string piece(const LedWaves& waves, unsigned begin, unsigned end) {
         if (line.tick >= begin && line.tick < end) {
             marks = padded(marks, line.tick - begin).substr(0, line.tick - begin) + "v";
             list += "  v tick " + std::to_string(line.tick) + ", " +
-                    std::to_string(std::uint64_t{line.tick} * waves.tickMs) + " ms: " + line.line + "\n";
+                    std::to_string(std::uint64_t{line.tick} * waves.tickMs) + " ms: " + line.line +
+                    "\n";
         }
     if (!marks.empty())
         text += padded("", width) + marks + "\n";
@@ -67,7 +68,8 @@ std::string piece(const LedWaves& waves, unsigned begin, unsigned end) {
 // --- picture
 // ------------------------------------------------------------------------------------------------
 
-// As wide as a page of A4 the letters are still of seven points; in black and white the LEDs are the darkest.
+// As wide as a page of A4 the letters are still of seven points; in black and white the LEDs are
+// the darkest.
 constexpr double ROW = 30;
 constexpr double LAMP = 18; ///< height of a lit span
 constexpr double LANE = 18; ///< height of a row of flags
@@ -128,7 +130,8 @@ public:
             width = std::max(width, flag.end + MARGIN);
         const std::string w = number(width), h = number(m_bottom + BELOW);
         m_svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + w + "\" height=\"" + h +
-                "\" viewBox=\"0 0 " + w + " " + h + "\" font-family=\"monospace\" font-size=\"12\">\n";
+                "\" viewBox=\"0 0 " + w + " " + h +
+                "\" font-family=\"monospace\" font-size=\"12\">\n";
         rectangle(0, 0, width, m_bottom + BELOW, "#ffffff");
         for (std::size_t i = 0; i < m_waves.leds.size(); i += 2) // so that the eye keeps to a row
             rectangle(MARGIN / 2, rowAt(i), m_left + m_plot - MARGIN / 2, ROW, PALE);
@@ -160,14 +163,16 @@ private:
             for (const Flag& flag : m_flags)
                 if (flag.end > begin)
                     lane = std::max(lane, flag.lane + 1);
-            m_flags.push_back({&line, lane, begin + LETTER * static_cast<double>(columnsOf(line.line)) + 14});
+            m_flags.push_back(
+                {&line, lane, begin + LETTER * static_cast<double>(columnsOf(line.line)) + 14});
             m_lanes = std::max(m_lanes, lane + 1);
         }
     }
 
-    void line(double x1, double y1, double x2, double y2, const char* colour, const char* more = "") {
-        m_svg += "<line x1=\"" + number(x1) + "\" y1=\"" + number(y1) + "\" x2=\"" + number(x2) + "\" y2=\"" +
-                 number(y2) + "\" stroke=\"" + colour + "\"" + more + "/>\n";
+    void line(double x1, double y1, double x2, double y2, const char* colour,
+              const char* more = "") {
+        m_svg += "<line x1=\"" + number(x1) + "\" y1=\"" + number(y1) + "\" x2=\"" + number(x2) +
+                 "\" y2=\"" + number(y2) + "\" stroke=\"" + colour + "\"" + more + "/>\n";
     }
 
     void rectangle(double x, double y, double width, double height, const char* colour) {
@@ -183,7 +188,8 @@ private:
     /// Time in seconds from the left; a short mark for each tick where there is room.
     void drawAxis() {
         const double whole = static_cast<double>(m_waves.ticks) * m_waves.tickMs;
-        const double step = std::max(roundStep(whole * FIGURE / m_plot), static_cast<double>(m_waves.tickMs));
+        const double step =
+            std::max(roundStep(whole * FIGURE / m_plot), static_cast<double>(m_waves.tickMs));
         for (int mark = 0; mark * step <= whole; ++mark) {
             const double ms = mark * step;
             const double x = at(ms / m_waves.tickMs);
@@ -214,7 +220,8 @@ private:
         const double x = at(flag.line->tick);
         const double y = MARGIN + LANE * static_cast<double>(flag.lane);
         line(x, y, x, m_bottom, FLAG, " stroke-dasharray=\"4 2\"");
-        m_svg += "<path d=\"M" + number(x) + " " + number(y) + "l8 5l-8 5z\" fill=\"" + FLAG + "\"/>\n";
+        m_svg +=
+            "<path d=\"M" + number(x) + " " + number(y) + "l8 5l-8 5z\" fill=\"" + FLAG + "\"/>\n";
         text(x + 11, y + 9, flag.line->line, "start", FLAG);
     }
 
@@ -230,7 +237,8 @@ private:
 std::string ledsToText(const LedWaves& waves) {
     std::string text;
     for (unsigned begin = 0; begin < waves.ticks; begin += TICKS_A_PIECE)
-        text += (begin ? "\n" : "") + piece(waves, begin, std::min(waves.ticks, begin + TICKS_A_PIECE));
+        text +=
+            (begin ? "\n" : "") + piece(waves, begin, std::min(waves.ticks, begin + TICKS_A_PIECE));
     return text;
 }
 

@@ -54,8 +54,9 @@ void checkWord(const std::string& word) {
             const auto byte = static_cast<unsigned char>(c);
             return byte <= 0x20 || byte == 0x7F;
         }))
-        throw std::invalid_argument("the word '" + word +
-                                    "' can't be sent (expected one without blanks and control characters)");
+        throw std::invalid_argument(
+            "the word '" + word +
+            "' can't be sent (expected one without blanks and control characters)");
 }
 
 std::string writersOf(const struct stat& status) {
@@ -66,13 +67,15 @@ std::string writersOf(const struct stat& status) {
 
 } // namespace
 
-std::string ledLine(const std::string& word1, const std::string& word2, std::optional<std::int32_t> number) {
+std::string ledLine(const std::string& word1, const std::string& word2,
+                    std::optional<std::int32_t> number) {
     checkWord(word1);
     checkWord(word2);
     std::string line = word1 + " " + word2 + (number ? " " + std::to_string(*number) : "");
     if (line.size() + 1 > MAX_LED_LINE)
         throw std::invalid_argument("the line has " + std::to_string(line.size()) +
-                                    " bytes (expected at most " + std::to_string(MAX_LED_LINE - 1) + ")");
+                                    " bytes (expected at most " + std::to_string(MAX_LED_LINE - 1) +
+                                    ")");
     return line;
 }
 

@@ -13,15 +13,15 @@ namespace {
 class Sequencer : public LedCtrl {
 public:
     Sequencer(const std::vector<CmdDef>& rows, const LedsProfile& profile)
-        : LedCtrl(rows.data(), static_cast<unsigned>(rows.size()), nullptr, 0, ACCESS_NONE, profile.tickMs,
-                  profile.blinkPattern, NotStarted()) {}
+        : LedCtrl(rows.data(), static_cast<unsigned>(rows.size()), nullptr, 0, ACCESS_NONE,
+                  profile.tickMs, profile.blinkPattern, NotStarted()) {}
     using LedCtrl::handleCmd;
     using LedCtrl::nextOutput;
     using LedCtrl::setupDefault;
 };
 
-/// Whether a row of the table has the words and number of `line`, as the sequencer itself reads it: by a
-/// table whose rows all light a LED.
+/// Whether a row of the table has the words and number of `line`, as the sequencer itself reads it:
+/// by a table whose rows all light a LED.
 bool namesRow(std::string line, const LedTable& table, const LedsProfile& profile) {
     std::vector<LedCtrl::CmdDef> rows;
     for (const LedCtrl::CmdDef& row : table.commands())

@@ -30,8 +30,8 @@ struct LedWaves {
     std::vector<LedLine> lines;
 };
 
-/// Runs the sequencer itself over `profile` for `ticks` ticks, at once and without its pipe and files. Throws
-/// Error for a tick period that the sequencer refuses.
+/// Runs the sequencer itself over `profile` for `ticks` ticks, at once and without its pipe and
+/// files. Throws Error for a tick period that the sequencer refuses.
 LedWaves previewLeds(const LedsProfile& profile, unsigned ticks, std::vector<LedLine> lines);
 
 } // namespace board

@@ -17,8 +17,8 @@ class SilentLedCtrl : public LedCtrl {
 public:
     SilentLedCtrl(const LedTable& table, const LedsProfile& profile, AccessMethod method)
         : LedCtrl(table.commands().data(), static_cast<unsigned>(table.commands().size()),
-                  table.files().data(), static_cast<unsigned>(table.files().size()), method, profile.tickMs,
-                  profile.blinkPattern, NotStarted()),
+                  table.files().data(), static_cast<unsigned>(table.files().size()), method,
+                  profile.tickMs, profile.blinkPattern, NotStarted()),
           m_tick(profile.tickMs * 1000U) {
         if (!start(String::EMPTY()).isSuccess())
             throw Error("no thread for the LED sequencer");
@@ -48,7 +48,8 @@ LedService::Claim::Claim(const std::vector<Led>& leds) {
         if (::flock(m_file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
             return;
         ::close(m_file);
-        throw Error(led.path + ": another program drives the LEDs of this board; they are left to it");
+        throw Error(led.path +
+                    ": another program drives the LEDs of this board; they are left to it");
     }
 }
 
@@ -61,7 +62,8 @@ LedService::LedService(const LedsProfile& profile, bool tellsChanges, EventQueue
                        const DeviceLocator& locator)
     : m_table(profile, locator), m_claim(m_table.leds()), m_faults(m_table.faults()),
       m_states(m_table.leds(), profile.tickMs, tellsChanges, events) {
-    const bool canTick = profile.tickMs * 1000U != 0; // otherwise the sequencer says so and stays idle
+    const bool canTick =
+        profile.tickMs * 1000U != 0; // otherwise the sequencer says so and stays idle
     try {
         if (canTick)
             m_pipe.emplace();
@@ -72,9 +74,10 @@ LedService::LedService(const LedsProfile& profile, bool tellsChanges, EventQueue
     if (!m_pipe && canTick)
         m_leds.reset(new SilentLedCtrl(m_table, profile, method));
     else
-        m_leds.reset(new LedCtrl(m_table.commands().data(), static_cast<unsigned>(m_table.commands().size()),
-                                 m_table.files().data(), static_cast<unsigned>(m_table.files().size()),
-                                 method, profile.tickMs, profile.blinkPattern));
+        m_leds.reset(
+            new LedCtrl(m_table.commands().data(), static_cast<unsigned>(m_table.commands().size()),
+                        m_table.files().data(), static_cast<unsigned>(m_table.files().size()),
+                        method, profile.tickMs, profile.blinkPattern));
 }
 
 std::optional<std::string> LedService::writers() const {

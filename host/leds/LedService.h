@@ -15,9 +15,10 @@ namespace board {
 /// The LED sequencer of a hosted board, from its making to its end.
 class LedService {
 public:
-    /// Starts it. Where another service reads the pipe, the sequencer shows its defaults without taking
-    /// commands. `profile` must outlive the object. Throws Error where another program drives the LEDs of
-    /// this board, which both would set differently, and where no thread can be had.
+    /// Starts it. Where another service reads the pipe, the sequencer shows its defaults without
+    /// taking commands. `profile` must outlive the object. Throws Error where another program
+    /// drives the LEDs of this board, which both would set differently, and where no thread can be
+    /// had.
     LedService(const LedsProfile& profile, bool tellsChanges, EventQueue& events,
                const DeviceLocator& locator = DeviceLocator());
 
@@ -50,7 +51,8 @@ private:
     const Claim m_claim;
     std::vector<std::string> m_faults;
     std::optional<LedPipeClaim> m_pipe;
-    const LedStates m_states; // ends after the sequencer, which writes into the pipes that it drains
+    const LedStates
+        m_states; // ends after the sequencer, which writes into the pipes that it drains
     std::unique_ptr<LedCtrl, Release> m_leds;
 };
 

@@ -17,8 +17,8 @@
 namespace board {
 
 LedStates::LedStates(std::uint32_t tickMs, bool tellsChanges, EventQueue& events)
-    : m_tickMs(tickMs), m_tellsChanges(tellsChanges), m_events(events), m_end(::eventfd(0, EFD_CLOEXEC)),
-      m_thread("led states", this) {}
+    : m_tickMs(tickMs), m_tellsChanges(tellsChanges), m_events(events),
+      m_end(::eventfd(0, EFD_CLOEXEC)), m_thread("led states", this) {}
 
 LedStates::LedStates(const std::vector<Led>& leds, std::uint32_t tickMs, bool tellsChanges,
                      EventQueue& events)
@@ -99,7 +99,8 @@ void LedStates::look(std::size_t index) {
     struct stat status {};
     const bool hasEnd = !isDevice(path) && ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
     char byte = 0;
-    const ssize_t count = hasEnd ? ::pread(file, &byte, 1, status.st_size - 1) : ::read(file, &byte, 1);
+    const ssize_t count =
+        hasEnd ? ::pread(file, &byte, 1, status.st_size - 1) : ::read(file, &byte, 1);
     ::close(file);
     if (count == 1)
         set(index, byte != '0');
@@ -116,7 +117,8 @@ void LedStates::set(std::size_t index, bool isLit) {
     }
     const int stateFile = m_sources[index].stateFile;
     if (stateFile >= 0 && ::pwrite(stateFile, isLit ? "1" : "0", 1, 0) < 0)
-        ::close(std::exchange(m_sources[index].stateFile, -1)); // the LED is what counts, not its copy
+        ::close(
+            std::exchange(m_sources[index].stateFile, -1)); // the LED is what counts, not its copy
     if (m_tellsChanges)
         m_events.push({Event::Kind::LED_CHANGED, name, {}, isLit, {}});
 }

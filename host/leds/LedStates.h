@@ -14,14 +14,16 @@ namespace board {
 
 /// What the LEDs of a board show, found out from their files, on a thread of its own.
 ///
-/// A LED's file of the system is read. A pipe, as a simulated board has them, is drained, so that whoever
-/// writes to it never finds it full; the state goes into a file of the same name with ".state" behind it,
-/// where there is one, so that other programs see it too. An ordinary file shows what was written last.
+/// A LED's file of the system is read. A pipe, as a simulated board has them, is drained, so that
+/// whoever writes to it never finds it full; the state goes into a file of the same name with
+/// ".state" behind it, where there is one, so that other programs see it too. An ordinary file
+/// shows what was written last.
 class LedStates : private TYRunnable {
 public:
-    /// `tellsChanges`: each change goes to `events`; without it files are left alone and only pipes drained.
-    /// Throws Error where no thread can be had.
-    LedStates(const std::vector<Led>& leds, std::uint32_t tickMs, bool tellsChanges, EventQueue& events);
+    /// `tellsChanges`: each change goes to `events`; without it files are left alone and only pipes
+    /// drained. Throws Error where no thread can be had.
+    LedStates(const std::vector<Led>& leds, std::uint32_t tickMs, bool tellsChanges,
+              EventQueue& events);
     ~LedStates() override;
 
     struct State {

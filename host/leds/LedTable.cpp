@@ -17,8 +17,8 @@ std::string ledNameOf(const std::string& path) {
 
 LedTable::LedTable(const LedsProfile& profile, const DeviceLocator& locator) {
     for (const LedsProfile::Command& row : profile.commands)
-        m_commands.push_back({row.word1.c_str(), row.word2.c_str(), row.number, row.mask, row.action,
-                              row.group, row.timeMs, row.isDefault});
+        m_commands.push_back({row.word1.c_str(), row.word2.c_str(), row.number, row.mask,
+                              row.action, row.group, row.timeMs, row.isDefault});
     std::map<std::uint32_t, Led> leds;
     for (const LedsProfile::File& file : profile.files) {
         Led led{static_cast<std::uint32_t>(file.mask), ledNameOf(file.path.path), ""};

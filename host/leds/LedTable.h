@@ -16,8 +16,8 @@ struct Led {
     std::string path; ///< empty where its file was not found
 };
 
-/// The tables of a profile as the LED sequencer takes them. They point into the profile and into this object,
-/// which both must outlive the sequencer.
+/// The tables of a profile as the LED sequencer takes them. They point into the profile and into
+/// this object, which both must outlive the sequencer.
 class LedTable {
 public:
     /// Finds the files' paths; a file that is not found is left out.
@@ -28,7 +28,8 @@ public:
     const std::vector<LedCtrl::CmdDef>& commands() const { return m_commands; }
     const std::vector<LedCtrl::FileNameMap>& files() const { return m_files; }
 
-    /// The LEDs that are shown, in ascending order of their masks: of several files with one mask the last.
+    /// The LEDs that are shown, in ascending order of their masks: of several files with one mask
+    /// the last.
     const std::vector<Led>& leds() const { return m_leds; }
 
     /// Which files were not found and why, each with its place in the profile.

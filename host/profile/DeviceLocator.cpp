@@ -25,7 +25,8 @@ bool isFileName(const std::string& word) {
 std::vector<fs::path> entriesOf(const fs::path& folder) {
     std::vector<fs::path> entries;
     std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error))
         entries.push_back(entry->path());
     std::sort(entries.begin(), entries.end());
     return entries;
@@ -48,7 +49,8 @@ std::string DeviceLocator::locate(const std::string& device) const {
     return device;
 }
 
-std::string DeviceLocator::locateMonitor(const std::string& device, const std::string& words) const {
+std::string DeviceLocator::locateMonitor(const std::string& device,
+                                         const std::string& words) const {
     const auto slash = words.find('/');
     const std::string name = words.substr(0, slash);
     const std::string file = slash == std::string::npos ? "" : words.substr(slash + 1);
@@ -66,9 +68,9 @@ std::string DeviceLocator::locateMonitor(const std::string& device, const std::s
             matches.push_back(entry);
     }
     if (matches.size() != 1)
-        throw Error(device + ": " + (matches.empty() ? "no" : "more than one") + " monitor is named '" +
-                    name + "' (expected one; there are: " + join(present) + ")" +
-                    (matches.empty() ? didYouMean(name, names) : ""));
+        throw Error(device + ": " + (matches.empty() ? "no" : "more than one") +
+                    " monitor is named '" + name + "' (expected one; there are: " + join(present) +
+                    ")" + (matches.empty() ? didYouMean(name, names) : ""));
     return (matches.front() / file).string();
 }
 

@@ -11,9 +11,10 @@ public:
     /// `sysfs` is where the system's device tree is mounted; another folder serves tests.
     explicit DeviceLocator(std::string sysfs = "/sys") : m_sysfs(std::move(sysfs)) {}
 
-    /// The path that `device` stands for. "hwmon:NAME/FILE" is the file FILE of the hardware monitor whose
-    /// `name` file holds NAME; "led:NAME" is the brightness file of that LED; anything else is a path and
-    /// comes back unchanged. Throws Error, with what there is instead, where none or several match.
+    /// The path that `device` stands for. "hwmon:NAME/FILE" is the file FILE of the hardware
+    /// monitor whose `name` file holds NAME; "led:NAME" is the brightness file of that LED;
+    /// anything else is a path and comes back unchanged. Throws Error, with what there is instead,
+    /// where none or several match.
     std::string locate(const std::string& device) const;
 
 private:

@@ -12,7 +12,8 @@ struct NamedPath {
     std::string place; ///< who names it, for messages: "FILE:LINE: KEY"
 };
 
-/// Does `action` with the path. An Error that it throws then begins with the place that names the path.
+/// Does `action` with the path. An Error that it throws then begins with the place that names the
+/// path.
 template <class Action>
 void use(const NamedPath& named, Action action) {
     try {

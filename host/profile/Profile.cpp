@@ -20,7 +20,8 @@ namespace {
 constexpr std::size_t MAX_PROFILE_SIZE = std::size_t{1024} * 1024;
 constexpr std::uint32_t MAX_DESCRIPTOR_SIZE = 65536;
 
-/// Names nested without end: the parser takes its tables down by recursion and would exhaust the stack.
+/// Names nested without end: the parser takes its tables down by recursion and would exhaust the
+/// stack.
 void refuseEndlessNames(const std::string& path, const std::string& text) {
     constexpr std::ptrdiff_t MAX_DOTS = 256;
     std::istringstream lines(text);
@@ -56,8 +57,8 @@ public:
     void take(const ProfileReader& reader, const std::string& name) {
         const auto [former, isNew] = m_users.emplace(name, reader.placeOf("name"));
         if (!isNew)
-            reader.fail("name",
-                        "'" + name + "' is taken by " + former->second + " (expected a name of its own)");
+            reader.fail("name", "'" + name + "' is taken by " + former->second +
+                                    " (expected a name of its own)");
     }
 
 private:
@@ -111,15 +112,17 @@ LedsProfile readLeds(const ProfileReader& reader) {
     LedsProfile leds;
     leds.place = reader.where();
     if (reader.has("tick_ms"))
-        leds.tickMs = reader.number("tick_ms", 0, UINT32_MAX / 1000); // more would wrap in microseconds
+        leds.tickMs =
+            reader.number("tick_ms", 0, UINT32_MAX / 1000); // more would wrap in microseconds
     if (reader.has("blink_pattern"))
         leds.blinkPattern = reader.number("blink_pattern");
     if (reader.has("access"))
         leds.access = reader.wordOrNumber("access", {{"files", 0}, {"none", 1}});
     for (const ProfileReader& file : reader.tables("file", {"mask", "path"}))
         leds.files.push_back({static_cast<std::int32_t>(file.number("mask")), file.device("path")});
-    for (const ProfileReader& command : reader.tables(
-             "command", {"word1", "word2", "number", "mask", "action", "group", "time_ms", "default"}))
+    for (const ProfileReader& command :
+         reader.tables("command", {"word1", "word2", "number", "mask", "action", "group", "time_ms",
+                                   "default"}))
         leds.commands.push_back(readCommand(command));
     return leds;
 }
@@ -130,8 +133,8 @@ Profile Profile::load(const std::string& path) {
     const toml::table document = parse(path);
     const ProfileSource source{path, std::filesystem::path(path).parent_path()};
     const ProfileReader root(source, document, "",
-                             {"fan", "thermal", "power", "led", "descriptor", "voip", "preferences", "button",
-                              "firmware", "leds"});
+                             {"fan", "thermal", "power", "led", "descriptor", "voip", "preferences",
+                              "button", "firmware", "leds"});
     Profile profile;
     DriverNames names;
     for (const ProfileReader& reader :
@@ -142,14 +145,16 @@ Profile Profile::load(const std::string& path) {
         if (reader.has("enable"))
             fan.enable = reader.device("enable");
     }
-    for (const ProfileReader& reader : root.tables("thermal", {"name", "device", "description", "maximum"})) {
+    for (const ProfileReader& reader :
+         root.tables("thermal", {"name", "device", "description", "maximum"})) {
         ThermalProfile& thermal = profile.thermals.emplace_back();
         readDevice(reader, names, thermal);
         thermal.maximum = reader.number("maximum");
     }
     for (const ProfileReader& reader : root.tables("power", {"name", "device", "description"}))
         readDevice(reader, names, profile.powers.emplace_back());
-    for (const ProfileReader& reader : root.tables("led", {"name", "device", "description", "bi_status"})) {
+    for (const ProfileReader& reader :
+         root.tables("led", {"name", "device", "description", "bi_status"})) {
         LedProfile& led = profile.leds.emplace_back();
         readDevice(reader, names, led);
         led.biStatus = reader.has("bi_status") && reader.boolean("bi_status");
@@ -169,7 +174,8 @@ Profile Profile::load(const std::string& path) {
         profile.button = reader->path("device");
     if (const auto reader = root.table("firmware", {"info"}))
         profile.firmware = reader->path("info");
-    if (const auto reader = root.table("leds", {"tick_ms", "blink_pattern", "access", "file", "command"}))
+    if (const auto reader =
+            root.table("leds", {"tick_ms", "blink_pattern", "access", "file", "command"}))
         profile.ledService = readLeds(*reader);
     return profile;
 }

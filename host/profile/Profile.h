@@ -13,8 +13,8 @@ namespace board {
 constexpr char DESCRIPTOR_DRIVER[] = "board-descr-driver";
 constexpr char CAPACITY_DRIVER[] = "resource-driver";
 
-/// A device behind a kernel driver. `device` is a path, or "hwmon:NAME/FILE" or "led:NAME" as DeviceLocator
-/// takes it; names are unique among all devices of a board.
+/// A device behind a kernel driver. `device` is a path, or "hwmon:NAME/FILE" or "led:NAME" as
+/// DeviceLocator takes it; names are unique among all devices of a board.
 struct DeviceProfile {
     std::string name;        ///< the driver's name in the repository
     NamedPath device;        ///< the device file
@@ -74,10 +74,11 @@ struct LedsProfile {
     std::vector<Command> commands;
 };
 
-/// What a board is, from a TOML file. Every path in it is relative to that file; here they are resolved.
+/// What a board is, from a TOML file. Every path in it is relative to that file; here they are
+/// resolved.
 ///
-/// Drivers keep pointers into the profile's texts: it must outlive what is made from it, neither changed nor
-/// moved.
+/// Drivers keep pointers into the profile's texts: it must outlive what is made from it, neither
+/// changed nor moved.
 struct Profile {
     std::vector<FanProfile> fans;
     std::vector<ThermalProfile> thermals;
@@ -90,9 +91,10 @@ struct Profile {
     std::optional<NamedPath> firmware;    ///< the information file
     std::optional<LedsProfile> ledService;
 
-    /// Reads `path`. Throws Error with one line, "FILE:LINE: KEY: what is wrong (expected ...)": a file that
-    /// can't be read, is larger than 1 MiB or is no TOML, a line of more than 256 dots, an unknown key, a
-    /// missing one, a wrong type, a number out of range, an empty or doubled name.
+    /// Reads `path`. Throws Error with one line, "FILE:LINE: KEY: what is wrong (expected ...)": a
+    /// file that can't be read, is larger than 1 MiB or is no TOML, a line of more than 256 dots,
+    /// an unknown key, a missing one, a wrong type, a number out of range, an empty or doubled
+    /// name.
     static Profile load(const std::string& path);
 };
 

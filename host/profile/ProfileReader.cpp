@@ -28,8 +28,8 @@ std::string oneLine(std::string text) {
     return text;
 }
 
-ProfileReader::ProfileReader(const ProfileSource& source, const toml::table& table, std::string place,
-                             Keys known)
+ProfileReader::ProfileReader(const ProfileSource& source, const toml::table& table,
+                             std::string place, Keys known)
     : m_source(source), m_table(table), m_place(std::move(place)) {
     for (const auto& [key, value] : m_table) {
         const auto matches = [&text = key](const char* name) { return text.str() == name; };
@@ -110,7 +110,8 @@ bool ProfileReader::boolean(const char* key) const {
     return value.as_boolean()->get();
 }
 
-std::int64_t ProfileReader::integer(const char* key, std::int64_t minimum, std::int64_t maximum) const {
+std::int64_t ProfileReader::integer(const char* key, std::int64_t minimum,
+                                    std::int64_t maximum) const {
     const toml::node& value = node(key);
     const std::string range =
         " (expected " + std::to_string(minimum) + " to " + std::to_string(maximum) + ")";
@@ -122,7 +123,8 @@ std::int64_t ProfileReader::integer(const char* key, std::int64_t minimum, std::
     return number;
 }
 
-std::uint32_t ProfileReader::number(const char* key, std::uint32_t minimum, std::uint32_t maximum) const {
+std::uint32_t ProfileReader::number(const char* key, std::uint32_t minimum,
+                                    std::uint32_t maximum) const {
     return static_cast<std::uint32_t>(integer(key, minimum, maximum));
 }
 
@@ -142,7 +144,8 @@ std::int32_t ProfileReader::wordOrNumber(const char* key, Words words) const {
         expected += std::string(word) + ", ";
         known.emplace_back(word);
     }
-    fail(key, "'" + value + "' is unknown (expected " + expected + "or a number)" + didYouMean(value, known));
+    fail(key, "'" + value + "' is unknown (expected " + expected + "or a number)" +
+                  didYouMean(value, known));
 }
 
 std::optional<ProfileReader> ProfileReader::table(const char* key, Keys known) const {
@@ -164,7 +167,8 @@ std::vector<ProfileReader> ProfileReader::tables(const char* key, Keys known) co
     for (const toml::node& element : *value.as_array()) {
         const std::string place = placeOf(key) + "[" + std::to_string(readers.size()) + "]";
         if (!element.is_table())
-            failAt(element.source(), place, "is of type " + typeOf(element) + " (expected a table)");
+            failAt(element.source(), place,
+                   "is of type " + typeOf(element) + " (expected a table)");
         readers.emplace_back(m_source, *element.as_table(), place, known);
     }
     return readers;

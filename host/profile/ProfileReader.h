@@ -8,16 +8,16 @@
 #include <utility>
 #include <vector>
 
-// The parser's assertions fail on bad input as well, such as "[!]", which it would report well by itself; and
-// with NDEBUG it promises the compiler that they hold. Neither may decide what becomes of a profile.
-// The limit is one of nested values: a profile needs three.
+// The parser's assertions fail on bad input as well, such as "[!]", which it would report well by
+// itself; and with NDEBUG it promises the compiler that they hold. Neither may decide what becomes
+// of a profile. The limit is one of nested values: a profile needs three.
 #define TOML_ASSERT(expr) static_assert(true)
 #define TOML_MAX_NESTED_VALUES 16
 #pragma push_macro("NDEBUG")
 #undef NDEBUG
 #include <toml++/impl/forward_declarations.h>
-// Of letters in one block with a foreign blank, such as U+00A1 to U+0499, the parser promises the compiler
-// that there are none; all that it means is that they are no blanks.
+// Of letters in one block with a foreign blank, such as U+00A1 to U+0499, the parser promises the
+// compiler that there are none; all that it means is that they are no blanks.
 #pragma push_macro("TOML_UNREACHABLE")
 #undef TOML_UNREACHABLE
 #define TOML_UNREACHABLE return false
@@ -37,19 +37,21 @@ struct ProfileSource {
     std::filesystem::path folder; ///< what paths in it are relative to
 };
 
-/// `text` with a question mark for each control character: a message may quote anything, and is one line.
+/// `text` with a question mark for each control character: a message may quote anything, and is one
+/// line.
 std::string oneLine(std::string text);
 
-/// One table of the profile, read with checks. Everything that is not as it should be throws Error with one
-/// line, "FILE:LINE: KEY: what is wrong (expected ...)".
+/// One table of the profile, read with checks. Everything that is not as it should be throws Error
+/// with one line, "FILE:LINE: KEY: what is wrong (expected ...)".
 class ProfileReader {
 public:
     using Keys = std::initializer_list<const char*>;
     using Words = std::initializer_list<std::pair<const char*, std::int32_t>>;
 
-    /// `place` is the table's name in messages, empty for the whole file. A key that is not among `known` is
-    /// an error at once: it may be the misspelt name of one that would be missed next.
-    ProfileReader(const ProfileSource& source, const toml::table& table, std::string place, Keys known);
+    /// `place` is the table's name in messages, empty for the whole file. A key that is not among
+    /// `known` is an error at once: it may be the misspelt name of one that would be missed next.
+    ProfileReader(const ProfileSource& source, const toml::table& table, std::string place,
+                  Keys known);
 
     bool has(const char* key) const { return m_table.contains(key); }
 

@@ -168,21 +168,24 @@ constexpr const char* LEDS[] = {"power", "line", "alarm", "bar1", "bar2", "bar3"
 
 constexpr char FIRMWARE[] = "5.2\nBranch\n1234\n\n\nboard\ndev\nsimulated\n";
 
-constexpr char PREFERENCES[] = "# Overrides of the board's figures, for example:\n# voip.sip-legs = 240\n";
+constexpr char PREFERENCES[] =
+    "# Overrides of the board's figures, for example:\n# voip.sip-legs = 240\n";
 
 constexpr std::size_t EEPROM_SIZE = 512;
 
-// Chunks of identifier, length with its own four bytes, data; all big-endian. Behind the terminator the
-// EEPROM is erased.
+// Chunks of identifier, length with its own four bytes, data; all big-endian. Behind the terminator
+// the EEPROM is erased.
 constexpr unsigned char EEPROM[] = {
-    0x00, 0x2D, 0x00, 0x08, 0x12, 0x34, 0xAB, 0xCD,                         // platform 12 34, product ab cd
-    0x00, 0x01, 0x00, 0x0C, 0x02, 0x00, 0x00, 0x00, 0x00, 0x07, 0x00, 0x00, // first address, interface 0
-    0x00, 0x01, 0x00, 0x0C, 0x02, 0x00, 0x00, 0x00, 0x00, 0x08, 0x00, 0x01, // second address, interface 1
+    0x00, 0x2D, 0x00, 0x08, 0x12, 0x34, 0xAB, 0xCD, // platform 12 34, product ab cd
+    0x00, 0x01, 0x00, 0x0C, 0x02, 0x00, 0x00, 0x00, 0x00, 0x07, 0x00, 0x00, // first address,
+                                                                            // interface 0
+    0x00, 0x01, 0x00, 0x0C, 0x02, 0x00, 0x00, 0x00, 0x00, 0x08, 0x00, 0x01, // second address,
+                                                                            // interface 1
     0x00, 0x02, 0x00, 0x08, 0xC0, 0x00, 0x02, 0x0A,                         // 192.0.2.10
     0x00, 0x05, 0x00, 0x0E, 'S',  'I',  'M',  '-',  '0',  '0',  '0',  '0',  '0', '1', // a text
-    0x80, 0x0E, 0x00, 0x08, 0x00, 0x00, 0x00, 0x78,                                   // 120 DSP channels
-    0x80, 0x1A, 0x00, 0x08, 0x00, 0x00, 0x00, 0xF0,                                   // 240 SIP legs
-    0x00, 0x00, 0x00, 0x04,                                                           // the end
+    0x80, 0x0E, 0x00, 0x08, 0x00, 0x00, 0x00, 0x78, // 120 DSP channels
+    0x80, 0x1A, 0x00, 0x08, 0x00, 0x00, 0x00, 0xF0, // 240 SIP legs
+    0x00, 0x00, 0x00, 0x04,                         // the end
 };
 
 [[noreturn]] void fail(const fs::path& path, const std::string& what) {
@@ -242,7 +245,8 @@ SimulatedBoard SimulatedBoard::create(const std::string& directory) {
     else if (!fs::is_directory(root, error))
         fail(root, "is not a folder");
     else if (!fs::is_empty(root, error) || error)
-        fail(root, error ? error.message() : "the folder is not empty (expected a new or empty one)");
+        fail(root,
+             error ? error.message() : "the folder is not empty (expected a new or empty one)");
 
     try {
         fill(root);

@@ -4,16 +4,17 @@
 
 namespace board {
 
-/// A board without hardware, for a machine that has none: a folder with a profile, a device file for each
-/// kernel driver, an EEPROM image, firmware information, and a named pipe for each LED and the button. What
-/// it holds is written down here byte for byte, not made with the drivers that are tried on it.
+/// A board without hardware, for a machine that has none: a folder with a profile, a device file
+/// for each kernel driver, an EEPROM image, firmware information, and a named pipe for each LED and
+/// the button. What it holds is written down here byte for byte, not made with the drivers that are
+/// tried on it.
 ///
-/// The values may be changed from outside, by another process too. A LED's pipe is drained by whoever hosts
-/// the board, and its state kept in a file beside it, NAME.state.
+/// The values may be changed from outside, by another process too. A LED's pipe is drained by
+/// whoever hosts the board, and its state kept in a file beside it, NAME.state.
 class SimulatedBoard {
 public:
-    /// Makes the board in `directory`, which is made, or may exist and be empty. Its parent must exist.
-    /// Throws Error with the path and the system's reason; what was made by then stays.
+    /// Makes the board in `directory`, which is made, or may exist and be empty. Its parent must
+    /// exist. Throws Error with the path and the system's reason; what was made by then stays.
     static SimulatedBoard create(const std::string& directory);
 
     /// The board profile, to be loaded like that of any other board.
@@ -22,7 +23,8 @@ public:
     /// The bytes in the fan's device file, as the last write left them.
     std::string fanRecord() const;
 
-    /// Changes what the temperature sensor reads, in one step. Throws Error where that can't be written.
+    /// Changes what the temperature sensor reads, in one step. Throws Error where that can't be
+    /// written.
     void setTemperature(double celsius) const;
 
     const std::string& directory() const { return m_directory; }

@@ -14,7 +14,8 @@ void SimulatedButton::awaitReader() const {
     const auto end = Clock::now() + PATIENCE;
     while (!m_pipe.isEmpty()) {
         if (Clock::now() > end)
-            throw Error(m_pipe.path() + ": nobody watches the button (`boardctl run` of this board does)");
+            throw Error(m_pipe.path() +
+                        ": nobody watches the button (`boardctl run` of this board does)");
         std::this_thread::sleep_for(NEXT_LOOK);
     }
 }

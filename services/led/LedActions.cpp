@@ -72,8 +72,8 @@ void LedCtrl::execute(const CmdDef& cmd, bool asDefault) {
 }
 
 void LedCtrl::startAction(const CmdDef& cmd) {
-    // All in 32 bits, as on the board: a time of more than 71 minutes wraps. The tick is never 0 where the
-    // service runs.
+    // All in 32 bits, as on the board: a time of more than 71 minutes wraps. The tick is never 0
+    // where the service runs.
     const std::uint32_t timeUs = 1000U * static_cast<std::uint32_t>(cmd.timeMs);
     const std::uint32_t ticks = m_tickUs ? (m_tickUs - 1 + timeUs) / m_tickUs : 0;
     m_actionMask |= cmd.ledMask;
@@ -92,15 +92,16 @@ void LedCtrl::stopGroupAction(const CmdDef& cmd) {
     if (found == m_groups.end())
         return;
     const CmdDef& previous = *found->second;
-    VSYSLOG(CATEGORY, TRACE, "Found previous group action (%s %s). Stopping action %d", previous.word1,
-            previous.word2, previous.action);
+    VSYSLOG(CATEGORY, TRACE, "Found previous group action (%s %s). Stopping action %d",
+            previous.word1, previous.word2, previous.action);
     stopAction(previous);
 }
 
 void LedCtrl::stopAction(const CmdDef& cmd) {
     if (cmd.timeMs > 0) {
-        const auto found = std::find_if(m_actions.begin(), m_actions.end(),
-                                        [&](const ActionDesc& action) { return action.cmd == &cmd; });
+        const auto found =
+            std::find_if(m_actions.begin(), m_actions.end(),
+                         [&](const ActionDesc& action) { return action.cmd == &cmd; });
         if (found == m_actions.end())
             return;
         m_actionMask &= ~cmd.ledMask;
@@ -134,10 +135,11 @@ void LedCtrl::removeRollAction(const CmdDef& cmd) {
     m_actionMask &= ~cmd.ledMask;
     m_groups.erase(cmd.group);
     // By first word and LEDs alone, so that one row stops every roll that begins with its word.
-    const auto found = std::find_if(m_actions.begin(), m_actions.end(), [&](const ActionDesc& action) {
-        return std::strcmp(action.cmd->word1, cmd.word1) == 0 && action.cmd->ledMask == cmd.ledMask &&
-               isRoll(action.cmd->action);
-    });
+    const auto found =
+        std::find_if(m_actions.begin(), m_actions.end(), [&](const ActionDesc& action) {
+            return std::strcmp(action.cmd->word1, cmd.word1) == 0 &&
+                   action.cmd->ledMask == cmd.ledMask && isRoll(action.cmd->action);
+        });
     if (found != m_actions.end())
         m_actions.erase(found);
 }
@@ -192,7 +194,8 @@ std::uint32_t LedCtrl::nextOutput() {
     }
     const std::uint32_t bits = updateActions();
     const std::uint32_t state = getState();
-    // The mask as it is by now: LEDs of an action that has just ended show their static state already.
+    // The mask as it is by now: LEDs of an action that has just ended show their static state
+    // already.
     return (state & ~m_actionMask) | bits;
 }
 

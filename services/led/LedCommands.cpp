@@ -66,8 +66,8 @@ void LedCtrl::setupFifo() {
 }
 
 void LedCtrl::testFifo() {
-    // Left open on purpose: a pipe that always has a writer gives "no data", not "end of file", when the last
-    // client goes.
+    // Left open on purpose: a pipe that always has a writer gives "no data", not "end of file",
+    // when the last client goes.
     const int writer = ::open(FIFO_PATH, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     if (writer < 0) {
         VSYSLOG(CATEGORY, ERROR, "error open - test fifo: ");
@@ -82,7 +82,8 @@ void LedCtrl::testFifo() {
 
 void LedCtrl::openFiles() {
     for (auto& [mask, file] : m_files) {
-        // Non-blocking means nothing to a LED's file; a pipe in its place must not hold up the service.
+        // Non-blocking means nothing to a LED's file; a pipe in its place must not hold up the
+        // service.
         file.fd = ::open(file.fileName, O_RDWR | O_NONBLOCK | O_CLOEXEC);
         if (file.fd < 0)
             VSYSLOG(CATEGORY, ERROR, "unable to open file %s ", file.fileName);
@@ -96,7 +97,8 @@ void LedCtrl::readCmd() {
     if (input.isEmpty())
         return;
     char* rest = nullptr;
-    for (char* line = ::strtok_r(input.text(), "\n", &rest); line; line = ::strtok_r(nullptr, "\n", &rest)) {
+    for (char* line = ::strtok_r(input.text(), "\n", &rest); line;
+         line = ::strtok_r(nullptr, "\n", &rest)) {
         VSYSLOG(CATEGORY, TRACE, "LED Command: %s", line);
         handleCmd(line);
     }

@@ -9,21 +9,23 @@
 using RTD::VSYSLOG;
 using namespace ledlog;
 
-LedCtrl::LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files, unsigned fileCount,
-                 AccessMethod method, unsigned tickMs, unsigned blinkPattern)
-    : LedCtrl(commands, commandCount, files, fileCount, method, tickMs, blinkPattern, NotStarted()) {
+LedCtrl::LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files,
+                 unsigned fileCount, AccessMethod method, unsigned tickMs, unsigned blinkPattern)
+    : LedCtrl(commands, commandCount, files, fileCount, method, tickMs, blinkPattern,
+              NotStarted()) {
     if (m_tickUs == 0)
         VSYSLOG(CATEGORY, ERROR, "invalid LED tick period: %u ms", tickMs);
     else
         static_cast<void>(start(String::EMPTY())); // without a thread the LEDs stay as they are
 }
 
-LedCtrl::LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files, unsigned fileCount,
-                 AccessMethod method, unsigned tickMs, unsigned blinkPattern, NotStarted)
+LedCtrl::LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files,
+                 unsigned fileCount, AccessMethod method, unsigned tickMs, unsigned blinkPattern,
+                 NotStarted)
     : TYThread("led"), m_commands(commands), m_commandCount(commandCount), m_tickUs(tickMs * 1000U),
-      m_accessMethod(method), m_suspended(false), m_blinkPattern(static_cast<std::int32_t>(blinkPattern)),
-      m_fifoFd(0), m_steadyMask(0), m_blinkMask(0), m_flashMask(0), m_actionMask(0), m_phase(0),
-      m_phaseCount(0) {
+      m_accessMethod(method), m_suspended(false),
+      m_blinkPattern(static_cast<std::int32_t>(blinkPattern)), m_fifoFd(0), m_steadyMask(0),
+      m_blinkMask(0), m_flashMask(0), m_actionMask(0), m_phase(0), m_phaseCount(0) {
     for (unsigned i = 0; i < fileCount; ++i)
         m_files[files[i].ledMask] = FileDesc{files[i].fileName, 0};
 }
@@ -56,7 +58,8 @@ void LedCtrl::shutdown() {
         return;
     }
     VSYSLOG(CATEGORY, TRACE, "Shutting down LED Control...");
-    static_cast<void>(stop()); // before anything is closed: a tick would write into whatever is opened next
+    static_cast<void>(
+        stop()); // before anything is closed: a tick would write into whatever is opened next
     if (m_fifoFd > 0)
         ::close(m_fifoFd);
     m_fifoFd = 0;

@@ -14,7 +14,8 @@
 #include "LedCtrl.h"
 #include "ServiceButton.h"
 
-// Hosts and drivers are compiled apart and call each other by slot number: these orders never change.
+// Hosts and drivers are compiled apart and call each other by slot number: these orders never
+// change.
 
 namespace {
 
@@ -24,7 +25,8 @@ std::size_t slotOf(Operation operation) {
     std::ptrdiff_t words[2];
     static_assert(sizeof words == sizeof operation);
     std::memcpy(words, &operation, sizeof words);
-#ifdef __arm__ // code addresses use the lowest bit there, so that it is the other word that marks a slot
+#ifdef __arm__ // code addresses use the lowest bit there, so that it is the other word that marks a
+               // slot
     const bool isVirtual = (words[1] & 1) != 0;
     const std::ptrdiff_t offset = words[0];
 #else
@@ -55,33 +57,35 @@ void expectOrder(std::size_t first, std::initializer_list<Operation> operations)
     }
 }
 
-#define OPERATION(Class, name)                                                                               \
-    Operation {                                                                                              \
-#Class "::" #name, slotOf(&Class::name)                                                              \
+#define OPERATION(Class, name)                                                                     \
+    Operation {                                                                                    \
+#Class "::" #name, slotOf(&Class::name)                                                    \
     }
-#define OVERLOAD(Class, name, Signature)                                                                     \
-    Operation {                                                                                              \
-#Class "::" #name, slotOf(static_cast <Member <Class, Signature>>(&Class::name))                     \
+#define OVERLOAD(Class, name, Signature)                                                           \
+    Operation {                                                                                    \
+#Class "::" #name, slotOf(static_cast <Member <Class, Signature>>(&Class::name))           \
     }
-#define UNKNOWN(Class)                                                                                       \
-    OPERATION(Class, queryInterface), OPERATION(Class, addRef), OPERATION(Class, release),                   \
-        OPERATION(Class, getLock), Operation {                                                               \
-        nullptr, 0                                                                                           \
+#define UNKNOWN(Class)                                                                             \
+    OPERATION(Class, queryInterface), OPERATION(Class, addRef), OPERATION(Class, release),         \
+        OPERATION(Class, getLock), Operation {                                                     \
+        nullptr, 0                                                                                 \
     }
-#define DRIVER(Class)                                                                                        \
-    UNKNOWN(Class), OPERATION(Class, getDID), OPERATION(Class, getDriverName),                               \
+#define DRIVER(Class)                                                                              \
+    UNKNOWN(Class), OPERATION(Class, getDID), OPERATION(Class, getDriverName),                     \
         OPERATION(Class, getDriverRepository), OPERATION(Class, setDriverRepository)
-#define TAGS(Class)                                                                                          \
-    OPERATION(Class, getNumberOfTag), OPERATION(Class, hasTag), OPERATION(Class, getTagUInt),                \
-        OPERATION(Class, getTagUInt8), OPERATION(Class, getTagUInt16), OPERATION(Class, getTagUInt32),       \
-        OPERATION(Class, getTagString), OPERATION(Class, setTagUInt), OPERATION(Class, setTagUInt8),         \
-        OPERATION(Class, setTagUInt16), OPERATION(Class, setTagUInt32), OPERATION(Class, setTagString),      \
-        OPERATION(Class, addTag), OPERATION(Class, insertTag),                                               \
-        OVERLOAD(Class, getTag, XCode(BD::TagId, unsigned, TString<char>&, String&)),                        \
-        OPERATION(Class, setTag), OPERATION(Class, removeTag), OPERATION(Class, readBD),                     \
-        OPERATION(Class, writeBD), OPERATION(Class, getMacAddress), OPERATION(Class, setMacAddress),         \
-        OPERATION(Class, insertMacAddress), OPERATION(Class, addMacAddress),                                 \
-        OPERATION(Class, getPlatformID), OPERATION(Class, getProductID)
+#define TAGS(Class)                                                                                \
+    OPERATION(Class, getNumberOfTag), OPERATION(Class, hasTag), OPERATION(Class, getTagUInt),      \
+        OPERATION(Class, getTagUInt8), OPERATION(Class, getTagUInt16),                             \
+        OPERATION(Class, getTagUInt32), OPERATION(Class, getTagString),                            \
+        OPERATION(Class, setTagUInt), OPERATION(Class, setTagUInt8),                               \
+        OPERATION(Class, setTagUInt16), OPERATION(Class, setTagUInt32),                            \
+        OPERATION(Class, setTagString), OPERATION(Class, addTag), OPERATION(Class, insertTag),     \
+        OVERLOAD(Class, getTag, XCode(BD::TagId, unsigned, TString<char>&, String&)),              \
+        OPERATION(Class, setTag), OPERATION(Class, removeTag), OPERATION(Class, readBD),           \
+        OPERATION(Class, writeBD), OPERATION(Class, getMacAddress),                                \
+        OPERATION(Class, setMacAddress), OPERATION(Class, insertMacAddress),                       \
+        OPERATION(Class, addMacAddress), OPERATION(Class, getPlatformID),                          \
+        OPERATION(Class, getProductID)
 
 } // namespace
 
@@ -92,19 +96,23 @@ TEST(Slots, OfTheFrameworksInterfaces) {
 }
 
 TEST(Slots, OfTheDriversInterfaces) {
-    expectOrder(0, {UNKNOWN(IFanControl), OPERATION(IFanControl, isValid),
-                    OPERATION(IFanControl, getDescription), OPERATION(IFanControl, getActualFanSpeed),
-                    OPERATION(IFanControl, getFanSpeed), OPERATION(IFanControl, setFanSpeed)});
+    expectOrder(0,
+                {UNKNOWN(IFanControl), OPERATION(IFanControl, isValid),
+                 OPERATION(IFanControl, getDescription), OPERATION(IFanControl, getActualFanSpeed),
+                 OPERATION(IFanControl, getFanSpeed), OPERATION(IFanControl, setFanSpeed)});
     expectOrder(0, {UNKNOWN(IThermalSensor), OPERATION(IThermalSensor, isValid),
-                    OPERATION(IThermalSensor, getDescription), OPERATION(IThermalSensor, getTemperature),
+                    OPERATION(IThermalSensor, getDescription),
+                    OPERATION(IThermalSensor, getTemperature),
                     OPERATION(IThermalSensor, getMaxTemperature)});
-    expectOrder(0, {UNKNOWN(IPowerStatus), OPERATION(IPowerStatus, isValid),
-                    OPERATION(IPowerStatus, getDescription), OPERATION(IPowerStatus, getPowerStatus)});
-    expectOrder(0, {UNKNOWN(ILedControl), OPERATION(ILedControl, getInfo), OPERATION(ILedControl, isValid),
-                    OPERATION(ILedControl, getDescription), OPERATION(ILedControl, getLedStatus),
-                    OPERATION(ILedControl, setLedStatus), OPERATION(ILedControl, setLedBiStatus),
-                    OPERATION(ILedControl, setLedToggleStatus), OPERATION(ILedControl, enableLedToggle),
-                    OPERATION(ILedControl, disableLedToggle)});
+    expectOrder(0,
+                {UNKNOWN(IPowerStatus), OPERATION(IPowerStatus, isValid),
+                 OPERATION(IPowerStatus, getDescription), OPERATION(IPowerStatus, getPowerStatus)});
+    expectOrder(
+        0, {UNKNOWN(ILedControl), OPERATION(ILedControl, getInfo), OPERATION(ILedControl, isValid),
+            OPERATION(ILedControl, getDescription), OPERATION(ILedControl, getLedStatus),
+            OPERATION(ILedControl, setLedStatus), OPERATION(ILedControl, setLedBiStatus),
+            OPERATION(ILedControl, setLedToggleStatus), OPERATION(ILedControl, enableLedToggle),
+            OPERATION(ILedControl, disableLedToggle)});
     expectOrder(0, {UNKNOWN(IBoardDescr), TAGS(IBoardDescr)});
     expectOrder(0, {UNKNOWN(IResourceVoip), OPERATION(IResourceVoip, getDspChannelCount),
                     OPERATION(IResourceVoip, getSipLegCount)});
@@ -121,9 +129,9 @@ TEST(Slots, OfTheExportedClasses) {
     struct Capacity : CResourceVoip {
         using CResourceVoip::getDefaultSipLegs;
     };
-    expectOrder(0, {DRIVER(Capacity), OPERATION(Capacity, setup), OPERATION(Capacity, getDspChannelCount),
-                    OPERATION(Capacity, getSipLegCount), OPERATION(Capacity, getInfo),
-                    OPERATION(Capacity, getDefaultSipLegs)});
+    expectOrder(0, {DRIVER(Capacity), OPERATION(Capacity, setup),
+                    OPERATION(Capacity, getDspChannelCount), OPERATION(Capacity, getSipLegCount),
+                    OPERATION(Capacity, getInfo), OPERATION(Capacity, getDefaultSipLegs)});
 }
 
 TEST(Slots, OfThreads) {
@@ -143,8 +151,9 @@ TEST(Slots, OfThreads) {
     struct Button : ServiceButton {
         using ServiceButton::processButtonMessage;
     };
-    expectOrder(0,
-                {{nullptr, 0}, OPERATION(ServiceButton, runThread), OPERATION(Button, processButtonMessage)});
+    expectOrder(0, {{nullptr, 0},
+                    OPERATION(ServiceButton, runThread),
+                    OPERATION(Button, processButtonMessage)});
     expectOrder(0, {OPERATION(ServiceButton::Observer, onButtonPressed),
                     OPERATION(ServiceButton::Observer, onButtonReleased)});
 }

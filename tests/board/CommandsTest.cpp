@@ -87,11 +87,13 @@ TEST(Boot3Commands, SayWhichDeviceIsGone) {
     const Unbound leds("i2c/drivers/leds-pca955x", "1-0060");
     const Outcome temp = call({"temp"});
     EXPECT_EQ(temp.status, 1);
-    EXPECT_TRUE(has(temp.err, "no monitor is named 'tmp105' (expected one; there are: 'lm75' at hwmon"))
+    EXPECT_TRUE(
+        has(temp.err, "no monitor is named 'tmp105' (expected one; there are: 'lm75' at hwmon"))
         << temp.err;
     const Outcome led = call({"led", "alarm"});
     EXPECT_EQ(led.status, 1);
-    EXPECT_TRUE(has(led.err, "there is no LED 'pca955x:alarm' (there are: 'line', 'status')")) << led.err;
+    EXPECT_TRUE(has(led.err, "there is no LED 'pca955x:alarm' (there are: 'line', 'status')"))
+        << led.err;
     const Outcome info = call({"info"});
     EXPECT_EQ(info.status, 1);
     EXPECT_TRUE(has(info.err, "tmp105")) << info.err;

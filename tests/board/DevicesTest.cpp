@@ -88,8 +88,8 @@ TEST_F(Fan, IsNotHeldByOneThatIsNotEnabled) {
     EXPECT_EQ(write(locate("hwmon:gpio_fan/pwm1_enable"), "0"), "1");
     EXPECT_EQ(write(pwm, std::string("85") + std::string(14, '\0')), "EPERM");
     const support::TempDir dir;
-    const board::Profile unaware =
-        profileOf(dir, "[[fan]]\nname = 'unaware'\nmaximum = 255\ndevice = 'hwmon:gpio_fan/pwm1'\n");
+    const board::Profile unaware = profileOf(
+        dir, "[[fan]]\nname = 'unaware'\nmaximum = 255\ndevice = 'hwmon:gpio_fan/pwm1'\n");
     const board::Host second(unaware);
     const auto fan = driver<IFanControl>("unaware");
     EXPECT_TRUE(fan->setFanSpeed(IFanControl::FAN_SPEED_LOW).isSuccess());
@@ -124,9 +124,9 @@ TEST_F(Fan, TakesARecordWithZeroBytesAndNothingThatIsNoLevel) {
 TEST_F(Thermal, FollowsTheSensorFromFrostToHeat) {
     const auto sensor = driver<IThermalSensor>("thermal");
     // The chip measures in steps of a sixteenth of a degree.
-    const std::pair<const char*, float> table[] = {{"-40000", -40.0F}, {"-125", -0.125F},  {"0", 0.0F},
-                                                   {"25500", 25.5F},   {"42625", 42.625F}, {"85000", 85.0F},
-                                                   {"125000", 125.0F}, {"-1000", -1.0F}};
+    const std::pair<const char*, float> table[] = {
+        {"-40000", -40.0F}, {"-125", -0.125F}, {"0", 0.0F},        {"25500", 25.5F},
+        {"42625", 42.625F}, {"85000", 85.0F},  {"125000", 125.0F}, {"-1000", -1.0F}};
     for (const auto& [outside, expected] : table) {
         set(SENSOR, "temperature", outside);
         float celsius = 999;
@@ -149,12 +149,13 @@ TEST_F(Thermal, FailsWhileItsDriverIsAwayAndComesBack) {
         EXPECT_EQ(celsius, 0);
         EXPECT_TRUE(sensor->isValid());
         EXPECT_EQ(board::readTemperature(host, "thermal").fault,
-                  "the temperature can't be read: " + file + ": can't open: No such file or directory");
+                  "the temperature can't be read: " + file +
+                      ": can't open: No such file or directory");
     }
     // Its number may be another one now: a new host finds it by its name.
     const support::TempDir dir;
-    const board::Profile again =
-        profileOf(dir, "[[thermal]]\nname = 'again'\nmaximum = 85\ndevice = 'hwmon:tmp105/temp1_input'\n");
+    const board::Profile again = profileOf(
+        dir, "[[thermal]]\nname = 'again'\nmaximum = 85\ndevice = 'hwmon:tmp105/temp1_input'\n");
     const board::Host second(again);
     EXPECT_EQ(board::readTemperature(second, "again").fault, "");
 }
@@ -164,7 +165,8 @@ TEST_F(Led, ShowsEachStateAndGivesItBackAfterBothOverlays) {
     // The kernel writes a chip behind a bus after it has answered, and reads the chip.
     const auto shows = [&](unsigned expected) {
         unsigned state = 9;
-        EXPECT_TRUE(until([&] { return !led->getLedStatus(state).isSuccess() || state == expected; }));
+        EXPECT_TRUE(
+            until([&] { return !led->getLedStatus(state).isSuccess() || state == expected; }));
         EXPECT_EQ(read(brightness), std::to_string(expected));
         const std::string light = get(LED_CHIP, "led0");
         EXPECT_EQ(light == "\"off\"", expected == 0) << light;

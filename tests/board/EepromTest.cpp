@@ -79,7 +79,8 @@ struct List {
     std::string image;
 };
 
-/// Images of these lengths, each shorter than the one before, leave a byte or more of each on the device.
+/// Images of these lengths, each shorter than the one before, leave a byte or more of each on the
+/// device.
 constexpr unsigned LENGTHS[] = {511, 510, 128, 17, 16, 15, 2, 1};
 
 std::string afterRawWrites() {
@@ -122,7 +123,8 @@ TEST(Boot2Eeprom, TakesListsUpToOneByteLessThanItsSize) {
     }
     const std::string before = eepromOutside();
     EXPECT_FALSE(List(SIZE).store(error).isSuccess());
-    EXPECT_EQ(str(error), "FAILED TO WRITE DEVICE '" + std::string(PATH) + "': DEV SIZE=512, BD SIZE=512");
+    EXPECT_EQ(str(error),
+              "FAILED TO WRITE DEVICE '" + std::string(PATH) + "': DEV SIZE=512, BD SIZE=512");
     EXPECT_EQ(eepromOutside(), before);
 }
 

@@ -25,7 +25,8 @@ public:
         termios settings{};
         if (::tcgetattr(m_file, &settings) != 0)
             throw std::runtime_error("no console");
-        settings.c_lflag &= ~static_cast<tcflag_t>(ECHO); // answers would stand among what the tests print
+        settings.c_lflag &=
+            ~static_cast<tcflag_t>(ECHO); // answers would stand among what the tests print
         ::tcsetattr(m_file, TCSANOW, &settings);
     }
     ~Console() { ::close(m_file); }
@@ -101,8 +102,8 @@ std::string write(const std::string& path, const std::string& bytes, long at) {
     const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
     if (file < 0)
         return nameOfError(errno);
-    const ssize_t taken =
-        at == 0 ? ::write(file, bytes.data(), bytes.size()) : ::pwrite(file, bytes.data(), bytes.size(), at);
+    const ssize_t taken = at == 0 ? ::write(file, bytes.data(), bytes.size())
+                                  : ::pwrite(file, bytes.data(), bytes.size(), at);
     const int error = errno;
     ::close(file);
     return taken < 0 ? nameOfError(error) : std::to_string(taken);
@@ -121,8 +122,9 @@ Unbound::~Unbound() {
 
 int main(int argc, char** argv) {
     if (!std::filesystem::exists("/proc/device-tree/boarddrivers,emulated")) {
-        std::fputs("these tests overwrite devices: they run on the emulated board only (./dev board)\n",
-                   stderr);
+        std::fputs(
+            "these tests overwrite devices: they run on the emulated board only (./dev board)\n",
+            stderr);
         return 2;
     }
     testing::InitGoogleTest(&argc, argv);

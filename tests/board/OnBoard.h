@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 
-/// What the tests on the emulated board share. They write its devices, and run nowhere else: their program
-/// ends at once where it is not on that board.
+/// What the tests on the emulated board share. They write its devices, and run nowhere else: their
+/// program ends at once where it is not on that board.
 namespace onboard {
 
 /// The profile that is shipped for a board with drivers of the kernel.
@@ -33,11 +33,12 @@ std::string locate(const std::string& device);
 
 /// What an attribute reads as, without its newline; "ENODEV" and so on where it can't be read.
 std::string read(const std::string& path);
-/// One write of `bytes`, `at` an offset where that is not 0: how many were taken, or "EINVAL" and so on.
+/// One write of `bytes`, `at` an offset where that is not 0: how many were taken, or "EINVAL" and
+/// so on.
 std::string write(const std::string& path, const std::string& bytes, long at = 0);
 
-/// A device without its driver while this lives, as after the driver was unloaded. `driver` is its folder
-/// below /sys/bus.
+/// A device without its driver while this lives, as after the driver was unloaded. `driver` is its
+/// folder below /sys/bus.
 class Unbound {
 public:
     Unbound(const std::string& driver, const std::string& device);

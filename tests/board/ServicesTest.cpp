@@ -123,7 +123,8 @@ TEST(LedSequencer, DrivesLedsByLinesOfAnotherProcess) {
     const LedCtrl::FileNameMap files[] = {{1, status.c_str()}, {2, line.c_str()}};
     auto* const leds = new LedCtrl(table, 4, files, 2, LedCtrl::ACCESS_FILES, 10, 0x0F0F0F0F);
     const auto send = [](const std::string& words) {
-        EXPECT_EQ(Program({"/bin/sh", "-c", "echo " + words + " >/tmp/evt.fifo"}).finish().status, 0);
+        EXPECT_EQ(Program({"/bin/sh", "-c", "echo " + words + " >/tmp/evt.fifo"}).finish().status,
+                  0);
     };
     EXPECT_TRUE(until([] { return isLit(STATUS_LINE); })) << "blinks";
     EXPECT_TRUE(until([] { return !isLit(STATUS_LINE); })) << "blinks";

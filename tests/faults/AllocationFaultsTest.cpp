@@ -73,10 +73,12 @@ void fill(CBoardDescr& board) {
     EXPECT_TRUE(board.addTag(5, fromHex(LONG)).isSuccess());
 }
 
-/// Runs `step` on a list of `BEFORE` with ever more memory until it has enough. Where memory ends, `check` is
-/// told whether that was thrown; nothing may be lost, and the list must still do what it is asked for.
+/// Runs `step` on a list of `BEFORE` with ever more memory until it has enough. Where memory ends,
+/// `check` is told whether that was thrown; nothing may be lost, and the list must still do what it
+/// is asked for.
 void withEverLessMemory(const std::function<void(CBoardDescr&)>& step,
-                        const std::function<void(CBoardDescr&, bool)>& check, const char* device = nullptr) {
+                        const std::function<void(CBoardDescr&, bool)>& check,
+                        const char* device = nullptr) {
     unsigned failures = 0;
     for (bool hasEnough = false; !hasEnough; ++failures) {
         SCOPED_TRACE("allocation " + std::to_string(failures + 1));
@@ -118,33 +120,34 @@ bool isOneOf(const Tags& found, const std::vector<Tags>& expected) {
 
 TEST(DescriptorMemory, ANewTagIsInTheListOrTheListAsItWas) {
     const auto data = fromHex(LONG);
-    withEverLessMemory([&](CBoardDescr& board) { static_cast<void>(board.addTag(10, data)); },
-                       [](CBoardDescr& board, bool isThrown) {
-                           const Tags found = tagsOf(board);
-                           EXPECT_TRUE(isThrown
-                                           ? found == BEFORE
-                                           : isOneOf(found, {beforeAnd(3, "10" + LONG_DATA),
-                                                             beforeAnd(3, "10/0:")})); // data alone failed
-                       });
     withEverLessMemory(
-        [&](CBoardDescr& board) { static_cast<void>(board.insertTag(1, 10, data)); },
+        [&](CBoardDescr& board) { static_cast<void>(board.addTag(10, data)); },
         [](CBoardDescr& board, bool isThrown) {
             const Tags found = tagsOf(board);
             EXPECT_TRUE(isThrown ? found == BEFORE
-                                 : isOneOf(found, {beforeAnd(1, "10" + LONG_DATA), beforeAnd(1, "10/0:")}));
+                                 : isOneOf(found, {beforeAnd(3, "10" + LONG_DATA),
+                                                   beforeAnd(3, "10/0:")})); // data alone failed
         });
+    withEverLessMemory([&](CBoardDescr& board) { static_cast<void>(board.insertTag(1, 10, data)); },
+                       [](CBoardDescr& board, bool isThrown) {
+                           const Tags found = tagsOf(board);
+                           EXPECT_TRUE(isThrown ? found == BEFORE
+                                                : isOneOf(found, {beforeAnd(1, "10" + LONG_DATA),
+                                                                  beforeAnd(1, "10/0:")}));
+                       });
 }
 
 TEST(DescriptorMemory, AChangedTagHoldsTheNewDataOrNone) {
     String error;
     const auto data = fromHex(LONG);
-    withEverLessMemory([&](CBoardDescr& board) { static_cast<void>(board.setTag(9, 0, data, error)); },
-                       [](CBoardDescr& board, bool isThrown) {
-                           EXPECT_FALSE(isThrown);
-                           const Tags found = tagsOf(board);
-                           EXPECT_TRUE(isOneOf(found, {{BEFORE[0], "9" + LONG_DATA, BEFORE[2]},
-                                                       {BEFORE[0], "9/0:", BEFORE[2]}}));
-                       });
+    withEverLessMemory(
+        [&](CBoardDescr& board) { static_cast<void>(board.setTag(9, 0, data, error)); },
+        [](CBoardDescr& board, bool isThrown) {
+            EXPECT_FALSE(isThrown);
+            const Tags found = tagsOf(board);
+            EXPECT_TRUE(isOneOf(
+                found, {{BEFORE[0], "9" + LONG_DATA, BEFORE[2]}, {BEFORE[0], "9/0:", BEFORE[2]}}));
+        });
 }
 
 TEST(DescriptorMemory, AMacAddressIsSetOrItsTagIsEmptyOrAsItWas) {
@@ -152,8 +155,8 @@ TEST(DescriptorMemory, AMacAddressIsSetOrItsTagIsEmptyOrAsItWas) {
     withEverLessMemory(
         [&](CBoardDescr& board) { static_cast<void>(board.addMacAddress("02:00:00:00:00:07", 0)); },
         [&](CBoardDescr& board, bool) {
-            EXPECT_TRUE(isOneOf(tagsOf(board),
-                                {BEFORE, beforeAnd(3, "1/0:"), beforeAnd(3, "1/8:02 00 00 00 00 07 00 00")}));
+            EXPECT_TRUE(isOneOf(tagsOf(board), {BEFORE, beforeAnd(3, "1/0:"),
+                                                beforeAnd(3, "1/8:02 00 00 00 00 07 00 00")}));
         });
     withEverLessMemory(
         [&](CBoardDescr& board) {
@@ -161,15 +164,16 @@ TEST(DescriptorMemory, AMacAddressIsSetOrItsTagIsEmptyOrAsItWas) {
             static_cast<void>(board.setMacAddress(0, "02:00:00:00:00:07", 0, error));
         },
         [&](CBoardDescr& board, bool) {
-            EXPECT_TRUE(isOneOf(tagsOf(board),
-                                {BEFORE, beforeAnd(0, "1/0:"), beforeAnd(0, "1/8:FF FF FF FF FF FF FF FF"),
-                                 beforeAnd(0, "1/8:02 00 00 00 00 07 00 00")}));
+            EXPECT_TRUE(isOneOf(tagsOf(board), {BEFORE, beforeAnd(0, "1/0:"),
+                                                beforeAnd(0, "1/8:FF FF FF FF FF FF FF FF"),
+                                                beforeAnd(0, "1/8:02 00 00 00 00 07 00 00")}));
         });
 }
 
 TEST(DescriptorMemory, ALoadThatRunsOutHoldsTheOldTagsOrTheFirstOfTheNew) {
     const support::TempDir dir;
-    const auto image = fromHex("00 0A 00 06 01 02 00 0B 00 16 " + LONG + " 00 0C 00 16 " + LONG + " 00 00");
+    const auto image =
+        fromHex("00 0A 00 06 01 02 00 0B 00 16 " + LONG + " 00 0C 00 16 " + LONG + " 00 00");
     dir.write("eeprom", std::string(image.data(), image.length()));
     const std::string path = dir.path("eeprom");
     const Tags after = {"10/2:01 02", "11" + LONG_DATA, "12" + LONG_DATA, "0/0:"};
@@ -182,7 +186,8 @@ TEST(DescriptorMemory, ALoadThatRunsOutHoldsTheOldTagsOrTheFirstOfTheNew) {
         EXPECT_TRUE(board.importBD(image, error).isSuccess());
         EXPECT_EQ(tagsOf(board), after);
     };
-    withEverLessMemory([&](CBoardDescr& board) { static_cast<void>(board.importBD(image, error)); }, check);
+    withEverLessMemory([&](CBoardDescr& board) { static_cast<void>(board.importBD(image, error)); },
+                       check);
     withEverLessMemory([&](CBoardDescr& board) { static_cast<void>(board.readBD(error)); }, check,
                        path.c_str());
 }

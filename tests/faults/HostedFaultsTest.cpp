@@ -50,7 +50,8 @@ TEST(HostedFaults, ABoardIsHostedOrAMessageSaysWhyNot) {
 }
 
 TEST(HostedFaults, AButtonIsWatchedOrAMessageSaysWhyNot) {
-    Sweep({"", {"button", "watch", "--for", "0.2", "--board", BOARD, "--format", "json"}, "", true}).run();
+    Sweep({"", {"button", "watch", "--for", "0.2", "--board", BOARD, "--format", "json"}, "", true})
+        .run();
 }
 
 TEST(HostedFaults, ALineIsSentOrAMessageSaysWhyNot) {

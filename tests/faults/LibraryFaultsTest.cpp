@@ -27,8 +27,8 @@ using support::TempDir;
 
 namespace {
 
-/// The call that was made to fail: its place among the calls, from 1, its name, and the error; 0 is a short
-/// count. Without a name nothing failed.
+/// The call that was made to fail: its place among the calls, from 1, its name, and the error; 0 is
+/// a short count. Without a name nothing failed.
 struct Fault {
     unsigned place = 0;
     std::string name;
@@ -48,8 +48,9 @@ std::vector<int> errorsOf(const std::string& name) {
     return {EIO, EINTR};
 }
 
-/// Runs `step` undisturbed and then once for each way in which one of its calls can fail, each time between
-/// `prepare` and `check`. A descriptor that `step` leaves open is a failure, but for `kept`.
+/// Runs `step` undisturbed and then once for each way in which one of its calls can fail, each time
+/// between `prepare` and `check`. A descriptor that `step` leaves open is a failure, but for
+/// `kept`.
 void withEachFault(
     const std::function<void()>& prepare, const std::function<void()>& step,
     const std::function<void(const Fault&)>& check,
@@ -105,10 +106,11 @@ protected:
             });
     }
 
-    /// The same for a reading, which is `right`, or what `Value` says after a read that fails or is short.
+    /// The same for a reading, which is `right`, or what `Value` says after a read that fails or is
+    /// short.
     template <class Value>
-    void eachFaultOfReading(const std::string& content, XCode (Driver::*operation)(Value&), Value right,
-                            Value unread, Value ofOneByte) {
+    void eachFaultOfReading(const std::string& content, XCode (Driver::*operation)(Value&),
+                            Value right, Value unread, Value ofOneByte) {
         Value value{};
         eachFault(
             content,
@@ -134,15 +136,16 @@ using LedFaults = DriverFaults<CLedControl>;
 TEST_F(FanFaults, ADriverIsValidOnceItsDeviceFileCouldBeOpened) {
     TYPPtr<CFanControl> driver;
     XCode status;
-    withEachFault([&] { driver = TYPPtr<CFanControl>::adopt(new CFanControl(nullptr, "driver", ENDPOINT)); },
-                  [&] { status = driver->open(error); },
-                  [&](const Fault& fault) {
-                      EXPECT_EQ(status.getCode(), fault.is("open") ? -1 : 0);
-                      EXPECT_EQ(driver->isValid(), !fault.is("open"));
-                      String description;
-                      EXPECT_TRUE(driver->getDescription(description).isSuccess());
-                      EXPECT_EQ(str(description), "As the kernel says");
-                  });
+    withEachFault(
+        [&] { driver = TYPPtr<CFanControl>::adopt(new CFanControl(nullptr, "driver", ENDPOINT)); },
+        [&] { status = driver->open(error); },
+        [&](const Fault& fault) {
+            EXPECT_EQ(status.getCode(), fault.is("open") ? -1 : 0);
+            EXPECT_EQ(driver->isValid(), !fault.is("open"));
+            String description;
+            EXPECT_TRUE(driver->getDescription(description).isSuccess());
+            EXPECT_EQ(str(description), "As the kernel says");
+        });
 }
 
 TEST_F(FanFaults, AReadingIsOffWhereItFails) {
@@ -159,7 +162,9 @@ TEST_F(FanFaults, ARequestIsRememberedAndOnlyAnOpenThatFailsIsTold) {
             EXPECT_TRUE(fan.getFanSpeed(speed).isSuccess());
             EXPECT_EQ(speed, IFanControl::FAN_SPEED_HIGH);
             const bool isUntouched = fault.is("open") || (fault.is("write") && !fault.isShort());
-            EXPECT_EQ(std::string(held().c_str()), isUntouched ? "0" : fault.isShort() ? "1" : "170");
+            EXPECT_EQ(std::string(held().c_str()), isUntouched       ? "0"
+                                                   : fault.isShort() ? "1"
+                                                                     : "170");
         });
 }
 
@@ -204,7 +209,8 @@ TEST_F(LedFaults, AnOverlayIsOnWhateverFailsAndGivesBackOffWhereTheStateWasNotRe
             const bool isWriting = fault.place > 3; // after open, read, close
             EXPECT_EQ(status.getCode(), fault.is("open") && isWriting ? -1 : 0);
             EXPECT_TRUE(led.setLedBiStatus(0).isSuccess());
-            const bool isUnread = fault.place == OPEN_FOR_READING || (fault.is("read") && !fault.isShort());
+            const bool isUnread =
+                fault.place == OPEN_FOR_READING || (fault.is("read") && !fault.isShort());
             EXPECT_EQ(held()[0], isUnread ? '0' : '1');
         });
 }
@@ -269,12 +275,13 @@ TEST(DescriptorFaults, AListThatCanNotBeReadStaysAndTheTextSaysWhatFailed) {
         [&](const Fault& fault) {
             const bool fails = fault.is("open") || (fault.is("read") && !fault.isShort());
             EXPECT_EQ(status.getCode(), fails ? -1 : 0);
-            EXPECT_EQ(str(error), fails ? std::string("FAILED TO ") + (fault.is("open") ? "OPEN" : "READ") +
-                                              " DEVICE '" + path + "'"
+            EXPECT_EQ(str(error), fails ? std::string("FAILED TO ") +
+                                              (fault.is("open") ? "OPEN" : "READ") + " DEVICE '" +
+                                              path + "'"
                                         : "untouched");
-            EXPECT_EQ(support::tagsOf(*board), fails
-                                                   ? std::vector<std::string>{"9/1:01"}
-                                                   : (std::vector<std::string>{"45/4:12 34 AB CD", "0/0:"}));
+            EXPECT_EQ(support::tagsOf(*board),
+                      fails ? std::vector<std::string>{"9/1:01"}
+                            : (std::vector<std::string>{"45/4:12 34 AB CD", "0/0:"}));
         });
 }
 
@@ -294,14 +301,15 @@ TEST(DescriptorFaults, AWriteThatFailsIsToldAndOneThatIsShortIsNot) {
         [&](const Fault& fault) {
             const bool fails = fault.is("open") || (fault.is("write") && !fault.isShort());
             EXPECT_EQ(status.getCode(), fails ? -1 : 0);
-            EXPECT_EQ(str(error), fails ? std::string("FAILED TO ") + (fault.is("open") ? "OPEN" : "WRITE") +
-                                              " DEVICE '" + path + "'"
+            EXPECT_EQ(str(error), fails ? std::string("FAILED TO ") +
+                                              (fault.is("open") ? "OPEN" : "WRITE") + " DEVICE '" +
+                                              path + "'"
                                         : "untouched");
             const std::string held = dir.read("eeprom");
-            EXPECT_EQ(support::toHex(TString<char>(held.data(), 8)), fails ? "FF FF FF FF FF FF FF FF"
-                                                                     : fault.isShort()
-                                                                         ? "00 FF FF FF FF FF FF FF"
-                                                                         : "00 09 00 06 01 02 FF FF");
+            EXPECT_EQ(support::toHex(TString<char>(held.data(), 8)),
+                      fails             ? "FF FF FF FF FF FF FF FF"
+                      : fault.isShort() ? "00 FF FF FF FF FF FF FF"
+                                        : "00 09 00 06 01 02 FF FF");
             EXPECT_EQ(support::tagsOf(board), std::vector<std::string>{"9/2:01 02"});
         });
 }
@@ -332,7 +340,17 @@ TEST(LedCtrlFaults, EachFailureIsLoggedAndTheRestGoesOn) {
     const LedCtrl::CmdDef COMMANDS[] = {{"all", "on", 0, 3, LedCtrl::ACTION_ON, 0, 0, true},
                                         {"all", "off", 0, 3, LedCtrl::ACTION_OFF, 0, 0, false}};
     const LedCtrl::FileNameMap FILES[] = {{1, files[0].c_str()}, {2, files[1].c_str()}};
-    enum Place : unsigned { MAKE = 1, READER, WRITER, TEST_WRITE, TEST_READ, OPEN_1, OPEN_2, LED_1, LED_2 };
+    enum Place : unsigned {
+        MAKE = 1,
+        READER,
+        WRITER,
+        TEST_WRITE,
+        TEST_READ,
+        OPEN_1,
+        OPEN_2,
+        LED_1,
+        LED_2
+    };
     support::LogRecorder log;
     std::unique_ptr<SteppedLedCtrl> leds;
     const auto linesFor = [&](const Fault& fault) -> std::vector<std::string> {
@@ -341,7 +359,8 @@ TEST(LedCtrlFaults, EachFailureIsLoggedAndTheRestGoesOn) {
         case MAKE:
             return {error + "error mknod: " + std::strerror(fault.error)};
         case READER:
-            return {error + "error open: " + std::strerror(fault.error), error + "error open - test fifo: "};
+            return {error + "error open: " + std::strerror(fault.error),
+                    error + "error open - test fifo: "};
         case WRITER:
             return {error + "error open - test fifo: "};
         case TEST_WRITE:
@@ -388,7 +407,8 @@ TEST(LedCtrlFaults, EachFailureIsLoggedAndTheRestGoesOn) {
 
 namespace {
 
-/// Takes the reports; removes the button's file at the second press, so that the next opening fails.
+/// Takes the reports; removes the button's file at the second press, so that the next opening
+/// fails.
 class Button : public ServiceButton::Observer, public RTD::Monitor {
 public:
     explicit Button(const std::string& path) : m_path(path), m_former(MON_EVENT.exchange(this)) {}
@@ -464,7 +484,8 @@ TEST(CpuLoadFaults, WithoutItsLineItFailsAndLeavesTheOutputsAlone) {
         },
         [&](const Fault& fault) {
             const auto expected = [&](unsigned first) { // of three calls
-                return !fault.is("fclose") && fault.place >= first && fault.place < first + 3 ? -1 : 0;
+                return !fault.is("fclose") && fault.place >= first && fault.place < first + 3 ? -1
+                                                                                              : 0;
             };
             EXPECT_EQ(setup.getCode(), expected(1));
             EXPECT_EQ(current.getCode(), expected(4));
@@ -492,7 +513,8 @@ TEST(ImageInfoFaults, WhatCanNotBeReadKeepsWhatItHeld) {
         [&](const Fault& fault) {
             EXPECT_EQ(status.getCode(), fault.is("fopen") ? -1 : 0);
             EXPECT_EQ(str(error), fault.is("fopen") ? "OPEN '" + path + "' FAILED" : "untouched");
-            // The calls are an open, a line each, a close; a line that fails leaves its place to the next.
+            // The calls are an open, a line each, a close; a line that fails leaves its place to
+            // the next.
             const bool isRead = !fault.is("fopen") && !fault.is("fgets");
             EXPECT_EQ(str(info->versionString) == "5.2-dev/1234", isRead || fault.place > 8)
                 << str(info->versionString);
@@ -505,7 +527,8 @@ TEST(ImageInfoFaults, AValueThatCanNotBeReadStays) {
     dir.write("value", "0x1F\n");
     XCode status;
     int value = 0;
-    withEachFault([&] { value = 77; }, [&] { status = readValueFromFile(dir.path("value").c_str(), value); },
+    withEachFault([&] { value = 77; },
+                  [&] { status = readValueFromFile(dir.path("value").c_str(), value); },
                   [&](const Fault& fault) {
                       const bool fails = fault.is("open") || (fault.is("read") && !fault.isShort());
                       EXPECT_EQ(status.getCode(), fails ? -1 : 0);

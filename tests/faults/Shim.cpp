@@ -14,8 +14,8 @@
 
 #include "faults/Faults.h"
 
-// Every call is defined under a name of its own that the assembler knows by the C library's: so the headers'
-// declarations, with their inline forms and noexcept, do not get in the way.
+// Every call is defined under a name of its own that the assembler knows by the C library's: so the
+// headers' declarations, with their inline forms and noexcept, do not get in the way.
 
 extern "C" long syscall(long number, ...);
 extern "C" unsigned alarm(unsigned seconds);
@@ -55,7 +55,8 @@ struct Verdict {
     bool isShort = false;
 };
 
-/// Counts a call on `file`, or on `descriptor` where that is null, and decides. Sets errno where it fails.
+/// Counts a call on `file`, or on `descriptor` where that is null, and decides. Sets errno where it
+/// fails.
 Verdict judge(const char* name, const char* file, int descriptor) {
     const bool isStandard = !file && descriptor >= 0 && descriptor <= LAST_STANDARD_DESCRIPTOR;
     if (!s_isCounting || isStandard)
@@ -77,8 +78,8 @@ Verdict judge(const char* name, const char* file, int descriptor) {
     }
     if (number == s_plan.call)
         copy(s_name, sizeof s_name, name);
-    const bool isMeant =
-        number == s_plan.call || (s_plan.persists && number > s_plan.call && std::strcmp(s_name, name) == 0);
+    const bool isMeant = number == s_plan.call || (s_plan.persists && number > s_plan.call &&
+                                                   std::strcmp(s_name, name) == 0);
     if (s_plan.call == 0 || !isMeant)
         return {};
     if (s_plan.error == 0)
@@ -102,56 +103,58 @@ Function* next(std::atomic<void*>& known, const char* name) {
 // NOLINTBEGIN(bugprone-macro-parentheses)
 
 /// A definition in front of the C library's `name`; in its body `real` is that one.
-#define CALL(Result, name, parameters)                                                                       \
-    extern "C" __attribute__((visibility("default"))) Result faulty_##name parameters __asm__(#name);        \
-    [[maybe_unused]] static std::atomic<void*> known_##name{nullptr};                                        \
+#define CALL(Result, name, parameters)                                                             \
+    extern "C" __attribute__((visibility("default")))                                              \
+    Result faulty_##name parameters __asm__(#name);                                                \
+    [[maybe_unused]] static std::atomic<void*> known_##name{nullptr};                              \
     Result faulty_##name parameters
 
 #define REAL(Result, name, parameters) next<Result parameters>(known_##name, #name)
 
 /// One that fails with `failure` and is else passed on.
-#define FAILING(Result, name, parameters, arguments, failure, file, descriptor)                              \
-    CALL(Result, name, parameters) {                                                                         \
-        if (judge(#name, file, descriptor).fails)                                                            \
-            return failure;                                                                                  \
-        return REAL(Result, name, parameters) arguments;                                                     \
+#define FAILING(Result, name, parameters, arguments, failure, file, descriptor)                    \
+    CALL(Result, name, parameters) {                                                               \
+        if (judge(#name, file, descriptor).fails)                                                  \
+            return failure;                                                                        \
+        return REAL(Result, name, parameters) arguments;                                           \
     }
 
 /// One that opens a path, with a mode where the flags ask for one.
-#define OPENING(name, parameters, arguments)                                                                 \
-    extern "C" __attribute__((visibility("default"))) int faulty_##name parameters __asm__(#name);           \
-    static std::atomic<void*> known_##name{nullptr};                                                         \
-    int faulty_##name parameters {                                                                           \
-        va_list rest;                                                                                        \
-        va_start(rest, flags);                                                                               \
-        const auto mode = va_arg(rest, mode_t); /* garbage where there is none, and then not looked at */    \
-        va_end(rest);                                                                                        \
-        if (judge(#name, path, -1).fails)                                                                    \
-            return -1;                                                                                       \
-        return next<int parameters>(known_##name, #name) arguments;                                          \
+#define OPENING(name, parameters, arguments)                                                       \
+    extern "C" __attribute__((visibility("default"))) int faulty_##name parameters __asm__(#name); \
+    static std::atomic<void*> known_##name{nullptr};                                               \
+    int faulty_##name parameters {                                                                 \
+        va_list rest;                                                                              \
+        va_start(rest, flags);                                                                     \
+        const auto mode =                                                                          \
+            va_arg(rest, mode_t); /* garbage where there is none, and then not looked at */        \
+        va_end(rest);                                                                              \
+        if (judge(#name, path, -1).fails)                                                          \
+            return -1;                                                                             \
+        return next<int parameters>(known_##name, #name) arguments;                                \
     }
 
 /// One that moves bytes, of which it may take one only.
-#define MOVING(name, parameters, arguments)                                                                  \
-    CALL(ssize_t, name, parameters) {                                                                        \
-        const Verdict verdict = judge(#name, nullptr, descriptor);                                           \
-        if (verdict.fails)                                                                                   \
-            return -1;                                                                                       \
-        if (verdict.isShort && count > 1)                                                                    \
-            count = 1;                                                                                       \
-        return REAL(ssize_t, name, parameters) arguments;                                                    \
+#define MOVING(name, parameters, arguments)                                                        \
+    CALL(ssize_t, name, parameters) {                                                              \
+        const Verdict verdict = judge(#name, nullptr, descriptor);                                 \
+        if (verdict.fails)                                                                         \
+            return -1;                                                                             \
+        if (verdict.isShort && count > 1)                                                          \
+            count = 1;                                                                             \
+        return REAL(ssize_t, name, parameters) arguments;                                          \
     }
 
 /// One that gives something back, which it does also where it fails.
-#define CLOSING(name, Handle, descriptor)                                                                    \
-    CALL(int, name, (Handle handle)) {                                                                       \
-        const Verdict verdict = judge(#name, nullptr, descriptor);                                           \
-        const int error = errno;                                                                             \
-        const int result = REAL(int, name, (Handle))(handle);                                                \
-        if (!verdict.fails)                                                                                  \
-            return result;                                                                                   \
-        errno = error;                                                                                       \
-        return -1;                                                                                           \
+#define CLOSING(name, Handle, descriptor)                                                          \
+    CALL(int, name, (Handle handle)) {                                                             \
+        const Verdict verdict = judge(#name, nullptr, descriptor);                                 \
+        const int error = errno;                                                                   \
+        const int result = REAL(int, name, (Handle))(handle);                                      \
+        if (!verdict.fails)                                                                        \
+            return result;                                                                         \
+        errno = error;                                                                             \
+        return -1;                                                                                 \
     }
 
 OPENING(open, (const char* path, int flags, ...), (path, flags, mode))
@@ -169,11 +172,12 @@ MOVING(pwrite, (int descriptor, const void* bytes, std::size_t count, off_t plac
 CALL(ssize_t, __read_chk, (int descriptor, void* bytes, std::size_t count, std::size_t)) {
     return faulty_read(descriptor, bytes, count);
 }
-CALL(ssize_t, __pread_chk, (int descriptor, void* bytes, std::size_t count, off_t place, std::size_t)) {
+CALL(ssize_t, __pread_chk,
+     (int descriptor, void* bytes, std::size_t count, off_t place, std::size_t)) {
     return faulty_pread(descriptor, bytes, count, place);
 }
-FAILING(ssize_t, writev, (int descriptor, const void* parts, int count), (descriptor, parts, count), -1,
-        nullptr, descriptor)
+FAILING(ssize_t, writev, (int descriptor, const void* parts, int count), (descriptor, parts, count),
+        -1, nullptr, descriptor)
 FAILING(char*, fgets, (char* text, int size, std::FILE* file), (text, size, file), nullptr, nullptr,
         ::fileno(file))
 
@@ -182,9 +186,10 @@ CLOSING(fclose, std::FILE*, ::fileno(handle))
 
 FAILING(int, fsync, (int descriptor), (descriptor), -1, nullptr, descriptor)
 FAILING(int, fchmod, (int descriptor, mode_t mode), (descriptor, mode), -1, nullptr, descriptor)
-FAILING(int, fchown, (int descriptor, uid_t owner, gid_t group), (descriptor, owner, group), -1, nullptr,
+FAILING(int, fchown, (int descriptor, uid_t owner, gid_t group), (descriptor, owner, group), -1,
+        nullptr, descriptor)
+FAILING(int, flock, (int descriptor, int operation), (descriptor, operation), -1, nullptr,
         descriptor)
-FAILING(int, flock, (int descriptor, int operation), (descriptor, operation), -1, nullptr, descriptor)
 FAILING(int, fstat, (int descriptor, void* status), (descriptor, status), -1, nullptr, descriptor)
 FAILING(int, stat, (const char* path, void* status), (path, status), -1, path, -1)
 FAILING(int, access, (const char* path, int mode), (path, mode), -1, path, -1)
@@ -192,7 +197,8 @@ FAILING(int, rename, (const char* from, const char* to), (from, to), -1, from, -
 FAILING(int, unlink, (const char* path), (path), -1, path, -1)
 FAILING(int, mkdir, (const char* path, mode_t mode), (path, mode), -1, path, -1)
 FAILING(int, mkfifo, (const char* path, mode_t mode), (path, mode), -1, path, -1)
-FAILING(int, mknod, (const char* path, mode_t mode, dev_t device), (path, mode, device), -1, path, -1)
+FAILING(int, mknod, (const char* path, mode_t mode, dev_t device), (path, mode, device), -1, path,
+        -1)
 FAILING(int, mkostemp, (char* path, int flags), (path, flags), -1, path, -1)
 FAILING(char*, mkdtemp, (char* path), (path), nullptr, path, -1)
 FAILING(int, eventfd, (unsigned count, int flags), (count, flags), -1, "eventfd", -1)
@@ -238,7 +244,8 @@ faults::Plan planOf(const char* text) {
 }
 
 __attribute__((constructor)) void beginAsTheEnvironmentSays() {
-    ::alarm(PATIENCE_SECONDS); // a program that hangs ends by a signal, which no test takes for a result
+    ::alarm(PATIENCE_SECONDS); // a program that hangs ends by a signal, which no test takes for a
+                               // result
     if (const char* const plan = std::getenv("FAULTS_PLAN"))
         faults::begin(planOf(plan));
 }

@@ -50,7 +50,8 @@ std::vector<std::string> waysOf(const std::string& name, bool isEdit) {
     return ways;
 }
 
-/// Without what differs from run to run: processor times, the names of temporary files and of backups.
+/// Without what differs from run to run: processor times, the names of temporary files and of
+/// backups.
 std::string steady(std::string text) {
     static const std::pair<std::regex, const char*> CHANGING[] = {
         {std::regex("[0-9]+ %"), "N %"},
@@ -70,7 +71,8 @@ bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-/// Whether a driver deals with that by itself: it reads and writes its device once and takes what it gets.
+/// Whether a driver deals with that by itself: it reads and writes its device once and takes what
+/// it gets.
 bool isDriversOwn(const std::string& call, const std::string& how) {
     return how == "0" && contains(call, "/board/dev/");
 }
@@ -167,8 +169,8 @@ void Sweep::run() {
             const std::string plan = std::to_string(i + 1) + ":" + how;
             restore();
             const Outcome outcome = outcomeOf(plan);
-            SCOPED_TRACE(plan + " " + m_calls[i] + "\nstatus " + std::to_string(outcome.status) + ", " +
-                         outcome.err);
+            SCOPED_TRACE(plan + " " + m_calls[i] + "\nstatus " + std::to_string(outcome.status) +
+                         ", " + outcome.err);
             check(outcome, m_calls[i], how);
             checkFiles(outcome, m_calls[i], how);
         }
@@ -182,7 +184,8 @@ void Sweep::runWithoutOutput() {
     const Outcome outcome = outcomeOf("0:0", "/dev/full");
     fs::remove(path("trace"));
     EXPECT_EQ(outcome.status, m_printed.empty() ? 0 : 1);
-    EXPECT_EQ(contains(outcome.err, "can't write to standard output"), !m_printed.empty()) << outcome.err;
+    EXPECT_EQ(contains(outcome.err, "can't write to standard output"), !m_printed.empty())
+        << outcome.err;
     checkFiles(outcome, "", "");
 }
 
@@ -208,7 +211,8 @@ void Sweep::check(const Outcome& outcome, const std::string& call, const std::st
     }
 }
 
-void Sweep::checkFiles(const Outcome& outcome, const std::string& call, const std::string& how) const {
+void Sweep::checkFiles(const Outcome& outcome, const std::string& call,
+                       const std::string& how) const {
     const auto valueIn = [](const Files& all, const std::string& name) {
         const auto found = all.find(name);
         return found == all.end() ? "<none>" : found->second;
@@ -217,10 +221,11 @@ void Sweep::checkFiles(const Outcome& outcome, const std::string& call, const st
     const bool isDone = outcome.status == 0;
     for (const auto& [name, content] : found) {
         const std::string before = valueIn(m_before, name), after = valueIn(m_after, name);
-        if (content == before || content == after || m_command.isStreaming || isDriversOwn(call, how) ||
-            isLeftToItself(name, outcome.err))
+        if (content == before || content == after || m_command.isStreaming ||
+            isDriversOwn(call, how) || isLeftToItself(name, outcome.err))
             continue;
-        const bool isNamed = contains(outcome.err, name.substr(name.rfind('/') + 1) + " can't be removed");
+        const bool isNamed =
+            contains(outcome.err, name.substr(name.rfind('/') + 1) + " can't be removed");
         if (startsWith(name, "state/") || name == "kept") {
             if (content != "<folder>" && !isNamed) {
                 EXPECT_EQ(content, m_before.at(m_command.edits)) << name << " is no whole backup";
@@ -239,7 +244,8 @@ void Sweep::checkFiles(const Outcome& outcome, const std::string& call, const st
     if (isDone)
         for (const auto& [name, content] : m_after)
             if (!startsWith(name, "state/")) {
-                EXPECT_EQ(valueIn(found, name) == content, true) << name << " is not as it should be";
+                EXPECT_EQ(valueIn(found, name) == content, true)
+                    << name << " is not as it should be";
             }
     if (!m_command.edits.empty() && !isDone) {
         const std::string& image = found.at(m_command.edits);

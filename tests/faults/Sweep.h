@@ -11,9 +11,9 @@
 
 namespace faults {
 
-/// A command of boardctl, each of whose calls shall fail in turn. In its words "@" stands for the folder it
-/// works in: there are a simulated board in "board", an image file "image" with a link "link" to it, and tags
-/// in "tags.json". Backups go to "state", temporary files to "tmp".
+/// A command of boardctl, each of whose calls shall fail in turn. In its words "@" stands for the
+/// folder it works in: there are a simulated board in "board", an image file "image" with a link
+/// "link" to it, and tags in "tags.json". Backups go to "state", temporary files to "tmp".
 struct Command {
     std::string name;
     std::vector<std::string> words;
@@ -32,8 +32,8 @@ public:
 
     std::string path(const std::string& name) const { return m_dir.path(name); }
 
-    /// Runs the command undisturbed, then once for each way in which each of its calls can fail, and checks
-    /// what each has left.
+    /// Runs the command undisturbed, then once for each way in which each of its calls can fail,
+    /// and checks what each has left.
     void run();
 
     /// Runs it on a standard output that takes nothing.
@@ -47,8 +47,10 @@ private:
     void restore() const;
     support::Outcome outcomeOf(const std::string& plan, const std::string& out = "") const;
     void learnTheUndisturbedResult();
-    void check(const support::Outcome& outcome, const std::string& call, const std::string& how) const;
-    void checkFiles(const support::Outcome& outcome, const std::string& call, const std::string& how) const;
+    void check(const support::Outcome& outcome, const std::string& call,
+               const std::string& how) const;
+    void checkFiles(const support::Outcome& outcome, const std::string& call,
+                    const std::string& how) const;
 
     const Command m_command;
     const support::TempDir m_dir;

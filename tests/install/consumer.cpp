@@ -6,11 +6,12 @@
 #include "TYPPtr.h"
 
 int main(int, char** argv) {
-    const TYPPtr<CBoardDescr> descriptor = TYPPtr<CBoardDescr>::adopt(new CBoardDescr(argv[1], 128, 512));
+    const TYPPtr<CBoardDescr> descriptor =
+        TYPPtr<CBoardDescr>::adopt(new CBoardDescr(argv[1], 128, 512));
     String error;
     unsigned product = 0;
-    const bool isRead =
-        descriptor->readBD(error).isSuccess() && descriptor->getProductID(product, error).isSuccess();
+    const bool isRead = descriptor->readBD(error).isSuccess() &&
+                        descriptor->getProductID(product, error).isSuccess();
     std::printf("product %04x %s\n", product, error.c_str());
     return isRead ? 0 : 1;
 }

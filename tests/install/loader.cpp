@@ -1,5 +1,5 @@
-// Loads the library while it runs and makes the board's descriptor driver through the factory's name, as a
-// host does that was compiled apart; knows interfaces only.
+// Loads the library while it runs and makes the board's descriptor driver through the factory's
+// name, as a host does that was compiled apart; knows interfaces only.
 
 #include <cstdio>
 
@@ -10,7 +10,8 @@
 
 int main() {
     void* const library = dlopen("libboarddrivers.so.1", RTLD_NOW);
-    auto* const create = library ? reinterpret_cast<IDriver* (*)()>(dlsym(library, "CREATE_BD")) : nullptr;
+    auto* const create =
+        library ? reinterpret_cast<IDriver* (*)()>(dlsym(library, "CREATE_BD")) : nullptr;
     if (!create) {
         std::printf("%s\n", dlerror());
         return 1;
@@ -22,7 +23,8 @@ int main() {
     auto* const board = static_cast<IBoardDescr*>(face);
     String error;
     unsigned product = 0;
-    const bool isRead = board->readBD(error).isSuccess() && board->getProductID(product, error).isSuccess();
+    const bool isRead =
+        board->readBD(error).isSuccess() && board->getProductID(product, error).isSuccess();
     std::printf("product %04x %s\n", product, error.c_str());
     board->release();
     driver->release();

@@ -44,7 +44,8 @@ inline std::string str(const String& text) {
 inline std::vector<std::string> tagsOf(const CBoardDescr& board) {
     std::vector<std::string> tags;
     for (const BD::Tag& tag : board.getTags())
-        tags.push_back(std::to_string(tag.id) + "/" + std::to_string(tag.length) + ":" + toHex(tag.data));
+        tags.push_back(std::to_string(tag.id) + "/" + std::to_string(tag.length) + ":" +
+                       toHex(tag.data));
     return tags;
 }
 
@@ -56,8 +57,8 @@ inline void expectPlainFailure(const XCode& status) {
 /// A face and where it stands; null where the object does not have it.
 using Face = std::pair<VELM_UUID, void*>;
 
-/// Asks a driver of count 1, by its own interface and by the framework's, for each of the framework's faces
-/// and of `faces`, with and without a place for it.
+/// Asks a driver of count 1, by its own interface and by the framework's, for each of the
+/// framework's faces and of `faces`, with and without a place for it.
 template <class Driver, class Own>
 void expectFaces(Driver& object, Own& own, std::vector<Face> faces) {
     IDriver* const driver = &object;
@@ -67,15 +68,18 @@ void expectFaces(Driver& object, Own& own, std::vector<Face> faces) {
     else
         info = &object;
     IUnknown* const unknown = driver;
-    faces.insert(faces.end(), {{IUnknown::IID(), unknown}, {IDriver::IID(), driver}, {IInfo::IID(), info}});
-    for (IUnknown* const way : {static_cast<IUnknown*>(&own), static_cast<IUnknown*>(info), unknown})
+    faces.insert(faces.end(),
+                 {{IUnknown::IID(), unknown}, {IDriver::IID(), driver}, {IInfo::IID(), info}});
+    for (IUnknown* const way :
+         {static_cast<IUnknown*>(&own), static_cast<IUnknown*>(info), unknown})
         for (const auto& [iid, expected] : faces) {
             void* face = way;
             const XCode status = way->queryInterface(iid, &face);
             EXPECT_EQ(status.getCode(), expected ? 0 : -1) << iid.getName();
             EXPECT_EQ(str(status.getMessage()), "") << iid.getName();
             EXPECT_EQ(face, expected) << iid.getName();
-            EXPECT_EQ(way->queryInterface(iid, nullptr).isSuccess(), expected != nullptr) << iid.getName();
+            EXPECT_EQ(way->queryInterface(iid, nullptr).isSuccess(), expected != nullptr)
+                << iid.getName();
             EXPECT_EQ(way->getLock(), object.getLock());
             EXPECT_EQ(way->addRef(), expected ? 3U : 2U) << iid.getName();
             while (way->release() > 1) {

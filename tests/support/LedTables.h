@@ -14,15 +14,16 @@ inline board::LedsProfile ledsOf(const std::string& text) {
     return board::Profile::load(dir.path("board.toml")).ledService.value();
 }
 
-/// A row of the command table: its two words, and its other keys as they are written in the profile.
+/// A row of the command table: its two words, and its other keys as they are written in the
+/// profile.
 inline std::string row(const std::string& words, const std::string& rest) {
     const auto blank = words.find(' ');
-    return "[[leds.command]]\nword1 = '" + words.substr(0, blank) + "'\nword2 = '" + words.substr(blank + 1) +
-           "'\n" + rest + "\n";
+    return "[[leds.command]]\nword1 = '" + words.substr(0, blank) + "'\nword2 = '" +
+           words.substr(blank + 1) + "'\n" + rest + "\n";
 }
 
-inline const std::string FILES =
-    "[[leds.file]]\nmask = 0x80000000\npath = 'high'\n[[leds.file]]\nmask = 3\npath = 'sys/pair/brightness'\n"
-    "[[leds.file]]\nmask = 1\npath = 'led:one'\n";
+inline const std::string FILES = "[[leds.file]]\nmask = 0x80000000\npath = "
+                                 "'high'\n[[leds.file]]\nmask = 3\npath = 'sys/pair/brightness'\n"
+                                 "[[leds.file]]\nmask = 1\npath = 'led:one'\n";
 
 } // namespace support

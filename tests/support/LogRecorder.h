@@ -15,7 +15,8 @@ public:
     ~LogRecorder() override { RTD::SET_LOG_SINK(m_former); }
     void write(const String& category, int level, const String& text) override {
         const std::lock_guard<std::mutex> hold(m_mutex);
-        m_lines.push_back(std::string(category.c_str()) + " " + std::to_string(level) + ": " + text.c_str());
+        m_lines.push_back(std::string(category.c_str()) + " " + std::to_string(level) + ": " +
+                          text.c_str());
     }
     /// What was logged since the last call.
     std::vector<std::string> take() {

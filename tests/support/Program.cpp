@@ -36,7 +36,8 @@ std::string contentOf(int file) {
 } // namespace
 
 Program::Program(const std::vector<std::string>& words, const std::string& out)
-    : m_out(out.empty() ? temporaryFile() : ::open(out.c_str(), O_RDWR | O_CLOEXEC)), m_err(temporaryFile()) {
+    : m_out(out.empty() ? temporaryFile() : ::open(out.c_str(), O_RDWR | O_CLOEXEC)),
+      m_err(temporaryFile()) {
     std::vector<char*> argv;
     for (const std::string& word : words)
         argv.push_back(const_cast<char*>(word.c_str()));

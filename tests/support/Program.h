@@ -17,7 +17,8 @@ struct Outcome {
 /// A running program with its standard output and error in files of its own.
 class Program {
 public:
-    /// Starts `words`, the program's path first. `out` replaces standard output by a file of that name.
+    /// Starts `words`, the program's path first. `out` replaces standard output by a file of that
+    /// name.
     explicit Program(const std::vector<std::string>& words, const std::string& out = "");
     ~Program();
     Program(const Program&) = delete;

@@ -22,7 +22,8 @@ public:
     WrittenPipe& operator=(const WrittenPipe&) = delete;
     const std::string& path() const { return m_path; }
     void write(const std::string& text) const {
-        ASSERT_EQ(::write(m_descriptor, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        ASSERT_EQ(::write(m_descriptor, text.data(), text.size()),
+                  static_cast<ssize_t>(text.size()));
     }
 
 private:

@@ -26,7 +26,8 @@ struct FedLoad : CpuLoad {
 std::string figuresOf(const char* line) {
     Figures figures{8, 9};
     const bool isWhole = cpufigures::parse(line, figures);
-    return (isWhole ? "" : "failed ") + std::to_string(figures.busy) + " " + std::to_string(figures.idle);
+    return (isWhole ? "" : "failed ") + std::to_string(figures.busy) + " " +
+           std::to_string(figures.idle);
 }
 
 Figures machinesFigures() {
@@ -49,7 +50,8 @@ TEST(CpuFigures, AreTheLowBitsOfTheFirstFourNumbers) {
     EXPECT_EQ(figuresOf("cpu  10 20 30 400 5000 6 7 8 0 0\n"), "60 400");
     EXPECT_EQ(figuresOf("\tcpu 1\t-2 +3\n4x"), "2 4");
     EXPECT_EQ(figuresOf("cpu 4294967295 4294967296 3 8589934599"), "2 7");
-    EXPECT_EQ(figuresOf("cpu 18446744073709551617 0 0 36893488147419103234"), "1 2") << "65 bits and 66";
+    EXPECT_EQ(figuresOf("cpu 18446744073709551617 0 0 36893488147419103234"), "1 2")
+        << "65 bits and 66";
     EXPECT_EQ(figuresOf("cpu 1 2 3"), "failed 8 9");
     EXPECT_EQ(figuresOf("1 2 x 4 5"), "failed 8 9") << "the first word is the name, whatever it is";
     EXPECT_EQ(figuresOf(""), "failed 8 9");
@@ -62,12 +64,14 @@ TEST(CpuFigures, GiveTheBusyShareInThirtyTwoBitArithmetic) {
     EXPECT_EQ(share({1, 0}, {0, 1}), UNTOUCHED) << "0 in sum";
     EXPECT_EQ(share({0, 9}, {8, 0}), 0x10000 - 800) << "-1 in sum";
     EXPECT_EQ(share({0, 0}, {21474837, 1}), 0x10000 - 99) << "the product became negative";
-    EXPECT_EQ(share({0, 0}, {0x20000000, 0xDFFFFFFF}), 0) << "-2147483648 by -1, which no division can do";
+    EXPECT_EQ(share({0, 0}, {0x20000000, 0xDFFFFFFF}), 0)
+        << "-2147483648 by -1, which no division can do";
 }
 
 TEST(CpuLoad, ComparesWithTheSamplesOneFiveAndFourteenPeriodsBack) {
     FedLoad load;
-    EXPECT_EQ(load.measured("cpu 60 0 0 40"), (std::vector<int>{60, UNTOUCHED, UNTOUCHED})) << "no setup yet";
+    EXPECT_EQ(load.measured("cpu 60 0 0 40"), (std::vector<int>{60, UNTOUCHED, UNTOUCHED}))
+        << "no setup yet";
     load = FedLoad();
     std::vector<Figures> samples{{1000, 3000}};
     EXPECT_TRUE(load.setup("cpu 1000 0 0 3000").isSuccess());
@@ -95,7 +99,8 @@ TEST(CpuLoad, ReadsTheMachinesOwnCounters) {
     EXPECT_TRUE(load.setup().isSuccess());
     EXPECT_TRUE(load.getCurrentLoad(busy, idle).isSuccess());
     // Busy time alone: idle time runs backwards on some kernels.
-    EXPECT_LE(static_cast<std::uint32_t>(busy) - earlier.busy, machinesFigures().busy - earlier.busy);
+    EXPECT_LE(static_cast<std::uint32_t>(busy) - earlier.busy,
+              machinesFigures().busy - earlier.busy);
 
     // So far back that what the machine does meanwhile is nothing: 25, 50 and 75 percent.
     const auto back = [&](unsigned long millionsBusy, unsigned long millionsIdle) {

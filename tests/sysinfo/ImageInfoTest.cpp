@@ -12,7 +12,8 @@ TEST(ImageInfo, KeepsSixLinesAndComposesTheVersionByTheKindOfBuild) {
     const std::string whole(126, 'x'); // what one line holds at most
     String error = "as it was";
     for (const auto& [file, expected] : std::vector<std::pair<std::string, std::string>>{
-             {"5.2\nBranch\n1234\n4\n5\nsix\ndev\neight\n9", "5.2|Branch|1234|six|dev|eight|5.2-dev/1234"},
+             {"5.2\nBranch\n1234\n4\n5\nsix\ndev\neight\n9",
+              "5.2|Branch|1234|six|dev|eight|5.2-dev/1234"},
              {" 5.2\t\r\n Test \n1234", "5.2|Test|1234||||5.2/1234"},
              {"5.2\nbranch\n\n4\n5\n\n7", "5.2|branch|||7||5.2"},
              {std::string("5.2\0dropped\nTest\0\n", 18), "5.2|Test|||||5.2/"},
@@ -46,14 +47,14 @@ TEST(ImageInfo, KeepsSixLinesAndComposesTheVersionByTheKindOfBuild) {
 TEST(ImageInfo, ReadsAValueByItsPrefixFromTenBytes) {
     const TempDir dir;
     const auto before = openDescriptors();
-    for (const auto& [file, expected] :
-         std::vector<std::pair<std::string, int>>{{"0x1F\n", 31},
-                                                  {" \n-0x10 9", -16},
-                                                  {"0x", 0},
-                                                  {"12345678901", 1234567890},
-                                                  {"9999999999", 2147483647},
-                                                  {std::string("1\0002", 3), 1},
-                                                  {"          5", 77} /* behind the tenth byte */}) {
+    for (const auto& [file, expected] : std::vector<std::pair<std::string, int>>{
+             {"0x1F\n", 31},
+             {" \n-0x10 9", -16},
+             {"0x", 0},
+             {"12345678901", 1234567890},
+             {"9999999999", 2147483647},
+             {std::string("1\0002", 3), 1},
+             {"          5", 77} /* behind the tenth byte */}) {
         dir.write("value", file);
         int value = 77;
         EXPECT_TRUE(readValueFromFile(dir.path("value").c_str(), value).isSuccess()) << file;

@@ -10,7 +10,8 @@
 
 namespace {
 
-std::string profilePathFor(const Options& options, const std::unique_ptr<board::ScratchBoard>& scratch) {
+std::string profilePathFor(const Options& options,
+                           const std::unique_ptr<board::ScratchBoard>& scratch) {
     return scratch ? scratch->board().profile() : options.board;
 }
 
@@ -24,7 +25,8 @@ int wrongCall(CLI::App& app, const std::string& what, const CLI::ParseError* err
 
 BoardProfile::BoardProfile(const Options& options)
     : m_scratch(options.board.empty() ? std::make_unique<board::ScratchBoard>() : nullptr),
-      m_profilePath(profilePathFor(options, m_scratch)), m_profile(board::Profile::load(m_profilePath)) {}
+      m_profilePath(profilePathFor(options, m_scratch)),
+      m_profile(board::Profile::load(m_profilePath)) {}
 
 std::vector<std::string> Board::devices(const std::string& kind, const std::string& name) const {
     std::vector<std::string> names, ofKind;
@@ -40,14 +42,17 @@ std::vector<std::string> Board::devices(const std::string& kind, const std::stri
     if (names.empty())
         throw board::Error(known.empty() ? profilePath() + ": the board has no " + kind +
                                                " (expected a table [[" + kind + "]])"
-                                         : "there is no " + kind + " '" + name + "' (there are: " + known +
-                                               ")" + board::didYouMean(name, ofKind));
+                                         : "there is no " + kind + " '" + name + "' (there are: " +
+                                               known + ")" + board::didYouMean(name, ofKind));
     return names;
 }
 
 CLI::Validator notEmpty() {
     return CLI::Validator(
-        [](const std::string& word) { return word.empty() ? std::string("is empty") : std::string(); }, "");
+        [](const std::string& word) {
+            return word.empty() ? std::string("is empty") : std::string();
+        },
+        "");
 }
 
 CLI::Validator oneOf(const std::vector<std::string>& words) {
@@ -67,10 +72,13 @@ CLI::Validator seconds(double least, double most) {
     return CLI::Validator(
         [=](const std::string& word) {
             double value = -1;
-            // Written so that what is no number at all, which compares with nothing, is refused too.
-            const bool fits = CLI::detail::lexical_cast(word, value) && value >= least && value <= most;
+            // Written so that what is no number at all, which compares with nothing, is refused
+            // too.
+            const bool fits =
+                CLI::detail::lexical_cast(word, value) && value >= least && value <= most;
             return fits ? std::string()
-                        : String::format("'%s' (expected seconds, %g to %.0f)", word.c_str(), least, most)
+                        : String::format("'%s' (expected seconds, %g to %.0f)", word.c_str(), least,
+                                         most)
                               .c_str();
         },
         "");
@@ -83,8 +91,8 @@ CLI::Validator decimal(long long least, long long most) {
             const char* const end = word.data() + word.size();
             const auto [rest, error] = std::from_chars(word.data(), end, value);
             if (error != std::errc() || rest != end || value < least || value > most)
-                return "'" + word + "' (expected " + std::to_string(least) + " to " + std::to_string(most) +
-                       ")";
+                return "'" + word + "' (expected " + std::to_string(least) + " to " +
+                       std::to_string(most) + ")";
             word = std::to_string(value); // the parser would take a zero in front for base 8
             return std::string();
         },
@@ -99,9 +107,9 @@ int runCommandLine(int argc, char** argv) {
     app.require_subcommand(1);
     app.set_version_flag("--version", "boardctl " BOARDCTL_VERSION, "Print the version and exit");
     app.fallthrough(); // --board and --format may stand before or after the command
-    app.add_option(
-           "--board", options.board,
-           "Board profile (TOML); without it the command works on a simulated board made for the call")
+    app.add_option("--board", options.board,
+                   "Board profile (TOML); without it the command works on a simulated board made "
+                   "for the call")
         ->check(notEmpty())
         ->type_name("FILE");
     app.add_option_function<std::string>(
@@ -115,8 +123,8 @@ int runCommandLine(int argc, char** argv) {
         ->check(oneOf({"text", "json", "metrics", "svg"}))
         ->option_text("text|json|metrics|svg");
     app.footer("Before or after the command: --board FILE, --format FORM; see boardctl --help");
-    for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addLeds, addButton, addCpu,
-                           addFirmware, addBd, addSim})
+    for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addLeds, addButton,
+                           addCpu, addFirmware, addBd, addSim})
         add(app, options);
     // Commands have taken it over; here the options stand in full.
     app.footer("");

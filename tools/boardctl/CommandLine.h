@@ -24,13 +24,14 @@ struct Options {
     std::function<int()> command;
 };
 
-/// Thrown where the words are well formed but can't be meant; the usage is shown and the status is 2.
+/// Thrown where the words are well formed but can't be meant; the usage is shown and the status
+/// is 2.
 struct WrongCall : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// What the board is that a command works on: that of `--board`, or a simulated one that goes with this
-/// object.
+/// What the board is that a command works on: that of `--board`, or a simulated one that goes with
+/// this object.
 class BoardProfile {
 public:
     /// Throws board::Error where the profile is not as it should be.
@@ -54,15 +55,16 @@ public:
 
     const board::Host& host() const { return m_host; }
 
-    /// The names of the devices of `kind`: all, or the one called `name` where that is not empty. Throws
-    /// board::Error, which lists what there is, where none is left.
+    /// The names of the devices of `kind`: all, or the one called `name` where that is not empty.
+    /// Throws board::Error, which lists what there is, where none is left.
     std::vector<std::string> devices(const std::string& kind, const std::string& name) const;
 
 private:
     const board::Host m_host;
 };
 
-/// For options that name something: an empty word, as an unset shell variable makes it, is a wrong call.
+/// For options that name something: an empty word, as an unset shell variable makes it, is a wrong
+/// call.
 CLI::Validator notEmpty();
 
 /// For one of a few words.

@@ -21,7 +21,9 @@ std::string timeText(const TYTime& time) {
     char date[32], zone[8];
     std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &parts);
     std::strftime(zone, sizeof zone, "%z", &parts);
-    return String::format("%s.%03u%s", date, static_cast<unsigned>(time.nanoseconds / 1000000), zone).c_str();
+    return String::format("%s.%03u%s", date, static_cast<unsigned>(time.nanoseconds / 1000000),
+                          zone)
+        .c_str();
 }
 
 double secondsOf(const TYTime& span) {
@@ -58,7 +60,8 @@ void EventLines::fault(const std::string& text, const ordered_json& fields) {
     complain(text);
 }
 
-void EventLines::printTimed(const char* event, const std::string& text, const ordered_json& fields) {
+void EventLines::printTimed(const char* event, const std::string& text,
+                            const ordered_json& fields) {
     TYTime now;
     static_cast<void>(now.getSystemClock(TYTime::SYSTEM_CLOCK));
     printTimed(now, event, text, fields);
@@ -78,20 +81,24 @@ void EventLines::print(const board::Event& event) {
         return printTimed(event.time, "button-pressed", "button pressed", ordered_json::object());
     case Kind::BUTTON_RELEASED: {
         if (!event.heldFor)
-            return printTimed(event.time, "button-released", "button released", {{"held_seconds", nullptr}});
+            return printTimed(event.time, "button-released", "button released",
+                              {{"held_seconds", nullptr}});
         const double held = secondsOf(*event.heldFor);
-        return printTimed(
-            event.time, "button-released",
-            String::format(held < 100 ? "button released, held %.3g s" : "button released, held %.0f s", held)
-                .c_str(),
-            {{"held_seconds", held}});
+        return printTimed(event.time, "button-released",
+                          String::format(held < 100 ? "button released, held %.3g s"
+                                                    : "button released, held %.0f s",
+                                         held)
+                              .c_str(),
+                          {{"held_seconds", held}});
     }
     case Kind::LED_COMMAND:
-        return printTimed(event.time, "led-command", "LED command: " + event.text, {{"line", event.text}});
+        return printTimed(event.time, "led-command", "LED command: " + event.text,
+                          {{"line", event.text}});
     case Kind::LED_CHANGED:
         if (m_panel)
             return; // it shows the state itself
-        return printTimed(event.time, "led", "LED '" + event.text + "' " + (event.isLit ? "on" : "off"),
+        return printTimed(event.time, "led",
+                          "LED '" + event.text + "' " + (event.isLit ? "on" : "off"),
                           {{"name", event.text}, {"lit", event.isLit}});
     case Kind::FAULT:
         return fault(timeText(event.time) + " " + event.text,

@@ -7,8 +7,8 @@
 #include "Panel.h"
 #include "base/Events.h"
 
-/// Prints what happens, a line each: text for people, or a JSON document a line. Faults go to standard error
-/// too, which is where people see them.
+/// Prints what happens, a line each: text for people, or a JSON document a line. Faults go to
+/// standard error too, which is where people see them.
 class EventLines {
 public:
     explicit EventLines(bool json, Panel* panel = nullptr) : m_json(json), m_panel(panel) {}
@@ -20,7 +20,8 @@ public:
     void fault(const std::string& text, const nlohmann::ordered_json& fields);
 
     /// The same with the time, now or `time`, in front.
-    void printTimed(const char* event, const std::string& text, const nlohmann::ordered_json& fields);
+    void printTimed(const char* event, const std::string& text,
+                    const nlohmann::ordered_json& fields);
 
     /// What the services tell.
     void print(const board::Event& event);

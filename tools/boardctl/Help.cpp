@@ -53,10 +53,12 @@ std::string unknownCommand(CLI::App& app, const std::string& word) {
 
 std::string unknownOption(CLI::App& app, const std::string& word) {
     const std::string option = word.substr(0, word.find('='));
-    std::string text = "there is no option '" + option + "'" + board::didYouMean(option, knownOptions(app));
+    std::string text =
+        "there is no option '" + option + "'" + board::didYouMean(option, knownOptions(app));
     const auto options = innermost(app).get_options();
-    if (word[1] != '-' && std::any_of(options.begin(), options.end(),
-                                      [](const CLI::Option* each) { return each->get_positional(); }))
+    if (word[1] != '-' && std::any_of(options.begin(), options.end(), [](const CLI::Option* each) {
+            return each->get_positional();
+        }))
         text += " (a word that begins with a dash goes behind --)";
     return text;
 }
@@ -64,12 +66,14 @@ std::string unknownOption(CLI::App& app, const std::string& word) {
 /// Whether the command of this call is one that edits, which has its image behind -i.
 bool takesImageOption(const CLI::App& app) {
     const auto called = app.get_subcommands();
-    return called.empty() ? app.get_option_no_throw("-i") != nullptr : takesImageOption(*called.front());
+    return called.empty() ? app.get_option_no_throw("-i") != nullptr
+                          : takesImageOption(*called.front());
 }
 
 } // namespace
 
-std::string HelpFormatter::make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const {
+std::string HelpFormatter::make_help(const CLI::App* app, std::string name,
+                                     CLI::AppFormatMode mode) const {
     std::istringstream lines(CLI::Formatter::make_help(app, std::move(name), mode));
     std::string text;
     for (std::string line; std::getline(lines, line);)
@@ -111,7 +115,8 @@ std::string explained(CLI::App& app, const CLI::ParseError& error) {
 
 std::string adviceAfter(CLI::App& app, const CLI::ParseError* error) {
     std::string help = app.help(); // of the innermost command
-    if (dynamic_cast<const CLI::RequiredError*>(error) && lacksCommand(app) && app.remaining(true).empty())
+    if (dynamic_cast<const CLI::RequiredError*>(error) && lacksCommand(app) &&
+        app.remaining(true).empty())
         return help;
     const std::size_t begin = help.find("Usage: ");
     const std::string usage = help.substr(begin, help.find('\n', begin) - begin);

@@ -21,7 +21,8 @@ std::string textOf(const String& text) {
 void printRows(const InfoContainer& rows) {
     constexpr unsigned INDENT = 2;
     const auto keyOf = [](const InfoContainer::Row& row) {
-        return std::string(std::size_t{row.level} * INDENT, ' ') + board::printable(textOf(row.key));
+        return std::string(std::size_t{row.level} * INDENT, ' ') +
+               board::printable(textOf(row.key));
     };
     std::size_t column = 0;
     for (const auto& row : rows.getRows())
@@ -130,8 +131,8 @@ std::string toText(const board::FanReading& fan) {
 }
 
 std::string toText(const board::TemperatureReading& temperature) {
-    return known(temperature, String::format("%.3f degrees Celsius, maximum %u", rounded(temperature.celsius),
-                                             temperature.maximum)
+    return known(temperature, String::format("%.3f degrees Celsius, maximum %u",
+                                             rounded(temperature.celsius), temperature.maximum)
                                   .c_str());
 }
 

@@ -25,15 +25,15 @@ void printJson(const nlohmann::ordered_json& json, int indent = 2);
 /// A message on standard error.
 void complain(const std::string& what);
 
-/// What was read, as `{"name":...,"description":...,"speed":...}` (or "celsius" and "maximum", "status",
-/// "state"); a value that is not known is null beside "error".
+/// What was read, as `{"name":...,"description":...,"speed":...}` (or "celsius" and "maximum",
+/// "status", "state"); a value that is not known is null beside "error".
 nlohmann::ordered_json toJson(const board::FanReading& fan);
 nlohmann::ordered_json toJson(const board::TemperatureReading& temperature);
 nlohmann::ordered_json toJson(const board::PowerReading& power);
 nlohmann::ordered_json toJson(const board::LedReading& led);
 
-/// `{"last":...,"mid":...,"longest":...}` in percent; null where a span has not passed yet, or beside
-/// "error".
+/// `{"last":...,"mid":...,"longest":...}` in percent; null where a span has not passed yet, or
+/// beside "error".
 nlohmann::ordered_json toJson(const board::CpuReading& cpu);
 /// `{"version":...,"line1":...}`; null beside "error".
 nlohmann::ordered_json toJson(const board::FirmwareReading& firmware);

@@ -45,8 +45,8 @@ void Panel::draw(const std::vector<board::LedStates::State>& states) {
             break;
         }
         const bool isLit = led.isLit.value_or(false) && isColoured();
-        line += (used ? "  " : "") + std::string(isLit ? "\x1b[32m" : "") + lamp + (isLit ? "\x1b[0m" : "") +
-                " " + name;
+        line += (used ? "  " : "") + std::string(isLit ? "\x1b[32m" : "") + lamp +
+                (isLit ? "\x1b[0m" : "") + " " + name;
         used += length;
     }
     if (line == m_shown)

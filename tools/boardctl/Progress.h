@@ -4,8 +4,8 @@
 
 #include "StopSignals.h"
 
-/// What a command is about, for somebody who waits for it: one line on standard error from its second second
-/// on, where that is a terminal. Elsewhere nothing.
+/// What a command is about, for somebody who waits for it: one line on standard error from its
+/// second second on, where that is a terminal. Elsewhere nothing.
 class Progress {
 public:
     /// `span` is how long all of it takes.
@@ -14,7 +14,8 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// Waits until `end` and shows `what` goes on meanwhile. True where the program was asked to end.
+    /// Waits until `end` and shows `what` goes on meanwhile. True where the program was asked to
+    /// end.
     bool waitUntil(StopSignals::Clock::time_point end, const std::string& what);
 
     /// Takes the line away, before something else is printed.

@@ -14,8 +14,8 @@ namespace {
 
 constexpr std::size_t MAX_JSON_SIZE = std::size_t{16} * 1024 * 1024;
 
-/// What `use` shows of the descriptor in `image`, or of the board's own without one. A corrupt image is shown
-/// as far as it is good; the status then is FAILED.
+/// What `use` shows of the descriptor in `image`, or of the board's own without one. A corrupt
+/// image is shown as far as it is good; the status then is FAILED.
 int withDescriptor(const Options& options, const std::string& image,
                    const std::function<void(const CBoardDescr&)>& use) {
     std::string fault;
@@ -39,8 +39,8 @@ int withDescriptor(const Options& options, const std::string& image,
     return FAILED;
 }
 
-using ReportOperation = InfoContainer& (CBoardDescr::*)(InfoContainer&, unsigned, unsigned, unsigned,
-                                                        unsigned, const String&) const;
+using ReportOperation = InfoContainer& (CBoardDescr::*)(InfoContainer&, unsigned, unsigned,
+                                                        unsigned, unsigned, const String&) const;
 
 int report(const Options& options, const std::string& image, ReportOperation operation) {
     return withDescriptor(options, image, [&](const CBoardDescr& descriptor) {
@@ -67,10 +67,12 @@ int build(const Options& options, const std::string& source, const std::string& 
     static_cast<void>(descriptor.exportBD(image, error)); // always succeeds
     if (image.length() > board::MAX_IMAGE_SIZE)
         throw board::Error(source + ": the image would have " + std::to_string(image.length()) +
-                           " bytes (expected at most " + std::to_string(board::MAX_IMAGE_SIZE) + ")");
+                           " bytes (expected at most " + std::to_string(board::MAX_IMAGE_SIZE) +
+                           ")");
     board::replaceFile(target, std::string(image.data(), image.length()));
     if (options.json)
-        printJson({{"image", target}, {"tags", descriptor.getTags().size()}, {"size", image.length()}});
+        printJson(
+            {{"image", target}, {"tags", descriptor.getTags().size()}, {"size", image.length()}});
     if (flushOutput())
         return DONE;
     complain(target + ": was written all the same");
@@ -80,7 +82,8 @@ int build(const Options& options, const std::string& source, const std::string& 
 } // namespace
 
 void addBd(CLI::App& app, Options& options) {
-    auto* const bd = app.add_subcommand("bd", "The board descriptor: show, check, take apart, build, edit");
+    auto* const bd =
+        app.add_subcommand("bd", "The board descriptor: show, check, take apart, build, edit");
     bd->require_subcommand(1);
     const auto image = std::make_shared<std::string>();
     const auto add = [&](const char* name, const char* text, const std::function<int()>& command) {
@@ -101,8 +104,10 @@ void addBd(CLI::App& app, Options& options) {
         std::string source, target;
     };
     const auto words = std::make_shared<Words>();
-    auto* const sub = bd->add_subcommand("build", "Make an image of exactly the tags in a JSON file");
-    sub->add_option("TAGS", words->source, "What `bd dump` prints: [{\"id\":45,\"data\":\"1234abcd\"}, ...]")
+    auto* const sub =
+        bd->add_subcommand("build", "Make an image of exactly the tags in a JSON file");
+    sub->add_option("TAGS", words->source,
+                    "What `bd dump` prints: [{\"id\":45,\"data\":\"1234abcd\"}, ...]")
         ->check(notEmpty())
         ->type_name("FILE")
         ->required();
@@ -112,7 +117,9 @@ void addBd(CLI::App& app, Options& options) {
         ->required();
     addExamples(*sub, {"bd dump old.bin >tags.json", "bd build tags.json -o new.bin"});
     sub->callback([&options, words] {
-        options.command = [&options, words] { return build(options, words->source, words->target); };
+        options.command = [&options, words] {
+            return build(options, words->source, words->target);
+        };
     });
 
     addBdEdit(*bd, options);

@@ -31,11 +31,11 @@ std::vector<board::Assignment> assignmentsOf(const BdWords& words, bool toExisti
         const board::Assignment& each =
             assignments.emplace_back(meant([&] { return board::parseAssignment(word); }));
         if (!toExisting && each.hasIndex)
-            throw WrongCall(
-                "a new tag takes its place in the list, not an occurrence (expected ID=TYPE:VALUE)");
+            throw WrongCall("a new tag takes its place in the list, not an occurrence (expected "
+                            "ID=TYPE:VALUE)");
         if (toExisting && !places.insert({each.place.id, each.place.index}).second)
-            throw WrongCall("tag " + std::to_string(each.place.id) + "." + std::to_string(each.place.index) +
-                            " is assigned twice");
+            throw WrongCall("tag " + std::to_string(each.place.id) + "." +
+                            std::to_string(each.place.index) + " is assigned twice");
     }
     return assignments;
 }
@@ -84,8 +84,9 @@ ordered_json changesToJson(const std::vector<board::TagChange>& changes) {
 /// Asks on standard error, so that standard output holds results only.
 void ask(const std::string& path) {
     if (::isatty(STDIN_FILENO) == 0)
-        throw board::Error(path + ": is a board's device, and standard input is no terminal to ask at "
-                                  "(expected -y); nothing was written");
+        throw board::Error(path +
+                           ": is a board's device, and standard input is no terminal to ask at "
+                           "(expected -y); nothing was written");
     std::cerr << "Write this to " << path << "? [y/N] " << std::flush;
     std::string answer;
     std::getline(std::cin, answer);
@@ -148,7 +149,8 @@ int edit(const Options& options, const BdWords& words,
     const std::string& path = target.place.path;
     board::EditManner manner = words.manner;
     if (target.isSimulated()) {
-        complain("no --board and no image: this edits a simulated board, which is gone after the call");
+        complain(
+            "no --board and no image: this edits a simulated board, which is gone after the call");
         manner.keepOld = !manner.backup.empty();
     }
     const auto stepOnWhatIsLeft = [&](board::DescriptorEdit& descriptor) {
@@ -166,7 +168,8 @@ int edit(const Options& options, const BdWords& words,
         isShown = true;
         ask(path);
     };
-    const board::EditOutcome outcome = board::editDescriptor(target.place, manner, stepOnWhatIsLeft, confirm);
+    const board::EditOutcome outcome =
+        board::editDescriptor(target.place, manner, stepOnWhatIsLeft, confirm);
     if (!options.json && !isShown)
         printChanges(std::cout, outcome.changes);
     printOutcome(options, words, path, outcome);
@@ -207,15 +210,17 @@ int bdInsert(const Options& options, const BdWords& words) {
 
 int bdRemove(const Options& options, const BdWords& words) {
     const board::TagPlace place = meant([&] { return board::parseTagPlace(words.tag); });
-    return edit(options, words, [&](board::DescriptorEdit& descriptor) { descriptor.remove(place); });
+    return edit(options, words,
+                [&](board::DescriptorEdit& descriptor) { descriptor.remove(place); });
 }
 
 int bdMacSet(const Options& options, const BdWords& words) {
     const unsigned index = meantNumber(words.position, board::MAX_IMAGE_SIZE, "address");
     const std::string mac = meant([&] { return board::parseMac(words.mac); });
     const std::optional<unsigned> interface = interfaceOf(words);
-    return edit(options, words,
-                [&](board::DescriptorEdit& descriptor) { descriptor.setMac(index, mac, interface); });
+    return edit(options, words, [&](board::DescriptorEdit& descriptor) {
+        descriptor.setMac(index, mac, interface);
+    });
 }
 
 int bdMacAdd(const Options& options, const BdWords& words) {

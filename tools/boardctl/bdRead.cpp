@@ -24,8 +24,9 @@ std::string readBytes(const Options& options, const std::string& image) {
         String error;
         if (!board.host().descriptor()->readRawBD(bytes, error).isSuccess()) {
             const std::string fault = board.host().faultOf(board::DESCRIPTOR_DRIVER);
-            throw board::Error(error.isEmpty() ? fault
-                                               : error.c_str() + (fault.empty() ? "" : " (" + fault + ")"));
+            throw board::Error(error.isEmpty()
+                                   ? fault
+                                   : error.c_str() + (fault.empty() ? "" : " (" + fault + ")"));
         }
     } else {
         bytes = board::readImage(image);
@@ -33,9 +34,10 @@ std::string readBytes(const Options& options, const std::string& image) {
     return std::string(bytes.data(), bytes.length());
 }
 
-/// What `use` makes of the tags of an image; of a corrupt one it gets those before the fault, and the status
-/// is FAILED.
-int withTags(const Options& options, const BdWords& words, const std::function<int(CBoardDescr&)>& use) {
+/// What `use` makes of the tags of an image; of a corrupt one it gets those before the fault, and
+/// the status is FAILED.
+int withTags(const Options& options, const BdWords& words,
+             const std::function<int(CBoardDescr&)>& use) {
     const std::string bytes = readBytes(options, words.image);
     CBoardDescr descriptor;
     String fault;
@@ -51,8 +53,8 @@ int withTags(const Options& options, const BdWords& words, const std::function<i
 }
 
 /// The value of a tag as `type`, through the library's accessors and with their failures.
-XCode valueOf(CBoardDescr& descriptor, const board::TagPlace& place, board::TagType type, ordered_json& value,
-              String& error) {
+XCode valueOf(CBoardDescr& descriptor, const board::TagPlace& place, board::TagType type,
+              ordered_json& value, String& error) {
     XCode status;
     const auto read = [&](auto number, auto operation) {
         status = (descriptor.*operation)(place.id, place.index, number, error);
@@ -78,15 +80,16 @@ XCode valueOf(CBoardDescr& descriptor, const board::TagPlace& place, board::TagT
         if (!tag)
             return XCode(XCode::FAILURE);
         const String text = board::textOf(*tag);
-        value =
-            type == board::TagType::HEX ? board::hexDigits(*tag) : std::string(text.c_str(), text.length());
+        value = type == board::TagType::HEX ? board::hexDigits(*tag)
+                                            : std::string(text.c_str(), text.length());
     }
     }
     return status;
 }
 
 /// The MAC addresses from `first` on, `count` at most.
-int showMacs(const Options& options, const BdWords& words, unsigned first, unsigned count, bool isList) {
+int showMacs(const Options& options, const BdWords& words, unsigned first, unsigned count,
+             bool isList) {
     return withTags(options, words, [&](CBoardDescr& descriptor) {
         int status = DONE;
         ordered_json json = ordered_json::array();
@@ -104,9 +107,9 @@ int showMacs(const Options& options, const BdWords& words, unsigned first, unsig
                               << interface << "\n";
             } else {
                 // The library has no text for a record of the wrong size.
-                const std::string fault =
-                    error.isEmpty() ? "MAC address " + std::to_string(index) + " is not 8 bytes long"
-                                    : error.c_str();
+                const std::string fault = error.isEmpty() ? "MAC address " + std::to_string(index) +
+                                                                " is not 8 bytes long"
+                                                          : error.c_str();
                 entry["error"] = fault;
                 complain(fault);
                 status = FAILED;
@@ -172,8 +175,9 @@ int bdCheck(const Options& options, const BdWords& words) {
     if (options.json) {
         ordered_json findings = ordered_json::array();
         for (const board::Finding& finding : image.findings)
-            findings.push_back(
-                {{"offset", finding.offset}, {"weight", nameOf(finding.weight)}, {"text", finding.text}});
+            findings.push_back({{"offset", finding.offset},
+                                {"weight", nameOf(finding.weight)},
+                                {"text", finding.text}});
         printJson({{"corrupt", image.isCorrupt},
                    {"size", bytes.size()},
                    {"used", image.usedBytes},
@@ -181,10 +185,11 @@ int bdCheck(const Options& options, const BdWords& words) {
                    {"findings", std::move(findings)}});
     } else {
         for (const board::Finding& finding : image.findings)
-            std::cout << "at " << finding.offset << ": " << nameOf(finding.weight) << ": " << finding.text
-                      << "\n";
-        std::cout << image.tags << (image.tags == 1 ? " tag" : " tags") << " in " << image.usedBytes << " of "
-                  << bytes.size() << " bytes" << (image.isCorrupt ? "; CORRUPT" : "") << "\n";
+            std::cout << "at " << finding.offset << ": " << nameOf(finding.weight) << ": "
+                      << finding.text << "\n";
+        std::cout << image.tags << (image.tags == 1 ? " tag" : " tags") << " in " << image.usedBytes
+                  << " of " << bytes.size() << " bytes" << (image.isCorrupt ? "; CORRUPT" : "")
+                  << "\n";
     }
     if (!image.isCorrupt)
         return DONE;

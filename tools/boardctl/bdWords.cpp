@@ -16,19 +16,21 @@ CLI::App* addCommand(CLI::App& parent, Options& options, const Words& words, con
 }
 
 void addImage(CLI::App& command, const Words& words) {
-    command.add_option("-i,--image", words->image, "Image file; without it the board's own descriptor")
+    command
+        .add_option("-i,--image", words->image, "Image file; without it the board's own descriptor")
         ->check(notEmpty())
         ->type_name("IMAGE");
 }
 
 void addManner(CLI::App& command, const Words& words) {
     addImage(command, words);
-    command.add_flag("--force", words->manner.force,
-                     "Edit a corrupt image too: the tags before the fault stay, the rest is dropped");
+    command.add_flag(
+        "--force", words->manner.force,
+        "Edit a corrupt image too: the tags before the fault stay, the rest is dropped");
     command
-        .add_option(
-            "--backup", words->manner.backup,
-            "The new file that keeps the old image; by default a dated one in the user's state folder")
+        .add_option("--backup", words->manner.backup,
+                    "The new file that keeps the old image; by default a dated one in the user's "
+                    "state folder")
         ->check(notEmpty())
         ->type_name("FILE");
     command.add_flag("--dry-run", words->manner.dryRun, "Show the change, write nothing");
@@ -52,20 +54,23 @@ void addMacCommands(CLI::App& bd, Options& options, const Words& words) {
     auto* const mac = bd.add_subcommand("mac", "The MAC addresses of the descriptor");
     mac->require_subcommand(1);
 
-    auto* sub =
-        addCommand(*mac, options, words, "list", "Each with its place and its interface's number", bdMacList);
+    auto* sub = addCommand(*mac, options, words, "list",
+                           "Each with its place and its interface's number", bdMacList);
     addImage(*sub, words);
-    sub = addCommand(*mac, options, words, "get", "One address and its interface's number", bdMacGet);
+    sub =
+        addCommand(*mac, options, words, "get", "One address and its interface's number", bdMacGet);
     addWord(*sub, "INDEX", words->position, "Which one, counted from 0")->required();
     addImage(*sub, words);
     sub = addCommand(*mac, options, words, "set", "Overwrite an address", bdMacSet);
     addWord(*sub, "INDEX", words->position, "Which one, counted from 0")->required();
     addWord(*sub, "MAC", words->mac, "Such as 02:00:00:00:00:07")->required();
-    addWord(*sub, "INTERFACE", words->interface, "The interface's number, 0 to 65535; by default as it was");
+    addWord(*sub, "INTERFACE", words->interface,
+            "The interface's number, 0 to 65535; by default as it was");
     addManner(*sub, words);
     sub = addCommand(*mac, options, words, "add", "Add an address behind the last one", bdMacAdd);
     addWord(*sub, "MAC", words->mac, "Such as 02:00:00:00:00:07")->required();
-    addWord(*sub, "INTERFACE", words->interface, "The interface's number, 0 to 65535; by default 0");
+    addWord(*sub, "INTERFACE", words->interface,
+            "The interface's number, 0 to 65535; by default 0");
     addManner(*sub, words);
 }
 
@@ -79,7 +84,8 @@ void addBdEdit(CLI::App& bd, Options& options) {
     sub->add_option("--type", words->type, "Read it as this; hex without")
         ->option_text("u8|u16|u32|uint|text|hex");
     addImage(*sub, words);
-    addExamples(*sub, {"bd get ProductID", "bd get MacAddress.1 -i image.bin", "bd get 2 --type u32"});
+    addExamples(*sub,
+                {"bd get ProductID", "bd get MacAddress.1 -i image.bin", "bd get 2 --type u32"});
 
     constexpr char ASSIGNMENT[] =
         "TYPE is u8, u16, u32, uint (4 bytes), text or hex. Several are one write, all or nothing";
@@ -93,8 +99,10 @@ void addBdEdit(CLI::App& bd, Options& options) {
     addAssignments(*sub, words, ASSIGNMENT);
     addManner(*sub, words);
     addExamples(*sub, {"bd add DspChannels=u32:64 5=text:SN-000123 -i image.bin"});
-    sub = addCommand(bd, options, words, "insert", "Insert tags at a position of the list", bdInsert);
-    addWord(*sub, "POSITION", words->position, "Among all tags, counted from 0; never behind the terminator")
+    sub =
+        addCommand(bd, options, words, "insert", "Insert tags at a position of the list", bdInsert);
+    addWord(*sub, "POSITION", words->position,
+            "Among all tags, counted from 0; never behind the terminator")
         ->required();
     addAssignments(*sub, words, ASSIGNMENT);
     addManner(*sub, words);
@@ -105,9 +113,10 @@ void addBdEdit(CLI::App& bd, Options& options) {
 
     addMacCommands(bd, options, words);
 
-    sub = addCommand(bd, options, words, "check",
-                     "Say what is wrong with an image; status 1 when it is corrupt, warnings leave it 0",
-                     bdCheck);
+    sub = addCommand(
+        bd, options, words, "check",
+        "Say what is wrong with an image; status 1 when it is corrupt, warnings leave it 0",
+        bdCheck);
     addWord(*sub, "IMAGE", words->image, "Image file; without it the board's own descriptor")
         ->type_name("FILE");
 }

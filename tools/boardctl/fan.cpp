@@ -18,7 +18,8 @@ int fan(const Options& options, const std::string& name, const std::string& word
 } // namespace
 
 void addFan(CLI::App& app, Options& options) {
-    auto* const command = app.add_subcommand("fan", "Read a fan's speed, or set it and read it back");
+    auto* const command =
+        app.add_subcommand("fan", "Read a fan's speed, or set it and read it back");
     struct Words {
         std::string name, speed;
     };
@@ -26,7 +27,9 @@ void addFan(CLI::App& app, Options& options) {
     command->add_option("SPEED", words->speed, "The speed to set")
         ->check(oneOf({"full", "high", "low", "off"}))
         ->option_text("full|high|low|off");
-    command->add_option("--name", words->name, "Which of several fans")->check(notEmpty())->type_name("NAME");
+    command->add_option("--name", words->name, "Which of several fans")
+        ->check(notEmpty())
+        ->type_name("NAME");
     command->callback([&options, words] {
         options.command = [&options, words] { return fan(options, words->name, words->speed); };
     });

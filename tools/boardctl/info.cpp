@@ -35,7 +35,8 @@ ordered_json reportToJson(const board::Report& report) {
     if (report.capacity)
         json["capacity"] = capacityToJson(*report.capacity);
     if (report.cpu) {
-        json["cpu"] = {{"last", toJson(*report.cpu)["last"]}}; // one span is all that two samples have
+        json["cpu"] = {
+            {"last", toJson(*report.cpu)["last"]}}; // one span is all that two samples have
         if (!report.cpu->fault.empty())
             json["cpu"]["error"] = report.cpu->fault;
     }
@@ -79,7 +80,8 @@ int info(const Options& options) {
             complain("driver '" + driver.name + "': " + driver.fault);
             status = FAILED;
         }
-    for (const std::string& fault : {report.cpu->fault, report.firmware ? report.firmware->fault : ""})
+    for (const std::string& fault :
+         {report.cpu->fault, report.firmware ? report.firmware->fault : ""})
         if (!fault.empty()) {
             complain(fault);
             status = FAILED;

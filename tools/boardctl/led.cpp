@@ -46,8 +46,8 @@ board::LedReading formerState(const Board& board, const std::string& name) {
     return former;
 }
 
-/// Sees to it that the LED shows its former state again, whatever the driver remembers: off where it failed
-/// to read the LED.
+/// Sees to it that the LED shows its former state again, whatever the driver remembers: off where
+/// it failed to read the LED.
 board::LedReading giveBack(const Board& board, const board::LedReading& former) {
     board::LedReading shown = board::readLed(board.host(), former.name);
     if (!shown.fault.empty() || shown.state != former.state)
@@ -56,7 +56,8 @@ board::LedReading giveBack(const Board& board, const board::LedReading& former) 
 }
 
 /// Why the LED does not show what was just written, which is `lit` or not; empty where it does.
-std::string faultAfter(const XCode& written, const Board& board, const std::string& name, bool lit) {
+std::string faultAfter(const XCode& written, const Board& board, const std::string& name,
+                       bool lit) {
     if (!written.isSuccess())
         return "the state can't be written";
     const auto isAsked = [lit](unsigned state) { return (state != OFF) == lit; };
@@ -72,15 +73,16 @@ int holdOverlay(const Options& options, const Words& words) {
     const auto led = findLed(board, words.name);
     const board::LedReading former = formerState(board, words.name);
     expectDone(led->setLedBiStatus(1), words.name, "can't show a second lit state");
-    const board::LedReading shown =
-        board::awaitLed(board.host(), words.name, [](unsigned state) { return state == SECOND_LIT; });
+    const board::LedReading shown = board::awaitLed(
+        board.host(), words.name, [](unsigned state) { return state == SECOND_LIT; });
     if (!shown.fault.empty() || shown.state != SECOND_LIT) {
         static_cast<void>(led->setLedBiStatus(OFF));
         static_cast<void>(giveBack(board, former)); // what counts is that the overlay is not shown
-        throw board::Error("LED '" + words.name + "': " +
-                           (shown.fault.empty()
-                                ? "the device holds " + std::to_string(shown.state) + " after 2 was written"
-                                : shown.fault));
+        throw board::Error(
+            "LED '" + words.name + "': " +
+            (shown.fault.empty()
+                 ? "the device holds " + std::to_string(shown.state) + " after 2 was written"
+                 : shown.fault));
     }
     complain("LED '" + words.name + "' shows 2 until " +
              (words.seconds ? "the time is over" : "SIGINT (Ctrl-C)"));
@@ -93,7 +95,8 @@ int holdOverlay(const Options& options, const Words& words) {
     return show(std::vector{giveBack(board, former)}, options.json);
 }
 
-/// An overlay of another process is nothing this one knows of; what can be seen is a LED that shows 2.
+/// An overlay of another process is nothing this one knows of; what can be seen is a LED that
+/// shows 2.
 int endOverlay(const Options& options, const Words& words) {
     const Board board(options);
     board.devices("led", words.name);
@@ -116,9 +119,9 @@ int blink(const Options& options, const Words& words, unsigned count, unsigned p
     for (unsigned i = 0; i < count && !stopped; ++i)
         for (const unsigned state : {LIT, OFF}) {
             fault = faultAfter(led->setLedToggleStatus(state), board, words.name, state != OFF);
-            stopped = !fault.empty() ||
-                      progress.waitUntil(StopSignals::Clock::now() + half,
-                                         "blink " + std::to_string(i + 1) + " of " + std::to_string(count));
+            stopped = !fault.empty() || progress.waitUntil(StopSignals::Clock::now() + half,
+                                                           "blink " + std::to_string(i + 1) +
+                                                               " of " + std::to_string(count));
             if (stopped)
                 break;
         }
@@ -134,8 +137,8 @@ unsigned number(const std::string& word, const char* what, unsigned minimum, uns
     const bool digits = !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
     const unsigned value = String(word.c_str()).toUInt();
     if (!digits || value < minimum || value > maximum)
-        throw WrongCall(std::string(what) + " is '" + word + "' (expected " + std::to_string(minimum) +
-                        " to " + std::to_string(maximum) + ")");
+        throw WrongCall(std::string(what) + " is '" + word + "' (expected " +
+                        std::to_string(minimum) + " to " + std::to_string(maximum) + ")");
     return value;
 }
 
@@ -146,11 +149,12 @@ unsigned stateOf(const std::vector<std::string>& action) {
     if (first == "bi")
         throw WrongCall("bi takes on or off" +
                         (action.size() > 1 ? board::didYouMean(action[1], {"on", "off"}) : ""));
-    if (action.size() > 1 || first.empty() || first.find_first_not_of("0123456789") != std::string::npos)
-        throw WrongCall(
-            "'" + first +
-            "' is no action (expected the state 0, 1 or 2, bi on, bi off, or blink COUNT PERIOD_MS)" +
-            board::didYouMean(first, {"bi", "blink"}));
+    if (action.size() > 1 || first.empty() ||
+        first.find_first_not_of("0123456789") != std::string::npos)
+        throw WrongCall("'" + first +
+                        "' is no action (expected the state 0, 1 or 2, bi on, bi off, or blink "
+                        "COUNT PERIOD_MS)" +
+                        board::didYouMean(first, {"bi", "blink"}));
     return number(first, "the state", OFF, SECOND_LIT);
 }
 
@@ -169,7 +173,8 @@ int led(const Options& options, const Words& words) {
         const unsigned count = number(action[1], "COUNT", 1, MOST_BLINKS);
         return blink(options, words, count, number(action[2], "PERIOD_MS", 1, LONGEST_MS));
     }
-    const std::optional<unsigned> state = action.empty() ? std::nullopt : std::optional(stateOf(action));
+    const std::optional<unsigned> state =
+        action.empty() ? std::nullopt : std::optional(stateOf(action));
     const Board board(options);
     board.devices("led", words.name); // says which LEDs there are where this is none
     return show(std::vector{state ? board::setLed(board.host(), words.name, *state)
@@ -188,16 +193,19 @@ void addLed(CLI::App& app, Options& options) {
         ->required()
         ->type_name("");
     command
-        ->add_option("ACTION", words->action,
-                     "Without it the LED is read. 0, 1 or 2: the state to set; bi on: show 2 until SIGINT or "
-                     "--for, then "
-                     "the former state; bi off: end that for another process; blink: through the toggle")
+        ->add_option(
+            "ACTION", words->action,
+            "Without it the LED is read. 0, 1 or 2: the state to set; bi on: show 2 until SIGINT "
+            "or "
+            "--for, then "
+            "the former state; bi off: end that for another process; blink: through the toggle")
         ->expected(0, 3)
         ->option_text("0|1|2|bi on|bi off|blink COUNT PERIOD_MS");
     command->add_option("--for", words->seconds, "End `bi on` after this long")
         ->check(seconds())
         ->option_text("SECONDS");
     addExamples(*command, {"led status 1", "led status blink 3 500", "led status bi on --for 10"});
-    command->callback(
-        [&options, words] { options.command = [&options, words] { return led(options, *words); }; });
+    command->callback([&options, words] {
+        options.command = [&options, words] { return led(options, *words); };
+    });
 }

@@ -19,7 +19,8 @@ constexpr unsigned MOST_TICKS = 1000000;
 
 const board::LedsProfile& tablesOf(const BoardProfile& board) {
     if (!board.profile().ledService)
-        throw board::Error(board.profilePath() + ": the board has no LED tables (expected a table [leds])");
+        throw board::Error(board.profilePath() +
+                           ": the board has no LED tables (expected a table [leds])");
     return *board.profile().ledService;
 }
 
@@ -35,11 +36,13 @@ int check(const Options& options) {
     return mistakes.empty() ? DONE : FAILED;
 }
 
-/// Reads "TICK LINE", such as "12 system ready". Returns what is wrong with it; empty where nothing is.
+/// Reads "TICK LINE", such as "12 system ready". Returns what is wrong with it; empty where nothing
+/// is.
 std::string readLine(const std::string& text, board::LedLine& result) {
     const auto blank = text.find(' ');
     const std::string tick = text.substr(0, blank);
-    const bool isNumber = !tick.empty() && tick.find_first_not_of("0123456789") == std::string::npos;
+    const bool isNumber =
+        !tick.empty() && tick.find_first_not_of("0123456789") == std::string::npos;
     const unsigned value = isNumber ? String(tick.c_str()).toUInt() : 0;
     if (value < 1 || value > MOST_TICKS || blank == std::string::npos)
         return "'" + text + "' (expected a tick of 1 to " + std::to_string(MOST_TICKS) +
@@ -48,13 +51,14 @@ std::string readLine(const std::string& text, board::LedLine& result) {
     if (line.find('\n') != std::string::npos)
         return "'" + text + "' (expected one line; say --at once for each)";
     if (line.size() + 1 > board::MAX_LED_LINE)
-        return "'" + text + "' (expected a line of at most " + std::to_string(board::MAX_LED_LINE - 1) +
-               " bytes: a board cuts longer ones)";
+        return "'" + text + "' (expected a line of at most " +
+               std::to_string(board::MAX_LED_LINE - 1) + " bytes: a board cuts longer ones)";
     result = {value, line};
     return "";
 }
 
-/// A board reads so many bytes a tick, and cuts a line that stands across the end. `lines` are in order.
+/// A board reads so many bytes a tick, and cuts a line that stands across the end. `lines` are in
+/// order.
 void warnOfCuts(const std::vector<board::LedLine>& lines) {
     std::size_t bytes = 0;
     for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -86,8 +90,8 @@ int preview(const Options& options, unsigned ticks, const std::vector<std::strin
     for (board::LedLine& line : waves.lines) {
         line.line = board::printable(line.line);
         if (line.tick >= ticks)
-            complain("tick " + std::to_string(line.tick) + " is behind the last one: '" + line.line +
-                     "' does not show");
+            complain("tick " + std::to_string(line.tick) + " is behind the last one: '" +
+                     line.line + "' does not show");
         if (!line.namesRow)
             complain("'" + line.line + "' names no row of the table: it does nothing");
     }
@@ -118,7 +122,8 @@ void addLeds(CLI::App& app, Options& options) {
     auto* const leds =
         app.add_subcommand("leds", "The LED sequencer: check its tables, preview them, send lines");
     leds->require_subcommand(1);
-    leds->add_subcommand("check", "Look for mistakes in the command table; status 1 where there are some")
+    leds->add_subcommand("check",
+                         "Look for mistakes in the command table; status 1 where there are some")
         ->callback([&options] { options.command = [&options] { return check(options); }; });
 
     struct Words {
@@ -146,7 +151,9 @@ void addLeds(CLI::App& app, Options& options) {
     addExamples(*show, {"leds preview --at \"3 search start\" --at \"40 search stop\"",
                         "leds preview --ticks 60 --at \"1 line ring\" --format svg >ring.svg"});
     show->callback([&options, words] {
-        options.command = [&options, words] { return preview(options, words->ticks, words->lines); };
+        options.command = [&options, words] {
+            return preview(options, words->ticks, words->lines);
+        };
     });
 
     auto* const sender =

@@ -8,8 +8,8 @@
 
 namespace {
 
-/// Where standard input, output or error is closed, the next file opened would take its place and be read or
-/// written as such; descriptor 0 would besides count as a failure to the drivers.
+/// Where standard input, output or error is closed, the next file opened would take its place and
+/// be read or written as such; descriptor 0 would besides count as a failure to the drivers.
 void occupyStandardDescriptors() {
     int descriptor;
     do

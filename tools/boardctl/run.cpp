@@ -31,14 +31,16 @@ public:
     Run(const Options& options, const Words& words)
         : m_words(words), m_showsLeds(words.panel || words.tour),
           m_drawsPanel(m_showsLeds && !options.json && Panel::isPossible()),
-          m_lines(options.json, m_drawsPanel ? &m_panel : nullptr), m_tap(m_queue), m_board(options) {}
+          m_lines(options.json, m_drawsPanel ? &m_panel : nullptr), m_tap(m_queue),
+          m_board(options) {}
 
     int run() {
         const auto start = Clock::now();
-        m_lines.print("board",
-                      (m_board.isSimulated() ? "a simulated board, made for this run: " : "board ") +
-                          m_board.profilePath(),
-                      {{"profile", m_board.profilePath()}, {"simulated", m_board.isSimulated()}});
+        m_lines.print(
+            "board",
+            (m_board.isSimulated() ? "a simulated board, made for this run: " : "board ") +
+                m_board.profilePath(),
+            {{"profile", m_board.profilePath()}, {"simulated", m_board.isSimulated()}});
         showDevices();
         showReport();
         showFirmware();
@@ -65,13 +67,15 @@ private:
                 continue; // loading it tells more
             if (!device.fault.empty())
                 m_lines.fault(
-                    (device.kind == "preferences" ? device.kind : device.kind + " '" + device.name + "'") +
+                    (device.kind == "preferences" ? device.kind
+                                                  : device.kind + " '" + device.name + "'") +
                         ": " + device.fault,
                     {{"kind", device.kind}, {"name", device.name}, {"error", device.fault}});
             else if (!device.endpoint.empty())
                 m_lines.print("connected",
-                              device.kind + " '" + device.name + "': connected to '" + device.endpoint +
-                                  "', " + device.description + ", device file " + device.path,
+                              device.kind + " '" + device.name + "': connected to '" +
+                                  device.endpoint + "', " + device.description + ", device file " +
+                                  device.path,
                               {{"kind", device.kind},
                                {"name", device.name},
                                {"endpoint", device.endpoint},
@@ -94,21 +98,25 @@ private:
         if (m_board.host().descriptor() &&
             std::none_of(report.drivers.begin(), report.drivers.end(), isUnread)) {
             CBoardDescr& descriptor = *m_board.host().descriptor();
-            const unsigned tags = descriptor.getTags().size() - descriptor.getNumberOfTag(0); // terminators
-            m_lines.print("descriptor", "descriptor: " + std::to_string(tags) + " tags", {{"tags", tags}});
+            const unsigned tags =
+                descriptor.getTags().size() - descriptor.getNumberOfTag(0); // terminators
+            m_lines.print("descriptor", "descriptor: " + std::to_string(tags) + " tags",
+                          {{"tags", tags}});
         }
         const InfoContainer dump = dumpOf(report);
         for (const auto& row : dump.getRows())
-            m_lines.print("row",
-                          std::string(2 * (std::size_t{row.level} + 1), ' ') + textOf(row.key) +
-                              (row.value.isEmpty() ? "" : ": " + textOf(row.value)),
-                          {{"level", row.level}, {"key", textOf(row.key)}, {"value", textOf(row.value)}});
+            m_lines.print(
+                "row",
+                std::string(2 * (std::size_t{row.level} + 1), ' ') + textOf(row.key) +
+                    (row.value.isEmpty() ? "" : ": " + textOf(row.value)),
+                {{"level", row.level}, {"key", textOf(row.key)}, {"value", textOf(row.value)}});
     }
 
     void showFirmware() {
         if (!m_board.profile().firmware)
             return;
-        const board::FirmwareReading firmware = board::readFirmware(m_board.profile().firmware->path);
+        const board::FirmwareReading firmware =
+            board::readFirmware(m_board.profile().firmware->path);
         if (firmware.fault.empty())
             m_lines.print("firmware", "firmware: " + firmware.version, toJson(firmware));
         else
@@ -118,12 +126,13 @@ private:
 
     void showServices(const board::Services& services) {
         for (const board::Services::Fault& fault : services.faults())
-            m_lines.fault(fault.kind + ": " + fault.text, {{"kind", fault.kind}, {"error", fault.text}});
+            m_lines.fault(fault.kind + ": " + fault.text,
+                          {{"kind", fault.kind}, {"error", fault.text}});
         if (services.leds() && services.leds()->writers()) {
             const std::string writers = *services.leds()->writers();
             m_lines.print("leds",
-                          "leds: commands are taken from " + std::string(board::LED_PIPE) + ", which " +
-                              writers + " may write",
+                          "leds: commands are taken from " + std::string(board::LED_PIPE) +
+                              ", which " + writers + " may write",
                           {{"pipe", board::LED_PIPE}, {"writers", writers}});
             const std::string risk = board::ledPipeRisk();
             if (!risk.empty())
@@ -146,9 +155,10 @@ private:
 
     void goOn(const board::Services& services, Clock::time_point start) {
         m_nextCpu = Clock::now() + CPU_PERIOD;
-        const TourStage stage{
-            m_board, m_lines, services.leds() && services.leds()->writers(), services.watchesButton(),
-            [&](std::chrono::milliseconds span) { return watch(services, Clock::now() + span); }};
+        const TourStage stage{m_board, m_lines, services.leds() && services.leds()->writers(),
+                              services.watchesButton(), [&](std::chrono::milliseconds span) {
+                                  return watch(services, Clock::now() + span);
+                              }};
         if (m_words.tour && !playTour(stage))
             return;
         std::optional<Clock::time_point> end;
@@ -180,7 +190,8 @@ private:
     void showCpu() {
         m_nextCpu = std::max(m_nextCpu + CPU_PERIOD, Clock::now());
         const board::CpuReading cpu = m_meter.next();
-        m_lines.printTimed("cpu", "CPU load " + (cpu.fault.empty() ? toText(cpu) : cpu.fault), toJson(cpu));
+        m_lines.printTimed("cpu", "CPU load " + (cpu.fault.empty() ? toText(cpu) : cpu.fault),
+                           toJson(cpu));
     }
 
     static constexpr auto CPU_PERIOD = std::chrono::seconds(5);
@@ -207,9 +218,12 @@ void addRun(CLI::App& app, Options& options) {
     command->add_option("--for", words->seconds, "End after this long")
         ->check(seconds())
         ->option_text("SECONDS");
-    command->add_flag("--tour", words->tour, "Play a tour of everything that the board has, then end");
-    command->add_flag("--panel", words->panel,
-                      "Show the LEDs: live on one line of a terminal, elsewhere each change as an event");
-    command->callback(
-        [&options, words] { options.command = [&options, words] { return Run(options, *words).run(); }; });
+    command->add_flag("--tour", words->tour,
+                      "Play a tour of everything that the board has, then end");
+    command->add_flag(
+        "--panel", words->panel,
+        "Show the LEDs: live on one line of a terminal, elsewhere each change as an event");
+    command->callback([&options, words] {
+        options.command = [&options, words] { return Run(options, *words).run(); };
+    });
 }

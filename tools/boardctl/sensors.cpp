@@ -5,8 +5,8 @@ namespace {
 
 /// A command that reads all devices of a kind, or the one that --name picks.
 template <class AReading>
-void addReader(CLI::App& app, Options& options, const char* command, const char* kind, const char* text,
-               AReading (*read)(const board::Host&, const std::string&)) {
+void addReader(CLI::App& app, Options& options, const char* command, const char* kind,
+               const char* text, AReading (*read)(const board::Host&, const std::string&)) {
     auto* const sub = app.add_subcommand(command, text);
     const auto name = std::make_shared<std::string>();
     sub->add_option("--name", *name, "Which of several")->check(notEmpty())->type_name("NAME");
@@ -24,7 +24,8 @@ void addReader(CLI::App& app, Options& options, const char* command, const char*
 } // namespace
 
 void addTemp(CLI::App& app, Options& options) {
-    addReader(app, options, "temp", "thermal", "Read the temperature sensors", &board::readTemperature);
+    addReader(app, options, "temp", "thermal", "Read the temperature sensors",
+              &board::readTemperature);
 }
 
 void addPower(CLI::App& app, Options& options) {

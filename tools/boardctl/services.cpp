@@ -27,7 +27,8 @@ Clock::duration spanOf(double seconds) {
 int watchButton(const Options& options, std::optional<double> seconds) {
     const BoardProfile board(options);
     if (!board.profile().button)
-        throw board::Error(board.profilePath() + ": the board has no button (expected a table [button])");
+        throw board::Error(board.profilePath() +
+                           ": the board has no button (expected a table [button])");
     board::EventQueue queue;
     const board::EventTap tap(queue);
     EventLines lines(options.json);
@@ -40,7 +41,8 @@ int watchButton(const Options& options, std::optional<double> seconds) {
         complain("watching " + board.profile().button->path + " until " +
                  (seconds ? "the time is over" : "SIGINT (Ctrl-C)"));
         for (bool isOver = false; !isOver && !hasFailed && !lines.isLost();) {
-            isOver = StopSignals::waitUntil(end, queue.descriptor()) || (end && Clock::now() >= *end);
+            isOver =
+                StopSignals::waitUntil(end, queue.descriptor()) || (end && Clock::now() >= *end);
             const auto batch = queue.take();
             lines.print(batch);
             hasFailed = !button.isWatching();
@@ -51,19 +53,23 @@ int watchButton(const Options& options, std::optional<double> seconds) {
 
 int bridgeButton(const Options& options, const std::string& device, std::optional<unsigned> code) {
     // A host takes a message at once; where none is there, the bridge looks ever less often.
-    constexpr auto FIRST_LOOK = std::chrono::milliseconds(2), LAST_LOOK = std::chrono::milliseconds(256);
+    constexpr auto FIRST_LOOK = std::chrono::milliseconds(2),
+                   LAST_LOOK = std::chrono::milliseconds(256);
     if (options.board.empty())
         throw WrongCall("--board must say which board's button it is");
     const BoardProfile board(options);
     if (!board.profile().button)
-        throw board::Error(board.profilePath() + ": the board has no button (expected a table [button])");
+        throw board::Error(board.profilePath() +
+                           ": the board has no button (expected a table [button])");
     board::InputKey key(device, code);
     std::optional<board::ButtonBridge> bridge;
-    board::use(*board.profile().button, [&](const std::string& pipe) { bridge.emplace(key.events(), pipe); });
+    board::use(*board.profile().button,
+               [&](const std::string& pipe) { bridge.emplace(key.events(), pipe); });
     if (options.json)
         printJson({{"event", "ready"}, {"device", device}, {"code", key.code()}}, -1);
     else
-        std::cout << "key " << key.code() << " of " << board::printable(device) << " presses the button\n";
+        std::cout << "key " << key.code() << " of " << board::printable(device)
+                  << " presses the button\n";
     if (!flushOutput())
         return FAILED;
     auto nextLook = FIRST_LOOK;
@@ -112,8 +118,9 @@ int firmware(const Options& options, const std::string& file) {
     } else {
         const BoardProfile board(options);
         if (!board.profile().firmware)
-            throw board::Error(board.profilePath() +
-                               ": the board has no firmware information (expected a table [firmware])");
+            throw board::Error(
+                board.profilePath() +
+                ": the board has no firmware information (expected a table [firmware])");
         reading = board::readFirmware(board.profile().firmware->path);
         if (!reading.fault.empty())
             reading.fault = board.profile().firmware->place + ": " + reading.fault;
@@ -136,12 +143,16 @@ void addButton(CLI::App& app, Options& options) {
     auto* const watch =
         button->add_subcommand("watch", "Show each press and release until SIGINT or SIGTERM");
     const auto end = std::make_shared<std::optional<double>>();
-    watch->add_option("--for", *end, "End after this long")->check(seconds())->option_text("SECONDS");
-    watch->callback(
-        [&options, end] { options.command = [&options, end] { return watchButton(options, *end); }; });
+    watch->add_option("--for", *end, "End after this long")
+        ->check(seconds())
+        ->option_text("SECONDS");
+    watch->callback([&options, end] {
+        options.command = [&options, end] { return watchButton(options, *end); };
+    });
 
     auto* const bridge = button->add_subcommand(
-        "bridge", "Make a key of an input device press the button of the board, until SIGINT or SIGTERM");
+        "bridge",
+        "Make a key of an input device press the button of the board, until SIGINT or SIGTERM");
     struct Words {
         std::string device;
         std::optional<unsigned> code;
@@ -155,7 +166,9 @@ void addButton(CLI::App& app, Options& options) {
         ->transform(decimal(0, 767))
         ->option_text("N");
     bridge->callback([&options, words] {
-        options.command = [&options, words] { return bridgeButton(options, words->device, words->code); };
+        options.command = [&options, words] {
+            return bridgeButton(options, words->device, words->code);
+        };
     });
 }
 
@@ -183,6 +196,7 @@ void addFirmware(CLI::App& app, Options& options) {
     command->add_option("FILE", *file, "The information file; without it the board's own")
         ->check(notEmpty())
         ->type_name("");
-    command->callback(
-        [&options, file] { options.command = [&options, file] { return firmware(options, *file); }; });
+    command->callback([&options, file] {
+        options.command = [&options, file] { return firmware(options, *file); };
+    });
 }

@@ -22,8 +22,8 @@ void addSim(CLI::App& app, Options& options) {
             if (options.json)
                 printJson({{"profile", board.profile()}});
             else
-                std::cout << "made " << board.profile() << "; try: boardctl --board " << board.profile()
-                          << " info\n";
+                std::cout << "made " << board.profile() << "; try: boardctl --board "
+                          << board.profile() << " info\n";
             return static_cast<int>(DONE);
         };
     });
@@ -37,9 +37,9 @@ void addSim(CLI::App& app, Options& options) {
     press->callback([&options, span] {
         options.command = [&options, span] {
             if (options.board.empty())
-                throw WrongCall(
-                    "--board must say which board's button is pressed (`boardctl sim create DIR` makes a "
-                    "board)");
+                throw WrongCall("--board must say which board's button is pressed (`boardctl sim "
+                                "create DIR` makes a "
+                                "board)");
             const BoardProfile board(options);
             if (!board.profile().button)
                 throw board::Error(board.profilePath() + ": the board has no button");
@@ -49,8 +49,9 @@ void addSim(CLI::App& app, Options& options) {
                     complain("waits until another program lets go of the button");
                 button.press();
                 static_cast<void>(Progress(*span).waitUntil(
-                    StopSignals::Clock::now() + std::chrono::duration_cast<StopSignals::Clock::duration>(
-                                                    std::chrono::duration<double>(*span)),
+                    StopSignals::Clock::now() +
+                        std::chrono::duration_cast<StopSignals::Clock::duration>(
+                            std::chrono::duration<double>(*span)),
                     "holding the button"));
                 button.release();
             });

@@ -16,16 +16,18 @@ public:
 
     bool play() {
         say("The tour: about ten seconds in which every part of the board is shown.");
-        const bool wentOn = capacity() && fans() &&
-                            (!m_stage.board.isSimulated() || (temperature() && leds() && button())) &&
-                            system();
+        const bool wentOn =
+            capacity() && fans() &&
+            (!m_stage.board.isSimulated() || (temperature() && leds() && button())) && system();
         if (wentOn)
             say("That was the tour.");
         return wentOn;
     }
 
 private:
-    void say(const std::string& text) { m_stage.lines.print("tour", "-- " + text, {{"text", text}}); }
+    void say(const std::string& text) {
+        m_stage.lines.print("tour", "-- " + text, {{"text", text}});
+    }
 
     bool goesOn(std::chrono::milliseconds span) { return !m_stage.pause(span); }
 
@@ -47,8 +49,8 @@ private:
             say("The fan '" + device.name + "' is set and read back through its driver.");
             const auto former = board::readFan(m_stage.board.host(), device.name).speed;
             bool wentOn = true;
-            for (const auto speed :
-                 {IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_HIGH, IFanControl::FAN_SPEED_FULL}) {
+            for (const auto speed : {IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_HIGH,
+                                     IFanControl::FAN_SPEED_FULL}) {
                 stepFan(device.name, speed);
                 wentOn = goesOn(300ms);
                 if (!wentOn)
@@ -67,12 +69,12 @@ private:
         if (seen.empty())
             seen = std::string("reads back ") + board::speedName(reading.speed);
         if (m_stage.board.isSimulated())
-            seen = "the device file holds " + std::string(m_stage.board.simulated().fanRecord().c_str()) +
-                   ", " + seen;
+            seen = "the device file holds " +
+                   std::string(m_stage.board.simulated().fanRecord().c_str()) + ", " + seen;
         ordered_json fields = toJson(reading);
         fields["requested"] = board::speedName(speed);
-        m_stage.lines.print("fan", "fan '" + name + "': set to " + board::speedName(speed) + ", " + seen,
-                            fields);
+        m_stage.lines.print(
+            "fan", "fan '" + name + "': set to " + board::speedName(speed) + ", " + seen, fields);
     }
 
     bool temperature() {
@@ -81,7 +83,8 @@ private:
             m_stage.board.simulated().setTemperature(celsius);
             for (const board::TemperatureReading& reading :
                  {board::readTemperature(m_stage.board.host(), "thermal")})
-                m_stage.lines.print("temperature", "temperature '" + reading.name + "': " + toText(reading),
+                m_stage.lines.print("temperature",
+                                    "temperature '" + reading.name + "': " + toText(reading),
                                     toJson(reading));
             if (!goesOn(250ms))
                 return false;
@@ -110,12 +113,12 @@ private:
                command("The line rings: its LED blinks for three seconds and then stops by itself.",
                        "line ring", 1200ms) &&
                command("An alarm flashes for one tick.", "alarm once", 400ms) &&
-               command("All LEDs light up for a second; what was there goes on beneath.", "lamp test",
-                       1300ms) &&
+               command("All LEDs light up for a second; what was there goes on beneath.",
+                       "lamp test", 1300ms) &&
                command("The light stops, the system is ready.", "search stop", 100ms) &&
-               command(
-                   "The power LED stops blinking: a command takes the place of the last one of its group.",
-                   "system ready", 500ms);
+               command("The power LED stops blinking: a command takes the place of the last one of "
+                       "its group.",
+                       "system ready", 500ms);
     }
 
     bool button() {

@@ -6,7 +6,8 @@
 #include "CommandLine.h"
 #include "EventLines.h"
 
-/// What a tour works with. `pause` shows what happens meanwhile and is true where the tour shall break off.
+/// What a tour works with. `pause` shows what happens meanwhile and is true where the tour shall
+/// break off.
 struct TourStage {
     const Board& board;
     EventLines& lines;
@@ -15,7 +16,7 @@ struct TourStage {
     std::function<bool(std::chrono::milliseconds)> pause;
 };
 
-/// Shows every subsystem of a board in about ten seconds, in plain words. Of a real board only the fans are
-/// stepped, and given back their speed; its sensor, LEDs and button are no toys. False where it was broken
-/// off.
+/// Shows every subsystem of a board in about ten seconds, in plain words. Of a real board only the
+/// fans are stepped, and given back their speed; its sensor, LEDs and button are no toys. False
+/// where it was broken off.
 bool playTour(const TourStage& stage);

@@ -17,8 +17,8 @@ using namespace support;
 using Tags = std::vector<std::string>;
 
 std::string corrupted(unsigned id, const std::string& what, unsigned position) {
-    return "CORRUPTED BOARD DESCRIPTOR: id=" + std::to_string(id) + " has invalid field length (" + what +
-           ") at pos=" + std::to_string(position);
+    return "CORRUPTED BOARD DESCRIPTOR: id=" + std::to_string(id) + " has invalid field length (" +
+           what + ") at pos=" + std::to_string(position);
 }
 
 std::string tooSmall(unsigned id, unsigned length, unsigned position) {
@@ -27,7 +27,8 @@ std::string tooSmall(unsigned id, unsigned length, unsigned position) {
 
 std::string overflows(unsigned id, unsigned length, unsigned size, unsigned position) {
     return corrupted(
-        id, "len=" + std::to_string(length) + " overflow the buffer size " + std::to_string(size), position);
+        id, "len=" + std::to_string(length) + " overflow the buffer size " + std::to_string(size),
+        position);
 }
 
 /// The first `count` tags.
@@ -39,8 +40,11 @@ Tags first(Tags tags, std::size_t count) {
 class CBoardDescrImageTest : public testing::Test {
 protected:
     CBoardDescrImageTest() {
-        for (const auto& [id, data] :
-             {std::pair(45, "12 34 AB CD"), {6, ""}, {7, "01 02 03"}, {0x7FFF8123, "FF FF"}, {0, ""}})
+        for (const auto& [id, data] : {std::pair(45, "12 34 AB CD"),
+                                       {6, ""},
+                                       {7, "01 02 03"},
+                                       {0x7FFF8123, "FF FF"},
+                                       {0, ""}})
             EXPECT_TRUE(board.addTag(id, fromHex(data)).isSuccess());
         EXPECT_TRUE(board.exportBD(image, error).isSuccess());
     }
@@ -56,8 +60,8 @@ protected:
     CBoardDescr board;
     TString<char> image;
     String error;
-    // What is on the image: where its chunks begin, and the tags that come back; an odd one comes back
-    // longer.
+    // What is on the image: where its chunks begin, and the tags that come back; an odd one comes
+    // back longer.
     const std::vector<unsigned> starts = {0, 8, 12, 20, 26};
     const Tags whole = {"45/4:12 34 AB CD", "6/0:", "7/4:01 02 03 00", "33059/2:FF FF", "0/0:"};
 };
@@ -66,8 +70,9 @@ TEST_F(CBoardDescrImageTest, TagsAreStoredAsChunksOfEvenSizeBehindWhatTheBufferH
     TString<char> bytes = fromHex("EE");
     ASSERT_TRUE(board.getTag(45, 0, error)->setData(nullptr, 3).isSuccess());
     EXPECT_TRUE(board.exportBD(bytes, error).isSuccess());
-    EXPECT_EQ(toHex(bytes),
-              "EE 00 2D 00 08 00 00 06 00 04 00 07 00 08 01 02 03 00 81 23 00 06 FF FF 00 00 00 04");
+    EXPECT_EQ(
+        toHex(bytes),
+        "EE 00 2D 00 08 00 00 06 00 04 00 07 00 08 01 02 03 00 81 23 00 06 FF FF 00 00 00 04");
 }
 
 TEST_F(CBoardDescrImageTest, OverlongTagIsStoredWithItsLengthModulo65536AndAllItsData) {
@@ -76,7 +81,8 @@ TEST_F(CBoardDescrImageTest, OverlongTagIsStoredWithItsLengthModulo65536AndAllIt
     for (const auto& [length, header] : rows) {
         CBoardDescr one;
         TString<char> bytes;
-        ASSERT_TRUE(one.addTag(7, TString<char>(std::string(length, 'x').data(), length)).isSuccess());
+        ASSERT_TRUE(
+            one.addTag(7, TString<char>(std::string(length, 'x').data(), length)).isSuccess());
         EXPECT_TRUE(one.exportBD(bytes, error).isSuccess());
         EXPECT_EQ(toHex(bytes.substring(0, 4)), header) << length;
         EXPECT_EQ(bytes.length(), 4 + length + length % 2) << length;
@@ -120,7 +126,8 @@ TEST_F(CBoardDescrImageTest, EveryPrefixLoadsTheChunksItHoldsAndFailsInsideAChun
         const bool terminated = size >= starts.back() + 2;
         const auto held = static_cast<std::size_t>(next - starts.begin()) + (terminated ? 1 : 0);
         EXPECT_EQ(tagsOf(board), first(whole, held)) << "prefix of " << size << " bytes";
-        EXPECT_EQ(text.empty(), terminated || size - *next < 2) << "prefix of " << size << " bytes: " << text;
+        EXPECT_EQ(text.empty(), terminated || size - *next < 2)
+            << "prefix of " << size << " bytes: " << text;
     }
 }
 
@@ -209,9 +216,12 @@ TEST_F(CBoardDescrDeviceTest, DeviceThatRefusesFailsWithItsPathAndLeavesTheList)
         EXPECT_EQ(tagsOf(one), Tags{"7/1:01"});
         return str(text);
     };
-    EXPECT_EQ(refused(missing.c_str(), &CBoardDescr::readBD), "FAILED TO OPEN DEVICE '" + missing + "'");
-    EXPECT_EQ(refused(missing.c_str(), &CBoardDescr::writeBD), "FAILED TO OPEN DEVICE '" + missing + "'");
-    EXPECT_EQ(refused(folder.c_str(), &CBoardDescr::readBD), "FAILED TO READ DEVICE '" + folder + "'");
+    EXPECT_EQ(refused(missing.c_str(), &CBoardDescr::readBD),
+              "FAILED TO OPEN DEVICE '" + missing + "'");
+    EXPECT_EQ(refused(missing.c_str(), &CBoardDescr::writeBD),
+              "FAILED TO OPEN DEVICE '" + missing + "'");
+    EXPECT_EQ(refused(folder.c_str(), &CBoardDescr::readBD),
+              "FAILED TO READ DEVICE '" + folder + "'");
     EXPECT_EQ(refused("/dev/full", &CBoardDescr::writeBD), "FAILED TO WRITE DEVICE '/dev/full'");
     EXPECT_EQ(refused(nullptr, &CBoardDescr::readBD), "");
     EXPECT_EQ(refused(nullptr, &CBoardDescr::writeBD), "");

@@ -77,7 +77,8 @@ TEST_F(CBoardDescrReportTest, EveryIdentifierIsShownByItsKind) {
 TEST_F(CBoardDescrReportTest, DataIsShownAsItsKindAsksAlsoWhereItDoesNotFit) {
     using Data = std::vector<std::pair<std::string, std::string>>;
     const std::pair<BD::TagId, Data> rows[] = {
-        {1, Data{{"00 1A 2B 3C 4D FE 80 02", "=00:1A:2B:3C:4D:FE iface=32770"}, {"00", "= iface=0"}}},
+        {1,
+         Data{{"00 1A 2B 3C 4D FE 80 02", "=00:1A:2B:3C:4D:FE iface=32770"}, {"00", "= iface=0"}}},
         {2, Data{{"FF 80 00 01", "=255.128.0.1"}, {"0A 01", "=10.1.0.0"}}},
         // A text ends at the zero byte that storing adds to an odd length.
         {5, Data{{"", "="}, {"61 20 25 73 00", "=a %s"}}},
@@ -95,7 +96,8 @@ TEST_F(CBoardDescrReportTest, ProductTagGivesPlatformAndProductWhereItIsFourByte
     unsigned platform = 77;
     unsigned product = 77;
     for (const char* data : {"", "12 34 AB", "12 34 AB CD EF"}) {
-        EXPECT_EQ(shown(45, data), Rows{"Product/Platform  ID=FAILED TO READ TAG 'ProductID'"}) << data;
+        EXPECT_EQ(shown(45, data), Rows{"Product/Platform  ID=FAILED TO READ TAG 'ProductID'"})
+            << data;
         ASSERT_TRUE(board.insertTag(0, 45, fromHex(data)).isSuccess());
         expectPlainFailure(board.getPlatformID(platform, error));
         expectPlainFailure(board.getProductID(product, error));
@@ -117,23 +119,25 @@ TEST_F(CBoardDescrReportTest, RowsStandTwoLevelsBelowTheHeaderInListOrder) {
     ASSERT_TRUE(board.getTag(-3, 0, error)->setData(nullptr, 100).isSuccess());
     EXPECT_EQ(report(board, &CBoardDescr::getInfo, {5, 3, 4, 4}),
               (Rows{"3.4 board 1: Board Descriptor=", "5.4 Tag5=a", "5.4 Tag5=c", "5.4 Tag-3="}));
-    EXPECT_EQ(
-        report(board, &CBoardDescr::getRawInfo, {5, 3, 4, 4}),
-        (Rows{"3.4 board 1: Board Descriptor=", "5.4 0 - Tag: 5 (Tag5)=len: 01  data: 61",
-              "5.4 1 - Tag: 3 (Tag3)=len: 04  data: 0a 1b ff 00", "5.4 2 - Tag: 5 (Tag5)=len: 01  data: 63",
-              "5.4 3 - Tag: 4294967293 (Tag-3)=len: 100  data: "}));
+    EXPECT_EQ(report(board, &CBoardDescr::getRawInfo, {5, 3, 4, 4}),
+              (Rows{"3.4 board 1: Board Descriptor=", "5.4 0 - Tag: 5 (Tag5)=len: 01  data: 61",
+                    "5.4 1 - Tag: 3 (Tag3)=len: 04  data: 0a 1b ff 00",
+                    "5.4 2 - Tag: 5 (Tag5)=len: 01  data: 63",
+                    "5.4 3 - Tag: 4294967293 (Tag-3)=len: 100  data: "}));
 }
 
 TEST_F(CBoardDescrReportTest, NothingBeyondTheLimitsIsWritten) {
     EXPECT_TRUE(board.addTag(5, fromHex("61")).isSuccess());
-    const std::vector<Place> limits[] = {{{0, 1, 0, 0}, {9, 0, 3, 4}, {1, MAX - 1, 0, 0}},
-                                         {{1, 0, 0, 0}, {0, 0, 0, 0}, {MAX, MAX - 1, 0, 0}, {MAX, MAX, 0, 0}},
-                                         {{2, 0, 0, 0}, {2, 0, MAX, MAX}, {MAX, MAX - 2, 0, 0}}};
+    const std::vector<Place> limits[] = {
+        {{0, 1, 0, 0}, {9, 0, 3, 4}, {1, MAX - 1, 0, 0}},
+        {{1, 0, 0, 0}, {0, 0, 0, 0}, {MAX, MAX - 1, 0, 0}, {MAX, MAX, 0, 0}},
+        {{2, 0, 0, 0}, {2, 0, MAX, MAX}, {MAX, MAX - 2, 0, 0}}};
     for (std::size_t rows = 0; rows < std::size(limits); ++rows)
         for (const Place& at : limits[rows])
             for (const auto form : {&CBoardDescr::getInfo, &CBoardDescr::getRawInfo})
                 EXPECT_EQ(report(board, form, at).size(), rows)
-                    << "level " << at[1] << " of " << at[0] << ", index " << at[3] << " of " << at[2];
+                    << "level " << at[1] << " of " << at[0] << ", index " << at[3] << " of "
+                    << at[2];
 }
 
 } // namespace

@@ -97,9 +97,11 @@ TEST_F(CBoardDescrTest, FactoryMakesAnEmptyDescriptorBoundToTheBoardsEeprom) {
     auto& made = dynamic_cast<CBoardDescrTamarin&>(*driver);
     EXPECT_EQ(made.getTags().size(), 0U);
     // Refused before the device is touched.
-    EXPECT_FALSE(made.writeRawBD(TString<char>(std::string(512, 'x').data(), 512), error).isSuccess());
-    EXPECT_EQ(str(error), "FAILED TO WRITE DEVICE '/sys/bus/i2c/devices/1-0050/eeprom': DEV SIZE=512, "
-                          "BD SIZE=512");
+    EXPECT_FALSE(
+        made.writeRawBD(TString<char>(std::string(512, 'x').data(), 512), error).isSuccess());
+    EXPECT_EQ(str(error),
+              "FAILED TO WRITE DEVICE '/sys/bus/i2c/devices/1-0050/eeprom': DEV SIZE=512, "
+              "BD SIZE=512");
     EXPECT_EQ(driver->release(), 0U);
 }
 

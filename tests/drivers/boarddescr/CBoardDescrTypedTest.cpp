@@ -18,7 +18,9 @@ constexpr BD::TagId MAC = 1;
 
 class CBoardDescrTypedTest : public testing::Test {
 protected:
-    void add(BD::TagId id, const char* data) { EXPECT_TRUE(board.addTag(id, fromHex(data)).isSuccess()); }
+    void add(BD::TagId id, const char* data) {
+        EXPECT_TRUE(board.addTag(id, fromHex(data)).isSuccess());
+    }
 
     /// The number read, or the error's text. Success writes only the number, failure only the text.
     template <class Value>
@@ -102,8 +104,8 @@ TEST_F(CBoardDescrTypedTest, MissingTagFailsAlikeEverywhereAndTouchesNothing) {
               board.removeTag(id, i, e[12])})
             expectPlainFailure(status);
         for (const String& text : e)
-            EXPECT_EQ(str(text), "ERR TAG '" + std::to_string(id) + ":=" + str(BD::TAG_ID_TO_STRING(id)) +
-                                     "' NOT FOUND");
+            EXPECT_EQ(str(text), "ERR TAG '" + std::to_string(id) +
+                                     ":=" + str(BD::TAG_ID_TO_STRING(id)) + "' NOT FOUND");
     }
     EXPECT_EQ(tagsOf(board), Tags{"6/1:01"});
     EXPECT_EQ(toHex(data) + str(mac), "ABas it was");

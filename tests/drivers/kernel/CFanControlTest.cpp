@@ -24,7 +24,8 @@ protected:
         EXPECT_TRUE(fan.getDescription(text).isSuccess());
         return str(text);
     }
-    /// Neither way to the device works: the speed in force is "off", the one asked for is remembered.
+    /// Neither way to the device works: the speed in force is "off", the one asked for is
+    /// remembered.
     void expectDeviceFails() {
         Fan::FanSpeed speed = Fan::FAN_SPEED_HIGH;
         expectPlainFailure(fan.getActualFanSpeed(speed));
@@ -95,9 +96,18 @@ TEST_F(CFanControlTest, ValidDriverStaysValidAndGoesOnWithTheLatestAnswers) {
 TEST_F(CFanControlTest, ContentOfTheDeviceIsReportedAsACoarseSpeed) {
     using Rows = std::vector<std::pair<std::string, int>>; // a content, and the speed as a number
     const std::pair<unsigned, Rows> tables[] = {
-        {255, Rows{{"41", 3}, {"42", 2}, {"125", 2}, {"126", 1}, {"209", 1}, {"210", 0}, {"", 3}, {"-1", 0}}},
-        {255, Rows{{"fast", 3}, {" 126 rpm", 1}, {"0000000000000210", 0}, {"00000000000000419", 3}}},
-        {4294967295, Rows{{"9999999999999999", 1}, {"-9999999999999999", 1}, {"-1", 0}, {"715827881", 3}}},
+        {255, Rows{{"41", 3},
+                   {"42", 2},
+                   {"125", 2},
+                   {"126", 1},
+                   {"209", 1},
+                   {"210", 0},
+                   {"", 3},
+                   {"-1", 0}}},
+        {255,
+         Rows{{"fast", 3}, {" 126 rpm", 1}, {"0000000000000210", 0}, {"00000000000000419", 3}}},
+        {4294967295,
+         Rows{{"9999999999999999", 1}, {"-9999999999999999", 1}, {"-1", 0}, {"715827881", 3}}},
         {6, Rows{{"0", 3}, {"1", 2}}},
         {5, Rows{{"", 0}}}};
     for (const auto& [maximum, rows] : tables)
@@ -111,7 +121,8 @@ TEST_F(CFanControlTest, ContentOfTheDeviceIsReportedAsACoarseSpeed) {
 }
 
 TEST_F(CFanControlTest, SpeedIsRememberedAndWrittenAsARecordOfExactlySixteenBytes) {
-    using Rows = std::vector<std::pair<int, std::string>>; // a speed as a number, and what is written
+    using Rows =
+        std::vector<std::pair<int, std::string>>; // a speed as a number, and what is written
     const std::pair<unsigned, Rows> tables[] = {
         {255, Rows{{0, "255"}, {1, "170"}, {2, "85"}, {3, "0"}, {4, "255"}, {-1, "255"}}},
         {100, Rows{{1, "66"}, {2, "33"}}},
@@ -144,9 +155,12 @@ TEST_F(CFanControlTest, DescriptorZeroCountsAsFailureAndNoDescriptorIsKept) {
 }
 
 TEST_F(CFanControlTest, IdentifiersHaveTheirPublishedBytesAndNames) {
-    EXPECT_EQ(published(fan.getDID()), "DID_FanControl 9E FF 29 D9 63 CA 4D 4E 91 E4 AB A6 1F 54 A9 B2");
-    EXPECT_EQ(published(fan.CID()), "CID_FanControl 1F B5 07 18 88 71 3E 44 A8 B1 B3 06 E5 C6 9A 99");
-    EXPECT_EQ(published(IFanControl::IID()), "IFanControl 66 E7 E0 4A B0 3C 28 4E BC 31 D8 DA C4 7E 68 2F");
+    EXPECT_EQ(published(fan.getDID()),
+              "DID_FanControl 9E FF 29 D9 63 CA 4D 4E 91 E4 AB A6 1F 54 A9 B2");
+    EXPECT_EQ(published(fan.CID()),
+              "CID_FanControl 1F B5 07 18 88 71 3E 44 A8 B1 B3 06 E5 C6 9A 99");
+    EXPECT_EQ(published(IFanControl::IID()),
+              "IFanControl 66 E7 E0 4A B0 3C 28 4E BC 31 D8 DA C4 7E 68 2F");
 }
 
 TEST_F(CFanControlTest, EveryFaceAnswersTheSameQueriesWithOneCountForAll) {

@@ -20,8 +20,9 @@ protected:
         asked.clear();
     }
 
-    /// Runs calls such as "set 1", "bi 1", "toggle 1", "enable", "disable", "real 2", "shows 2" (the device
-    /// is changed from outside) and returns for each what the device then holds; "!" where the call failed,
+    /// Runs calls such as "set 1", "bi 1", "toggle 1", "enable", "disable", "real 2", "shows 2"
+    /// (the device is changed from outside) and returns for each what the device then holds; "!"
+    /// where the call failed,
     /// "-" where it wrote nothing.
     std::string run(const std::string& script) {
         std::istringstream words(script);
@@ -34,7 +35,8 @@ protected:
                 dir.write("device", std::to_string(value));
                 continue;
             }
-            dir.write("device", held().substr(0, 1) + "\n"); // a record of the driver's ends in zero bytes
+            dir.write("device",
+                      held().substr(0, 1) + "\n"); // a record of the driver's ends in zero bytes
             const bool done = perform(call, value);
             const bool wrote = held().back() == '\0';
             trace += !done ? '!' : wrote ? held()[0] : '-';
@@ -61,7 +63,8 @@ protected:
                                   unsigned index) const {
         InfoContainer container;
         std::vector<std::string> shown;
-        for (const auto& row : led->getInfo(container, maxLevel, level, maxIndex, index, "> ").getRows())
+        for (const auto& row :
+             led->getInfo(container, maxLevel, level, maxIndex, index, "> ").getRows())
             shown.push_back(std::to_string(row.level) + " " + str(row.key) + "=" + str(row.value));
         return shown;
     }
@@ -86,7 +89,8 @@ TEST_F(CLedControlTest, OverlaysTakeTheLedOverAndGiveItBack) {
         {false, "bi 1 set 1 bi 0", "!1!"},
         // The toggle.
         {true, "enable toggle 1 toggle 1 toggle 1 toggle 1 disable", "-12120"},
-        {true, "enable toggle 1 toggle 0 toggle 1 toggle 2 toggle 1 disable", "-102210"}, // only 1 alternates
+        {true, "enable toggle 1 toggle 0 toggle 1 toggle 2 toggle 1 disable",
+         "-102210"}, // only 1 alternates
         {false, "enable toggle 1 toggle 1 toggle 2 toggle 1 disable", "-11210"},
         {true, "enable toggle 1 disable enable toggle 1 disable", "-10-20"}, // the phase goes on
         {true, "set 1 enable enable toggle 0 disable", "1-!01"},
@@ -94,10 +98,11 @@ TEST_F(CLedControlTest, OverlaysTakeTheLedOverAndGiveItBack) {
         {true, "toggle 1 disable", "!!"},
         // Both.
         {true, "shows 2 enable toggle 0 disable set 1",
-         "-02-"},                                       // a LED that shows 2 counts as under the overlay
+         "-02-"}, // a LED that shows 2 counts as under the overlay
         {false, "shows 2 enable disable set 1", "-2-"}, // for good, where nothing takes it off
         {true, "set 1 enable bi 1 disable bi 0", "1--21"},
-        {true, "set 1 enable bi 7 disable set 2", "1--1-"}, // given back by exactly 1, held by any but 0
+        {true, "set 1 enable bi 7 disable set 2",
+         "1--1-"}, // given back by exactly 1, held by any but 0
         {true, "bi 1 enable toggle 1 bi 0 disable", "2-1-0"},
     };
     for (const auto& each : CASES) {
@@ -118,13 +123,16 @@ TEST_F(CLedControlTest, FailuresLeaveWhatCameBeforeThem) {
     EXPECT_FALSE(led->disableLedToggle().isSuccess());
     EXPECT_FALSE(led->setLedToggleStatus(1).isSuccess());
     std::filesystem::rename(dir.path("away"), dir.path("device"));
-    EXPECT_EQ(run("toggle 1 disable disable"), "20!") << "the phase moved on, the toggle was still on";
+    EXPECT_EQ(run("toggle 1 disable disable"), "20!")
+        << "the phase moved on, the toggle was still on";
 }
 
 TEST_F(CLedControlTest, RecordsAreFourBytesWide) {
     connect(true);
-    for (const auto& [state, record] : std::vector<std::pair<unsigned, std::string>>{
-             {2, std::string("2\0\0\0", 4)}, {12345, "1234"}, {4294967295, std::string("-1\0\0", 4)}}) {
+    for (const auto& [state, record] :
+         std::vector<std::pair<unsigned, std::string>>{{2, std::string("2\0\0\0", 4)},
+                                                       {12345, "1234"},
+                                                       {4294967295, std::string("-1\0\0", 4)}}) {
         dir.write("device", "");
         EXPECT_TRUE(led->realSetLedStatus(state).isSuccess());
         EXPECT_EQ(held(), record);
@@ -137,17 +145,20 @@ TEST_F(CLedControlTest, RecordsAreFourBytesWide) {
 
 TEST_F(CLedControlTest, DumpShowsHeaderDescriptionAndStatusWithinTheLimits) {
     using Rows = std::vector<std::string>;
-    EXPECT_EQ(rows(1, 0, 0, 0), (Rows{"0 > led=", "1 Description=", "1 Status=off"})) << "not valid";
+    EXPECT_EQ(rows(1, 0, 0, 0), (Rows{"0 > led=", "1 Description=", "1 Status=off"}))
+        << "not valid";
     connect(true);
     run("set 2");
-    EXPECT_EQ(rows(5, 2, 7, 7), (Rows{"2 > led=", "3 Description=As the kernel says", "3 Status=on"}));
+    EXPECT_EQ(rows(5, 2, 7, 7),
+              (Rows{"2 > led=", "3 Description=As the kernel says", "3 Status=on"}));
     EXPECT_EQ(rows(2, 2, 0, 0), Rows{"2 > led="});
     EXPECT_EQ(rows(~0U, ~0U, 0, 0), Rows{"4294967295 > led="});
     EXPECT_EQ(rows(1, 2, 0, 0), Rows{});
     EXPECT_EQ(rows(5, 0, 0, 1), Rows{});
     IInfo* const info = static_cast<ILedControl*>(&*led);
     InfoContainer container;
-    EXPECT_EQ(info->getInfo(container, 1, 0, 0, 0, "").getRows().size(), 3U) << "by the LED's own face";
+    EXPECT_EQ(info->getInfo(container, 1, 0, 0, 0, "").getRows().size(), 3U)
+        << "by the LED's own face";
 }
 
 TEST_F(CLedControlTest, SeveralThreadsMayDumpAtOnce) {
@@ -165,7 +176,10 @@ TEST_F(CLedControlTest, SeveralThreadsMayDumpAtOnce) {
 TEST_F(CLedControlTest, HasItsPublishedIdentityAndFaces) {
     ILedControl* const own = &*led;
     expectFaces(*led, *own, {{ILedControl::IID(), own}, {CLedControl::CID(), nullptr}});
-    EXPECT_EQ(published(led->getDID()), "DID_LedControl A4 C5 EF 84 D5 39 54 4D B9 65 5F 39 70 5C 91 F5");
-    EXPECT_EQ(published(led->CID()), "CID_LedControl C5 2F FA 19 EB 81 F0 43 BF D1 42 DC 6A 2E 22 54");
-    EXPECT_EQ(published(ILedControl::IID()), "ILedControl 46 1A F2 E2 27 A5 F7 4A 89 3C 07 54 03 40 20 A4");
+    EXPECT_EQ(published(led->getDID()),
+              "DID_LedControl A4 C5 EF 84 D5 39 54 4D B9 65 5F 39 70 5C 91 F5");
+    EXPECT_EQ(published(led->CID()),
+              "CID_LedControl C5 2F FA 19 EB 81 F0 43 BF D1 42 DC 6A 2E 22 54");
+    EXPECT_EQ(published(ILedControl::IID()),
+              "ILedControl 46 1A F2 E2 27 A5 F7 4A 89 3C 07 54 03 40 20 A4");
 }

@@ -15,7 +15,8 @@ TEST_F(CPowerStatusTest, OnlyTheFirstFourBytesCount) {
     const struct {
         std::string content;
         unsigned status;
-    } CASES[] = {{"1\n", 1}, {"12345", 1234}, {"-1", 4294967295}, {"-1234", 4294967173}, {"", 0}, {"on", 0}};
+    } CASES[] = {{"1\n", 1}, {"12345", 1234}, {"-1", 4294967295}, {"-1234", 4294967173},
+                 {"", 0},    {"on", 0}};
     ASSERT_TRUE(power.open(error).isSuccess());
     EXPECT_EQ(asked, (std::vector<unsigned>{PATH, DESCRIPTION})) << "there is no third question";
     for (const auto& each : CASES) {
@@ -35,9 +36,12 @@ TEST_F(CPowerStatusTest, FailureLeavesZero) {
 TEST_F(CPowerStatusTest, HasItsPublishedIdentityAndFaces) {
     IPowerStatus* const own = &power;
     expectFaces(power, *own, {{IPowerStatus::IID(), own}, {CPowerStatus::CID(), nullptr}});
-    EXPECT_EQ(published(power.getDID()), "DID_PowerStatus E2 45 FA 69 E9 7F 4D 4B AC 53 E2 78 5F 48 60 9A");
-    EXPECT_EQ(published(power.CID()), "CID_PowerStatus 56 D3 74 67 6C 55 E2 4D B8 B5 A4 6E 77 5A 1F 24");
-    EXPECT_EQ(published(IPowerStatus::IID()), "IPowerStatus 70 D1 2F B8 93 ED 47 44 97 87 4C AE 0D D2 FB 34");
+    EXPECT_EQ(published(power.getDID()),
+              "DID_PowerStatus E2 45 FA 69 E9 7F 4D 4B AC 53 E2 78 5F 48 60 9A");
+    EXPECT_EQ(published(power.CID()),
+              "CID_PowerStatus 56 D3 74 67 6C 55 E2 4D B8 B5 A4 6E 77 5A 1F 24");
+    EXPECT_EQ(published(IPowerStatus::IID()),
+              "IPowerStatus 70 D1 2F B8 93 ED 47 44 97 87 4C AE 0D D2 FB 34");
 }
 
 } // namespace

@@ -62,7 +62,8 @@ TEST_F(CThermalSensorTest, HasItsPublishedIdentityAndFaces) {
     expectFaces(sensor, *own, {{IThermalSensor::IID(), own}, {CThermalSensor::CID(), nullptr}});
     EXPECT_EQ(published(sensor.getDID()),
               "DID_ThermalSensor E0 75 D4 41 46 5A A4 41 9C 7C 74 A3 4A E2 98 E1");
-    EXPECT_EQ(published(sensor.CID()), "CID_ThermalSensor B9 84 16 CC 40 80 E2 49 B1 75 84 DC 5B F6 2C D6");
+    EXPECT_EQ(published(sensor.CID()),
+              "CID_ThermalSensor B9 84 16 CC 40 80 E2 49 B1 75 84 DC 5B F6 2C D6");
     EXPECT_EQ(published(IThermalSensor::IID()),
               "IThermalSensor CA C8 C6 CC E3 E7 8A 45 91 41 3A A1 0D 53 88 79");
 }

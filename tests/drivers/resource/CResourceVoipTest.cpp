@@ -89,10 +89,12 @@ class CResourceVoipTest : public testing::Test {
 protected:
     ~CResourceVoipTest() override { PREFERENCES::CLEAR(); }
 
-    std::vector<std::string> rows(const CResourceVoip& capacity, unsigned maxLevel, unsigned maxIndex) const {
+    std::vector<std::string> rows(const CResourceVoip& capacity, unsigned maxLevel,
+                                  unsigned maxIndex) const {
         InfoContainer container;
         std::vector<std::string> shown;
-        for (const auto& row : capacity.getInfo(container, maxLevel, 1, maxIndex, 2, "> ").getRows())
+        for (const auto& row :
+             capacity.getInfo(container, maxLevel, 1, maxIndex, 2, "> ").getRows())
             shown.push_back(std::to_string(row.level) + " " + str(row.key) + "=" + str(row.value));
         return shown;
     }
@@ -154,8 +156,9 @@ TEST_F(CResourceVoipTest, FiguresComeFromTagsDefaultsAndPreferences) {
 TEST_F(CResourceVoipTest, HoldsEachLockForOneCallAndNeverTwo) {
     Capacity capacity(false);
     EXPECT_TRUE(capacity.setup(error).isSuccess());
-    EXPECT_EQ(events, (std::vector<std::string>{"+repository", "find board-descr-driver", "-repository",
-                                                "+board", "read", "-board", "+board", "read", "-board"}));
+    EXPECT_EQ(events,
+              (std::vector<std::string>{"+repository", "find board-descr-driver", "-repository",
+                                        "+board", "read", "-board", "+board", "read", "-board"}));
     EXPECT_EQ(descriptor.addRef(), 2U) << "no reference was kept";
     descriptor.release();
 }
@@ -178,8 +181,9 @@ TEST_F(CResourceVoipTest, ReportsWithinTheLimits) {
     EXPECT_EQ(rows(capacity, 2, 2), (Rows{"1 > VoIP Resource=", "2 DSP Channels=0", "2 SIP Legs=0",
                                           "2 Transcoding=no", "2 Border Controller=yes"}));
     EXPECT_TRUE(capacity.setup(error).isSuccess());
-    EXPECT_EQ(rows(capacity, 9, 9), (Rows{"1 > VoIP Resource=", "2 DSP Channels=4294967295", "2 SIP Legs=0",
-                                          "2 Transcoding=yes", "2 Border Controller=yes"}));
+    EXPECT_EQ(rows(capacity, 9, 9),
+              (Rows{"1 > VoIP Resource=", "2 DSP Channels=4294967295", "2 SIP Legs=0",
+                    "2 Transcoding=yes", "2 Border Controller=yes"}));
     EXPECT_EQ(rows(capacity, 1, 2), Rows{"1 > VoIP Resource="});
     EXPECT_EQ(rows(capacity, 0, 2), Rows{});
     EXPECT_EQ(rows(capacity, 2, 1), Rows{});

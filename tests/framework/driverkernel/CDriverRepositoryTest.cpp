@@ -60,7 +60,8 @@ TEST(DriverRepository, KeepsADriverFromRegistrationToItsLastReference) {
 
 TEST(DriverRepository, GivesTheLastReferenceBackWithItsLockFree) {
     std::vector<String> left = {"never asked"};
-    auto* const driver = new Driver("short-lived", [&] { std::thread([&] { left = names(); }).join(); });
+    auto* const driver =
+        new Driver("short-lived", [&] { std::thread([&] { left = names(); }).join(); });
     ASSERT_TRUE(repository().registerDriver(driver).isSuccess());
     EXPECT_EQ(driver->release(), 1U);
     EXPECT_TRUE(repository().unregisterDriver("short-lived").isSuccess());
@@ -71,7 +72,8 @@ TEST(DriverRepository, SaysWhichDriverIsNotFoundOrTaken) {
     Driver driver("one");
     Driver same("one");
     ASSERT_TRUE(repository().registerDriver(&driver).isSuccess());
-    EXPECT_EQ(repository().registerDriver(&same).getMessage(), String("DRIVER 'one' ALREADY REGISTERED"));
+    EXPECT_EQ(repository().registerDriver(&same).getMessage(),
+              String("DRIVER 'one' ALREADY REGISTERED"));
     EXPECT_FALSE(repository().registerDriver(nullptr).isSuccess());
     void* object = &driver;
     EXPECT_EQ(repository().queryDriver("two", IDriver::IID(), &object).getMessage(),

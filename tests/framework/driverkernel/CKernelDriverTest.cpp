@@ -151,7 +151,8 @@ TEST(KernelDriver, WritesItsHeaderRowWithinTheLimits) {
     for (const auto& each : CASES) {
         InfoContainer container;
         const auto& rows =
-            driver.getInfo(container, each.maxLevel, each.level, each.maxIndex, each.index, "> ").getRows();
+            driver.getInfo(container, each.maxLevel, each.level, each.maxIndex, each.index, "> ")
+                .getRows();
         ASSERT_EQ(rows.size(), each.rows);
         EXPECT_TRUE(rows.empty() || rows[0].key == String("> driver"));
     }

@@ -15,7 +15,8 @@ namespace {
 void load(const TempDir& dir, const std::string& text) {
     dir.write("preferences", text);
     String error;
-    ASSERT_TRUE(PREFERENCES::LOAD(dir.path("preferences").c_str(), error).isSuccess()) << error.c_str();
+    ASSERT_TRUE(PREFERENCES::LOAD(dir.path("preferences").c_str(), error).isSuccess())
+        << error.c_str();
 }
 
 } // namespace
@@ -51,7 +52,8 @@ TEST(Preferences, TakesNumbersInRangeAndLogsAndIgnoresAllElse) {
         EXPECT_EQ(value, each.value) << each.text;
         const auto lines = log.take();
         ASSERT_EQ(lines.size(), each.isSet ? 0U : 1U) << each.text;
-        EXPECT_TRUE(each.isSet || lines[0].find(" 3: PREFERENCE 'voip.sip-legs': '") != lines[0].npos)
+        EXPECT_TRUE(each.isSet ||
+                    lines[0].find(" 3: PREFERENCE 'voip.sip-legs': '") != lines[0].npos)
             << each.text;
     }
     LogRecorder log;

@@ -18,7 +18,8 @@ TEST(TYFile, ReadsWithoutWaitingFailsWithATextAndClosesOnce) {
     char buffer[8];
     unsigned count = 7;
     for (const bool wait : {false, true})
-        EXPECT_FALSE(file.readOnce(buffer, sizeof buffer, count, wait).isSuccess()) << "not open, " << wait;
+        EXPECT_FALSE(file.readOnce(buffer, sizeof buffer, count, wait).isSuccess())
+            << "not open, " << wait;
     EXPECT_EQ(count, 0U);
     ASSERT_TRUE(file.open(O_RDONLY, 0, 0).isSuccess());
     EXPECT_TRUE(file.readOnce(buffer, sizeof buffer, count, false).isSuccess());

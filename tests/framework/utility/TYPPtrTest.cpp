@@ -33,7 +33,8 @@ TEST(TYPPtr, CountsAndLocksTheObjectItPointsTo) {
         two = one;
         one = one.get();
         EXPECT_EQ(object.count, 4U);
-        EXPECT_EQ(TYPPtr<Counted>::adopt(three.get()).get(), &object); // gives back one that was taken
+        EXPECT_EQ(TYPPtr<Counted>::adopt(three.get()).get(),
+                  &object); // gives back one that was taken
         EXPECT_EQ(object.addRef(), 4U);
 
         { const auto none = one.getLock(); }

@@ -39,8 +39,8 @@ private:
     std::function<XCode()> m_body;
 };
 
-/// Sets a mark when the stack that it stands on is unwound, after a wait that must not take its hour: ending
-/// the thread once more from a destructor would end the process.
+/// Sets a mark when the stack that it stands on is unwound, after a wait that must not take its
+/// hour: ending the thread once more from a destructor would end the process.
 struct Unwound {
     std::promise<void>& mark;
     ~Unwound() {
@@ -124,7 +124,8 @@ TEST(TYThread, EndsWithItsObjectAndWhereItWaitsForAWriterThatComes) {
             waitUntilAsleep(waiting);
             writer = ::open(dir.path("lonely").c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
         }
-        EXPECT_EQ(unwound.get_future().wait_for(std::chrono::seconds(0)), std::future_status::ready);
+        EXPECT_EQ(unwound.get_future().wait_for(std::chrono::seconds(0)),
+                  std::future_status::ready);
         if (writer >= 0)
             ::close(writer);
     }
@@ -137,7 +138,8 @@ TEST(TYThread, LosesNoDescriptorHoweverTheStopFallsInOpenAndRead) {
     const WrittenPipe written(dir);
     const std::function<XCode()> bodies[] = {[&] {
                                                  for (;;)
-                                                     static_cast<void>(openForEver(dir.path("file")));
+                                                     static_cast<void>(
+                                                         openForEver(dir.path("file")));
                                                  return XCode();
                                              },
                                              [&] { return readForEver(written.path()); }};
@@ -201,7 +203,8 @@ TEST(TYThread, IsNotEndedInTheFrameworksWaitsOfHostCode) {
         ++finished;
     };
     struct Sink : RTD::LogSink {
-        explicit Sink(std::function<void()> w) : wait(std::move(w)), former(RTD::SET_LOG_SINK(this)) {}
+        explicit Sink(std::function<void()> w)
+            : wait(std::move(w)), former(RTD::SET_LOG_SINK(this)) {}
         ~Sink() override { RTD::SET_LOG_SINK(former); }
         void write(const String&, int, const String&) override { wait(); }
         const std::function<void()> wait;

@@ -29,7 +29,8 @@ TEST(XCode, IsAWordWithoutAMessageAndARecordWithOne) {
     for (const std::int32_t code : {-(1 << 30) - 1, 1 << 30, INT32_MIN, INT32_MAX})
         EXPECT_EQ(wordOf(XCode(code)) & 1U, 0U) << code;
     EXPECT_EQ(wordOf(XCode(-1, "TEXT")) & 1U, 0U);
-    for (const std::int32_t code : {0, 1, -1, -(1 << 30), (1 << 30) - 1, -(1 << 30) - 1, 1 << 30, INT32_MIN})
+    for (const std::int32_t code :
+         {0, 1, -1, -(1 << 30), (1 << 30) - 1, -(1 << 30) - 1, 1 << 30, INT32_MIN})
         EXPECT_EQ(XCode(code).getCode(), code);
 }
 

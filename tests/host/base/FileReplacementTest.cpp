@@ -38,14 +38,16 @@ int descriptorsOf(const std::string& path) {
     return count;
 }
 
-/// Replaces `path` while another holds the lock on it, and does `meanwhile` once the replacement has opened
-/// the file that stood there at first.
+/// Replaces `path` while another holds the lock on it, and does `meanwhile` once the replacement
+/// has opened the file that stood there at first.
 void replaceWhileLocked(const std::string& path, const std::string& bytes,
                         const std::function<void()>& meanwhile) {
     const int held = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(::flock(held, LOCK_EX), 0);
     auto writer = std::async(std::launch::async, [&] { board::replaceFile(path, bytes); });
-    const auto isDone = [&] { return writer.wait_for(std::chrono::seconds(0)) == std::future_status::ready; };
+    const auto isDone = [&] {
+        return writer.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    };
     while (descriptorsOf(path) < 2 && !isDone())
         std::this_thread::yield();
     meanwhile();
@@ -150,7 +152,8 @@ TEST(FileReplacement, FollowsALinkThatIsTurnedWhileItWaits) {
     dir.write("second", "second");
     fs::create_symlink("first", dir.path("link"));
     fs::create_symlink("second", dir.path("turned"));
-    replaceWhileLocked(dir.path("link"), "third", [&] { fs::rename(dir.path("turned"), dir.path("link")); });
+    replaceWhileLocked(dir.path("link"), "third",
+                       [&] { fs::rename(dir.path("turned"), dir.path("link")); });
     EXPECT_EQ(dir.read("first"), "first");
     EXPECT_EQ(dir.read("second"), "third");
 }

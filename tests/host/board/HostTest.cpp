@@ -58,9 +58,11 @@ TEST(Host, KeepsAFaultToItsDevice) {
     const board::Host host(profile);
     for (const std::string name : {"gone", "pipe", "folder", "locked", board::DESCRIPTOR_DRIVER})
         EXPECT_NE(host.faultOf(name), "") << name;
-    EXPECT_EQ(host.faultOf("gone"), dir.path("board.toml") + ":3: fan[0].device: " + dir.path("nowhere") +
+    EXPECT_EQ(host.faultOf("gone"), dir.path("board.toml") +
+                                        ":3: fan[0].device: " + dir.path("nowhere") +
                                         ": can't open: No such file or directory");
-    EXPECT_NE(host.faultOf("locked").find("no/enable: can't enable: No such file"), std::string::npos);
+    EXPECT_NE(host.faultOf("locked").find("no/enable: can't enable: No such file"),
+              std::string::npos);
     EXPECT_EQ(board::readFan(host, "good").speed, IFanControl::FAN_SPEED_HIGH);
     EXPECT_NE(board::readFan(host, "gone").fault.find("nowhere"), std::string::npos);
     EXPECT_NE(board::loadDescriptor(host).find("/dev/zero"), std::string::npos);

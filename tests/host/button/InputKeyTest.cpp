@@ -16,7 +16,8 @@ TEST(KeyEvents, TellEachChangeOfTheirKeyOnce) {
     EXPECT_EQ(key.read(), Levels()) << "nothing there";
     device.give({otherKey, device.REPORT, otherType, device.UP, device.REPORT});
     EXPECT_EQ(key.read(), Levels());
-    device.give({device.DOWN, device.REPORT, device.REPEAT, device.REPORT, device.DOWN, device.REPORT});
+    device.give(
+        {device.DOWN, device.REPORT, device.REPEAT, device.REPORT, device.DOWN, device.REPORT});
     EXPECT_EQ(key.read(), Levels({true}));
     device.give({device.UP, device.REPORT, device.DOWN, device.REPORT, device.UP, device.REPORT});
     EXPECT_EQ(key.read(), Levels({false, true, false}));
@@ -35,7 +36,8 @@ TEST(KeyEvents, AskTheDeviceAtFirstAndWhereEventsWereDropped) {
     EXPECT_EQ(key.read(), Levels({false}));
     device.give({device.DROPPED, device.DOWN});
     EXPECT_EQ(key.read(), Levels());
-    // What stands behind is older than the answer: a release since then may be gone from the queue with it.
+    // What stands behind is older than the answer: a release since then may be gone from the queue
+    // with it.
     device.give({device.REPORT, device.DOWN, device.REPORT});
     EXPECT_EQ(key.read(), Levels());
     device.give({device.DOWN, device.REPORT});

@@ -87,20 +87,24 @@ TEST(DescriptorEdit, LeavesWhatItDoesNotTouchByteForByte) {
     const std::string image = ODD + PRODUCT + MAC_X + END;
     EXPECT_EQ(edited(image, [](DescriptorEdit& edit) { edit.set(assignment("45=hex:0001")); }),
               ODD + "00 2D 00 06 00 01 " + MAC_X + END);
-    EXPECT_EQ(edited(image, [](DescriptorEdit& edit) { edit.set(assignment("0xFFFE=hex:040506")); }),
-              "FF FE 00 08 04 05 06 00 " + PRODUCT + MAC_X + END);
+    EXPECT_EQ(
+        edited(image, [](DescriptorEdit& edit) { edit.set(assignment("0xFFFE=hex:040506")); }),
+        "FF FE 00 08 04 05 06 00 " + PRODUCT + MAC_X + END);
     EXPECT_EQ(edited(image, [](DescriptorEdit& edit) { edit.remove({45, 0}); }), ODD + MAC_X + END);
 }
 
 TEST(DescriptorEdit, EndsWithOneTerminatorAndPutsNothingBehindIt) {
     const std::string tag = "00 09 00 06 00 01 ";
     const std::string result = PRODUCT + tag + END;
-    for (const std::string& image : {PRODUCT + END, PRODUCT + "FF FF FF FF", PRODUCT + "00 00", PRODUCT})
+    for (const std::string& image :
+         {PRODUCT + END, PRODUCT + "FF FF FF FF", PRODUCT + "00 00", PRODUCT})
         EXPECT_EQ(edited(image, addOne), result) << image;
-    EXPECT_EQ(edited(PRODUCT + END, [](DescriptorEdit& edit) { edit.insert(7, assignment("9=u16:1")); }),
-              result);
-    EXPECT_EQ(edited(PRODUCT + END, [](DescriptorEdit& edit) { edit.insert(0, assignment("9=u16:1")); }),
-              tag + PRODUCT + END);
+    EXPECT_EQ(
+        edited(PRODUCT + END, [](DescriptorEdit& edit) { edit.insert(7, assignment("9=u16:1")); }),
+        result);
+    EXPECT_EQ(
+        edited(PRODUCT + END, [](DescriptorEdit& edit) { edit.insert(0, assignment("9=u16:1")); }),
+        tag + PRODUCT + END);
     EXPECT_EQ(edited("", addOne), tag + END);
 }
 
@@ -133,22 +137,26 @@ TEST(DescriptorEdit, AddsAMacAddressBehindTheLastAndLosesNone) {
         edit.addMac("02:00:00:00:0A:ff", interface);
         const TString<char> result = edit.image();
         EXPECT_EQ(tagsIn(std::string(result.data(), result.length())),
-                  (Tags{"1/8:02 00 00 00 00 07 00 00", "1/8:02 00 00 00 00 08 00 01", tag, "45/4:12 34 AB CD",
-                        "0/0:"}));
+                  (Tags{"1/8:02 00 00 00 00 07 00 00", "1/8:02 00 00 00 00 08 00 01", tag,
+                        "45/4:12 34 AB CD", "0/0:"}));
     }
-    EXPECT_EQ(edited(PRODUCT + END, [](DescriptorEdit& edit) { edit.addMac("02:00:00:00:00:07", 0); }),
-              PRODUCT + MAC_X + END);
+    EXPECT_EQ(
+        edited(PRODUCT + END, [](DescriptorEdit& edit) { edit.addMac("02:00:00:00:00:07", 0); }),
+        PRODUCT + MAC_X + END);
 }
 
 TEST(DescriptorEdit, SetsAMacAddressAndKeepsItsInterfaceUnlessToldOtherwise) {
     const auto to8 = [](std::optional<unsigned> interface) {
-        return [interface](DescriptorEdit& edit) { edit.setMac(1, "02:00:00:00:00:09", interface); };
+        return
+            [interface](DescriptorEdit& edit) { edit.setMac(1, "02:00:00:00:00:09", interface); };
     };
     const std::string record = "00 01 00 0C 02 00 00 00 00 09 ";
     EXPECT_EQ(edited(MAC_X + MAC_Y + END, to8(std::nullopt)), MAC_X + record + "00 01 " + END);
     EXPECT_EQ(edited(MAC_X + MAC_Y + END, to8(0x1234)), MAC_X + record + "12 34 " + END);
     EXPECT_EQ(edited(MAC_X + "00 01 00 04 " + END, to8(2)), MAC_X + record + "00 02 " + END);
-    EXPECT_NE(failureOf([&] { edited(MAC_X + "00 01 00 04 " + END, to8(std::nullopt)); }).find("has 0 bytes"),
+    EXPECT_NE(failureOf([&] {
+                  edited(MAC_X + "00 01 00 04 " + END, to8(std::nullopt));
+              }).find("has 0 bytes"),
               std::string::npos);
     EXPECT_EQ(failureOf([&] { edited(MAC_X + END, to8(2)); }), "ERR TAG '1:=MacAddress' NOT FOUND");
 }
@@ -165,7 +173,8 @@ TEST(DescriptorStore, KeepsTheSizeOfAnImageFileThatHasRoom) {
         {image, removeMac, bytesOf(PRODUCT + END)},
         {image + room, removeMac, bytesOf(PRODUCT + END) + std::string(12, '\xFF') + room},
         {image + std::string(3, '\0'), removeMac, bytesOf(PRODUCT + END) + std::string(15, '\0')},
-        {image + room, addOne, bytesOf(PRODUCT + MAC_X + "00 09 00 06 00 01 " + END) + room.substr(6)},
+        {image + room, addOne,
+         bytesOf(PRODUCT + MAC_X + "00 09 00 06 00 01 " + END) + room.substr(6)},
         {image, addOne, bytesOf(PRODUCT + MAC_X + "00 09 00 06 00 01 " + END)},
     };
     for (const auto& each : CASES) {
@@ -182,7 +191,8 @@ TEST(DescriptorStore, WritesABoardsDeviceInPlaceAndLeavesWhatLiesBehind) {
     const TempDir dir;
     const std::string rest = "calibration";
     dir.write("eeprom", bytesOf(PRODUCT + MAC_X + END) + rest);
-    std::filesystem::create_hard_link(dir.path("eeprom"), dir.path("same")); // a rename would part the two
+    std::filesystem::create_hard_link(dir.path("eeprom"),
+                                      dir.path("same")); // a rename would part the two
     editDescriptor(
         {dir.path("eeprom"), 512}, withoutBackup(),
         [](DescriptorEdit& edit) { edit.set(assignment("45=u8:7")); }, agree);
@@ -198,9 +208,9 @@ TEST(DescriptorStore, RefusesAnImageThatIsNotSmallerThanTheDevice) {
         const std::string failure = failureOf([&] {
             editDescriptor({dir.path("eeprom"), size}, withoutBackup(), addOne, agree);
         });
-        EXPECT_EQ(failure,
-                  size == 18 ? "FAILED TO WRITE DEVICE '" + dir.path("eeprom") + "': DEV SIZE=18, BD SIZE=18"
-                             : "no failure");
+        EXPECT_EQ(failure, size == 18 ? "FAILED TO WRITE DEVICE '" + dir.path("eeprom") +
+                                            "': DEV SIZE=18, BD SIZE=18"
+                                      : "no failure");
         EXPECT_EQ(dir.read("eeprom") == before, size == 18);
     }
 }
@@ -216,7 +226,8 @@ TEST(DescriptorStore, TouchesADamagedImageOnlyWhenForced) {
         const std::string failure = failureOf([&] {
             editDescriptor({dir.path("image"), std::nullopt}, manner, addOne, agree);
         });
-        EXPECT_EQ(failure.find("CORRUPTED BOARD DESCRIPTOR") == 0, isDamaged) << size << ": " << failure;
+        EXPECT_EQ(failure.find("CORRUPTED BOARD DESCRIPTOR") == 0, isDamaged)
+            << size << ": " << failure;
         EXPECT_EQ(dir.read("image") == cut, isDamaged) << size;
         if (!isDamaged)
             continue;
@@ -285,7 +296,8 @@ TEST(DescriptorStore, KeepsTheOldImageFirstAndStopsWhereItCanNot) {
             EXPECT_EQ(failure, "no failure") << each.backup;
             EXPECT_EQ(hexOf(dir.read(each.backup)), hexOf(each.image)) << each.backup;
         } else {
-            EXPECT_NE(failure.find(each.failure), std::string::npos) << each.backup << ": " << failure;
+            EXPECT_NE(failure.find(each.failure), std::string::npos)
+                << each.backup << ": " << failure;
             EXPECT_EQ(hexOf(dir.read("image")), hexOf(each.image)) << each.backup;
             EXPECT_EQ(dir.read("former"), "former backup") << each.backup;
         }
@@ -308,7 +320,8 @@ TEST(DescriptorStore, PutsTheOldImageBackWhereADeviceTookOnlyPartOfTheNewOne) {
     });
     ::setrlimit(RLIMIT_FSIZE, &former);
     std::signal(SIGXFSZ, handler);
-    EXPECT_EQ(failure, dir.path("eeprom") + ": took only 12 of 18 bytes; the old image is in place again");
+    EXPECT_EQ(failure,
+              dir.path("eeprom") + ": took only 12 of 18 bytes; the old image is in place again");
     EXPECT_EQ(hexOf(dir.read("eeprom")), hexOf(image));
 }
 
@@ -333,8 +346,8 @@ TEST(DescriptorStore, ReportsADeviceThatHoldsSomethingElseThanWasWritten) {
         EXPECT_EQ(failureOf([&] {
                       editDescriptor({dir.path("eeprom"), 512}, manner, addOne, takeAway);
                   }),
-                  dir.path("eeprom") + ": holds something else than what was written; " + each.outcome +
-                      " and is kept in " + dir.path("backup"));
+                  dir.path("eeprom") + ": holds something else than what was written; " +
+                      each.outcome + " and is kept in " + dir.path("backup"));
         EXPECT_EQ(dir.read("backup"), old);
     }
 }

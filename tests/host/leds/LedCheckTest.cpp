@@ -16,7 +16,8 @@ TEST(LedCheck, FindsEachMistakeAndSaysWhere) {
         {row("a b", on) + row("a b", "mask = 2\naction = 'off'"),
          "leds.command[1]: no line reaches this row: 'a b 0' is "},
         {row("a b", "mask = 5\naction = 'on'"), "leds.command[0].mask: no file shows 0x4 of 0x5"},
-        {row("a b c", on), "leds.command[0]: no line can name this row: the word 'b c' can't be sent"},
+        {row("a b c", on),
+         "leds.command[0]: no line can name this row: the word 'b c' can't be sent"},
         {row("a\tb c", on), "leds.command[0]: no line can name this row: the word 'a\tb'"},
         {row(std::string(40, 'a') + " " + std::string(40, 'b'), on),
          "leds.command[0]: no line can name this row: the line has 83 bytes"},
@@ -26,11 +27,14 @@ TEST(LedCheck, FindsEachMistakeAndSaysWhere) {
         {row("a b", "mask = 0\naction = 'defaults'\ndefault = true"),
          "leds.command[0]: a default row that asks for the defaults"},
         {row("a b", "mask = 1\naction = 9"), "leds.command[0].action: 9 is no action"},
-        {row("a b", "mask = 1\naction = 'roll-stop'") + row("a c", "mask = 3\naction = 'roll-up'\ngroup = 1"),
+        {row("a b", "mask = 1\naction = 'roll-stop'") +
+             row("a c", "mask = 3\naction = 'roll-up'\ngroup = 1"),
          "leds.command[0]: stops no roll"},
-        {row("a b", "mask = 3\naction = 'roll-up'"), "leds.command[0]: each line starts one more roll"},
+        {row("a b", "mask = 3\naction = 'roll-up'"),
+         "leds.command[0]: each line starts one more roll"},
         {row("a b", on + "time_ms = -1"), "leds.command[0].time_ms: -1 is below 0"},
-        {row("a b", "mask = 1\naction = 'off'\ntime_ms = 5"), "leds.command[0].time_ms: has no meaning"},
+        {row("a b", "mask = 1\naction = 'off'\ntime_ms = 5"),
+         "leds.command[0].time_ms: has no meaning"},
         {row("a b", on + "time_ms = 4294868"),
          "leds.command[0].time_ms: 4294868 is too long (expected at most 4294867)"},
         {"[[leds.file]]\nmask = 1\npath = 'again'\n", "leds.file[2].path: is never written"},
@@ -38,12 +42,13 @@ TEST(LedCheck, FindsEachMistakeAndSaysWhere) {
     };
     for (const auto& each : CASES) {
         const std::vector<std::string> mistakes = board::checkLeds(ledsOf(FILES + each.text));
-        ASSERT_EQ(mistakes.size(), 1U) << each.mistake << (mistakes.empty() ? "" : mistakes.front());
+        ASSERT_EQ(mistakes.size(), 1U)
+            << each.mistake << (mistakes.empty() ? "" : mistakes.front());
         EXPECT_NE(mistakes[0].find(each.mistake), std::string::npos) << mistakes[0];
     }
     EXPECT_EQ(board::checkLeds(ledsOf("[leds]\ntick_ms = 0\naccess = 2\n")).size(), 2U);
     // A line may end after its first word, and nothing is wrong with a row that a blank line names.
-    EXPECT_TRUE(
-        board::checkLeds(ledsOf(FILES + row("a ", on) + row(" ", on) + row("b c", on + "time_ms = 4294867")))
-            .empty());
+    EXPECT_TRUE(board::checkLeds(ledsOf(FILES + row("a ", on) + row(" ", on) +
+                                        row("b c", on + "time_ms = 4294867")))
+                    .empty());
 }

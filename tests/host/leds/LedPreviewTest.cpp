@@ -16,8 +16,8 @@ TEST(LedPreview, ShowsEachLedTickByTickInTheOrderOfTheMasks) {
                row("all on", "mask = 0x80000001\naction = 'on'\ntime_ms = 200") +
                row("two flash", "mask = 2\naction = 'flash'") +
                row("high blink", "mask = 0x80000000\naction = 'blink'\ndefault = true"));
-    const board::LedWaves waves =
-        board::previewLeds(leds, 34, {{30, "two flash"}, {1, "all on"}, {1, "no such"}, {99, "all on"}});
+    const board::LedWaves waves = board::previewLeds(
+        leds, 34, {{30, "two flash"}, {1, "all on"}, {1, "no such"}, {99, "all on"}});
     ASSERT_EQ(waves.leds.size(), 3U);
     const std::string dark(34, '0');
     const struct {
@@ -42,15 +42,18 @@ TEST(LedPreview, ShowsEachLedTickByTickInTheOrderOfTheMasks) {
     EXPECT_FALSE(waves.lines[1].namesRow) << waves.lines[1].line;
 
     const std::string longer = "L\u00FCfter";
-    const std::string named = board::ledsToText({1, 100, {{1, longer, "1"}, {2, "power", "0"}}, {}});
+    const std::string named =
+        board::ledsToText({1, 100, {{1, longer, "1"}, {2, "power", "0"}}, {}});
     EXPECT_NE(named.find(longer + "  #\npower   .\n"), std::string::npos) << named;
 
     EXPECT_THROW(board::previewLeds(ledsOf("[leds]\ntick_ms = 0\n"), 1, {}), board::Error);
 }
 
 TEST(LedPreview, DrawsAPictureOfAnyNamesAndLines) {
-    board::LedWaves waves{
-        20, 100, {{1, "<a&\"b\">", std::string(19, '0') + "1"}}, {{3, "x < y"}, {4, "z"}, {25, "late"}}};
+    board::LedWaves waves{20,
+                          100,
+                          {{1, "<a&\"b\">", std::string(19, '0') + "1"}},
+                          {{3, "x < y"}, {4, "z"}, {25, "late"}}};
     const std::string svg = board::ledsToSvg(waves);
     EXPECT_NE(svg.find("&lt;a&amp;&quot;b&quot;&gt;"), std::string::npos) << svg;
     EXPECT_NE(svg.find("x &lt; y"), std::string::npos);
@@ -61,8 +64,10 @@ TEST(LedPreview, DrawsAPictureOfAnyNamesAndLines) {
 }
 
 TEST(LedPreview, HangsAFlagBelowThoseThatReachOverItsPole) {
-    const std::string svg = board::ledsToSvg(
-        {100, 100, {{1, "one", std::string(100, '0')}}, {{10, "long long line"}, {12, "next"}, {90, "far"}}});
+    const std::string svg = board::ledsToSvg({100,
+                                              100,
+                                              {{1, "one", std::string(100, '0')}},
+                                              {{10, "long long line"}, {12, "next"}, {90, "far"}}});
     const auto heightOf = [&](const std::string& text) {
         const std::size_t y = svg.rfind(" y=\"", svg.find(">" + text + "<"));
         return y != std::string::npos ? std::stod(svg.substr(y + 4)) : -1;

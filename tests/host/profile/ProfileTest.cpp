@@ -54,10 +54,11 @@ TEST(Profile, ReadsTheSimulatedBoardWhole) {
 
 TEST(Profile, TakesDefaultsDeviceClassesAndPlainNumbers) {
     const TempDir dir;
-    dir.write("board.toml", "[[fan]]\nname='f'\ndevice='hwmon:tmp105/pwm1'\nmaximum=4294967295\n"
-                            "[descriptor]\ndevice='/abs'\n[leds]\naccess=7\n"
-                            "[[leds.command]]\nword1='a'\nword2='b'\nmask=0xFFFFFFFF\naction=-2147483648\n"
-                            "number=-1\ngroup=3\ntime_ms=-5\n");
+    dir.write("board.toml",
+              "[[fan]]\nname='f'\ndevice='hwmon:tmp105/pwm1'\nmaximum=4294967295\n"
+              "[descriptor]\ndevice='/abs'\n[leds]\naccess=7\n"
+              "[[leds.command]]\nword1='a'\nword2='b'\nmask=0xFFFFFFFF\naction=-2147483648\n"
+              "number=-1\ngroup=3\ntime_ms=-5\n");
     const Profile profile = Profile::load(dir.path("board.toml"));
     EXPECT_EQ(profile.fans[0].device.path, "hwmon:tmp105/pwm1");
     EXPECT_EQ(profile.fans[0].maximum, 4294967295U);
@@ -97,23 +98,30 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
         {"", ""},
         {fan + "maximum=5000000000\n",
          "board.toml:4: fan[0].maximum: 5000000000 is out of range (expected 0 to 4294967295)"},
-        {fan + "maximum=-1\n", "board.toml:4: fan[0].maximum: -1 is out of range (expected 0 to 4294967295)"},
-        {fan + "maximum='x'\n", "board.toml:4: fan[0].maximum: is of type string (expected 0 to 4294967295)"},
+        {fan + "maximum=-1\n",
+         "board.toml:4: fan[0].maximum: -1 is out of range (expected 0 to 4294967295)"},
+        {fan + "maximum='x'\n",
+         "board.toml:4: fan[0].maximum: is of type string (expected 0 to 4294967295)"},
         {fan + "maximum=2.5\n",
          "board.toml:4: fan[0].maximum: is of type floating-point (expected 0 to 4294967295)"},
         {fan, "board.toml:1: fan[0].maximum: missing (expected in this table)"},
-        {fan + "maxium=1\n", "board.toml:4: fan[0].maxium: unknown key (expected name, device, description, "
-                             "maximum, enable); did you mean 'maximum'?"},
-        {"[[fna]]\n", "board.toml:1: fna: unknown key (expected fan, thermal, power, led, descriptor, voip, "
-                      "preferences, button, firmware, leds); did you mean 'fan'?"},
-        {"[leds]\naccess='flies'\n", "board.toml:2: leds.access: 'flies' is unknown (expected files, none, "
-                                     "or a number); did you mean 'files'?"},
+        {fan + "maxium=1\n",
+         "board.toml:4: fan[0].maxium: unknown key (expected name, device, description, "
+         "maximum, enable); did you mean 'maximum'?"},
+        {"[[fna]]\n",
+         "board.toml:1: fna: unknown key (expected fan, thermal, power, led, descriptor, voip, "
+         "preferences, button, firmware, leds); did you mean 'fan'?"},
+        {"[leds]\naccess='flies'\n",
+         "board.toml:2: leds.access: 'flies' is unknown (expected files, none, "
+         "or a number); did you mean 'files'?"},
         {"\n[fan]\nname='f'\n", "board.toml:2: fan: is of type table (expected tables, [[fan]])"},
         {"fan=[1]\n", "board.toml:1: fan[0]: is of type integer (expected a table)"},
-        {"descriptor=1\n", "board.toml:1: descriptor: is of type integer (expected a table, [descriptor])"},
+        {"descriptor=1\n",
+         "board.toml:1: descriptor: is of type integer (expected a table, [descriptor])"},
         {"[descriptor]\ndevice=1\n",
          "board.toml:2: descriptor.device: is of type integer (expected a string)"},
-        {"[descriptor]\ndevice=''\n", "board.toml:2: descriptor.device: is empty (expected a path)"},
+        {"[descriptor]\ndevice=''\n",
+         "board.toml:2: descriptor.device: is empty (expected a path)"},
         {"[descriptor]\ndevice='a'\nread_chunk=0\n",
          "board.toml:3: descriptor.read_chunk: 0 is out of range (expected 1 to 65536)"},
         {"[descriptor]\ndevice=\"a\\u0000b\"\n",
@@ -123,16 +131,19 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
         {"[[power]]\nname='x'\ndevice='d'\n[[led]]\nname='x'\ndevice='d'\n",
          "board.toml:5: led[0].name: 'x' is taken by power[0].name (expected a name of its own)"},
         {"[[power]]\nname='board-descr-driver'\ndevice='d'\n",
-         "board.toml:2: power[0].name: 'board-descr-driver' is taken by the board descriptor (expected a "
+         "board.toml:2: power[0].name: 'board-descr-driver' is taken by the board descriptor "
+         "(expected a "
          "name "
          "of its own)"},
         {"[[power]]\nname='resource-driver'\ndevice='d'\n",
-         "board.toml:2: power[0].name: 'resource-driver' is taken by the VoIP figures (expected a name of "
+         "board.toml:2: power[0].name: 'resource-driver' is taken by the VoIP figures (expected a "
+         "name of "
          "its own)"},
         {"[[power]]\nname=\"a\\u007F\"\ndevice='d'\n",
          "board.toml:2: power[0].name: holds a control character (expected a name without)"},
         {"[[leds.command]]\nword1='a'\nword2='b'\nmask=1\naction=2147483648\n",
-         "board.toml:5: leds.command[0].action: 2147483648 is out of range (expected -2147483648 to "
+         "board.toml:5: leds.command[0].action: 2147483648 is out of range (expected -2147483648 "
+         "to "
          "2147483647)"},
         {"[leds]\naccess=\"a\\nb\"\n",
          "board.toml:2: leds.access: 'a?b' is unknown (expected files, none, or a number)"},
@@ -152,12 +163,13 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
 
 TEST(Profile, RefusesWhatIsNoToml) {
     const TempDir dir;
-    for (const std::string line :
-         {"border_controller = maybe", "border_controller = f", "[!]", "[.fan]", "[", "[[\v]]",
-          "x = {.a = 1}",
-          // letters in one block with a foreign blank: the sanitizer stops at what the parser assumes
-          "\u00e9 = 1", "x = [1\u0499", "[\u3042]", "x = 1 \ufdf2"})
-        EXPECT_EQ(complaintOf(dir, "[voip]\n" + line + "\n").rfind("board.toml:2: not TOML: ", 0), 0U)
+    for (const std::string line : {"border_controller = maybe", "border_controller = f", "[!]",
+                                   "[.fan]", "[", "[[\v]]", "x = {.a = 1}",
+                                   // letters in one block with a foreign blank: the sanitizer stops
+                                   // at what the parser assumes
+                                   "\u00e9 = 1", "x = [1\u0499", "[\u3042]", "x = 1 \ufdf2"})
+        EXPECT_EQ(complaintOf(dir, "[voip]\n" + line + "\n").rfind("board.toml:2: not TOML: ", 0),
+                  0U)
             << line;
 }
 
@@ -167,8 +179,11 @@ TEST(Profile, RefusesNestingThatWouldExhaustTheStack) {
     for (int i = 0; i < 300000; ++i)
         name += ".a";
     for (const std::string& text : {name + " = 1\n", "[" + name + "]\n", name + " = 1\n=\n"})
-        EXPECT_EQ(complaintOf(dir, text), "board.toml:1: too many dots (expected at most 256 in a line)");
-    EXPECT_EQ(complaintOf(dir, "fan = " + std::string(300000, '[')).rfind("board.toml:1: not TOML: ", 0), 0U);
+        EXPECT_EQ(complaintOf(dir, text),
+                  "board.toml:1: too many dots (expected at most 256 in a line)");
+    EXPECT_EQ(
+        complaintOf(dir, "fan = " + std::string(300000, '[')).rfind("board.toml:1: not TOML: ", 0),
+        0U);
 }
 
 TEST(Profile, RefusesWhatIsNoFileOfReasonableSize) {

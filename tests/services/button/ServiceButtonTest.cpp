@@ -12,16 +12,20 @@ namespace {
 
 using namespace support;
 
-/// Observer and event monitor in one, told one thing at a time. `button` is stopped from within each call,
-/// which then waits: only a thread that can't be ended there gets on.
-class ServiceButtonTest : public testing::Test, public ServiceButton::Observer, public RTD::Monitor {
+/// Observer and event monitor in one, told one thing at a time. `button` is stopped from within
+/// each call, which then waits: only a thread that can't be ended there gets on.
+class ServiceButtonTest : public testing::Test,
+                          public ServiceButton::Observer,
+                          public RTD::Monitor {
 protected:
     ServiceButtonTest() { MON_EVENT = this; }
     ~ServiceButtonTest() override { MON_EVENT = nullptr; }
 
     void onButtonPressed(const TYTime& time) override { tell("pressed", time); }
     void onButtonReleased(const TYTime& time) override { tell("released", time); }
-    void report(int level, const String& text) override { tell(std::to_string(level) + " " + str(text), {}); }
+    void report(int level, const String& text) override {
+        tell(std::to_string(level) + " " + str(text), {});
+    }
 
     void tell(const std::string& event, const TYTime& time) {
         EXPECT_TRUE(button.stop().isSuccess());
@@ -51,15 +55,17 @@ TEST_F(ServiceButtonTest, TellsOfEachMessageEvenWhenStoppedMeanwhile) {
     dir.makePipe("button");
     const std::string invalid = "3 INVALID SRV-BUTTON MESSAGE: ";
     const std::string longest(63, 'x');
-    for (const auto& [message, expected] :
-         std::vector<std::pair<std::string, std::string>>{{"pressed\n", "pressed"},
-                                                          {"releasedly", "released"},
-                                                          {" pressed", invalid + " pressed"},
-                                                          {"", invalid}, // a writer that comes and goes
-                                                          {longest + "more", invalid + longest}}) {
+    for (const auto& [message, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"pressed\n", "pressed"},
+             {"releasedly", "released"},
+             {" pressed", invalid + " pressed"},
+             {"", invalid}, // a writer that comes and goes
+             {longest + "more", invalid + longest}}) {
         EXPECT_TRUE(button.start(error).isSuccess());
-        const int pipe = ::open(path.c_str(), O_WRONLY | O_CLOEXEC); // returns when the thread opens it too
-        EXPECT_EQ(::write(pipe, message.data(), message.size()), static_cast<ssize_t>(message.size()));
+        const int pipe =
+            ::open(path.c_str(), O_WRONLY | O_CLOEXEC); // returns when the thread opens it too
+        EXPECT_EQ(::write(pipe, message.data(), message.size()),
+                  static_cast<ssize_t>(message.size()));
         ::close(pipe);
         EXPECT_EQ(next(), expected);
     }
@@ -98,7 +104,8 @@ TEST_F(ServiceButtonTest, ReportsWhatIsMissing) {
 
 TEST_F(ServiceButtonTest, AStopInOpenOrReadTellsNothingAndLosesNoDescriptor) {
     dir.makePipe("button");
-    for (const bool hasWriter : {false, true}) { // without one opening the pipe waits, with one reading it
+    for (const bool hasWriter :
+         {false, true}) { // without one opening the pipe waits, with one reading it
         const int writer = hasWriter ? ::open(path.c_str(), O_RDWR | O_CLOEXEC) : -1;
         const auto before = openDescriptors();
         for (int round = 0; round < 500; ++round) {

@@ -31,10 +31,11 @@ constexpr unsigned EVERY_OTHER = 0x55555555;
 class Sequencer : public LedCtrl {
 public:
     explicit Sequencer(const std::vector<Row>& rows, unsigned blinkPattern = EVERY_OTHER,
-                       const std::vector<FileNameMap>& files = {}, AccessMethod method = ACCESS_FILES,
-                       unsigned tickMs = 100)
+                       const std::vector<FileNameMap>& files = {},
+                       AccessMethod method = ACCESS_FILES, unsigned tickMs = 100)
         : LedCtrl(rows.data(), static_cast<unsigned>(rows.size()), files.data(),
-                  static_cast<unsigned>(files.size()), method, tickMs, blinkPattern, NotStarted()) {}
+                  static_cast<unsigned>(files.size()), method, tickMs, blinkPattern, NotStarted()) {
+    }
     using LedCtrl::nextOutput;
     using LedCtrl::openFiles;
     using LedCtrl::readCmd;
@@ -51,8 +52,8 @@ public:
             nextOutput();
     }
 
-    /// The next ticks as the LEDs lit in them, in digits of the highest bit first: "8 3 -" is LED 3, then
-    /// LEDs 0 and 1, then none.
+    /// The next ticks as the LEDs lit in them, in digits of the highest bit first: "8 3 -" is LED
+    /// 3, then LEDs 0 and 1, then none.
     std::string show(int ticks) {
         std::string text;
         for (; ticks > 0; --ticks) {
@@ -71,7 +72,8 @@ Row row(const char* word, std::uint32_t mask, std::int32_t action, std::int32_t 
     return {word, "x", 0, mask, action, group, timeMs, isDefault};
 }
 
-/// The service's pipe as a client sees it, with the line discipline of no one: any bytes in one write.
+/// The service's pipe as a client sees it, with the line discipline of no one: any bytes in one
+/// write.
 void writeToPipe(const std::string& bytes) {
     const int pipe = ::open(PIPE, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     ASSERT_GE(pipe, 0);
@@ -109,8 +111,9 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
     const struct {
         const char* what;
         std::vector<Row> rows;
-        std::vector<std::string> commands; ///< first words, sent one before each tick; "" sends none
-        std::string shown;                 ///< ticks that show bits 1, 2, 3, ... of the pattern 0101...
+        std::vector<std::string>
+            commands;      ///< first words, sent one before each tick; "" sends none
+        std::string shown; ///< ticks that show bits 1, 2, 3, ... of the pattern 0101...
     } CASES[] = {
         {"steady", {row("on", 5, ON), row("off", 4, OFF)}, {"on", "", "off"}, "5 5 1 1"},
         {"timed", {row("on", 3, ON, 0, 300)}, {"on"}, "3 3 3 - -"},
@@ -128,7 +131,10 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
          {row("on", 1, ON), row("b", 1, BLINK)},
          {"on", "", "b", "", "on"},
          "1 1 - 1 1 1"},
-        {"off ends blinking", {row("b", 1, BLINK), row("off", 1, OFF)}, {"b", "", "off"}, "- 1 - -"},
+        {"off ends blinking",
+         {row("b", 1, BLINK), row("off", 1, OFF)},
+         {"b", "", "off"},
+         "- 1 - -"},
         {"flash", {row("f", 9, FLASH)}, {"", "f"}, "- 9 - -"},
         {"roll up", {row("r", 0xB, UP)}, {"r"}, "2 8 1 2 8 1"},
         {"roll down", {row("r", 0xB, DOWN)}, {"r"}, "8 2 1 8 2 1"},
@@ -207,7 +213,8 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
          "3 B 1 7 17"},
         {"default rows stop their group's last row, and neither group nor off stops a flash",
          {row("d", 0, DEFAULTS), row("s", 8, ON, 2, 0, true), row("f", 1, FLASH, 2, 0, true),
-          row("g", 4, FLASH, 2, 0, true), row("on", 2, ON, 2, 0, true), row("off", 5, OFF, 0, 0, true)},
+          row("g", 4, FLASH, 2, 0, true), row("on", 2, ON, 2, 0, true),
+          row("off", 5, OFF, 0, 0, true)},
          {"d"},
          "7 2"},
         {"a default row that asks for the defaults",
@@ -227,8 +234,9 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
             static_cast<std::size_t>(std::count(each.shown.begin(), each.shown.end(), ' ')) + 1;
         for (std::size_t tick = 0; tick < ticks; ++tick) {
             if (tick < each.commands.size() && !each.commands[tick].empty())
-                leds.send(each.commands[tick].find(' ') == std::string::npos ? each.commands[tick] + " x"
-                                                                             : each.commands[tick]);
+                leds.send(each.commands[tick].find(' ') == std::string::npos
+                              ? each.commands[tick] + " x"
+                              : each.commands[tick]);
             shown += (shown.empty() ? "" : " ") + leds.show(1);
         }
         EXPECT_EQ(shown, each.shown) << each.what;
@@ -243,7 +251,8 @@ TEST(LedCtrl, LoadsTheBlinkPatternEvery33TicksAndShowsItsLastBitTwice) {
         for (int tick = 0; tick < 32; ++tick)
             ASSERT_EQ(leds.nextOutput(), 0U) << tick; // nothing before the first load
         for (int tick = 0; tick < 99; ++tick)
-            ASSERT_EQ(leds.nextOutput(), pattern >> std::min(tick % 33, 31) & 1U) << pattern << " " << tick;
+            ASSERT_EQ(leds.nextOutput(), pattern >> std::min(tick % 33, 31) & 1U)
+                << pattern << " " << tick;
     }
 }
 
@@ -301,12 +310,13 @@ TEST(LedCtrl, LogsWhatItDoesWithACommand) {
     leds.update();
     leds.m_suspended = true;
     leds.update();
-    EXPECT_EQ(
-        log.take(),
-        (Lines{"DB_FRAMEWORK 7: Found LED command at index 0", "DB_FRAMEWORK 7: Found LED command at index 1",
-               "DB_FRAMEWORK 7: Found previous group action (on x). Stopping action 0",
-               "DB_FRAMEWORK 7: Unknown LED command action: 9",
-               "DB_FRAMEWORK 3: Unknown LED access method: 7", "DB_FRAMEWORK 7: Skipping LED Update!"}));
+    EXPECT_EQ(log.take(),
+              (Lines{"DB_FRAMEWORK 7: Found LED command at index 0",
+                     "DB_FRAMEWORK 7: Found LED command at index 1",
+                     "DB_FRAMEWORK 7: Found previous group action (on x). Stopping action 0",
+                     "DB_FRAMEWORK 7: Unknown LED command action: 9",
+                     "DB_FRAMEWORK 3: Unknown LED access method: 7",
+                     "DB_FRAMEWORK 7: Skipping LED Update!"}));
 }
 
 TEST(LedCtrl, WritesEachLedsFileEveryTickButWhileItIsSuspended) {
@@ -325,7 +335,8 @@ TEST(LedCtrl, WritesEachLedsFileEveryTickButWhileItIsSuspended) {
     Sequencer leds(rows, 0, files);
     leds.openFiles();
     EXPECT_EQ(log.take(), Lines{"DB_FRAMEWORK 3: unable to open file " + gone + " "});
-    fill(pipe); // nobody reads it: its LED fails each tick, holds up nothing and keeps no other dark
+    fill(
+        pipe); // nobody reads it: its LED fails each tick, holds up nothing and keeps no other dark
     leds.setupDefault();
     for (int tick = 0; tick < 6; ++tick) {
         leds.m_suspended = tick == 1 || tick == 2; // the action does not go on meanwhile
@@ -440,9 +451,11 @@ TEST_F(LedPipe, RunsByItselfUntilItIsReleased) {
 
     constexpr int ROUNDS = 300;
     for (int round = 0; round < ROUNDS; ++round)
-        (new LedCtrl(commands, 2, &file, 1, LedCtrl::ACCESS_FILES, static_cast<unsigned>(1 + round % 3), 0))
+        (new LedCtrl(commands, 2, &file, 1, LedCtrl::ACCESS_FILES,
+                     static_cast<unsigned>(1 + round % 3), 0))
             ->release();
-    EXPECT_EQ(support::openDescriptors(), before + 1 + ROUNDS) << "one a service, however short it ran";
+    EXPECT_EQ(support::openDescriptors(), before + 1 + ROUNDS)
+        << "one a service, however short it ran";
 }
 
 TEST_F(LedPipe, EndsItsThreadBeforeAnythingOfItIsDestroyed) {
@@ -452,7 +465,8 @@ TEST_F(LedPipe, EndsItsThreadBeforeAnythingOfItIsDestroyed) {
         bool isWhole = false;
         void write(const String&, int, const String&) override {
             if (TYThread* const leds = service.exchange(nullptr)) {
-                support::waitUntilAsleep(owner); // in the destructor, which waits for this very call
+                support::waitUntilAsleep(
+                    owner); // in the destructor, which waits for this very call
                 isWhole = dynamic_cast<LedCtrl*>(leds) != nullptr;
             }
         }
@@ -494,8 +508,8 @@ TEST_F(LedPipe, RefusesToShutDownOnItsOwnThreadAndATickOfNothing) {
     for (const unsigned tick : {0U, 0x80000000U}) { // 1000 times the second is 0 in 32 bits
         LedCtrl idle(nullptr, 0, nullptr, 0, LedCtrl::ACCESS_NONE, tick, 0);
         EXPECT_FALSE(idle.isAlive());
-        EXPECT_EQ(sink.take(),
-                  Lines{"DB_FRAMEWORK 3: invalid LED tick period: " + std::to_string(tick) + " ms"});
+        EXPECT_EQ(sink.take(), Lines{"DB_FRAMEWORK 3: invalid LED tick period: " +
+                                     std::to_string(tick) + " ms"});
         EXPECT_TRUE(idle.start(String::EMPTY()).isSuccess());
         static_cast<void>(idle.join()); // it ends by itself: it would tick without a pause
     }
@@ -511,11 +525,12 @@ TEST(LedCtrl, SurvivesRandomTablesAndLines) {
     for (int round = 0; round < 1000; ++round) {
         std::vector<Row> rows;
         for (auto i = random() % 12; i > 0; --i)
-            rows.push_back({WORDS[random() % 4], WORDS[random() % 4], any(0, 1, -1, INT32_MIN),
-                            random() % 4 ? static_cast<std::uint32_t>(random() & random() & random())
-                                         : static_cast<std::uint32_t>(any(0, -1)),
-                            any(0, 1, 2, 3, 4, 5, 6, 7, 8, -1), any(0, 1, 1, 2, -1, INT32_MAX),
-                            any(0, 0, 100, 150, 3000, -1, INT32_MAX, INT32_MIN), random() % 3 == 0});
+            rows.push_back(
+                {WORDS[random() % 4], WORDS[random() % 4], any(0, 1, -1, INT32_MIN),
+                 random() % 4 ? static_cast<std::uint32_t>(random() & random() & random())
+                              : static_cast<std::uint32_t>(any(0, -1)),
+                 any(0, 1, 2, 3, 4, 5, 6, 7, 8, -1), any(0, 1, 1, 2, -1, INT32_MAX),
+                 any(0, 0, 100, 150, 3000, -1, INT32_MAX, INT32_MIN), random() % 3 == 0});
         const auto tickMs = static_cast<unsigned>(any(1, 100, 0, INT32_MAX));
         Sequencer leds(rows, static_cast<unsigned>(random()), {}, LedCtrl::ACCESS_NONE, tickMs);
         leds.setupDefault();

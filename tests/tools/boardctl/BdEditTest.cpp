@@ -24,7 +24,8 @@ const std::string IMAGE("\x00\x2D\x00\x08\x12\x34\xAB\xCD"
                         "\x00\x00\x00\x04",
                         44);
 
-/// An image file, and a board whose device is an ordinary file; backups go to a folder of the test's own.
+/// An image file, and a board whose device is an ordinary file; backups go to a folder of the
+/// test's own.
 class BdEdit : public testing::Test {
 protected:
     BdEdit() {
@@ -60,12 +61,14 @@ protected:
 } // namespace
 
 TEST_F(BdEdit, BuildsABoardEditsEveryTypeAndDumpsWhatWasMeant) {
-    m_dir.write("tags.json", R"([{"id":45,"data":"00000000"}, {"id":9,"data":"00"}, {"id":10,"data":""},
+    m_dir.write("tags.json",
+                R"([{"id":45,"data":"00000000"}, {"id":9,"data":"00"}, {"id":10,"data":""},
         {"id":11,"data":""}, {"id":12,"data":""}, {"id":10,"data":""}, {"id":1,"data":"0200000000070000"},
         {"id":65534,"data":"80ff"}, {"id":0,"data":""}])");
     ASSERT_EQ(bd({"build", m_dir.path("tags.json"), "-o", m_dir.path("eeprom")}).status, 0);
-    const Outcome set = bd({"set", "--board", "-y", "ProductID=hex:1234ABCD", "0x9=u8:255", "10.1=u16:0x1234",
-                            "11=u32:4294967295", "12=uint:7", "10.0=text:a=b:c"});
+    const Outcome set =
+        bd({"set", "--board", "-y", "ProductID=hex:1234ABCD", "0x9=u8:255", "10.1=u16:0x1234",
+            "11=u32:4294967295", "12=uint:7", "10.0=text:a=b:c"});
     EXPECT_EQ(set.status, 0) << set.err;
     EXPECT_EQ(bd({"mac", "set", "0", "02:00:00:00:00:0a", "515", "--board", "-y"}).status, 0);
     EXPECT_EQ(backups(), 2); // two commands, two writes
@@ -73,8 +76,8 @@ TEST_F(BdEdit, BuildsABoardEditsEveryTypeAndDumpsWhatWasMeant) {
     std::vector<std::string> data;
     for (const json& tag : dump)
         data.push_back(tag["data"]);
-    EXPECT_EQ(data, (std::vector<std::string>{"1234abcd", "ff00", "613d623a6300", "ffffffff", "00000007",
-                                              "1234", "02000000000a0203", "80ff", ""}));
+    EXPECT_EQ(data, (std::vector<std::string>{"1234abcd", "ff00", "613d623a6300", "ffffffff",
+                                              "00000007", "1234", "02000000000a0203", "80ff", ""}));
 }
 
 TEST_F(BdEdit, AnswersWhatCanNotBeMeantWithStatus2AndWritesNothing) {
@@ -84,7 +87,8 @@ TEST_F(BdEdit, AnswersWhatCanNotBeMeantWithStatus2AndWritesNothing) {
     } CASES[] = {
         {{"set", "45", "-i"}, "'45' is no assignment (expected ID=TYPE:VALUE"},
         {{"set", "45=1234", "-i"}, "is no assignment"},
-        {{"set", "45=i8:1", "-i"}, "type 'i8' is unknown (expected u8, u16, u32, uint, text or hex)"},
+        {{"set", "45=i8:1", "-i"},
+         "type 'i8' is unknown (expected u8, u16, u32, uint, text or hex)"},
         {{"set", "45=u8:256", "-i"}, "'256' is no number from 0 to 255"},
         {{"set", "45=u16:-1", "-i"}, "'-1' is no number from 0 to 65535"},
         {{"set", "45=u32:4294967296", "-i"}, "is no number from 0 to 4294967295"},
@@ -92,7 +96,8 @@ TEST_F(BdEdit, AnswersWhatCanNotBeMeantWithStatus2AndWritesNothing) {
         {{"set", "45=u8:0x", "-i"}, "'0x' is no number"},
         {{"set", "45=hex:123", "-i"}, "not hexadecimal at character 3"},
         {{"set", "45=hex:1g", "-i"}, "not hexadecimal at character 1"},
-        {{"set", "45=text:" + std::string(65531, 'x'), "-i"}, "65531 bytes are too long for a chunk"},
+        {{"set", "45=text:" + std::string(65531, 'x'), "-i"},
+         "65531 bytes are too long for a chunk"},
         {{"set", "45=u8:1", "45.0=u8:2", "-i"}, "assigned twice"},
         {{"set", "45.x=u8:1", "-i"}, "occurrence 'x'"},
         {{"add", "0=text:", "-i"}, "'0' names no tag"},
@@ -114,7 +119,8 @@ TEST_F(BdEdit, AnswersWhatCanNotBeMeantWithStatus2AndWritesNothing) {
     for (const auto& each : CASES) {
         const Outcome outcome = bd(each.words);
         EXPECT_EQ(outcome.status, 2) << each.message;
-        EXPECT_NE(outcome.err.find(each.message), std::string::npos) << each.message << "\n" << outcome.err;
+        EXPECT_NE(outcome.err.find(each.message), std::string::npos) << each.message << "\n"
+                                                                     << outcome.err;
         EXPECT_EQ(outcome.out, "");
     }
     EXPECT_EQ(m_dir.read("image"), IMAGE);
@@ -131,7 +137,8 @@ TEST_F(BdEdit, FailsWithTheLibrarysMessageAndWritesNothing) {
         {{"mac", "set", "2", "02:00:00:00:00:07", "-i"}, "ERR TAG '1:=MacAddress' NOT FOUND"},
         {{"get", "45", "--type", "u16", "-i"}, "ERR WRONG TAG SIZE"},
         {{"add", "9=hex:" + std::string(920, '0'), "--board", "-y"}, "DEV SIZE=512, BD SIZE=508"},
-        {{"add", "9=hex:" + std::string(928, '0'), "--board", "-y"}, "': DEV SIZE=512, BD SIZE=512"},
+        {{"add", "9=hex:" + std::string(928, '0'), "--board", "-y"},
+         "': DEV SIZE=512, BD SIZE=512"},
     };
     for (const auto& each : CASES) {
         const Outcome outcome = bd(each.words);
@@ -148,16 +155,19 @@ TEST_F(BdEdit, FailsWithTheLibrarysMessageAndWritesNothing) {
 
 TEST_F(BdEdit, ShowsTheChangeOnADryRunAndSaysWhereTheOldImageIs) {
     const Outcome dry = bd({"set", "5=text:two", "-i", "--dry-run"});
-    EXPECT_EQ(dry.out, "- 3 Tag5 (5): 6f6e651b\n+ 3 Tag5 (5): 74776f00  \"two\"\n" + m_dir.path("image") +
-                           ": dry run; nothing was written\n");
+    EXPECT_EQ(dry.out, "- 3 Tag5 (5): 6f6e651b\n+ 3 Tag5 (5): 74776f00  \"two\"\n" +
+                           m_dir.path("image") + ": dry run; nothing was written\n");
     const Outcome odd = bd({"set", "ProductID=hex:12", "-i", "--dry-run"});
-    EXPECT_NE(odd.out.find("ProductID (45): 1200  <- 2 bytes (expected 4)\n"), std::string::npos) << odd.out;
+    EXPECT_NE(odd.out.find("ProductID (45): 1200  <- 2 bytes (expected 4)\n"), std::string::npos)
+        << odd.out;
     EXPECT_EQ(m_dir.read("image"), IMAGE);
 
     const json done = json::parse(bd({"set", "5=text:two", "-i", "--format", "json"}).out);
-    EXPECT_EQ(
-        done["changes"],
-        json({{{"position", 3}, {"id", 5}, {"name", "Tag5"}, {"old", "6f6e651b"}, {"new", "74776f00"}}}));
+    EXPECT_EQ(done["changes"], json({{{"position", 3},
+                                      {"id", 5},
+                                      {"name", "Tag5"},
+                                      {"old", "6f6e651b"},
+                                      {"new", "74776f00"}}}));
     EXPECT_EQ(done["written"], true);
     std::filesystem::copy_file(done["backup"].get<std::string>(), m_dir.path("copy"));
     EXPECT_EQ(m_dir.read("copy"), IMAGE);
@@ -170,7 +180,8 @@ TEST_F(BdEdit, ShowsTheChangeOnADryRunAndSaysWhereTheOldImageIs) {
 TEST_F(BdEdit, AsksBeforeADeviceIsChanged) {
     const Outcome unasked = bd({"remove", "5", "--board"});
     EXPECT_EQ(unasked.status, 1);
-    EXPECT_NE(unasked.err.find("no terminal to ask at (expected -y)"), std::string::npos) << unasked.err;
+    EXPECT_NE(unasked.err.find("no terminal to ask at (expected -y)"), std::string::npos)
+        << unasked.err;
 
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_GE(terminal, 0);
@@ -180,14 +191,17 @@ TEST_F(BdEdit, AsksBeforeADeviceIsChanged) {
     ASSERT_GE(held, 0);
     const std::string before = m_dir.read("eeprom");
     for (const std::string answer : {"\n", "no\n", "y\n"}) {
-        ASSERT_EQ(::write(terminal, answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
+        ASSERT_EQ(::write(terminal, answer.data(), answer.size()),
+                  static_cast<ssize_t>(answer.size()));
         const Outcome asked =
-            support::Program({"/bin/sh", "-c", "exec \"$0\" bd remove 5 --board \"$1\" --format json <\"$2\"",
+            support::Program({"/bin/sh", "-c",
+                              "exec \"$0\" bd remove 5 --board \"$1\" --format json <\"$2\"",
                               BOARDCTL, m_dir.path("board.toml"), name})
                 .finish();
         const bool isYes = answer == "y\n";
         EXPECT_EQ(asked.status, isYes ? 0 : 1) << answer << asked.err;
-        EXPECT_NE(asked.err.find("- 3 Tag5 (5): 6f6e651b\nWrite this to "), std::string::npos) << asked.err;
+        EXPECT_NE(asked.err.find("- 3 Tag5 (5): 6f6e651b\nWrite this to "), std::string::npos)
+            << asked.err;
         EXPECT_TRUE(json::accept(asked.out)) << asked.out;
         EXPECT_EQ(m_dir.read("eeprom") != before, isYes) << answer;
         EXPECT_EQ(m_dir.read("eeprom").size(), 512U);
@@ -235,7 +249,8 @@ TEST_F(BdEdit, ChecksImagesAndFailsOnlyOnACorruptOne) {
     m_dir.write("image", IMAGE.substr(0, 30));
     const Outcome corrupt = bd({"check", m_dir.path("image")});
     EXPECT_EQ(corrupt.status, 1);
-    EXPECT_EQ(corrupt.out.find("at 20: corrupt: CORRUPTED BOARD DESCRIPTOR: id=1 "), 0U) << corrupt.out;
+    EXPECT_EQ(corrupt.out.find("at 20: corrupt: CORRUPTED BOARD DESCRIPTOR: id=1 "), 0U)
+        << corrupt.out;
     EXPECT_EQ(bd({"remove", "1", "-i"}).status, 1);
     EXPECT_EQ(bd({"remove", "1", "-i", "--force"}).status, 0);
     EXPECT_EQ(bd({"check", m_dir.path("image")}).out, "1 tag in 12 of 30 bytes\n");

@@ -26,7 +26,8 @@ std::string fanProfile(const std::string& device) {
            "\"\ndescription = \"Main fan\"\nmaximum = 255\n";
 }
 
-// An image as the descriptor's writer makes it: an odd tag padded, two tags of one kind, the terminator.
+// An image as the descriptor's writer makes it: an odd tag padded, two tags of one kind, the
+// terminator.
 const std::string IMAGE("\x00\x2D\x00\x08\x12\x34\xAB\xCD"
                         "\x00\x05\x00\x08one\x00"
                         "\x00\x05\x00\x04"
@@ -95,12 +96,18 @@ TEST(Boardctl, NamesWhatAMistypedWordMayHaveMeant) {
          "there is no option '--nmae'; did you mean '--name'?\n",
          2}, // not: no speed 'x'
         {{"fan", "--bord", "x"}, "there is no option '--bord'; did you mean '--board'?\n", 2},
-        {{"fan", "hihg"}, "SPEED: 'hihg' (expected full, high, low or off); did you mean 'high'?\n", 2},
+        {{"fan", "hihg"},
+         "SPEED: 'hihg' (expected full, high, low or off); did you mean 'high'?\n",
+         2},
         {{"led", "status", "bi", "of"}, "; did you mean 'off'?\n", 2},
         {{"led", "status", "blnk", "1", "1"}, "; did you mean 'blink'?\n", 2},
-        {{"led", "status", "blink", "2"}, "blink takes COUNT and PERIOD_MS, such as: blink 3 500\n", 2},
+        {{"led", "status", "blink", "2"},
+         "blink takes COUNT and PERIOD_MS, such as: blink 3 500\n",
+         2},
         {{"led", "status", "bi"}, "bi takes on or off\n", 2},
-        {{"led", "status", "on"}, "'on' is no action (expected the state 0, 1 or 2, bi on, bi off, or", 2},
+        {{"led", "status", "on"},
+         "'on' is no action (expected the state 0, 1 or 2, bi on, bi off, or",
+         2},
         {{"leds", "send", "-a", "b"},
          "there is no option '-a' (a word that begins with a dash goes behind --)\n",
          2},
@@ -108,11 +115,19 @@ TEST(Boardctl, NamesWhatAMistypedWordMayHaveMeant) {
         {{"help"}, "there is no command 'help'; did you mean '--help'?\n", 2},
         {{"help", "fan"}, "nothing takes the word 'help'; did you mean '--help'?\n", 2},
         {{"info", "--board"}, "--board: its value is missing\n", 2},
-        {{"bd", "get", "Produktid"}, "or a name such as ProductID); did you mean 'ProductID'?\n", 2},
-        {{"bd", "mac", "list", "x"}, "nothing takes the word 'x' (an image file is named by -i)\n", 2},
+        {{"bd", "get", "Produktid"},
+         "or a name such as ProductID); did you mean 'ProductID'?\n",
+         2},
+        {{"bd", "mac", "list", "x"},
+         "nothing takes the word 'x' (an image file is named by -i)\n",
+         2},
         {{"bd", "set", "1=02:00:00:00:00:07"}, "; `boardctl bd mac` writes addresses\n", 2},
-        {{"bd", "add", "45=u23:1"}, "(expected u8, u16, u32, uint, text or hex); did you mean 'u32'?\n", 2},
-        {{"led", "stauts"}, "there is no led 'stauts' (there are: status); did you mean 'status'?\n", 1},
+        {{"bd", "add", "45=u23:1"},
+         "(expected u8, u16, u32, uint, text or hex); did you mean 'u32'?\n",
+         2},
+        {{"led", "stauts"},
+         "there is no led 'stauts' (there are: status); did you mean 'status'?\n",
+         1},
     };
     for (const Case& each : CASES) {
         const Outcome outcome = boardctl(each.words);
@@ -127,8 +142,9 @@ TEST(Boardctl, TakesBoardAndFormatBeforeAndAfterTheCommand) {
     dir.write("board.toml", fanProfile("fan.value"));
     const std::string board = dir.path("board.toml");
     const json expected = {{{"name", "fan"}, {"description", "Main fan"}, {"speed", "high"}}};
-    for (const auto& words : std::vector<std::vector<std::string>>{
-             {"--board", board, "--format", "json", "fan"}, {"fan", "--format", "json", "--board", board}})
+    for (const auto& words :
+         std::vector<std::vector<std::string>>{{"--board", board, "--format", "json", "fan"},
+                                               {"fan", "--format", "json", "--board", board}})
         EXPECT_EQ(json::parse(boardctl(words).out), expected);
 }
 
@@ -159,11 +175,14 @@ TEST(Boardctl, FailsWhereAFanSilentlyRefusesOrCanNotBeUsed) {
     const TempDir dir;
     dir.write("deaf.toml", fanProfile("/dev/null"));
     dir.write("missing.toml", fanProfile("nowhere"));
-    const Outcome deaf = boardctl({"--board", dir.path("deaf.toml"), "fan", "full", "--format", "json"});
+    const Outcome deaf =
+        boardctl({"--board", dir.path("deaf.toml"), "fan", "full", "--format", "json"});
     EXPECT_EQ(deaf.status, 1);
-    EXPECT_NE(deaf.err.find("the device holds off after full was written"), std::string::npos) << deaf.err;
+    EXPECT_NE(deaf.err.find("the device holds off after full was written"), std::string::npos)
+        << deaf.err;
 
-    const Outcome missing = boardctl({"--board", dir.path("missing.toml"), "fan", "--format", "json"});
+    const Outcome missing =
+        boardctl({"--board", dir.path("missing.toml"), "fan", "--format", "json"});
     EXPECT_EQ(missing.status, 1);
     EXPECT_TRUE(json::parse(missing.out)[0]["speed"].is_null());
     EXPECT_NE(json::parse(missing.out)[0]["error"].get<std::string>().find("No such file"),
@@ -174,7 +193,8 @@ TEST(Boardctl, ReportsTheRestWhereOneDeviceFails) {
     const TempDir dir;
     dir.write("eeprom", IMAGE);
     dir.write("board.toml", fanProfile("nowhere") + "[descriptor]\ndevice = \"eeprom\"\n");
-    const Outcome outcome = boardctl({"--board", dir.path("board.toml"), "info", "--format", "json"});
+    const Outcome outcome =
+        boardctl({"--board", dir.path("board.toml"), "info", "--format", "json"});
     EXPECT_EQ(outcome.status, 1);
     const json info = json::parse(outcome.out);
     EXPECT_TRUE(info["fans"][0]["speed"].is_null());
@@ -209,8 +229,9 @@ TEST(Boardctl, DumpsOfACorruptImageTheGoodTagsAndSaysWhatIsWrong) {
                                                       : "1234abcd"),
                   std::string::npos);
         EXPECT_TRUE(json::accept(outcome.out)) << outcome.out;
-        EXPECT_EQ(outcome.err, "boardctl: CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length "
-                               "(chunkLen=2 is too small) at pos=10\n");
+        EXPECT_EQ(outcome.err,
+                  "boardctl: CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length "
+                  "(chunkLen=2 is too small) at pos=10\n");
     }
 }
 
@@ -245,9 +266,11 @@ TEST(Boardctl, LeavesTheTargetAloneWhereTheTagsAreWrong) {
     for (const auto& each : CASES) {
         dir.write("tags.json", each.tags);
         dir.write("image", "as it was");
-        const Outcome outcome = boardctl({"bd", "build", dir.path("tags.json"), "-o", dir.path("image")});
+        const Outcome outcome =
+            boardctl({"bd", "build", dir.path("tags.json"), "-o", dir.path("image")});
         EXPECT_EQ(outcome.status, 1) << each.message;
-        EXPECT_NE(outcome.err.find(each.message), std::string::npos) << each.message << "\n" << outcome.err;
+        EXPECT_NE(outcome.err.find(each.message), std::string::npos) << each.message << "\n"
+                                                                     << outcome.err;
         EXPECT_EQ(dir.read("image"), "as it was") << each.message;
     }
 }
@@ -272,8 +295,8 @@ TEST(Boardctl, RunShowsTheBoardAndEndsInOrderOnATerminationSignal) {
         program.signal(signal);
         const Outcome outcome = program.finish();
         EXPECT_EQ(outcome.status, 0) << outcome.err;
-        for (const std::string text :
-             {R"("event":"connected","kind":"fan")", R"("key":"Platform ID")", "{\"event\":\"stopped\"}\n"})
+        for (const std::string text : {R"("event":"connected","kind":"fan")",
+                                       R"("key":"Platform ID")", "{\"event\":\"stopped\"}\n"})
             EXPECT_NE(outcome.out.find(text), std::string::npos) << outcome.out;
     }
 }
@@ -305,28 +328,34 @@ TEST(Boardctl, MakesASimulatedBoardThatItCanHostAndRefusesAFullFolder) {
 }
 
 TEST(Boardctl, FailsWhereItsOutputIsNotTaken) {
-    for (const std::string command : {"info", "run"}) { // without a time limit: nobody watches any more
+    for (const std::string command :
+         {"info", "run"}) { // without a time limit: nobody watches any more
         const Outcome outcome = support::Program({BOARDCTL, command}, "/dev/full").finish();
         EXPECT_EQ(outcome.status, 1);
-        EXPECT_NE(outcome.err.find("can't write to standard output"), std::string::npos) << outcome.err;
+        EXPECT_NE(outcome.err.find("can't write to standard output"), std::string::npos)
+            << outcome.err;
     }
 }
 
 TEST(Boardctl, ShowsForeignTextOnOneLineAndWithoutControlCharacters) {
     const TempDir dir;
     dir.write("sensor", "1");
-    dir.write("board.toml",
-              "[[power]]\nname='L\xC3\xBC'\ndevice='sensor'\ndescription=\"x\\u001b[31m\\n\\u009B\"\n");
+    dir.write(
+        "board.toml",
+        "[[power]]\nname='L\xC3\xBC'\ndevice='sensor'\ndescription=\"x\\u001b[31m\\n\\u009B\"\n");
     const Outcome run = boardctl({"--board", dir.path("board.toml"), "run", "--for", "0"});
-    EXPECT_NE(run.out.find("power 'L\xC3\xBC': connected to 'kernel.L\xC3\xBC', x\\x1b[31m\\x0a\\xc2\\x9b, "),
-              std::string::npos)
+    EXPECT_NE(
+        run.out.find(
+            "power 'L\xC3\xBC': connected to 'kernel.L\xC3\xBC', x\\x1b[31m\\x0a\\xc2\\x9b, "),
+        std::string::npos)
         << run.out;
     const Outcome named = boardctl({"fan", "--name", "a\nb\x1B"});
     EXPECT_EQ(named.err, "boardctl: there is no fan 'a\\x0ab\\x1b' (there are: fan)\n");
 }
 
 TEST(Boardctl, GivesADocumentAlsoWhereNothingCouldBeStarted) {
-    const Outcome outcome = boardctl({"info", "--board", "/nowhere/board.toml", "--format", "json"});
+    const Outcome outcome =
+        boardctl({"info", "--board", "/nowhere/board.toml", "--format", "json"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(json::parse(outcome.out)["error"],
               "/nowhere/board.toml: can't open: No such file or directory");
@@ -337,8 +366,9 @@ TEST(Boardctl, IsNotKeptByADeviceThatWaits) {
     dir.write("fan", "0");
     dir.makePipe("pipe");
     dir.write("board.toml", fanProfile("fan") + "enable = \"pipe\"\n");
-    EXPECT_NE(boardctl({"--board", dir.path("board.toml"), "fan"}).err.find("pipe: is no device file"),
-              std::string::npos);
+    EXPECT_NE(
+        boardctl({"--board", dir.path("board.toml"), "fan"}).err.find("pipe: is no device file"),
+        std::string::npos);
 
     support::Program reader({BOARDCTL, "bd", "show", dir.path("pipe")});
     int writer = -1; // there is a reader once it can be opened
@@ -410,7 +440,8 @@ TEST(Boardctl, WaitsForALedThatReadsAsBeforeJustAfterAWrite) {
         const std::string lines = reads + "1\n1\n1\n1\n"; // a read too many shall not wait
         EXPECT_EQ(::write(device, lines.data(), lines.size()), static_cast<ssize_t>(lines.size()));
         const TempDir dir;
-        dir.write("board.toml", "[[led]]\nname = 'slow'\nbi_status = true\ndevice = '" + path + "'\n");
+        dir.write("board.toml",
+                  "[[led]]\nname = 'slow'\nbi_status = true\ndevice = '" + path + "'\n");
         std::vector<std::string> call{"--board", dir.path("board.toml"), "led", "slow"};
         call.insert(call.end(), words.begin(), words.end());
         Outcome outcome = boardctl(call);
@@ -423,15 +454,16 @@ TEST(Boardctl, WaitsForALedThatReadsAsBeforeJustAfterAWrite) {
     EXPECT_EQ(overlay.out, "slow: 1\n") << overlay.err;
     // A 0 takes three reads: the second is the host's look at the device, of one byte.
     const std::string dark = "0\n00\n";
-    const Outcome blinks = led({"blink", "1", "2"}, former + "1\n" + "1\n" + dark + dark + dark + "1\n");
+    const Outcome blinks =
+        led({"blink", "1", "2"}, former + "1\n" + "1\n" + dark + dark + dark + "1\n");
     EXPECT_EQ(blinks.out, "slow: 1\n") << blinks.err;
 }
 
 TEST(Boardctl, GivesALedBackWhenASignalEndsTheBlinking) {
     const TempDir dir;
     ASSERT_EQ(boardctl({"sim", "create", dir.path("sim")}).status, 0);
-    support::Program program(
-        {BOARDCTL, "--board", dir.path("sim/board.toml"), "led", "status", "blink", "1000", "600000"});
+    support::Program program({BOARDCTL, "--board", dir.path("sim/board.toml"), "led", "status",
+                              "blink", "1000", "600000"});
     while (std::string(dir.read("sim/dev/status").c_str()) != "1")
         ::sched_yield();
     program.signal(SIGINT);

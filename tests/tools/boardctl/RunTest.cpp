@@ -40,7 +40,9 @@ protected:
         more.insert(more.begin(), {BOARDCTL, "--board", profile()});
         return more;
     }
-    Outcome call(std::vector<std::string> more) const { return Program(words(std::move(more))).finish(); }
+    Outcome call(std::vector<std::string> more) const {
+        return Program(words(std::move(more))).finish();
+    }
 
     const TempDir m_dir;
 };
@@ -59,11 +61,13 @@ TEST_F(HostedBoard, PlaysLinesOfOtherProcessesAndTellsOfTheButton) {
     EXPECT_EQ(m_dir.read("sim/leds/line.state"), "1");
 
     // Any program may write, and whatever it writes, a line behind a newline still works.
-    const std::string script =
-        "printf 'x%.0s' $(seq 300) > " + std::string(PIPE) + "; printf 'a\\0b\\n\\377\\n' > " + PIPE;
+    const std::string script = "printf 'x%.0s' $(seq 300) > " + std::string(PIPE) +
+                               "; printf 'a\\0b\\n\\377\\n' > " + PIPE;
     EXPECT_EQ(Program({"/bin/sh", "-c", script}).finish().status, 0);
     run.signal(SIGHUP); // asks for nothing
-    EXPECT_EQ(Program({"/bin/sh", "-c", "printf '\\nline idle\\n' > " + std::string(PIPE)}).finish().status,
+    EXPECT_EQ(Program({"/bin/sh", "-c", "printf '\\nline idle\\n' > " + std::string(PIPE)})
+                  .finish()
+                  .status,
               0);
     ASSERT_TRUE(run.waitForOutput("LED 'line' off"));
 
@@ -82,7 +86,8 @@ TEST_F(HostedBoard, PlaysLinesOfOtherProcessesAndTellsOfTheButton) {
     EXPECT_EQ(second.status, 0);
     EXPECT_TRUE(has(second.err, "another program drives the LEDs of this board")) << second.err;
     EXPECT_TRUE(has(second.err, "another program watches")) << second.err;
-    EXPECT_TRUE(has(boardctl({"run", "--for", "0"}).err, "the pipe is in use")) << "a board of its own";
+    EXPECT_TRUE(has(boardctl({"run", "--for", "0"}).err, "the pipe is in use"))
+        << "a board of its own";
 
     run.signalUntilEnded(SIGTERM);
     const Outcome outcome = run.finish();
@@ -169,10 +174,10 @@ TEST_F(HostedBoard, GoesOnWithoutAButtonThatDisappears) {
 }
 
 TEST_F(HostedBoard, RefusesAButtonThatWouldSpinAndLedsThatAreNotThere) {
-    m_dir.write("board.toml",
-                "[button]\ndevice = 'board.toml'\n[leds]\n[[leds.file]]\nmask = 1\npath = 'led:none at all'\n"
-                "[[leds.file]]\nmask = 2\npath = 'gone'\n[firmware]\ninfo = '.'\n"
-                "[preferences]\nfile = '.'\n");
+    m_dir.write("board.toml", "[button]\ndevice = 'board.toml'\n[leds]\n[[leds.file]]\nmask = "
+                              "1\npath = 'led:none at all'\n"
+                              "[[leds.file]]\nmask = 2\npath = 'gone'\n[firmware]\ninfo = '.'\n"
+                              "[preferences]\nfile = '.'\n");
     const Outcome run = boardctl({"--board", m_dir.path("board.toml"), "run", "--for", "0"});
     EXPECT_EQ(run.status, 0);
     for (const char* const text :
@@ -228,7 +233,8 @@ TEST(LedsSend, SaysWhyALineCanNotBeSentAndNeverWaits) {
     EXPECT_TRUE(has(alone.err, "nobody reads the pipe")) << alone.err;
 
     const int reader = ::open(PIPE, O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    EXPECT_EQ(boardctl({"leds", "send", std::string(68, 'a'), "b", "-01234567"}).status, 0) << "is decimal";
+    EXPECT_EQ(boardctl({"leds", "send", std::string(68, 'a'), "b", "-01234567"}).status, 0)
+        << "is decimal";
     char text[100];
     EXPECT_EQ(::read(reader, text, sizeof text), 80);
     while (::write(reader, "x", 1) == 1)
@@ -246,12 +252,14 @@ TEST(Leds, ChecksAndPreviewsWithoutAServiceOrAPipe) {
     const TempDir dir;
     dir.write("board.toml",
               "[leds]\n[[leds.command]]\nword1 = 'a'\nword2 = 'b'\nmask = 0\naction = 'roll-up'\n");
-    const Outcome check = boardctl({"--board", dir.path("board.toml"), "leds", "check", "--format", "json"});
+    const Outcome check =
+        boardctl({"--board", dir.path("board.toml"), "leds", "check", "--format", "json"});
     EXPECT_EQ(check.status, 1);
     EXPECT_EQ(json::parse(check.out)["mistakes"].size(), 1U);
 
-    const Outcome preview = boardctl({"leds", "preview", "--ticks", "6", "--at", "1 line call", "--at",
-                                      "4 all defaults", "--at", "3 line idle", "--format", "json"});
+    const Outcome preview =
+        boardctl({"leds", "preview", "--ticks", "6", "--at", "1 line call", "--at",
+                  "4 all defaults", "--at", "3 line idle", "--format", "json"});
     EXPECT_EQ(preview.status, 0) << preview.err;
     const json waves = json::parse(preview.out);
     EXPECT_EQ(waves["ticks"], 6);
