@@ -1,76 +1,14 @@
 #include "CBoardDescr.h"
 
-#include <algorithm>
-#include <iterator>
-
-#include "ByteOrder.h"
+#include "BD_TagMeaning.h"
 #include "InfoContainer.h"
 
-// The information reports, and the two identifiers that tag 45 carries.
+// The information reports, and the two identifiers in tag 45.
 
 namespace {
 
 constexpr BD::TagId PRODUCT_TAG = 45;
-constexpr unsigned PRODUCT_BYTES = 4;
-
-/// How a tag's data is shown.
-enum class Kind {
-    MAC,
-    IPV4,
-    HIDDEN,
-    TEXT,
-    UPPER_TEXT,
-    HEX_NUMBER,
-    OBSOLETE,
-    NUMBER,
-    PRODUCT,
-    HEX_DUMP
-};
-
-struct KindOfRange {
-    BD::TagId first;
-    BD::TagId last;
-    Kind kind;
-};
-
-/// What each identifier's row shows; identifiers not listed are dumped. In ascending order.
-constexpr KindOfRange KINDS[] = {
-    {1, 1, Kind::MAC},
-    {2, 2, Kind::IPV4},
-    {3, 3, Kind::HIDDEN},
-    {4, 4, Kind::IPV4},
-    {5, 5, Kind::TEXT},
-    {6, 7, Kind::HEX_NUMBER},
-    {8, 8, Kind::OBSOLETE},
-    {9, 9, Kind::HEX_NUMBER},
-    {10, 13, Kind::TEXT},
-    {14, 14, Kind::UPPER_TEXT},
-    {15, 15, Kind::TEXT},
-    {16, 18, Kind::NUMBER},
-    {20, 21, Kind::NUMBER},
-    {22, 22, Kind::UPPER_TEXT},
-    {23, 25, Kind::TEXT},
-    {26, 27, Kind::NUMBER},
-    {28, 29, Kind::HEX_NUMBER},
-    {41, 43, Kind::NUMBER},
-    {44, 44, Kind::TEXT},
-    {45, 45, Kind::PRODUCT},
-    {46, 49, Kind::TEXT},
-    {50, 51, Kind::HEX_NUMBER},
-    {32768, 32779, Kind::NUMBER},
-    {32780, 32780, Kind::HEX_NUMBER},
-    {32781, 32786, Kind::NUMBER},
-    {32787, 32788, Kind::TEXT},
-    {32789, 32789, Kind::NUMBER},
-    {32791, 32793, Kind::NUMBER},
-};
-
-Kind kindOf(BD::TagId id) {
-    const auto* const row = std::lower_bound(
-        std::begin(KINDS), std::end(KINDS), id,
-        [](const KindOfRange& range, BD::TagId wanted) { return range.last < wanted; });
-    return row != std::end(KINDS) && row->first <= id ? row->kind : Kind::HEX_DUMP;
-}
+constexpr unsigned PRODUCT_BYTES = BD::meaningOf(PRODUCT_TAG).size;
 
 unsigned byteAt(const BD::Tag& tag, unsigned index) {
     return static_cast<unsigned char>(tag.data[index]);
@@ -81,15 +19,14 @@ String hexDump(const BD::Tag& tag) {
     return tag.getDataAsHexString(dump);
 }
 
-/// The text as it is printed: it ends at a zero byte, such as the one that storing adds to an odd
-/// length.
+/// The text up to its first zero byte, such as the one that storing adds to an odd length.
 String text(const BD::Tag& tag) {
     String value;
     return String(tag.getDataString(value).c_str());
 }
 
-/// Writes the rows of one report: the header, and tags two levels below it while that is deep
-/// enough.
+/// Writes the rows of one report: the header, and the tags two levels below it if the report goes
+/// that deep.
 class Report {
 public:
     Report(InfoContainer& container, unsigned maxLevel, unsigned level, unsigned maxIndex,
@@ -127,45 +64,46 @@ void addProduct(Report& report, const BD::Tag& tag) {
 
 void addTag(Report& report, const CBoardDescr& board, const BD::Tag& tag) {
     const String name = BD::TAG_ID_TO_STRING(tag.id);
-    switch (kindOf(tag.id)) {
-    case Kind::HIDDEN:
+    switch (BD::meaningOf(tag.id).kind) {
+    case BD::TagKind::HIDDEN:
         break;
-    case Kind::MAC: {
+    case BD::TagKind::MAC: {
         String mac;
         unsigned iface = 0;
-        static_cast<void>(board.getMacAddr(tag, mac, iface)); // a bad one shows as an empty address
+        // A record of the wrong size shows as an empty address.
+        static_cast<void>(board.getMacAddr(tag, mac, iface));
         report.add(name, String::format("%s iface=%d", mac.c_str(), static_cast<int>(iface)));
         break;
     }
-    case Kind::IPV4:
+    case BD::TagKind::IPV4:
         report.add(name, String::format("%u.%u.%u.%u", byteAt(tag, 0), byteAt(tag, 1),
                                         byteAt(tag, 2), byteAt(tag, 3)));
         break;
-    case Kind::TEXT:
+    case BD::TagKind::TEXT:
         report.add(name, text(tag));
         break;
-    case Kind::UPPER_TEXT:
+    case BD::TagKind::UPPER_TEXT:
         report.add(name, text(tag).toUpperCase());
         break;
-    case Kind::HEX_NUMBER:
+    case BD::TagKind::HEX_NUMBER:
         report.add(name, String::format("0x%x", static_cast<unsigned>(tag.getDataUInt32())));
         break;
-    case Kind::NUMBER:
+    case BD::TagKind::NUMBER:
         report.add(name, String::format("%u", static_cast<unsigned>(tag.getDataUInt32())));
         break;
-    case Kind::OBSOLETE:
+    case BD::TagKind::OBSOLETE:
         report.add(String::format("%s (obsolete)", name.c_str()), hexDump(tag));
         break;
-    case Kind::PRODUCT:
+    case BD::TagKind::PRODUCT:
         addProduct(report, tag);
         break;
-    case Kind::HEX_DUMP:
+    case BD::TagKind::BYTES:
         report.add(name, hexDump(tag));
         break;
     }
 }
 
-/// The 16 bits that stand at byte `first` of the tag, which may be null.
+/// Reads the 16 bits at byte `first` of the tag, which may be null.
 XCode readProductTag(const BD::Tag* tag, unsigned first, unsigned& id) {
     if (!tag || tag->length != PRODUCT_BYTES)
         return XCode(XCode::FAILURE);

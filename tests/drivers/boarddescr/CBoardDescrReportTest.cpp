@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "BD_TagMeaning.h"
 #include "InfoContainer.h"
 #include "support/DriverFixtures.h"
 
@@ -141,3 +142,16 @@ TEST_F(CBoardDescrReportTest, NothingBeyondTheLimitsIsWritten) {
 }
 
 } // namespace
+
+TEST(TagMeanings, AscendAndUseTheFrameworksNames) {
+    BD::TagId last = 0;
+    for (const BD::TagMeaning& meaning : BD::TAG_MEANINGS) {
+        EXPECT_LT(last, meaning.first);
+        EXPECT_LE(meaning.first, meaning.last);
+        last = meaning.last;
+    }
+    for (BD::TagId id = 0; id <= 0xFFFF; ++id) {
+        const char* const name = BD::meaningOf(id).name;
+        ASSERT_EQ(BD::TAG_ID_TO_STRING(id), name ? String(name) : String::format("Tag%d", id));
+    }
+}
