@@ -41,13 +41,9 @@ XCode ButtonService::Watch::runThread() {
 
 void ButtonService::Watch::end(const String& why) {
     m_hasFailed = true;
-    m_events.push(
-        {Event::Kind::FAULT,
-         String::format("button: %s%s is not watched any more", m_path.c_str(), why.c_str())
-             .c_str(),
-         {},
-         false,
-         {}});
+    m_events.push(event::Fault{
+        String::format("button: %s%s is not watched any more", m_path.c_str(), why.c_str())
+            .c_str()});
 }
 
 void ButtonService::Watch::processButtonMessage(const String& message) {
@@ -80,17 +76,13 @@ ButtonService::~ButtonService() {
 
 void ButtonService::onButtonPressed(const TYTime&) {
     m_isPressed = true;
-    m_events.push({Event::Kind::BUTTON_PRESSED, "", {}, false, {}});
+    m_events.push(event::ButtonPressed{});
 }
 
 void ButtonService::onButtonReleased(const TYTime& heldFor) {
     // Of a button that was down before anybody watched, nobody knows for how long.
     const bool isKnown = std::exchange(m_isPressed, false);
-    m_events.push({Event::Kind::BUTTON_RELEASED,
-                   "",
-                   isKnown ? std::optional(heldFor) : std::nullopt,
-                   false,
-                   {}});
+    m_events.push(event::ButtonReleased{isKnown ? std::optional(heldFor) : std::nullopt});
 }
 
 } // namespace board

@@ -120,7 +120,7 @@ void LedStates::set(std::size_t index, bool isLit) {
         ::close(
             std::exchange(m_sources[index].stateFile, -1)); // the LED is what counts, not its copy
     if (m_tellsChanges)
-        m_events.push({Event::Kind::LED_CHANGED, name, {}, isLit, {}});
+        m_events.push(event::LedChanged{name, isLit});
 }
 
 } // namespace board

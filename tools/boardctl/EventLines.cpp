@@ -74,43 +74,46 @@ void EventLines::printTimed(const TYTime& time, const char* event, const std::st
     print(event, timeText(time) + " " + text, all);
 }
 
-void EventLines::print(const board::Event& event) {
-    using Kind = board::Event::Kind;
-    switch (event.kind) {
-    case Kind::BUTTON_PRESSED:
-        return printTimed(event.time, "button-pressed", "button pressed", ordered_json::object());
-    case Kind::BUTTON_RELEASED: {
-        if (!event.heldFor)
-            return printTimed(event.time, "button-released", "button released",
-                              {{"held_seconds", nullptr}});
-        const double held = secondsOf(*event.heldFor);
-        return printTimed(event.time, "button-released",
-                          String::format(held < 100 ? "button released, held %.3g s"
-                                                    : "button released, held %.0f s",
-                                         held)
-                              .c_str(),
-                          {{"held_seconds", held}});
+void EventLines::print(const board::EventQueue::Entry& entry) {
+    std::visit([&](const auto& event) { printEvent(entry.time, event); }, entry.event);
+}
+
+void EventLines::printEvent(const TYTime& time, const board::event::ButtonPressed&) {
+    printTimed(time, "button-pressed", "button pressed", ordered_json::object());
+}
+
+void EventLines::printEvent(const TYTime& time, const board::event::ButtonReleased& released) {
+    std::string text = "button released";
+    ordered_json seconds = nullptr;
+    if (released.heldFor) {
+        const double held = secondsOf(*released.heldFor);
+        text += String::format(held < 100 ? ", held %.3g s" : ", held %.0f s", held).c_str();
+        seconds = held;
     }
-    case Kind::LED_COMMAND:
-        return printTimed(event.time, "led-command", "LED command: " + event.text,
-                          {{"line", event.text}});
-    case Kind::LED_CHANGED:
-        if (m_panel)
-            return; // it shows the state itself
-        return printTimed(event.time, "led",
-                          "LED '" + event.text + "' " + (event.isLit ? "on" : "off"),
-                          {{"name", event.text}, {"lit", event.isLit}});
-    case Kind::FAULT:
-        return fault(timeText(event.time) + " " + event.text,
-                     {{"time", timeText(event.time)}, {"error", event.text}});
-    case Kind::LOG:
-        return complain(event.text);
-    }
+    printTimed(time, "button-released", text, {{"held_seconds", seconds}});
+}
+
+void EventLines::printEvent(const TYTime& time, const board::event::LedCommand& command) {
+    printTimed(time, "led-command", "LED command: " + command.line, {{"line", command.line}});
+}
+
+void EventLines::printEvent(const TYTime& time, const board::event::LedChanged& led) {
+    if (!m_panel) // which shows the state itself
+        printTimed(time, "led", "LED '" + led.name + "' " + (led.isLit ? "on" : "off"),
+                   {{"name", led.name}, {"lit", led.isLit}});
+}
+
+void EventLines::printEvent(const TYTime& time, const board::event::Fault& event) {
+    fault(timeText(time) + " " + event.text, {{"time", timeText(time)}, {"error", event.text}});
+}
+
+void EventLines::printEvent(const TYTime&, const board::event::LogLine& line) {
+    complain(line.text);
 }
 
 void EventLines::print(const board::EventQueue::Batch& batch) {
-    for (const board::Event& event : batch.events)
-        print(event);
+    for (const board::EventQueue::Entry& entry : batch.entries)
+        print(entry);
     if (batch.lost != 0)
         fault(std::to_string(batch.lost) + " events came faster than they could be printed",
               {{"lost", batch.lost}});

@@ -24,13 +24,19 @@ public:
                     const nlohmann::ordered_json& fields);
 
     /// What the services tell.
-    void print(const board::Event& event);
     void print(const board::EventQueue::Batch& batch);
 
     /// Whether somebody who watched has gone, and with that the reason to go on.
     bool isLost() const { return m_isLost; }
 
 private:
+    void print(const board::EventQueue::Entry& entry);
+    void printEvent(const TYTime& time, const board::event::ButtonPressed& pressed);
+    void printEvent(const TYTime& time, const board::event::ButtonReleased& released);
+    void printEvent(const TYTime& time, const board::event::LedCommand& command);
+    void printEvent(const TYTime& time, const board::event::LedChanged& led);
+    void printEvent(const TYTime& time, const board::event::Fault& event);
+    void printEvent(const TYTime& time, const board::event::LogLine& line);
     void printTimed(const TYTime& time, const char* event, const std::string& text,
                     const nlohmann::ordered_json& fields);
 

@@ -9,6 +9,7 @@
 #include "base/Error.h"
 #include "base/Notification.h"
 #include "board/CpuMeter.h"
+#include "board/EventTap.h"
 #include "board/Report.h"
 #include "board/Services.h"
 #include "tour.h"

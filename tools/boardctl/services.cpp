@@ -11,6 +11,7 @@
 #include "base/Error.h"
 #include "base/Text.h"
 #include "board/CpuMeter.h"
+#include "board/EventTap.h"
 #include "button/ButtonBridge.h"
 #include "button/ButtonService.h"
 

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "RTD.h"
+#include "base/Events.h"
+
+namespace board {
+
+/// While it lives, turns what the library logs and what it reports to the event monitor into
+/// events: errors into faults, LED command lines into LED commands, and other lines up to the level
+/// in BOARD_LOG_LEVEL into log lines.
+class EventTap : private RTD::LogSink, private RTD::Monitor {
+public:
+    /// `queue` must outlive the object.
+    explicit EventTap(EventQueue& queue);
+    /// Puts the former log sink and event monitor back.
+    ~EventTap() override;
+
+private:
+    void write(const String& category, int level, const String& text) override;
+    void report(int level, const String& text) override;
+
+    EventQueue& m_queue;
+    const int m_level;
+    RTD::LogSink* const m_formerSink;
+    RTD::Monitor* const m_formerMonitor;
+};
+
+} // namespace board
