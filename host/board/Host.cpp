@@ -130,18 +130,18 @@ void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
     const auto driver =
         TYPPtr<CKernelDriver>::adopt(new Driver(DRIVER::INSTANCE(), entry.name.c_str(), endpoint));
     try {
-        use(entry.device, [&](const std::string& named) {
+        withPlaceInErrors(entry.device, [&](const std::string& named) {
             device.path = locator.locate(named);
             expectDeviceFile(device.path, true);
             expectReadable(device.path);
         });
         if (enableFile)
-            use(*enableFile, [&](const std::string& named) {
+            withPlaceInErrors(*enableFile, [&](const std::string& named) {
                 const std::string path = locator.locate(named);
                 expectDeviceFile(path, true);
                 enable(path);
             });
-        use(entry.device, [&](const std::string&) {
+        withPlaceInErrors(entry.device, [&](const std::string&) {
             answers.push_back(answer(MSG_GET_FILE_PATH, device.path.c_str()));
             answers.push_back(answer(MSG_GET_DESCRIPTION, entry.description.c_str()));
             m_endpoints.push_back(std::make_unique<KernelEndpoint>(endpoint, answers));
@@ -159,7 +159,7 @@ void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
 void Host::addDescriptor(const DescriptorProfile& profile, const DeviceLocator& locator) {
     Device device{"descriptor", DESCRIPTOR_DRIVER, "", "", "", ""};
     try {
-        use(profile.device, [&](const std::string& named) {
+        withPlaceInErrors(profile.device, [&](const std::string& named) {
             device.path = locator.locate(named);
             expectDeviceFile(device.path, false); // a character device may never come to its end
             expectSizeOfDescriptor(device.path);
@@ -184,7 +184,7 @@ void Host::addCapacity(const VoipProfile& profile) {
 void Host::loadPreferences(const NamedPath& file) {
     Device device{"preferences", "preferences", "", file.path, "", ""};
     try {
-        use(file, [](const std::string& path) {
+        withPlaceInErrors(file, [](const std::string& path) {
             struct stat status {};
             if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
                 throw Error(path + ": is no file (expected one of lines 'key = value')");

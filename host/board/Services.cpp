@@ -16,7 +16,7 @@ Services::Services(const Profile& profile, bool tellsLeds, EventQueue& events) {
             m_faults.push_back({"leds", fault});
     try {
         if (profile.button)
-            use(*profile.button, [&](const std::string&) {
+            withPlaceInErrors(*profile.button, [&](const std::string&) {
                 m_button = std::make_unique<ButtonService>(*profile.button, events);
             });
     } catch (const Error& error) {

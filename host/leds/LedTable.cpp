@@ -23,7 +23,7 @@ LedTable::LedTable(const LedsProfile& profile, const DeviceLocator& locator) {
     for (const LedsProfile::File& file : profile.files) {
         Led led{static_cast<std::uint32_t>(file.mask), ledNameOf(file.path.path), ""};
         try {
-            use(file.path, [&](const std::string& named) {
+            withPlaceInErrors(file.path, [&](const std::string& named) {
                 led.path = locator.locate(named);
                 led.name = ledNameOf(led.path);
             });

@@ -6,16 +6,16 @@
 
 namespace board {
 
-/// A file that the profile names. Whether it is there is found out where it is used.
+/// A file that the profile names. Whether it exists is found out when it is used.
 struct NamedPath {
     std::string path;
-    std::string place; ///< who names it, for messages: "FILE:LINE: KEY"
+    std::string place; ///< the entry that names it, for messages: "FILE:LINE: KEY"
 };
 
-/// Does `action` with the path. An Error that it throws then begins with the place that names the
-/// path.
+/// Calls `action` with the path. If the action throws an Error, its message begins with the place
+/// that names the path.
 template <class Action>
-void use(const NamedPath& named, Action action) {
+void withPlaceInErrors(const NamedPath& named, Action action) {
     try {
         action(named.path);
     } catch (const Error& error) {

@@ -135,7 +135,7 @@ Target targetOf(const Options& options, const std::string& image) {
     const board::Profile& profile = target.board->profile();
     if (!profile.descriptor)
         throw board::Error(target.board->profilePath() + ": the board has no descriptor");
-    board::use(profile.descriptor->device, [&](const std::string& named) {
+    board::withPlaceInErrors(profile.descriptor->device, [&](const std::string& named) {
         target.place.path = board::DeviceLocator().locate(named);
         board::expectReadable(target.place.path);
     });

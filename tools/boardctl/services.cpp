@@ -37,7 +37,7 @@ int watchButton(const Options& options, std::optional<double> seconds) {
     if (seconds)
         end = Clock::now() + spanOf(*seconds);
     bool hasFailed = false;
-    board::use(*board.profile().button, [&](const std::string&) {
+    board::withPlaceInErrors(*board.profile().button, [&](const std::string&) {
         const board::ButtonService button(*board.profile().button, queue);
         complain("watching " + board.profile().button->path + " until " +
                  (seconds ? "the time is over" : "SIGINT (Ctrl-C)"));
@@ -64,8 +64,8 @@ int bridgeButton(const Options& options, const std::string& device, std::optiona
                            ": the board has no button (expected a table [button])");
     board::InputKey key(device, code);
     std::optional<board::ButtonBridge> bridge;
-    board::use(*board.profile().button,
-               [&](const std::string& pipe) { bridge.emplace(key.events(), pipe); });
+    board::withPlaceInErrors(*board.profile().button,
+                             [&](const std::string& pipe) { bridge.emplace(key.events(), pipe); });
     if (options.json)
         printJson({{"event", "ready"}, {"device", device}, {"code", key.code()}}, -1);
     else

@@ -43,7 +43,7 @@ void addSim(CLI::App& app, Options& options) {
             const BoardProfile board(options);
             if (!board.profile().button)
                 throw board::Error(board.profilePath() + ": the board has no button");
-            board::use(*board.profile().button, [&](const std::string& pipe) {
+            board::withPlaceInErrors(*board.profile().button, [&](const std::string& pipe) {
                 const board::SimulatedButton button(pipe);
                 if (button.isHeld())
                     complain("waits until another program lets go of the button");
