@@ -84,11 +84,11 @@ void checkProfile(const Profile& profile) {
             checkPath(**path);
     if (!profile.ledService)
         return;
-    const board::LedsProfile& leds = *profile.ledService;
+    const board::LedSequencerProfile& leds = *profile.ledService;
     expect(std::uint64_t{leds.tickMs} * 1000 <= UINT32_MAX, "a tick fits its microseconds");
-    for (const board::LedsProfile::File& file : leds.files)
+    for (const board::LedSequencerProfile::File& file : leds.files)
         checkPath(file.path);
-    for (const board::LedsProfile::Command& row : leds.commands)
+    for (const board::LedSequencerProfile::Command& row : leds.commands)
         expect(row.word1.find('\0') == std::string::npos &&
                    row.word2.find('\0') == std::string::npos,
                "words are texts");

@@ -86,7 +86,7 @@ Host::Host(const Profile& profile, const DeviceLocator& locator) {
                                         {answer(MSG_GET_MAXIMUM, sensor.maximum)});
     for (const PowerProfile& power : profile.powers)
         addKernelDriver<CPowerStatus>("power", power, {}, locator, {});
-    for (const LedProfile& led : profile.leds)
+    for (const LedDeviceProfile& led : profile.leds)
         addKernelDriver<CLedControl>("led", led, {}, locator,
                                      {answer(MSG_GET_BI_STATUS, led.biStatus)});
     if (profile.descriptor)

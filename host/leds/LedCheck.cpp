@@ -13,7 +13,7 @@ namespace board {
 
 namespace {
 
-using Row = LedsProfile::Command;
+using Row = LedSequencerProfile::Command;
 
 std::string hex(std::uint32_t mask) {
     return String::format("0x%X", mask).c_str();
@@ -29,7 +29,7 @@ bool takesTime(const Row& row) {
 
 class Check {
 public:
-    explicit Check(const LedsProfile& profile) : m_profile(profile) {}
+    explicit Check(const LedSequencerProfile& profile) : m_profile(profile) {}
 
     std::vector<std::string> run() {
         if (m_profile.tickMs * 1000U == 0)
@@ -39,7 +39,7 @@ public:
         if (m_profile.access != LedCtrl::ACCESS_FILES && m_profile.access != LedCtrl::ACCESS_NONE)
             note(m_profile.place + ".access",
                  std::to_string(m_profile.access) + " is no way of access: nothing is shown");
-        for (const LedsProfile::File& file : m_profile.files)
+        for (const LedSequencerProfile::File& file : m_profile.files)
             checkFile(file);
         for (const Row& row : m_profile.commands)
             checkRow(row);
@@ -51,7 +51,7 @@ private:
         m_notes.push_back(place + ": " + what);
     }
 
-    void checkFile(const LedsProfile::File& file) {
+    void checkFile(const LedSequencerProfile::File& file) {
         const auto mask = static_cast<std::uint32_t>(file.mask);
         m_shown |= mask;
         if (mask == 0)
@@ -137,16 +137,16 @@ private:
         }
     };
 
-    const LedsProfile& m_profile;
+    const LedSequencerProfile& m_profile;
     std::uint32_t m_shown = 0;
-    std::map<std::uint32_t, const LedsProfile::File*> m_files;
+    std::map<std::uint32_t, const LedSequencerProfile::File*> m_files;
     std::map<Key, const Row*> m_rows;
     std::vector<std::string> m_notes;
 };
 
 } // namespace
 
-std::vector<std::string> checkLeds(const LedsProfile& profile) {
+std::vector<std::string> checkLeds(const LedSequencerProfile& profile) {
     return Check(profile).run();
 }
 

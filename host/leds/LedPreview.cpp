@@ -12,7 +12,7 @@ namespace {
 /// The sequencer without its thread: the caller ticks.
 class Sequencer : public LedCtrl {
 public:
-    Sequencer(const std::vector<CmdDef>& rows, const LedsProfile& profile)
+    Sequencer(const std::vector<CmdDef>& rows, const LedSequencerProfile& profile)
         : LedCtrl(rows.data(), static_cast<unsigned>(rows.size()), nullptr, 0, ACCESS_NONE,
                   profile.tickMs, profile.blinkPattern, NotStarted()) {}
     using LedCtrl::handleCmd;
@@ -22,7 +22,7 @@ public:
 
 /// Whether a row of the table has the words and number of `line`, as the sequencer itself reads it:
 /// by a table whose rows all light a LED.
-bool namesRow(std::string line, const LedTable& table, const LedsProfile& profile) {
+bool namesRow(std::string line, const LedTable& table, const LedSequencerProfile& profile) {
     std::vector<LedCtrl::CmdDef> rows;
     for (const LedCtrl::CmdDef& row : table.commands())
         rows.push_back({row.word1, row.word2, row.number, 1, LedCtrl::ACTION_ON, 0, 0, false});
@@ -33,7 +33,8 @@ bool namesRow(std::string line, const LedTable& table, const LedsProfile& profil
 
 } // namespace
 
-LedWaves previewLeds(const LedsProfile& profile, unsigned ticks, std::vector<LedLine> lines) {
+LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
+                     std::vector<LedLine> lines) {
     if (profile.tickMs * 1000U == 0)
         throw Error(profile.place + ".tick_ms: " + std::to_string(profile.tickMs) +
                     " comes to no tick at all (expected 1 to 4294967)");

@@ -32,6 +32,7 @@ struct LedWaves {
 
 /// Runs the sequencer itself over `profile` for `ticks` ticks, at once and without its pipe and
 /// files. Throws Error for a tick period that the sequencer refuses.
-LedWaves previewLeds(const LedsProfile& profile, unsigned ticks, std::vector<LedLine> lines);
+LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
+                     std::vector<LedLine> lines);
 
 } // namespace board

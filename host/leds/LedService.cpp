@@ -15,9 +15,9 @@ namespace {
 /// The sequencer without its pipe, which somebody else reads: it shows the defaults.
 class SilentLedCtrl : public LedCtrl {
 public:
-    SilentLedCtrl(const LedTable& table, const LedsProfile& profile, AccessMethod method)
+    SilentLedCtrl(const LedTable& table, const LedSequencerProfile& profile)
         : LedCtrl(table.commands().data(), static_cast<unsigned>(table.commands().size()),
-                  table.files().data(), static_cast<unsigned>(table.files().size()), method,
+                  table.files().data(), static_cast<unsigned>(table.files().size()), profile.access,
                   profile.tickMs, profile.blinkPattern, NotStarted()),
           m_tick(profile.tickMs * 1000U) {
         if (!start(String::EMPTY()).isSuccess())
@@ -58,7 +58,7 @@ LedService::Claim::~Claim() {
         ::close(m_file);
 }
 
-LedService::LedService(const LedsProfile& profile, bool tellsChanges, EventQueue& events,
+LedService::LedService(const LedSequencerProfile& profile, bool tellsChanges, EventQueue& events,
                        const DeviceLocator& locator)
     : m_table(profile, locator), m_claim(m_table.leds()), m_faults(m_table.faults()),
       m_states(m_table.leds(), profile.tickMs, tellsChanges, events) {
@@ -70,14 +70,13 @@ LedService::LedService(const LedsProfile& profile, bool tellsChanges, EventQueue
     } catch (const Error& error) {
         m_faults.push_back(error.what() + std::string("; the LEDs run without commands"));
     }
-    const auto method = static_cast<LedCtrl::AccessMethod>(profile.access);
     if (!m_pipe && canTick)
-        m_leds.reset(new SilentLedCtrl(m_table, profile, method));
+        m_leds.reset(new SilentLedCtrl(m_table, profile));
     else
         m_leds.reset(
             new LedCtrl(m_table.commands().data(), static_cast<unsigned>(m_table.commands().size()),
                         m_table.files().data(), static_cast<unsigned>(m_table.files().size()),
-                        method, profile.tickMs, profile.blinkPattern));
+                        profile.access, profile.tickMs, profile.blinkPattern));
 }
 
 std::optional<std::string> LedService::writers() const {

@@ -19,7 +19,7 @@ public:
     /// taking commands. `profile` must outlive the object. Throws Error where another program
     /// drives the LEDs of this board, which both would set differently, and where no thread can be
     /// had.
-    LedService(const LedsProfile& profile, bool tellsChanges, EventQueue& events,
+    LedService(const LedSequencerProfile& profile, bool tellsChanges, EventQueue& events,
                const DeviceLocator& locator = DeviceLocator());
 
     /// What does not work: the pipe, files that are not there.

@@ -15,12 +15,12 @@ std::string ledNameOf(const std::string& path) {
     return path.rfind(CLASS, 0) == 0 ? path.substr(sizeof CLASS - 1) : file.filename().string();
 }
 
-LedTable::LedTable(const LedsProfile& profile, const DeviceLocator& locator) {
-    for (const LedsProfile::Command& row : profile.commands)
+LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& locator) {
+    for (const LedSequencerProfile::Command& row : profile.commands)
         m_commands.push_back({row.word1.c_str(), row.word2.c_str(), row.number, row.mask,
                               row.action, row.group, row.timeMs, row.isDefault});
     std::map<std::uint32_t, Led> leds;
-    for (const LedsProfile::File& file : profile.files) {
+    for (const LedSequencerProfile::File& file : profile.files) {
         Led led{static_cast<std::uint32_t>(file.mask), ledNameOf(file.path.path), ""};
         try {
             withPlaceInErrors(file.path, [&](const std::string& named) {

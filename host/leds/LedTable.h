@@ -21,7 +21,8 @@ struct Led {
 class LedTable {
 public:
     /// Finds the files' paths; a file that is not found is left out.
-    explicit LedTable(const LedsProfile& profile, const DeviceLocator& locator = DeviceLocator());
+    explicit LedTable(const LedSequencerProfile& profile,
+                      const DeviceLocator& locator = DeviceLocator());
     LedTable(const LedTable&) = delete;
     LedTable& operator=(const LedTable&) = delete;
 

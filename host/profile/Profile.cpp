@@ -84,22 +84,23 @@ DescriptorProfile readDescriptor(const ProfileReader& reader) {
     return descriptor;
 }
 
-LedsProfile::Command readCommand(const ProfileReader& reader) {
-    LedsProfile::Command command;
+LedSequencerProfile::Command readCommand(const ProfileReader& reader) {
+    LedSequencerProfile::Command command;
     command.place = reader.where();
     command.word1 = reader.text("word1");
     command.word2 = reader.text("word2");
     if (reader.has("number"))
         command.number = reader.signedNumber("number");
     command.mask = reader.number("mask");
-    command.action = reader.wordOrNumber("action", {{"on", 0},
-                                                    {"off", 1},
-                                                    {"blink", 2},
-                                                    {"flash", 3},
-                                                    {"roll-up", 4},
-                                                    {"roll-down", 5},
-                                                    {"roll-stop", 6},
-                                                    {"defaults", 7}});
+    command.action = static_cast<LedCtrl::ActionKind>(
+        reader.wordOrNumber("action", {{"on", LedCtrl::ACTION_ON},
+                                       {"off", LedCtrl::ACTION_OFF},
+                                       {"blink", LedCtrl::ACTION_BLINK},
+                                       {"flash", LedCtrl::ACTION_FLASH},
+                                       {"roll-up", LedCtrl::ACTION_ROLL_UP},
+                                       {"roll-down", LedCtrl::ACTION_ROLL_DOWN},
+                                       {"roll-stop", LedCtrl::ACTION_ROLL_STOP},
+                                       {"defaults", LedCtrl::ACTION_DEFAULTS}}));
     if (reader.has("group"))
         command.group = reader.signedNumber("group");
     if (reader.has("time_ms"))
@@ -108,8 +109,8 @@ LedsProfile::Command readCommand(const ProfileReader& reader) {
     return command;
 }
 
-LedsProfile readLeds(const ProfileReader& reader) {
-    LedsProfile leds;
+LedSequencerProfile readLeds(const ProfileReader& reader) {
+    LedSequencerProfile leds;
     leds.place = reader.where();
     if (reader.has("tick_ms"))
         leds.tickMs =
@@ -117,7 +118,8 @@ LedsProfile readLeds(const ProfileReader& reader) {
     if (reader.has("blink_pattern"))
         leds.blinkPattern = reader.number("blink_pattern");
     if (reader.has("access"))
-        leds.access = reader.wordOrNumber("access", {{"files", 0}, {"none", 1}});
+        leds.access = static_cast<LedCtrl::AccessMethod>(reader.wordOrNumber(
+            "access", {{"files", LedCtrl::ACCESS_FILES}, {"none", LedCtrl::ACCESS_NONE}}));
     for (const ProfileReader& file : reader.tables("file", {"mask", "path"}))
         leds.files.push_back({static_cast<std::int32_t>(file.number("mask")), file.device("path")});
     for (const ProfileReader& command :
@@ -155,7 +157,7 @@ Profile Profile::load(const std::string& path) {
         readDevice(reader, names, profile.powers.emplace_back());
     for (const ProfileReader& reader :
          root.tables("led", {"name", "device", "description", "bi_status"})) {
-        LedProfile& led = profile.leds.emplace_back();
+        LedDeviceProfile& led = profile.leds.emplace_back();
         readDevice(reader, names, led);
         led.biStatus = reader.has("bi_status") && reader.boolean("bi_status");
     }

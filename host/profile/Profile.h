@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "LedCtrl.h"
 #include "profile/NamedPath.h"
 
 namespace board {
@@ -32,7 +33,8 @@ struct ThermalProfile : DeviceProfile {
 
 struct PowerProfile : DeviceProfile {};
 
-struct LedProfile : DeviceProfile {
+/// One LED behind a kernel driver.
+struct LedDeviceProfile : DeviceProfile {
     bool biStatus = false; ///< has two lit states
 };
 
@@ -48,8 +50,9 @@ struct VoipProfile {
     std::uint32_t defaultSipLegs = 0; ///< for a descriptor that does not say
 };
 
-/// The LED sequencer's tables.
-struct LedsProfile {
+/// The LED sequencer's tables. Numbers that the sequencer does not know are kept as they are, so
+/// that tables with mistakes in them can be tried.
+struct LedSequencerProfile {
     struct File {
         std::int32_t mask = 0; ///< the LED, as a bit of 32
         NamedPath path;
@@ -59,8 +62,7 @@ struct LedsProfile {
         std::string word2;
         std::int32_t number = 0;
         std::uint32_t mask = 0;
-        std::int32_t action =
-            0; ///< on 0, off 1, blink 2, flash 3, roll-up 4, roll-down 5, roll-stop 6, defaults 7
+        LedCtrl::ActionKind action = LedCtrl::ACTION_ON;
         std::int32_t group = 0;
         std::int32_t timeMs = 0;
         bool isDefault = false;
@@ -69,7 +71,7 @@ struct LedsProfile {
     std::string place; ///< "FILE:LINE: leds", for messages
     std::uint32_t tickMs = 100;
     std::uint32_t blinkPattern = 0x0F0F0F0F;
-    std::int32_t access = 0; ///< files 0, none 1
+    LedCtrl::AccessMethod access = LedCtrl::ACCESS_FILES;
     std::vector<File> files;
     std::vector<Command> commands;
 };
@@ -83,13 +85,13 @@ struct Profile {
     std::vector<FanProfile> fans;
     std::vector<ThermalProfile> thermals;
     std::vector<PowerProfile> powers;
-    std::vector<LedProfile> leds;
+    std::vector<LedDeviceProfile> leds;
     std::optional<DescriptorProfile> descriptor;
     std::optional<VoipProfile> voip;
     std::optional<NamedPath> preferences; ///< a file
     std::optional<NamedPath> button;      ///< a device file
     std::optional<NamedPath> firmware;    ///< the information file
-    std::optional<LedsProfile> ledService;
+    std::optional<LedSequencerProfile> ledService;
 
     /// Reads `path`. Throws Error with one line, "FILE:LINE: KEY: what is wrong (expected ...)": a
     /// file that can't be read, is larger than 1 MiB or is no TOML, a line of more than 256 dots,

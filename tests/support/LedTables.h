@@ -8,7 +8,7 @@
 /// LED tables as a board's profile has them.
 namespace support {
 
-inline board::LedsProfile ledsOf(const std::string& text) {
+inline board::LedSequencerProfile ledsOf(const std::string& text) {
     const TempDir dir;
     dir.write("board.toml", text);
     return board::Profile::load(dir.path("board.toml")).ledService.value();

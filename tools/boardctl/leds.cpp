@@ -17,7 +17,7 @@ namespace {
 
 constexpr unsigned MOST_TICKS = 1000000;
 
-const board::LedsProfile& tablesOf(const BoardProfile& board) {
+const board::LedSequencerProfile& tablesOf(const BoardProfile& board) {
     if (!board.profile().ledService)
         throw board::Error(board.profilePath() +
                            ": the board has no LED tables (expected a table [leds])");

@@ -11,7 +11,7 @@ using support::ledsOf;
 using support::row;
 
 TEST(LedPreview, ShowsEachLedTickByTickInTheOrderOfTheMasks) {
-    const board::LedsProfile leds =
+    const board::LedSequencerProfile leds =
         ledsOf("[leds]\nblink_pattern = 1\n" + FILES +
                row("all on", "mask = 0x80000001\naction = 'on'\ntime_ms = 200") +
                row("two flash", "mask = 2\naction = 'flash'") +

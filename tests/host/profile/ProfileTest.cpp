@@ -47,7 +47,7 @@ TEST(Profile, ReadsTheSimulatedBoardWhole) {
     ASSERT_EQ(profile.ledService->commands.size(), 10U);
     EXPECT_EQ(profile.ledService->blinkPattern, 0x0F0F0F0FU);
     EXPECT_EQ(profile.ledService->files.at(1).path.path, folder + "/leds/line");
-    EXPECT_EQ(profile.ledService->commands[0].action, 2);
+    EXPECT_EQ(profile.ledService->commands[0].action, LedCtrl::ACTION_BLINK);
     EXPECT_TRUE(profile.ledService->commands[0].isDefault);
     EXPECT_EQ(profile.ledService->commands[2].timeMs, 3000);
 }
