@@ -8,17 +8,19 @@
 #include <sstream>
 #include <vector>
 
-#include "CpuLoad.h"
+#include "CpuFigures.h"
 #include "Oracle.h"
 
 using fuzz::expect;
 
 namespace {
 
-class Meter : public CpuLoad {
-public:
-    using CpuLoad::measure;
-    using CpuLoad::setup;
+/// The samples of a meter that is fed with lines.
+struct Meter {
+    std::uint32_t busy[cpufigures::SLOTS] = {};
+    std::uint32_t idle[cpufigures::SLOTS] = {};
+    std::uint32_t current = 0, index5 = 0, index14 = 0;
+    const cpufigures::Ring ring{busy, idle, current, index5, index14};
 };
 
 struct Sample {
@@ -95,7 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     if (std::getline(lines, line) && !line.empty()) {
         Sample sample{};
         const Form form = read(line.c_str(), sample); // both end at a zero byte
-        hasStart = meter.setup(line.c_str()).isSuccess();
+        hasStart = cpufigures::start(meter.ring, line.c_str());
         if (form == Form::STRANGE)
             return 0;
         expect(hasStart == (form == Form::USUAL),
@@ -107,7 +109,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         Sample sample{};
         const Form form = read(line.c_str(), sample);
         unsigned short last = 101, mid = 102, longest = 103;
-        const bool isTaken = meter.measure(line.c_str(), last, mid, longest).isSuccess();
+        const bool isTaken = cpufigures::measure(meter.ring, line.c_str(), {last, mid, longest});
         if (form == Form::STRANGE)
             return 0;
         expect(isTaken == (form == Form::USUAL), "a sample is taken where it has four numbers");

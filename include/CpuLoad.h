@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "BOARD_API.h"
+#include "String.h"
 #include "XCode.h"
 
 /// How busy the processors are, in percent, over the last period and the last 5 and 14 periods.
@@ -43,15 +44,6 @@ public:
     /// left alone; the period is counted all the same, and its slot in the ring keeps the sample of
     /// 15 periods ago.
     XCode measure(unsigned short& last, unsigned short& mid, unsigned short& longest);
-
-protected:
-    ///@{
-    /// The same on a given first line in place of the file's, for tests; null is a file that can't
-    /// be read.
-    XCode setup(const char* line);
-    XCode measure(const char* line, unsigned short& last, unsigned short& mid,
-                  unsigned short& longest);
-    ///@}
 
 private:
     static constexpr std::uint32_t SLOTS = 15;

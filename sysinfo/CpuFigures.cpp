@@ -1,5 +1,7 @@
 #include "CpuFigures.h"
 
+#include <initializer_list>
+
 namespace cpufigures {
 
 namespace {
@@ -25,7 +27,7 @@ const char* skipName(const char* text) {
     return text;
 }
 
-// By hand: the standard functions clamp a number that is too long, each word size at another place.
+// The standard functions clamp a number that is too long, at a different limit on each word size.
 bool readNumber(const char*& text, std::uint32_t& number) {
     text = skipBlanks(text);
     const bool negative = *text == '-';
@@ -64,11 +66,42 @@ void setShare(const Figures& from, const Figures& to, unsigned short& percent) {
     const auto total = static_cast<std::int32_t>(idle + busy);
     if (idle == 0 || total == 0)
         return;
-    // By -1 the lowest number has no quotient; negated without a division it wraps to itself.
+    // The lowest number divided by -1 overflows; negated without a division it wraps to itself.
     const std::uint32_t share =
         total == -1 ? 0U - scaled
                     : static_cast<std::uint32_t>(static_cast<std::int32_t>(scaled) / total);
     percent = static_cast<unsigned short>(share);
+}
+
+bool start(const Ring& ring, const char* line) {
+    Figures figures{};
+    if (!parse(line, figures))
+        return false;
+    ring.current = 0;
+    ring.busy[0] = figures.busy;
+    ring.idle[0] = figures.idle;
+    // Each is advanced before it is used, and then is 5 and 14 slots behind the new sample.
+    ring.index5 = 10;
+    ring.index14 = 1;
+    return true;
+}
+
+bool measure(const Ring& ring, const char* line, const Shares& shares) {
+    const std::uint32_t previous = ring.current;
+    for (std::uint32_t* const index : {&ring.current, &ring.index5, &ring.index14})
+        *index = (*index + 1) % SLOTS;
+    Figures figures{};
+    if (!parse(line, figures))
+        return false;
+    ring.busy[ring.current] = figures.busy;
+    ring.idle[ring.current] = figures.idle;
+    const auto setShareSince = [&](std::uint32_t slot, unsigned short& percent) {
+        setShare({ring.busy[slot], ring.idle[slot]}, figures, percent);
+    };
+    setShareSince(previous, shares.last);
+    setShareSince(ring.index5, shares.mid);
+    setShareSince(ring.index14, shares.longest);
+    return true;
 }
 
 } // namespace cpufigures
