@@ -117,7 +117,9 @@ InfoContainer& CLedControl::getInfo(InfoContainer& container, unsigned maxLevel,
     unsigned status = 0;
     static_cast<void>(getLedStatus(status));
     const DumpInProgress counted;
-    CKernelDriver::getInfo(container, maxLevel, level, maxIndex, index, prefix);
+    if (level <= maxLevel && index <= maxIndex)
+        container.add(level, index, String(prefix).concatf("%s", getDriverName().c_str()),
+                      String::EMPTY());
     if (level < maxLevel && index <= maxIndex) {
         container.add(level + 1, index, "Description", description().c_str());
         container.add(level + 1, index, "Status", status != 0 ? "on" : "off");

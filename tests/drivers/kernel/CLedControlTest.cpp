@@ -155,6 +155,9 @@ TEST_F(CLedControlTest, DumpShowsHeaderDescriptionAndStatusWithinTheLimits) {
     EXPECT_EQ(rows(~0U, ~0U, 0, 0), Rows{"4294967295 > led="});
     EXPECT_EQ(rows(1, 2, 0, 0), Rows{});
     EXPECT_EQ(rows(5, 0, 0, 1), Rows{});
+    led.emplace(nullptr, String("led\0x", 5), ENDPOINT);
+    EXPECT_EQ(rows(0, 0, 0, 0), Rows{"0 > led="})
+        << "not the row of the base, which prints the whole name";
     IInfo* const info = static_cast<ILedControl*>(&*led);
     InfoContainer container;
     EXPECT_EQ(info->getInfo(container, 1, 0, 0, 0, "").getRows().size(), 3U)
