@@ -1,7 +1,8 @@
 """Prints how the classes of the public headers lie in memory: abi/layout.py LIBRARY... HEADER...
 
-For each class its size, the offsets of its bases and members, and the slots of the virtual operations that it declares,
-as the compiler's debug information gives them (read by abidw).
+For each class it prints the size, the offsets of the bases and members, and the slots of the virtual operations that the
+class declares. All of it comes from the compiler's debug information, which abidw reads. A base that is only plumbing is
+not shown; its own bases and slots are, as if the class itself had them.
 """
 
 import re
@@ -10,8 +11,11 @@ import sys
 import xml.etree.ElementTree as xml
 
 
+PLUMBING = "TDriver<"
+
+
 def type_names(root):
-    """The spelling of each type by its identifier."""
+    """Returns a function from a type's identifier to its spelling."""
     nodes = {node.get("id"): node for node in root.iter() if node.get("id")}
 
     def name(identifier):
@@ -35,7 +39,7 @@ def type_names(root):
 
 
 def classes(root):
-    """Each class that has a definition, with its full name."""
+    """Yields each class that has a definition, with its full name."""
 
     def walk(node, scope):
         for child in node:
@@ -51,14 +55,20 @@ def classes(root):
     return walk(root, [])
 
 
-def describe(node, name):
+def parts(node, name, plumbing, start=0):
+    """Returns the bases, members and slots of a class that begins `start` bytes into the one shown."""
     lines = set()
     for base in node.findall("base-class"):
-        lines.add((0, int(base.get("layout-offset-in-bits")) // 8, "base    ", name(base.get("type-id"))))
+        offset = start + int(base.get("layout-offset-in-bits")) // 8
+        spelling = name(base.get("type-id"))
+        if spelling in plumbing:
+            lines |= parts(plumbing[spelling], name, plumbing, offset)
+        else:
+            lines.add((0, offset, "base    ", spelling))
     for member in node.findall("data-member"):
         if member.get("static") != "yes":
             decl = member.find("var-decl")
-            lines.add((1, int(member.get("layout-offset-in-bits")) // 8, "member  ",
+            lines.add((1, start + int(member.get("layout-offset-in-bits")) // 8, "member  ",
                        f"{decl.get('name')}: {name(decl.get('type-id'))}"))
     for member in node.findall("member-function"):
         decl = member.find("function-decl")
@@ -67,6 +77,10 @@ def describe(node, name):
             const = " const" if member.get("const") == "yes" else ""
             lines.add((2, int(member.get("vtable-offset")), "slot    ",
                        f"{decl.get('name')}({takes}){const}: {name(decl.find('return').get('type-id'))}"))
+    return lines
+
+
+def describe(lines):
     return [f"    {kind}{place:4}  {what}" for _, place, kind, what in sorted(lines)]
 
 
@@ -79,9 +93,10 @@ def main(files):
         text = subprocess.run(["abidw", "--no-show-locs", library], stdout=subprocess.PIPE, check=True).stdout
         root = xml.fromstring(text)
         name = type_names(root)
+        plumbing = {full: node for full, node in classes(root) if full.startswith(PLUMBING)}
         for full, node in classes(root):
-            if not full.startswith("std::") and re.sub("<.*>", "", full).split("::")[-1] in wanted:
-                lines = [f"{full}: {int(node.get('size-in-bits')) // 8} bytes", *describe(node, name)]
+            if full not in plumbing and not full.startswith("std::") and re.sub("<.*>", "", full).split("::")[-1] in wanted:
+                lines = [f"{full}: {int(node.get('size-in-bits')) // 8} bytes", *describe(parts(node, name, plumbing))]
                 shown[full] = max(shown.get(full, []), lines, key=len)
     for full in sorted(shown):
         print("\n".join(shown[full]) + "\n")

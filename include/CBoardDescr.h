@@ -5,6 +5,7 @@
 #include "CDriver.h"
 #include "IBoardDescr.h"
 #include "IInfo.h"
+#include "TDriver.h"
 #include "VELM_List.h"
 
 /// The board descriptor's driver: the tag list in memory, its image in a device file, and two
@@ -15,7 +16,7 @@
 /// pads odd data with one zero byte that it counts; so an odd tag comes back one byte longer.
 ///
 /// The order of the virtual operations is part of the binary face.
-class BOARD_API CBoardDescr : public CDriver, public IBoardDescr, public IInfo {
+class BOARD_API CBoardDescr : public TDriver<CDriver, IBoardDescr, IInfo> {
 public:
     /// The tags in the order of their image.
     using TagList = VELM_List<BD::Tag>;
@@ -35,11 +36,6 @@ public:
     /// `deviceSize` bytes.
     CBoardDescr(const char* devicePath, unsigned readChunk, unsigned deviceSize);
     ~CBoardDescr() override;
-
-    XCode queryInterface(const VELM_UUID& iid, void** object) override;
-    unsigned addRef() override;
-    unsigned release() override;
-    TYLock* getLock() override;
 
     unsigned getNumberOfTag(BD::TagId id) override;
     bool hasTag(BD::TagId id) override;

@@ -5,6 +5,7 @@
 #include "IBoardDescr.h"
 #include "IInfo.h"
 #include "IResourceVoip.h"
+#include "TDriver.h"
 #include "TYPPtr.h"
 
 /// The VoIP capacity's driver: settles the figures once from the board descriptor and the
@@ -13,16 +14,11 @@
 ///
 /// `setup` runs on one thread before the figures are asked for; they are read without a lock. The
 /// order of the virtual operations is part of the binary face.
-class BOARD_API CResourceVoip : public CDriver, public IResourceVoip, public IInfo {
+class BOARD_API CResourceVoip : public TDriver<CDriver, IResourceVoip, IInfo> {
 public:
     /// In border-controller mode a descriptor without SIP legs means 0 of them.
     explicit CResourceVoip(bool borderController);
     ~CResourceVoip() override;
-
-    XCode queryInterface(const VELM_UUID& iid, void** object) override;
-    unsigned addRef() override;
-    unsigned release() override;
-    TYLock* getLock() override;
 
     /// Settles the figures: asks the process's repository for "board-descr-driver", reads its tags
     /// 0x800E (DSP channels; 0 or missing is unknown) and 0x801A (SIP legs; missing is

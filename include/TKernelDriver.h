@@ -3,6 +3,7 @@
 #include "BOARD_API.h"
 #include "CKernelDriver.h"
 #include "KernelMessage.h"
+#include "TDriver.h"
 
 /// The shape that all drivers in front of a kernel driver share: `Interface` is the one they add to
 /// the framework's. At connection the kernel driver is asked for the path of a device file and a
@@ -11,21 +12,12 @@
 ///
 /// The definitions are in the library; a driver's header declares its instance as extern.
 template <class Interface>
-class BOARD_API TKernelDriver : public CKernelDriver, public Interface {
+class BOARD_API TKernelDriver : public TDriver<CKernelDriver, Interface> {
 public:
     /// For the driver's constructor, whose arguments these are.
     TKernelDriver(IDriverRepository* repository, const String& driverName,
                   const String& endpointName);
     ~TKernelDriver() override;
-
-    /// Answers `Interface` besides what CKernelDriver answers.
-    XCode queryInterface(const VELM_UUID& iid, void** object) override;
-    ///@{
-    /// CKernelDriver's, where `Interface` has them too.
-    unsigned addRef() override;
-    unsigned release() override;
-    TYLock* getLock() override;
-    ///@}
 
     /// Whether the driver has ever been connected and its device file could be opened.
     bool isValid() override;

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "../QueryFaces.h"
 #include "DID.h"
 
 namespace {
@@ -23,29 +22,13 @@ BD::Tag makeTag(BD::TagId id, const TString<char>& data) {
 
 } // namespace
 
-CBoardDescr::CBoardDescr() : CDriver(DID_BoardDescr(), DRIVER_NAME) {}
+CBoardDescr::CBoardDescr() : TDriver(DID_BoardDescr(), DRIVER_NAME) {}
 
 CBoardDescr::CBoardDescr(const char* devicePath, unsigned readChunk, unsigned deviceSize)
-    : CDriver(DID_BoardDescr(), DRIVER_NAME), m_devicePath(devicePath), m_readChunk(readChunk),
+    : TDriver(DID_BoardDescr(), DRIVER_NAME), m_devicePath(devicePath), m_readChunk(readChunk),
       m_deviceSize(deviceSize) {}
 
 CBoardDescr::~CBoardDescr() = default;
-
-XCode CBoardDescr::queryInterface(const VELM_UUID& iid, void** object) {
-    return query::queryFaces<CDriver, IBoardDescr, IInfo>(*this, iid, object);
-}
-
-unsigned CBoardDescr::addRef() {
-    return CDriver::addRef();
-}
-
-unsigned CBoardDescr::release() {
-    return CDriver::release();
-}
-
-TYLock* CBoardDescr::getLock() {
-    return CDriver::getLock();
-}
 
 CBoardDescr::TagList::Iterator CBoardDescr::getTagIterator(TagList::Iterator& from, BD::TagId id) {
     TagList::Iterator position = from;

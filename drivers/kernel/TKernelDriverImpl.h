@@ -1,36 +1,15 @@
 #pragma once
 
-#include "../QueryFaces.h"
 #include "DeviceFile.h"
 #include "TKernelDriver.h"
 
 template <class Interface>
 TKernelDriver<Interface>::TKernelDriver(IDriverRepository* repository, const String& driverName,
                                         const String& endpointName)
-    : CKernelDriver(repository, driverName, endpointName) {}
+    : TDriver<CKernelDriver, Interface>(repository, driverName, endpointName) {}
 
 template <class Interface>
 TKernelDriver<Interface>::~TKernelDriver() = default;
-
-template <class Interface>
-XCode TKernelDriver<Interface>::queryInterface(const VELM_UUID& iid, void** object) {
-    return query::queryFaces<CKernelDriver, Interface>(*this, iid, object);
-}
-
-template <class Interface>
-unsigned TKernelDriver<Interface>::addRef() {
-    return CKernelDriver::addRef();
-}
-
-template <class Interface>
-unsigned TKernelDriver<Interface>::release() {
-    return CKernelDriver::release();
-}
-
-template <class Interface>
-TYLock* TKernelDriver<Interface>::getLock() {
-    return CKernelDriver::getLock();
-}
 
 template <class Interface>
 bool TKernelDriver<Interface>::isValid() {
@@ -45,8 +24,9 @@ XCode TKernelDriver<Interface>::getDescription(String& description) {
 
 template <class Interface>
 XCode TKernelDriver<Interface>::askPathAndDescription() {
-    XCode status = sendReceiveMessage(MSG_GET_FILE_PATH, m_path);
-    return status.isSuccess() ? sendReceiveMessage(MSG_GET_DESCRIPTION, m_description) : status;
+    XCode status = this->sendReceiveMessage(MSG_GET_FILE_PATH, m_path);
+    return status.isSuccess() ? this->sendReceiveMessage(MSG_GET_DESCRIPTION, m_description)
+                              : status;
 }
 
 template <class Interface>
@@ -68,7 +48,7 @@ template <class Answer>
 XCode TKernelDriver<Interface>::handshake(KernelMessage question, Answer& answer) {
     XCode status = askPathAndDescription();
     if (status.isSuccess())
-        status = sendReceiveMessage(question, answer);
+        status = this->sendReceiveMessage(question, answer);
     return status.isSuccess() ? tryDevice() : status;
 }
 

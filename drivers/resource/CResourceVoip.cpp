@@ -2,7 +2,6 @@
 
 #include <limits>
 
-#include "../QueryFaces.h"
 #include "DID.h"
 #include "DRIVER.h"
 #include "IDriverRepository.h"
@@ -32,25 +31,9 @@ bool readTag(const TYPPtr<IBoardDescr>& board, BD::TagId id, unsigned& value) {
 } // namespace
 
 CResourceVoip::CResourceVoip(bool isBorderController)
-    : CDriver(DID_Resource(), "resource-driver"), borderController(isBorderController) {}
+    : TDriver(DID_Resource(), "resource-driver"), borderController(isBorderController) {}
 
 CResourceVoip::~CResourceVoip() = default;
-
-XCode CResourceVoip::queryInterface(const VELM_UUID& iid, void** object) {
-    return query::queryFaces<CDriver, IResourceVoip, IInfo>(*this, iid, object);
-}
-
-unsigned CResourceVoip::addRef() {
-    return CDriver::addRef();
-}
-
-unsigned CResourceVoip::release() {
-    return CDriver::release();
-}
-
-TYLock* CResourceVoip::getLock() {
-    return CDriver::getLock();
-}
 
 XCode CResourceVoip::setup(String& error) {
     TYPPtr<IBoardDescr> board;
