@@ -91,8 +91,11 @@ XCode CBoardDescr::setTag(BD::TagId id, unsigned index, const TString<char>& dat
 }
 
 XCode CBoardDescr::removeTag(BD::TagId id, unsigned index, String& error) {
-    if (!getTag(id, index, error))
+    const TagList::Iterator position = getTagIterator(id, index);
+    if (position == m_tags.end()) {
+        notFound(id, error);
         return XCode(XCode::FAILURE);
-    m_tags.remove(getTagIterator(id, index));
+    }
+    m_tags.remove(position);
     return XCode();
 }
