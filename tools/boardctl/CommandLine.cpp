@@ -1,19 +1,17 @@
 #include "CommandLine.h"
 
-#include <charconv>
 #include <iostream>
 
-#include "Help.h"
-#include "Output.h"
-#include "base/Error.h"
-#include "base/Suggestion.h"
+#include "output/Json.h"
+#include "output/Messages.h"
+#include "program/Commands.h"
+#include "program/Help.h"
+#include "program/Options.h"
+#include "program/WordChecks.h"
+
+namespace boardctl {
 
 namespace {
-
-std::string profilePathFor(const Options& options,
-                           const std::unique_ptr<board::ScratchBoard>& scratch) {
-    return scratch ? scratch->board().profile() : options.board;
-}
 
 int wrongCall(CLI::App& app, const std::string& what, const CLI::ParseError* error = nullptr) {
     complain(what);
@@ -22,82 +20,6 @@ int wrongCall(CLI::App& app, const std::string& what, const CLI::ParseError* err
 }
 
 } // namespace
-
-BoardProfile::BoardProfile(const Options& options)
-    : m_scratch(options.board.empty() ? std::make_unique<board::ScratchBoard>() : nullptr),
-      m_profilePath(profilePathFor(options, m_scratch)),
-      m_profile(board::Profile::load(m_profilePath)) {}
-
-std::vector<std::string> Board::devices(const std::string& kind, const std::string& name) const {
-    std::vector<std::string> names, ofKind;
-    std::string known;
-    for (const board::Device& device : m_host.devices()) {
-        if (device.kind != kind)
-            continue;
-        known += (known.empty() ? "" : ", ") + device.name;
-        ofKind.push_back(device.name);
-        if (name.empty() || name == device.name)
-            names.push_back(device.name);
-    }
-    if (names.empty())
-        throw board::Error(known.empty() ? profilePath() + ": the board has no " + kind +
-                                               " (expected a table [[" + kind + "]])"
-                                         : "there is no " + kind + " '" + name + "' (there are: " +
-                                               known + ")" + board::didYouMean(name, ofKind));
-    return names;
-}
-
-CLI::Validator notEmpty() {
-    return CLI::Validator(
-        [](const std::string& word) {
-            return word.empty() ? std::string("is empty") : std::string();
-        },
-        "");
-}
-
-CLI::Validator oneOf(const std::vector<std::string>& words) {
-    return CLI::Validator(
-        [words](std::string& word) {
-            if (CLI::IsMember(words)(word).empty())
-                return std::string();
-            std::string expected;
-            for (const std::string& each : words)
-                expected += (expected.empty() ? "" : &each == &words.back() ? " or " : ", ") + each;
-            return "'" + word + "' (expected " + expected + ")" + board::didYouMean(word, words);
-        },
-        "");
-}
-
-CLI::Validator seconds(double least, double most) {
-    return CLI::Validator(
-        [=](const std::string& word) {
-            double value = -1;
-            // Written so that what is no number at all, which compares with nothing, is refused
-            // too.
-            const bool fits =
-                CLI::detail::lexical_cast(word, value) && value >= least && value <= most;
-            return fits ? std::string()
-                        : String::format("'%s' (expected seconds, %g to %.0f)", word.c_str(), least,
-                                         most)
-                              .c_str();
-        },
-        "");
-}
-
-CLI::Validator decimal(long long least, long long most) {
-    return CLI::Validator(
-        [=](std::string& word) {
-            long long value = 0;
-            const char* const end = word.data() + word.size();
-            const auto [rest, error] = std::from_chars(word.data(), end, value);
-            if (error != std::errc() || rest != end || value < least || value > most)
-                return "'" + word + "' (expected " + std::to_string(least) + " to " +
-                       std::to_string(most) + ")";
-            word = std::to_string(value); // the parser would take a zero in front for base 8
-            return std::string();
-        },
-        "");
-}
 
 int runCommandLine(int argc, char** argv) {
     Options options;
@@ -160,3 +82,5 @@ int runCommandLine(int argc, char** argv) {
         return FAILED;
     }
 }
+
+} // namespace boardctl

@@ -1,28 +1,27 @@
-#include <cstdlib>
-
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "CommandLine.h"
-#include "StopSignals.h"
+#include "base/File.h"
+#include "program/StopSignals.h"
 
 namespace {
 
-/// Where standard input, output or error is closed, the next file opened would take its place and
-/// be read or written as such; descriptor 0 would besides count as a failure to the drivers.
+/// If standard input, output or error is closed, the next file opened would take its place and be
+/// read or written as such. The drivers also treat descriptor 0 as a failure.
 void occupyStandardDescriptors() {
-    int descriptor;
-    do
-        descriptor = ::open("/dev/null", O_RDWR);
-    while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-    if (descriptor > STDERR_FILENO)
-        ::close(descriptor);
+    for (;;) {
+        board::FileDescriptor file = board::tryOpen("/dev/null", O_RDWR);
+        if (!file.isOpen() || file.number() > STDERR_FILENO)
+            return;
+        static_cast<void>(file.release()); // stays open in the standard descriptor's place
+    }
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     occupyStandardDescriptors();
-    StopSignals::install();
-    return runCommandLine(argc, argv);
+    boardctl::StopSignals::install();
+    return boardctl::runCommandLine(argc, argv);
 }

@@ -1,0 +1,163 @@
+#include "boards/Tour.h"
+
+#include "base/Error.h"
+#include "leds/LedPipe.h"
+#include "output/Readings.h"
+#include "simulation/SimulatedButton.h"
+
+using namespace std::chrono_literals;
+using nlohmann::ordered_json;
+
+namespace boardctl {
+
+namespace {
+
+class Tour {
+public:
+    explicit Tour(const TourStage& stage) : m_stage(stage) {}
+
+    bool play() {
+        say("The tour: about ten seconds in which every part of the board is shown.");
+        const bool wentOn =
+            capacity() && fans() &&
+            (!m_stage.board.isSimulated() || (temperature() && leds() && button())) && system();
+        if (wentOn)
+            say("That was the tour.");
+        return wentOn;
+    }
+
+private:
+    void say(const std::string& text) {
+        m_stage.lines.print("tour", "-- " + text, {{"text", text}});
+    }
+
+    bool goesOn(std::chrono::milliseconds span) { return !m_stage.pause(span); }
+
+    bool capacity() {
+        const CResourceVoip* const voip = m_stage.board.host().capacity();
+        if (!voip)
+            return true;
+        const unsigned channels = voip->getDspChannelCount();
+        say("The VoIP capacity was read from the board descriptor: " + std::to_string(channels) +
+            " DSP channels, " + std::to_string(voip->getSipLegCount()) + " SIP legs.");
+        return goesOn(200ms);
+    }
+
+    /// Steps each fan through its speeds, slowly enough to follow, and gives it back its own.
+    bool fans() {
+        for (const board::Device& device : m_stage.board.host().devices()) {
+            if (device.kind != "fan" || !device.fault.empty())
+                continue;
+            say("The fan '" + device.name + "' is set and read back through its driver.");
+            const auto former = board::readFan(m_stage.board.host(), device.name).speed;
+            bool wentOn = true;
+            for (const auto speed : {IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_HIGH,
+                                     IFanControl::FAN_SPEED_FULL}) {
+                stepFan(device.name, speed);
+                wentOn = goesOn(300ms);
+                if (!wentOn)
+                    break;
+            }
+            stepFan(device.name, former); // as it was before the tour
+            if (!wentOn)
+                return false;
+        }
+        return true;
+    }
+
+    void stepFan(const std::string& name, IFanControl::FanSpeed speed) {
+        const board::FanReading reading = board::setFan(m_stage.board.host(), name, speed);
+        std::string seen = reading.fault;
+        if (seen.empty())
+            seen = std::string("reads back ") + board::speedName(reading.speed);
+        if (m_stage.board.isSimulated())
+            seen = "the device file holds " +
+                   std::string(m_stage.board.simulated().fanRecord().c_str()) + ", " + seen;
+        ordered_json fields = toJson(reading);
+        fields["requested"] = board::speedName(speed);
+        m_stage.lines.print(
+            "fan", "fan '" + name + "': set to " + board::speedName(speed) + ", " + seen, fields);
+    }
+
+    bool temperature() {
+        say("The temperature rises: the simulated sensor's file changes, the driver reads it.");
+        for (const double celsius : {45.0, 52.5, 41.5}) {
+            m_stage.board.simulated().setTemperature(celsius);
+            for (const board::TemperatureReading& reading :
+                 {board::readTemperature(m_stage.board.host(), "thermal")})
+                m_stage.lines.print("temperature",
+                                    "temperature '" + reading.name + "': " + toText(reading),
+                                    toJson(reading));
+            if (!goesOn(250ms))
+                return false;
+        }
+        return true;
+    }
+
+    bool command(const std::string& what, const std::string& line, std::chrono::milliseconds span) {
+        say(what);
+        try {
+            board::sendLedLine(line);
+        } catch (const board::Error& error) {
+            m_stage.lines.fault(error.what(), {{"error", error.what()}});
+        }
+        return goesOn(span);
+    }
+
+    bool leds() {
+        if (!m_stage.takesCommands) {
+            say("The LEDs take no commands here; that part is left out.");
+            return true;
+        }
+        return command("A line in the pipe " + std::string(board::LED_PIPE) +
+                           " rolls a light over four LEDs.",
+                       "search start", 1200ms) &&
+               command("The line rings: its LED blinks for three seconds and then stops by itself.",
+                       "line ring", 1200ms) &&
+               command("An alarm flashes for one tick.", "alarm once", 400ms) &&
+               command("All LEDs light up for a second; what was there goes on beneath.",
+                       "lamp test", 1300ms) &&
+               command("The light stops, the system is ready.", "search stop", 100ms) &&
+               command("The power LED stops blinking: a command takes the place of the last one of "
+                       "its group.",
+                       "system ready", 500ms);
+    }
+
+    bool button() {
+        if (!m_stage.watchesButton) {
+            say("The button is not watched here; that part is left out.");
+            return true;
+        }
+        say("The service button is pressed for half a second.");
+        try {
+            const board::SimulatedButton finger(m_stage.board.profile().button->path);
+            finger.press();
+            const bool wentOn = goesOn(500ms);
+            finger.release();
+            return wentOn && goesOn(100ms);
+        } catch (const board::Error& error) {
+            m_stage.lines.fault(error.what(), {{"error", error.what()}});
+            return true;
+        }
+    }
+
+    /// What the machine itself says.
+    bool system() {
+        board::CpuMeter meter;
+        if (!goesOn(500ms))
+            return false;
+        const board::CpuReading cpu = meter.next();
+        m_stage.lines.print("cpu", "CPU load over half a second: " + toText(cpu), toJson(cpu));
+        return true;
+    }
+
+    const TourStage& m_stage;
+};
+
+} // namespace
+
+bool playTour(const TourStage& stage) {
+    return Tour(stage).play();
+}
+
+} // namespace boardctl

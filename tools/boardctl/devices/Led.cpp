@@ -1,0 +1,216 @@
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "DRIVER.h"
+#include "IDriverRepository.h"
+#include "ILedControl.h"
+#include "base/Error.h"
+#include "base/Suggestion.h"
+#include "board/Readings.h"
+#include "output/Messages.h"
+#include "output/Progress.h"
+#include "output/Readings.h"
+#include "program/Board.h"
+#include "program/Command.h"
+#include "program/Commands.h"
+#include "program/Help.h"
+#include "program/StopSignals.h"
+#include "program/WordChecks.h"
+
+namespace boardctl {
+
+namespace {
+
+struct LedWords {
+    std::string name;
+    std::vector<std::string> action; ///< what follows the name
+    std::optional<double> seconds;   ///< --for
+};
+
+constexpr unsigned OFF = 0;
+constexpr unsigned LIT = 1;
+constexpr unsigned SECOND_LIT = 2;
+
+TYPPtr<ILedControl> findLed(const Board& board, const std::string& name) {
+    board.devices("led", name); // says which LEDs there are where this is none
+    TYPPtr<ILedControl> led;
+    const XCode status = DRIVER::INSTANCE()->getInterface(name.c_str(), led);
+    if (!status.isSuccess())
+        throw board::Error("LED '" + name + "': " + status.getMessage().c_str());
+    const std::string fault = board.host().faultOf(name);
+    if (!fault.empty())
+        throw board::Error("LED '" + name + "': " + fault);
+    return led;
+}
+
+void expectDone(const XCode& status, const std::string& name, const char* what) {
+    if (!status.isSuccess())
+        throw board::Error("LED '" + name + "': " + what);
+}
+
+/// What the LED shows, which is to be given back.
+board::LedReading formerState(const Board& board, const std::string& name) {
+    board::LedReading former = board::readLed(board.host(), name);
+    if (!former.fault.empty())
+        throw board::Error("LED '" + name + "': " + former.fault);
+    return former;
+}
+
+/// Sees to it that the LED shows its former state again, whatever the driver remembers: off where
+/// it failed to read the LED.
+board::LedReading giveBack(const Board& board, const board::LedReading& former) {
+    board::LedReading shown = board::readLed(board.host(), former.name);
+    if (!shown.fault.empty() || shown.state != former.state)
+        shown = board::setLed(board.host(), former.name, former.state);
+    return shown;
+}
+
+/// Why the LED does not show what was just written, which is `lit` or not; empty where it does.
+std::string faultAfter(const XCode& written, const Board& board, const std::string& name,
+                       bool lit) {
+    if (!written.isSuccess())
+        return "the state can't be written";
+    const auto isAsked = [lit](unsigned state) { return (state != OFF) == lit; };
+    const board::LedReading shown = board::awaitLed(board.host(), name, isAsked);
+    if (!shown.fault.empty() || isAsked(shown.state))
+        return shown.fault;
+    return "the device holds " + std::to_string(shown.state) + " after another state was written";
+}
+
+/// Holds the overlay until a signal or the end of the time, and gives the former state back.
+int holdOverlay(const Options& options, const LedWords& words) {
+    const Board board(options);
+    const auto led = findLed(board, words.name);
+    const board::LedReading former = formerState(board, words.name);
+    expectDone(led->setLedBiStatus(1), words.name, "can't show a second lit state");
+    const board::LedReading shown = board::awaitLed(
+        board.host(), words.name, [](unsigned state) { return state == SECOND_LIT; });
+    if (!shown.fault.empty() || shown.state != SECOND_LIT) {
+        static_cast<void>(led->setLedBiStatus(OFF));
+        static_cast<void>(giveBack(board, former)); // what counts is that the overlay is not shown
+        throw board::Error(
+            "LED '" + words.name + "': " +
+            (shown.fault.empty()
+                 ? "the device holds " + std::to_string(shown.state) + " after 2 was written"
+                 : shown.fault));
+    }
+    complain("LED '" + words.name + "' shows 2 until " +
+             (words.seconds ? "the time is over" : "SIGINT (Ctrl-C)"));
+    StopSignals::waitUntil(StopSignals::endAfter(words.seconds));
+    static_cast<void>(led->setLedBiStatus(OFF)); // what counts is what the LED shows then
+    return show(std::vector{giveBack(board, former)}, options.json);
+}
+
+/// An overlay of another process is nothing this one knows of; what can be seen is a LED that
+/// shows 2.
+int endOverlay(const Options& options, const LedWords& words) {
+    const Board board(options);
+    board.devices("led", words.name);
+    const board::LedReading shown = board::readLed(board.host(), words.name);
+    if (!shown.fault.empty() || shown.state != SECOND_LIT)
+        return show(std::vector{shown}, options.json);
+    complain("LED '" + words.name + "' shows 2; it is switched off");
+    return show(std::vector{board::setLed(board.host(), words.name, OFF)}, options.json);
+}
+
+int blink(const Options& options, const LedWords& words, unsigned count, unsigned periodMs) {
+    const Board board(options);
+    const auto led = findLed(board, words.name);
+    const board::LedReading former = formerState(board, words.name);
+    expectDone(led->enableLedToggle(), words.name, "can't be toggled");
+    const auto half = std::chrono::microseconds(periodMs) * 500; // half of a thousand
+    bool stopped = false;
+    std::string fault;
+    Progress progress(count * (periodMs / 1000.0));
+    for (unsigned i = 0; i < count && !stopped; ++i)
+        for (const unsigned state : {LIT, OFF}) {
+            fault = faultAfter(led->setLedToggleStatus(state), board, words.name, state != OFF);
+            stopped = !fault.empty() || progress.waitUntil(StopSignals::Clock::now() + half,
+                                                           "blink " + std::to_string(i + 1) +
+                                                               " of " + std::to_string(count));
+            if (stopped)
+                break;
+        }
+    progress.clear();
+    expectDone(led->disableLedToggle(), words.name, "the former state can't be given back");
+    const board::LedReading shown = giveBack(board, former);
+    if (!fault.empty())
+        throw board::Error("LED '" + words.name + "': " + fault);
+    return show(std::vector{shown}, options.json);
+}
+
+unsigned number(const std::string& word, const char* what, unsigned minimum, unsigned maximum) {
+    const bool digits = !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
+    const unsigned value = String(word.c_str()).toUInt();
+    if (!digits || value < minimum || value > maximum)
+        throw WrongCall(std::string(what) + " is '" + word + "' (expected " +
+                        std::to_string(minimum) + " to " + std::to_string(maximum) + ")");
+    return value;
+}
+
+unsigned stateOf(const std::vector<std::string>& action) {
+    const std::string& first = action[0];
+    if (first == "blink")
+        throw WrongCall("blink takes COUNT and PERIOD_MS, such as: blink 3 500");
+    if (first == "bi")
+        throw WrongCall("bi takes on or off" +
+                        (action.size() > 1 ? board::didYouMean(action[1], {"on", "off"}) : ""));
+    if (action.size() > 1 || first.empty() ||
+        first.find_first_not_of("0123456789") != std::string::npos)
+        throw WrongCall("'" + first +
+                        "' is no action (expected the state 0, 1 or 2, bi on, bi off, or blink "
+                        "COUNT PERIOD_MS)" +
+                        board::didYouMean(first, {"bi", "blink"}));
+    return number(first, "the state", OFF, SECOND_LIT);
+}
+
+int led(const Options& options, const LedWords& words) {
+    const std::vector<std::string>& action = words.action;
+    const bool holds = action == std::vector<std::string>{"bi", "on"};
+    if (words.seconds && !holds)
+        throw WrongCall("--for goes with 'bi on'");
+    if (holds)
+        return holdOverlay(options, words);
+    if (action == std::vector<std::string>{"bi", "off"})
+        return endOverlay(options, words);
+    if (action.size() == 3 && action[0] == "blink") {
+        constexpr unsigned MOST_BLINKS = 1000000;
+        constexpr unsigned LONGEST_MS = 3600000;
+        const unsigned count = number(action[1], "COUNT", 1, MOST_BLINKS);
+        return blink(options, words, count, number(action[2], "PERIOD_MS", 1, LONGEST_MS));
+    }
+    const std::optional<unsigned> state =
+        action.empty() ? std::nullopt : std::optional(stateOf(action));
+    const Board board(options);
+    board.devices("led", words.name); // says which LEDs there are where this is none
+    return show(std::vector{state ? board::setLed(board.host(), words.name, *state)
+                                  : board::readLed(board.host(), words.name)},
+                options.json);
+}
+
+} // namespace
+
+void addLed(CLI::App& app, Options& options) {
+    const auto [command, words] = addCommand<LedWords>(
+        app, options, "led",
+        "Read a LED, set it and read it back, hold its bi-status overlay, or blink it", led);
+    command.add_option("NAME", words.name, "The LED; `boardctl info` lists them")
+        ->check(notEmpty())
+        ->required()
+        ->type_name("");
+    command
+        .add_option("ACTION", words.action,
+                    "Without it the LED is read. 0, 1 or 2: the state to set; bi on: show 2 until "
+                    "SIGINT or --for, then the former state; bi off: end that for another process; "
+                    "blink: through the toggle")
+        ->expected(0, 3)
+        ->option_text("0|1|2|bi on|bi off|blink COUNT PERIOD_MS");
+    command.add_option("--for", words.seconds, "End `bi on` after this long")
+        ->check(seconds())
+        ->option_text("SECONDS");
+    addExamples(command, {"led status 1", "led status blink 3 500", "led status bi on --for 10"});
+}
+
+} // namespace boardctl

@@ -1,0 +1,37 @@
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "leds/LedCheck.h"
+#include "leds/LedTables.h"
+#include "output/Json.h"
+#include "output/Messages.h"
+#include "program/Board.h"
+#include "program/Command.h"
+#include "program/Commands.h"
+
+namespace boardctl {
+
+namespace {
+
+int checkTables(const Options& options) {
+    const BoardProfile board(options);
+    const std::vector<std::string> mistakes = board::checkLeds(ledTablesOf(board));
+    if (options.json)
+        printJson({{"mistakes", mistakes}});
+    for (const std::string& mistake : mistakes)
+        complain(mistake);
+    if (mistakes.empty() && !options.json)
+        std::cout << "no mistakes\n";
+    return mistakes.empty() ? DONE : FAILED;
+}
+
+} // namespace
+
+void addLedsCheck(CLI::App& leds, Options& options) {
+    addCommand(leds, options, "check",
+               "Look for mistakes in the command table; status 1 where there are some",
+               checkTables);
+}
+
+} // namespace boardctl

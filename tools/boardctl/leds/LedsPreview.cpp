@@ -1,0 +1,120 @@
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "base/Text.h"
+#include "leds/LedDiagram.h"
+#include "leds/LedPipe.h"
+#include "leds/LedPreview.h"
+#include "leds/LedTables.h"
+#include "output/Json.h"
+#include "output/Messages.h"
+#include "program/Board.h"
+#include "program/Command.h"
+#include "program/Commands.h"
+#include "program/Help.h"
+#include "program/WordChecks.h"
+
+using nlohmann::ordered_json;
+
+namespace boardctl {
+
+namespace {
+
+constexpr unsigned MOST_TICKS = 1000000;
+
+struct PreviewWords {
+    unsigned ticks = 100;
+    std::vector<std::string> lines; ///< "TICK LINE"
+};
+
+/// Reads "TICK LINE", such as "12 system ready". Returns what is wrong with it; empty where nothing
+/// is.
+std::string readLine(const std::string& text, board::LedLine& result) {
+    const auto blank = text.find(' ');
+    const std::string tick = text.substr(0, blank);
+    const bool isNumber =
+        !tick.empty() && tick.find_first_not_of("0123456789") == std::string::npos;
+    const unsigned value = isNumber ? String(tick.c_str()).toUInt() : 0;
+    if (value < 1 || value > MOST_TICKS || blank == std::string::npos)
+        return "'" + text + "' (expected a tick of 1 to " + std::to_string(MOST_TICKS) +
+               ", a blank and a command line in quotes, such as \"1 system ready\")";
+    const std::string line = text.substr(blank + 1);
+    if (line.find('\n') != std::string::npos)
+        return "'" + text + "' (expected one line; say --at once for each)";
+    if (line.size() + 1 > board::MAX_LED_LINE)
+        return "'" + text + "' (expected a line of at most " +
+               std::to_string(board::MAX_LED_LINE - 1) + " bytes: a board cuts longer ones)";
+    result = {value, line};
+    return "";
+}
+
+/// A board reads so many bytes a tick, and cuts a line that stands across the end. `lines` are in
+/// order.
+void warnOfCuts(const std::vector<board::LedLine>& lines) {
+    std::size_t bytes = 0;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const bool isNewTick = i == 0 || lines[i].tick != lines[i - 1].tick;
+        const bool fitted = bytes <= board::MAX_LED_LINE;
+        bytes = (isNewTick ? 0 : bytes) + lines[i].line.size() + 1;
+        if (bytes > board::MAX_LED_LINE && (isNewTick || fitted))
+            complain("the lines of tick " + std::to_string(lines[i].tick) + " have more than " +
+                     std::to_string(board::MAX_LED_LINE) + " bytes: a board would cut them");
+    }
+}
+
+ordered_json toJson(const board::LedWaves& waves) {
+    ordered_json leds = ordered_json::array();
+    for (const board::LedWave& led : waves.leds)
+        leds.push_back({{"mask", led.mask}, {"wave", led.wave}});
+    return {{"ticks", waves.ticks}, {"leds", leds}};
+}
+
+int preview(const Options& options, const PreviewWords& words) {
+    std::vector<board::LedLine> lines;
+    for (const std::string& text : words.lines)
+        static_cast<void>(readLine(text, lines.emplace_back())); // the parser has checked it
+    const BoardProfile board(options);
+    board::LedWaves waves = board::previewLeds(ledTablesOf(board), words.ticks, std::move(lines));
+    warnOfCuts(waves.lines);
+    for (board::LedWave& led : waves.leds)
+        led.name = board::printable(led.name);
+    for (board::LedLine& line : waves.lines) {
+        line.line = board::printable(line.line);
+        if (line.tick >= words.ticks)
+            complain("tick " + std::to_string(line.tick) + " is behind the last one: '" +
+                     line.line + "' does not show");
+        if (!line.namesRow)
+            complain("'" + line.line + "' names no row of the table: it does nothing");
+    }
+    if (options.json)
+        printJson(toJson(waves));
+    else
+        std::cout << (options.svg ? board::ledsToSvg(waves) : board::ledsToText(waves));
+    return DONE;
+}
+
+} // namespace
+
+void addLedsPreview(CLI::App& leds, Options& options) {
+    const auto [command, words] = addCommand<PreviewWords>(
+        leds, options, "preview", "Show as waves what the LEDs would do, without waiting", preview);
+    command.add_option("--ticks", words.ticks, "How many ticks; 100 without this")
+        ->transform(decimal(1, MOST_TICKS))
+        ->option_text("1..1000000");
+    command
+        .add_option("--at", words.lines,
+                    "Hand LINE to the sequencer just before that tick's output; may be repeated")
+        ->allow_extra_args(false)
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                board::LedLine ignored;
+                return readLine(text, ignored);
+            },
+            ""))
+        ->option_text("\"TICK LINE\"");
+    addExamples(command, {"leds preview --at \"3 search start\" --at \"40 search stop\"",
+                          "leds preview --ticks 60 --at \"1 line ring\" --format svg >ring.svg"});
+}
+
+} // namespace boardctl

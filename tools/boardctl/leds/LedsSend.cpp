@@ -1,0 +1,50 @@
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "leds/LedPipe.h"
+#include "output/Json.h"
+#include "program/Command.h"
+#include "program/Commands.h"
+#include "program/Help.h"
+#include "program/WordChecks.h"
+
+namespace boardctl {
+
+namespace {
+
+struct SendWords {
+    std::string word1, word2;
+    std::optional<std::int32_t> number;
+};
+
+int send(const Options& options, const SendWords& words) {
+    std::string line;
+    try {
+        line = board::ledLine(words.word1, words.word2, words.number);
+    } catch (const std::invalid_argument& error) {
+        throw WrongCall(error.what());
+    }
+    board::sendLedLine(line);
+    if (options.json)
+        printJson({{"sent", line}});
+    return DONE;
+}
+
+} // namespace
+
+void addLedsSend(CLI::App& leds, Options& options) {
+    const auto [command, words] = addCommand<SendWords>(
+        leds, options, "send", "Write a line into the pipe of the LED service that runs", send);
+    command.add_option("WORD1", words.word1, "The line's first word")->required()->type_name("");
+    command.add_option("WORD2", words.word2, "Its second word")->required()->type_name("");
+    command
+        .add_option("NUMBER", words.number,
+                    "Its number; left out of the line without this, which then names number 0")
+        ->transform(decimal(INT32_MIN, INT32_MAX))
+        ->type_name("");
+    addExamples(command, {"leds send system ready", "leds send system boot 1"});
+}
+
+} // namespace boardctl

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "String.h"
+#include "base/Text.h"
+#include "board/CpuMeter.h"
+#include "board/Firmware.h"
+#include "board/Readings.h"
+#include "output/Json.h"
+#include "output/Messages.h"
+#include "program/Options.h"
+
+namespace boardctl {
+
+/// What was read, as `{"name":...,"description":...,"speed":...}` (or "celsius" and "maximum",
+/// "status", "state"); a value that is not known is null beside "error".
+nlohmann::ordered_json toJson(const board::FanReading& fan);
+nlohmann::ordered_json toJson(const board::TemperatureReading& temperature);
+nlohmann::ordered_json toJson(const board::PowerReading& power);
+nlohmann::ordered_json toJson(const board::LedReading& led);
+
+/// `{"last":...,"mid":...,"longest":...}` in percent; null where a span has not passed yet, or
+/// beside "error".
+nlohmann::ordered_json toJson(const board::CpuReading& cpu);
+/// `{"version":...,"line1":...}`; null beside "error".
+nlohmann::ordered_json toJson(const board::FirmwareReading& firmware);
+
+/// The value alone for people; "unknown" where it is.
+std::string toText(const board::FanReading& fan);
+std::string toText(const board::TemperatureReading& temperature);
+std::string toText(const board::PowerReading& power);
+std::string toText(const board::LedReading& led);
+std::string toText(const board::CpuReading& cpu);
+
+template <class Reading>
+nlohmann::ordered_json readingsToJson(const std::vector<Reading>& readings) {
+    nlohmann::ordered_json json = nlohmann::ordered_json::array();
+    for (const Reading& reading : readings)
+        json.push_back(toJson(reading));
+    return json;
+}
+
+/// Prints readings in the chosen form and complains of those with a fault. Returns the exit status.
+template <class Reading>
+int show(const std::vector<Reading>& readings, bool asJson) {
+    int status = DONE;
+    for (const Reading& reading : readings) {
+        if (!asJson && reading.fault.empty())
+            std::cout << board::printable(reading.name) << ": " << toText(reading) << "\n";
+        if (!reading.fault.empty()) {
+            complain("'" + reading.name + "': " + reading.fault);
+            status = FAILED;
+        }
+    }
+    if (asJson)
+        printJson(readingsToJson(readings));
+    return status;
+}
+
+} // namespace boardctl

@@ -1,0 +1,42 @@
+#include "output/ReportRows.h"
+
+#include "output/Readings.h"
+
+namespace boardctl {
+
+namespace {
+
+template <class Reading>
+void addRows(InfoContainer& rows, const std::vector<Reading>& readings, const String& driver,
+             const char* key) {
+    for (const Reading& reading : readings)
+        if (driver == String(reading.name.c_str())) {
+            rows.add(1, 0, "Description", reading.description.c_str());
+            rows.add(1, 0, key, toText(reading).c_str());
+        }
+}
+
+} // namespace
+
+InfoContainer dumpOf(const board::Report& report) {
+    InfoContainer rows;
+    for (const board::DriverReport& driver : report.drivers) {
+        for (const auto& row : driver.rows.getRows())
+            rows.add(row.level, row.index, row.key, row.value);
+        // A LED's own rows say all; of the others the driver's are but a header.
+        addRows(rows, report.fans, driver.name.c_str(), "Speed");
+        addRows(rows, report.temperatures, driver.name.c_str(), "Temperature");
+        addRows(rows, report.powers, driver.name.c_str(), "Status");
+    }
+    if (report.cpu) {
+        rows.add(0, 0, "CPU load", "");
+        rows.add(1, 0, "Last 100 ms", toText(*report.cpu).c_str());
+    }
+    if (report.firmware) {
+        rows.add(0, 0, "Firmware", "");
+        rows.add(1, 0, "Version",
+                 report.firmware->fault.empty() ? report.firmware->version.c_str() : "unknown");
+    }
+    return rows;
+}
+} // namespace boardctl

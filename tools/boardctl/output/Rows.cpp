@@ -1,0 +1,44 @@
+#include "output/Rows.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include "base/Text.h"
+
+using nlohmann::ordered_json;
+
+namespace boardctl {
+
+std::string textOf(const String& text) {
+    return std::string(text.c_str(), text.length());
+}
+
+void printRows(const InfoContainer& rows) {
+    constexpr unsigned INDENT = 2;
+    const auto keyOf = [](const InfoContainer::Row& row) {
+        return std::string(std::size_t{row.level} * INDENT, ' ') +
+               board::printable(textOf(row.key));
+    };
+    std::size_t column = 0;
+    for (const auto& row : rows.getRows())
+        column = std::max(column, board::columnsOf(keyOf(row)));
+    for (const auto& row : rows.getRows()) {
+        const std::string key = keyOf(row);
+        std::cout << key;
+        if (!row.value.isEmpty())
+            std::cout << std::string(column + 2 - board::columnsOf(key), ' ')
+                      << board::printable(textOf(row.value));
+        std::cout << "\n";
+    }
+}
+
+ordered_json rowsToJson(const InfoContainer& rows) {
+    ordered_json json = ordered_json::array();
+    for (const auto& row : rows.getRows())
+        json.push_back({{"level", row.level},
+                        {"index", row.index},
+                        {"key", textOf(row.key)},
+                        {"value", textOf(row.value)}});
+    return json;
+}
+} // namespace boardctl

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "board/Host.h"
+#include "profile/Profile.h"
+#include "program/Options.h"
+#include "simulation/SimulatedBoard.h"
+
+namespace boardctl {
+
+/// The board a command works on: that of `--board`, or a simulated one that exists as long as this
+/// object.
+class BoardProfile {
+public:
+    /// Throws board::Error if the profile is missing or wrong.
+    explicit BoardProfile(const Options& options);
+
+    bool isSimulated() const { return m_scratch != nullptr; }
+    const board::SimulatedBoard& simulated() const { return m_scratch->board(); }
+    const std::string& profilePath() const { return m_profilePath; }
+    const board::Profile& profile() const { return m_profile; }
+
+private:
+    std::unique_ptr<board::ScratchBoard> m_scratch;
+    const std::string m_profilePath;
+    const board::Profile m_profile;
+};
+
+/// The same board with its drivers.
+class Board : public BoardProfile {
+public:
+    explicit Board(const Options& options) : BoardProfile(options), m_host(profile()) {}
+
+    const board::Host& host() const { return m_host; }
+
+    /// The names of the devices of `kind`: all, or only `name` if that is not empty. Throws
+    /// board::Error with the names to choose from if there is no such device.
+    std::vector<std::string> devices(const std::string& kind, const std::string& name) const;
+
+private:
+    const board::Host m_host;
+};
+
+} // namespace boardctl

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+
+#include "program/Options.h"
+
+namespace boardctl {
+
+/// A command, and where the parser stores its words.
+template <class Words>
+struct Command {
+    CLI::App& app;
+    Words& words; ///< exist as long as the command
+};
+
+/// Adds a command below `parent`. `run(options, words)` returns the exit status; it is called once
+/// the whole command line has been parsed, with the Words that the command's options filled.
+template <class Words, class Run>
+Command<Words> addCommand(CLI::App& parent, Options& options, const char* name, const char* text,
+                          Run run) {
+    CLI::App& app = *parent.add_subcommand(name, text);
+    const auto words = std::make_shared<Words>();
+    app.callback([&options, words, run = std::move(run)] {
+        options.command = [&options, words, run] { return run(options, *words); };
+    });
+    return {app, *words};
+}
+
+/// A command without words: `run(options)`.
+template <class Run>
+CLI::App& addCommand(CLI::App& parent, Options& options, const char* name, const char* text,
+                     Run run) {
+    CLI::App& app = *parent.add_subcommand(name, text);
+    app.callback([&options, run = std::move(run)] {
+        options.command = [&options, run] { return run(options); };
+    });
+    return app;
+}
+
+/// Adds a command that only holds others: one of them must follow its name.
+inline CLI::App& addGroup(CLI::App& parent, const char* name, const char* text) {
+    CLI::App& app = *parent.add_subcommand(name, text);
+    app.require_subcommand(1);
+    return app;
+}
+
+} // namespace boardctl

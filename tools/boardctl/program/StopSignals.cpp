@@ -1,0 +1,81 @@
+#include "program/StopSignals.h"
+
+#include <csignal>
+#include <ctime>
+
+#include <poll.h>
+
+namespace boardctl {
+
+namespace {
+
+volatile std::sig_atomic_t asked = 0;
+
+sigset_t askingSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    return signals;
+}
+
+} // namespace
+
+void StopSignals::install() {
+    struct sigaction action {};
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = 0; // without SA_RESTART: a call that waits must come back
+    action.sa_handler = [](int) { asked = 1; };
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    action.sa_handler = [](int) {};
+    sigaction(SIGHUP, &action, nullptr);
+    // Writes fail instead: a reader that went away, a limit on the size of files.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+bool StopSignals::isAsked() {
+    return asked != 0;
+}
+
+bool StopSignals::waitWritable(int descriptor) {
+    const sigset_t signals = askingSignals();
+    sigset_t former;
+    pthread_sigmask(SIG_BLOCK, &signals, &former);
+    pollfd output{descriptor, POLLOUT, 0};
+    const timespec atOnce{};
+    int ready = 0;
+    do
+        ready = ::ppoll(&output, 1, asked ? &atOnce : nullptr, &former);
+    while (ready < 0 && !asked);
+    if (ready < 0) // asked while it waited
+        ready = ::poll(&output, 1, 0);
+    pthread_sigmask(SIG_SETMASK, &former, nullptr);
+    return ready > 0;
+}
+
+bool StopSignals::waitUntil(std::optional<Clock::time_point> end, int descriptor) {
+    // Blocked while the mark is looked at, open while it waits: none gets lost between the two.
+    const sigset_t signals = askingSignals();
+    sigset_t former;
+    pthread_sigmask(SIG_BLOCK, &signals, &former);
+    while (!asked) {
+        using std::chrono::nanoseconds;
+        timespec left{};
+        if (end) {
+            const auto span = std::chrono::duration_cast<nanoseconds>(*end - Clock::now());
+            if (span <= nanoseconds(0))
+                break;
+            left.tv_sec = static_cast<time_t>(span.count() / 1000000000);
+            left.tv_nsec = static_cast<long>(span.count() % 1000000000);
+        }
+        pollfd input{descriptor, POLLIN, 0}; // one of -1 is passed over
+        if (::ppoll(&input, 1, end ? &left : nullptr, &former) > 0)
+            break;
+    }
+    pthread_sigmask(SIG_SETMASK, &former, nullptr);
+    return asked != 0;
+}
+
+} // namespace boardctl

@@ -1,0 +1,62 @@
+#include "program/WordChecks.h"
+
+#include <charconv>
+
+#include "String.h"
+#include "base/Suggestion.h"
+
+namespace boardctl {
+
+CLI::Validator notEmpty() {
+    return CLI::Validator(
+        [](const std::string& word) {
+            return word.empty() ? std::string("is empty") : std::string();
+        },
+        "");
+}
+
+CLI::Validator oneOf(const std::vector<std::string>& words) {
+    return CLI::Validator(
+        [words](std::string& word) {
+            if (CLI::IsMember(words)(word).empty())
+                return std::string();
+            std::string expected;
+            for (const std::string& each : words)
+                expected += (expected.empty() ? "" : &each == &words.back() ? " or " : ", ") + each;
+            return "'" + word + "' (expected " + expected + ")" + board::didYouMean(word, words);
+        },
+        "");
+}
+
+CLI::Validator seconds(double least, double most) {
+    return CLI::Validator(
+        [=](const std::string& word) {
+            double value = -1;
+            // Written so that what is no number at all, which compares with nothing, is refused
+            // too.
+            const bool fits =
+                CLI::detail::lexical_cast(word, value) && value >= least && value <= most;
+            return fits ? std::string()
+                        : String::format("'%s' (expected seconds, %g to %.0f)", word.c_str(), least,
+                                         most)
+                              .c_str();
+        },
+        "");
+}
+
+CLI::Validator decimal(long long least, long long most) {
+    return CLI::Validator(
+        [=](std::string& word) {
+            long long value = 0;
+            const char* const end = word.data() + word.size();
+            const auto [rest, error] = std::from_chars(word.data(), end, value);
+            if (error != std::errc() || rest != end || value < least || value > most)
+                return "'" + word + "' (expected " + std::to_string(least) + " to " +
+                       std::to_string(most) + ")";
+            word = std::to_string(value); // the parser would take a zero in front for base 8
+            return std::string();
+        },
+        "");
+}
+
+} // namespace boardctl

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+/// Checks of a word on the command line, for CLI::Option::check or transform.
+namespace boardctl {
+
+/// For options that name something: an empty word, such as an unset shell variable leaves, is a
+/// wrong call.
+CLI::Validator notEmpty();
+
+/// For one of a few words.
+CLI::Validator oneOf(const std::vector<std::string>& words);
+
+/// For a number of seconds, by default up to a year.
+CLI::Validator seconds(double least = 0, double most = 366 * 86400);
+
+/// For whole numbers. They are decimal even with leading zeros.
+CLI::Validator decimal(long long least, long long most);
+
+} // namespace boardctl
