@@ -1,9 +1,15 @@
-// board-host BOARD: hosts the board in that folder until SIGTERM, or until its service button comes
-// up again.
+// board-host BOARD: hosts the board in the folder BOARD until it receives SIGINT or SIGTERM, or
+// until its service button is released.
 
 #include <csignal>
+#include <cstdint>
+#include <exception>
 #include <iostream>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
 #include <string>
+
 #include <unistd.h>
 
 #include "CBoardDescr.h"
@@ -15,90 +21,168 @@
 #include "LedCtrl.h"
 #include "ServiceButton.h"
 
-static void check(const XCode& status, const char* what, const String& error = String::EMPTY()) {
-    if (!status.isSuccess())
-        throw std::string(what) + ": " + (error.isEmpty() ? status.getMessage() : error).c_str();
+namespace {
+
+/// Throws `failure`, followed by the reason if the operation left one in `error` or in its status.
+void check(const XCode& status, const std::string& failure, const String& error = String::EMPTY()) {
+    if (status.isSuccess())
+        return;
+    const String& reason = error.isEmpty() ? status.getMessage() : error;
+    throw std::runtime_error(reason.isEmpty() ? failure : failure + ": " + reason.c_str());
 }
 
-template <class Driver>
-struct Connected { // a driver, and the kernel driver's end of its channel, which answers at
-                   // connection
-    Connected(const char* name, const std::string& path, unsigned maximum)
-        : driver(TYPPtr<Driver>::adopt(new Driver(DRIVER::INSTANCE(), name, name))) {
-        const auto answer = [path, maximum](const MxMsg& request, MxMsg& reply) {
-            request.getCode() == MSG_GET_MAXIMUM     ? reply.set(maximum)
-            : request.getCode() == MSG_GET_FILE_PATH ? reply.set(path.c_str())
-                                                     : reply.set("of the board");
+/// Stands in for a kernel driver: answers what the driver `name` asks when it connects.
+class KernelEndpoint {
+public:
+    KernelEndpoint(const char* name, const std::string& device, unsigned maximum) : m_name(name) {
+        const auto answer = [device, maximum](const MxMsg& request, MxMsg& reply) {
+            switch (request.getCode()) {
+            case MSG_GET_FILE_PATH:
+                reply.set(device.c_str());
+                break;
+            case MSG_GET_DESCRIPTION:
+                reply.set("of the board");
+                break;
+            case MSG_GET_MAXIMUM:
+                reply.set(maximum);
+                break;
+            default: // an empty reply means that the code is unknown
+                break;
+            }
             return XCode();
         };
-        String error = "can't be connected"; // unless the driver says more
-        check(Mx::publish(name, answer), name);
-        check(driver->open(error), name, error);
+        check(Mx::publish(m_name, answer), "cannot publish an endpoint");
     }
-    ~Connected() { static_cast<void>(Mx::withdraw(driver->getDriverName())); }
-    const TYPPtr<Driver> driver;
+    ~KernelEndpoint() { static_cast<void>(Mx::withdraw(m_name)); }
+    KernelEndpoint(const KernelEndpoint&) = delete;
+    KernelEndpoint& operator=(const KernelEndpoint&) = delete;
+
+private:
+    const String m_name;
 };
 
-struct Registered { // found by its name for as long as this object lives
-    Registered(IDriver* driver) : name(driver->getDriverName()) {
-        check(DRIVER::INSTANCE()->registerDriver(driver), name.c_str());
+/// Creates the driver `name` and connects it to the endpoint of the same name.
+template <class Driver>
+TYPPtr<Driver> connect(const char* name) {
+    auto driver = TYPPtr<Driver>::adopt(new Driver(DRIVER::INSTANCE(), name, name));
+    String error;
+    check(driver->open(error), std::string("cannot connect the driver '") + name + "'", error);
+    return driver;
+}
+
+/// Keeps a driver in the repository, where clients find it by name.
+class Registration {
+public:
+    explicit Registration(IDriver* driver) : m_name(driver->getDriverName()) {
+        check(DRIVER::INSTANCE()->registerDriver(driver), "cannot register a driver");
     }
-    ~Registered() { static_cast<void>(DRIVER::INSTANCE()->unregisterDriver(name)); }
-    const String name;
+    ~Registration() { static_cast<void>(DRIVER::INSTANCE()->unregisterDriver(m_name)); }
+    Registration(const Registration&) = delete;
+    Registration& operator=(const Registration&) = delete;
+
+private:
+    const String m_name;
 };
 
-struct Capacity : CResourceVoip {
+/// The VoIP capacity of this board, which has 30 SIP legs unless its descriptor says otherwise.
+class Capacity : public CResourceVoip {
+public:
     Capacity() : CResourceVoip(false) {}
     unsigned getDefaultSipLegs() override { return 30; }
 };
 
-struct Button : ServiceButton::Observer { // called on the button's thread
+/// Called on the button's own thread.
+class ButtonObserver : public ServiceButton::Observer {
+public:
     void onButtonPressed(const TYTime&) override { std::cout << "pressed" << std::endl; }
     void onButtonReleased(const TYTime&) override { ::kill(::getpid(), SIGTERM); }
 };
 
-constexpr LedCtrl::CmdDef COMMANDS[] = {
-    {"system", "ready", 0, 0x1, LedCtrl::ACTION_ON, 1, 0, true},
-    {"system", "alarm", 0, 0x1, LedCtrl::ACTION_BLINK, 1, 0, false}};
+/// Shuts the LEDs down and destroys them.
+struct ReleaseLeds {
+    void operator()(LedCtrl* leds) const { leds->release(); }
+};
 
-static void useFan() { // as any part of the program does, on any thread: by name and interface
+constexpr std::uint32_t STATUS_LED = 0x1;
+constexpr std::int32_t STATUS_GROUP = 1;
+constexpr unsigned TICK_MS = 100;
+constexpr unsigned BLINK_PATTERN = 0x0F0F0F0F;
+
+constexpr LedCtrl::CmdDef LED_COMMANDS[] = {
+    {"system", "ready", 0, STATUS_LED, LedCtrl::ACTION_ON, STATUS_GROUP, 0, true},
+    {"system", "alarm", 0, STATUS_LED, LedCtrl::ACTION_BLINK, STATUS_GROUP, 0, false},
+};
+
+/// A client: it knows the fan's name and interface, but not its class.
+void useFan() {
     TYPPtr<IFanControl> fan;
-    check(DRIVER::INSTANCE()->getInterface("fan", fan), "client");
-    const TYLockHolder hold = fan.getLock(); // two calls that belong together
+    check(DRIVER::INSTANCE()->getInterface("fan", fan), "cannot find the fan");
     IFanControl::FanSpeed speed = IFanControl::FAN_SPEED_OFF;
-    check(fan->setFanSpeed(IFanControl::FAN_SPEED_HIGH), "fan");
-    check(fan->getActualFanSpeed(speed), "fan");
+    {
+        const TYLockHolder hold = fan.getLock(); // no other thread sets the speed in between
+        check(fan->setFanSpeed(IFanControl::FAN_SPEED_HIGH), "cannot set the fan speed");
+        check(fan->getActualFanSpeed(speed), "cannot read the fan speed");
+    }
     std::cout << "fan speed " << speed << "\n";
 }
 
-int main(int, char** words) try { // what is made last goes first: threads, names, drivers, the rest
-    sigset_t ends{};              // blocked before the first thread starts, waited for below
-    ::sigaddset(&ends, SIGTERM);
-    ::pthread_sigmask(SIG_BLOCK, &ends, nullptr);
-    const std::string board = words[1] ? words[1] : ".";
-    const std::string eeprom = board + "/eeprom.bin",
-                      lamp = board + "/dev/status"; // used by pointer
-    const LedCtrl::FileNameMap files[] = {{0x1, lamp.c_str()}};
-    const Connected<CFanControl> fan("fan", board + "/dev/fan", 255);
-    const Connected<CThermalSensor> sensor("thermal", board + "/dev/temperature", 85);
+/// Hosts the board until one of `stopSignals` arrives. Objects are destroyed in reverse order, also
+/// after an exception: threads first, then the drivers, last the tables and texts that they use.
+void host(const std::string& board, const sigset_t& stopSignals) {
+    const std::string eeprom = board + "/eeprom.bin";
+    const std::string statusLed = board + "/dev/status";
+    const LedCtrl::FileNameMap ledFiles[] = {{STATUS_LED, statusLed.c_str()}};
+
+    const KernelEndpoint fanEndpoint("fan", board + "/dev/fan", 255);
+    const KernelEndpoint thermalEndpoint("thermal", board + "/dev/temperature", 85);
+
+    const auto fan = connect<CFanControl>("fan");
+    const auto thermal = connect<CThermalSensor>("thermal");
     const auto descriptor = TYPPtr<CBoardDescr>::adopt(new CBoardDescr(eeprom.c_str(), 128, 512));
     const auto capacity = TYPPtr<Capacity>::adopt(new Capacity);
-    const Registered names[] = {fan.driver.get(), sensor.driver.get(), descriptor.get(),
-                                capacity.get()};
+
+    const Registration fanRegistration(fan.get());
+    const Registration thermalRegistration(thermal.get());
+    const Registration descriptorRegistration(descriptor.get());
+    const Registration capacityRegistration(capacity.get());
+
     String error;
-    check(descriptor->readBD(error), "descriptor", error);
-    check(capacity->setup(error), "capacity", error); // asks the descriptor by its name
+    check(descriptor->readBD(error), "cannot read the descriptor", error);
+    check(capacity->setup(error), "cannot set up the capacity", error); // looks up the descriptor
     std::cout << capacity->getSipLegCount() << " SIP legs\n";
+
     useFan();
-    LedCtrl leds(COMMANDS, 2, files, 1, LedCtrl::ACCESS_FILES, 100, 0x0F0F0F0F);
-    Button observer;
+
+    const std::unique_ptr<LedCtrl, ReleaseLeds> leds(
+        new LedCtrl(LED_COMMANDS, std::size(LED_COMMANDS), ledFiles, std::size(ledFiles),
+                    LedCtrl::ACCESS_FILES, TICK_MS, BLINK_PATTERN));
+    ButtonObserver observer;
     ServiceButton button((board + "/dev/button").c_str(), &observer);
-    check(button.start(error), "button", error);
+    check(button.start(error), "cannot watch the button", error);
+
     std::cout << "ready" << std::endl;
-    ::sigwaitinfo(&ends, nullptr);
-    static_cast<void>(button.stop()); // the observer is called no more
-    leds.shutdown();                  // and the pipe and the LED's file are closed
-} catch (const std::string& fault) {
-    std::cerr << "board-host: " << fault << "\n";
-    return 1;
+    int received = 0;
+    ::sigwait(&stopSignals, &received);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::cerr << "usage: board-host BOARD\n";
+        return 2;
+    }
+    // Before the first thread starts, so that all threads inherit the mask.
+    sigset_t stopSignals;
+    ::sigemptyset(&stopSignals);
+    ::sigaddset(&stopSignals, SIGINT);
+    ::sigaddset(&stopSignals, SIGTERM);
+    ::pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+    try {
+        host(argv[1], stopSignals);
+    } catch (const std::exception& fault) {
+        std::cerr << "board-host: " << fault.what() << "\n";
+        return 1;
+    }
+    return 0;
 }
