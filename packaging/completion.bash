@@ -1,13 +1,13 @@
-# Completion of boardctl for bash. The tables are made from its helps: by command, a line a word or a row of words, in
-# which "@" is a file and "*" anything.
+# Completion of boardctl for bash. The tables are generated from its help texts. They map a
+# command to lines of one or more words, in which "@" is a file and "*" anything.
 declare -gA _boardctl_commands _boardctl_options _boardctl_values _boardctl_arguments
 # TABLES
 
 _boardctl() {
     local word=${COMP_WORDS[COMP_CWORD]} command=boardctl option='' known='' row i
     local -a given=() words=() row_words
-    # The words before: which command, which arguments, and whether an option still wants its value. The shell makes
-    # a word of the = in --board=FILE.
+    # The words so far: which command, which arguments, and whether an option still needs its value.
+    # The shell splits --board=FILE at the = and makes that a word too.
     for ((i = 1; i < COMP_CWORD; ++i)); do
         local each=${COMP_WORDS[i]}
         if [[ $each == = && $option ]]; then
@@ -54,7 +54,7 @@ _boardctl() {
     done
 }
 
-# What may stand behind an option of a command, or of the program itself; nothing where it takes no value.
+# The possible values of an option of the command or of the program; empty for a flag.
 _boardctl_value() {
     local path name values
     for path in "$1" boardctl; do

@@ -1,19 +1,20 @@
 #!/usr/bin/env python3
-"""Writes the shells' completions of boardctl, made from what `--help` says of it and of each of its commands.
+"""Generates the shell completions of boardctl from the `--help` of the program and of each command.
 
-usage: packaging/completions.py BOARDCTL FOLDER    writes FOLDER/boardctl (bash) and FOLDER/_boardctl (zsh)
+usage: packaging/completions.py BOARDCTL FOLDER
+writes FOLDER/boardctl (bash) and FOLDER/_boardctl (zsh)
 """
 import pathlib
 import re
 import subprocess
 import sys
 
-FILES = {"FILE", "IMAGE", "DIR"}  # the words for which a help asks with the name of a file
+FILES = {"FILE", "IMAGE", "DIR"}  # words in a help text that stand for a file name
 HERE = pathlib.Path(__file__).parent
 
 
 def sections(text):
-    """The entries below each heading of a help: (left column, text)."""
+    """The entries below each heading of a help text: (left column, description)."""
     found, heading = {}, None
     for line in text.splitlines():
         if re.fullmatch(r"[A-Z][a-z]+:", line):
@@ -22,7 +23,7 @@ def sections(text):
             heading = None
         elif heading is None:
             continue
-        elif line.startswith(" " * 30):  # the text goes on, or begins behind a long left column
+        elif line.startswith(" " * 30):  # a continued description, or one below a long left column
             left, description = heading[-1]
             heading[-1] = (left, f"{description} {line.strip()}".strip())
         else:
@@ -32,7 +33,7 @@ def sections(text):
 
 
 def words_of(kind):
-    """What may stand for an argument, as rows of words: fixed ones, "@" for a file, "*" for anything else."""
+    """The possible values of an argument, as rows: fixed words, "@" a file, "*" anything else."""
     if kind in FILES:
         return [["@"]]
     return [["*" if re.search(r"[^a-z0-9]", word) else word for word in row.split()]
@@ -43,7 +44,7 @@ class Completions:
     def __init__(self, boardctl):
         self.boardctl = boardctl
         self.commands = []  # (path, name, text)
-        self.options = []  # (path, names, text, row of what its value may be)
+        self.options = []  # (path, names, description, possible values)
         self.arguments = []  # (path, row)
         self.walk("")
 
@@ -71,7 +72,7 @@ class Completions:
         return self.tables("    '{}' '{}'", lambda name, text: f"{name}:{text}")
 
     def tables(self, entry, described):
-        """One table a kind of word, by the path of the command."""
+        """One table per kind of word, indexed by the path of the command."""
         for name, rows in (
                 ("commands", [(path, described(name, text)) for path, name, text in self.commands]),
                 ("options", [(path, described(name, text)) for path, names, text, _ in self.options for name in names]),

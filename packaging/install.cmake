@@ -1,10 +1,10 @@
-# What `cmake --install` puts where. The framework has components of its own: a board with another framework wants the
-# library alone.
+# What `cmake --install` puts where. The framework has separate components, because a board with
+# another framework needs only the library.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/boarddrivers)
-# The framework's libraries have general names; they stay out of the folder that all programs search.
+# The framework's libraries have generic names, so they stay out of the system's library folder.
 set(framework_libraries ${CMAKE_INSTALL_LIBDIR}/boarddrivers)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/boarddrivers)
 
@@ -42,7 +42,7 @@ configure_file(packaging/boardctl.service.in boardctl.service @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/boardctl.service DESTINATION lib/systemd/system COMPONENT boardctl)
 install(FILES packaging/linux-board.toml DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT boardctl)
 
-# The manual page and the completions are made from what boardctl says of itself.
+# The manual page and the completions are generated from boardctl's help.
 if(BOARD_MAN)
     find_program(HELP2MAN help2man REQUIRED)
     set(page ${CMAKE_BINARY_DIR}/boardctl.1.gz)

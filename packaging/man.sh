@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Prints the manual page of boardctl, made from what `--help` says of it and of each of its commands.
+# Prints the manual page of boardctl, generated from the `--help` of the program and of each command.
 # usage: packaging/man.sh BOARDCTL
 set -euo pipefail
 
@@ -9,7 +9,7 @@ trap 'rm -f "$sections"' EXIT
 
 subcommands() { sed -n '/^Subcommands:/,/^$/s/^  \([a-z][a-z]*\)  .*/\1/p'; }
 
-# describe WORD...: the help of a command, then of those below it.
+# describe WORD...: prints the help of a command, or of its subcommands.
 describe() {
     local help name
     help=$("$boardctl" "$@" --help)
@@ -19,7 +19,7 @@ describe() {
         done
         return
     fi
-    # The usage stands in the heading, and what holds for all commands in the options above.
+    # The heading shows the usage, and the page lists the common options only once.
     printf '.SS "%s"\n' "$(sed -n 's/^Usage: boardctl //p' <<<"$help")"
     printf '.nf\n'
     sed -e '/^Usage: /d' -e '/^  -h,--help /d' -e '/^Before or after the command:/d' -e '/^Options:$/d' <<<"$help" |
@@ -34,21 +34,21 @@ describe() {
     done
     cat <<'TEXT'
 [EXIT STATUS]
-0: done. 1: it failed, and standard error says why. 2: the call was wrong.
+0: success. 1: failure; standard error says why. 2: wrong usage.
 [FILES]
 .TP
 /etc/boarddrivers/board.toml
-The profile of the board that the service hosts.
+Profile of the board that the service hosts.
 .TP
 /tmp/evt.fifo
-The pipe that takes commands for the LEDs of the board that is hosted, such as \fBsystem boot 0\fR.
+Pipe for LED commands to the hosted board, such as \fBsystem boot 0\fR.
 [ENVIRONMENT]
 .TP
 BOARD_LOG_LEVEL
-Shows log messages up to this level on standard error, 3 (errors) without it; 7 shows everything.
+Highest level of the log messages shown on standard error: 3 (errors) by default; 7 shows everything.
 .TP
 NO_COLOR
-Anything in it turns colours off.
+Turns colors off if it is set to anything.
 TEXT
 } >"$sections"
 help2man --no-info --name='host, show and edit a board' --include="$sections" "$boardctl" |

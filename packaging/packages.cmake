@@ -1,4 +1,4 @@
-# Debian packages: `cpack` in the build tree of a release preset.
+# Debian packages: run `cpack` in the build tree of a release preset.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -14,7 +14,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(exact "(= ${PROJECT_VERSION}-1)")
 if(CMAKE_CROSSCOMPILING)
-    # The libraries of the cross compiler belong to packages that no board has.
+    # The cross compiler's runtime libraries come from packages that no board has.
     set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE armhf)
     set(runtime "libc6 (>= 2.36), libgcc-s1 (>= 3.5), libstdc++6 (>= 12)")
 else()
@@ -36,7 +36,7 @@ function(board_package group package section depends description)
     set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section} PARENT_SCOPE)
     set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
     set(CPACK_DEBIAN_${upper}_DESCRIPTION "${description}" PARENT_SCOPE)
-    # Each package carries what Debian asks of one.
+    # Debian requires these files in each package.
     set(doc ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package})
     list(GET ARGN 0 first)
     install(FILES packaging/copyright DESTINATION ${doc} COMPONENT ${first})
@@ -58,7 +58,7 @@ board_package(development_group libboarddrivers-dev libdevel "libboarddrivers1 $
 board_package(boardctl_group boardctl utils "libboarddrivers1 ${exact}"
 "The command boardctl hosts the drivers of a board and shows what happens,
 reads and sets its devices, builds and edits board descriptors, checks and
-previews LED tables, and simulates a board where there is none."
+previews LED tables, and simulates a board if you have none."
     boardctl)
 if(runtime)
     set(CPACK_DEBIAN_BOARDCTL_GROUP_PACKAGE_DEPENDS "libboarddrivers1 ${exact}, ${runtime}")
