@@ -1,14 +1,16 @@
-"""Does what the pages of docs/ say and compares: pages.py [--program NAME=CALL]... PAGE|FOLDER...
+"""Tests documentation pages: pages.py [--program NAME=CALL]... PAGE|FOLDER...
 
-In a page
-    ```console        each line after `$ ` is a command (`> ` goes on with it), what follows it is all that it prints
-    ```toml NAME      any language: makes the file NAME before the next command
-    ```cpp SOURCE     is a piece of that file, named from the page
-    ![...](PICTURE)   is the file of that name that the commands have made; one with a folder, another page's
-    [...](PATH)       is there
-A page's commands run in one shell, in an empty folder, with the programs in the path. A command that ends with
-another status than 0 is followed by `$ echo $?`. Of what is printed, `...` stands for any text within a line, and
-on a line of its own for any lines. A picture that differs is kept in the current folder.
+Notation in a page:
+    ```console        a line with `$ ` is a command (`> ` continues it), followed by its output
+    ```toml NAME      in any language: creates the file NAME before the next command
+    ```cpp SOURCE     an excerpt of SOURCE, a path relative to the page
+    ![...](PICTURE)   a picture that the page's commands create; if PICTURE names a folder, the
+                      picture belongs to another page
+    [...](PATH)       PATH must exist
+The commands of a page run in one shell, in an empty folder, with the programs in the path. A
+command that exits with a status other than 0 must be followed by `$ echo $?`. In expected output,
+`...` matches any text within a line, and any lines if it is alone on a line. If a picture differs,
+the new one is kept in the current folder.
 """
 import argparse
 import difflib
@@ -30,11 +32,11 @@ class Command:
 
 
 class Page:
-    """What a page holds of commands, files, quotations and pictures, each with its line."""
+    """The commands, files, quotations and pictures of a page, each with its line number."""
 
     def __init__(self, path):
         self.path, self.steps, self.quotations, self.pictures = path, [], [], []
-        self.faults = []  # of the page itself
+        self.faults = []  # in the notation
         lines = path.read_text(encoding="utf-8").splitlines()
         number = 0
         while number < len(lines):
@@ -42,7 +44,7 @@ class Page:
             self.pictures += [(number + 1, name) for name in PICTURE.findall(lines[number]) if "/" not in name]
             for name in LINK.findall(lines[number]):
                 if not (path.parent / name).exists():
-                    self.faults.append(f"{path}:{number + 1}: there is no {name}")
+                    self.faults.append(f"{path}:{number + 1}: {name} does not exist")
             number += 1
             if not fence:
                 continue
@@ -75,7 +77,8 @@ class Page:
 
 
 def script(page, work, results):
-    """A shell program of the page's steps; what command k prints is in the file k, its status in k.status."""
+    """A shell script of the page's steps. The output of command k goes into the file k, its status
+    into k.status."""
     text = f"cd '{work}'\n"
     for number, step in enumerate(page.steps):
         if isinstance(step, Command):
@@ -90,7 +93,7 @@ def script(page, work, results):
 
 
 def pattern(expected):
-    """A regular expression of the lines that are expected."""
+    """A regular expression that matches the expected lines."""
     parts = []
     for line in expected:
         parts.append("(?:.*\n)*" if line == "..." else "[^\n]*".join(map(re.escape, line.split("..."))) + "\n")
@@ -104,7 +107,7 @@ def judge(page, results):
         where = f"{page.path}:{step.line}: {step.text}"
         status_file = results / f"{number}.status"
         if not status_file.exists():
-            yield f"{where}\nwas not run to its end"
+            yield f"{where}\ndid not run to its end"
             return
         printed = (results / str(number)).read_text(encoding="utf-8", errors="backslashreplace")
         status = int(status_file.read_text(encoding="ascii"))
@@ -113,31 +116,31 @@ def judge(page, results):
                 step.expected, printed.splitlines(), "the page", "printed", lineterm="", n=100)
             yield "\n".join([where, *diff])
         following = page.steps[number + 1 :]
-        told = following and isinstance(following[0], Command) and following[0].text == "echo $?"
-        if status != 0 and not told:
-            yield f"{where}\nends with {status}, of which the page says nothing"
+        documented = following and isinstance(following[0], Command) and following[0].text == "echo $?"
+        if status != 0 and not documented:
+            yield f"{where}\nexits with {status}, which the page does not say"
 
 
 def check_quotations(page):
     for line, name, quoted in page.quotations:
         source = (page.path.parent / name).read_text(encoding="utf-8").splitlines()
         if "\n".join(map(str.strip, quoted)) not in "\n".join(map(str.strip, source)):
-            yield f"{page.path}:{line}: does not stand in {name}"
+            yield f"{page.path}:{line}: is not in {name}"
 
 
 def check_pictures(page, work):
     for line, name in page.pictures:
         shown, made = page.path.parent / name, work / pathlib.Path(name).name
         if not made.exists():
-            yield f"{page.path}:{line}: no command of the page makes {name}"
+            yield f"{page.path}:{line}: no command of the page creates {name}"
         elif not shown.exists() or shown.read_bytes() != made.read_bytes():
             kept = pathlib.Path.cwd() / made.name
             kept.write_bytes(made.read_bytes())
-            yield f"{page.path}:{line}: {name} is not what the page's command makes, now kept as {kept}"
+            yield f"{page.path}:{line}: {name} differs from the new picture, kept as {kept}"
 
 
 def run(path, programs):
-    """The faults of a page."""
+    """Returns the faults of a page and the number of its commands."""
     page = Page(path)
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)
@@ -155,8 +158,8 @@ def run(path, programs):
 
 
 def give_private_tmp(paths):
-    """Starts this program again with a /tmp of its own, where the machine allows it: the LED pipe has one path on
-    every machine. Not where something that is used would be hidden."""
+    """Starts this program again with a private /tmp if the machine allows it, because the LED pipe
+    has a fixed path there. Does nothing if the private /tmp would hide a file that is needed."""
     if any(os.path.realpath(path).startswith("/tmp/") for path in [*paths, os.getcwd(), __file__]):
         return
     apart = ["unshare", "--mount"] + (["--map-root-user"] if os.geteuid() else [])
@@ -169,7 +172,7 @@ def give_private_tmp(paths):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--program", action="append", default=[], metavar="NAME=CALL")
-    parser.add_argument("--here", action="store_true", help="in the /tmp that there is")
+    parser.add_argument("--here", action="store_true", help="use the machine's own /tmp")
     parser.add_argument("pages", nargs="+", type=pathlib.Path)
     words = parser.parse_args()
     programs = dict(word.split("=", 1) for word in words.program)
