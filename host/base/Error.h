@@ -4,7 +4,7 @@
 
 namespace board {
 
-/// Something that a person must mend: one line that says what, where and what was expected.
+/// A problem that the user has to fix. The message is one line: where, what, what was expected.
 class Error : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

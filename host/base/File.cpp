@@ -1,5 +1,6 @@
 #include "base/File.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -24,6 +25,22 @@ auto repeatInterrupted(Call call) -> decltype(call()) {
         result = call();
     while (result == -1 && errno == EINTR);
     return result;
+}
+
+template <class Read>
+std::string readUpTo(Read read, std::size_t limit, const std::string& path, const char* what) {
+    std::string content;
+    char chunk[4096];
+    while (content.size() <= limit) {
+        const ssize_t count = read(chunk, sizeof chunk);
+        if (count < 0)
+            failWith(path, what, errno);
+        if (count == 0)
+            break;
+        content.append(chunk, static_cast<std::size_t>(count));
+    }
+    content.resize(std::min(content.size(), limit + 1));
+    return content;
 }
 
 FileKind kindOfMode(mode_t mode) {
@@ -63,6 +80,10 @@ FileKind kindOf(const FileDescriptor& file) {
     return ::fstat(file.number(), &status) == 0 ? kindOfMode(status.st_mode) : FileKind::OTHER;
 }
 
+off_t trySize(const FileDescriptor& file) {
+    return ::lseek(file.number(), 0, SEEK_END);
+}
+
 bool isDevice(const std::string& path) {
     struct statfs system {};
     return kindOf(path) == FileKind::BLOCK_DEVICE ||
@@ -84,6 +105,14 @@ FileDescriptor openFile(const std::string& path, int flags, const char* what) {
     if (!file.isOpen())
         failWith(path, what, errno);
     return file;
+}
+
+void writeFile(const std::string& path, const std::string& content) {
+    constexpr mode_t EVERYBODY = 0666; // less what the umask takes away
+    const FileDescriptor file(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, EVERYBODY));
+    if (!file.isOpen() || !tryWriteAll(file, content))
+        failWith(path, "can't write the file", errno);
 }
 
 FileDescriptor createUnique(const std::string& start, std::string& name, const std::string& path,
@@ -111,7 +140,9 @@ ssize_t tryWriteAt(const FileDescriptor& file, const void* bytes, std::size_t si
 bool tryWriteAll(const FileDescriptor& file, const std::string& bytes) {
     for (std::size_t done = 0; done < bytes.size();) {
         const ssize_t written = tryWrite(file, bytes.data() + done, bytes.size() - done);
-        if (written < 0)
+        if (written == 0)
+            errno = EIO; // a device that accepts nothing would keep this loop going forever
+        if (written <= 0)
             return false;
         done += static_cast<std::size_t>(written);
     }
@@ -124,19 +155,8 @@ bool trySync(const FileDescriptor& file) {
 
 std::string readUpTo(const FileDescriptor& file, std::size_t limit, const std::string& path,
                      const char* what) {
-    std::string content;
-    char chunk[4096];
-    while (content.size() <= limit) {
-        const ssize_t got = tryRead(file, chunk, sizeof chunk);
-        if (got < 0)
-            failWith(path, what, errno);
-        if (got == 0)
-            break;
-        content.append(chunk, static_cast<std::size_t>(got));
-    }
-    if (content.size() > limit + 1)
-        content.resize(limit + 1);
-    return content;
+    return readUpTo([&](void* bytes, std::size_t size) { return tryRead(file, bytes, size); },
+                    limit, path, what);
 }
 
 void failTooLarge(const std::string& path, std::size_t limit) {
@@ -146,18 +166,22 @@ void failTooLarge(const std::string& path, std::size_t limit) {
 
 std::string readFile(const std::string& path, std::size_t limit) {
     const FileDescriptor file = openFile(path, O_RDONLY);
-    std::string content;
-    char chunk[4096];
-    ssize_t got;
-    // Not repeated when a signal interrupts it: the file may be a pipe that nobody writes.
-    while ((got = ::read(file.number(), chunk, sizeof chunk)) != 0) {
-        if (got < 0)
-            failWith(path, "can't read", errno);
-        content.append(chunk, static_cast<std::size_t>(got));
-        if (content.size() > limit)
-            failTooLarge(path, limit);
-    }
+    const auto readOnce = [&](void* bytes, std::size_t size) {
+        return ::read(file.number(), bytes, size);
+    };
+    std::string content = readUpTo(readOnce, limit, path, "can't read");
+    if (content.size() > limit)
+        failTooLarge(path, limit);
     return content;
+}
+
+std::optional<std::string> tryReadLine(const std::string& path) {
+    const FileDescriptor file = tryOpen(path, O_RDONLY | O_NONBLOCK);
+    char line[4096];
+    const ssize_t length = file.isOpen() ? tryRead(file, line, sizeof line) : -1;
+    if (length < 0)
+        return std::nullopt;
+    return std::string(line, std::find(line, line + length, '\n'));
 }
 
 void expectReadable(const std::string& path) {
@@ -184,9 +208,20 @@ bool tryMakePipe(const std::string& path, mode_t mode) {
     return false;
 }
 
+void makeFolder(const std::string& path) {
+    if (::mkdir(path.c_str(), 0777) != 0)
+        failWith(path, "can't make the folder", errno);
+}
+
+std::string makeUniqueFolder(const std::string& start) {
+    std::string path = start + "XXXXXX";
+    if (!::mkdtemp(path.data()))
+        failWith(path, "can't make a temporary folder", errno);
+    return path;
+}
+
 mode_t modeOfNewFile() {
-    const mode_t mask =
-        ::umask(0); // the call that tells the mask also changes it, so it is put back
+    const mode_t mask = ::umask(0); // the only call that returns the mask also sets it
     ::umask(mask);
     return 0666 & ~mask;
 }

@@ -4,7 +4,7 @@
 
 namespace board {
 
-/// Owns an open file: it is closed with the object. Can be moved, not copied.
+/// Owns an open file descriptor and closes it on destruction. Can be moved, not copied.
 class FileDescriptor {
 public:
     FileDescriptor() = default;
@@ -26,8 +26,8 @@ public:
 
     /// Gives up ownership without closing.
     int release() { return std::exchange(m_number, -1); }
-    /// Keeps `errno`, so that the reason of a failure survives clean-up. Does nothing if nothing is
-    /// owned.
+    /// Does nothing if nothing is owned. Preserves `errno`, so that the reason of a failure
+    /// survives clean-up.
     void close() noexcept;
 
 private:

@@ -19,7 +19,7 @@ namespace board {
 
 namespace {
 
-/// The file that a path leads to through symbolic links, even if that does not exist yet.
+/// The file that a path leads to through symbolic links, even if that file does not exist yet.
 std::string behindLinks(const std::string& path) {
     std::error_code error;
     fs::path target = fs::absolute(path, error);
@@ -55,7 +55,7 @@ public:
             failWith(m_path, "can't write the new content", errno);
     }
 
-    /// Throws if the file holds anything else.
+    /// Throws Error if the file holds anything else.
     void expect(const std::string& bytes) const {
         if (::lseek(m_file.number(), 0, SEEK_SET) != 0)
             failWith(m_path, "can't read the new content back", errno);
@@ -113,8 +113,8 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
         const bool isDevice = S_ISBLK(named.st_mode) || S_ISCHR(named.st_mode);
         if (!S_ISREG(named.st_mode) && !isDevice)
             throw Error(path + ": can't be replaced (expected a file or a device)");
-        // A file's new content never goes through this descriptor. It is opened for writing all the
-        // same: a writable folder does not imply permission to replace the file.
+        // The new content of a file never goes through this descriptor. It is still opened for
+        // writing: a writable folder does not imply permission to replace the file.
         m_lock = tryOpen(m_target, O_WRONLY | O_NONBLOCK | O_NOCTTY);
         if (!m_lock.isOpen())
             failWith(path, "can't open for writing", errno);
@@ -124,8 +124,8 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
             failWith(path, "can't lock", errno);
         if (::fstat(m_lock.number(), &locked) != 0)
             failWith(path, "can't look at the file", errno);
-        // The lock's former holder may have put a new file in the place of this one, or changed the
-        // link.
+        // While this waited, the former holder of the lock may have replaced the file or changed
+        // the link.
         if (::stat(path.c_str(), &named) == 0 && isSameFile(locked, named))
             return;
         m_lock.close();
@@ -133,7 +133,7 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
 }
 
 std::string FileReplacement::content(std::size_t limit) const {
-    if (!m_lock.isOpen()) // a file that has appeared since is not locked
+    if (!m_lock.isOpen()) // even if the file exists by now, it is not locked
         failWith(m_path, "can't open", ENOENT);
     const FileDescriptor file = tryOpen(m_target, O_RDONLY | O_NONBLOCK);
     if (!file.isOpen())
@@ -173,15 +173,14 @@ void FileReplacement::rewriteBeside(const std::string& bytes) const {
 
 void FileReplacement::writeInPlace(const std::string& bytes) const {
     ssize_t written = tryWriteAt(m_lock, bytes.data(), bytes.size(), 0);
-    if (written < 0 && errno == ESPIPE) // a device without places is at its start anyway
+    if (written < 0 && errno == ESPIPE) // a device without positions is always at its start
         written = tryWrite(m_lock, bytes.data(), bytes.size());
     if (written < 0)
         failWith(m_path, "can't write", errno);
     if (static_cast<std::size_t>(written) != bytes.size())
-        throw Error(m_path + ": took only " + std::to_string(written) + " of " +
+        throw Error(m_path + ": accepted only " + std::to_string(written) + " of " +
                     std::to_string(bytes.size()) + " bytes");
-    // What is read afterwards shall come from the device, not from memory. Some devices have
-    // nothing to sync.
+    // A later read must come from the device, not from memory. Some devices have nothing to sync.
     if (!trySync(m_lock) && errno != EINVAL)
         failWith(m_path, "can't sync", errno);
     static_cast<void>(::posix_fadvise(m_lock.number(), 0, 0, POSIX_FADV_DONTNEED));

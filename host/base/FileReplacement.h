@@ -9,33 +9,31 @@ namespace board {
 /// Replaces the content of a file so that every reader sees the old or the new content whole, and
 /// writers take turns.
 ///
-/// A file is locked where it lies behind symbolic links, rewritten beside itself with its owner and
-/// mode, synced and renamed into place. What can't be replaced that way, a device or a file of the
-/// system's device tree, is locked itself and written from its start in one call. One thread at a
-/// time.
+/// Symbolic links are followed. The file is locked, then a new file is written beside it with the
+/// same owner and mode, synced and renamed into place. A device or a sysfs file can't be replaced
+/// that way: it is locked and written from its start in one call. One thread at a time.
 class FileReplacement {
 public:
-    /// BY_KIND does what the file asks for; IN_PLACE writes an ordinary file like a device, as one
-    /// that stands for a board's device is.
+    /// BY_KIND replaces a file and writes a device in place. IN_PLACE also writes an ordinary file
+    /// in place, for one that stands in for a board's device.
     enum class Manner { BY_KIND, IN_PLACE };
 
-    /// Waits for the lock on `path`. A file that does not exist yet is made by `commit`; nothing is
-    /// locked then, and `commit` replaces one that has appeared in between. Throws Error for
-    /// folders, pipes and sockets, and where the file can't be opened or locked.
+    /// Waits for the lock on `path`. A file that does not exist is not locked; `commit` creates it,
+    /// and replaces one that has appeared in the meantime. Throws Error for folders, pipes and
+    /// sockets, and if the file can't be opened or locked.
     explicit FileReplacement(const std::string& path, Manner manner = Manner::BY_KIND);
 
-    /// Whether `commit` writes into the device itself.
+    /// Whether `commit` writes in place.
     bool isInPlace() const { return m_inPlace; }
 
-    /// What the locked file holds, of a device the first `limit` bytes. Throws Error where it can't
-    /// be read, does not exist, or is a file of more than `limit` bytes.
+    /// The content of the locked file, or the first `limit` bytes if it is written in place. Throws
+    /// Error if it can't be read, does not exist, or is a file of more than `limit` bytes.
     std::string content(std::size_t limit) const;
 
-    /// Makes `bytes` the content. Throws Error with the reason; a file then is as it was,
-    /// unless the reason says that it was replaced; a device may hold part of the bytes. A new file
-    /// is read back and compared before it takes the old one's place; what a device holds
-    /// afterwards is for the caller to compare. The reason also names a new file that could not be
-    /// removed again.
+    /// Makes `bytes` the content. A new file is read back and compared before it replaces the old
+    /// one; the content of a device is not compared. Throws Error on failure. A file is then
+    /// unchanged unless the message says that it was replaced; a device may hold part of the bytes.
+    /// The message also names a temporary file that could not be removed.
     void commit(const std::string& bytes);
 
 private:
@@ -43,12 +41,12 @@ private:
     void writeInPlace(const std::string& bytes) const;
 
     const std::string m_path; ///< as the user named it, for messages
-    std::string m_target;     ///< behind symbolic links
+    std::string m_target;     ///< what `path` leads to through symbolic links
     FileDescriptor m_lock;    ///< not open if the file does not exist yet
     bool m_inPlace = false;
 };
 
-/// One replacement from lock to commit.
+/// Locks, replaces and unlocks in one call.
 void replaceFile(const std::string& path, const std::string& bytes);
 
 } // namespace board

@@ -7,14 +7,13 @@
 
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 #include "base/Error.h"
+#include "base/File.h"
 
 namespace board {
 
-// By hand: the init system's own library would be the only one that has to be cross-built for these
-// lines.
+// Written by hand because the init system's own library would have to be cross-built just for this.
 void notifyInitSystem(const std::string& state) {
     const char* const path = std::getenv("NOTIFY_SOCKET");
     if (!path || !*path)
@@ -25,18 +24,15 @@ void notifyInitSystem(const std::string& state) {
     if (length >= sizeof address.sun_path)
         throw Error(std::string("NOTIFY_SOCKET: the path is too long: ") + path);
     std::memcpy(address.sun_path, path, length);
-    if (address.sun_path[0] == '@') // a name that is no file
+    if (address.sun_path[0] == '@') // an abstract address, which is not a file
         address.sun_path[0] = '\0';
-    const int descriptor = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    const FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + length);
     const bool sent =
-        descriptor >= 0 && ::sendto(descriptor, state.data(), state.size(), MSG_NOSIGNAL,
+        socket.isOpen() && ::sendto(socket.number(), state.data(), state.size(), MSG_NOSIGNAL,
                                     reinterpret_cast<const sockaddr*>(&address), size) >= 0;
-    const int error = errno;
-    if (descriptor >= 0)
-        ::close(descriptor);
     if (!sent)
-        throw Error(std::string("NOTIFY_SOCKET: ") + path + ": " + std::strerror(error));
+        throw Error(std::string("NOTIFY_SOCKET: ") + path + ": " + reasonOf(errno));
 }
 
 } // namespace board

@@ -4,9 +4,9 @@
 
 namespace board {
 
-/// Tells the init system what state the process is in, "READY=1" or "STOPPING=1", where it asks for
-/// that with a socket in the environment variable NOTIFY_SOCKET. Throws Error where the socket
-/// takes nothing; without one nothing is done.
+/// Reports the state of the process, "READY=1" or "STOPPING=1", to the init system through the
+/// socket that the environment variable NOTIFY_SOCKET names. Does nothing if the variable is unset
+/// or empty. Throws Error if the message can't be sent.
 void notifyInitSystem(const std::string& state);
 
 } // namespace board

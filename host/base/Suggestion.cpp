@@ -16,10 +16,9 @@ bool isSame(char a, char b) {
     return lowerCase(a) == lowerCase(b);
 }
 
-/// How many slips make `b` of `a`.
+/// The number of typing errors that turn `a` into `b`.
 std::size_t slips(const std::string& a, const std::string& b) {
-    // Rows of the table of the distances between the starts of both: the last, the one before, the
-    // current one.
+    // Three rows of the table of distances between the beginnings of both words.
     std::vector<std::size_t> before, last(b.size() + 1), row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j)
         row[j] = j;
@@ -44,10 +43,8 @@ std::string didYouMean(const std::string& word, const std::vector<std::string>& 
     std::size_t fewest = MOST_SLIPS + 1;
     for (const std::string& each : known) {
         const auto [shorter, longer] = std::minmax({word.size(), each.size()});
-        if (longer - shorter >
-            MOST_SLIPS) // before the table is made: a word may be as long as a command line
-            continue;
-        const std::size_t count = slips(word, each);
+        // Lengths first: the word may be as long as a command line, and the table with it.
+        const std::size_t count = longer - shorter > MOST_SLIPS ? longer : slips(word, each);
         if (count < fewest && 2 * count < longer) {
             fewest = count;
             nearest = &each;

@@ -5,10 +5,10 @@
 
 namespace board {
 
-/// The end of a message about a word that is none of `known`: "; did you mean 'fan'?" with the
-/// nearest of them, of several the first; empty where none is near. Near are at most two slips of
-/// the keyboard, which may not be half of the word: a letter too many, missing or wrong, or two
-/// that changed places. Case is no slip.
+/// The end of a message about a word that is not among `known`: "; did you mean 'fan'?" with the
+/// nearest known word, or the first of several equally near; empty if none is near. A word is near
+/// if at most two typing errors, in less than half of the word, lead to it: an extra, missing or
+/// wrong letter, or two swapped letters. Case is ignored.
 std::string didYouMean(const std::string& word, const std::vector<std::string>& known);
 
 } // namespace board

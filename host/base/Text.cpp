@@ -4,8 +4,8 @@ namespace board {
 
 namespace {
 
-/// The number of bytes at `position` that form one printable UTF-8 character; 0 for anything else,
-/// such as control characters, line separators and broken sequences.
+/// The length in bytes of the printable UTF-8 character at `position`; 0 if there is none, but a
+/// control character, a line separator or a broken sequence.
 std::size_t printableBytes(const std::string& text, std::size_t position) {
     const auto byteAt = [&](std::size_t i) {
         return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
@@ -22,8 +22,8 @@ std::size_t printableBytes(const std::string& text, std::size_t position) {
             return 0;
         code = code << 6 | (byteAt(position + i) & 0x3FU);
     }
-    constexpr unsigned long LEAST[] = {0, 0, 0xA0, 0x800,
-                                       0x10000}; // below: overlong forms and C1 controls
+    // Smaller codes of the same length are overlong forms or C1 controls.
+    constexpr unsigned long LEAST[] = {0, 0, 0xA0, 0x800, 0x10000};
     const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
     const bool isSeparator = code == 0x2028 || code == 0x2029;
     const bool isCharacter = (code & 0xFFFE) != 0xFFFE;
@@ -50,10 +50,10 @@ std::string printable(const std::string& text) {
 
 std::size_t columnsOf(const std::string& text) {
     std::size_t columns = 0;
-    for (const char c : text)
-        columns += (static_cast<unsigned char>(c) & 0xC0U) != 0x80U
-                       ? 1
-                       : 0; // continuation bytes take none
+    for (const char c : text) {
+        const bool isContinuation = (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+        columns += isContinuation ? 0 : 1;
+    }
     return columns;
 }
 

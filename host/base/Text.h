@@ -5,14 +5,14 @@
 
 namespace board {
 
-/// Foreign text made safe for a terminal or a message, on one line: control characters, line
-/// separators and bytes that are not UTF-8 become "\x1b".
+/// Makes foreign text safe for a terminal or a message, on one line: each byte of a control
+/// character, a line separator or broken UTF-8 becomes an escape such as "\x1b".
 std::string printable(const std::string& text);
 
-/// The columns that UTF-8 text takes on a screen, one per character.
+/// The columns that UTF-8 text occupies on a screen, counting one per character.
 std::size_t columnsOf(const std::string& text);
 
-/// The items of `list`, with `separator` between them. An item is a text or converts to one.
+/// The items of `list` with `separator` between them. An item is anything that a string can append.
 template <class List>
 std::string join(const List& list, const char* separator = ", ") {
     std::string joined;

@@ -114,7 +114,7 @@ TEST(FileReplacement, WritesADeviceThatCanNotSeekAndReportsWhatItDoesNotTake) {
         board::replaceFile(device, std::string(1U << 20U, 'x'));
         ADD_FAILURE() << "a terminal took it all";
     } catch (const board::Error& error) {
-        EXPECT_EQ(std::string(error.what()).rfind(device + ": took only ", 0), 0U) << error.what();
+        EXPECT_EQ(std::string(error.what()).rfind(device + ": accepted only ", 0), 0U) << error.what();
     }
     ::close(keptOpen);
     ::close(terminal);

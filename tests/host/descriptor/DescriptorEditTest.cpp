@@ -321,7 +321,7 @@ TEST(DescriptorStore, PutsTheOldImageBackWhereADeviceTookOnlyPartOfTheNewOne) {
     ::setrlimit(RLIMIT_FSIZE, &former);
     std::signal(SIGXFSZ, handler);
     EXPECT_EQ(failure,
-              dir.path("eeprom") + ": took only 12 of 18 bytes; the old image is in place again");
+              dir.path("eeprom") + ": accepted only 12 of 18 bytes; the old image is in place again");
     EXPECT_EQ(hexOf(dir.read("eeprom")), hexOf(image));
 }
 
