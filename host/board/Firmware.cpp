@@ -1,10 +1,5 @@
 #include "board/Firmware.h"
 
-#include <cerrno>
-#include <cstring>
-
-#include <sys/stat.h>
-
 #include "ImageInfo.h"
 #include "base/File.h"
 #include "profile/NamedPath.h"
@@ -27,9 +22,9 @@ std::string reasonOf(const std::string& path) {
 
 FirmwareReading readFirmware(const std::string& path) {
     FirmwareReading reading;
-    struct stat status {};
-    if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        reading.fault = path + ": is no file (expected one of text lines)";
+    const FileKind kind = kindOf(path);
+    if (kind != FileKind::MISSING && kind != FileKind::REGULAR) {
+        reading.fault = path + ": is not a file (expected text lines)";
         return reading;
     }
     ImageInfo info(path.c_str());

@@ -2,11 +2,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "CFanControl.h"
 #include "CLedControl.h"
@@ -24,43 +21,38 @@ namespace board {
 
 namespace {
 
-/// Lets a fan's drive obey what is written to it, where the board wants that said first.
+/// Takes a fan off automatic control, on boards that need that before the fan obeys.
 void enable(const std::string& path) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
-    const bool written = file >= 0 && ::write(file, "1", 1) == 1;
-    const int error = errno;
-    if (file >= 0)
-        ::close(file);
-    if (!written)
-        throw Error(path + ": can't enable: " + std::strerror(error));
+    constexpr char WHAT[] = "can't enable";
+    const FileDescriptor file = openFile(path, O_WRONLY | O_NONBLOCK, WHAT);
+    if (tryWrite(file, "1", 1) != 1)
+        failWith(path, WHAT, errno);
 }
 
-/// Refuses a file that would keep a reader waiting, as a pipe does: a driver must not hang in its
-/// first open.
+/// Rejects a file that would keep a reader waiting, as a pipe does: a driver must not hang in its
+/// first open. A missing file is left to the driver.
 void expectDeviceFile(const std::string& path, bool mayBeCharacterDevice) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0)
-        return; // not there: the driver finds that out by itself
-    if (S_ISCHR(status.st_mode) ? !mayBeCharacterDevice
-                                : !S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode))
-        throw Error(path + ": is no device file (expected a file" +
+    const FileKind kind = kindOf(path);
+    const bool isAllowed = kind == FileKind::MISSING || kind == FileKind::REGULAR ||
+                           kind == FileKind::BLOCK_DEVICE ||
+                           (kind == FileKind::CHARACTER_DEVICE && mayBeCharacterDevice);
+    if (!isAllowed)
+        throw Error(path + ": is not a device file (expected a file" +
                     (mayBeCharacterDevice ? " or a device)" : " or a block device)"));
 }
 
-/// A descriptor is read whole into memory: a disk named by mistake must not be.
+/// A descriptor is read into memory as a whole, so a disk named by mistake must be rejected. A
+/// device that can't be opened is left to the driver.
 void expectSizeOfDescriptor(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (file < 0)
-        return;                                    // the driver finds that out by itself
-    const off_t size = ::lseek(file, 0, SEEK_END); // of a file and of a block device alike
-    ::close(file);
+    const FileDescriptor file = tryOpen(path, O_RDONLY | O_NONBLOCK);
+    const off_t size = file.isOpen() ? trySize(file) : -1;
     if (size > static_cast<off_t>(MAX_IMAGE_SIZE))
         throw Error(path + ": has " + std::to_string(size) +
                     " bytes (expected a descriptor's device of at most " +
                     std::to_string(MAX_IMAGE_SIZE) + ")");
 }
 
-/// The board's VoIP capacity with the figure of its profile.
+/// The board's VoIP capacity with the default that its profile gives.
 class Capacity : public CResourceVoip {
 public:
     explicit Capacity(const VoipProfile& profile)
@@ -185,9 +177,9 @@ void Host::loadPreferences(const NamedPath& file) {
     Device device{"preferences", "preferences", "", file.path, "", ""};
     try {
         withPlaceInErrors(file, [](const std::string& path) {
-            struct stat status {};
-            if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
-                throw Error(path + ": is no file (expected one of lines 'key = value')");
+            const FileKind kind = kindOf(path);
+            if (kind != FileKind::MISSING && kind != FileKind::REGULAR)
+                throw Error(path + ": is not a file (expected lines 'key = value')");
             String error;
             if (!PREFERENCES::LOAD(path.c_str(), error).isSuccess())
                 throw Error(error.c_str());

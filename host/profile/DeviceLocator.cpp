@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <vector>
 
 #include "base/Error.h"
+#include "base/File.h"
 #include "base/Suggestion.h"
+#include "base/Text.h"
 
 namespace fs = std::filesystem;
 
@@ -21,7 +22,7 @@ bool isFileName(const std::string& word) {
     return !word.empty() && word != "." && word != ".." && word.find('/') == std::string::npos;
 }
 
-/// The entries of a folder in order of their names; none where it can't be read.
+/// The entries of a folder, sorted by name; none if it can't be read.
 std::vector<fs::path> entriesOf(const fs::path& folder) {
     std::vector<fs::path> entries;
     std::error_code error;
@@ -32,11 +33,8 @@ std::vector<fs::path> entriesOf(const fs::path& folder) {
     return entries;
 }
 
-std::string join(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words)
-        text += (text.empty() ? "" : ", ") + word;
-    return text.empty() ? "none" : text;
+std::string listOf(const std::vector<std::string>& found) {
+    return found.empty() ? "none" : join(found);
 }
 
 } // namespace
@@ -55,13 +53,12 @@ std::string DeviceLocator::locateMonitor(const std::string& device,
     const std::string name = words.substr(0, slash);
     const std::string file = slash == std::string::npos ? "" : words.substr(slash + 1);
     if (name.empty() || !isFileName(file))
-        throw Error(device + ": names no monitor's file (expected hwmon:NAME/FILE)");
+        throw Error(device + ": is not a hardware monitor's file (expected hwmon:NAME/FILE)");
 
     std::vector<fs::path> matches;
     std::vector<std::string> present, names;
     for (const fs::path& entry : entriesOf(fs::path(m_sysfs) / "class/hwmon")) {
-        std::string itsName;
-        std::getline(std::ifstream(entry / "name"), itsName);
+        const std::string itsName = tryReadLine((entry / "name").string()).value_or("");
         present.push_back("'" + itsName + "' at " + entry.filename().string());
         names.push_back(itsName);
         if (itsName == name)
@@ -69,14 +66,14 @@ std::string DeviceLocator::locateMonitor(const std::string& device,
     }
     if (matches.size() != 1)
         throw Error(device + ": " + (matches.empty() ? "no" : "more than one") +
-                    " monitor is named '" + name + "' (expected one; there are: " + join(present) +
-                    ")" + (matches.empty() ? didYouMean(name, names) : ""));
+                    " monitor is named '" + name + "' (expected one; there are: " +
+                    listOf(present) + ")" + (matches.empty() ? didYouMean(name, names) : ""));
     return (matches.front() / file).string();
 }
 
 std::string DeviceLocator::locateLed(const std::string& device, const std::string& name) const {
     if (!isFileName(name))
-        throw Error(device + ": names no LED (expected led:NAME)");
+        throw Error(device + ": is not a LED's name (expected led:NAME)");
     const fs::path leds = fs::path(m_sysfs) / "class/leds";
     std::error_code ignored;
     if (fs::is_directory(leds / name, ignored))
@@ -86,7 +83,7 @@ std::string DeviceLocator::locateLed(const std::string& device, const std::strin
         names.push_back(entry.filename().string());
         present.push_back("'" + names.back() + "'");
     }
-    throw Error(device + ": there is no LED '" + name + "' (there are: " + join(present) + ")" +
+    throw Error(device + ": there is no LED '" + name + "' (there are: " + listOf(present) + ")" +
                 didYouMean(name, names));
 }
 

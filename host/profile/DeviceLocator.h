@@ -5,16 +5,16 @@
 
 namespace board {
 
-/// Finds devices that the kernel numbers anew at each boot.
+/// Finds devices whose numbers the kernel assigns anew at each boot.
 class DeviceLocator {
 public:
-    /// `sysfs` is where the system's device tree is mounted; another folder serves tests.
+    /// `sysfs` is where the kernel's device tree is mounted. Tests pass another folder.
     explicit DeviceLocator(std::string sysfs = "/sys") : m_sysfs(std::move(sysfs)) {}
 
     /// The path that `device` stands for. "hwmon:NAME/FILE" is the file FILE of the hardware
     /// monitor whose `name` file holds NAME; "led:NAME" is the brightness file of that LED;
-    /// anything else is a path and comes back unchanged. Throws Error, with what there is instead,
-    /// where none or several match.
+    /// anything else is a path and is returned unchanged. Throws Error, listing what was found
+    /// instead, if none or several match.
     std::string locate(const std::string& device) const;
 
 private:

@@ -2,15 +2,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <map>
 #include <sstream>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "base/File.h"
-#include "descriptor/DescriptorImage.h"
+#include "base/Text.h"
 #include "profile/ProfileReader.h"
 
 namespace board {
@@ -20,9 +16,9 @@ namespace {
 constexpr std::size_t MAX_PROFILE_SIZE = std::size_t{1024} * 1024;
 constexpr std::uint32_t MAX_DESCRIPTOR_SIZE = 65536;
 
-/// Names nested without end: the parser takes its tables down by recursion and would exhaust the
-/// stack.
-void refuseEndlessNames(const std::string& path, const std::string& text) {
+/// The parser destroys its tables by recursion, so a dotted name with very many parts would exhaust
+/// the stack.
+void refuseDeepNames(const std::string& path, const std::string& text) {
     constexpr std::ptrdiff_t MAX_DOTS = 256;
     std::istringstream lines(text);
     std::string line;
@@ -33,32 +29,33 @@ void refuseEndlessNames(const std::string& path, const std::string& text) {
 }
 
 toml::table parse(const std::string& path) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0)
-        throw Error(path + ": can't open: " + std::strerror(errno));
-    if (!S_ISREG(status.st_mode))
-        throw Error(path + ": is no file (expected a board profile)" +
-                    (::access((path + "/board.toml").c_str(), F_OK) == 0
-                         ? "; did you mean '" + path + "/board.toml'?"
-                         : ""));
+    const FileKind kind = kindOf(path);
+    if (kind == FileKind::MISSING)
+        failWith(path, "can't open", errno);
+    if (kind != FileKind::REGULAR) {
+        const std::string inside = path + "/board.toml";
+        throw Error(
+            path + ": is not a file (expected a board profile)" +
+            (kindOf(inside) != FileKind::MISSING ? "; did you mean '" + inside + "'?" : ""));
+    }
     const std::string text = readFile(path, MAX_PROFILE_SIZE);
-    refuseEndlessNames(path, text);
+    refuseDeepNames(path, text);
     try {
         return toml::parse(text, path);
     } catch (const toml::parse_error& error) {
         throw Error(path + ":" + std::to_string(error.source().begin.line) +
-                    ": not TOML: " + oneLine(std::string(error.description())));
+                    ": not TOML: " + printable(std::string(error.description())));
     }
 }
 
-/// Names under which a host registers drivers; each may be used once.
+/// The names under which a host registers drivers. Each may be used once.
 class DriverNames {
 public:
     void take(const ProfileReader& reader, const std::string& name) {
         const auto [former, isNew] = m_users.emplace(name, reader.placeOf("name"));
         if (!isNew)
-            reader.fail("name", "'" + name + "' is taken by " + former->second +
-                                    " (expected a name of its own)");
+            reader.fail("name", "'" + name + "' is already used by " + former->second +
+                                    " (expected a unique name)");
     }
 
 private:

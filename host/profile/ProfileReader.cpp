@@ -1,10 +1,10 @@
 #include "profile/ProfileReader.h"
 
 #include <algorithm>
-#include <cstring>
 #include <sstream>
 
 #include "base/Suggestion.h"
+#include "base/Text.h"
 
 namespace board {
 
@@ -23,11 +23,6 @@ bool isControl(char c) {
 
 } // namespace
 
-std::string oneLine(std::string text) {
-    std::replace_if(text.begin(), text.end(), isControl, '?');
-    return text;
-}
-
 ProfileReader::ProfileReader(const ProfileSource& source, const toml::table& table,
                              std::string place, Keys known)
     : m_source(source), m_table(table), m_place(std::move(place)) {
@@ -35,11 +30,8 @@ ProfileReader::ProfileReader(const ProfileSource& source, const toml::table& tab
         const auto matches = [&text = key](const char* name) { return text.str() == name; };
         if (std::any_of(known.begin(), known.end(), matches))
             continue;
-        std::string expected;
-        for (const char* const name : known)
-            expected += (expected.empty() ? "" : ", ") + std::string(name);
         failAt(key.source(), placeOf(std::string(key.str())),
-               "unknown key (expected " + expected + ")" +
+               "unknown key (expected " + join(known) + ")" +
                    didYouMean(std::string(key.str()), {known.begin(), known.end()}));
     }
 }
@@ -54,7 +46,7 @@ std::string ProfileReader::lineOf(const toml::source_region& region) const {
 
 void ProfileReader::failAt(const toml::source_region& region, const std::string& place,
                            const std::string& what) const {
-    throw Error(lineOf(region) + oneLine(place + ": " + what));
+    throw Error(lineOf(region) + printable(place + ": " + what));
 }
 
 void ProfileReader::fail(const char* key, const std::string& what) const {
@@ -75,7 +67,7 @@ std::string ProfileReader::text(const char* key) const {
     if (!string)
         fail(key, "is of type " + typeOf(value) + " (expected a string)");
     if (string->get().find('\0') != std::string::npos)
-        fail(key, "holds a zero byte (expected a text without)");
+        fail(key, "contains a zero byte (expected a string without one)");
     return string->get();
 }
 
@@ -84,7 +76,7 @@ std::string ProfileReader::name(const char* key) const {
     if (value.empty())
         fail(key, "is empty (expected a name)");
     if (std::any_of(value.begin(), value.end(), isControl))
-        fail(key, "holds a control character (expected a name without)");
+        fail(key, "contains a control character (expected a name without one)");
     return value;
 }
 
@@ -136,15 +128,13 @@ std::int32_t ProfileReader::wordOrNumber(const char* key, Words words) const {
     if (!node(key).is_string())
         return signedNumber(key);
     const std::string value = text(key);
-    std::string expected;
     std::vector<std::string> known;
     for (const auto& [word, number] : words) {
         if (value == word)
             return number;
-        expected += std::string(word) + ", ";
         known.emplace_back(word);
     }
-    fail(key, "'" + value + "' is unknown (expected " + expected + "or a number)" +
+    fail(key, "'" + value + "' is unknown (expected " + join(known) + ", or a number)" +
                   didYouMean(value, known));
 }
 

@@ -2,14 +2,12 @@
 
 #include <cerrno>
 #include <cmath>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 
-#include <sys/stat.h>
-
 #include "base/Error.h"
+#include "base/File.h"
+#include "base/FileReplacement.h"
 
 namespace fs = std::filesystem;
 
@@ -173,41 +171,24 @@ constexpr char PREFERENCES[] =
 
 constexpr std::size_t EEPROM_SIZE = 512;
 
-// Chunks of identifier, length with its own four bytes, data; all big-endian. Behind the terminator
-// the EEPROM is erased.
+// Each chunk has an identifier, a length that includes these four bytes, and data, all big-endian.
+// The rest of the EEPROM, after the terminator, is erased.
 constexpr unsigned char EEPROM[] = {
     0x00, 0x2D, 0x00, 0x08, 0x12, 0x34, 0xAB, 0xCD, // platform 12 34, product ab cd
-    0x00, 0x01, 0x00, 0x0C, 0x02, 0x00, 0x00, 0x00, 0x00, 0x07, 0x00, 0x00, // first address,
-                                                                            // interface 0
-    0x00, 0x01, 0x00, 0x0C, 0x02, 0x00, 0x00, 0x00, 0x00, 0x08, 0x00, 0x01, // second address,
-                                                                            // interface 1
-    0x00, 0x02, 0x00, 0x08, 0xC0, 0x00, 0x02, 0x0A,                         // 192.0.2.10
-    0x00, 0x05, 0x00, 0x0E, 'S',  'I',  'M',  '-',  '0',  '0',  '0',  '0',  '0', '1', // a text
-    0x80, 0x0E, 0x00, 0x08, 0x00, 0x00, 0x00, 0x78, // 120 DSP channels
-    0x80, 0x1A, 0x00, 0x08, 0x00, 0x00, 0x00, 0xF0, // 240 SIP legs
-    0x00, 0x00, 0x00, 0x04,                         // the end
+    0x00, 0x01, 0x00, 0x0C, 0x02, 0x00, 0x00, 0x00, 0x00, 0x07, 0x00, 0x00,   // first address,
+                                                                              // interface 0
+    0x00, 0x01, 0x00, 0x0C, 0x02, 0x00, 0x00, 0x00, 0x00, 0x08, 0x00, 0x01,   // second address,
+                                                                              // interface 1
+    0x00, 0x02, 0x00, 0x08, 0xC0, 0x00, 0x02, 0x0A,                           // 192.0.2.10
+    0x00, 0x05, 0x00, 0x0E, 'S', 'I', 'M', '-', '0', '0', '0', '0', '0', '1', // a text
+    0x80, 0x0E, 0x00, 0x08, 0x00, 0x00, 0x00, 0x78,                           // 120 DSP channels
+    0x80, 0x1A, 0x00, 0x08, 0x00, 0x00, 0x00, 0xF0,                           // 240 SIP legs
+    0x00, 0x00, 0x00, 0x04,                                                   // the end
 };
 
-[[noreturn]] void fail(const fs::path& path, const std::string& what) {
-    throw Error(path.string() + ": " + what);
-}
-
-void makeFolder(const fs::path& path) {
-    if (::mkdir(path.c_str(), 0777) != 0)
-        fail(path, std::string("can't make the folder: ") + std::strerror(errno));
-}
-
 void makePipe(const fs::path& path) {
-    if (::mkfifo(path.c_str(), 0666) != 0)
-        fail(path, std::string("can't make the pipe: ") + std::strerror(errno));
-}
-
-void makeFile(const fs::path& path, const std::string& content) {
-    std::ofstream file(path, std::ios::binary);
-    file << content;
-    file.close();
-    if (!file)
-        fail(path, std::string("can't write the file: ") + std::strerror(errno));
+    if (!tryMakePipe(path.string(), modeOfNewFile()))
+        failWith(path.string(), "can't make the pipe", errno);
 }
 
 std::string eepromContent() {
@@ -219,19 +200,19 @@ std::string eepromContent() {
 void fill(const fs::path& root) {
     makeFolder(root / "dev");
     makeFolder(root / "leds");
-    makeFile(root / "dev/fan", "0\n");
-    makeFile(root / "dev/temperature", "41500\n");
-    makeFile(root / "dev/power", "1\n");
-    makeFile(root / "dev/status", "0\n");
+    writeFile(root / "dev/fan", "0\n");
+    writeFile(root / "dev/temperature", "41500\n");
+    writeFile(root / "dev/power", "1\n");
+    writeFile(root / "dev/status", "0\n");
     for (const std::string name : LEDS) {
         makePipe(root / "leds" / name);
-        makeFile(root / "leds" / (name + ".state"), "0");
+        writeFile(root / "leds" / (name + ".state"), "0");
     }
-    makeFile(root / "eeprom.bin", eepromContent());
-    makeFile(root / "image-info", FIRMWARE);
-    makeFile(root / "preferences", PREFERENCES);
+    writeFile(root / "eeprom.bin", eepromContent());
+    writeFile(root / "image-info", FIRMWARE);
+    writeFile(root / "preferences", PREFERENCES);
     makePipe(root / "dev/button");
-    makeFile(root / "board.toml", PROFILE);
+    writeFile(root / "board.toml", PROFILE);
 }
 
 } // namespace
@@ -241,12 +222,13 @@ SimulatedBoard SimulatedBoard::create(const std::string& directory) {
     std::error_code error;
     const bool isNew = !fs::exists(root, error);
     if (isNew)
-        makeFolder(root);
+        makeFolder(directory);
     else if (!fs::is_directory(root, error))
-        fail(root, "is not a folder");
+        throw Error(directory + ": is not a folder");
     else if (!fs::is_empty(root, error) || error)
-        fail(root,
-             error ? error.message() : "the folder is not empty (expected a new or empty one)");
+        throw Error(
+            directory + ": " +
+            (error ? error.message() : "the folder is not empty (expected a new or empty one)"));
 
     try {
         fill(root);
@@ -265,32 +247,25 @@ std::string SimulatedBoard::profile() const {
 }
 
 std::string SimulatedBoard::fanRecord() const {
-    std::ifstream file(fs::path(m_directory) / "dev/fan", std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
+    constexpr std::size_t MOST = 4096; // a record has 16 bytes
+    return readFile(m_directory + "/dev/fan", MOST);
 }
 
 void SimulatedBoard::setTemperature(double celsius) const {
-    const fs::path file = fs::path(m_directory) / "dev/temperature";
-    const fs::path next = file.string() + ".next";
-    makeFile(next, std::to_string(std::lround(celsius * 1000)) + "\n");
-    std::error_code error;
-    fs::rename(next, file, error); // so that no reader finds it empty
-    if (error)
-        fail(file, error.message());
+    replaceFile(m_directory + "/dev/temperature",
+                std::to_string(std::lround(celsius * 1000)) + "\n");
 }
 
 ScratchBoard::Folder::Folder() {
     std::error_code error;
     const fs::path parent = fs::temp_directory_path(error);
     if (error)
-        throw Error("no folder for temporary files: " + error.message() + " (TMPDIR names one)");
-    path = (parent / "board-XXXXXX").string();
-    if (!::mkdtemp(path.data()))
-        fail(path, std::string("can't make a temporary folder: ") + std::strerror(errno));
+        throw Error("no folder for temporary files: " + error.message() + " (set TMPDIR)");
+    path = makeUniqueFolder((parent / "board-").string());
 }
 
 ScratchBoard::Folder::~Folder() {
-    std::error_code ignored; // nobody to tell, and the folder is the system's to clean
+    std::error_code ignored; // the system cleans its temporary folder anyway
     fs::remove_all(path, ignored);
 }
 

@@ -4,27 +4,27 @@
 
 namespace board {
 
-/// A board without hardware, for a machine that has none: a folder with a profile, a device file
-/// for each kernel driver, an EEPROM image, firmware information, and a named pipe for each LED and
-/// the button. What it holds is written down here byte for byte, not made with the drivers that are
-/// tried on it.
+/// A board without hardware: a folder with a profile, a device file for each kernel driver, an
+/// EEPROM image, preferences, firmware information, and a named pipe for each LED and the button.
+/// The content is spelled out byte for byte, not produced by the drivers that are tested with it.
 ///
-/// The values may be changed from outside, by another process too. A LED's pipe is drained by
-/// whoever hosts the board, and its state kept in a file beside it, NAME.state.
+/// Any process may change the values. Whoever hosts the board drains the LED pipes and stores each
+/// LED's state in a file beside its pipe, NAME.state.
 class SimulatedBoard {
 public:
-    /// Makes the board in `directory`, which is made, or may exist and be empty. Its parent must
-    /// exist. Throws Error with the path and the system's reason; what was made by then stays.
+    /// Makes the board in `directory`, which must be empty or not exist; its parent must exist.
+    /// Throws Error with the path and the system's reason. Whatever was made by then is removed
+    /// again.
     static SimulatedBoard create(const std::string& directory);
 
-    /// The board profile, to be loaded like that of any other board.
+    /// The path of the board profile.
     std::string profile() const;
 
-    /// The bytes in the fan's device file, as the last write left them.
+    /// The bytes in the fan's device file. Throws Error if it can't be read.
     std::string fanRecord() const;
 
-    /// Changes what the temperature sensor reads, in one step. Throws Error where that can't be
-    /// written.
+    /// Changes what the temperature sensor reads, so that no reader sees a partial value. Throws
+    /// Error if that can't be written.
     void setTemperature(double celsius) const;
 
     const std::string& directory() const { return m_directory; }
@@ -35,16 +35,16 @@ private:
     std::string m_directory;
 };
 
-/// A simulated board in a new temporary folder, which is removed with this object.
+/// A simulated board in a new temporary folder, which the destructor removes.
 class ScratchBoard {
 public:
-    /// Throws Error where no folder can be made.
+    /// Throws Error if the board can't be made.
     ScratchBoard();
 
     const SimulatedBoard& board() const { return m_board; }
 
 private:
-    /// Apart from the board, so that it goes too where making the board fails.
+    /// A member of its own, so that it is removed even if making the board fails.
     struct Folder {
         Folder();
         ~Folder();

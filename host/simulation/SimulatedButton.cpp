@@ -15,7 +15,7 @@ void SimulatedButton::awaitReader() const {
     while (!m_pipe.isEmpty()) {
         if (Clock::now() > end)
             throw Error(m_pipe.path() +
-                        ": nobody watches the button (`boardctl run` of this board does)");
+                        ": nobody watches the button (start `boardctl run` on this board)");
         std::this_thread::sleep_for(NEXT_LOOK);
     }
 }

@@ -6,20 +6,20 @@
 
 namespace board {
 
-/// The button of a simulated board, a named pipe, from the side of the finger.
+/// Presses the button of a simulated board, which is a named pipe.
 class SimulatedButton {
 public:
-    /// `pipe` is the button's device in the profile. Throws Error where it is no pipe or can't be
+    /// `pipe` is the button's device in the profile. Throws Error if it is not a pipe or can't be
     /// opened.
     explicit SimulatedButton(const std::string& pipe) : m_pipe(pipe, "simulated button") {}
 
-    /// One message each, which has been read when the call returns, so that none is lost or merged
-    /// with the next; one finger at a time: who presses waits until others have released. Throws
-    /// Error where nobody reads for a second; the message then stays in the pipe.
+    /// Each call writes one message and returns once it has been read, so that no message is lost
+    /// or merged with the next. `press` first waits until everybody else has released the button.
+    /// Throws Error if nobody reads for a second; the message then stays in the pipe.
     void press() const;
     void release() const;
 
-    /// Whether another finger, or the bridge of a real button, is on it now.
+    /// Whether somebody else, such as the bridge of a real button, holds the button now.
     bool isHeld() const;
 
 private:

@@ -125,35 +125,35 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
         {"[descriptor]\ndevice='a'\nread_chunk=0\n",
          "board.toml:3: descriptor.read_chunk: 0 is out of range (expected 1 to 65536)"},
         {"[descriptor]\ndevice=\"a\\u0000b\"\n",
-         "board.toml:2: descriptor.device: holds a zero byte (expected a text without)"},
+         "board.toml:2: descriptor.device: contains a zero byte (expected a string without one)"},
         {"[[power]]\nname=\"a\\nb\"\ndevice='d'\n",
-         "board.toml:2: power[0].name: holds a control character (expected a name without)"},
+         "board.toml:2: power[0].name: contains a control character (expected a name without one)"},
         {"[[power]]\nname='x'\ndevice='d'\n[[led]]\nname='x'\ndevice='d'\n",
-         "board.toml:5: led[0].name: 'x' is taken by power[0].name (expected a name of its own)"},
+         "board.toml:5: led[0].name: 'x' is already used by power[0].name (expected a unique "
+         "name)"},
         {"[[power]]\nname='board-descr-driver'\ndevice='d'\n",
-         "board.toml:2: power[0].name: 'board-descr-driver' is taken by the board descriptor "
-         "(expected a "
-         "name "
-         "of its own)"},
+         "board.toml:2: power[0].name: 'board-descr-driver' is already used by the board "
+         "descriptor "
+         "(expected a unique name)"},
         {"[[power]]\nname='resource-driver'\ndevice='d'\n",
-         "board.toml:2: power[0].name: 'resource-driver' is taken by the VoIP figures (expected a "
-         "name of "
-         "its own)"},
+         "board.toml:2: power[0].name: 'resource-driver' is already used by the VoIP figures "
+         "(expected a "
+         "unique name)"},
         {"[[power]]\nname=\"a\\u007F\"\ndevice='d'\n",
-         "board.toml:2: power[0].name: holds a control character (expected a name without)"},
+         "board.toml:2: power[0].name: contains a control character (expected a name without one)"},
         {"[[leds.command]]\nword1='a'\nword2='b'\nmask=1\naction=2147483648\n",
          "board.toml:5: leds.command[0].action: 2147483648 is out of range (expected -2147483648 "
          "to "
          "2147483647)"},
         {"[leds]\naccess=\"a\\nb\"\n",
-         "board.toml:2: leds.access: 'a?b' is unknown (expected files, none, or a number)"},
+         "board.toml:2: leds.access: 'a\\x0ab' is unknown (expected files, none, or a number)"},
         {"[voip]\nborder_controller=1\n",
          "board.toml:2: voip.border_controller: is of type integer (expected true or false)"},
         {"[leds]\naccess='some'\n",
          "board.toml:2: leds.access: 'some' is unknown (expected files, none, or a "
          "number)"},
         {"\"a\\nb\"=1\n",
-         "board.toml:1: a?b: unknown key (expected fan, thermal, power, led, descriptor, voip, "
+         "board.toml:1: a\\x0ab: unknown key (expected fan, thermal, power, led, descriptor, voip, "
          "preferences, button, firmware, leds)"},
     };
     const TempDir dir;

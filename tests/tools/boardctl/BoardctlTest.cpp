@@ -367,7 +367,7 @@ TEST(Boardctl, IsNotKeptByADeviceThatWaits) {
     dir.makePipe("pipe");
     dir.write("board.toml", fanProfile("fan") + "enable = \"pipe\"\n");
     EXPECT_NE(
-        boardctl({"--board", dir.path("board.toml"), "fan"}).err.find("pipe: is no device file"),
+        boardctl({"--board", dir.path("board.toml"), "fan"}).err.find("pipe: is not a device file"),
         std::string::npos);
 
     support::Program reader({BOARDCTL, "bd", "show", dir.path("pipe")});

@@ -119,7 +119,7 @@ TEST_F(HostedBoard, TellsOfADescriptorThatIsNoneOnce) {
     std::filesystem::create_directory(m_dir.path("sim/eeprom.bin"));
     const Outcome run = call({"run", "--for", "0"});
     EXPECT_EQ(run.status, 0);
-    const std::string text = "is no device file";
+    const std::string text = "is not a device file";
     EXPECT_TRUE(has(run.err, text)) << run.err;
     EXPECT_EQ(run.err.find(text), run.err.rfind(text)) << run.err;
     EXPECT_FALSE(has(run.out, "0 tags")) << run.out;
@@ -183,13 +183,13 @@ TEST_F(HostedBoard, RefusesAButtonThatWouldSpinAndLedsThatAreNotThere) {
     for (const char* const text :
          {"board.toml:2: button.device: ", "is no button (expected a pipe or a character device)",
           "board.toml:6: leds.file[0].path: led:none at all: there is no LED",
-          "firmware: ", "is no file (expected one of text lines)",
-          "boardctl: preferences: ", "is no file (expected one of lines 'key = value')"})
+          "firmware: ", "is not a file (expected text lines)",
+          "boardctl: preferences: ", "is not a file (expected lines 'key = value')"})
         EXPECT_TRUE(has(run.err, text)) << text << "\n" << run.err;
     const Outcome firmware = boardctl({"--board", m_dir.path("board.toml"), "firmware"});
     EXPECT_EQ(firmware.status, 1);
     EXPECT_TRUE(has(firmware.err, "board.toml:11: firmware.info: ")) << firmware.err;
-    EXPECT_TRUE(has(firmware.err, "is no file")) << firmware.err;
+    EXPECT_TRUE(has(firmware.err, "is not a file")) << firmware.err;
 
     // A device that is at its end at once.
     m_dir.write("board.toml", "[button]\ndevice = '/dev/null'\n");
