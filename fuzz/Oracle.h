@@ -6,7 +6,7 @@
 
 namespace fuzz {
 
-/// A promise of the headers; the fuzzer keeps the input for which it does not hold.
+/// Checks a promise of the headers. The fuzzer keeps an input that breaks it.
 inline void expect(bool holds, const char* promise) {
     if (holds)
         return;

@@ -1,5 +1,5 @@
-// Any lines in the place of /proc/stat's, one a period: compared with a history that forgets
-// nothing and counts in 64 bits.
+// Feeds any lines as the first line of /proc/stat, one per period, and compares the load with a
+// model that keeps the whole history and counts in 64 bits.
 
 #include <array>
 #include <cctype>
@@ -29,8 +29,7 @@ struct Sample {
 
 enum class Form { USUAL, TOO_SHORT, STRANGE };
 
-/// Reads the line word by word. STRANGE is a line of which the header does not say whether it is
-/// one.
+/// Reads the line word by word. STRANGE is a line that the header neither accepts nor rejects.
 Form read(const std::string& line, Sample& sample) {
     std::istringstream words(line);
     std::string word;
@@ -58,7 +57,7 @@ Form read(const std::string& line, Sample& sample) {
     return isUsual ? Form::USUAL : Form::STRANGE;
 }
 
-/// All periods since the start; in one that failed the sample of 15 periods before still holds.
+/// All periods since the start. A period that failed keeps the sample of 15 periods before.
 class History {
 public:
     void add(std::optional<Sample> sample) { m_samples.push_back(sample); }

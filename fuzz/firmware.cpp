@@ -1,5 +1,5 @@
-// Any bytes as information file and as a file with a number, compared with what the headers say of
-// them.
+// Feeds any bytes as an information file and as a file with a number, and compares the results with
+// what the headers promise.
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Prints the manual page of boardctl, generated from the `--help` of the program and of each command.
+# Prints the manual page of boardctl, generated from the help of the program and of each command.
 # usage: packaging/man.sh BOARDCTL
 set -euo pipefail
 
@@ -45,7 +45,7 @@ Pipe for LED commands to the hosted board, such as \fBsystem boot 0\fR.
 [ENVIRONMENT]
 .TP
 BOARD_LOG_LEVEL
-Highest level of the log messages shown on standard error: 3 (errors) by default; 7 shows everything.
+Highest level of log messages shown on standard error: 3 (errors) by default; 7 shows everything.
 .TP
 NO_COLOR
 Turns colors off if it is set to anything.
