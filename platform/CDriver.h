@@ -7,7 +7,7 @@
 #include "TYRecursiveLock.h"
 
 /// The framework's base of all drivers: identity, name, repository, reference count, lock. A new
-/// object has the count 1, which belongs to its creator; neither copied nor moved.
+/// object has one reference, which belongs to its creator. Cannot be copied or moved.
 class CDriver : public IDriver {
 public:
     /// Both are copied.

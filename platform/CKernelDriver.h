@@ -4,15 +4,16 @@
 #include "IInfo.h"
 #include "Mx.h"
 
-/// The framework's base of drivers that stand before a kernel driver: a message channel to it, and
-/// the information dump's header row.
+/// The framework's base of kernel-backed drivers: the message channel to the kernel driver, and the
+/// header row of the information dump.
 ///
-/// `open` and `close` are the host's; the other operations may be called on any thread once it is
-/// open.
+/// Only the host calls `open` and `close`. Once the driver is open, any thread may call the other
+/// operations.
 class CKernelDriver : public CDriver, public IInfo {
 public:
     /// `driverName` is what `getDriverName` returns, `endpointName` the kernel driver's name on the
-    /// message channel. No contact is made. `repository` may be null and is not counted.
+    /// message channel. Does not contact the kernel driver. `repository` may be null and is not
+    /// counted.
     CKernelDriver(IDriverRepository* repository, const String& driverName,
                   const String& endpointName);
     ~CKernelDriver() override;
@@ -26,29 +27,28 @@ public:
     unsigned release() override;
     TYLock* getLock() override;
 
-    /// The header row alone, titled with the driver's name.
+    /// Adds only the header row, whose title is the driver's name.
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
 
-    /// Connects the channel and calls `onConnected`. On failure the channel is closed again, the
-    /// failing status is returned and its message, where it has one, is put into `error`. An open
-    /// driver is closed first, so that a driver can be opened anew after its kernel driver came
-    /// back.
+    /// Connects the channel and calls `onConnected`. On failure, closes the channel again and
+    /// returns the failing status; a message in that status is also stored in `error`. An open
+    /// driver is closed first, so it can be opened again after its kernel driver came back.
     virtual XCode open(String& error);
 
-    /// Closes the channel, then calls `onDisconnected`. Closed already: does nothing.
+    /// Closes the channel, then calls `onDisconnected`. Does nothing if the driver is closed.
     virtual void close();
 
-    /// Called by `open` with the channel connected; what it returns decides.
+    /// Called by `open` when the channel is connected. Its result decides whether `open` succeeds.
     virtual XCode onConnected(String& error);
-    /// Called by `close` with the channel closed.
+    /// Called by `close` after the channel is closed.
     virtual void onDisconnected();
 
 protected:
     ///@{
-    /// Sends `code` without a value and waits for the reply, which is put into `reply`. Fails, with
-    /// a message and `reply` as it was, when the driver is not open, the endpoint is gone, it does
-    /// not answer the code, or it answers with a value of another type.
+    /// Sends `code` without a value, waits for the answer and stores it in `reply`. Fails with a
+    /// message, and leaves `reply` unchanged, if the driver is not open, the endpoint is gone, or
+    /// it does not answer the code with a value of this type.
     XCode sendReceiveMessage(unsigned code, String& reply);
     XCode sendReceiveMessage(unsigned code, bool& reply);
     XCode sendReceiveMessage(unsigned code, int& reply);

@@ -2,6 +2,6 @@
 
 class VELM_UUID;
 
-/// Identities of the drivers whose kind the framework itself knows.
+/// Identifiers of the kinds of drivers that the framework itself knows.
 const VELM_UUID& DID_BoardDescr();
 const VELM_UUID& DID_Resource();

@@ -7,9 +7,9 @@ namespace DRIVER {
 /// The process's driver repository. Never null; lives as long as the process. Any thread.
 IDriverRepository* INSTANCE();
 
-/// Puts `repository` in the place of the process's own, null puts the own one back. Returns what
-/// stood there before, null for the own one. Not counted: it must outlive its use. For hosts that
-/// bring their own.
+/// Replaces the process's repository by the host's own `repository`; null restores the default.
+/// Returns the previous replacement, or null if the default was in use. Not counted: it must
+/// outlive its use.
 IDriverRepository* SET_INSTANCE(IDriverRepository* repository);
 
 } // namespace DRIVER

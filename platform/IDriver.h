@@ -5,7 +5,7 @@
 class IDriverRepository;
 class String;
 
-/// A driver object, as a repository keeps it.
+/// A driver object that a repository can hold.
 class IDriver : public IUnknown {
 public:
     static const VELM_UUID& IID();

@@ -9,32 +9,30 @@ class String;
 class TYLock;
 class VELM_UUID;
 
-/// Where drivers are kept by name and clients ask for them. Every operation may be called on any
-/// thread.
+/// Holds drivers by name, so that clients can look them up. Any thread may call any operation.
 class IDriverRepository {
 public:
     virtual ~IDriverRepository();
 
-    /// Keeps `driver` under its own name, with one reference of the repository's, and makes this
-    /// its repository. Fails when the name is taken ("DRIVER '%s' ALREADY REGISTERED") or `driver`
-    /// is null.
+    /// Stores `driver` under its name, takes one reference, and becomes the driver's repository.
+    /// Fails if the name is taken ("DRIVER '%s' ALREADY REGISTERED") or `driver` is null.
     virtual XCode registerDriver(IDriver* driver) = 0;
 
-    /// Forgets the driver and gives the reference back. Fails with "DRIVER '%s' NOT FOUND".
+    /// Removes the driver and releases the reference. Fails with "DRIVER '%s' NOT FOUND".
     virtual XCode unregisterDriver(const String& name) = 0;
 
-    /// Asks the driver called `name` for the face `iid`. On success `*object` carries one reference
-    /// for the caller. Unknown name: null, "DRIVER '%s' NOT FOUND"; unknown face: null, the
-    /// driver's own failure.
+    /// Asks the driver `name` for the interface `iid`. On success, `*object` is the interface with
+    /// one reference for the caller. Otherwise it is null: an unknown name fails with "DRIVER '%s'
+    /// NOT FOUND", an unknown interface with the driver's own failure.
     virtual XCode queryDriver(const String& name, const VELM_UUID& iid, void** object) = 0;
 
     /// Appends the names of all drivers, in the order in which they were registered.
     virtual void getDriverNames(VELM_List<String>& names) = 0;
 
-    /// The repository's own lock, for callers that need several calls to be one. Never null.
+    /// The repository's own lock, for callers that need several calls to be atomic. Never null.
     virtual TYLock* getLock() = 0;
 
-    /// `queryDriver` with a counted reference. `face` is empty on failure.
+    /// `queryDriver` with a counted reference, which is empty on failure.
     template <class Interface>
     XCode getInterface(const String& name, TYPPtr<Interface>& face) {
         void* object = nullptr;

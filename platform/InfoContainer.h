@@ -4,10 +4,10 @@
 
 #include "String.h"
 
-/// Takes the rows of an information dump and keeps them in order.
+/// Holds the rows of an information dump in order.
 class InfoContainer {
 public:
-    /// A row: how deep it stands, its number among its like, a title and what goes with it.
+    /// A row: its depth, its number among rows of its kind, its title and its text.
     struct Row {
         unsigned level;
         unsigned index;

@@ -6,23 +6,22 @@
 #include "MxMsg.h"
 #include "String.h"
 
-/// A client's end of the kernel message channel, and the place where a host publishes the other
-/// ends.
+/// A client's end of the kernel message channel. A host publishes the other ends here.
 ///
 /// An endpoint is a named handler. Handlers of one endpoint run one at a time, on the thread that
-/// sends. Every operation may be called on any thread; one channel object is used by one thread at
-/// a time.
+/// sends. Any thread may call any operation, but only one thread at a time may use a channel
+/// object.
 class Mx {
 public:
-    /// Answers one request by setting a value in `reply`. A reply left without a value means that
-    /// the endpoint does not answer this code; a failure is passed on to the sender.
+    /// Answers one request by setting a value in `reply`. A reply without a value means that the
+    /// endpoint does not know this code. A failure is passed on to the sender.
     using Handler = std::function<XCode(const MxMsg& request, MxMsg& reply)>;
 
-    /// Makes `handler` answer under `endpoint`. Fails with "ENDPOINT '%s' ALREADY PUBLISHED" or,
-    /// where it is empty, "ENDPOINT '%s' HAS NO HANDLER".
+    /// Makes `handler` answer for `endpoint`. Fails with "ENDPOINT '%s' ALREADY PUBLISHED", or with
+    /// "ENDPOINT '%s' HAS NO HANDLER" if `handler` is empty.
     static XCode publish(const String& endpoint, Handler handler);
 
-    /// Takes the endpoint away; when it returns, its handler runs on no other thread and never
+    /// Removes the endpoint. When this returns, the handler runs on no other thread and never
     /// again. Fails with "ENDPOINT '%s' NOT FOUND".
     static XCode withdraw(const String& endpoint);
 
@@ -36,8 +35,8 @@ public:
     void disconnect();
     bool isConnected() const;
 
-    /// Sends `request` and waits for the answer. Fails with a text, and `reply` as it was, when the
-    /// channel is not connected, the endpoint was withdrawn, or it does not answer the code.
+    /// Sends `request` and waits for the answer. Fails with a text, and leaves `reply` unchanged,
+    /// if the channel is not connected, the endpoint was withdrawn, or it does not know the code.
     XCode sendReceive(const MxMsg& request, MxMsg& reply);
 
 private:

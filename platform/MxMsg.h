@@ -22,8 +22,8 @@ public:
     bool hasValue() const { return m_value.index() != 0; }
 
     ///@{
-    /// Reads the value. When the message carries another type, or none, fails with
-    /// "MESSAGE %u CARRIES %s, EXPECTED %s" and leaves `value` as it was.
+    /// Reads the value. If the message carries another type or no value, fails with "MESSAGE %u
+    /// CARRIES %s, EXPECTED %s" and leaves `value` unchanged.
     XCode get(String& value) const;
     XCode get(bool& value) const;
     XCode get(int& value) const;

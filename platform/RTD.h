@@ -6,28 +6,28 @@
 
 namespace RTD {
 
-/// Where log lines go. Called on any thread, also on several at once.
+/// Receives log lines. Called on any thread, even on several at once.
 class LogSink {
 public:
     virtual ~LogSink();
     virtual void write(const String& category, int level, const String& text) = 0;
 };
 
-/// The event monitor: takes reports of events that somebody should look at. Called on any thread.
+/// The event monitor: receives reports of events that need attention. Called on any thread.
 class Monitor {
 public:
     virtual ~Monitor();
     virtual void report(int level, const String& text) = 0;
 };
 
-/// Logs one line; a lower level is graver (3 errors, 7 tracing). Without a sink of the host's,
-/// lines of level 3 and below, or up to the number in the environment variable BOARD_LOG_LEVEL, go
+/// Logs one line. A lower level is more severe (3 is an error, 7 a trace). Unless the host sets a
+/// sink, lines up to level 3, or up to the number in the environment variable BOARD_LOG_LEVEL, go
 /// to standard error.
 void VSYSLOG(const String& category, int level, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
-/// Sends log lines to `sink`; null restores standard error. Returns the former one. Not owned: a
-/// sink must live until no thread logs any more.
+/// Sends log lines to `sink`; null restores standard error. Returns the previous sink. Not owned:
+/// the sink must live until no thread logs any more.
 LogSink* SET_LOG_SINK(LogSink* sink);
 
 } // namespace RTD

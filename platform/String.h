@@ -6,8 +6,8 @@
 /// The framework's text string: a value that owns its bytes, zero bytes included.
 ///
 /// Positions and lengths count bytes. Operations that return `String&` return the string itself.
-/// Running out of memory throws std::bad_alloc; nothing else fails. A string may be used by one
-/// thread at a time; reading one string from several threads is safe.
+/// Throws std::bad_alloc if memory runs out; nothing else fails. Several threads may read a string
+/// at once; a thread that changes it needs it to itself.
 class String {
 public:
     String() = default;
@@ -45,17 +45,17 @@ public:
     bool startsWith(const String& prefix) const;
 
     /// The signed number at the start of the text, after blanks, clamped to 32 bits on every
-    /// machine; 0 where there is none. `base` is 2 to 36, or 0 for the prefixes of C; with base 16
-    /// a prefix "0x" may stand.
+    /// machine; 0 if there is none. `base` is 2 to 36, or 0 for the prefixes of C. Base 16 allows
+    /// the prefix "0x".
     int toInteger(int base = 10) const;
 
     /// The decimal number at the start of the text, after blanks, clamped to 0..4294967295 (a
-    /// negative number is 0); 0 where there is none.
+    /// negative number is 0); 0 if there is none.
     unsigned toUInt() const;
 
     friend bool operator==(const String& a, const String& b) { return a.m_text == b.m_text; }
     friend bool operator!=(const String& a, const String& b) { return a.m_text != b.m_text; }
-    /// Byte order, so that strings can be keys.
+    /// Compares bytes, so that strings can be keys.
     friend bool operator<(const String& a, const String& b) { return a.m_text < b.m_text; }
 
 private:

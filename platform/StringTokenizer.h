@@ -2,15 +2,15 @@
 
 #include "String.h"
 
-/// Splits a text at delimiter bytes. A run of delimiters counts as one and delimiters at the ends
-/// give no token, as with strtok; so there are no empty tokens. Keeps a copy of the text.
+/// Splits a copy of a text at delimiter bytes. As with strtok, a run of delimiters counts as one,
+/// and delimiters at the ends are ignored, so no token is empty.
 class StringTokenizer {
 public:
     StringTokenizer(const String& text, const String& delimiters);
 
     bool hasMoreTokens() const;
 
-    /// The next token; the empty string when there is none left.
+    /// The next token; the empty string if none is left.
     String nextToken();
 
 private:

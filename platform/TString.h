@@ -3,7 +3,7 @@
 #include <string>
 
 /// The framework's growable buffer of elements, zeros allowed; `TString<char>` holds tag data and
-/// EEPROM images. A value: a copy shares nothing. Running out of memory throws std::bad_alloc.
+/// EEPROM images. A copy shares nothing with its source. Throws std::bad_alloc if memory runs out.
 template <class T>
 class TString {
 public:
@@ -23,8 +23,8 @@ public:
 
     TString& concat(const TString& other) { return concat(other.data(), other.length()); }
 
-    /// The elements from `start` up to, not including, `end`; what lies outside the buffer is left
-    /// out.
+    /// The elements from `start` up to, but not including, `end`; positions outside the buffer are
+    /// skipped.
     TString substring(unsigned start, unsigned end) const {
         const unsigned last = end < length() ? end : length();
         return start < last ? TString(data() + start, last - start) : TString();

@@ -3,28 +3,29 @@
 #include "String.h"
 #include "XCode.h"
 
-/// A file that a framework thread can wait on. Used by one thread at a time.
+/// A file on which a framework thread can wait. One thread at a time.
 class TYFile {
 public:
-    /// `closeAtEnd`: the destructor closes the file. `create`: opening makes a missing file. Opens
-    /// nothing.
+    /// Does not open the file yet. `closeAtEnd`: the destructor closes the file. `create`: `open`
+    /// creates a missing file.
     TYFile(const String& path, bool closeAtEnd, bool create);
     ~TYFile();
     TYFile(const TYFile&) = delete;
     TYFile& operator=(const TYFile&) = delete;
 
-    /// Opens the file: `flags` as open(2) takes them (0 is read-only), `mode` for a file that is
-    /// made, `extraFlags` added to `flags`. An open file is closed first. May wait, as on a pipe
-    /// without a writer; a framework thread can be ended in the wait. Fails with a text.
+    /// Opens the file, after closing it if it is open. `flags` are those of open(2) (0 is
+    /// read-only) and `extraFlags` are added to them; `mode` is for a new file. May wait, for
+    /// example for the writer of a pipe; a framework thread can be ended while it waits. Fails with
+    /// a text.
     XCode open(int flags, unsigned mode, int extraFlags);
 
-    /// One read of at most `size` bytes; `count` gets what was read, 0 at the end of the file.
-    /// `wait`: waits for data (a framework thread can be ended in the wait); otherwise no data is
-    /// count 0 at once. Fails with a text and count 0.
+    /// Reads once, at most `size` bytes, and stores the number of bytes in `count`; 0 is the end of
+    /// the file. With `wait`, waits for data, and a framework thread can be ended meanwhile;
+    /// without it, `count` is 0 if there is no data. Fails with a text and count 0.
     XCode readOnce(char* buffer, unsigned size, unsigned& count, bool wait);
 
-    /// Closes the file. The descriptor is forgotten whatever the system says; closed already:
-    /// success.
+    /// Closes the file. Drops the descriptor even if the system reports an error. Succeeds if the
+    /// file is already closed.
     XCode close();
 
 private:

@@ -1,7 +1,7 @@
 #pragma once
 
-/// What `getLock()` hands out: a lock that one thread may take several times and gives back as
-/// often.
+/// What `getLock()` returns: a recursive lock. A thread that takes it several times must release it
+/// as often.
 class TYLock {
 public:
     virtual ~TYLock();

@@ -2,7 +2,7 @@
 
 #include "TYLock.h"
 
-/// Holds a lock for its own life. Over null it does nothing, since an object may have no lock.
+/// Holds a lock while it lives. Does nothing for null, because an object may have no lock.
 class TYLockHolder {
 public:
     explicit TYLockHolder(TYLock* lock) : m_lock(lock) {

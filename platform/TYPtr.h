@@ -8,7 +8,7 @@ class TYPtr {
 public:
     TYPtr() = default;
 
-    /// Takes a reference of its own; the caller keeps his.
+    /// Takes another reference; the caller keeps its own.
     TYPtr(T* object) : m_object(object) {
         if (m_object)
             m_object->addRef();

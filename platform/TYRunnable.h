@@ -2,11 +2,11 @@
 
 #include "XCode.h"
 
-/// A body that a TYThread can run.
+/// Code that a TYThread can run.
 class TYRunnable {
 public:
     virtual ~TYRunnable();
 
-    /// Runs on the thread; what it returns is what joining the thread returns.
+    /// Runs on the thread. Joining the thread returns its result.
     virtual XCode runThread() = 0;
 };

@@ -13,7 +13,7 @@ public:
     TYTime() = default;
     TYTime(std::uint32_t secs, std::uint32_t nanosecs) : seconds(secs), nanoseconds(nanosecs) {}
 
-    /// Reads the clock `source` into this object. An unknown source fails and changes nothing.
+    /// Reads the clock `source` into this object. Fails and changes nothing if `source` is unknown.
     XCode getSystemClock(unsigned source);
 
     /// The span between two points; seconds wrap in 32 bits.

@@ -6,8 +6,8 @@
 #include <utility>
 
 /// A circular, doubly linked list with one sentinel and a count. Elements are held by value. An
-/// iterator is a position: an element, or the sentinel, which is the end; it stays valid until its
-/// element is removed. Not copied; one thread at a time.
+/// iterator is a position: an element, or the sentinel, which is the end. It stays valid until its
+/// element is removed. Cannot be copied; one thread at a time.
 template <class T>
 class VELM_List {
     struct Link {
@@ -31,7 +31,7 @@ class VELM_List {
         using reference = Value&;
 
         Position() = default;
-        /// A position that may change elements is also one that may not.
+        /// An Iterator converts to a ConstIterator.
         operator Position<const T, const Link*>() const {
             return Position<const T, const Link*>(m_link);
         }
@@ -91,7 +91,7 @@ public:
 
     Iterator append(T value) { return insert(end(), std::move(value)); }
 
-    /// `insert` of a value that is made in its place.
+    /// The same, but constructs the value in place.
     template <class... Arguments>
     Iterator emplace(Iterator position, Arguments&&... arguments) {
         Link* const element = new Element(std::forward<Arguments>(arguments)...);

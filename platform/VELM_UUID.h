@@ -6,10 +6,10 @@
 
 /// Identifier of a driver, a class or an interface: a handle to a shared representation of 16 value
 /// bytes and a name text. Two identifiers are equal when they share the representation or their 16
-/// bytes are equal; the name does not count. Handles may be copied and compared by several threads.
+/// bytes are equal; the name is ignored. Several threads may copy and compare handles.
 class VELM_UUID {
 public:
-    /// The 16 bytes, in the order in which they stand in memory.
+    /// The 16 bytes in memory order.
     struct Value {
         std::uint8_t bytes[16];
     };
@@ -22,8 +22,8 @@ public:
     static constexpr std::uint32_t STATIC_COUNT = 0xFFFFFFFFU;
 
     /// The value of a canonical text such as "D929FF9E-CA63-4E4D-91E4-ABA61F54A9B2". In memory the
-    /// first three groups are little-endian: 9e ff 29 d9 63 ca 4d 4e 91 e4 ... As a constant, a
-    /// wrong text does not compile.
+    /// first three groups are little-endian: 9e ff 29 d9 63 ca 4d 4e 91 e4 ... In a constant
+    /// expression, a malformed text does not compile.
     static constexpr Value parse(const char (&text)[37]) {
         constexpr int ORDER[16] = {6, 4, 2, 0, 11, 9, 16, 14, 19, 21, 24, 26, 28, 30, 32, 34};
         Value value{};
@@ -66,8 +66,8 @@ private:
     Rep* m_rep;
 };
 
-/// Defines the function `accessor`, which returns a handle to a static representation. The handle
-/// is made on the first call, safely on several threads.
+/// Defines the function `accessor`, which returns a handle to a static representation. The first
+/// call creates the handle, which is safe on several threads.
 #define VELM_DEFINE_UUID(accessor, text, name)                                                     \
     const VELM_UUID& accessor {                                                                    \
         constexpr VELM_UUID::Value VALUE = VELM_UUID::parse(text);                                 \

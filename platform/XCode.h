@@ -4,13 +4,13 @@
 
 class String;
 
-/// The status that nearly every operation returns: code 0 is success, -1 the ordinary failure; a
-/// message may go with it.
+/// The status that nearly every operation returns: code 0 is success, -1 the plain failure; it may
+/// carry a message.
 ///
-/// One machine word. Without a message the word is the code shifted left by one with the low bit
-/// set, so success is the word 1 and the plain failure the word of all ones. With a message, or for
-/// a code outside -2^30..2^30-1, it is a pointer to a record that this object owns; a copy copies
-/// the record.
+/// It is one machine word. Without a message, the word is the code shifted left by one with the low
+/// bit set, so success is the word 1, and the plain failure has all bits set. With a message, or
+/// with a code outside -2^30..2^30-1, the word is a pointer to a record that this object owns; a
+/// copy copies the record.
 class [[nodiscard]] XCode {
 public:
     static constexpr std::int32_t SUCCESS = 0;
@@ -31,7 +31,7 @@ public:
     std::int32_t getCode() const noexcept;
     bool isSuccess() const noexcept { return m_word == 1 || getCode() == SUCCESS; }
 
-    /// The message; the empty string where there is none. Valid while this object is unchanged.
+    /// The message; the empty string if there is none. Valid until this object changes.
     const String& getMessage() const noexcept;
 
 private:
