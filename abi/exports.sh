@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What a built library exports, a name a line. Left out is what follows from the rest: thunks, types, tables of interfaces.
+# Prints what a built library exports, one name per line, without what follows from the rest: thunks, types, interface tables.
 # usage: abi/exports.sh LIBRARY
 set -euo pipefail
 

@@ -13,34 +13,35 @@ struct BOARD_API Tag {
     /// A tag without data.
     explicit Tag(TagId tagId = 0) : id(tagId) {}
 
-    /// Replaces the data by a copy of `bytes`; `length` follows. Always succeeds; where memory runs
-    /// out the tag is left empty.
+    /// Replaces the data with a copy of `bytes` and sets `length` to match. Always succeeds; if
+    /// memory runs out the tag is left empty.
     XCode setData(const TString<char>& bytes);
 
-    /// The same for `n` bytes. With null the data becomes empty and `length` becomes `n` all the
-    /// same, so `length` may exceed what is held: numbers and addresses count the missing bytes as
-    /// 0, texts and dumps end with what is held.
+    /// The same for `n` bytes. If `bytes` is null the data becomes empty but `length` still becomes
+    /// `n`, so `length` may exceed the data: numbers and addresses count the missing bytes as 0,
+    /// texts and dumps end where the data ends.
     XCode setData(const char* bytes, unsigned n);
 
     ///@{
-    /// The number where `length` is what the kind needs (1, 2, 4), else 0.
+    /// The number if `length` is what the type needs (1, 2, 4), otherwise 0.
     char getDataChar() const;
     unsigned short getDataUInt16() const;
     unsigned long getDataUInt32() const;
     ///@}
-    /// The number for a `length` of 1, 2 or 4, else 0.
+    /// The number for a `length` of 1, 2 or 4, otherwise 0.
     unsigned getDataUInt() const;
 
-    /// Sets `out` to the first `length` bytes, as far as they are held, and returns it.
+    /// Sets `out` to the first `length` bytes, or to the whole data if it is shorter, and returns
+    /// it.
     String& getDataString(String& out) const;
 
-    /// Sets `out` to the bytes held, as lower-case pairs of digits with blanks between ("0a 1b
-    /// ff"), and returns it.
+    /// Sets `out` to the data in lower-case hexadecimal pairs separated by blanks ("0a 1b ff"), and
+    /// returns it.
     String& getDataAsHexString(String& out) const;
 
-    TagId id;            ///< what the tag means; 0 is the terminator
-    unsigned length = 0; ///< count of data bytes
-    TString<char> data;  ///< the bytes held
+    TagId id;            ///< what the tag means; 0 for a terminator
+    unsigned length = 0; ///< number of data bytes
+    TString<char> data;  ///< the data bytes
 };
 
 } // namespace BD

@@ -1,5 +1,5 @@
 #pragma once
 
-/// Marks what the library offers to others; everything else in it is hidden. `abi/exports.txt`
-/// lists the result.
+/// Marks what the library exports; everything else in it is hidden. `abi/exports.txt` lists the
+/// exported names.
 #define BOARD_API __attribute__((visibility("default")))

@@ -11,18 +11,19 @@
 /// The board descriptor's driver: the tag list in memory, its image in a device file, and two
 /// reports.
 ///
-/// An image is a sequence of chunks from byte 0, numbers big-endian: identifier (2 bytes), length
-/// of the whole chunk (2 bytes, at least 4), data. Identifier 0x0000 or 0xFFFF ends it. The writer
-/// pads odd data with one zero byte that it counts; so an odd tag comes back one byte longer.
+/// An image is a sequence of chunks from byte 0, with big-endian numbers: identifier (2 bytes),
+/// length of the whole chunk (2 bytes, at least 4), data. Identifier 0x0000 or 0xFFFF ends it. The
+/// writer pads data of odd length with one zero byte and counts it, so such a tag reads back one
+/// byte longer.
 ///
-/// The order of the virtual operations is part of the binary face.
+/// The order of the virtual operations is part of the binary interface.
 class BOARD_API CBoardDescr : public TDriver<CDriver, IBoardDescr, IInfo> {
 public:
     /// The tags in the order of their image.
     using TagList = VELM_List<BD::Tag>;
 
     ///@{
-    /// The texts of failures; the first is a format for the identifier and its name.
+    /// Failure texts; the first is a format for the identifier and its name.
     static constexpr char ERR_TAG_NOT_FOUND[] = "ERR TAG '%d:=%s' NOT FOUND";
     static constexpr char ERR_WRONG_TAG_SIZE[] = "ERR WRONG TAG SIZE";
     static constexpr char ERR_MAC_TOO_LONG[] = "ERR MAC TOO LONG";
@@ -31,8 +32,8 @@ public:
     /// An empty list without a device: `readBD` and `writeBD` fail without a text.
     CBoardDescr();
 
-    /// An empty list bound to the device file `devicePath`, which is kept as a pointer and must
-    /// outlive the object. It is read `readChunk` bytes at a time; an image must be smaller than
+    /// An empty list bound to the device file `devicePath`, which is not copied and must outlive
+    /// the object. The file is read `readChunk` bytes at a time; an image must be smaller than
     /// `deviceSize` bytes.
     CBoardDescr(const char* devicePath, unsigned readChunk, unsigned deviceSize);
     ~CBoardDescr() override;
@@ -63,52 +64,51 @@ public:
     XCode getPlatformID(unsigned& id, String& error) override;
     XCode getProductID(unsigned& id, String& error) override;
 
-    /// The report for people: a header row, and two levels deeper a row for each tag, formatted by
-    /// what the tag means. A tag that does not hold what it should shows that in its row.
+    /// The report for people: a header row and, two levels deeper, a row per tag, formatted by what
+    /// the tag means. A malformed tag shows in its row.
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
 
-    /// The report of all tags as numbered byte dumps, in the same frame.
+    /// The report of all tags as numbered byte dumps, at the same levels.
     virtual InfoContainer& getRawInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                                       unsigned maxIndex, unsigned index,
                                       const String& prefix) const;
 
     /// Appends the whole device file to `image`. Fails with "FAILED TO OPEN DEVICE '%s'" or
-    /// "FAILED TO READ DEVICE '%s'". A board whose descriptor lies elsewhere overrides this and
+    /// "FAILED TO READ DEVICE '%s'". A board that keeps its descriptor elsewhere overrides this and
     /// `writeRawBD`.
     virtual XCode readRawBD(TString<char>& image, String& error);
 
-    /// Writes `image` to the start of the device file in one call; what lies behind it stays. An
-    /// image that is not smaller than the device is refused, and the device is not touched. A short
-    /// write is not noticed; an EEPROM that is smaller than `deviceSize` takes what fits.
+    /// Writes `image` to the start of the device file in one call; the bytes after it stay. Fails
+    /// without touching the device if the image is not smaller than the device. A short write goes
+    /// unnoticed: an EEPROM smaller than `deviceSize` keeps what fits.
     virtual XCode writeRawBD(const TString<char>& image, String& error);
 
-    /// The tag in the list, or null with a text in `error`. Valid until the tag is removed or the
-    /// list loaded.
+    /// The tag in the list, or null with a text in `error`. Valid until the tag is removed or a
+    /// list is loaded.
     BD::Tag* getTag(BD::TagId id, unsigned index, String& error);
 
     /// The position of occurrence `index` of `id`, or the end.
     TagList::Iterator getTagIterator(BD::TagId id, unsigned index);
-    /// The position of the first tag with `id` at `from` or behind it, or the end.
+    /// The position of the first tag with `id` at `from` or after it, or the end.
     TagList::Iterator getTagIterator(TagList::Iterator& from, BD::TagId id);
 
-    /// All tags in order, for reading.
+    /// All tags in order, read-only.
     const TagList& getTags() const { return m_tags; }
 
-    /// Reads any tag as an address record: six address bytes, then the interface number in two. A
-    /// tag that is not 8 bytes long fails without a text and leaves the outputs alone.
+    /// Reads any tag as an address record: six address bytes, then the interface number in two.
+    /// Fails without a text and leaves the outputs alone if the tag is not 8 bytes long.
     XCode getMacAddr(const BD::Tag& tag, String& mac, unsigned& iface) const;
 
-    /// Replaces the list by the tags of `image`. A terminator becomes a last tag with identifier 0
-    /// and no data. Fails with "CORRUPTED BOARD DESCRIPTOR: ..." and the position; the tags before
-    /// it are held. Where std::bad_alloc is thrown the list is as it was, or holds the tags that
-    /// came before.
+    /// Replaces the list with the tags of `image`. A terminator becomes a last tag with identifier
+    /// 0 and no data. Fails with "CORRUPTED BOARD DESCRIPTOR: ..." and the position, and keeps the
+    /// tags before it. If std::bad_alloc is thrown the list is unchanged, or holds the tags before
+    /// the one that there was no memory for.
     XCode importBD(const TString<char>& image, String& error);
 
-    /// Appends the list's image to `image`; adds no terminator. Always succeeds; where
-    /// std::bad_alloc is thrown `image` may hold part of it. A tag of more than 65531 bytes (65530
-    /// where the length is odd) does not fit its length field; what is written then can't be read
-    /// back.
+    /// Appends the list's image to `image`; adds no terminator. Always succeeds; if std::bad_alloc
+    /// is thrown, `image` may hold part of it. A tag that exceeds the limits of the image (see
+    /// IBoardDescr) is written with the low 16 bits of its length and can't be read back.
     XCode exportBD(TString<char>& image, String& error);
 
 private:

@@ -6,14 +6,14 @@
 
 extern template class TKernelDriver<IFanControl>;
 
-/// The fan's driver: writes and reads one number between 0 and the kernel driver's maximum.
+/// The fan driver: writes and reads one number between 0 and the kernel driver's maximum.
 class BOARD_API CFanControl : public TKernelDriver<IFanControl> {
 public:
     static const VELM_UUID& DID();
     static const VELM_UUID& CID();
 
     /// `driverName` is the name in the repository, `endpointName` the kernel driver's name on the
-    /// message channel; both are copied. Nothing is contacted before `open`.
+    /// message channel; both are copied. Nothing is contacted until `open`.
     CFanControl(IDriverRepository* repository, const String& driverName,
                 const String& endpointName);
 

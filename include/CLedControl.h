@@ -6,22 +6,22 @@
 
 extern template class TKernelDriver<ILedControl>;
 
-/// The LED's driver: writes and reads one number.
+/// The LED driver: writes and reads one number of up to 4 characters.
 class BOARD_API CLedControl : public TKernelDriver<ILedControl> {
 public:
     static const VELM_UUID& DID();
     static const VELM_UUID& CID();
 
     /// `driverName` is the name in the repository, `endpointName` the kernel driver's name on the
-    /// message channel; both are copied. Nothing is contacted before `open`.
+    /// message channel; both are copied. Nothing is contacted until `open`.
     CLedControl(IDriverRepository* repository, const String& driverName,
                 const String& endpointName);
 
     const VELM_UUID& getDID() const override;
     XCode onConnected(String& error) override;
 
-    /// The header row, titled with the driver's name, and one level deeper the rows "Description"
-    /// and "Status", "on" or "off"; a LED that can't be read shows "off".
+    /// A header row with the driver's name and, one level deeper, the rows "Description" and
+    /// "Status". The status is "on" or "off"; a LED that can't be read shows "off".
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
 
@@ -32,8 +32,8 @@ public:
     XCode enableLedToggle() override;
     XCode disableLedToggle() override;
 
-    /// Writes the device file, whatever overlay is on. Whether the device took the state is not
-    /// looked at.
+    /// Writes the device file, whatever overlay is on. Success does not mean that the device
+    /// accepted the state.
     XCode realSetLedStatus(unsigned int status);
 
 private:

@@ -6,14 +6,14 @@
 
 extern template class TKernelDriver<IPowerStatus>;
 
-/// The power supply's driver: reads one number.
+/// The power supply driver: reads one number.
 class BOARD_API CPowerStatus : public TKernelDriver<IPowerStatus> {
 public:
     static const VELM_UUID& DID();
     static const VELM_UUID& CID();
 
     /// `driverName` is the name in the repository, `endpointName` the kernel driver's name on the
-    /// message channel; both are copied. Nothing is contacted before `open`.
+    /// message channel; both are copied. Nothing is contacted until `open`.
     CPowerStatus(IDriverRepository* repository, const String& driverName,
                  const String& endpointName);
 

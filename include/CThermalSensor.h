@@ -6,14 +6,14 @@
 
 extern template class TKernelDriver<IThermalSensor>;
 
-/// The sensor's driver: reads one number in thousandths of a degree.
+/// The thermal sensor driver: reads one number in thousandths of a degree.
 class BOARD_API CThermalSensor : public TKernelDriver<IThermalSensor> {
 public:
     static const VELM_UUID& DID();
     static const VELM_UUID& CID();
 
     /// `driverName` is the name in the repository, `endpointName` the kernel driver's name on the
-    /// message channel; both are copied. Nothing is contacted before `open`.
+    /// message channel; both are copied. Nothing is contacted until `open`.
     CThermalSensor(IDriverRepository* repository, const String& driverName,
                    const String& endpointName);
 

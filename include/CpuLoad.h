@@ -8,41 +8,40 @@
 
 /// How busy the processors are, in percent, over the last period and the last 5 and 14 periods.
 ///
-/// A period is the time between two calls of `measure`; the host calls it at a pace of its own.
-/// Figures come from the kernel's counters of processor time, in units of jiffies since the
-/// system's start, all processors together; their low 32 bits are kept, so that they wrap alike on
-/// every machine. A status that fails has the code -1 and no text. Not locked: one caller at a
-/// time. The order of the members is part of the binary face.
+/// A period is the time between two calls of `measure`; the host chooses how long that is. The
+/// figures come from the kernel's counters of processor time: jiffies since the system started, for
+/// all processors together. Only their low 32 bits are kept, so they wrap the same way on every
+/// machine. A failure has code -1 and no text. There is no lock: one caller at a time. The order of
+/// the members is part of the binary interface.
 class BOARD_API CpuLoad {
 public:
-    /// Where the kernel shows its counters. The first line counts: a name, then user, nice, system
-    /// and idle time, then others that are not looked at.
+    /// The kernel's counters. Only the first line is read: a name, then user, nice, system and idle
+    /// time, then others that are ignored.
     static constexpr char USAGE_FILE[] = "/proc/stat";
 
     CpuLoad();
 
-    /// Reads the counters: `busy` gets user, nice and system time, `idle` the idle time, both 0 to
-    /// 4294967295 and wrapping. Waiting for devices and serving interrupts count for neither.
-    /// Fails, with both left alone, when the file can't be opened or its line has fewer than four
-    /// numbers.
+    /// Reads the counters: `busy` is the sum of user, nice and system time, `idle` the idle time.
+    /// Both are 0 to 4294967295 and wrap. Waiting for devices and serving interrupts count for
+    /// neither. Fails and leaves both alone if the file can't be opened or its line has fewer than
+    /// four numbers.
     XCode getCurrentLoad(unsigned long& busy, unsigned long& idle);
 
-    /// Takes the first sample, against which the first `measure` compares. Called once, before it;
-    /// without it `last` begins with the load since the system's start, and `mid` and `longest` are
-    /// never set. Fails as `getCurrentLoad` does and then changes nothing.
+    /// Takes the first sample, which the first `measure` compares with. Call it once, before
+    /// `measure`; otherwise `last` begins with the load since the system started, and `mid` and
+    /// `longest` are never set. Fails as `getCurrentLoad` does and then changes nothing.
     XCode setup();
 
-    /// Takes a sample and sets each output to the busy share of its span, 0 to 100: `last` of one
-    /// period, `mid` of 5, `longest` of 14. Until that many periods have passed, `mid` and
-    /// `longest` are of the time since `setup` or since the system's start, as the ring's slots
-    /// still hold 0.
+    /// Takes a sample and sets each output to the busy share of its span, 0 to 100: `last` for one
+    /// period, `mid` for 5, `longest` for 14. Until that many periods have passed, `mid` and
+    /// `longest` cover the time since the system started, because the slots of the ring that they
+    /// compare with still hold 0.
     ///
-    /// An output whose span has no idle time is left alone, even if the processors were busy all
-    /// the time: give the variables their start value. A span of more than some 21 million jiffies
-    /// of busy time, or a counter that ran backwards as some kernels' idle time does, gives a
-    /// figure without meaning, also above 100. Fails as `getCurrentLoad` does, with the outputs
-    /// left alone; the period is counted all the same, and its slot in the ring keeps the sample of
-    /// 15 periods ago.
+    /// An output is left alone if its span has no idle time, even if the processors were busy all
+    /// the time, so initialize the variables. The figure is meaningless, and may exceed 100, if a
+    /// span has more than about 21 million jiffies of busy time or a counter ran backwards, as idle
+    /// time does on some kernels. Fails as `getCurrentLoad` does and leaves the outputs alone; the
+    /// period still counts, and its slot in the ring keeps the sample of 15 periods ago.
     XCode measure(unsigned short& last, unsigned short& mid, unsigned short& longest);
 
 private:

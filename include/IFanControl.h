@@ -2,41 +2,53 @@
 
 #include "BOARD_API.h"
 #include "IUnknown.h"
+#include "String.h"
 
-class String;
-
-/// The board's fan in four coarse speeds. Every operation but `isValid` fails with code -1 and no
-/// text. No operation takes a lock; each reaches the device by itself.
+/// The board's fan, in four coarse speeds. Every operation except `isValid` returns a status; a
+/// failure has code -1 and no text.
+///
+/// No operation takes a lock. Hold `getLock()` around calls on a driver that several threads share,
+/// and around `open` while clients use the driver: it replaces the path and the maximum.
 class BOARD_API IFanControl : public IUnknown {
 public:
     static const VELM_UUID& IID();
 
-    /// The share of the fan's maximum that is written, and from which share on a speed is reported.
+    /// What is written for each speed, and the lowest number in the device that reads back as it.
+    /// `maximum` is the kernel driver's; all divisions are integer divisions, done from left to
+    /// right.
+    ///
+    /// A speed can read back as another: of a maximum of 11, HIGH writes 6, which is FULL. With a
+    /// maximum below 6 every number reads back as FULL.
     enum FanSpeed : int {
-        FAN_SPEED_FULL = 0, ///< the maximum; from five sixths
-        FAN_SPEED_HIGH = 1, ///< two thirds; from three sixths
-        FAN_SPEED_LOW = 2,  ///< one third; from one sixth
-        FAN_SPEED_OFF = 3,  ///< 0
+        FAN_SPEED_FULL = 0, ///< writes maximum; from 5 * (maximum / 6)
+        FAN_SPEED_HIGH = 1, ///< writes maximum / 3 * 2; from 3 * (maximum / 6)
+        FAN_SPEED_LOW = 2,  ///< writes maximum / 3; from maximum / 6
+        FAN_SPEED_OFF = 3,  ///< writes 0
     };
 
     /// Whether the driver has ever been connected and its device file could be opened.
     virtual bool isValid() = 0;
 
-    /// What the kernel driver calls the fan; "" before the driver is connected. Always succeeds.
+    /// The kernel driver's description of the fan; "" before the driver is connected. Always
+    /// succeeds.
     virtual XCode getDescription(String& description) = 0;
 
-    /// The speed in force, read from the device. `speed` is FAN_SPEED_OFF on failure: not valid, or
-    /// the device file can't be opened. A device that holds no number, or that can be opened but
-    /// not read, counts as 0.
+    /// Reads the speed in force from the device: the number in its first 16 bytes. A negative
+    /// number is compared as unsigned, which makes it FAN_SPEED_FULL. A device that can be opened
+    /// but holds no number or can't be read counts as 0. Fails, with `speed` FAN_SPEED_OFF, if the
+    /// driver is not valid or the device file can't be opened.
     virtual XCode getActualFanSpeed(FanSpeed& speed) = 0;
 
-    /// The speed last asked for, FAN_SPEED_OFF at first. `speed` is written always; fails when not
-    /// valid.
+    /// The speed last requested, FAN_SPEED_OFF at first. `speed` is always set; fails if the driver
+    /// is not valid.
     virtual XCode getFanSpeed(FanSpeed& speed) = 0;
 
-    /// Sets the speed; a value that is none of the four writes the maximum. The request is
-    /// remembered also when it fails: not valid, or the device file can't be opened. Whether the
-    /// device took the value is not looked at; `getActualFanSpeed` tells. A pwm of the kernel
-    /// refuses all values until its enable file holds 1, and values above 255.
+    /// Sets the speed as a record of 16 bytes; a value outside the enumeration writes the maximum.
+    /// Fails if the driver is not valid or the device file can't be opened; the request is
+    /// remembered all the same.
+    ///
+    /// Success does not mean that the device accepted the value: call `getActualFanSpeed` to find
+    /// out. A pwm file of the kernel rejects every value until its enable file holds 1, and always
+    /// rejects values above 255.
     virtual XCode setFanSpeed(FanSpeed speed) = 0;
 };

@@ -2,17 +2,25 @@
 
 #include "BOARD_API.h"
 #include "IInfo.h"
+#include "String.h"
 
-/// One LED: 0 is off, 1 and 2 are two lit states. Two overlays take the LED over for a while and
-/// then give back the state last asked for; meanwhile `setLedStatus` only remembers.
+/// One LED: state 0 is off, 1 and 2 are two lit states. Two overlays can take the LED over for a
+/// while and then restore the state that was last requested; meanwhile `setLedStatus` only
+/// remembers its argument.
 ///
-/// The bi-status overlay forces state 2; the toggle lets the client drive the LED with
-/// `setLedToggleStatus`. Both overlays use state 2 only where the kernel driver says that the LED
-/// has it (it is "bi-status capable").
+/// The bi-status overlay forces state 2. In toggle mode the client drives the LED with
+/// `setLedToggleStatus`. Both use state 2 only if the kernel driver reports that the LED has it
+/// (the LED is "bi-status capable").
 ///
-/// Operations fail with code -1 and no text: not valid, device file not to be opened, or as said
-/// below. No operation takes a lock; callers that combine overlays on several threads hold the one
-/// from `getLock()`.
+/// The device holds a state as 4 characters: a state of more digits is cut to its first 4, and only
+/// the first 4 bytes are read.
+///
+/// Operations fail with code -1 and no text if the driver is not valid, if the device file can't be
+/// opened, or as described below. Success does not mean that the device accepted a state: read it
+/// back to find out.
+///
+/// No operation takes a lock. Hold `getLock()` around calls on a driver that several threads share,
+/// and around `open` while clients use the driver: it replaces the path and the capability.
 class BOARD_API ILedControl : public IInfo {
 public:
     static const VELM_UUID& IID();
@@ -20,36 +28,42 @@ public:
     /// Whether the driver has ever been connected and its device file could be opened.
     virtual bool isValid() = 0;
 
-    /// What the kernel driver calls the LED; "" before the driver is connected. Always succeeds.
+    /// The kernel driver's description of the LED; "" before the driver is connected. Always
+    /// succeeds.
     virtual XCode getDescription(String& description) = 0;
 
-    /// The state that the device shows; `status` is 0 on failure. A device that holds no number, or
-    /// that can be opened but not read, counts as 0. The kernel writes a LED that is behind a bus
-    /// after it has taken the state, so that the former one may be read for some milliseconds.
+    /// Reads the state of the LED; `status` is 0 on failure. A device that can be opened but holds
+    /// no number or can't be read counts as 0. For a LED on a bus, the kernel answers a write
+    /// before the chip has the state, so for some milliseconds the old one may be read.
     virtual XCode getLedStatus(unsigned int& status) const = 0;
 
-    /// Sets the state, or remembers it while an overlay is on (and then succeeds). Of a state above
-    /// its maximum, a LED of the kernel shows the maximum: one with a maximum of 1 has no second
-    /// lit state, and one of 255 is next to dark in both.
+    /// Sets the state. While an overlay is on, it remembers the state instead and succeeds.
+    ///
+    /// A kernel LED clamps a state above its maximum: one with a maximum of 1 has no second lit
+    /// state. One with a maximum of 255 is nearly dark in both.
     virtual XCode setLedStatus(unsigned int status) = 0;
 
-    /// Switches the bi-status overlay on (any value but 0) or off. On: remembers what the LED shows
-    /// and writes 2; a second call remembers that 2. Off: writes the remembered state. In toggle
-    /// mode the wish is only recorded. Fails, without a change, on a LED without a second lit
-    /// state.
+    /// Switches the bi-status overlay on (any value except 0) or off. On: remembers the current
+    /// state of the LED and writes 2, so a second call remembers that 2. Off: writes the remembered
+    /// state. In toggle mode it only records the request.
+    ///
+    /// On a LED that is not capable it fails and changes nothing. If the device can't be written it
+    /// also fails, but the switch has taken effect: after a failed `setLedBiStatus(1)` the overlay
+    /// is on, and `setLedStatus` only remembers until `setLedBiStatus(0)`.
     virtual XCode setLedBiStatus(unsigned int on) = 0;
 
-    /// Writes `status` in toggle mode; 1 alternates with 2 from call to call on a capable LED,
-    /// beginning with 1 after construction. Fails outside toggle mode.
+    /// Writes `status` in toggle mode. On a capable LED, successive calls with 1 write 1 and 2 in
+    /// turn, beginning with 1 after construction. Fails outside toggle mode.
     virtual XCode setLedToggleStatus(unsigned int status) = 0;
 
-    /// Begins toggle mode and remembers what the LED shows; a LED that shows 2 counts from then on
-    /// as under the bi-status overlay, also one without that capability, where nothing takes the
-    /// overlay off again. Fails when toggle mode is on. Where the LED can't be read it fails too,
-    /// but toggle mode is on.
+    /// Turns toggle mode on and remembers the current state of the LED. If that state is 2, the
+    /// bi-status overlay counts as on, even if the LED is not capable; then nothing can turn the
+    /// overlay off again. Fails if toggle mode is already on. If the LED can't be read it fails
+    /// too, but toggle mode is on.
     virtual XCode enableLedToggle() = 0;
 
-    /// Gives back 2 where the bi-status overlay is on with exactly 1, else the remembered state,
-    /// and ends toggle mode. Fails outside toggle mode; where the write fails toggle mode stays on.
+    /// Writes 2 if the bi-status overlay was switched on with exactly 1, otherwise the remembered
+    /// state, and turns toggle mode off. Fails outside toggle mode; if the write fails, toggle mode
+    /// stays on.
     virtual XCode disableLedToggle() = 0;
 };

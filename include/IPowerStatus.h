@@ -2,11 +2,13 @@
 
 #include "BOARD_API.h"
 #include "IUnknown.h"
+#include "String.h"
 
-class String;
-
-/// The board's power supply. Operations fail with code -1 and no text. No operation takes a lock;
-/// each reaches the device by itself.
+/// The board's power supply. Every operation except `isValid` returns a status; a failure has code
+/// -1 and no text.
+///
+/// No operation takes a lock. Hold `getLock()` around calls on a driver that several threads share,
+/// and around `open` while clients use the driver: it replaces the path.
 class BOARD_API IPowerStatus : public IUnknown {
 public:
     static const VELM_UUID& IID();
@@ -14,11 +16,13 @@ public:
     /// Whether the driver has ever been connected and its device file could be opened.
     virtual bool isValid() = 0;
 
-    /// What the kernel driver calls the supply; "" before the driver is connected. Always succeeds.
+    /// The kernel driver's description of the supply; "" before the driver is connected. Always
+    /// succeeds.
     virtual XCode getDescription(String& description) = 0;
 
-    /// The status word, whose meaning is the kernel driver's: the number in the first four bytes of
-    /// the device file. `status` is 0 on failure: not valid, or the device file can't be opened. A
-    /// device that holds no number counts as 0; a negative number is read as unsigned.
+    /// Reads the status word: the number in the first 4 bytes of the device. The kernel driver
+    /// defines what it means; a negative number is converted to unsigned. A device that can be
+    /// opened but holds no number or can't be read counts as 0. Fails, with `status` 0, if the
+    /// driver is not valid or the device file can't be opened.
     virtual XCode getPowerStatus(unsigned int& status) = 0;
 };

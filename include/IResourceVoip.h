@@ -4,12 +4,16 @@
 #include "IUnknown.h"
 
 /// How much VoIP work the board can carry.
+///
+/// No operation takes a lock. The figures change only when the host settles them. If it may do so
+/// again while several threads share the driver, host and clients hold `getLock()` around their
+/// calls.
 class BOARD_API IResourceVoip : public IUnknown {
 public:
     static const VELM_UUID& IID();
 
-    /// DSP channels; 4294967295 (0xFFFFFFFF) where the board does not say, 0 before the figures are
-    /// settled.
+    /// DSP channels; 4294967295 (0xFFFFFFFF) if the board does not state them, 0 before the figures
+    /// are settled.
     virtual unsigned getDspChannelCount() const = 0;
 
     /// Call legs that the board may hold at once; 0 before the figures are settled.

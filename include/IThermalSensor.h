@@ -2,11 +2,13 @@
 
 #include "BOARD_API.h"
 #include "IUnknown.h"
+#include "String.h"
 
-class String;
-
-/// A temperature sensor of the board. Operations fail with code -1 and no text. No operation takes
-/// a lock; each reaches the device by itself.
+/// A temperature sensor of the board. Every operation except `isValid` returns a status; a failure
+/// has code -1 and no text.
+///
+/// No operation takes a lock. Hold `getLock()` around calls on a driver that several threads share,
+/// and around `open` while clients use the driver: it replaces the path and the maximum.
 class BOARD_API IThermalSensor : public IUnknown {
 public:
     static const VELM_UUID& IID();
@@ -14,15 +16,17 @@ public:
     /// Whether the driver has ever been connected and its device file could be opened.
     virtual bool isValid() = 0;
 
-    /// What the kernel driver calls the sensor; "" before the driver is connected. Always succeeds.
+    /// The kernel driver's description of the sensor; "" before the driver is connected. Always
+    /// succeeds.
     virtual XCode getDescription(String& description) = 0;
 
-    /// The temperature now, in degrees Celsius, read from the device in thousandths. `temperature`
-    /// is 0 on failure: not valid, or the device file can't be opened. A device that holds no
-    /// number, or that can be opened but not read, counts as 0.
+    /// Reads the current temperature in degrees Celsius; the first 16 bytes of the device hold it
+    /// in thousandths. A device that can be opened but holds no number or can't be read counts as
+    /// 0. Fails, with `temperature` 0, if the driver is not valid or the device file can't be
+    /// opened.
     virtual XCode getTemperature(float& temperature) = 0;
 
-    /// The highest temperature as the kernel driver states it, in the unit that it uses; 0 before
-    /// the driver is connected. Always succeeds.
+    /// The highest allowed temperature, in whatever unit the kernel driver uses; 0 before the
+    /// driver is connected. Always succeeds.
     virtual XCode getMaxTemperature(unsigned int& maximum) = 0;
 };

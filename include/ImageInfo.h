@@ -4,22 +4,23 @@
 #include "String.h"
 #include "XCode.h"
 
-/// What the installed firmware image says of itself, read from a small text file that its build
-/// wrote.
+/// The version of the installed firmware image, read from a small text file that its build wrote.
 ///
-/// Any thread, one at a time for one object. The order of the members is part of the binary face.
+/// One object may be used by one thread at a time. The order of the members is part of the binary
+/// interface.
 class BOARD_API ImageInfo {
 public:
     /// `path` is the information file, copied; nothing is read yet.
     explicit ImageInfo(const String& path);
     virtual ~ImageInfo();
 
-    /// Reads the file's lines 1 to 3 and 6 to 8 and composes `versionString`. A line is cut at its
-    /// first zero byte; of a line of 127 bytes and more, each further 126 count as a line of their
-    /// own. What the file is too short for keeps what it held: nothing, the first time. A folder
-    /// counts as an empty file. Fails with the code -1, no text of its own, "OPEN '%s' FAILED" with
-    /// the path in `error`, and no member changed when the file can't be opened; `error` is
-    /// otherwise left alone.
+    /// Reads lines 1 to 3 and 6 to 8 of the file and composes `versionString`. A line is cut at its
+    /// first zero byte. A line of 127 bytes or more, its newline included, is read as several lines
+    /// of 126 bytes; the last of them may be the newline alone. A member whose line is missing
+    /// keeps its value. A directory counts as an empty file.
+    ///
+    /// If the file can't be opened it fails with code -1, puts "OPEN '%s' FAILED" with the path
+    /// into `error` and changes no member. Success leaves `error` alone.
     XCode init(String& error);
 
 private:
@@ -27,7 +28,8 @@ private:
 
 public:
     ///@{
-    /// The lines without blanks at both ends; empty before `init`. Line 2 names the kind of build.
+    /// The lines without white space at either end; empty before `init`. Line 2 is the kind of
+    /// build.
     String line1;
     String line2;
     String line3;
@@ -36,14 +38,14 @@ public:
     String line8;
     ///@}
 
-    /// By the kind of build: "Branch" gives "<line 1>-<line 7>/<line 3>", "Test" "<line 1>/<line
-    /// 3>", any other line 1 alone.
+    /// "<line 1>-<line 7>/<line 3>" for the kind of build "Branch", "<line 1>/<line 3>" for "Test",
+    /// line 1 alone for any other.
     String versionString;
 };
 
 /// Reads the number at the start of a small file, such as an attribute file of the kernel: decimal,
-/// hexadecimal after 0x or octal after 0, with a sign, after blanks, clamped to
-/// -2147483648..2147483647. The first 10 bytes count. Where they hold no number it succeeds and
-/// leaves `value` alone. Fails with the code -1, no text and `value` left alone when the file can't
-/// be opened or read, or is empty. Any thread.
+/// hexadecimal after 0x or octal after 0, with an optional sign, after any white space. It is
+/// clamped to -2147483648..2147483647. Only the first 10 bytes are read; if they hold no number it
+/// succeeds and leaves `value` alone. Fails with code -1 and no text, and leaves `value` alone, if
+/// the file can't be opened or read, or is empty. Any thread may call it.
 BOARD_API XCode readValueFromFile(const String& path, int& value);

@@ -1,10 +1,10 @@
 #pragma once
 
-/// Numbers of the board descriptor: big-endian, most significant byte first. "c" is the chunk's
-/// order, "h" the host's. Each function reads or writes exactly the bytes of its type, at any
-/// address; `width` is ignored.
+/// Conversion of the board descriptor's big-endian numbers. "c" is the chunk's byte order, "h" the
+/// host's. Each function reads or writes exactly as many bytes as its type has, at any address;
+/// `width` is ignored.
 unsigned cntoh_uint(const char* p, int width);
-unsigned long cntoh_uint32(const char* p, int width); ///< 32 bits, also where `long` has more
+unsigned long cntoh_uint32(const char* p, int width); ///< 32 bits, even if `long` has more
 unsigned short cntoh_uint16(const char* p, int width);
 void uint_htonc(unsigned v, char* p, int width);
 void uint32_htonc(unsigned long v, char* p, int width);

@@ -11,7 +11,7 @@
 #include "ByteOrder.h"
 #include "ImageCursor.h"
 
-// The image of the tag list, and the device file it lies in.
+// The image of the tag list, and the device file that holds it.
 
 namespace {
 
@@ -34,7 +34,7 @@ unsigned paddingOf(const BD::Tag& tag) {
     return tag.length % 2;
 }
 
-/// Closes the device also where memory runs out for what it holds.
+/// Closes the device even if memory runs out while it is read.
 class Device {
 public:
     Device(const char* path, int flags) : m_descriptor(::open(path, flags)) {}
@@ -53,7 +53,7 @@ private:
 } // namespace
 
 XCode CBoardDescr::importBD(const TString<char>& image, String& error) {
-    // It may be the data of a tag in this list.
+    // A copy: `image` may be the data of a tag in this list.
     const TString<char> held(image); // NOLINT(performance-unnecessary-copy-initialization)
     m_tags.clear();
     ImageCursor cursor(held);
@@ -79,7 +79,7 @@ XCode CBoardDescr::importBD(const TString<char>& image, String& error) {
         try {
             tag->data.concat(data, dataLength);
         } catch (const std::bad_alloc&) {
-            m_tags.remove(tag); // an empty one would pass for what the device holds
+            m_tags.remove(tag); // left in, it would look as if the device held an empty tag
             throw;
         }
         tag->length = dataLength;
@@ -91,7 +91,7 @@ XCode CBoardDescr::exportBD(TString<char>& image, String&) {
     std::size_t size = 0;
     for (const BD::Tag& tag : m_tags)
         size += HEADER_BYTES + tag.data.length() + paddingOf(tag);
-    std::vector<char> chunks(size); // zeros, as padding is
+    std::vector<char> chunks(size); // zeros, which the padding needs
     char* out = chunks.data();
     for (const BD::Tag& tag : m_tags) {
         const unsigned chunkLength = HEADER_BYTES + tag.length + paddingOf(tag);
@@ -147,7 +147,7 @@ XCode CBoardDescr::writeRawBD(const TString<char>& image, String& error) {
         error = String::format(OPEN_FAILED, m_devicePath);
         return XCode(XCode::FAILURE);
     }
-    // In one call: an EEPROM must not be left half written by whatever happens between two.
+    // One call: with two, an interruption between them would leave the EEPROM half written.
     const ssize_t written = ::write(device.get(), image.data(), image.length());
     if (written < 0) {
         error = String::format(WRITE_FAILED, m_devicePath);

@@ -14,7 +14,7 @@ constexpr BD::TagId MAC_TAG = 1;
 constexpr unsigned ADDRESS_BYTES = 6;
 constexpr unsigned MAC_RECORD_BYTES = 8;
 
-// The helpers take the tag as `getTag` gives it: null, with the text set, where there is none.
+// The helpers take what `getTag` returned: null if there is no such tag, with `error` already set.
 
 XCode wrongSize(String& error) {
     error = CBoardDescr::ERR_WRONG_TAG_SIZE;
@@ -120,9 +120,8 @@ XCode CBoardDescr::setMacAddress(unsigned index, const String& mac, unsigned ifa
     if (!tag)
         return XCode(XCode::FAILURE);
 
-    // Two bytes more than the record: the interface number is written four bytes wide behind the
-    // address, so that its upper half is what the record keeps. Boards in the field hold records
-    // made this way.
+    // Two bytes more than the record: the interface number is written four bytes wide after the
+    // address, so the record keeps its upper half. Boards in the field hold records made this way.
     char record[MAC_RECORD_BYTES + 2] = {};
     StringTokenizer groups(mac, ":");
     for (unsigned k = 0; groups.hasMoreTokens(); ++k) {
@@ -140,13 +139,13 @@ XCode CBoardDescr::insertMacAddress(unsigned index, const String& mac, unsigned 
     const unsigned count = getNumberOfTag(MAC_TAG);
     const unsigned anchor = count == 0 ? 0 : std::min(index, count - 1);
     m_tags.insert(getTagIterator(MAC_TAG, anchor), BD::Tag(MAC_TAG));
-    // Occurrence `count` is the former last one wherever there was one: it takes the address and
-    // the new tag stays empty. Hosts rely on it.
+    // If there were MAC tags before, occurrence `count` is the former last one: it receives the
+    // address and the new tag stays empty. Hosts rely on this.
     String scratch;
     return setMacAddress(count, mac, iface, scratch);
 }
 
 XCode CBoardDescr::addMacAddress(const String& mac, unsigned iface) {
-    // Not through the virtual table: a board that replaces one of the two keeps the other.
+    // Not through the virtual table: a board that overrides one of the two keeps the other.
     return CBoardDescr::insertMacAddress(std::numeric_limits<unsigned>::max(), mac, iface);
 }

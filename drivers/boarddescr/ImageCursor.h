@@ -3,7 +3,7 @@
 #include "ByteOrder.h"
 #include "TString.h"
 
-/// Reads a descriptor image from front to back and never outside it. `position` never exceeds the
+/// Reads a descriptor image from front to back and never outside it: `position` never exceeds the
 /// size.
 class ImageCursor {
 public:
@@ -12,18 +12,18 @@ public:
     unsigned size() const { return m_image.length(); }
     unsigned position() const { return m_position; }
 
-    /// Whether a chunk could begin here: the image ends where not even an identifier is left.
+    /// Whether a chunk could begin here: at least the two bytes of an identifier are left.
     bool hasChunk() const { return left() >= 2; }
 
-    /// Takes a 16-bit number; bytes that the image does not have count as 0.
+    /// Takes a 16-bit number; bytes past the end of the image count as 0.
     unsigned takeUInt16() {
         const char bytes[] = {m_image[m_position], m_image[m_position + 1]};
         m_position += left() < 2 ? left() : 2;
         return cntoh_uint16(bytes, 2);
     }
 
-    /// Takes `count` bytes and returns where they stand; null, and nothing taken, where there are
-    /// fewer.
+    /// Takes `count` bytes and returns a pointer to them. Returns null and takes nothing if there
+    /// are fewer.
     const char* takeBytes(unsigned count) {
         if (left() < count)
             return nullptr;

@@ -33,7 +33,7 @@ XCode CFanControl::getActualFanSpeed(FanSpeed& speed) {
     if (!status.isSuccess())
         return status;
     const auto value =
-        static_cast<unsigned>(number); // a negative number is a large one: full speed
+        static_cast<unsigned>(number); // a negative number becomes a large one: full speed
     const unsigned sixth = m_maxSpeed / 6;
     speed = value < sixth       ? FAN_SPEED_OFF
             : value < 3 * sixth ? FAN_SPEED_LOW

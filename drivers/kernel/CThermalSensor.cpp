@@ -31,7 +31,7 @@ XCode CThermalSensor::getTemperature(float& temperature) {
     int thousandths = 0;
     XCode status = readDevice(RECORD_WIDTH, thousandths);
     if (status.isSuccess()) {
-        // Through single precision first: clients compare with figures that were rounded this way.
+        // To single precision first: clients compare with figures that were rounded this way.
         const auto rounded = static_cast<float>(thousandths);
         temperature = static_cast<float>(static_cast<double>(rounded) * 0.001);
     }

@@ -13,8 +13,8 @@ namespace devicefile {
 
 namespace {
 
-/// Opens for one operation. A descriptor of 0 is closed again, so that it is not lost with the
-/// failure.
+/// Opens a file for one operation. Descriptor 0 counts as a failure but is closed too, so it does
+/// not leak.
 class Opened {
 public:
     Opened(const char* path, int flags) : m_descriptor(::open(path, flags)) {}
@@ -41,8 +41,7 @@ bool readDecimal(const char* path, unsigned width, int& number) {
     const Opened file(path, O_RDONLY);
     if (!file)
         return false;
-    char text[MAX_WIDTH + 1] =
-        {}; // one more than is read: a full record has no end mark of its own
+    char text[MAX_WIDTH + 1] = {}; // one byte more than is read: a full record has no terminator
     if (::read(file.get(), text, std::min(width, MAX_WIDTH)) < 0)
         text[0] = '\0';
     number = static_cast<int>(std::clamp<long long>(std::strtol(text, nullptr, 10),
@@ -57,8 +56,8 @@ bool writeDecimal(const char* path, unsigned width, unsigned number) {
         return false;
     char record[MAX_WIDTH] = {};
     std::snprintf(record, sizeof record, "%d", static_cast<std::int32_t>(number));
-    // A device that refuses shows it when it is read back; the contract with it knows no answer to
-    // a write.
+    // The result is ignored: by contract a write reports nothing, and reading the device back shows
+    // whether it accepted the number.
     const auto written = ::write(file.get(), record, std::min(width, MAX_WIDTH));
     static_cast<void>(written);
     return true;

@@ -48,7 +48,7 @@ XCode CResourceVoip::setup(String& error) {
     return XCode();
 }
 
-// By value: that each step holds a reference of its own is part of the binary face.
+// By value: it is part of the binary interface that each step holds a reference itself.
 // NOLINTBEGIN(performance-unnecessary-value-param)
 void CResourceVoip::calculateDspChannels(TYPPtr<IBoardDescr> board) {
     unsigned stored = 0;

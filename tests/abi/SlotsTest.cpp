@@ -14,19 +14,18 @@
 #include "LedCtrl.h"
 #include "ServiceButton.h"
 
-// Hosts and drivers are compiled apart and call each other by slot number: these orders never
-// change.
+// Hosts and drivers are compiled separately and call each other by slot number, so these orders
+// never change.
 
 namespace {
 
-/// The slot of a virtual operation, read out of the pointer to it.
+/// The slot of a virtual operation, read from the pointer to it.
 template <class Operation>
 std::size_t slotOf(Operation operation) {
     std::ptrdiff_t words[2];
     static_assert(sizeof words == sizeof operation);
     std::memcpy(words, &operation, sizeof words);
-#ifdef __arm__ // code addresses use the lowest bit there, so that it is the other word that marks a
-               // slot
+#ifdef __arm__ // the lowest bit of a code address is used there, so the other word marks a slot
     const bool isVirtual = (words[1] & 1) != 0;
     const std::ptrdiff_t offset = words[0];
 #else
@@ -40,7 +39,7 @@ template <class Class, class Signature>
 using Member = Signature Class::*;
 
 struct Operation {
-    const char* name; ///< null for a destructor, of which no pointer can be had
+    const char* name; ///< null for a destructor, which has no pointer
     std::size_t slot;
 };
 

@@ -61,9 +61,9 @@ TEST(CpuFigures, AreTheLowBitsOfTheFirstFourNumbers) {
     EXPECT_EQ(figuresOf("\tcpu 1\t-2 +3\n4x"), "2 4");
     EXPECT_EQ(figuresOf("cpu 4294967295 4294967296 3 8589934599"), "2 7");
     EXPECT_EQ(figuresOf("cpu 18446744073709551617 0 0 36893488147419103234"), "1 2")
-        << "65 bits and 66";
+        << "65 and 66 bits";
     EXPECT_EQ(figuresOf("cpu 1 2 3"), "failed 8 9");
-    EXPECT_EQ(figuresOf("1 2 x 4 5"), "failed 8 9") << "the first word is the name, whatever it is";
+    EXPECT_EQ(figuresOf("1 2 x 4 5"), "failed 8 9") << "the first word is always the name";
     EXPECT_EQ(figuresOf(""), "failed 8 9");
 }
 
@@ -71,11 +71,11 @@ TEST(CpuFigures, GiveTheBusyShareInThirtyTwoBitArithmetic) {
     EXPECT_EQ(share({100, 900}, {160, 940}), 60);
     EXPECT_EQ(share({0xFFFFFFF0, 0xFFFFFFFE}, {14, 8}), 75) << "both counters wrapped";
     EXPECT_EQ(share({0, 5}, {7, 5}), UNTOUCHED) << "no idle time";
-    EXPECT_EQ(share({1, 0}, {0, 1}), UNTOUCHED) << "0 in sum";
-    EXPECT_EQ(share({0, 9}, {8, 0}), 0x10000 - 800) << "-1 in sum";
+    EXPECT_EQ(share({1, 0}, {0, 1}), UNTOUCHED) << "the sum is 0";
+    EXPECT_EQ(share({0, 9}, {8, 0}), 0x10000 - 800) << "the sum is -1";
     EXPECT_EQ(share({0, 0}, {21474837, 1}), 0x10000 - 99) << "the product became negative";
     EXPECT_EQ(share({0, 0}, {0x20000000, 0xDFFFFFFF}), 0)
-        << "-2147483648 by -1, which no division can do";
+        << "-2147483648 divided by -1 would overflow";
 }
 
 TEST(CpuFigures, CompareWithTheSamplesOneFiveAndFourteenPeriodsBack) {
@@ -88,7 +88,7 @@ TEST(CpuFigures, CompareWithTheSamplesOneFiveAndFourteenPeriodsBack) {
     for (unsigned k = 1; k <= 40; ++k) {
         if (k == 20) {
             EXPECT_EQ(load.measured(nullptr), std::vector<int>(3, UNTOUCHED));
-            samples.push_back(samples[k++ - 15]); // the slot keeps what it held
+            samples.push_back(samples[k++ - 15]); // the slot keeps its old sample
         }
         samples.push_back({1000 + k * k, 3000 + 10 * k});
         std::vector<int> expected;

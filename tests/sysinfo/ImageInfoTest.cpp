@@ -9,7 +9,7 @@ using namespace support;
 TEST(ImageInfo, KeepsSixLinesAndComposesTheVersionByTheKindOfBuild) {
     const TempDir dir;
     const auto before = openDescriptors();
-    const std::string whole(126, 'x'); // what one line holds at most
+    const std::string whole(126, 'x'); // the most that one line holds
     String error = "as it was";
     for (const auto& [file, expected] : std::vector<std::pair<std::string, std::string>>{
              {"5.2\nBranch\n1234\n4\n5\nsix\ndev\neight\n9",
@@ -33,7 +33,7 @@ TEST(ImageInfo, KeepsSixLinesAndComposesTheVersionByTheKindOfBuild) {
     EXPECT_TRUE(again.init(error).isSuccess());
     dir.write("info", "one\n");
     EXPECT_TRUE(again.init(error).isSuccess());
-    EXPECT_EQ(str(again.versionString), "one-7/3") << "keeps what the file is too short for";
+    EXPECT_EQ(str(again.versionString), "one-7/3") << "a line that the file lacks keeps its value";
     EXPECT_EQ(str(again.line6) + str(again.line8), "68");
     ImageInfo folder(dir.path("").c_str());
     EXPECT_TRUE(folder.init(error).isSuccess());
@@ -47,14 +47,14 @@ TEST(ImageInfo, KeepsSixLinesAndComposesTheVersionByTheKindOfBuild) {
 TEST(ImageInfo, ReadsAValueByItsPrefixFromTenBytes) {
     const TempDir dir;
     const auto before = openDescriptors();
-    for (const auto& [file, expected] : std::vector<std::pair<std::string, int>>{
-             {"0x1F\n", 31},
-             {" \n-0x10 9", -16},
-             {"0x", 0},
-             {"12345678901", 1234567890},
-             {"9999999999", 2147483647},
-             {std::string("1\0002", 3), 1},
-             {"          5", 77} /* behind the tenth byte */}) {
+    for (const auto& [file, expected] :
+         std::vector<std::pair<std::string, int>>{{"0x1F\n", 31},
+                                                  {" \n-0x10 9", -16},
+                                                  {"0x", 0},
+                                                  {"12345678901", 1234567890},
+                                                  {"9999999999", 2147483647},
+                                                  {std::string("1\0002", 3), 1},
+                                                  {"          5", 77} /* after the tenth byte */}) {
         dir.write("value", file);
         int value = 77;
         EXPECT_TRUE(readValueFromFile(dir.path("value").c_str(), value).isSuccess()) << file;

@@ -49,7 +49,7 @@ protected:
         EXPECT_TRUE(board.exportBD(image, error).isSuccess());
     }
 
-    /// The error's text, which is empty on success only.
+    /// The error text; it is empty only on success.
     std::string load(const TString<char>& from) {
         error = "";
         const XCode status = board.importBD(from, error);
@@ -60,13 +60,12 @@ protected:
     CBoardDescr board;
     TString<char> image;
     String error;
-    // What is on the image: where its chunks begin, and the tags that come back; an odd one comes
-    // back longer.
+    // Where the chunks of the image begin, and the tags that read back; an odd one is longer then.
     const std::vector<unsigned> starts = {0, 8, 12, 20, 26};
     const Tags whole = {"45/4:12 34 AB CD", "6/0:", "7/4:01 02 03 00", "33059/2:FF FF", "0/0:"};
 };
 
-TEST_F(CBoardDescrImageTest, TagsAreStoredAsChunksOfEvenSizeBehindWhatTheBufferHolds) {
+TEST_F(CBoardDescrImageTest, TagsAreAppendedToTheBufferAsChunksOfEvenSize) {
     TString<char> bytes = fromHex("EE");
     ASSERT_TRUE(board.getTag(45, 0, error)->setData(nullptr, 3).isSuccess());
     EXPECT_TRUE(board.exportBD(bytes, error).isSuccess());
@@ -131,7 +130,7 @@ TEST_F(CBoardDescrImageTest, EveryPrefixLoadsTheChunksItHoldsAndFailsInsideAChun
     }
 }
 
-TEST_F(CBoardDescrImageTest, DamagedLengthKeepsTheChunksBefore) {
+TEST_F(CBoardDescrImageTest, DamagedLengthKeepsTheChunksBeforeIt) {
     const unsigned size = image.length();
     for (std::size_t chunk = 0; chunk + 1 < starts.size(); ++chunk) {
         const unsigned at = starts[chunk];
@@ -162,7 +161,7 @@ TEST_F(CBoardDescrImageTest, ImageMayBeATagOfTheListThatItReplaces) {
     EXPECT_EQ(tagsOf(board), Tags{"45/4:12 34 AB CD"});
 }
 
-/// A descriptor over a device of 512 bytes: the image above, and behind it "xxx...".
+/// A descriptor over a device of 512 bytes that holds the image above, then "xxx...".
 class CBoardDescrDeviceTest : public CBoardDescrImageTest {
 protected:
     CBoardDescrDeviceTest() { dir.write("eeprom", content); }
@@ -185,7 +184,7 @@ TEST_F(CBoardDescrDeviceTest, WholeDeviceIsReadWhateverTheChunkSize) {
     }
 }
 
-TEST_F(CBoardDescrDeviceTest, StoringKeepsTheBytesBehindTheImageAndLoadingStopsAtTheTerminator) {
+TEST_F(CBoardDescrDeviceTest, StoringKeepsTheBytesAfterTheImageAndLoadingStopsAtTheTerminator) {
     ASSERT_TRUE(device.addTag(0, fromHex("")).isSuccess());
     ASSERT_TRUE(device.addTag(7, fromHex("01 02 03")).isSuccess());
     EXPECT_TRUE(device.writeBD(error).isSuccess());
@@ -205,7 +204,7 @@ TEST_F(CBoardDescrDeviceTest, ImageMustBeSmallerThanTheDevice) {
     EXPECT_EQ(dir.read("eeprom"), bytes.substr(1) + "x");
 }
 
-TEST_F(CBoardDescrDeviceTest, DeviceThatRefusesFailsWithItsPathAndLeavesTheList) {
+TEST_F(CBoardDescrDeviceTest, FailingDeviceIsReportedWithItsPathAndKeepsTheList) {
     const std::string missing = dir.path("missing");
     const std::string folder = dir.path(".");
     const auto refused = [](const char* at, XCode (CBoardDescr::*operation)(String&)) {
@@ -228,7 +227,7 @@ TEST_F(CBoardDescrDeviceTest, DeviceThatRefusesFailsWithItsPathAndLeavesTheList)
     EXPECT_FALSE(std::filesystem::exists(missing));
 }
 
-TEST_F(CBoardDescrDeviceTest, DescriptorZeroIsAsGoodAsAnyAndNoneIsKept) {
+TEST_F(CBoardDescrDeviceTest, DescriptorZeroIsValidAndNoDescriptorLeaks) {
     const auto before = openDescriptors();
     {
         const DescriptorZeroFree hole;
@@ -241,7 +240,7 @@ TEST_F(CBoardDescrDeviceTest, DescriptorZeroIsAsGoodAsAnyAndNoneIsKept) {
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(CBoardDescrDeviceTest, BoardWithItsOwnDeviceAccessIsAskedForIt) {
+TEST_F(CBoardDescrDeviceTest, OverriddenDeviceAccessIsUsed) {
     struct OwnBoard : CBoardDescr {
         XCode readRawBD(TString<char>& bytes, String&) override {
             bytes.concat(held);

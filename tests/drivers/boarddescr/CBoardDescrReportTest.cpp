@@ -17,7 +17,7 @@ using Rows = std::vector<std::string>;
 
 constexpr unsigned MAX = 0xFFFFFFFFU;
 
-/// Where a report is asked to stand: greatest level, level, greatest index, index.
+/// The arguments of a report: maximum level, level, maximum index, index.
 using Place = std::array<unsigned, 4>;
 
 /// The rows of a report as "<level>.<index> <key>=<value>".
@@ -31,7 +31,7 @@ Rows report(const CBoardDescr& board, decltype(&CBoardDescr::getInfo) form, cons
     return rows;
 }
 
-/// What the report for people says of one tag.
+/// The row of one tag in the report for people.
 Rows shown(BD::TagId id, const std::string& data) {
     CBoardDescr board;
     EXPECT_TRUE(board.addTag(id, fromHex(data)).isSuccess());
@@ -54,7 +54,7 @@ std::string name(BD::TagId id) {
 
 TEST_F(CBoardDescrReportTest, EveryIdentifierIsShownByItsKind) {
     const struct {
-        const char* shown; // what "ab12" reads as
+        const char* shown; // what the data "ab12" is shown as
         std::vector<std::pair<BD::TagId, BD::TagId>> ranges;
     } kinds[] = {
         {"= iface=0", {{1, 1}}},
@@ -75,7 +75,7 @@ TEST_F(CBoardDescrReportTest, EveryIdentifierIsShownByItsKind) {
     EXPECT_EQ(shown(3, "61 62 31 32"), Rows{});
 }
 
-TEST_F(CBoardDescrReportTest, DataIsShownAsItsKindAsksAlsoWhereItDoesNotFit) {
+TEST_F(CBoardDescrReportTest, DataIsShownByItsKindEvenIfItDoesNotFit) {
     using Data = std::vector<std::pair<std::string, std::string>>;
     const std::pair<BD::TagId, Data> rows[] = {
         {1,
@@ -92,7 +92,7 @@ TEST_F(CBoardDescrReportTest, DataIsShownAsItsKindAsksAlsoWhereItDoesNotFit) {
             EXPECT_EQ(shown(id, data), Rows{name(id) + value}) << data;
 }
 
-TEST_F(CBoardDescrReportTest, ProductTagGivesPlatformAndProductWhereItIsFourBytesLong) {
+TEST_F(CBoardDescrReportTest, ProductTagHoldsPlatformAndProductIfItIsFourBytesLong) {
     EXPECT_EQ(shown(45, "12 34 AB CD"), (Rows{"Platform ID=12 34", "Product  ID=ab cd"}));
     unsigned platform = 77;
     unsigned product = 77;
@@ -114,7 +114,7 @@ TEST_F(CBoardDescrReportTest, ProductTagGivesPlatformAndProductWhereItIsFourByte
     EXPECT_EQ(str(error), "ERR TAG '45:=ProductID' NOT FOUND");
 }
 
-TEST_F(CBoardDescrReportTest, RowsStandTwoLevelsBelowTheHeaderInListOrder) {
+TEST_F(CBoardDescrReportTest, RowsAreTwoLevelsBelowTheHeaderInListOrder) {
     for (const auto& [id, data] : {std::pair(5, "61"), {3, "0A 1B FF 00"}, {5, "63"}, {-3, ""}})
         EXPECT_TRUE(board.addTag(id, fromHex(data)).isSuccess());
     ASSERT_TRUE(board.getTag(-3, 0, error)->setData(nullptr, 100).isSuccess());

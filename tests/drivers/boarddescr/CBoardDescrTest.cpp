@@ -46,7 +46,7 @@ TEST_F(CBoardDescrTest, TagIsInsertedAtItsPositionInTheWholeListAndRemovedByOccu
     EXPECT_EQ(tagsOf(empty), Tags{"9/1:FF"});
 }
 
-TEST_F(CBoardDescrTest, TagsAreCountedAndFoundByIdentifierAtOrBehindAPosition) {
+TEST_F(CBoardDescrTest, TagsAreCountedAndFoundByIdentifierAtOrAfterAPosition) {
     EXPECT_EQ(board.getNumberOfTag(5), 2U);
     EXPECT_EQ(board.getNumberOfTag(6), 0U);
     EXPECT_TRUE(board.hasTag(7));
@@ -84,7 +84,7 @@ TEST_F(CBoardDescrTest, DataEndsAtTheTagsLengthAndNullIsEmptyDataOfThatLength) {
     EXPECT_EQ(tagsOf(board)[1], "7/0:");
 }
 
-TEST_F(CBoardDescrTest, EveryFaceAnswersTheSameQueriesWithOneCountForAll) {
+TEST_F(CBoardDescrTest, EveryInterfaceAnswersTheSameQueriesWithOneCountForAll) {
     IBoardDescr* const own = &board;
     const VELM_UUID copy(IBoardDescr::IID().getValue(), "another representation");
     expectFaces(board, *own, {{IBoardDescr::IID(), own}, {copy, own}, {DID_BoardDescr(), nullptr}});
@@ -96,7 +96,7 @@ TEST_F(CBoardDescrTest, FactoryMakesAnEmptyDescriptorBoundToTheBoardsEeprom) {
     EXPECT_EQ(str(driver->getDriverName()), "board-descr-driver");
     auto& made = dynamic_cast<CBoardDescrTamarin&>(*driver);
     EXPECT_EQ(made.getTags().size(), 0U);
-    // Refused before the device is touched.
+    // Rejected before the device is touched.
     EXPECT_FALSE(
         made.writeRawBD(TString<char>(std::string(512, 'x').data(), 512), error).isSuccess());
     EXPECT_EQ(str(error),

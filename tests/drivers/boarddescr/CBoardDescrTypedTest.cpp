@@ -22,7 +22,7 @@ protected:
         EXPECT_TRUE(board.addTag(id, fromHex(data)).isSuccess());
     }
 
-    /// The number read, or the error's text. Success writes only the number, failure only the text.
+    /// The number read, or the error text. Success sets only the number, failure only the text.
     template <class Value>
     std::string read(XCode (CBoardDescr::*operation)(BD::TagId, unsigned, Value&, String&)) {
         Value value = 77;
@@ -57,7 +57,7 @@ TEST_F(CBoardDescrTypedTest, NumbersAreReadByTheWidthOfTheirTag) {
     }
 }
 
-TEST_F(CBoardDescrTypedTest, BytesThatALengthPromisesAndTheDataLacksCountAsZero) {
+TEST_F(CBoardDescrTypedTest, MissingDataBytesCountAsZero) {
     add(ID, "");
     BD::Tag& tag = *board.getTag(ID, 0, error);
     EXPECT_TRUE(tag.setData(nullptr, 4).isSuccess());
@@ -151,7 +151,7 @@ TEST_F(CBoardDescrTypedTest, MacAddressIsWrittenWithTheUpperHalfOfTheInterface) 
     EXPECT_EQ(str(error), "ERR TAG '1:=MacAddress' NOT FOUND");
 }
 
-TEST_F(CBoardDescrTypedTest, AddedMacAddressTakesTheLastOnesPlaceAndTheNewTagStaysEmpty) {
+TEST_F(CBoardDescrTypedTest, AddedMacAddressOverwritesTheLastOneAndTheNewTagStaysEmpty) {
     const char* const three = "00 07 00 04 00 01 00 05 AA 00 07 00 04 00 01 00 05 BB";
     const std::string z = "1/8:09 09 00 00 00 00 00 07";
     const auto added = [&](const std::string& image, auto add) {
@@ -173,7 +173,7 @@ TEST_F(CBoardDescrTypedTest, AddedMacAddressTakesTheLastOnesPlaceAndTheNewTagSta
     EXPECT_EQ(tagsOf(board), (Tags{"7/0:", "1/1:AA", "7/0:", "1/0:", "1/0:", z}));
 }
 
-TEST_F(CBoardDescrTypedTest, AddingAsksABoardThatCountsAndWritesInItsOwnWay) {
+TEST_F(CBoardDescrTypedTest, AddingUsesOverriddenCountingAndWriting) {
     struct OwnBoard : CBoardDescr {
         unsigned getNumberOfTag(BD::TagId) override { return 5; }
         XCode setMacAddress(unsigned index, const String&, unsigned, String&) override {

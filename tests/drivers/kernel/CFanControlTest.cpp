@@ -24,8 +24,8 @@ protected:
         EXPECT_TRUE(fan.getDescription(text).isSuccess());
         return str(text);
     }
-    /// Neither way to the device works: the speed in force is "off", the one asked for is
-    /// remembered.
+    /// The device can be neither read nor written: the speed in force is "off", the requested one
+    /// is remembered.
     void expectDeviceFails() {
         Fan::FanSpeed speed = Fan::FAN_SPEED_HIGH;
         expectPlainFailure(fan.getActualFanSpeed(speed));
@@ -74,10 +74,10 @@ TEST_F(CFanControlTest, MissingDeviceFileFailsPlainlyUntilAHandshakeFindsIt) {
     dir.write("later", "");
     connect(100);
     EXPECT_TRUE(fan.isValid());
-    EXPECT_EQ(asked.size(), 6U); // each handshake asks everything
+    EXPECT_EQ(asked.size(), 6U); // each handshake asks all three questions
 }
 
-TEST_F(CFanControlTest, ValidDriverStaysValidAndGoesOnWithTheLatestAnswers) {
+TEST_F(CFanControlTest, ValidDriverStaysValidAndUsesTheLatestAnswers) {
     connect(100);
     fan.close();
     EXPECT_TRUE(fan.setFanSpeed(Fan::FAN_SPEED_FULL).isSuccess());
@@ -94,7 +94,8 @@ TEST_F(CFanControlTest, ValidDriverStaysValidAndGoesOnWithTheLatestAnswers) {
 }
 
 TEST_F(CFanControlTest, ContentOfTheDeviceIsReportedAsACoarseSpeed) {
-    using Rows = std::vector<std::pair<std::string, int>>; // a content, and the speed as a number
+    using Rows = std::vector<std::pair<std::string, int>>; // what the device holds, and the speed
+                                                           // as a number
     const std::pair<unsigned, Rows> tables[] = {
         {255, Rows{{"41", 3},
                    {"42", 2},
@@ -163,7 +164,7 @@ TEST_F(CFanControlTest, IdentifiersHaveTheirPublishedBytesAndNames) {
               "IFanControl 66 E7 E0 4A B0 3C 28 4E BC 31 D8 DA C4 7E 68 2F");
 }
 
-TEST_F(CFanControlTest, EveryFaceAnswersTheSameQueriesWithOneCountForAll) {
+TEST_F(CFanControlTest, EveryInterfaceAnswersTheSameQueriesWithOneCountForAll) {
     IFanControl* const own = &fan;
     const VELM_UUID copy(IFanControl::IID().getValue(), "another representation");
     expectFaces(fan, *own, {{IFanControl::IID(), own}, {copy, own}, {CFanControl::CID(), nullptr}});

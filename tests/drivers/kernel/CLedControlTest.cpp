@@ -20,10 +20,9 @@ protected:
         asked.clear();
     }
 
-    /// Runs calls such as "set 1", "bi 1", "toggle 1", "enable", "disable", "real 2", "shows 2"
-    /// (the device is changed from outside) and returns for each what the device then holds; "!"
-    /// where the call failed,
-    /// "-" where it wrote nothing.
+    /// Runs calls such as "set 1", "bi 1", "toggle 1", "enable", "disable", "real 2" and "shows 2"
+    /// (which changes the device from outside). For each call it returns what the device holds
+    /// afterwards, "!" if the call failed, "-" if it wrote nothing.
     std::string run(const std::string& script) {
         std::istringstream words(script);
         std::string trace;
@@ -36,7 +35,7 @@ protected:
                 continue;
             }
             dir.write("device",
-                      held().substr(0, 1) + "\n"); // a record of the driver's ends in zero bytes
+                      held().substr(0, 1) + "\n"); // only the driver's records end in zero bytes
             const bool done = perform(call, value);
             const bool wrote = held().back() == '\0';
             trace += !done ? '!' : wrote ? held()[0] : '-';
@@ -74,7 +73,7 @@ protected:
 
 } // namespace
 
-TEST_F(CLedControlTest, OverlaysTakeTheLedOverAndGiveItBack) {
+TEST_F(CLedControlTest, OverlaysTakeTheLedOverAndRestoreIt) {
     const struct {
         bool biCapable;
         std::string script;
@@ -90,19 +89,19 @@ TEST_F(CLedControlTest, OverlaysTakeTheLedOverAndGiveItBack) {
         // The toggle.
         {true, "enable toggle 1 toggle 1 toggle 1 toggle 1 disable", "-12120"},
         {true, "enable toggle 1 toggle 0 toggle 1 toggle 2 toggle 1 disable",
-         "-102210"}, // only 1 alternates
+         "-102210"}, // only 1 alternates with 2
         {false, "enable toggle 1 toggle 1 toggle 2 toggle 1 disable", "-11210"},
-        {true, "enable toggle 1 disable enable toggle 1 disable", "-10-20"}, // the phase goes on
+        {true, "enable toggle 1 disable enable toggle 1 disable", "-10-20"}, // the phase is kept
         {true, "set 1 enable enable toggle 0 disable", "1-!01"},
         {true, "enable set 2 toggle 0 disable", "--02"},
         {true, "toggle 1 disable", "!!"},
         // Both.
         {true, "shows 2 enable toggle 0 disable set 1",
-         "-02-"}, // a LED that shows 2 counts as under the overlay
-        {false, "shows 2 enable disable set 1", "-2-"}, // for good, where nothing takes it off
+         "-02-"}, // the overlay counts as on if the LED shows 2
+        {false, "shows 2 enable disable set 1", "-2-"}, // and can never be turned off on this LED
         {true, "set 1 enable bi 1 disable bi 0", "1--21"},
         {true, "set 1 enable bi 7 disable set 2",
-         "1--1-"}, // given back by exactly 1, held by any but 0
+         "1--1-"}, // 2 is restored only for exactly 1, but any value except 0 holds
         {true, "bi 1 enable toggle 1 bi 0 disable", "2-1-0"},
     };
     for (const auto& each : CASES) {
@@ -114,7 +113,7 @@ TEST_F(CLedControlTest, OverlaysTakeTheLedOverAndGiveItBack) {
     }
 }
 
-TEST_F(CLedControlTest, FailuresLeaveWhatCameBeforeThem) {
+TEST_F(CLedControlTest, FailuresKeepTheChangesBeforeThem) {
     EXPECT_EQ(run("set 1 bi 1 real 1 enable enable"), "!!!!!") << "not valid";
     EXPECT_EQ(held()[0], '0');
     connect(true);
@@ -124,7 +123,7 @@ TEST_F(CLedControlTest, FailuresLeaveWhatCameBeforeThem) {
     EXPECT_FALSE(led->setLedToggleStatus(1).isSuccess());
     std::filesystem::rename(dir.path("away"), dir.path("device"));
     EXPECT_EQ(run("toggle 1 disable disable"), "20!")
-        << "the phase moved on, the toggle was still on";
+        << "the phase has advanced and the toggle is still on";
 }
 
 TEST_F(CLedControlTest, RecordsAreFourBytesWide) {
@@ -161,7 +160,7 @@ TEST_F(CLedControlTest, DumpShowsHeaderDescriptionAndStatusWithinTheLimits) {
     IInfo* const info = static_cast<ILedControl*>(&*led);
     InfoContainer container;
     EXPECT_EQ(info->getInfo(container, 1, 0, 0, 0, "").getRows().size(), 3U)
-        << "by the LED's own face";
+        << "through the LED's own interface";
 }
 
 TEST_F(CLedControlTest, SeveralThreadsMayDumpAtOnce) {
@@ -176,7 +175,7 @@ TEST_F(CLedControlTest, SeveralThreadsMayDumpAtOnce) {
         thread.join();
 }
 
-TEST_F(CLedControlTest, HasItsPublishedIdentityAndFaces) {
+TEST_F(CLedControlTest, HasItsPublishedIdentityAndInterfaces) {
     ILedControl* const own = &*led;
     expectFaces(*led, *own, {{ILedControl::IID(), own}, {CLedControl::CID(), nullptr}});
     EXPECT_EQ(published(led->getDID()),

@@ -33,7 +33,7 @@ TEST_F(CPowerStatusTest, FailureLeavesZero) {
     EXPECT_EQ(status, 0U);
 }
 
-TEST_F(CPowerStatusTest, HasItsPublishedIdentityAndFaces) {
+TEST_F(CPowerStatusTest, HasItsPublishedIdentityAndInterfaces) {
     IPowerStatus* const own = &power;
     expectFaces(power, *own, {{IPowerStatus::IID(), own}, {CPowerStatus::CID(), nullptr}});
     EXPECT_EQ(published(power.getDID()),

@@ -14,7 +14,7 @@ protected:
     CThermalSensor sensor{nullptr, "sensor", ENDPOINT};
 };
 
-TEST_F(CThermalSensorTest, MaximumIsHandedOutUnchangedAlsoBeforeConnection) {
+TEST_F(CThermalSensorTest, MaximumIsReturnedUnchangedEvenBeforeConnection) {
     unsigned maximum = 1;
     EXPECT_TRUE(sensor.getMaxTemperature(maximum).isSuccess());
     EXPECT_EQ(maximum, 0U);
@@ -33,9 +33,10 @@ TEST_F(CThermalSensorTest, ThousandthsAreReadAsDegreesInSinglePrecision) {
         {"-1250", -1.25F},
         {"", 0.0F},
         {"warm", 0.0F},
-        {"16777217", 16777.216F},          // single precision drops the last digit first
-        {"9999999999999999", 2147483.75F}, // sixteen digits without an end mark, clamped to 32 bits
-        {"0000000000000012999", 0.012F},   // what lies behind the record does not count
+        {"16777217", 16777.216F}, // single precision drops the last digit first
+        {"9999999999999999",
+         2147483.75F},                   // sixteen digits without a terminator, clamped to 32 bits
+        {"0000000000000012999", 0.012F}, // bytes after the record are ignored
     };
     ASSERT_TRUE(sensor.open(error).isSuccess());
     for (const auto& each : CASES) {
@@ -57,7 +58,7 @@ TEST_F(CThermalSensorTest, FailureLeavesZeroDegrees) {
     EXPECT_EQ(degrees, 0.0F);
 }
 
-TEST_F(CThermalSensorTest, HasItsPublishedIdentityAndFaces) {
+TEST_F(CThermalSensorTest, HasItsPublishedIdentityAndInterfaces) {
     IThermalSensor* const own = &sensor;
     expectFaces(sensor, *own, {{IThermalSensor::IID(), own}, {CThermalSensor::CID(), nullptr}});
     EXPECT_EQ(published(sensor.getDID()),

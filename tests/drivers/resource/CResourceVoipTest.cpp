@@ -26,7 +26,7 @@ public:
     int asked = 0;
 };
 
-/// Notes when it is taken and given back, and how many locks are held at once.
+/// Records when it is taken and released, and how many locks are held at once.
 class RecordingLock : public TYLock {
 public:
     RecordingLock(const char* name, std::vector<std::string>& events, int& held)
@@ -46,7 +46,7 @@ private:
     int& m_held;
 };
 
-/// A descriptor that notes when it is read, and whose lock is recorded.
+/// A descriptor that records when it is read, with a recorded lock.
 class Descriptor : public CBoardDescr {
 public:
     Descriptor(std::vector<std::string>& events, int& held)
@@ -62,7 +62,7 @@ private:
     std::vector<std::string>& m_events;
 };
 
-/// A repository of one driver, or none, with a recorded lock.
+/// A repository with one driver or none, and a recorded lock.
 class Repository : public IDriverRepository {
 public:
     Repository(IDriver* driver, std::vector<std::string>& events, int& held)
@@ -163,7 +163,7 @@ TEST_F(CResourceVoipTest, HoldsEachLockForOneCallAndNeverTwo) {
     descriptor.release();
 }
 
-TEST_F(CResourceVoipTest, KeepsItsFiguresWhereTheDescriptorIsNotFound) {
+TEST_F(CResourceVoipTest, KeepsItsFiguresIfTheDescriptorIsNotFound) {
     Capacity capacity(false);
     EXPECT_TRUE(capacity.setup(error).isSuccess());
     const Repository empty(nullptr, events, held);
@@ -189,7 +189,7 @@ TEST_F(CResourceVoipTest, ReportsWithinTheLimits) {
     EXPECT_EQ(rows(capacity, 2, 1), Rows{});
 }
 
-TEST_F(CResourceVoipTest, AnswersItsFacesUnderItsName) {
+TEST_F(CResourceVoipTest, AnswersItsInterfacesUnderItsName) {
     Capacity capacity(false);
     EXPECT_EQ(str(capacity.getDriverName()), "resource-driver");
     IResourceVoip* const own = &capacity;
