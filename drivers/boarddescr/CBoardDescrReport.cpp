@@ -3,12 +3,9 @@
 #include "BD_TagMeaning.h"
 #include "InfoContainer.h"
 
-// The information reports, and the two identifiers in tag 45.
+// The information reports.
 
 namespace {
-
-constexpr BD::TagId PRODUCT_TAG = 45;
-constexpr unsigned PRODUCT_BYTES = BD::meaningOf(PRODUCT_TAG).size;
 
 unsigned byteAt(const BD::Tag& tag, unsigned index) {
     return static_cast<unsigned char>(tag.data[index]);
@@ -54,7 +51,7 @@ private:
 };
 
 void addProduct(Report& report, const BD::Tag& tag) {
-    if (tag.length != PRODUCT_BYTES) {
+    if (tag.length != BD::meaningOf(tag.id).size) {
         report.add("Product/Platform  ID", "FAILED TO READ TAG 'ProductID'");
         return;
     }
@@ -103,14 +100,6 @@ void addTag(Report& report, const CBoardDescr& board, const BD::Tag& tag) {
     }
 }
 
-/// Reads the 16 bits at byte `first` of the tag, which may be null.
-XCode readProductTag(const BD::Tag* tag, unsigned first, unsigned& id) {
-    if (!tag || tag->length != PRODUCT_BYTES)
-        return XCode(XCode::FAILURE);
-    id = byteAt(*tag, first) << 8 | byteAt(*tag, first + 1);
-    return XCode();
-}
-
 } // namespace
 
 InfoContainer& CBoardDescr::getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
@@ -132,12 +121,4 @@ InfoContainer& CBoardDescr::getRawInfo(InfoContainer& container, unsigned maxLev
                    String::format("len: %.2d  data: %s", static_cast<int>(tag.length),
                                   hexDump(tag).c_str()));
     return container;
-}
-
-XCode CBoardDescr::getPlatformID(unsigned& id, String& error) {
-    return readProductTag(getTag(PRODUCT_TAG, 0, error), 0, id);
-}
-
-XCode CBoardDescr::getProductID(unsigned& id, String& error) {
-    return readProductTag(getTag(PRODUCT_TAG, 0, error), 2, id);
 }

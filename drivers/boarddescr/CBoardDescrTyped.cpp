@@ -3,16 +3,19 @@
 #include <algorithm>
 #include <limits>
 
+#include "BD_TagMeaning.h"
 #include "ByteOrder.h"
 #include "StringTokenizer.h"
 
-// Typed access to the tags: numbers, texts, MAC addresses.
+// Typed access to the tags: numbers, texts, MAC addresses, product and platform identifiers.
 
 namespace {
 
 constexpr BD::TagId MAC_TAG = 1;
 constexpr unsigned ADDRESS_BYTES = 6;
 constexpr unsigned MAC_RECORD_BYTES = 8;
+constexpr BD::TagId PRODUCT_TAG = 45;
+constexpr unsigned PRODUCT_BYTES = BD::meaningOf(PRODUCT_TAG).size;
 
 // The helpers take what `getTag` returned: null if there is no such tag, with `error` already set.
 
@@ -30,6 +33,15 @@ XCode readNumber(const BD::Tag* tag, unsigned width, Number (BD::Tag::*number)()
     if (tag->length != width)
         return wrongSize(error);
     value = static_cast<Value>((tag->*number)());
+    return XCode();
+}
+
+/// Reads the 16-bit half of the product tag that begins at byte `first`.
+XCode readProductHalf(const BD::Tag* tag, unsigned first, unsigned& id) {
+    if (!tag || tag->length != PRODUCT_BYTES)
+        return XCode(XCode::FAILURE);
+    const char bytes[] = {tag->data[first], tag->data[first + 1]};
+    id = cntoh_uint16(bytes, 2);
     return XCode();
 }
 
@@ -148,4 +160,12 @@ XCode CBoardDescr::insertMacAddress(unsigned index, const String& mac, unsigned 
 XCode CBoardDescr::addMacAddress(const String& mac, unsigned iface) {
     // Not through the virtual table: a board that overrides one of the two keeps the other.
     return CBoardDescr::insertMacAddress(std::numeric_limits<unsigned>::max(), mac, iface);
+}
+
+XCode CBoardDescr::getPlatformID(unsigned& id, String& error) {
+    return readProductHalf(getTag(PRODUCT_TAG, 0, error), 0, id);
+}
+
+XCode CBoardDescr::getProductID(unsigned& id, String& error) {
+    return readProductHalf(getTag(PRODUCT_TAG, 0, error), 2, id);
 }

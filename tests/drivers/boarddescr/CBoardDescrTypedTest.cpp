@@ -184,4 +184,23 @@ TEST_F(CBoardDescrTypedTest, AddingUsesOverriddenCountingAndWriting) {
     EXPECT_EQ(own.addMacAddress("1:2", 0).getCode(), 5);
 }
 
+TEST_F(CBoardDescrTypedTest, ProductTagHoldsPlatformAndProductIfItIsFourBytesLong) {
+    unsigned platform = 77;
+    unsigned product = 77;
+    for (const char* data : {"", "12 34 AB", "12 34 AB CD EF"}) {
+        ASSERT_TRUE(board.insertTag(0, 45, fromHex(data)).isSuccess());
+        expectPlainFailure(board.getPlatformID(platform, error));
+        expectPlainFailure(board.getProductID(product, error));
+        EXPECT_EQ(str(error), "as it was");
+    }
+    EXPECT_TRUE(platform == 77 && product == 77);
+    ASSERT_TRUE(board.setTag(45, 0, fromHex("12 34 AB CD"), error).isSuccess());
+    EXPECT_TRUE(board.getPlatformID(platform, error).isSuccess());
+    EXPECT_TRUE(board.getProductID(product, error).isSuccess());
+    EXPECT_EQ(platform, 0x1234U);
+    EXPECT_EQ(product, 0xABCDU);
+    expectPlainFailure(CBoardDescr().getProductID(product, error));
+    EXPECT_EQ(str(error), "ERR TAG '45:=ProductID' NOT FOUND");
+}
+
 } // namespace
