@@ -2,150 +2,167 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <map>
 
 #include "BOARD_API.h"
 #include "TYThread.h"
 
-/// A LED sequencer that runs by itself: steady, blinking, flashing, timed and rolling patterns from
-/// a table of commands, started by lines of text in the named pipe "/tmp/evt.fifo".
+/// An LED sequencer on a thread of its own. It shows steady, blinking, flashing, timed and rolling
+/// patterns from a table of commands; lines of text in the named pipe "/tmp/evt.fifo" start them.
 ///
-/// A line is two words and a number, `system boot 0`; a missing number is 0. Once a tick the
-/// service reads at most 80 bytes of lines, and what they start shows from the next tick on. A line
-/// that two reads cut apart is two lines; a line that no row of the table matches is dropped.
+/// A line has two words and a number, such as `system boot 0`; a missing number is 0. Once per tick
+/// the service reads at most 80 bytes of lines, and the commands in them show from the next tick
+/// on. A line that is split between two reads becomes two lines. A line that matches no row of the
+/// table is dropped.
 ///
-/// Both tables and the texts in them are the caller's and must outlive the object. Everything is
-/// logged under "DB_FRAMEWORK", errors at level 3, traces at level 7; no failure ends the service:
-/// without a pipe it still shows its defaults, without a LED file the other LEDs. A file is opened
-/// once: a LED whose driver went away and came back stays as it is until the service is made anew.
+/// The caller owns both tables and the texts in them; they must outlive the object. The service
+/// logs under "DB_FRAMEWORK", errors at level 3 and traces at level 7. No failure ends it: without
+/// a pipe it still shows its defaults, and without one LED's file it still drives the other LEDs.
+/// Files are opened once per start, so an LED whose driver was removed and came back is not driven
+/// until the next start.
 ///
-/// Made, shut down and released by one thread, the owner's; all else happens on the thread "led"
-/// that the constructor starts. The order of virtual operations and of members is part of the
-/// binary face.
+/// One thread, the owner's, creates, stops, starts, shuts down and releases the object. Everything
+/// else happens on the thread "led", which the constructor starts. The order of virtual operations
+/// and of members is part of the binary interface.
 class BOARD_API LedCtrl : public TYThread {
 public:
     /// What a row of the command table does with its LEDs.
     enum ActionKind : std::int32_t {
-        ACTION_ON = 0,    ///< steady; with a time, lit for that long
-        ACTION_OFF = 1,   ///< neither steady nor blinking
-        ACTION_BLINK = 2, ///< by the blink pattern; with a time, for that long
-        ACTION_FLASH = 3, ///< lit for one tick
-        ACTION_ROLL_UP =
-            4, ///< one LED of the mask after the other, upwards; without a time endlessly
-        ACTION_ROLL_DOWN = 5, ///< the same, downwards
-        ACTION_ROLL_STOP = 6, ///< ends a roll with the same first word and mask
+        ACTION_ON = 0,        ///< steady; with a time, lit for that long
+        ACTION_OFF = 1,       ///< ends steady and blinking
+        ACTION_BLINK = 2,     ///< follows the blink pattern; with a time, for that long
+        ACTION_FLASH = 3,     ///< lit for one tick
+        ACTION_ROLL_UP = 4,   ///< one LED of the mask after another, upward; endless without a time
+        ACTION_ROLL_DOWN = 5, ///< the same, downward
+        ACTION_ROLL_STOP = 6, ///< ends a roll that has the same first word and mask
         ACTION_DEFAULTS = 7,  ///< ends all actions and runs the default rows
     };
 
-    /// What is done with the state of the LEDs each tick. Any other value is kept and reported each
+    /// What to do with the LEDs' state in each tick. Any other value is kept and logged in every
     /// tick.
     enum AccessMethod : int {
-        ACCESS_FILES = 0, ///< "1" or "0" is written to each LED's file
+        ACCESS_FILES = 0, ///< write "1" or "0" to each LED's file
         ACCESS_NONE = 1,  ///< nothing
     };
 
-    /// A row of the command table. Of rows with the same words and number the first is the one that
-    /// is run.
+    /// A row of the command table. If several rows have the same words and number, the first one
+    /// runs.
     struct CmdDef {
         const char* word1;     ///< not null
         const char* word2;     ///< not null
-        std::int32_t number;   ///< what the line's third token must be
+        std::int32_t number;   ///< the line's third token must be this number
         std::uint32_t ledMask; ///< bit i is LED i
         std::int32_t action;   ///< an ActionKind
-        std::int32_t group;    ///< above 0: ends what the group's last row has started
-        std::int32_t timeMs;   ///< 0: until something else ends it; rounded up to whole ticks, 71
-                               ///< minutes at most
-        bool isDefault;        ///< run at the start and by ACTION_DEFAULTS
+        std::int32_t group;    ///< above 0: first ends what the group's last row started
+        /// Milliseconds, rounded up to whole ticks; 0 lasts until something else ends it. The time
+        /// is converted to microseconds in unsigned 32-bit arithmetic that wraps: above about 71
+        /// minutes it comes out too short. A negative number becomes some other time, and its group
+        /// ends it only if it is a roll.
+        std::int32_t timeMs;
+        bool isDefault; ///< runs at each start and by ACTION_DEFAULTS
     };
 
-    /// A row of the file table. Of rows with the same mask the last one holds.
+    /// A row of the file table. If several rows have the same mask, the last one counts.
     struct FileNameMap {
-        std::int32_t ledMask; ///< the LED; of several bits, any of them lights it
-        const char*
-            fileName; ///< a file that takes "1" and "0"; not null. "1" is full light where that is
-                      ///< the LED's maximum, and next to dark where the maximum is 255
+        std::int32_t ledMask; ///< the LED; if it has several bits, any of them lights it
+        /// A file that accepts "1" and "0"; not null. "1" is full brightness if the LED's maximum
+        /// is 1, and almost dark if it is 255.
+        const char* fileName;
     };
 
-    /// A LED's file.
+    /// An LED's file.
     struct FileDesc {
-        const char* fileName; ///< as in the file table
-        std::int32_t fd;      ///< 0 until opened, -1 where that failed
+        const char* fileName; ///< from the file table
+        std::int32_t fd;      ///< 0 until opened, -1 if that failed
     };
 
-    /// An action that runs.
+    /// A running action.
     struct ActionDesc {
-        const CmdDef* cmd;       ///< the row that started it, known by its address
+        const CmdDef* cmd;       ///< the row that started it, identified by its address
         std::uint32_t ticksLeft; ///< until it ends, unless it is endless
         std::uint32_t rollBit;   ///< the bit that a roll lit last; 1 at first
         bool endless;            ///< a roll without a time
     };
 
-    /// Starts the service. `tickMs`: the pause between two ticks in milliseconds; the tick is
-    /// counted in microseconds in 32 bits, and one that comes to 0 there is refused with a line in
-    /// the log. Bit i of `blinkPattern` is the blinking LEDs' state in tick i of 33, bit 31 that of
-    /// the last tick too. Where no thread can be had the object stays idle.
+    /// Starts the service. `tickMs` is the pause between two ticks in milliseconds. It is converted
+    /// to microseconds in 32 bits; if that yields 0, the object logs an error and stays idle. It
+    /// also stays idle, silently, if no thread can be created.
+    ///
+    /// A blink period has 33 ticks: tick i shows bit i of `blinkPattern`, and the last tick shows
+    /// bit 31 again. The pattern is first loaded after 32 ticks; until then nothing blinks.
     LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files,
             unsigned fileCount, AccessMethod method, unsigned tickMs, unsigned blinkPattern);
 
-    /// Ends the thread. Closes nothing: that is `shutdown`'s.
+    /// Ends the thread. It closes nothing: without a `shutdown` before, the descriptors of the pipe
+    /// and of the LED files stay open for the life of the process.
     ~LedCtrl() override;
 
-    /// The thread's body: opens the pipe and the files, runs the default rows, then ticks. Never
-    /// returns.
+    /// The thread's body: opens the pipe and the files, runs the default rows, then ticks until the
+    /// thread is stopped. Returns only if the tick is 0 microseconds, at once and with a failure.
+    ///
+    /// After `stop()` the service can be started again. It closes what is still open before it
+    /// opens it again, and keeps its static states.
     XCode runThread() override;
 
-    /// Ends the thread, then closes the pipe and the LED files; the LEDs stay as they are. Harmless
-    /// twice. Not on the LED thread, which would wait for itself: there it does nothing but log a
-    /// line of level 3.
+    /// Ends the thread, then closes the pipe and the LED files; the LEDs keep their state. A second
+    /// call does nothing. On the LED thread, which would wait for itself, it only logs an error.
     ///
-    /// A descriptor of the pipe stays open for the life of the process, so that readers always have
-    /// a writer.
+    /// The files are forgotten: a service that is started again drives no LED.
+    ///
+    /// Each start leaves one writing descriptor of the pipe open for the life of the process, so
+    /// that readers always have a writer.
     void shutdown();
 
-    /// Shuts down and destroys the object; not on the LED thread, as above. For objects made by
-    /// `new`.
+    /// Shuts down and deletes the object, which must have been created with `new`. On the LED
+    /// thread it only logs an error, as `shutdown` does.
     void release();
 
 protected:
     struct NotStarted {};
 
-    /// For previews and tests, which tick by themselves, and hosts that give the thread another
-    /// body: starts no thread. A class derived from it must call `stop()` in its own destructor
-    /// where it starts one.
+    /// Starts no thread. For previews and tests, which tick by themselves, and for hosts that
+    /// override `runThread`. A derived class that starts the thread must call `stop()` in its own
+    /// destructor.
     LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files,
             unsigned fileCount, AccessMethod method, unsigned tickMs, unsigned blinkPattern,
             NotStarted);
 
-    /// Makes the pipe, where there is none yet, and opens it for reading.
+    /// Creates the pipe if it is missing, and opens it for reading.
     void setupFifo();
-    /// Keeps a writer of the pipe open and tries the pipe once; a fault is logged, no more.
+    /// Keeps a writer of the pipe open and tests the pipe once; faults are only logged.
     void testFifo();
-    /// Opens the file of each LED.
+    /// Opens each LED's file.
     void openFiles();
-    /// Reads the pipe once and handles each line; nothing without a pipe or lines.
+    /// Reads the pipe once and calls `handle` with each line; does nothing without a pipe or lines.
+    void readLines(const std::function<void(char* line)>& handle);
+    /// Reads the pipe once, logs each line and runs the row that it names.
     void readCmd();
-    /// Runs the row that `line` names, if there is one. Always 0.
+    /// The row that `line` names; null if there is none.
+    const CmdDef* find(const char* line) const;
+    /// Runs the row that `line` names, if any. Always returns 0.
     int handleCmd(char* line);
 
-    /// Runs `cmd`, which must be a row of the table: it is kept by its address.
+    /// Runs `cmd`, which must be a row of the table: actions keep its address.
     void executeCmd(const CmdDef& cmd);
-    /// Advances one action by a tick and returns which LEDs it lights.
+    /// Advances one action by a tick and returns the LEDs that it lights.
     std::uint32_t handleAction(ActionDesc& action);
-    /// The same for all actions, of which those that are over are ended.
+    /// Ends the actions whose time is over, advances the others by a tick and returns the LEDs that
+    /// they light.
     std::uint32_t updateActions();
-    /// The LEDs lit without actions: steady, blinking by the current phase, and flashing, which
-    /// this ends.
+    /// The LEDs that are lit without an action: steady, blinking in the current phase, or flashing.
+    /// Ends the flashes.
     std::uint32_t getState();
-    /// Advances everything by one tick and returns which LEDs are lit in it.
+    /// Advances everything by one tick and returns the LEDs that are lit in it.
     std::uint32_t nextOutput();
-    /// A tick, unless suspended: `nextOutput`, handled by the access method.
+    /// One tick, unless suspended: hands `nextOutput` to the access method.
     void update();
-    /// Ends what `cmd` has started.
+    /// Ends what `cmd` started.
     void stopAction(const CmdDef& cmd);
-    /// Ends what the last row of the group of `cmd` has started.
+    /// Ends what the last row of the group of `cmd` started.
     void stopGroupAction(const CmdDef& cmd);
-    /// Ends a roll with the first word and the LEDs of `cmd`.
+    /// Ends one roll that has the first word and the LEDs of `cmd`.
     void removeRollAction(const CmdDef& cmd);
     /// Ends all actions and runs the default rows.
     void setupDefault();
@@ -160,12 +177,13 @@ private:
     const CmdDef* m_commands;
     std::uint32_t m_commandCount;
     std::uint32_t m_tickUs;
-    std::map<std::int32_t, FileDesc>
-        m_files; // by mask, the order in which they are opened and written
+    std::map<std::int32_t, FileDesc> m_files; // by mask: the order of opening and writing
     AccessMethod m_accessMethod;
 
 public:
-    /// The owner's switch: while true, ticks are left out. The service never sets it.
+    /// The owner's switch; the service never sets it. While it is true, nothing is written, the
+    /// blink pattern stands still and timed actions do not count down. The thread still reads the
+    /// pipe and runs commands; what they change shows once the switch is false again.
     std::atomic<bool> m_suspended;
 
 private:
@@ -175,7 +193,7 @@ private:
     std::uint32_t m_blinkMask;
     std::uint32_t m_flashMask;
     std::list<ActionDesc> m_actions;
-    std::uint32_t m_actionMask; // LEDs that actions own; their static state is hidden meanwhile
+    std::uint32_t m_actionMask; // LEDs owned by actions, which hide their static state
     std::map<std::int32_t, const CmdDef*> m_groups;
     std::int32_t m_phase;
     std::uint32_t m_phaseCount;

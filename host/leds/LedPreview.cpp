@@ -15,21 +15,11 @@ public:
     Sequencer(const std::vector<CmdDef>& rows, const LedSequencerProfile& profile)
         : LedCtrl(rows.data(), static_cast<unsigned>(rows.size()), nullptr, 0, ACCESS_NONE,
                   profile.tickMs, profile.blinkPattern, NotStarted()) {}
+    using LedCtrl::find;
     using LedCtrl::handleCmd;
     using LedCtrl::nextOutput;
     using LedCtrl::setupDefault;
 };
-
-/// Whether a row of the table has the words and number of `line`, as the sequencer itself reads it:
-/// by a table whose rows all light a LED.
-bool namesRow(std::string line, const LedTable& table, const LedSequencerProfile& profile) {
-    std::vector<LedCtrl::CmdDef> rows;
-    for (const LedCtrl::CmdDef& row : table.commands())
-        rows.push_back({row.word1, row.word2, row.number, 1, LedCtrl::ACTION_ON, 0, 0, false});
-    Sequencer sequencer(rows, profile);
-    sequencer.handleCmd(line.data());
-    return sequencer.nextOutput() != 0;
-}
 
 } // namespace
 
@@ -51,7 +41,7 @@ LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
     for (unsigned tick = 0; tick < ticks; ++tick) {
         for (; next != waves.lines.end() && next->tick <= tick; ++next) {
             std::string line = next->line;
-            next->namesRow = namesRow(line, table, profile);
+            next->namesRow = sequencer.find(line.c_str()) != nullptr;
             sequencer.handleCmd(line.data());
         }
         const std::uint32_t output = sequencer.nextOutput();

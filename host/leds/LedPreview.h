@@ -10,12 +10,12 @@ namespace board {
 
 /// A command line of a preview, handed to the sequencer just before the output of a tick.
 struct LedLine {
-    unsigned tick; ///< 1 or more: the defaults stand before tick 0
+    unsigned tick; ///< 1 or more: the default rows run before tick 0
     std::string line;
-    bool namesRow = true; ///< false in what `previewLeds` returns: no row of the table is named so
+    bool namesRow = true; ///< set by `previewLeds`: whether the line names a row of the table
 };
 
-/// What one LED shows: character k is '1' where it is lit in tick k, else '0'.
+/// What one LED shows: character k is '1' if it is lit in tick k, else '0'.
 struct LedWave {
     std::uint32_t mask;
     std::string name;
@@ -30,8 +30,8 @@ struct LedWaves {
     std::vector<LedLine> lines;
 };
 
-/// Runs the sequencer itself over `profile` for `ticks` ticks, at once and without its pipe and
-/// files. Throws Error for a tick period that the sequencer refuses.
+/// Runs the real sequencer with the tables of `profile` for `ticks` ticks, without waiting and
+/// without its pipe and files. Throws Error for a tick period that the sequencer rejects.
 LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
                      std::vector<LedLine> lines);
 

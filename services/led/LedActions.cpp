@@ -19,7 +19,7 @@ bool isRoll(std::int32_t action) {
     return action == LedCtrl::ACTION_ROLL_UP || action == LedCtrl::ACTION_ROLL_DOWN;
 }
 
-/// Moves a roll to the next LED of `mask`, at least by one; 0 where there is none.
+/// Moves a roll to the next LED of `mask`, at least by one; 0 if the mask is empty.
 std::uint32_t roll(std::uint32_t& bit, std::uint32_t mask, bool upwards) {
     if (mask == 0)
         return 0;
@@ -63,7 +63,7 @@ void LedCtrl::execute(const CmdDef& cmd, bool asDefault) {
         removeRollAction(cmd);
         break;
     case ACTION_DEFAULTS:
-        if (!asDefault) // a default row that asks for the defaults would ask for ever
+        if (!asDefault) // a default row of this kind would recurse without end
             setupDefault();
         break;
     default:
@@ -72,8 +72,8 @@ void LedCtrl::execute(const CmdDef& cmd, bool asDefault) {
 }
 
 void LedCtrl::startAction(const CmdDef& cmd) {
-    // All in 32 bits, as on the board: a time of more than 71 minutes wraps. The tick is never 0
-    // where the service runs.
+    // In 32 bits, as on the board: a time of more than 71 minutes wraps. The tick is 0 only in a
+    // service that does not run.
     const std::uint32_t timeUs = 1000U * static_cast<std::uint32_t>(cmd.timeMs);
     const std::uint32_t ticks = m_tickUs ? (m_tickUs - 1 + timeUs) / m_tickUs : 0;
     m_actionMask |= cmd.ledMask;
@@ -134,7 +134,7 @@ void LedCtrl::stopAction(const CmdDef& cmd) {
 void LedCtrl::removeRollAction(const CmdDef& cmd) {
     m_actionMask &= ~cmd.ledMask;
     m_groups.erase(cmd.group);
-    // By first word and LEDs alone, so that one row stops every roll that begins with its word.
+    // Only the first word and the LEDs count, so that one row can stop any roll of its word.
     const auto found =
         std::find_if(m_actions.begin(), m_actions.end(), [&](const ActionDesc& action) {
             return std::strcmp(action.cmd->word1, cmd.word1) == 0 &&
@@ -190,12 +190,12 @@ std::uint32_t LedCtrl::nextOutput() {
         m_phase = m_blinkPattern;
     } else {
         ++m_phaseCount;
-        m_phase >>= 1; // keeps the sign: bit 31 shows twice
+        m_phase >>= 1; // keeps the sign bit, so bit 31 shows twice
     }
     const std::uint32_t bits = updateActions();
     const std::uint32_t state = getState();
-    // The mask as it is by now: LEDs of an action that has just ended show their static state
-    // already.
+    // Read after the actions have advanced: LEDs of an action that has just ended already show
+    // their static state.
     return (state & ~m_actionMask) | bits;
 }
 
@@ -220,7 +220,7 @@ void LedCtrl::writeFiles(std::uint32_t output) {
     for (const auto& [mask, file] : m_files)
         if (file.fd > 0 &&
             ::write(file.fd, (output & static_cast<std::uint32_t>(mask)) != 0 ? "1" : "0", 1) < 0)
-            continue; // a LED that fails must not keep the others from showing
+            continue; // an LED that fails must not affect the others
 }
 
 void LedCtrl::setupDefault() {

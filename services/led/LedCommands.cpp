@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -21,7 +22,7 @@ constexpr char FIFO_PATH[] = "/tmp/evt.fifo";
 constexpr char TEST_TEXT[] = "test";
 constexpr std::size_t READ_SIZE = 80;
 
-/// What one read has brought, as a text; empty where it has brought nothing.
+/// The result of one read as a text; empty if nothing could be read.
 class Input {
 public:
     explicit Input(int descriptor) {
@@ -37,7 +38,7 @@ private:
     bool m_isEmpty;
 };
 
-/// The next word of `line`, which is moved behind it; empty at the end.
+/// The next word of `line`, empty at its end. Moves `line` past the word.
 std::string_view nextWord(const char*& line) {
     constexpr char BLANKS[] = " \t\n\v\f\r";
     line += std::strspn(line, BLANKS);
@@ -47,7 +48,7 @@ std::string_view nextWord(const char*& line) {
     return word;
 }
 
-/// The decimal number at the start of `text`, clamped to 32 bits; 0 where there is none.
+/// The decimal number at the start of `text`, clamped to 32 bits; 0 if there is none.
 std::int32_t numberIn(const char* text) {
     const long number = std::strtol(text, nullptr, 10);
     if (number > INT32_MAX)
@@ -55,9 +56,17 @@ std::int32_t numberIn(const char* text) {
     return number < INT32_MIN ? INT32_MIN : static_cast<std::int32_t>(number);
 }
 
+/// Closes a descriptor that an earlier start of the service left open.
+void closeFormer(std::int32_t& descriptor) {
+    if (descriptor > 0)
+        ::close(descriptor);
+    descriptor = 0;
+}
+
 } // namespace
 
 void LedCtrl::setupFifo() {
+    closeFormer(m_fifoFd);
     if (::mknod(FIFO_PATH, S_IFIFO | 0666, 0) != 0 && errno != EEXIST)
         VSYSLOG(CATEGORY, ERROR, "error mknod: %s", std::strerror(errno));
     m_fifoFd = ::open(FIFO_PATH, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -66,8 +75,8 @@ void LedCtrl::setupFifo() {
 }
 
 void LedCtrl::testFifo() {
-    // Left open on purpose: a pipe that always has a writer gives "no data", not "end of file",
-    // when the last client goes.
+    // Left open on purpose: as long as the pipe has a writer, a read returns "no data" and not
+    // "end of file" after the last client has closed it.
     const int writer = ::open(FIFO_PATH, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     if (writer < 0) {
         VSYSLOG(CATEGORY, ERROR, "error open - test fifo: ");
@@ -82,7 +91,8 @@ void LedCtrl::testFifo() {
 
 void LedCtrl::openFiles() {
     for (auto& [mask, file] : m_files) {
-        // Non-blocking means nothing to a LED's file; a pipe in its place must not hold up the
+        closeFormer(file.fd);
+        // O_NONBLOCK has no effect on the kernel's LED files, but a pipe must not block the
         // service.
         file.fd = ::open(file.fileName, O_RDWR | O_NONBLOCK | O_CLOEXEC);
         if (file.fd < 0)
@@ -90,7 +100,7 @@ void LedCtrl::openFiles() {
     }
 }
 
-void LedCtrl::readCmd() {
+void LedCtrl::readLines(const std::function<void(char* line)>& handle) {
     if (m_fifoFd <= 0)
         return;
     Input input(m_fifoFd);
@@ -98,24 +108,33 @@ void LedCtrl::readCmd() {
         return;
     char* rest = nullptr;
     for (char* line = ::strtok_r(input.text(), "\n", &rest); line;
-         line = ::strtok_r(nullptr, "\n", &rest)) {
+         line = ::strtok_r(nullptr, "\n", &rest))
+        handle(line);
+}
+
+void LedCtrl::readCmd() {
+    readLines([this](char* line) {
         VSYSLOG(CATEGORY, TRACE, "LED Command: %s", line);
         handleCmd(line);
-    }
+    });
+}
+
+const LedCtrl::CmdDef* LedCtrl::find(const char* line) const {
+    const std::string_view word1 = nextWord(line);
+    const std::string_view word2 = nextWord(line);
+    const std::int32_t number = numberIn(line);
+    const CmdDef* const end = m_commands + m_commandCount;
+    const CmdDef* const row = std::find_if(m_commands, end, [&](const CmdDef& each) {
+        return each.number == number && word1 == each.word1 && word2 == each.word2;
+    });
+    return row != end ? row : nullptr;
 }
 
 int LedCtrl::handleCmd(char* line) {
-    const char* rest = line;
-    const std::string_view word1 = nextWord(rest);
-    const std::string_view word2 = nextWord(rest);
-    const std::int32_t number = numberIn(rest);
-    for (unsigned i = 0; i < m_commandCount; ++i) {
-        const CmdDef& row = m_commands[i];
-        if (row.number != number || word1 != row.word1 || word2 != row.word2)
-            continue;
-        VSYSLOG(CATEGORY, TRACE, "Found LED command at index %d", static_cast<int>(i));
-        executeCmd(row);
-        break;
+    if (const CmdDef* const row = find(line)) {
+        VSYSLOG(CATEGORY, TRACE, "Found LED command at index %d",
+                static_cast<int>(row - m_commands));
+        executeCmd(*row);
     }
     return 0;
 }

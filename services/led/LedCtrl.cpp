@@ -16,7 +16,7 @@ LedCtrl::LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMa
     if (m_tickUs == 0)
         VSYSLOG(CATEGORY, ERROR, "invalid LED tick period: %u ms", tickMs);
     else
-        static_cast<void>(start(String::EMPTY())); // without a thread the LEDs stay as they are
+        static_cast<void>(start(String::EMPTY())); // without a thread the LEDs keep their state
 }
 
 LedCtrl::LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files,
@@ -35,7 +35,7 @@ LedCtrl::~LedCtrl() {
 }
 
 XCode LedCtrl::runThread() {
-    if (m_tickUs == 0) // would never give the processor back
+    if (m_tickUs == 0) // would loop without a pause
         return XCode(XCode::FAILURE);
     setupFifo();
     testFifo();
@@ -43,7 +43,7 @@ XCode LedCtrl::runThread() {
     setupDefault();
     for (;;) {
         update();
-        TYThread::usleep(m_tickUs); // the one place where the thread can be ended
+        TYThread::usleep(m_tickUs); // the only place where the thread can be ended
         readCmd();
     }
 }
@@ -58,8 +58,8 @@ void LedCtrl::shutdown() {
         return;
     }
     VSYSLOG(CATEGORY, TRACE, "Shutting down LED Control...");
-    static_cast<void>(
-        stop()); // before anything is closed: a tick would write into whatever is opened next
+    // First of all, as a tick would otherwise write to whatever next gets a closed file's number.
+    static_cast<void>(stop());
     if (m_fifoFd > 0)
         ::close(m_fifoFd);
     m_fifoFd = 0;

@@ -46,14 +46,14 @@ public:
 
     void send(std::string line) { EXPECT_EQ(handleCmd(line.data()), 0); }
 
-    /// Ticks until the blink pattern has been loaded: the next tick shows its bit 1.
+    /// Ticks until the blink pattern is loaded: the next tick shows its bit 1.
     void skipToPattern() {
         for (int tick = 0; tick < 33; ++tick)
             nextOutput();
     }
 
-    /// The next ticks as the LEDs lit in them, in digits of the highest bit first: "8 3 -" is LED
-    /// 3, then LEDs 0 and 1, then none.
+    /// The LEDs lit in the next ticks, as hexadecimal masks: "8 3 -" is LED 3, then LEDs 0 and 1,
+    /// then none.
     std::string show(int ticks) {
         std::string text;
         for (; ticks > 0; --ticks) {
@@ -72,8 +72,7 @@ Row row(const char* word, std::uint32_t mask, std::int32_t action, std::int32_t 
     return {word, "x", 0, mask, action, group, timeMs, isDefault};
 }
 
-/// The service's pipe as a client sees it, with the line discipline of no one: any bytes in one
-/// write.
+/// Writes any bytes into the service's pipe at once, as a client would.
 void writeToPipe(const std::string& bytes) {
     const int pipe = ::open(PIPE, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     ASSERT_GE(pipe, 0);
@@ -89,7 +88,7 @@ void fill(const std::string& path) {
     ::close(pipe);
 }
 
-/// The lines that were handed to the look-up, without the rest of the log.
+/// The command lines in a log.
 Lines commandsIn(const Lines& log) {
     const std::string prefix = "DB_FRAMEWORK 7: LED Command: ";
     Lines commands;
@@ -118,7 +117,7 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
         {"steady", {row("on", 5, ON), row("off", 4, OFF)}, {"on", "", "off"}, "5 5 1 1"},
         {"timed", {row("on", 3, ON, 0, 300)}, {"on"}, "3 3 3 - -"},
         {"rounded up to whole ticks", {row("on", 1, ON, 0, 101)}, {"on"}, "1 1 - -"},
-        {"of 1 and of 0 ticks where time and sum wrap in 32 bits",
+        {"1 and 0 ticks because time and sum wrap in 32 bits",
          {row("time", 1, ON, 0, 4294968), row("sum", 2, ON, 0, 4294868)},
          {"time", "sum"},
          "1 - -"},
@@ -127,7 +126,7 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
          {"on", "t"},
          "3 3 1 3 3 3"},
         {"static blink", {row("b", 2, BLINK)}, {"b"}, "- 2 - 2"},
-        {"blink takes steady's place and back",
+        {"blink replaces steady and steady replaces blink",
          {row("on", 1, ON), row("b", 1, BLINK)},
          {"on", "", "b", "", "on"},
          "1 1 - 1 1 1"},
@@ -138,18 +137,21 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
         {"flash", {row("f", 9, FLASH)}, {"", "f"}, "- 9 - -"},
         {"roll up", {row("r", 0xB, UP)}, {"r"}, "2 8 1 2 8 1"},
         {"roll down", {row("r", 0xB, DOWN)}, {"r"}, "8 2 1 8 2 1"},
-        {"roll over the ends", {row("r", 0x80000001, UP)}, {"r"}, "80000000 1 80000000"},
+        {"roll past the ends", {row("r", 0x80000001, UP)}, {"r"}, "80000000 1 80000000"},
         {"timed roll", {row("r", 6, DOWN, 0, 300)}, {"r"}, "4 2 4 - -"},
-        {"roll over nothing", {row("r", 0, UP), row("d", 0, DOWN, 0, 100)}, {"r", "d"}, "- - -"},
+        {"roll over an empty mask",
+         {row("r", 0, UP), row("d", 0, DOWN, 0, 100)},
+         {"r", "d"},
+         "- - -"},
         {"roll-stop by word and LEDs",
          {row("s", 1, ON), row("r", 3, UP), {"r", "end", 0, 3, STOP, 0, 0, false}},
          {"s", "r", "", "r end 0"},
          "1 2 1 1 1"},
-        {"roll-stop passes by a roll of another word",
+        {"roll-stop ignores a roll of another word",
          {row("q", 0xE, DOWN), row("r", 0xE, UP), {"r", "end", 0, 0xE, STOP, 0, 0, false}},
          {"q", "r", "r end"},
          "8 6 2 8"},
-        {"roll-stop passes by what is no roll and ends one roll at a time, the oldest",
+        {"roll-stop ignores other actions and ends one roll at a time, the oldest first",
          {row("r", 0xE, UP),
           {"r", "y", 0, 0xE, DOWN, 0, 0, false},
           {"r", "on", 0, 0xE, ON, 0, 300, false},
@@ -163,33 +165,36 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
           row("on", 1, ON, 2)},
          {"r", "r end", "r y", "on"},
          "2 - 8 5"},
-        {"a timed roll that another group's row has stopped",
+        {"a timed roll that a row of another group stopped",
          {row("r", 6, UP, 2, 900), {"r", "end", 0, 6, STOP, 0, 0, false}, row("on", 1, ON, 2)},
          {"r", "r end", "on"},
          "2 - 1"},
-        {"roll-stop with other LEDs frees those alone",
+        {"roll-stop with other LEDs frees only those",
          {row("r", 3, UP), {"r", "end", 0, 1, STOP, 0, 0, false}},
          {"r", "", "r end 0", ""},
          "2 1 2 1"},
-        {"a group's last row gives way",
+        {"a row ends its group's last row",
          {row("on", 1, ON, 2), row("b", 2, BLINK, 2)},
          {"on", "b", "", "on"},
          "1 2 - 1"},
-        {"also a timed one and a roll",
+        {"including a timed row and a roll",
          {row("s", 7, ON), row("t", 9, ON, 2, 900), row("r", 0x26, UP, 2), row("on", 0x10, ON, 2)},
          {"s", "t", "r", "", "on"},
          "7 F 3 5 17"},
-        {"with its own state alone",
+        {"and only what that row set",
          {row("s", 1, ON, 2), row("b", 1, BLINK), row("c", 2, BLINK, 2), row("on", 2, ON),
           row("d", 4, ON, 2)},
          {"s", "b", "c", "on", "d"},
          "1 1 - 3 6 7"},
-        {"sent again it starts anew", {row("t", 1, ON, 2, 200)}, {"t", "t", "", ""}, "1 1 1 -"},
-        {"not in group 0 or below",
+        {"a row that is sent again starts over",
+         {row("t", 1, ON, 2, 200)},
+         {"t", "t", "", ""},
+         "1 1 1 -"},
+        {"but not in group 0 or below",
          {row("a", 1, ON), row("b", 2, ON), row("c", 4, ON, -1), row("d", 8, ON, -1)},
          {"a", "b", "c", "d"},
          "1 3 7 F"},
-        {"off stops its group's last row and once only",
+        {"off ends its group's last row, and only once",
          {row("on", 1, ON, 2), row("off", 2, OFF, 2), row("s", 1, ON), row("b", 4, BLINK, 2),
           row("c", 4, BLINK), row("u", 8, ON, 2)},
          {"on", "off", "s", "b", "off", "c", "u", ""},
@@ -217,11 +222,11 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
           row("off", 5, OFF, 0, 0, true)},
          {"d"},
          "7 2"},
-        {"a default row that asks for the defaults",
+        {"a default row whose action is the defaults",
          {row("d", 0, DEFAULTS, 0, 0, true), row("s", 1, FLASH, 0, 0, true)},
          {"", "d"},
          "- 1 -"},
-        {"an unknown kind stops its group alone",
+        {"an unknown kind only ends its group's last row",
          {row("on", 1, ON, 2), row("?", 7, 8, 2), row("on2", 2, ON, 2)},
          {"on", "?", "on2"},
          "1 - 2"},
@@ -319,7 +324,7 @@ TEST(LedCtrl, LogsWhatItDoesWithACommand) {
                      "DB_FRAMEWORK 7: Skipping LED Update!"}));
 }
 
-TEST(LedCtrl, WritesEachLedsFileEveryTickButWhileItIsSuspended) {
+TEST(LedCtrl, WritesEachLedsFileInEveryTickUnlessSuspended) {
     const TempDir dir;
     for (const char* const name : {"old", "low", "both"})
         dir.write(name, "");
@@ -335,21 +340,21 @@ TEST(LedCtrl, WritesEachLedsFileEveryTickButWhileItIsSuspended) {
     Sequencer leds(rows, 0, files);
     leds.openFiles();
     EXPECT_EQ(log.take(), Lines{"DB_FRAMEWORK 3: unable to open file " + gone + " "});
-    fill(
-        pipe); // nobody reads it: its LED fails each tick, holds up nothing and keeps no other dark
+    fill(pipe); // nobody reads it: its LED fails in each tick without affecting the others
     leds.setupDefault();
     for (int tick = 0; tick < 6; ++tick) {
-        leds.m_suspended = tick == 1 || tick == 2; // the action does not go on meanwhile
+        leds.m_suspended = tick == 1 || tick == 2; // the action does not count down meanwhile
         leds.update();
     }
     leds.shutdown();
-    const int next = ::open(old.c_str(), O_RDWR | O_CLOEXEC); // takes the first file's number
+    const int next = ::open(old.c_str(), O_RDWR | O_CLOEXEC); // gets the first file's number
     leds.update();
     leds.shutdown();
     EXPECT_EQ(::close(next), 0) << "not the service's to close";
     EXPECT_EQ(dir.read("old"), "") << "nor to write to";
     EXPECT_EQ(dir.read("low"), "1110");
-    EXPECT_EQ(dir.read("both"), "1110") << "in the order of the masks, each from the file's start";
+    EXPECT_EQ(dir.read("both"), "1110")
+        << "in the order of the masks, each through its own descriptor";
     EXPECT_EQ(support::openDescriptors(), before);
 }
 
@@ -359,7 +364,7 @@ protected:
     void TearDown() override { ::unlink(PIPE); }
 };
 
-TEST_F(LedPipe, TakesWhateverIsWrittenAndGoesOn) {
+TEST_F(LedPipe, AcceptsAnyBytesAndContinues) {
     const std::vector<Row> rows = {{"a", "b", 1, 1, LedCtrl::ACTION_ON, 0, 0, false},
                                    {"c", "d", 2, 2, LedCtrl::ACTION_ON, 0, 0, false}};
     Sequencer leds(rows);
@@ -391,21 +396,21 @@ TEST_F(LedPipe, TakesWhateverIsWrittenAndGoesOn) {
             leds.readCmd();
             EXPECT_EQ(commandsIn(log.take()), lines);
         }
-        leds.readCmd(); // its writer has gone: neither data nor an end
+        leds.readCmd(); // the writer is gone: no data, but no end of file either
         EXPECT_EQ(log.take(), Lines{});
     }
     EXPECT_EQ(leds.nextOutput(), 3U);
     leds.shutdown();
-    const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC); // takes the pipe's number
+    const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC); // gets the pipe's number
     leds.shutdown();
     EXPECT_EQ(::close(next), 0) << "not the service's to close";
 }
 
-TEST_F(LedPipe, SaysWhatIsWrongWithItsPath) {
+TEST_F(LedPipe, LogsWhatIsWrongWithItsPath) {
     Sequencer leds({});
     LogRecorder log;
     ASSERT_EQ(::mkdir(PIPE, 0700), 0);
-    leds.setupFifo(); // a folder opens
+    leds.setupFifo(); // a folder can be opened
     leds.testFifo();
     leds.readCmd();
     ::rmdir(PIPE);
@@ -422,7 +427,7 @@ TEST_F(LedPipe, SaysWhatIsWrongWithItsPath) {
     leds.shutdown();
     ::unlink(PIPE);
 
-    // What stands in the pipe from before is not the test's text.
+    // Older bytes in the pipe are not the self-test's text.
     leds.setupFifo();
     writeToPipe("left");
     log.take();
@@ -446,27 +451,31 @@ TEST_F(LedPipe, RunsByItselfUntilItIsReleased) {
     writeToPipe("off x\n");
     while (dir.read("led").find('0') == std::string::npos)
         ::sched_yield();
+    EXPECT_TRUE(leds->stop().isSuccess());
+    dir.write("led", "");
+    EXPECT_TRUE(leds->start(String::EMPTY()).isSuccess());
+    while (sizeOf(path) < 1)
+        ::sched_yield();
     leds->release();
-    EXPECT_EQ(support::openDescriptors(), before + 1) << "the pipe's writer stays";
+    EXPECT_EQ(support::openDescriptors(), before + 2) << "each start leaves the pipe's writer";
 
     constexpr int ROUNDS = 300;
     for (int round = 0; round < ROUNDS; ++round)
         (new LedCtrl(commands, 2, &file, 1, LedCtrl::ACCESS_FILES,
                      static_cast<unsigned>(1 + round % 3), 0))
             ->release();
-    EXPECT_EQ(support::openDescriptors(), before + 1 + ROUNDS)
-        << "one a service, however short it ran";
+    EXPECT_EQ(support::openDescriptors(), before + 2 + ROUNDS)
+        << "one per service, however briefly it ran";
 }
 
-TEST_F(LedPipe, EndsItsThreadBeforeAnythingOfItIsDestroyed) {
+TEST_F(LedPipe, EndsItsThreadBeforeAnyMemberIsDestroyed) {
     struct Sink : support::LogRecorder {
         std::atomic<TYThread*> service{nullptr};
         std::atomic<int> owner{0};
         bool isWhole = false;
         void write(const String&, int, const String&) override {
             if (TYThread* const leds = service.exchange(nullptr)) {
-                support::waitUntilAsleep(
-                    owner); // in the destructor, which waits for this very call
+                support::waitUntilAsleep(owner); // in the destructor, which waits for this call
                 isWhole = dynamic_cast<LedCtrl*>(leds) != nullptr;
             }
         }
@@ -481,7 +490,7 @@ TEST_F(LedPipe, EndsItsThreadBeforeAnythingOfItIsDestroyed) {
     EXPECT_TRUE(sink.isWhole);
 }
 
-TEST_F(LedPipe, RefusesToShutDownOnItsOwnThreadAndATickOfNothing) {
+TEST_F(LedPipe, RejectsAShutdownOnItsOwnThreadAndATickOfZero) {
     struct Sink : support::LogRecorder {
         std::atomic<LedCtrl*> service{nullptr};
         void write(const String& category, int level, const String& text) override {
@@ -505,13 +514,13 @@ TEST_F(LedPipe, RefusesToShutDownOnItsOwnThreadAndATickOfNothing) {
                          "DB_FRAMEWORK 3: LED control can't be shut down on its own thread"),
               2);
 
-    for (const unsigned tick : {0U, 0x80000000U}) { // 1000 times the second is 0 in 32 bits
+    for (const unsigned tick : {0U, 0x80000000U}) { // 1000 * the second is 0 in 32 bits
         LedCtrl idle(nullptr, 0, nullptr, 0, LedCtrl::ACCESS_NONE, tick, 0);
         EXPECT_FALSE(idle.isAlive());
         EXPECT_EQ(sink.take(), Lines{"DB_FRAMEWORK 3: invalid LED tick period: " +
                                      std::to_string(tick) + " ms"});
         EXPECT_TRUE(idle.start(String::EMPTY()).isSuccess());
-        static_cast<void>(idle.join()); // it ends by itself: it would tick without a pause
+        static_cast<void>(idle.join()); // it ends by itself, as it would tick without a pause
     }
 }
 
