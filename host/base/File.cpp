@@ -84,6 +84,11 @@ off_t trySize(const FileDescriptor& file) {
     return ::lseek(file.number(), 0, SEEK_END);
 }
 
+mode_t permissionsOf(const FileDescriptor& file) {
+    struct stat status {};
+    return ::fstat(file.number(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
 bool isDevice(const std::string& path) {
     struct statfs system {};
     return kindOf(path) == FileKind::BLOCK_DEVICE ||
@@ -126,6 +131,10 @@ FileDescriptor createUnique(const std::string& start, std::string& name, const s
 
 ssize_t tryRead(const FileDescriptor& file, void* bytes, std::size_t size) {
     return repeatInterrupted([&] { return ::read(file.number(), bytes, size); });
+}
+
+ssize_t tryReadAt(const FileDescriptor& file, void* bytes, std::size_t size, off_t position) {
+    return repeatInterrupted([&] { return ::pread(file.number(), bytes, size, position); });
 }
 
 ssize_t tryWrite(const FileDescriptor& file, const void* bytes, std::size_t size) {

@@ -29,6 +29,9 @@ FileKind kindOf(const std::string& path);
 /// OTHER if the open file can't be examined; the reason is then in `errno`.
 FileKind kindOf(const FileDescriptor& file);
 
+/// The permission bits; 0 if the open file can't be examined.
+mode_t permissionsOf(const FileDescriptor& file);
+
 /// The size of a file or a block device, found by moving to its end; -1 on failure.
 off_t trySize(const FileDescriptor& file);
 
@@ -51,6 +54,8 @@ FileDescriptor createUnique(const std::string& start, std::string& name, const s
 
 /// One read of at most `size` bytes. Returns 0 at the end and -1 on failure.
 ssize_t tryRead(const FileDescriptor& file, void* bytes, std::size_t size);
+/// The same at a position in the file.
+ssize_t tryReadAt(const FileDescriptor& file, void* bytes, std::size_t size, off_t position);
 /// One write, which may be short. Returns -1 on failure.
 ssize_t tryWrite(const FileDescriptor& file, const void* bytes, std::size_t size);
 /// The same at a position in the file. Fails with ESPIPE on files without positions.

@@ -7,7 +7,6 @@ namespace board {
 namespace {
 
 constexpr int ERROR_LEVEL = 3;
-constexpr char COMMAND[] = "LED Command: ";
 
 int wantedLevel() {
     const char* const set = std::getenv("BOARD_LOG_LEVEL");
@@ -28,8 +27,6 @@ EventTap::~EventTap() {
 void EventTap::write(const String& category, int level, const String& text) {
     if (level <= ERROR_LEVEL)
         m_queue.push(event::Fault{text.c_str()});
-    else if (text.startsWith(COMMAND))
-        m_queue.push(event::LedCommand{text.c_str() + sizeof COMMAND - 1});
     else if (level <= m_level)
         m_queue.push(event::LogLine{
             String::format("%s %d: %s", category.c_str(), level, text.c_str()).c_str()});

@@ -6,8 +6,7 @@
 namespace board {
 
 /// While it lives, turns what the library logs and what it reports to the event monitor into
-/// events: errors into faults, LED command lines into LED commands, and other lines up to the level
-/// in BOARD_LOG_LEVEL into log lines.
+/// events: errors into faults, other lines up to the level in BOARD_LOG_LEVEL into log lines.
 class EventTap : private RTD::LogSink, private RTD::Monitor {
 public:
     /// `queue` must outlive the object.

@@ -1,26 +1,24 @@
 #include "button/ButtonBridge.h"
 
 #include <cerrno>
-#include <cstring>
-
-#include <sys/stat.h>
 
 #include "base/Error.h"
+#include "base/File.h"
 
 namespace board {
 
 namespace {
 
-const std::string& made(const std::string& pipe) {
-    if (::mkfifo(pipe.c_str(), 0600) != 0 && errno != EEXIST)
-        throw Error(pipe + ": can't make the pipe: " + std::strerror(errno));
+const std::string& createIfMissing(const std::string& pipe) {
+    if (!tryMakePipe(pipe, 0600) && errno != EEXIST)
+        failWith(pipe, "can't create the pipe", errno);
     return pipe;
 }
 
 } // namespace
 
 ButtonBridge::ButtonBridge(KeyEvents& key, const std::string& pipe)
-    : m_key(key), m_pipe(made(pipe), "button's pipe") {
+    : m_key(key), m_pipe(createIfMissing(pipe), "button's pipe") {
     if (!m_pipe.tryLock())
         throw Error(pipe + ": another program writes this button's messages");
 }

@@ -8,19 +8,19 @@
 
 namespace board {
 
-/// Carries presses of an input device's key into a button's pipe, as the messages that the button's
-/// monitor takes. None is lost or merged however late they are read: what the pipe has no room for
-/// waits in the kernel, and where there are too many for that, the last level still arrives.
+/// Carries presses of an input device's key into a button's pipe, as messages for the button's
+/// monitor. However late they are read, none is lost or merged: events wait in the kernel while the
+/// pipe is occupied. If the kernel has to drop some, the key's last state still arrives.
 class ButtonBridge {
 public:
-    /// `pipe` is the button's device in the profile; it is made where it is not there, for this
-    /// user alone. Throws Error where it is no pipe, can't be opened, or another program writes
-    /// this button's messages.
+    /// `pipe` is the button's device in the profile. If it is missing it is created, for this user
+    /// only. Throws Error if it can't be created or opened, if it is not a pipe, or if another
+    /// program writes this button's messages.
     ButtonBridge(KeyEvents& key, const std::string& pipe);
 
-    /// Moves what can be moved without waiting. True where messages are left that wait for the last
-    /// one to be read; else nothing is to do before the key's descriptor can be read. Throws Error
-    /// where the key or the pipe has failed.
+    /// Moves what can be moved without waiting. Returns true if messages are left, which must wait
+    /// until the last one has been read; otherwise there is nothing to do until the key's
+    /// descriptor becomes readable. Throws Error if the key or the pipe fails.
     bool carry();
 
 private:

@@ -2,32 +2,31 @@
 
 #include <string>
 
+#include "base/FileDescriptor.h"
+
 namespace board {
 
-/// A button's named pipe from the side that writes it. It is held open for both, so that a message
-/// stays in it until it is read.
+/// A button's named pipe, from the writing side. It is open for reading too, so that a message
+/// stays in it until the monitor reads it.
 ///
-/// Who watches a button takes one message with each opening of the pipe: the next one may be
-/// written only when the pipe is empty, or the two would be read as one.
+/// The monitor opens the pipe again for each message and reads everything in it. A message may
+/// therefore be written only while the pipe is empty; otherwise two would be read as one.
 class ButtonPipe {
 public:
-    /// Throws Error, with `what` the pipe is not, where it is no pipe or can't be opened.
+    /// Throws Error if `path` can't be opened or is not a pipe; `what` names what it should be.
     ButtonPipe(const std::string& path, const char* what);
-    ~ButtonPipe();
-    ButtonPipe(const ButtonPipe&) = delete;
-    ButtonPipe& operator=(const ButtonPipe&) = delete;
 
     const std::string& path() const { return m_path; }
 
     /// Whether the last message has been read.
     bool isEmpty() const;
 
-    /// One message. Throws Error where it can't be written.
+    /// Write one message. Throw Error if that fails.
     void writePressed() const { write("pressed\n"); }
     void writeReleased() const { write("released\n"); }
 
-    /// One finger at a time: `lock` waits until others have unlocked, `tryLock` is false where one
-    /// has to. Throw Error where they can't.
+    /// Let one program press at a time. `lock` waits until others have unlocked; `tryLock` returns
+    /// false if another program holds the lock. Throw Error if they fail.
     void lock() const;
     bool tryLock() const;
     void unlock() const;
@@ -37,7 +36,7 @@ private:
     bool setLock(int how, short type) const;
 
     const std::string m_path;
-    int m_pipe;
+    const FileDescriptor m_pipe;
 };
 
 } // namespace board

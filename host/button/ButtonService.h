@@ -5,28 +5,27 @@
 
 #include "ServiceButton.h"
 #include "base/Events.h"
-#include "profile/DeviceLocator.h"
+#include "base/FileDescriptor.h"
 #include "profile/NamedPath.h"
 
 namespace board {
 
-/// The service button of a hosted board: presses and releases come as events.
+/// The service button of a hosted board. Presses and releases become events.
 class ButtonService final : private ServiceButton::Observer {
 public:
-    /// Starts watching. Throws Error, with the place that names the device, where it is neither a
-    /// pipe nor a character device (a read that does not wait would keep the processor busy), where
-    /// it can't be read, and where another program watches a pipe: each message reaches one of the
-    /// two only.
+    /// Starts watching. Throws Error if `device` can't be read, if it is neither a pipe nor a
+    /// character device (a file whose reads don't wait would keep the processor busy), or if
+    /// another program watches the pipe, as each message reaches only one of the two.
     ButtonService(const NamedPath& device, EventQueue& events);
     ~ButtonService();
     ButtonService(const ButtonService&) = delete;
     ButtonService& operator=(const ButtonService&) = delete;
 
-    /// False once an error of the device has ended it; the error and that came as events.
+    /// False after a device error has ended it. The error and the end are events.
     bool isWatching() const { return m_button.isWatching(); }
 
 private:
-    /// Tells when the device has failed.
+    /// Reports when the device has failed.
     class Watch final : public ServiceButton {
     public:
         Watch(const String& path, Observer* observer, EventQueue& events)
@@ -44,25 +43,12 @@ private:
         std::atomic<bool> m_hasFailed{false};
     };
 
-    /// Keeps a pipe open for both while the button's own descriptor comes and goes with each
-    /// message, so that what is written in between is not lost, and locked.
-    class Hold {
-    public:
-        explicit Hold(const std::string& path);
-        ~Hold();
-        Hold(const Hold&) = delete;
-        Hold& operator=(const Hold&) = delete;
-
-    private:
-        int m_pipe = -1;
-    };
-
     void onButtonPressed(const TYTime& pressTime) override;
     void onButtonReleased(const TYTime& heldFor) override;
 
     EventQueue& m_events;
-    bool m_isPressed = false; ///< the button's thread alone looks at it
-    const Hold m_hold;
+    bool m_isPressed = false;     ///< only the button's thread uses it
+    const FileDescriptor m_claim; ///< open and locked if the button is a pipe
     Watch m_button;
 };
 

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include <fcntl.h>
@@ -11,12 +10,14 @@
 #include <unistd.h>
 
 #include "base/Error.h"
+#include "base/File.h"
+#include "base/Text.h"
 
 namespace board {
 
 namespace {
 
-/// A bit for each code of a key.
+/// A set of key codes, one bit each.
 class KeySet {
 public:
     bool has(unsigned code) const {
@@ -27,11 +28,12 @@ public:
     static KeySet of(const std::string& device, int file) {
         KeySet keys;
         if (::ioctl(file, EVIOCGBIT(EV_KEY, sizeof m_bits), keys.m_bits.data()) < 0)
-            throw Error(device + ": is no input device (expected one such as /dev/input/event0)");
+            throw Error(device +
+                        ": is not an input device (expected one such as /dev/input/event0)");
         return keys;
     }
 
-    /// Those that are down; none where the device can't tell any more.
+    /// The keys that are down; empty if the device can't report them any more.
     static KeySet downOf(int file) {
         KeySet keys;
         if (::ioctl(file, EVIOCGKEY(sizeof m_bits), keys.m_bits.data()) < 0)
@@ -58,14 +60,14 @@ unsigned codeOf(const std::string& device, int file, std::optional<unsigned> wan
     const std::vector<unsigned> codes = keys.codes();
     if (wanted ? keys.has(*wanted) : codes.size() == 1)
         return wanted.value_or(codes.front());
-    std::string list;
-    for (const unsigned code : codes)
-        list += (list.empty() ? "" : ", ") + std::to_string(code);
     if (codes.empty())
         throw Error(device + ": has no keys");
+    std::vector<std::string> list;
+    for (const unsigned code : codes)
+        list.push_back(std::to_string(code));
     throw Error(device + ": has " +
                 (wanted ? "no key " + std::to_string(*wanted) : "several keys") +
-                " (expected one of the codes " + list + ")");
+                " (expected one of the codes " + join(list) + ")");
 }
 
 } // namespace
@@ -81,18 +83,17 @@ std::vector<bool> KeyEvents::read() {
     if (got < 0 && (errno == EAGAIN || errno == EINTR))
         return {};
     if (got < 0)
-        throw Error(m_name + ": can't read" + (errno == ENODEV ? ", the device is gone: " : ": ") +
-                    std::strerror(errno));
+        failWith(m_name, errno == ENODEV ? "can't read, the device is gone" : "can't read", errno);
     const auto count = static_cast<std::size_t>(got) / sizeof(input_event);
     if (count == 0)
-        throw Error(m_name + ": gives no events any more");
+        throw Error(m_name + ": delivers no more events");
 
     std::vector<bool> levels;
     const auto reach = [&](bool isDown) {
         if (std::exchange(m_isDown, isDown) != isDown)
             levels.push_back(isDown);
     };
-    // The answer is newer than all that was read, and took what waited of the key with it.
+    // The device's answer is newer than everything in this read, so later events of it are ignored.
     bool isAsked = false;
     for (std::size_t i = 0; i < count; ++i) {
         const input_event& event = events[i];
@@ -103,24 +104,15 @@ std::vector<bool> KeyEvents::read() {
             if (!std::exchange(isAsked, true))
                 reach(m_isDownNow());
         } else if (!m_isLost && !isAsked && event.type == EV_KEY && event.code == m_code)
-            reach(event.value != 0); // 2 is the repeat of a key that is down
+            reach(event.value != 0); // 2 repeats a key that is held down
     }
     return levels;
 }
 
-InputKey::File::File(const std::string& path)
-    : number(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
-    if (number < 0)
-        throw Error(path + ": can't open: " + std::strerror(errno));
-}
-
-InputKey::File::~File() {
-    ::close(number);
-}
-
 InputKey::InputKey(const std::string& device, std::optional<unsigned> code)
-    : m_file(device), m_code(codeOf(device, m_file.number, code)),
-      m_events(device, m_file.number, m_code,
-               [this] { return KeySet::downOf(m_file.number).has(m_code); }) {}
+    : m_file(openFile(device, O_RDONLY | O_NONBLOCK | O_NOCTTY)),
+      m_code(codeOf(device, m_file.number(), code)),
+      m_events(device, m_file.number(), m_code,
+               [this] { return KeySet::downOf(m_file.number()).has(m_code); }) {}
 
 } // namespace board

@@ -5,18 +5,20 @@
 #include <string>
 #include <vector>
 
+#include "base/FileDescriptor.h"
+
 namespace board {
 
-/// Reads a descriptor's input events, records as the kernel has them, for what becomes of one key.
+/// Follows one key in the kernel's input events that a descriptor delivers.
 class KeyEvents {
 public:
-    /// `descriptor` is not owned; `isDownNow` asks the device itself for the key, at first and
-    /// where the kernel had to drop events; its answer stands for all events up to then. `name` is
-    /// for messages.
+    /// `descriptor` is not owned. `isDownNow` asks the device for the key's current state; it is
+    /// called once here and again whenever the kernel has dropped events. Its answer then replaces
+    /// all events up to that point. `name` is for messages.
     KeyEvents(std::string name, int descriptor, unsigned code, std::function<bool()> isDownNow);
 
-    /// The levels that the key took since the last call, in order; true is down. Reads once, and
-    /// waits only where the descriptor does. Throws Error where it can't be read any more.
+    /// The key's changes since the last call, in order; true is down. Reads once, and waits only if
+    /// the descriptor does. Throws Error if it can't be read any more.
     std::vector<bool> read();
 
 private:
@@ -25,34 +27,26 @@ private:
     const unsigned m_code;
     const std::function<bool()> m_isDownNow;
     bool m_isDown;
-    bool m_isLost = false; ///< events were dropped, and the report that they were part of goes on
+    bool m_isLost = false; ///< events were dropped, and their report has not ended yet
 };
 
-/// One key of an input device, as a push-button behind the kernel's driver for keys on lines is.
+/// One key of an input device, such as a push-button behind the kernel's GPIO key driver.
 class InputKey {
 public:
-    /// Opens `device`, such as /dev/input/event0. Without `code` it must have one key only. Throws
-    /// Error where it is no input device, can't be opened, or has not got the key; then with the
-    /// codes that it has.
+    /// Opens `device`, such as /dev/input/event0. Without `code` the device must have exactly one
+    /// key. Throws Error if it can't be opened, is not an input device or does not have the key;
+    /// the message then lists the codes that it has.
     InputKey(const std::string& device, std::optional<unsigned> code);
 
-    /// The key's code, as in the kernel's list of input event codes.
+    /// The key's code in the kernel's list of input event codes.
     unsigned code() const { return m_code; }
-    /// Can be read where there are events, and where the device is gone.
-    int descriptor() const { return m_file.number; }
-    /// Reading them does not wait. They live as long as this object.
+    /// Readable if there are events or if the device is gone.
+    int descriptor() const { return m_file.number(); }
+    /// Reading these does not wait. They live as long as this object.
     KeyEvents& events() { return m_events; }
 
 private:
-    struct File {
-        explicit File(const std::string& path);
-        ~File();
-        File(const File&) = delete;
-        File& operator=(const File&) = delete;
-        const int number;
-    };
-
-    const File m_file;
+    const FileDescriptor m_file;
     const unsigned m_code;
     KeyEvents m_events;
 };

@@ -35,10 +35,10 @@ public:
         if (m_profile.tickMs * 1000U == 0)
             note(m_profile.place + ".tick_ms",
                  std::to_string(m_profile.tickMs) +
-                     " comes to no tick at all: the service stays idle");
+                     " is not a tick that the service can use: it stays idle");
         if (m_profile.access != LedCtrl::ACCESS_FILES && m_profile.access != LedCtrl::ACCESS_NONE)
             note(m_profile.place + ".access",
-                 std::to_string(m_profile.access) + " is no way of access: nothing is shown");
+                 std::to_string(m_profile.access) + " is not an access method: nothing is shown");
         for (const LedSequencerProfile::File& file : m_profile.files)
             checkFile(file);
         for (const Row& row : m_profile.commands)
@@ -69,27 +69,26 @@ private:
         checkTime(row);
         if (row.action < LedCtrl::ACTION_ON || row.action > LedCtrl::ACTION_DEFAULTS)
             note(row.place + ".action",
-                 std::to_string(row.action) + " is no action: the row does nothing");
+                 std::to_string(row.action) + " is not an action: the row does nothing");
         if (isRoll(row) && row.mask != 0 && row.timeMs == 0 && row.group <= 0)
-            note(row.place, "each line starts one more roll that only a roll-stop ends: what a "
-                            "tick costs grows "
-                            "(expected a group above 0 or a time)");
+            note(row.place, "each line starts one more roll, which only a roll-stop ends, so ticks "
+                            "take longer and longer (expected a group above 0 or a time)");
         if (row.action == LedCtrl::ACTION_DEFAULTS && row.isDefault)
-            note(row.place, "a default row that asks for the defaults would run them without end; "
-                            "it is left out");
-        const auto isItsRoll = [&](const Row& other) {
+            note(row.place, "a default row with this action would run the defaults without end; it "
+                            "is skipped");
+        const auto isRollOfRow = [&](const Row& other) {
             return isRoll(other) && other.word1 == row.word1 && other.mask == row.mask;
         };
         const auto& rows = m_profile.commands;
         if (row.action == LedCtrl::ACTION_ROLL_STOP &&
-            std::none_of(rows.begin(), rows.end(), isItsRoll))
+            std::none_of(rows.begin(), rows.end(), isRollOfRow))
             note(row.place, "stops no roll (expected one with the first word '" + row.word1 +
                                 "' and mask " + hex(row.mask) + ")");
     }
 
     void checkWords(const Row& row) {
         try {
-            // A line may end before its second word, and may hold no word at all.
+            // A line may end before its second word or have no word at all.
             const bool isShort = row.word2.empty() && row.number == 0;
             if (!isShort)
                 static_cast<void>(ledLine(row.word1, row.word2, row.number));
@@ -115,7 +114,7 @@ private:
     }
 
     void checkTime(const Row& row) {
-        // Rounded up to ticks in 32 bits of microseconds.
+        // The sequencer rounds up to whole ticks in 32 bits of microseconds.
         const auto longest =
             static_cast<std::int32_t>((UINT32_MAX - m_profile.tickMs * 1000U) / 1000);
         if (row.timeMs < 0)

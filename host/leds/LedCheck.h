@@ -7,9 +7,8 @@
 
 namespace board {
 
-/// Mistakes in a board's LED tables, in the profile's order; each is a line "FILE:LINE: KEY: what
-/// is wrong". The sequencer takes such tables all the same: they do something else than was meant,
-/// or nothing.
+/// The mistakes in a board's LED tables, in the profile's order. Each is a line "FILE:LINE: KEY:
+/// what is wrong". The sequencer accepts such tables, but they do nothing or not what was intended.
 std::vector<std::string> checkLeds(const LedSequencerProfile& profile);
 
 } // namespace board

@@ -28,12 +28,11 @@ std::string padded(std::string text, std::size_t width) {
     return text;
 }
 
-// --- text
-// ---------------------------------------------------------------------------------------------------
+// --- text ---
 
 constexpr unsigned TICKS_A_PIECE = 60;
 
-/// A ruler with a figure every ten ticks.
+/// A ruler with a number every ten ticks.
 std::string ruler(unsigned begin, unsigned end, std::uint64_t unit) {
     std::string line;
     for (unsigned tick = begin; tick < end; tick += 10)
@@ -65,20 +64,19 @@ std::string piece(const LedWaves& waves, unsigned begin, unsigned end) {
     return text + list;
 }
 
-// --- picture
-// ------------------------------------------------------------------------------------------------
+// --- picture ---
 
-// As wide as a page of A4 the letters are still of seven points; in black and white the LEDs are
-// the darkest.
+// Printed across an A4 page, the letters still have seven points. In black and white the LEDs are
+// the darkest part.
 constexpr double ROW = 30;
-constexpr double LAMP = 18; ///< height of a lit span
+constexpr double LAMP = 18; ///< height of the block of a lit LED
 constexpr double LANE = 18; ///< height of a row of flags
 constexpr double LETTER = 7.3;
 constexpr double MARGIN = 14;
 constexpr double MIN_PLOT = 320, MAX_PLOT = 660;
-constexpr double FIGURE = 44;  ///< the least distance of two figures on the axis
-constexpr double MIN_TICK = 4; ///< the least distance of two ticks that are marked
-constexpr double BELOW = 46;   ///< height of the axis with its figures and unit
+constexpr double FIGURE = 44;  ///< least distance between two numbers on the axis
+constexpr double MIN_TICK = 4; ///< least distance between two tick marks
+constexpr double BELOW = 46;   ///< height of the axis with its numbers and unit
 constexpr double MS_A_SECOND = 1000;
 
 constexpr char LIT[] = "#0b5a34", PALE[] = "#f3f5f7", GRID[] = "#cfd5db", AXIS[] = "#5b6570",
@@ -125,7 +123,7 @@ public:
     }
 
     std::string draw() {
-        double width = m_left + m_plot + 2 * MARGIN; // half a figure of the axis
+        double width = m_left + m_plot + 2 * MARGIN; // room for half a number of the axis
         for (const Flag& flag : m_flags)
             width = std::max(width, flag.end + MARGIN);
         const std::string w = number(width), h = number(m_bottom + BELOW);
@@ -133,7 +131,7 @@ public:
                 "\" viewBox=\"0 0 " + w + " " + h +
                 "\" font-family=\"monospace\" font-size=\"12\">\n";
         rectangle(0, 0, width, m_bottom + BELOW, "#ffffff");
-        for (std::size_t i = 0; i < m_waves.leds.size(); i += 2) // so that the eye keeps to a row
+        for (std::size_t i = 0; i < m_waves.leds.size(); i += 2) // helps the eye to follow a row
             rectangle(MARGIN / 2, rowAt(i), m_left + m_plot - MARGIN / 2, ROW, PALE);
         drawAxis();
         for (const Flag& flag : m_flags)
@@ -153,7 +151,7 @@ private:
     double at(double tick) const { return m_left + m_plot * tick / m_waves.ticks; }
     double rowAt(std::size_t led) const { return m_top + ROW * static_cast<double>(led); }
 
-    /// A flag hangs below those that reach over its pole, which so crosses none of them.
+    /// Places each flag below those that reach across its pole, so that no pole crosses a flag.
     void placeFlags() {
         for (const LedLine& line : m_waves.lines) {
             if (line.tick >= m_waves.ticks)
@@ -169,23 +167,23 @@ private:
         }
     }
 
-    void line(double x1, double y1, double x2, double y2, const char* colour,
+    void line(double x1, double y1, double x2, double y2, const char* color,
               const char* more = "") {
         m_svg += "<line x1=\"" + number(x1) + "\" y1=\"" + number(y1) + "\" x2=\"" + number(x2) +
-                 "\" y2=\"" + number(y2) + "\" stroke=\"" + colour + "\"" + more + "/>\n";
+                 "\" y2=\"" + number(y2) + "\" stroke=\"" + color + "\"" + more + "/>\n";
     }
 
-    void rectangle(double x, double y, double width, double height, const char* colour) {
+    void rectangle(double x, double y, double width, double height, const char* color) {
         m_svg += "<rect x=\"" + number(x) + "\" y=\"" + number(y) + "\" width=\"" + number(width) +
-                 "\" height=\"" + number(height) + "\" fill=\"" + colour + "\"/>\n";
+                 "\" height=\"" + number(height) + "\" fill=\"" + color + "\"/>\n";
     }
 
-    void text(double x, double y, const std::string& what, const char* anchor, const char* colour) {
+    void text(double x, double y, const std::string& what, const char* anchor, const char* color) {
         m_svg += "<text x=\"" + number(x) + "\" y=\"" + number(y) + "\" text-anchor=\"" + anchor +
-                 "\" fill=\"" + colour + "\">" + escaped(what) + "</text>\n";
+                 "\" fill=\"" + color + "\">" + escaped(what) + "</text>\n";
     }
 
-    /// Time in seconds from the left; a short mark for each tick where there is room.
+    /// Time in seconds, with a short mark for each tick if there is room.
     void drawAxis() {
         const double whole = static_cast<double>(m_waves.ticks) * m_waves.tickMs;
         const double step =
@@ -203,7 +201,7 @@ private:
              "seconds, a tick is " + number(m_waves.tickMs / MS_A_SECOND) + " s", "middle", AXIS);
     }
 
-    /// A line where the LED is dark, a block on it where it is lit.
+    /// A line, with a block on it wherever the LED is lit.
     void drawLed(const LedWave& led, double y) {
         const double ground = y + (ROW + LAMP) / 2;
         text(m_left - MARGIN / 2, ground - 5, led.name, "end", NAME);

@@ -6,12 +6,12 @@
 
 namespace board {
 
-/// Waves as rows of marks below a ruler of ticks and milliseconds, cut into pieces that fit on a
-/// terminal.
+/// The waves as text: one row of marks per LED below a ruler in ticks and milliseconds, in sections
+/// that fit on a terminal.
 std::string ledsToText(const LedWaves& waves);
 
-/// Waves as a timing diagram, a picture in the SVG format: a row for each LED, time to the right,
-/// the commands as flags.
+/// The waves as a timing diagram in SVG: one row per LED, time from left to right, commands as
+/// flags.
 std::string ledsToSvg(const LedWaves& waves);
 
 } // namespace board

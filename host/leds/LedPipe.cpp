@@ -2,17 +2,15 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <stdexcept>
-#include <utility>
+#include <vector>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "base/Error.h"
+#include "base/File.h"
+#include "base/Text.h"
 
 namespace board {
 
@@ -23,29 +21,13 @@ namespace {
 }
 
 [[noreturn]] void failWithReason(const std::string& what) {
-    fail(what + ": " + std::strerror(errno));
+    failWith(LED_PIPE, what, errno);
 }
 
-/// A descriptor that is closed with the object.
-class Descriptor {
-public:
-    explicit Descriptor(int flags) : m_number(::open(LED_PIPE, flags | O_NONBLOCK | O_CLOEXEC)) {}
-    ~Descriptor() {
-        if (m_number >= 0)
-            ::close(m_number);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int number() const { return m_number; }
-    int release() { return std::exchange(m_number, -1); }
-    bool isPipe() const {
-        struct stat status {};
-        return ::fstat(m_number, &status) == 0 && S_ISFIFO(status.st_mode);
-    }
-
-private:
-    int m_number;
-};
+/// None of these waits: the pipe's other end may be missing.
+FileDescriptor tryOpenPipe(int flags) {
+    return tryOpen(LED_PIPE, flags | O_NONBLOCK);
+}
 
 void checkWord(const std::string& word) {
     if (word.empty())
@@ -59,10 +41,16 @@ void checkWord(const std::string& word) {
             "' can't be sent (expected one without blanks and control characters)");
 }
 
-std::string writersOf(const struct stat& status) {
-    if ((status.st_mode & S_IWOTH) != 0)
+std::string writersOf(const FileDescriptor& pipe) {
+    const mode_t permissions = permissionsOf(pipe);
+    if ((permissions & S_IWOTH) != 0)
         return "everybody";
-    return (status.st_mode & S_IWGRP) != 0 ? "its owner and group" : "its owner alone";
+    return (permissions & S_IWGRP) != 0 ? "its owner and group" : "its owner alone";
+}
+
+/// False if the kernel has no such setting.
+bool isSwitchedOff(const std::string& setting) {
+    return tryReadLine("/proc/sys/fs/" + setting) == "0";
 }
 
 } // namespace
@@ -80,60 +68,52 @@ std::string ledLine(const std::string& word1, const std::string& word2,
 }
 
 void sendLedLine(const std::string& line) {
-    const Descriptor pipe(O_WRONLY);
-    if (pipe.number() < 0) {
+    const FileDescriptor pipe = tryOpenPipe(O_WRONLY);
+    if (!pipe.isOpen()) {
         if (errno == ENOENT)
             fail("there is no such pipe: no LED service has run here (`boardctl run` starts one)");
         if (errno == ENXIO)
-            fail("nobody reads the pipe: no LED service runs (`boardctl run` starts one)");
+            fail("nobody reads the pipe: no LED service is running (`boardctl run` starts one)");
         failWithReason("can't open the pipe");
     }
-    if (!pipe.isPipe())
-        fail("is no pipe");
+    if (kindOf(pipe) != FileKind::PIPE)
+        fail("is not a pipe");
     const std::string bytes = line + "\n";
-    const ssize_t written = ::write(pipe.number(), bytes.data(), bytes.size());
+    const ssize_t written = tryWrite(pipe, bytes.data(), bytes.size());
     if (written < 0 && errno == EAGAIN)
-        fail("the pipe is full: its reader does not keep up");
-    if (written != static_cast<ssize_t>(bytes.size())) // so few bytes go at once or not at all
+        fail("the pipe is full: its reader can't keep up");
+    if (written != static_cast<ssize_t>(bytes.size())) // so few bytes are written all or none
         failWithReason("can't write to the pipe");
 }
 
 LedPipeClaim::LedPipeClaim() {
-    // As the sequencer makes it, and before it, so that there is something to lock.
-    if (::mknod(LED_PIPE, S_IFIFO | 0666, 0) != 0 && errno != EEXIST)
-        failWithReason("can't make the pipe");
+    // Created here as the sequencer would create it, so that there is something to lock.
+    if (!tryMakePipe(LED_PIPE, modeOfNewFile()) && errno != EEXIST)
+        failWithReason("can't create the pipe");
     {
-        const Descriptor writer(O_WRONLY);
-        if (writer.number() >= 0 && writer.isPipe())
+        const FileDescriptor writer = tryOpenPipe(O_WRONLY);
+        if (writer.isOpen() && kindOf(writer) == FileKind::PIPE)
             fail("the pipe is in use: another LED service reads it");
     }
-    Descriptor reader(O_RDONLY);
-    if (reader.number() < 0)
+    m_reader = tryOpenPipe(O_RDONLY);
+    if (!m_reader.isOpen())
         failWithReason("can't open the pipe");
-    struct stat status {};
-    if (::fstat(reader.number(), &status) != 0 || !S_ISFIFO(status.st_mode))
-        fail("is no pipe (expected one, or nothing)");
-    if (::flock(reader.number(), LOCK_EX | LOCK_NB) != 0)
+    if (kindOf(m_reader) != FileKind::PIPE)
+        fail("is not a pipe (expected a pipe or no file)");
+    if (!tryLock(m_reader))
         fail("the pipe is in use: another LED service reads it");
-    m_writers = writersOf(status);
-    m_descriptor = reader.release();
-}
-
-LedPipeClaim::~LedPipeClaim() {
-    ::close(m_descriptor);
+    m_writers = writersOf(m_reader);
 }
 
 std::string ledPipeRisk() {
-    std::string unprotected;
-    for (const std::string name : {"protected_symlinks", "protected_fifos"}) {
-        int value = 0;
-        std::ifstream file("/proc/sys/fs/" + name);
-        if (file >> value && value == 0)
-            unprotected += (unprotected.empty() ? "" : ", ") + ("fs." + name);
-    }
-    return unprotected.empty() ? unprotected
-                               : "another user could put a link or a pipe in the place of " +
-                                     std::string(LED_PIPE) + " (expected 1 in " + unprotected + ")";
+    std::vector<std::string> unprotected;
+    for (const std::string setting : {"protected_symlinks", "protected_fifos"})
+        if (isSwitchedOff(setting))
+            unprotected.push_back("fs." + setting);
+    if (unprotected.empty())
+        return "";
+    return "another user could put a link or a pipe in the place of " + std::string(LED_PIPE) +
+           " (expected 1 in " + join(unprotected) + ")";
 }
 
 } // namespace board

@@ -8,27 +8,27 @@
 #include "TYRunnable.h"
 #include "TYThread.h"
 #include "base/Events.h"
+#include "base/FileDescriptor.h"
 #include "leds/LedTable.h"
 
 namespace board {
 
-/// What the LEDs of a board show, found out from their files, on a thread of its own.
+/// What the LEDs of a board show, determined from their files on a thread of its own.
 ///
-/// A LED's file of the system is read. A pipe, as a simulated board has them, is drained, so that
-/// whoever writes to it never finds it full; the state goes into a file of the same name with
-/// ".state" behind it, where there is one, so that other programs see it too. An ordinary file
-/// shows what was written last.
+/// The kernel's LED files are read. In ordinary files the last byte written is the state. Pipes,
+/// which a simulated board uses, are drained so that they never fill up; if a file with the pipe's
+/// name and ".state" exists, the state is copied into it for other programs.
 class LedStates : private TYRunnable {
 public:
-    /// `tellsChanges`: each change goes to `events`; without it files are left alone and only pipes
-    /// drained. Throws Error where no thread can be had.
+    /// With `tellsChanges`, each change becomes an event. Without it, only pipes are read. Throws
+    /// Error if a thread can't be created.
     LedStates(const std::vector<Led>& leds, std::uint32_t tickMs, bool tellsChanges,
               EventQueue& events);
     ~LedStates() override;
 
     struct State {
         std::string name;
-        std::optional<bool> isLit; ///< nothing where it is not known
+        std::optional<bool> isLit; ///< nothing if it is not known
     };
     /// In the order of the LEDs. Any thread.
     std::vector<State> states() const;
@@ -36,8 +36,8 @@ public:
 private:
     struct Source {
         std::string path;
-        int pipe = -1;      ///< its reading end; -1 for other files
-        int stateFile = -1; ///< for other programs; -1 where there is none
+        FileDescriptor pipe;      ///< not open for other kinds of files
+        FileDescriptor stateFile; ///< not open if there is none
     };
 
     LedStates(std::uint32_t tickMs, bool tellsChanges, EventQueue& events);
@@ -54,7 +54,7 @@ private:
     std::vector<Source> m_sources;
     mutable std::mutex m_mutex; // guards the states
     std::vector<State> m_states;
-    const int m_end; // readable when the thread shall end
+    const FileDescriptor m_end; // becomes readable when the thread must end
     TYThread m_thread;
 };
 

@@ -11,7 +11,7 @@ std::string ledNameOf(const std::string& path) {
     const std::filesystem::path file(path);
     if (file.filename() == "brightness" && file.has_parent_path())
         return file.parent_path().filename().string();
-    constexpr char CLASS[] = "led:"; // a LED that has not been looked for
+    constexpr char CLASS[] = "led:"; // a name that has not been resolved to a path
     return path.rfind(CLASS, 0) == 0 ? path.substr(sizeof CLASS - 1) : file.filename().string();
 }
 
@@ -34,7 +34,7 @@ LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& loca
     }
     for (auto& [mask, led] : leds)
         m_leds.push_back(std::move(led));
-    for (const Led& led : m_leds) // what stands here stays where it is
+    for (const Led& led : m_leds) // not moved any more: the rows point to its paths
         if (!led.path.empty())
             m_files.push_back({static_cast<std::int32_t>(led.mask), led.path.c_str()});
 }

@@ -9,18 +9,18 @@
 
 namespace board {
 
-/// A LED of the board as its sequencer knows it.
+/// An LED of the board as the sequencer drives it.
 struct Led {
     std::uint32_t mask;
-    std::string name; ///< for people, from its file
-    std::string path; ///< empty where its file was not found
+    std::string name; ///< for people, taken from its file's path
+    std::string path; ///< empty if its file was not found
 };
 
-/// The tables of a profile as the LED sequencer takes them. They point into the profile and into
-/// this object, which both must outlive the sequencer.
+/// A profile's tables in the form that the LED sequencer needs. They point into the profile and
+/// into this object; both must outlive the sequencer.
 class LedTable {
 public:
-    /// Finds the files' paths; a file that is not found is left out.
+    /// Looks up the paths of the files. A file that is not found is left out.
     explicit LedTable(const LedSequencerProfile& profile,
                       const DeviceLocator& locator = DeviceLocator());
     LedTable(const LedTable&) = delete;
@@ -29,8 +29,8 @@ public:
     const std::vector<LedCtrl::CmdDef>& commands() const { return m_commands; }
     const std::vector<LedCtrl::FileNameMap>& files() const { return m_files; }
 
-    /// The LEDs that are shown, in ascending order of their masks: of several files with one mask
-    /// the last.
+    /// The LEDs in ascending order of their masks. If several files have the same mask, the last
+    /// one counts.
     const std::vector<Led>& leds() const { return m_leds; }
 
     /// Which files were not found and why, each with its place in the profile.
@@ -43,7 +43,7 @@ private:
     std::vector<std::string> m_faults;
 };
 
-/// What people call a LED: the name of its file, or of the folder where the file is a "brightness".
+/// An LED's name for people: its file's name, or its folder's name if the file is "brightness".
 std::string ledNameOf(const std::string& path);
 
 } // namespace board

@@ -152,7 +152,7 @@ TEST_F(HostedBoard, GoesOnWithoutAButtonThatDisappears) {
     ::unlink(m_dir.path("sim/dev/button").c_str());
     ASSERT_EQ(::write(button, "pressed", 7),
               7); // the last message, for a watcher that has the pipe open again already
-    ASSERT_TRUE(run.waitForOutput("is not watched any more"));
+    ASSERT_TRUE(run.waitForOutput("is no longer watched"));
     ::close(button);
     EXPECT_EQ(boardctl({"leds", "send", "line", "call"}).status, 0);
     ASSERT_TRUE(run.waitForOutput("\"line call\""));
@@ -181,7 +181,8 @@ TEST_F(HostedBoard, RefusesAButtonThatWouldSpinAndLedsThatAreNotThere) {
     const Outcome run = boardctl({"--board", m_dir.path("board.toml"), "run", "--for", "0"});
     EXPECT_EQ(run.status, 0);
     for (const char* const text :
-         {"board.toml:2: button.device: ", "is no button (expected a pipe or a character device)",
+         {"board.toml:2: button.device: ",
+          "is not a button (expected a pipe or a character device)",
           "board.toml:6: leds.file[0].path: led:none at all: there is no LED",
           "firmware: ", "is not a file (expected text lines)",
           "boardctl: preferences: ", "is not a file (expected lines 'key = value')"})
@@ -191,18 +192,18 @@ TEST_F(HostedBoard, RefusesAButtonThatWouldSpinAndLedsThatAreNotThere) {
     EXPECT_TRUE(has(firmware.err, "board.toml:11: firmware.info: ")) << firmware.err;
     EXPECT_TRUE(has(firmware.err, "is not a file")) << firmware.err;
 
-    // A device that is at its end at once.
+    // A device whose reads return nothing at once.
     m_dir.write("board.toml", "[button]\ndevice = '/dev/null'\n");
     const Outcome watch = boardctl({"--board", m_dir.path("board.toml"), "button", "watch"});
     EXPECT_EQ(watch.status, 1);
-    EXPECT_TRUE(has(watch.err, "/dev/null is at its end")) << watch.err;
+    EXPECT_TRUE(has(watch.err, "/dev/null returned no message")) << watch.err;
 }
 
 TEST_F(HostedBoard, BridgesAButtonFromAnInputDeviceOnly) {
     EXPECT_EQ(boardctl({"button", "bridge", "/dev/null"}).status, 2) << "which board?";
     for (const auto& [device, reason] :
-         {std::pair<std::string, std::string>{"/dev/null", "is no input device"},
-          {profile(), "is no input device"},
+         {std::pair<std::string, std::string>{"/dev/null", "is not an input device"},
+          {profile(), "is not an input device"},
           {m_dir.path("gone"), "can't open: No such file or directory"}}) {
         const Outcome outcome = call({"button", "bridge", device});
         EXPECT_EQ(outcome.status, 1) << device;
