@@ -1,4 +1,4 @@
-// Any message is a press, a release or a report, and never two of them; without an observer a
+// Any message is exactly one of a press, a release and a report; without an observer it is always a
 // report.
 
 #include <cstring>
@@ -44,13 +44,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     MON_EVENT = nullptr;
     const bool isPress = begins(message, "pressed"), isRelease = begins(message, "released");
     expect(watcher.presses == isPress && watcher.releases == isRelease,
-           "a word at the start is its event");
+           "a message that begins with a word is its event");
     expect(watcher.reports == (!isPress && !isRelease), "anything else is a report");
     if (watcher.reports > 0)
         expect(watcher.level == 3 &&
                    watcher.text == "INVALID SRV-BUTTON MESSAGE: " + std::string(message.c_str()),
-               "a report has the message");
+               "a report quotes the message");
     expect(unobserved.reports == 1 && unobserved.text == "NO SRV-BUTTON OBSERVER",
-           "without an observer");
+           "without an observer every message is reported");
     return 0;
 }

@@ -1,6 +1,6 @@
-// Any table, then any lines and ticks. Lines go through the pipe; a second sequencer is handed the
-// rows that a reader of its own finds in them, and must show the same. A third, where there are
-// only static rows, is a model.
+// Any table, then any lines and ticks. Lines go through the pipe. A second sequencer runs the rows
+// that this file's own parser finds in the lines, and must show the same. If all rows are static, a
+// model must show the same too.
 
 #include <algorithm>
 #include <cctype>
@@ -41,7 +41,7 @@ public:
     using LedCtrl::setupFifo;
 };
 
-/// What rows without time, group and roll show.
+/// A model of rows without times, groups and rolls.
 class StaticModel {
 public:
     explicit StaticModel(std::uint32_t pattern) : m_pattern(pattern) {}
@@ -65,7 +65,7 @@ public:
 
 private:
     const std::uint32_t m_pattern;
-    int m_tick = -32; ///< of the pattern, which begins after a dark one
+    int m_tick = -32; ///< nothing blinks before tick 0
     std::uint32_t m_steady = 0, m_blink = 0, m_flash = 0;
 };
 
@@ -86,7 +86,7 @@ const LedCtrl::CmdDef* rowOf(const std::vector<LedCtrl::CmdDef>& rows, const std
     return nullptr;
 }
 
-/// The pipe that has one path on every machine; in a /tmp of our own where that is allowed.
+/// The service's pipe, in a private /tmp. If the machine does not allow that, it is left alone.
 class Pipe {
 public:
     Pipe() {
@@ -96,12 +96,12 @@ public:
             return;
         ::mkfifo("/tmp/evt.fifo", 0600);
         m_descriptor = ::open("/tmp/evt.fifo", O_RDWR | O_NONBLOCK | O_CLOEXEC);
-        expect(m_descriptor >= 0, "the pipe can be made");
+        expect(m_descriptor >= 0, "the pipe can be created");
     }
     bool isOurs() const { return m_descriptor >= 0; }
     void write(const std::string& text) const {
         expect(::write(m_descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size()),
-               "the pipe takes so much");
+               "the pipe accepts the whole text");
     }
 
 private:
@@ -119,7 +119,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     std::vector<Texts> texts(data.ConsumeIntegralInRange<std::size_t>(0, 16));
     std::vector<LedCtrl::CmdDef> rows;
     std::uint32_t named = 0;
-    for (Texts& text : texts) { // kept as they are: the rows point into them
+    for (Texts& text : texts) { // not moved from here on: the rows point into them
         text.word1 = data.ConsumeRandomLengthString(3).c_str();
         text.word2 = data.ConsumeRandomLengthString(3).c_str();
         rows.push_back({text.word1.c_str(), text.word2.c_str(), data.ConsumeIntegralInRange(-1, 2),
@@ -152,7 +152,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                 std::string(row.word1) + " " + row.word2 + " " + std::to_string(row.number) + "\n";
         }
         text += data.ConsumeRandomLengthString(200);
-        for (std::size_t start = 0; start < text.size(); start += 80) { // what one read takes
+        for (std::size_t start = 0; start < text.size(); start += 80) { // the limit of one read
             std::string part = text.substr(start, 80);
             if (pipe.isOurs()) {
                 pipe.write(part);
@@ -170,10 +170,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         }
         for (int ticks = data.ConsumeIntegralInRange(0, 40); ticks > 0; --ticks) {
             const std::uint32_t output = leds.nextOutput();
-            expect((output & ~named) == 0, "no LED lights that no row names");
+            expect((output & ~named) == 0, "only LEDs that a row names are lit");
             expect(output == twin.nextOutput(), "a line runs the row that it names, and no other");
             expect(!isStatic || output == model.nextOutput(),
-                   "static rows show as the pattern says");
+                   "static rows show what the model shows");
         }
     }
     leds.shutdown(); // closes the pipe's reader

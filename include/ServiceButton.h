@@ -10,67 +10,65 @@
 /// Watches the board's service button and tells an observer when it is pressed and how long it was
 /// held.
 ///
-/// The button's driver offers a text file, a character device or a pipe, whose read waits for the
-/// next event: "pressed" or "released", whatever follows the word. The thread "Button Thread" opens
-/// the file, reads one message and closes it again, without a pause of its own; a file whose read
-/// does not wait keeps the processor busy. What goes wrong is reported to the event monitor
+/// The button's driver provides a text file, a character device or a pipe, whose read waits for the
+/// next message: a text that begins with "pressed" or "released". The thread "Button Thread" opens
+/// the file, reads one message, closes the file and starts over without a pause, so a file whose
+/// read does not wait keeps the processor busy. Failures are reported to the event monitor
 /// `MON_EVENT` at level 3.
 ///
-/// The order of members and of virtual operations is part of the binary face. `start` and the
-/// destructor are the owner's, on one thread, which is never the button's own. A class that
-/// overrides anything must call `stop()` in its own destructor, while what the thread uses still
+/// The order of members and of virtual operations is part of the binary interface. The owner calls
+/// `start` and the destructor on one thread, never on the button's own. A class that overrides
+/// anything must call `stop()` in its own destructor, while everything that the thread uses still
 /// exists.
 class BOARD_API ServiceButton : public TYRunnable {
 public:
-    /// Implemented by the host. Called on the button's thread, which can't be ended meanwhile: what
-    /// the observer waits for, `stop()` waits for too.
+    /// Implemented by the host. Called on the button's thread, which can't be ended during a call:
+    /// if the observer waits, `stop()` waits too.
     class Observer {
     public:
-        /// The button went down at `pressTime`, by the calendar clock.
+        /// The button went down at `pressTime`, read from the calendar clock.
         virtual void onButtonPressed(const TYTime& pressTime) = 0;
 
         /// The button came up. `heldFor` is the time since the last press, or since the clock's
-        /// zero where there was none. As the clock can be set in between, it can be wrong; its
-        /// seconds wrap in 32 bits.
+        /// zero if there was none. It is wrong if the clock was set in between; its seconds wrap
+        /// in 32 bits.
         virtual void onButtonReleased(const TYTime& heldFor) = 0;
 
     protected:
-        ~Observer() = default; // hosts destroy theirs; not virtual, as the binary face has just two
-                               // operations
+        // Not virtual: the binary interface has two operations. Hosts destroy their own observers.
+        ~Observer() = default;
     };
 
-    /// `path` is the button's file, copied. `observer` is not owned and must outlive the thread;
-    /// null makes every message the report "NO SRV-BUTTON OBSERVER". Neither opens the file nor
-    /// starts the thread.
+    /// Copies `path`, the button's file. Does not open the file or start the thread. `observer` is
+    /// not owned and must outlive the thread; if it is null, each message is reported as "NO
+    /// SRV-BUTTON OBSERVER".
     ServiceButton(const String& path, Observer* observer);
 
     /// Stops the thread.
     ~ServiceButton() override;
 
-    /// Starts the thread, also again after its end. Where one runs already or none can be made it
-    /// returns the thread's failure and puts "START THREAD FAILED" into `error`, which success
-    /// leaves alone.
+    /// Starts the thread; after its end it can be started again. If it is running already or can't
+    /// be created, returns the thread's failure and sets `error` to "START THREAD FAILED". Success
+    /// leaves `error` unchanged.
     XCode start(String& error);
 
-    /// Ends the thread and waits until it has ended; a message that was read before is handled
-    /// first. Nothing is reported. Harmless twice, before `start`, and on the button's thread,
-    /// which it only marks: the thread then ends when the observer returns. May be called on any
-    /// thread while the thread runs.
+    /// Ends the thread and waits until it has ended; a message that has been read is handled first.
+    /// Reports nothing. May be called on any thread, before `start` and more than once. On the
+    /// button's own thread it only requests the end: the thread ends after the observer returns.
     XCode stop();
 
-    /// The thread's body. Returns only on an error of the file: reports "FAILED TO OPEN BUTTON
-    /// FILE: %s", "FAILED TO READ FROM BUTTON FILE: %s" or "FAILED TO CLOSE BUTTON FILE: %s" with
-    /// the path and returns the failing status; nothing is tried again.
+    /// The thread's body. Returns only after a file error, which it does not retry: reports "FAILED
+    /// TO OPEN BUTTON FILE: %s", "FAILED TO READ FROM BUTTON FILE: %s" or "FAILED TO CLOSE BUTTON
+    /// FILE: %s" with the path and returns the failing status.
     XCode runThread() override;
 
-    /// Handles one message, of 0 to 63 bytes, a longer one cut; called by the thread's body for
-    /// each. A message that begins with neither word is the report "INVALID SRV-BUTTON MESSAGE:
-    /// %s".
+    /// Handles one message. The thread's body calls it with 0 to 63 bytes; it cuts longer messages.
+    /// A message that begins with neither word is reported as "INVALID SRV-BUTTON MESSAGE: %s".
     virtual void processButtonMessage(const String& message);
 
 private:
     TYThread m_thread;
     String m_path;
-    TYTime m_pressTime; // touched by the button's thread alone
+    TYTime m_pressTime; // only the button's thread uses it
     Observer* m_observer;
 };

@@ -18,7 +18,7 @@ void report(const String& text) {
 
 TYTime now() {
     TYTime time;
-    static_cast<void>(time.getSystemClock(TYTime::SYSTEM_CLOCK)); // without a clock every time is 0
+    static_cast<void>(time.getSystemClock(TYTime::SYSTEM_CLOCK)); // a time is 0 without a clock
     return time;
 }
 
@@ -27,7 +27,7 @@ TYTime now() {
 ServiceButton::ServiceButton(const String& path, Observer* observer)
     : m_thread("Button Thread", this), m_path(path), m_observer(observer) {}
 
-// Here, not in the thread's own destructor: the path goes before the thread does.
+// Not left to the thread's destructor, which runs after the path is destroyed.
 ServiceButton::~ServiceButton() {
     static_cast<void>(ServiceButton::stop());
 }

@@ -10,7 +10,7 @@ using support::InputEvents;
 
 namespace {
 
-/// A key, and its messages in a pipe as who watches the button reads them.
+/// A key, and its messages in a pipe as the button's monitor reads them.
 class ButtonBridgeTest : public testing::Test {
 protected:
     ~ButtonBridgeTest() override {
@@ -37,7 +37,7 @@ private:
 
 } // namespace
 
-TEST_F(ButtonBridgeTest, GivesOneMessageAtATimeHoweverLateItIsRead) {
+TEST_F(ButtonBridgeTest, DeliversOneMessageAtATimeHoweverLateItIsRead) {
     ButtonBridge bridge(key, pipe);
     EXPECT_FALSE(bridge.carry());
     device.give({device.DOWN, device.REPORT, device.UP, device.REPORT, device.DOWN, device.REPORT});
@@ -52,7 +52,7 @@ TEST_F(ButtonBridgeTest, GivesOneMessageAtATimeHoweverLateItIsRead) {
     EXPECT_FALSE(bridge.carry());
 }
 
-TEST_F(ButtonBridgeTest, MakesItsPipeForItsUserAloneAndHasItToItself) {
+TEST_F(ButtonBridgeTest, CreatesItsPipeForItsUserOnlyAndDoesNotShareIt) {
     const ButtonBridge bridge(key, pipe);
     struct stat status {};
     ASSERT_EQ(::stat(pipe.c_str(), &status), 0);

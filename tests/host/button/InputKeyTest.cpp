@@ -7,13 +7,13 @@ using board::KeyEvents;
 using support::InputEvents;
 using Levels = std::vector<bool>;
 
-TEST(KeyEvents, TellEachChangeOfTheirKeyOnce) {
+TEST(KeyEvents, ReportEachChangeOfTheirKeyOnce) {
     const support::TempDir dir;
     const InputEvents device(dir);
     const InputEvents::Event otherKey{EV_KEY, 30, 1};
     const InputEvents::Event otherType{EV_MSC, InputEvents::KEY, 1};
     KeyEvents key("key", device.descriptor(), InputEvents::KEY, [] { return false; });
-    EXPECT_EQ(key.read(), Levels()) << "nothing there";
+    EXPECT_EQ(key.read(), Levels()) << "no events yet";
     device.give({otherKey, device.REPORT, otherType, device.UP, device.REPORT});
     EXPECT_EQ(key.read(), Levels());
     device.give(
@@ -23,28 +23,28 @@ TEST(KeyEvents, TellEachChangeOfTheirKeyOnce) {
     EXPECT_EQ(key.read(), Levels({false, true, false}));
 }
 
-TEST(KeyEvents, AskTheDeviceAtFirstAndWhereEventsWereDropped) {
+TEST(KeyEvents, AskTheDeviceAtFirstAndAfterEventsWereDropped) {
     const support::TempDir dir;
     const InputEvents device(dir);
     bool isDown = true;
     KeyEvents key("key", device.descriptor(), InputEvents::KEY, [&] { return isDown; });
-    device.give({device.DOWN, device.REPORT}); // as it was known to be
+    device.give({device.DOWN, device.REPORT}); // known already
     EXPECT_EQ(key.read(), Levels());
     isDown = false;
-    // What follows up to the next report is part of one that is not whole.
+    // Events up to the next report belong to an incomplete one.
     device.give({device.DROPPED, device.UP, device.DOWN, device.REPORT});
     EXPECT_EQ(key.read(), Levels({false}));
     device.give({device.DROPPED, device.DOWN});
     EXPECT_EQ(key.read(), Levels());
-    // What stands behind is older than the answer: a release since then may be gone from the queue
-    // with it.
+    // The events after the report are older than the device's answer and are ignored: a release
+    // that followed them may have been dropped.
     device.give({device.REPORT, device.DOWN, device.REPORT});
     EXPECT_EQ(key.read(), Levels());
     device.give({device.DOWN, device.REPORT});
     EXPECT_EQ(key.read(), Levels({true}));
 }
 
-TEST(KeyEvents, FailWhereTheirDeviceGivesNoneAnyMore) {
+TEST(KeyEvents, FailIfTheirDeviceDeliversNoMore) {
     const support::TempDir dir;
     dir.write("ended", "");
     const int file = ::open(dir.path("ended").c_str(), O_RDONLY | O_CLOEXEC);

@@ -8,7 +8,7 @@ using support::FILES;
 using support::ledsOf;
 using support::row;
 
-TEST(LedCheck, FindsEachMistakeAndSaysWhere) {
+TEST(LedCheck, ReportsEachMistakeWithItsPlace) {
     const std::string on = "mask = 1\naction = 'on'\n";
     const struct {
         std::string text, mistake;
@@ -25,8 +25,8 @@ TEST(LedCheck, FindsEachMistakeAndSaysWhere) {
         {row("a b", "mask = 0\naction = 'roll-up'"), "leds.command[0].mask: the roll has no LED"},
         {row("a b", "mask = 0\naction = 'flash'"), "leds.command[0].mask: is 0"},
         {row("a b", "mask = 0\naction = 'defaults'\ndefault = true"),
-         "leds.command[0]: a default row that asks for the defaults"},
-        {row("a b", "mask = 1\naction = 9"), "leds.command[0].action: 9 is no action"},
+         "leds.command[0]: a default row with this action"},
+        {row("a b", "mask = 1\naction = 9"), "leds.command[0].action: 9 is not an action"},
         {row("a b", "mask = 1\naction = 'roll-stop'") +
              row("a c", "mask = 3\naction = 'roll-up'\ngroup = 1"),
          "leds.command[0]: stops no roll"},
@@ -47,7 +47,7 @@ TEST(LedCheck, FindsEachMistakeAndSaysWhere) {
         EXPECT_NE(mistakes[0].find(each.mistake), std::string::npos) << mistakes[0];
     }
     EXPECT_EQ(board::checkLeds(ledsOf("[leds]\ntick_ms = 0\naccess = 2\n")).size(), 2U);
-    // A line may end after its first word, and nothing is wrong with a row that a blank line names.
+    // A line may end after its first word, and a row that a blank line names is correct too.
     EXPECT_TRUE(board::checkLeds(ledsOf(FILES + row("a ", on) + row(" ", on) +
                                         row("b c", on + "time_ms = 4294867")))
                     .empty());

@@ -63,7 +63,7 @@ TEST(LedPreview, DrawsAPictureOfAnyNamesAndLines) {
     EXPECT_NE(svg.find(">2</text>"), std::string::npos) << "the axis ends at two seconds";
 }
 
-TEST(LedPreview, HangsAFlagBelowThoseThatReachOverItsPole) {
+TEST(LedPreview, HangsAFlagBelowThoseThatCrossItsPole) {
     const std::string svg = board::ledsToSvg({100,
                                               100,
                                               {{1, "one", std::string(100, '0')}},

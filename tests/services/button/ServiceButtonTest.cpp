@@ -12,8 +12,8 @@ namespace {
 
 using namespace support;
 
-/// Observer and event monitor in one, told one thing at a time. `button` is stopped from within
-/// each call, which then waits: only a thread that can't be ended there gets on.
+/// Observer and event monitor in one, for one event at a time. Each call stops `button` from within
+/// and then waits: the thread goes on only if it can't be ended there.
 class ServiceButtonTest : public testing::Test,
                           public ServiceButton::Observer,
                           public RTD::Monitor {
@@ -51,7 +51,7 @@ protected:
 
 } // namespace
 
-TEST_F(ServiceButtonTest, TellsOfEachMessageEvenWhenStoppedMeanwhile) {
+TEST_F(ServiceButtonTest, ReportsEachMessageEvenIfStoppedMeanwhile) {
     dir.makePipe("button");
     const std::string invalid = "3 INVALID SRV-BUTTON MESSAGE: ";
     const std::string longest(63, 'x');
@@ -59,7 +59,7 @@ TEST_F(ServiceButtonTest, TellsOfEachMessageEvenWhenStoppedMeanwhile) {
              {"pressed\n", "pressed"},
              {"releasedly", "released"},
              {" pressed", invalid + " pressed"},
-             {"", invalid}, // a writer that comes and goes
+             {"", invalid}, // a writer opens and closes the pipe
              {longest + "more", invalid + longest}}) {
         EXPECT_TRUE(button.start(error).isSuccess());
         const int pipe =
@@ -99,23 +99,23 @@ TEST_F(ServiceButtonTest, ReportsWhatIsMissing) {
     }
     MON_EVENT = nullptr;
     EXPECT_FALSE(button.runThread().isSuccess());
-    told.set_value("throws where something was told");
+    told.set_value("throws if anything was reported");
 }
 
-TEST_F(ServiceButtonTest, AStopInOpenOrReadTellsNothingAndLosesNoDescriptor) {
+TEST_F(ServiceButtonTest, AStopInOpenOrReadReportsNothingAndLeaksNoDescriptor) {
     dir.makePipe("button");
     for (const bool hasWriter :
-         {false, true}) { // without one opening the pipe waits, with one reading it
+         {false, true}) { // without a writer the open waits, with one the read
         const int writer = hasWriter ? ::open(path.c_str(), O_RDWR | O_CLOEXEC) : -1;
         const auto before = openDescriptors();
         for (int round = 0; round < 500; ++round) {
             ASSERT_TRUE(button.start(error).isSuccess()) << hasWriter << round;
-            EXPECT_FALSE(button.start(error).isSuccess()) << "one runs already";
+            EXPECT_FALSE(button.start(error).isSuccess()) << "it is running already";
             EXPECT_TRUE(button.stop().isSuccess());
         }
         EXPECT_EQ(openDescriptors(), before) << hasWriter;
         ::close(writer);
     }
     EXPECT_EQ(error, "START THREAD FAILED");
-    told.set_value("throws where something was told");
+    told.set_value("throws if anything was reported");
 }
