@@ -22,7 +22,7 @@ describe() {
     # The heading shows the usage, and the page lists the common options only once.
     printf '.SS "%s"\n' "$(sed -n 's/^Usage: boardctl //p' <<<"$help")"
     printf '.nf\n'
-    sed -e '/^Usage: /d' -e '/^  -h,--help /d' -e '/^Before or after the command:/d' -e '/^Options:$/d' <<<"$help" |
+    sed -e '/^Usage: /d' -e '/^  -h,--help /d' -e '/^Global options:/d' -e '/^Options:$/d' <<<"$help" |
         cat -s | sed -e 's/\\/\\e/g' -e 's/-/\\-/g' -e "s/^[.']/\\\\\&&/"
     printf '.fi\n'
 }

@@ -23,15 +23,15 @@ int wrongCall(CLI::App& app, const std::string& what, const CLI::ParseError* err
 
 int runCommandLine(int argc, char** argv) {
     Options options;
-    CLI::App app("Hosts, shows and edits a board: its drivers, its descriptor, its simulated twin.",
-                 "boardctl");
+    CLI::App app(
+        "Hosts, inspects and edits a board: its drivers, its descriptor, or a simulated board.",
+        "boardctl");
     app.formatter(std::make_shared<HelpFormatter>());
     app.require_subcommand(1);
     app.set_version_flag("--version", "boardctl " BOARDCTL_VERSION, "Print the version and exit");
-    app.fallthrough(); // --board and --format may stand before or after the command
+    app.fallthrough(); // --board and --format may come before or after the command
     app.add_option("--board", options.board,
-                   "Board profile (TOML); without it the command works on a simulated board made "
-                   "for the call")
+                   "Board profile (TOML); default: a simulated board made for this call")
         ->check(notEmpty())
         ->type_name("FILE");
     app.add_option_function<std::string>(
@@ -41,27 +41,27 @@ int runCommandLine(int argc, char** argv) {
                options.metrics = format == "metrics";
                options.svg = format == "svg";
            },
-           "Output for people or for programs; `info` also gives metrics, `leds preview` a picture")
+           "Output format; metrics works only with `info`, svg only with `leds preview`")
         ->check(oneOf({"text", "json", "metrics", "svg"}))
         ->option_text("text|json|metrics|svg");
-    app.footer("Before or after the command: --board FILE, --format FORM; see boardctl --help");
+    app.footer("Global options: --board FILE, --format FORMAT; see boardctl --help");
     for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addLeds, addButton,
                            addCpu, addFirmware, addBd, addSim})
         add(app, options);
-    // Commands have taken it over; here the options stand in full.
+    // The commands have copied the footer. The main help lists these options anyway.
     app.footer("");
-    addExamples(app, {"run --tour                   each part of a simulated board",
-                      "sim create DIR               a simulated board that stays",
-                      "--board DIR/board.toml info  what its drivers say",
-                      "fan --help                   what a command takes"});
+    addExamples(app, {"run --tour                   see each part of a simulated board",
+                      "sim create DIR               create a simulated board to keep",
+                      "--board DIR/board.toml info  show what its drivers report",
+                      "fan --help                   show the options of a command"});
 
     try {
         app.parse(argc, argv);
         if (options.metrics && !app.got_subcommand("info"))
-            throw WrongCall("only info gives metrics");
+            throw WrongCall("--format metrics works only with info");
         if (options.svg &&
             !(app.got_subcommand("leds") && app.get_subcommand("leds")->got_subcommand("preview")))
-            throw WrongCall("only leds preview gives svg");
+            throw WrongCall("--format svg works only with leds preview");
         const int status = options.command();
         return flushOutput() ? status : FAILED;
     } catch (const CLI::CallForHelp&) {
@@ -74,7 +74,7 @@ int runCommandLine(int argc, char** argv) {
         return wrongCall(app, explained(app, error), &error);
     } catch (const WrongCall& error) {
         return wrongCall(app, error.what());
-    } catch (const std::exception& error) { // board::Error, or the system out of something
+    } catch (const std::exception& error) { // board::Error, or the system ran out of something
         complain(error.what());
         if (options.json)
             printJson({{"error", error.what()}}, -1);

@@ -79,7 +79,7 @@ TEST(DeviceCommands, SetsOverlaysAndBlinksALedAndGivesItBack) {
     EXPECT_EQ(led({"2"}).status, 0);
     const Outcome off = led({"bi", "off"});
     EXPECT_EQ(off.status, 0);
-    EXPECT_NE(off.err.find("is switched off"), std::string::npos) << off.err;
+    EXPECT_NE(off.err.find("switching it off"), std::string::npos) << off.err;
     EXPECT_EQ(held(), "0");
     for (const auto& wrong : std::vector<std::vector<std::string>>{{"3"},
                                                                    {"on"},

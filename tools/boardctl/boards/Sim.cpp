@@ -25,7 +25,7 @@ int create(const Options& options, const CreateWords& words) {
     if (options.json)
         printJson({{"profile", board.profile()}});
     else
-        std::cout << "made " << board.profile() << "; try: boardctl --board " << board.profile()
+        std::cout << "created " << board.profile() << "; try: boardctl --board " << board.profile()
                   << " info\n";
     return DONE;
 }
@@ -36,16 +36,15 @@ struct PressWords {
 
 int press(const Options& options, const PressWords& words) {
     if (options.board.empty())
-        throw WrongCall("--board must say which board's button is pressed (`boardctl sim "
-                        "create DIR` makes a "
-                        "board)");
+        throw WrongCall("--board is missing: it names the board whose button is pressed (`boardctl "
+                        "sim create DIR` creates a board)");
     const BoardProfile board(options);
     if (!board.profile().button)
         throw board::Error(board.profilePath() + ": the board has no button");
     board::withPlaceInErrors(*board.profile().button, [&](const std::string& pipe) {
         const board::SimulatedButton button(pipe);
         if (button.isHeld())
-            complain("waits until another program lets go of the button");
+            complain("waiting until another program releases the button");
         button.press();
         static_cast<void>(
             Progress(words.seconds)
@@ -59,10 +58,10 @@ int press(const Options& options, const PressWords& words) {
 } // namespace
 
 void addSim(CLI::App& app, Options& options) {
-    CLI::App& sim = addGroup(app, "sim", "Simulated boards");
+    CLI::App& sim = addGroup(app, "sim", "Simulated boards: create one, press its button");
 
     const auto [creating, createWords] = addCommand<CreateWords>(
-        sim, options, "create", "Make a simulated board in a folder", create);
+        sim, options, "create", "Create a simulated board in a folder", create);
     creating.add_option("DIR", createWords.folder, "A new or empty folder")
         ->check(notEmpty())
         ->type_name("")
@@ -70,8 +69,7 @@ void addSim(CLI::App& app, Options& options) {
 
     const auto [pressing, pressWords] = addCommand<PressWords>(
         sim, options, "press", "Press the button of the simulated board that --board names", press);
-    pressing
-        .add_option("--for", pressWords.seconds, "How long it is held; 0.1 seconds without this")
+    pressing.add_option("--for", pressWords.seconds, "How long to hold it; default 0.1 seconds")
         ->check(seconds())
         ->option_text("SECONDS");
 }

@@ -20,7 +20,7 @@ int fan(const Options& options, const FanWords& words) {
     const Board board(options);
     const std::vector<std::string> fans = board.devices("fan", words.name);
     if (!words.speed.empty() && fans.size() > 1)
-        throw WrongCall("the board has several fans: say which one with --name");
+        throw WrongCall("the board has several fans: choose one with --name");
     std::vector<board::FanReading> readings;
     for (const std::string& each : fans)
         readings.push_back(words.speed.empty()
@@ -37,7 +37,7 @@ void addFan(CLI::App& app, Options& options) {
     command.add_option("SPEED", words.speed, "The speed to set")
         ->check(oneOf({"full", "high", "low", "off"}))
         ->option_text("full|high|low|off");
-    command.add_option("--name", words.name, "Which of several fans")
+    command.add_option("--name", words.name, "The fan; needed to set one of several")
         ->check(notEmpty())
         ->type_name("NAME");
 }

@@ -34,7 +34,7 @@ constexpr unsigned LIT = 1;
 constexpr unsigned SECOND_LIT = 2;
 
 TYPPtr<ILedControl> findLed(const Board& board, const std::string& name) {
-    board.devices("led", name); // says which LEDs there are where this is none
+    board.devices("led", name); // throws, with the LEDs to choose from, if there is no such LED
     TYPPtr<ILedControl> led;
     const XCode status = DRIVER::INSTANCE()->getInterface(name.c_str(), led);
     if (!status.isSuccess())
@@ -50,7 +50,7 @@ void expectDone(const XCode& status, const std::string& name, const char* what) 
         throw board::Error("LED '" + name + "': " + what);
 }
 
-/// What the LED shows, which is to be given back.
+/// The state that the LED shows now, to be restored later.
 board::LedReading formerState(const Board& board, const std::string& name) {
     board::LedReading former = board::readLed(board.host(), name);
     if (!former.fault.empty())
@@ -58,28 +58,28 @@ board::LedReading formerState(const Board& board, const std::string& name) {
     return former;
 }
 
-/// Sees to it that the LED shows its former state again, whatever the driver remembers: off where
-/// it failed to read the LED.
-board::LedReading giveBack(const Board& board, const board::LedReading& former) {
+/// Makes the LED show its former state again. The driver may have restored another one: it
+/// remembers "off" if it failed to read the LED.
+board::LedReading restore(const Board& board, const board::LedReading& former) {
     board::LedReading shown = board::readLed(board.host(), former.name);
     if (!shown.fault.empty() || shown.state != former.state)
         shown = board::setLed(board.host(), former.name, former.state);
     return shown;
 }
 
-/// Why the LED does not show what was just written, which is `lit` or not; empty where it does.
+/// Says why the LED does not show the state just written, which is lit or not. Empty if it does.
 std::string faultAfter(const XCode& written, const Board& board, const std::string& name,
                        bool lit) {
     if (!written.isSuccess())
         return "the state can't be written";
-    const auto isAsked = [lit](unsigned state) { return (state != OFF) == lit; };
-    const board::LedReading shown = board::awaitLed(board.host(), name, isAsked);
-    if (!shown.fault.empty() || isAsked(shown.state))
+    const auto isAsWritten = [lit](unsigned state) { return (state != OFF) == lit; };
+    const board::LedReading shown = board::awaitLed(board.host(), name, isAsWritten);
+    if (!shown.fault.empty() || isAsWritten(shown.state))
         return shown.fault;
     return "the device holds " + std::to_string(shown.state) + " after another state was written";
 }
 
-/// Holds the overlay until a signal or the end of the time, and gives the former state back.
+/// Holds the overlay until a signal or the end of the time, then restores the former state.
 int holdOverlay(const Options& options, const LedWords& words) {
     const Board board(options);
     const auto led = findLed(board, words.name);
@@ -89,7 +89,7 @@ int holdOverlay(const Options& options, const LedWords& words) {
         board.host(), words.name, [](unsigned state) { return state == SECOND_LIT; });
     if (!shown.fault.empty() || shown.state != SECOND_LIT) {
         static_cast<void>(led->setLedBiStatus(OFF));
-        static_cast<void>(giveBack(board, former)); // what counts is that the overlay is not shown
+        static_cast<void>(restore(board, former)); // best effort: the failure below is what counts
         throw board::Error(
             "LED '" + words.name + "': " +
             (shown.fault.empty()
@@ -97,13 +97,13 @@ int holdOverlay(const Options& options, const LedWords& words) {
                  : shown.fault));
     }
     complain("LED '" + words.name + "' shows 2 until " +
-             (words.seconds ? "the time is over" : "SIGINT (Ctrl-C)"));
+             (words.seconds ? "the time is up" : "SIGINT (Ctrl-C)"));
     StopSignals::waitUntil(StopSignals::endAfter(words.seconds));
-    static_cast<void>(led->setLedBiStatus(OFF)); // what counts is what the LED shows then
-    return show(std::vector{giveBack(board, former)}, options.json);
+    static_cast<void>(led->setLedBiStatus(OFF)); // the LED itself is checked next
+    return show(std::vector{restore(board, former)}, options.json);
 }
 
-/// An overlay of another process is nothing this one knows of; what can be seen is a LED that
+/// Ends the overlay of another process. This process can't know of it, but it sees that the LED
 /// shows 2.
 int endOverlay(const Options& options, const LedWords& words) {
     const Board board(options);
@@ -111,7 +111,7 @@ int endOverlay(const Options& options, const LedWords& words) {
     const board::LedReading shown = board::readLed(board.host(), words.name);
     if (!shown.fault.empty() || shown.state != SECOND_LIT)
         return show(std::vector{shown}, options.json);
-    complain("LED '" + words.name + "' shows 2; it is switched off");
+    complain("LED '" + words.name + "' shows 2; switching it off");
     return show(std::vector{board::setLed(board.host(), words.name, OFF)}, options.json);
 }
 
@@ -134,8 +134,8 @@ int blink(const Options& options, const LedWords& words, unsigned count, unsigne
                 break;
         }
     progress.clear();
-    expectDone(led->disableLedToggle(), words.name, "the former state can't be given back");
-    const board::LedReading shown = giveBack(board, former);
+    expectDone(led->disableLedToggle(), words.name, "can't restore the former state");
+    const board::LedReading shown = restore(board, former);
     if (!fault.empty())
         throw board::Error("LED '" + words.name + "': " + fault);
     return show(std::vector{shown}, options.json);
@@ -153,14 +153,14 @@ unsigned number(const std::string& word, const char* what, unsigned minimum, uns
 unsigned stateOf(const std::vector<std::string>& action) {
     const std::string& first = action[0];
     if (first == "blink")
-        throw WrongCall("blink takes COUNT and PERIOD_MS, such as: blink 3 500");
+        throw WrongCall("blink needs COUNT and PERIOD_MS, such as: blink 3 500");
     if (first == "bi")
-        throw WrongCall("bi takes on or off" +
+        throw WrongCall("bi needs on or off" +
                         (action.size() > 1 ? board::didYouMean(action[1], {"on", "off"}) : ""));
     if (action.size() > 1 || first.empty() ||
         first.find_first_not_of("0123456789") != std::string::npos)
         throw WrongCall("'" + first +
-                        "' is no action (expected the state 0, 1 or 2, bi on, bi off, or blink "
+                        "' is not an action (expected the state 0, 1 or 2, bi on, bi off, or blink "
                         "COUNT PERIOD_MS)" +
                         board::didYouMean(first, {"bi", "blink"}));
     return number(first, "the state", OFF, SECOND_LIT);
@@ -170,7 +170,7 @@ int led(const Options& options, const LedWords& words) {
     const std::vector<std::string>& action = words.action;
     const bool holds = action == std::vector<std::string>{"bi", "on"};
     if (words.seconds && !holds)
-        throw WrongCall("--for goes with 'bi on'");
+        throw WrongCall("--for works only with 'bi on'");
     if (holds)
         return holdOverlay(options, words);
     if (action == std::vector<std::string>{"bi", "off"})
@@ -184,7 +184,8 @@ int led(const Options& options, const LedWords& words) {
     const std::optional<unsigned> state =
         action.empty() ? std::nullopt : std::optional(stateOf(action));
     const Board board(options);
-    board.devices("led", words.name); // says which LEDs there are where this is none
+    board.devices("led",
+                  words.name); // throws, with the LEDs to choose from, if there is no such LED
     return show(std::vector{state ? board::setLed(board.host(), words.name, *state)
                                   : board::readLed(board.host(), words.name)},
                 options.json);
@@ -202,12 +203,12 @@ void addLed(CLI::App& app, Options& options) {
         ->type_name("");
     command
         .add_option("ACTION", words.action,
-                    "Without it the LED is read. 0, 1 or 2: the state to set; bi on: show 2 until "
-                    "SIGINT or --for, then the former state; bi off: end that for another process; "
-                    "blink: through the toggle")
+                    "Default: read the LED. 0, 1 or 2: set this state. bi on: show 2 until SIGINT "
+                    "or the end of --for, then restore the former state. bi off: end the overlay "
+                    "of another process. blink: use the driver's toggle mode")
         ->expected(0, 3)
         ->option_text("0|1|2|bi on|bi off|blink COUNT PERIOD_MS");
-    command.add_option("--for", words.seconds, "End `bi on` after this long")
+    command.add_option("--for", words.seconds, "End `bi on` after this time")
         ->check(seconds())
         ->option_text("SECONDS");
     addExamples(command, {"led status 1", "led status blink 3 500", "led status bi on --for 10"});

@@ -27,7 +27,7 @@ void addSensorCommand(CLI::App& app, Options& options, const char* name, const c
         return show(readings, call.json);
     };
     const auto [command, words] = addCommand<SensorWords>(app, options, name, text, readAll);
-    command.add_option("--name", words.name, "Which of several")
+    command.add_option("--name", words.name, "The device to read; default: all of them")
         ->check(notEmpty())
         ->type_name("NAME");
 }

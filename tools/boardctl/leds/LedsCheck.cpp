@@ -30,7 +30,7 @@ int checkTables(const Options& options) {
 
 void addLedsCheck(CLI::App& leds, Options& options) {
     addCommand(leds, options, "check",
-               "Look for mistakes in the command table; status 1 where there are some",
+               "Look for mistakes in the command table; exit status 1 if there are any",
                checkTables);
 }
 

@@ -28,8 +28,8 @@ struct PreviewWords {
     std::vector<std::string> lines; ///< "TICK LINE"
 };
 
-/// Reads "TICK LINE", such as "12 system ready". Returns what is wrong with it; empty where nothing
-/// is.
+/// Reads "TICK LINE", such as "12 system ready". Returns what is wrong with it; empty if it is
+/// good.
 std::string readLine(const std::string& text, board::LedLine& result) {
     const auto blank = text.find(' ');
     const std::string tick = text.substr(0, blank);
@@ -41,16 +41,16 @@ std::string readLine(const std::string& text, board::LedLine& result) {
                ", a blank and a command line in quotes, such as \"1 system ready\")";
     const std::string line = text.substr(blank + 1);
     if (line.find('\n') != std::string::npos)
-        return "'" + text + "' (expected one line; say --at once for each)";
+        return "'" + text + "' (expected one line; use one --at for each)";
     if (line.size() + 1 > board::MAX_LED_LINE)
         return "'" + text + "' (expected a line of at most " +
-               std::to_string(board::MAX_LED_LINE - 1) + " bytes: a board cuts longer ones)";
+               std::to_string(board::MAX_LED_LINE - 1) + " bytes: a board truncates longer ones)";
     result = {value, line};
     return "";
 }
 
-/// A board reads so many bytes a tick, and cuts a line that stands across the end. `lines` are in
-/// order.
+/// A board reads MAX_LED_LINE bytes per tick and cuts a line in two at that limit. `lines` are in
+/// order of their ticks.
 void warnOfCuts(const std::vector<board::LedLine>& lines) {
     std::size_t bytes = 0;
     for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -82,10 +82,10 @@ int preview(const Options& options, const PreviewWords& words) {
     for (board::LedLine& line : waves.lines) {
         line.line = board::printable(line.line);
         if (line.tick >= words.ticks)
-            complain("tick " + std::to_string(line.tick) + " is behind the last one: '" +
-                     line.line + "' does not show");
+            complain("tick " + std::to_string(line.tick) + " is after the last one: '" + line.line +
+                     "' has no effect");
         if (!line.namesRow)
-            complain("'" + line.line + "' names no row of the table: it does nothing");
+            complain("'" + line.line + "' matches no row of the table and has no effect");
     }
     if (options.json)
         printJson(toJson(waves));
@@ -98,13 +98,14 @@ int preview(const Options& options, const PreviewWords& words) {
 
 void addLedsPreview(CLI::App& leds, Options& options) {
     const auto [command, words] = addCommand<PreviewWords>(
-        leds, options, "preview", "Show as waves what the LEDs would do, without waiting", preview);
-    command.add_option("--ticks", words.ticks, "How many ticks; 100 without this")
+        leds, options, "preview", "Show what the LEDs would do, as waveforms, without waiting",
+        preview);
+    command.add_option("--ticks", words.ticks, "Number of ticks; default 100")
         ->transform(decimal(1, MOST_TICKS))
         ->option_text("1..1000000");
     command
         .add_option("--at", words.lines,
-                    "Hand LINE to the sequencer just before that tick's output; may be repeated")
+                    "Pass LINE to the sequencer just before that tick's output; may be repeated")
         ->allow_extra_args(false)
         ->check(CLI::Validator(
             [](const std::string& text) {

@@ -36,12 +36,10 @@ int send(const Options& options, const SendWords& words) {
 
 void addLedsSend(CLI::App& leds, Options& options) {
     const auto [command, words] = addCommand<SendWords>(
-        leds, options, "send", "Write a line into the pipe of the LED service that runs", send);
+        leds, options, "send", "Write a line to the pipe of the running LED service", send);
     command.add_option("WORD1", words.word1, "The line's first word")->required()->type_name("");
-    command.add_option("WORD2", words.word2, "Its second word")->required()->type_name("");
-    command
-        .add_option("NUMBER", words.number,
-                    "Its number; left out of the line without this, which then names number 0")
+    command.add_option("WORD2", words.word2, "The line's second word")->required()->type_name("");
+    command.add_option("NUMBER", words.number, "Optional number; default 0")
         ->transform(decimal(INT32_MIN, INT32_MAX))
         ->type_name("");
     addExamples(command, {"leds send system ready", "leds send system boot 1"});

@@ -6,21 +6,20 @@
 
 namespace boardctl {
 
-/// What a command is about, for somebody who waits for it: one line on standard error from its
-/// second second on, where that is a terminal. Elsewhere nothing.
+/// Shows a waiting user what a command is doing: one line on standard error, beginning after one
+/// second, if that is a terminal. Prints nothing otherwise.
 class Progress {
 public:
-    /// `span` is how long all of it takes.
+    /// `span` is how long the whole command takes, in seconds.
     explicit Progress(double span);
     ~Progress() { clear(); }
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// Waits until `end` and shows `what` goes on meanwhile. True where the program was asked to
-    /// end.
+    /// Waits until `end` and shows `what` meanwhile. Returns true if the program was asked to end.
     bool waitUntil(StopSignals::Clock::time_point end, const std::string& what);
 
-    /// Takes the line away, before something else is printed.
+    /// Erases the line. Call it before anything else is printed.
     void clear();
 
 private:

@@ -20,7 +20,7 @@ std::string known(const board::Reading& reading, const std::string& value) {
     return reading.fault.empty() ? value : "unknown";
 }
 
-// Thousandths are what sensors give; a float printed whole would show digits that nobody measured.
+// Sensors measure thousandths. A float printed in full would show digits that nobody measured.
 double rounded(float celsius) {
     return std::round(static_cast<double>(celsius) * 1000) / 1000;
 }

@@ -17,20 +17,20 @@
 
 namespace boardctl {
 
-/// What was read, as `{"name":...,"description":...,"speed":...}` (or "celsius" and "maximum",
-/// "status", "state"); a value that is not known is null beside "error".
+/// `{"name":...,"description":...,"speed":...}`; instead of "speed" a sensor has "celsius" and
+/// "maximum", a power supply "status", a LED "state". An unknown value is null beside "error".
 nlohmann::ordered_json toJson(const board::FanReading& fan);
 nlohmann::ordered_json toJson(const board::TemperatureReading& temperature);
 nlohmann::ordered_json toJson(const board::PowerReading& power);
 nlohmann::ordered_json toJson(const board::LedReading& led);
 
-/// `{"last":...,"mid":...,"longest":...}` in percent; null where a span has not passed yet, or
-/// beside "error".
+/// `{"last":...,"mid":...,"longest":...}` in percent. A value is null until its span has passed,
+/// and beside "error".
 nlohmann::ordered_json toJson(const board::CpuReading& cpu);
-/// `{"version":...,"line1":...}`; null beside "error".
+/// `{"version":...,"line1":...}`. The version is null beside "error".
 nlohmann::ordered_json toJson(const board::FirmwareReading& firmware);
 
-/// The value alone for people; "unknown" where it is.
+/// Only the value, for people; "unknown" if it is.
 std::string toText(const board::FanReading& fan);
 std::string toText(const board::TemperatureReading& temperature);
 std::string toText(const board::PowerReading& power);
@@ -45,7 +45,7 @@ nlohmann::ordered_json readingsToJson(const std::vector<Reading>& readings) {
     return json;
 }
 
-/// Prints readings in the chosen form and complains of those with a fault. Returns the exit status.
+/// Prints readings in the chosen form, and a message for each that failed. Returns the exit status.
 template <class Reading>
 int show(const std::vector<Reading>& readings, bool asJson) {
     int status = DONE;

@@ -10,9 +10,9 @@ namespace boardctl {
 namespace {
 
 constexpr std::size_t WIDTH = 79;
-constexpr std::size_t COLUMN = 30; ///< where the texts of options and commands begin
+constexpr std::size_t COLUMN = 30; ///< column of the texts of options and commands
 
-/// Breaks a line at blanks. What belongs to an option or a command stays in its column.
+/// Breaks a line at blanks. The text of an option or a command stays in its column.
 std::string wrapped(std::string line) {
     const std::size_t margin = line.rfind("  ", 0) == 0 ? COLUMN : 0;
     std::string text;
@@ -26,10 +26,10 @@ std::string wrapped(std::string line) {
     return text + line + "\n";
 }
 
-/// The innermost command that was recognised.
+/// The innermost command that was recognized.
 CLI::App& innermost(CLI::App& app) {
-    const std::vector<CLI::App*> recognised = app.get_subcommands();
-    return recognised.empty() ? app : innermost(*recognised.front());
+    const std::vector<CLI::App*> recognized = app.get_subcommands();
+    return recognized.empty() ? app : innermost(*recognized.front());
 }
 
 bool lacksCommand(CLI::App& app) {
@@ -45,7 +45,7 @@ std::vector<std::string> knownOptions(CLI::App& app) {
     return known;
 }
 
-/// A command, or an option that was typed like one, as `help`.
+/// For an unknown command, or an option without its dashes, such as `help`.
 std::string unknownCommand(CLI::App& app, const std::string& word) {
     std::vector<std::string> known = knownOptions(app);
     for (const CLI::App* const each : innermost(app).get_subcommands(nullptr))
@@ -61,11 +61,11 @@ std::string unknownOption(CLI::App& app, const std::string& word) {
     if (word[1] != '-' && std::any_of(options.begin(), options.end(), [](const CLI::Option* each) {
             return each->get_positional();
         }))
-        text += " (a word that begins with a dash goes behind --)";
+        text += " (put -- before words that begin with a dash)";
     return text;
 }
 
-/// Whether the command of this call is one that edits, which has its image behind -i.
+/// Whether the command of this call takes its image by -i, not as a word.
 bool takesImageOption(const CLI::App& app) {
     const auto called = app.get_subcommands();
     return called.empty() ? app.get_option_no_throw("-i") != nullptr
@@ -101,18 +101,18 @@ std::string explained(CLI::App& app, const CLI::ParseError& error) {
     const auto option = std::find_if(words.begin(), words.end(), [](const std::string& word) {
         return word.size() > 1 && word[0] == '-' && word != "--";
     });
-    if (option != words.end()) // rather than what its absence led to
+    if (option != words.end()) // this explains the call better than the error that followed from it
         return unknownOption(app, *option);
     if (dynamic_cast<const CLI::RequiredError*>(&error) && lacksCommand(app))
         return words.empty() ? "a command is missing" : unknownCommand(app, words.front());
     if (dynamic_cast<const CLI::ExtrasError*>(&error) && !words.empty())
-        return "nothing takes the word '" + words.front() + "'" +
-               (takesImageOption(app) ? " (an image file is named by -i)" : "") +
+        return "unexpected word '" + words.front() + "'" +
+               (takesImageOption(app) ? " (use -i to name an image file)" : "") +
                board::didYouMean(words.front(), knownOptions(app));
     const std::string what = error.what();
     const bool lacksValue = dynamic_cast<const CLI::ArgumentMismatch*>(&error) &&
-                            what.find("missing") != std::string::npos; // else it has several
-    return lacksValue ? what.substr(0, what.find(':')) + ": its value is missing" : what;
+                            what.find("missing") != std::string::npos; // not: it has several
+    return lacksValue ? what.substr(0, what.find(':')) + ": the value is missing" : what;
 }
 
 std::string adviceAfter(CLI::App& app, const CLI::ParseError* error) {
@@ -123,8 +123,8 @@ std::string adviceAfter(CLI::App& app, const CLI::ParseError* error) {
     const std::size_t begin = help.find("Usage: ");
     const std::string usage = help.substr(begin, help.find('\n', begin) - begin);
     const std::size_t program = usage.find(' ') + 1;
-    return usage + "\n`" + usage.substr(program, usage.find(" [OPTIONS]") - program) +
-           " --help` says more.\n";
+    return usage + "\nFor details run `" +
+           usage.substr(program, usage.find(" [OPTIONS]") - program) + " --help`.\n";
 }
 
 } // namespace boardctl

@@ -24,13 +24,13 @@ sigset_t askingSignals() {
 void StopSignals::install() {
     struct sigaction action {};
     sigemptyset(&action.sa_mask);
-    action.sa_flags = 0; // without SA_RESTART: a call that waits must come back
+    action.sa_flags = 0; // without SA_RESTART, so that a waiting call returns
     action.sa_handler = [](int) { asked = 1; };
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
     action.sa_handler = [](int) {};
     sigaction(SIGHUP, &action, nullptr);
-    // Writes fail instead: a reader that went away, a limit on the size of files.
+    // Let writes fail instead: when the reader is gone, or at a limit on the size of files.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }
@@ -49,14 +49,15 @@ bool StopSignals::waitWritable(int descriptor) {
     do
         ready = ::ppoll(&output, 1, asked ? &atOnce : nullptr, &former);
     while (ready < 0 && !asked);
-    if (ready < 0) // asked while it waited
+    if (ready < 0) // interrupted by a request to end
         ready = ::poll(&output, 1, 0);
     pthread_sigmask(SIG_SETMASK, &former, nullptr);
     return ready > 0;
 }
 
 bool StopSignals::waitUntil(std::optional<Clock::time_point> end, int descriptor) {
-    // Blocked while the mark is looked at, open while it waits: none gets lost between the two.
+    // The signals are blocked while `asked` is tested and open only during the wait, so none gets
+    // lost in between.
     const sigset_t signals = askingSignals();
     sigset_t former;
     pthread_sigmask(SIG_BLOCK, &signals, &former);
@@ -70,7 +71,7 @@ bool StopSignals::waitUntil(std::optional<Clock::time_point> end, int descriptor
             left.tv_sec = static_cast<time_t>(span.count() / 1000000000);
             left.tv_nsec = static_cast<long>(span.count() % 1000000000);
         }
-        pollfd input{descriptor, POLLIN, 0}; // one of -1 is passed over
+        pollfd input{descriptor, POLLIN, 0}; // poll ignores -1
         if (::ppoll(&input, 1, end ? &left : nullptr, &former) > 0)
             break;
     }

@@ -5,12 +5,12 @@
 
 namespace boardctl {
 
-/// SIGINT, SIGTERM and SIGHUP, taken in one place for the whole program.
+/// Handles SIGINT, SIGTERM and SIGHUP for the whole program.
 ///
-/// They end nothing by themselves, so that every way out of a command puts back and removes what it
-/// must; but they interrupt a system call that waits, so that no device can keep the program.
-/// SIGINT and SIGTERM ask a command that goes on to end. SIGHUP asks for nothing: what should
-/// outlive its terminal does.
+/// The signals don't end the program by themselves, so a command always restores and removes what
+/// it must. But they interrupt a waiting system call, so a blocked device can't keep the program
+/// from exiting. SIGINT and SIGTERM ask the running command to end. SIGHUP is ignored, except that
+/// it interrupts: a host may outlive its terminal.
 class StopSignals {
 public:
     using Clock = std::chrono::steady_clock;
@@ -18,19 +18,19 @@ public:
     static Clock::duration spanOf(double seconds) {
         return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
     }
-    /// `seconds` from now; none without `seconds`.
+    /// The time `seconds` from now, or none if there are no `seconds`.
     static std::optional<Clock::time_point> endAfter(std::optional<double> seconds) {
         return seconds ? std::optional(Clock::now() + spanOf(*seconds)) : std::nullopt;
     }
 
-    /// Takes the signals from now on. Called once, before any thread exists.
+    /// Installs the handlers. Called once, before any thread exists.
     static void install();
 
-    /// Waits until `end`, for ever without one, or until `descriptor`, if not -1, can be read. True
-    /// where the program was asked to end, also before the call.
+    /// Waits until `end` (forever without one) or until `descriptor`, if not -1, is readable.
+    /// Returns true if the program was asked to end, even before the call.
     static bool waitUntil(std::optional<Clock::time_point> end, int descriptor = -1);
-    /// Waits until something can be written to `descriptor`. False where the program is asked to
-    /// end before: who reads there must not keep it.
+    /// Waits until `descriptor` is writable. Returns false if the program is asked to end first: a
+    /// blocked reader must not keep it from exiting.
     static bool waitWritable(int descriptor);
 
     /// Whether the program was asked to end.

@@ -32,8 +32,7 @@ CLI::Validator seconds(double least, double most) {
     return CLI::Validator(
         [=](const std::string& word) {
             double value = -1;
-            // Written so that what is no number at all, which compares with nothing, is refused
-            // too.
+            // NaN compares false with everything, so this rejects it too.
             const bool fits =
                 CLI::detail::lexical_cast(word, value) && value >= least && value <= most;
             return fits ? std::string()
@@ -53,7 +52,7 @@ CLI::Validator decimal(long long least, long long most) {
             if (error != std::errc() || rest != end || value < least || value > most)
                 return "'" + word + "' (expected " + std::to_string(least) + " to " +
                        std::to_string(most) + ")";
-            word = std::to_string(value); // the parser would take a zero in front for base 8
+            word = std::to_string(value); // the parser would read a leading zero as octal
             return std::string();
         },
         "");

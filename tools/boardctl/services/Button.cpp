@@ -4,7 +4,8 @@
 namespace boardctl {
 
 void addButton(CLI::App& app, Options& options) {
-    CLI::App& button = addGroup(app, "button", "The service button");
+    CLI::App& button =
+        addGroup(app, "button", "The service button: watch it, or let a key press it");
     for (const auto add : {addButtonWatch, addButtonBridge})
         add(button, options);
 }

@@ -26,11 +26,11 @@ struct BridgeWords {
 };
 
 int bridgeButton(const Options& options, const BridgeWords& words) {
-    // A host takes a message at once; where none is there, the bridge looks ever less often.
+    // A running host reads a message at once. Without a host the bridge looks less and less often.
     constexpr auto FIRST_LOOK = std::chrono::milliseconds(2),
                    LAST_LOOK = std::chrono::milliseconds(256);
     if (options.board.empty())
-        throw WrongCall("--board must say which board's button it is");
+        throw WrongCall("--board is missing: it names the board whose button is pressed");
     const BoardProfile board(options);
     const board::NamedPath& button = buttonOf(board);
     board::InputKey key(words.device, words.code);
@@ -61,13 +61,13 @@ int bridgeButton(const Options& options, const BridgeWords& words) {
 void addButtonBridge(CLI::App& button, Options& options) {
     const auto [command, words] = addCommand<BridgeWords>(
         button, options, "bridge",
-        "Make a key of an input device press the button of the board, until SIGINT or SIGTERM",
+        "Let a key of an input device press the button of the board, until SIGINT or SIGTERM",
         bridgeButton);
     command.add_option("EVENT_DEVICE", words.device, "The input device, such as /dev/input/event0")
         ->check(notEmpty())
         ->required()
         ->type_name("");
-    command.add_option("--code", words.code, "The key's code; without this the device's only key")
+    command.add_option("--code", words.code, "The key's code; default: the device's only key")
         ->transform(decimal(0, 767))
         ->option_text("N");
 }

@@ -31,7 +31,7 @@ int watchButton(const Options& options, const WatchWords& words) {
     board::withPlaceInErrors(device, [&](const std::string&) {
         const board::ButtonService button(device, queue);
         complain("watching " + device.path + " until " +
-                 (words.seconds ? "the time is over" : "SIGINT (Ctrl-C)"));
+                 (words.seconds ? "the time is up" : "SIGINT (Ctrl-C)"));
         for (bool isOver = false; !isOver && !hasFailed && !lines.isLost();) {
             isOver = StopSignals::waitUntil(end, queue.descriptor()) ||
                      (end && StopSignals::Clock::now() >= *end);
@@ -49,7 +49,7 @@ void addButtonWatch(CLI::App& button, Options& options) {
     const auto [command, words] =
         addCommand<WatchWords>(button, options, "watch",
                                "Show each press and release until SIGINT or SIGTERM", watchButton);
-    command.add_option("--for", words.seconds, "End after this long")
+    command.add_option("--for", words.seconds, "End after this time")
         ->check(seconds())
         ->option_text("SECONDS");
 }

@@ -52,11 +52,11 @@ int cpu(const Options& options, const CpuWords& words) {
 
 void addCpu(CLI::App& app, Options& options) {
     const auto [command, words] =
-        addCommand<CpuWords>(app, options, "cpu", "Measure how busy the processors are", cpu);
-    command.add_option("--period", words.period, "How long a period is; 1 second without this")
+        addCommand<CpuWords>(app, options, "cpu", "Measure the CPU load", cpu);
+    command.add_option("--period", words.period, "Length of a period; default 1 second")
         ->check(seconds(0.1, 86400))
         ->option_text("SECONDS");
-    command.add_option("--count", words.count, "How many periods; 1 without this")
+    command.add_option("--count", words.count, "Number of periods; default 1")
         ->transform(decimal(1, 1000000000))
         ->option_text("N");
 }

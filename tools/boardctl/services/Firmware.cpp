@@ -49,7 +49,7 @@ int firmware(const Options& options, const FirmwareWords& words) {
 void addFirmware(CLI::App& app, Options& options) {
     const auto [command, words] = addCommand<FirmwareWords>(
         app, options, "firmware", "Show the version of the firmware image", firmware);
-    command.add_option("FILE", words.file, "The information file; without it the board's own")
+    command.add_option("FILE", words.file, "The information file; default: the board's own")
         ->check(notEmpty())
         ->type_name("");
 }
