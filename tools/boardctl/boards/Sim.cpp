@@ -1,7 +1,6 @@
 #include <iostream>
 #include <string>
 
-#include "base/Error.h"
 #include "output/Json.h"
 #include "output/Messages.h"
 #include "output/Progress.h"
@@ -39,9 +38,7 @@ int press(const Options& options, const PressWords& words) {
         throw WrongCall("--board is missing: it names the board whose button is pressed (`boardctl "
                         "sim create DIR` creates a board)");
     const BoardProfile board(options);
-    if (!board.profile().button)
-        throw board::Error(board.profilePath() + ": the board has no button");
-    board::withPlaceInErrors(*board.profile().button, [&](const std::string& pipe) {
+    board::withPlaceInErrors(board.button(), [&](const std::string& pipe) {
         const board::SimulatedButton button(pipe);
         if (button.isHeld())
             complain("waiting until another program releases the button");

@@ -20,6 +20,12 @@ BoardProfile::BoardProfile(const Options& options)
       m_profilePath(profilePathFor(options, m_scratch)),
       m_profile(board::Profile::load(m_profilePath)) {}
 
+const board::NamedPath& BoardProfile::button() const {
+    if (!m_profile.button)
+        throw board::Error(m_profilePath + ": the board has no button (expected a table [button])");
+    return *m_profile.button;
+}
+
 std::vector<std::string> Board::devices(const std::string& kind, const std::string& name) const {
     std::vector<std::string> names, ofKind;
     for (const board::Device& device : m_host.devices()) {

@@ -23,6 +23,9 @@ public:
     const std::string& profilePath() const { return m_profilePath; }
     const board::Profile& profile() const { return m_profile; }
 
+    /// The button of the profile. Throws board::Error if it has none.
+    const board::NamedPath& button() const;
+
 private:
     std::unique_ptr<board::ScratchBoard> m_scratch;
     const std::string m_profilePath;

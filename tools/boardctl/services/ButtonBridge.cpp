@@ -14,7 +14,6 @@
 #include "program/Commands.h"
 #include "program/StopSignals.h"
 #include "program/WordChecks.h"
-#include "services/ButtonOf.h"
 
 namespace boardctl {
 
@@ -32,7 +31,7 @@ int bridgeButton(const Options& options, const BridgeWords& words) {
     if (options.board.empty())
         throw WrongCall("--board is missing: it names the board whose button is pressed");
     const BoardProfile board(options);
-    const board::NamedPath& button = buttonOf(board);
+    const board::NamedPath& button = board.button();
     board::InputKey key(words.device, words.code);
     std::optional<board::ButtonBridge> bridge;
     board::withPlaceInErrors(button,

@@ -10,7 +10,6 @@
 #include "program/Commands.h"
 #include "program/StopSignals.h"
 #include "program/WordChecks.h"
-#include "services/ButtonOf.h"
 
 namespace boardctl {
 
@@ -22,7 +21,7 @@ struct WatchWords {
 
 int watchButton(const Options& options, const WatchWords& words) {
     const BoardProfile board(options);
-    const board::NamedPath& device = buttonOf(board);
+    const board::NamedPath& device = board.button();
     board::EventQueue queue;
     const board::EventTap tap(queue);
     EventLines lines(options.json);
