@@ -27,12 +27,17 @@ fail() {
 
 [[ -x $boardctl ]] || fail "no $boardctl (expected a tree that is built)"
 
-# The LED pipe has one path on every machine: where this is allowed, take a /tmp that nobody else sees; but not
-# where that would hide the program.
+# The LED pipe has the same path on every machine. Take a private /tmp if the machine allows it and the program
+# stays visible; otherwise lock out other tests that use the pipe.
 if [[ -z ${SOAK_PRIVATE-} && $boardctl != /tmp/* ]] && unshare -m true 2>/dev/null; then
     SOAK_PRIVATE=1 exec unshare -m "$0" "$seconds" "${boardctl%/bin/boardctl}"
 fi
-[[ -z ${SOAK_PRIVATE-} ]] || mount -t tmpfs tmp /tmp
+if [[ -n ${SOAK_PRIVATE-} ]]; then
+    mount -t tmpfs tmp /tmp
+else
+    exec {tmp_lock}</tmp
+    flock "$tmp_lock"
+fi
 
 folder=$(mktemp -d)
 board=$folder/board/board.toml

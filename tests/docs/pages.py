@@ -14,6 +14,7 @@ the new one is kept in the current folder.
 """
 import argparse
 import difflib
+import fcntl
 import os
 import pathlib
 import re
@@ -157,16 +158,17 @@ def run(path, programs):
             [step for step in page.steps if isinstance(step, Command)])
 
 
-def give_private_tmp(paths):
-    """Starts this program again with a private /tmp if the machine allows it, because the LED pipe
-    has a fixed path there. Does nothing if the private /tmp would hide a file that is needed."""
-    if any(os.path.realpath(path).startswith("/tmp/") for path in [*paths, os.getcwd(), __file__]):
-        return
+def take_tmp(paths):
+    """Starts this program again with a private /tmp if the machine allows it, because the LED pipe has a fixed
+    path there. If that is impossible or would hide a file that is needed, waits for the other tests that use the
+    pipe and locks them out until this program ends."""
     apart = ["unshare", "--mount"] + (["--map-root-user"] if os.geteuid() else [])
     mount = "mount -t tmpfs tmp /tmp"
-    if subprocess.run([*apart, "sh", "-c", mount], capture_output=True, check=False).returncode == 0:
+    hides = any(os.path.realpath(path).startswith("/tmp/") for path in [*paths, os.getcwd(), __file__])
+    if not hides and subprocess.run([*apart, "sh", "-c", mount], capture_output=True, check=False).returncode == 0:
         again = [*apart, "sh", "-c", mount + ' && exec "$@"', "sh", sys.executable, __file__, "--here", *sys.argv[1:]]
         os.execvp(apart[0], again)
+    fcntl.flock(os.open("/tmp", os.O_RDONLY), fcntl.LOCK_EX)
 
 
 def main():
@@ -177,7 +179,7 @@ def main():
     words = parser.parse_args()
     programs = dict(word.split("=", 1) for word in words.program)
     if not words.here:
-        give_private_tmp([*" ".join(programs.values()).split(), *words.pages])
+        take_tmp([*" ".join(programs.values()).split(), *words.pages])
     failed = False
     pages = [found for page in words.pages for found in (sorted(page.glob("*.md")) if page.is_dir() else [page])]
     for page in pages:

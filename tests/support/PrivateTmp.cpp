@@ -1,30 +1,47 @@
 #include <string>
 
+#include <fcntl.h>
 #include <sched.h>
+#include <sys/file.h>
 #include <sys/mount.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
-// The LED service's pipe has one path on every machine. Linked into a test program, this gives the
-// program and its children a /tmp of their own where the machine allows it; elsewhere tests that
-// open the pipe take turns through ctest's lock of that name.
+// The LED service's pipe has the same path on every machine, so tests of two checkouts would read
+// each other's lines. Linked into a test program, this gives the program and its children a private
+// /tmp if the machine allows it. Otherwise test programs take turns: each holds a lock on /tmp.
 
 namespace {
 
 class PrivateTmp : public testing::Environment {
 public:
     void SetUp() override {
+        if (!isBelowTmp() && makePrivate())
+            return;
+        const int folder = ::open("/tmp", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (::flock(folder, LOCK_EX | LOCK_NB) != 0) {
+            GTEST_LOG_(INFO) << "waiting for other tests that use the LED pipe";
+            ASSERT_EQ(::flock(folder, LOCK_EX), 0) << "can't lock /tmp: another checkout's tests "
+                                                      "may disturb these through the LED pipe";
+        }
+        // The descriptor stays open: the lock ends with the program.
+    }
+
+private:
+    // A private /tmp would hide such a program's own build tree.
+    static bool isBelowTmp() {
         char program[4096] = {};
-        if (::readlink("/proc/self/exe", program, sizeof program - 1) > 0 &&
-            std::string(program).rfind("/tmp/", 0) == 0)
-            return; // in a new /tmp, what was built would be gone
-        // Root can; others would need a new user namespace, which a program with threads can't
-        // enter.
-        if (::unshare(CLONE_NEWNS) == 0 &&
-            ::mount("none", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0 &&
-            ::mount("tmp", "/tmp", "tmpfs", 0, nullptr) != 0)
-            GTEST_LOG_(INFO) << "/tmp is shared with other programs";
+        return ::readlink("/proc/self/exe", program, sizeof program - 1) > 0 &&
+               std::string(program).rfind("/tmp/", 0) == 0;
+    }
+
+    // Root can do this. Other users would need a new user namespace, which a program with threads
+    // can't enter.
+    static bool makePrivate() {
+        return ::unshare(CLONE_NEWNS) == 0 &&
+               ::mount("none", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0 &&
+               ::mount("tmpfs", "/tmp", "tmpfs", 0, nullptr) == 0;
     }
 };
 
