@@ -6,7 +6,7 @@ CDriver::CDriver(const VELM_UUID& did, const String& driverName)
 CDriver::~CDriver() = default;
 
 XCode CDriver::queryInterface(const VELM_UUID& iid, void** object) {
-    // IDriver's IUnknown is the one that stands for the object.
+    // The object's identity is the IUnknown of its IDriver.
     IDriver* const face = iid == IUnknown::IID() || iid == IDriver::IID() ? this : nullptr;
     if (object) {
         if (face)
@@ -21,7 +21,8 @@ unsigned CDriver::addRef() {
 }
 
 unsigned CDriver::release() {
-    // The value that the atomic returned decides: read again, the object may be gone.
+    // Test the value that the atomic returned. Reading the count again could touch a deleted
+    // object.
     const unsigned left = m_count.fetch_sub(1, std::memory_order_acq_rel) - 1;
     if (left == 0)
         delete this;

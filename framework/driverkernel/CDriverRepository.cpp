@@ -37,7 +37,7 @@ XCode CDriverRepository::registerDriver(IDriver* driver) {
 }
 
 XCode CDriverRepository::unregisterDriver(const String& name) {
-    TYPtr<IDriver> removed; // given back after the lock
+    TYPtr<IDriver> removed; // released after the lock
     {
         const TYLockHolder hold(&m_lock);
         const auto found = find(name);
@@ -45,8 +45,8 @@ XCode CDriverRepository::unregisterDriver(const String& name) {
             return notFound(name);
         removed = std::move(*found);
         m_drivers.erase(found);
-        removed->setDriverRepository(
-            nullptr); // under the lock: the driver may be registered anew behind it
+        // Under the lock, because another thread may register the driver again right after it.
+        removed->setDriverRepository(nullptr);
     }
     return XCode();
 }
@@ -85,7 +85,7 @@ std::atomic<IDriverRepository*> replacement{nullptr};
 } // namespace
 
 IDriverRepository* INSTANCE() {
-    // Never destroyed: a driver that outlives main may still ask for it.
+    // Never destroyed: a driver that outlives main may still use it.
     static CDriverRepository* const own = new CDriverRepository;
     IDriverRepository* const other = replacement.load(std::memory_order_acquire);
     return other ? other : own;

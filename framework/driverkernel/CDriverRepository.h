@@ -8,8 +8,8 @@
 #include "TYRecursiveLock.h"
 
 /// The repository behind DRIVER::INSTANCE(). Keeps one counted reference to each driver, in the
-/// order of registration. No reference is given back, and no driver is queried, while the lock is
-/// held: a driver's destructor or query may come back here from another lock.
+/// order of registration. It releases and queries drivers only without its lock: a driver's
+/// destructor or query may take another lock and call the repository again.
 class CDriverRepository : public IDriverRepository {
 public:
     XCode registerDriver(IDriver* driver) override;

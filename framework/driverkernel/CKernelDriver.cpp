@@ -2,8 +2,7 @@
 
 #include "InfoContainer.h"
 
-// The identity is the concrete class's, which overrides getDID; the one given to the base is never
-// seen.
+// The concrete class overrides getDID, so nobody sees the identity passed to the base.
 CKernelDriver::CKernelDriver(IDriverRepository* repository, const String& driverName,
                              const String& endpointName)
     : CDriver(VELM_UUID(VELM_UUID::Value{}, ""), driverName), m_endpointName(endpointName) {

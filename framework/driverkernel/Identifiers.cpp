@@ -4,8 +4,8 @@
 #include "IInfo.h"
 #include "IResourceVoip.h"
 
-// The identifiers that belong to the framework. Version-4 values, chosen once: hosts and drivers
-// that were built apart compare them by value, so they never change.
+// The identifiers that belong to the framework. They never change: hosts and drivers that were
+// built separately compare them by value.
 
 VELM_DEFINE_UUID(IUnknown::IID(), "81895F67-CA8E-4B0E-99AE-F16EFB44BEE2", "IUnknown")
 VELM_DEFINE_UUID(IInfo::IID(), "09D8E762-7D17-48FD-A9FE-0043E775DB78", "IInfo")

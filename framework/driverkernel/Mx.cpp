@@ -22,7 +22,7 @@ struct Mx::Registry {
 };
 
 Mx::Registry& Mx::registry() {
-    // Never destroyed: drivers that outlive main still have their channels.
+    // Never destroyed: drivers that outlive main still use their channels.
     static Registry* const registry = new Registry;
     return *registry;
 }
@@ -87,7 +87,7 @@ XCode Mx::sendReceive(const MxMsg& request, MxMsg& reply) {
     MxMsg answer(request.getCode());
     XCode status;
     {
-        const TYThread::Undisturbed undisturbed; // host code: no wait in it ends the thread
+        const TYThread::Undisturbed undisturbed; // host code: the thread must not be stopped in it
         status = endpoint->handler(request, answer);
     }
     if (!status.isSuccess())

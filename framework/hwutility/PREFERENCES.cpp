@@ -33,7 +33,7 @@ bool parse(const String& text, unsigned minimum, unsigned maximum, unsigned& val
     const char* const digits = text.c_str();
     const bool hexadecimal = text.startsWith("0x") || text.startsWith("0X");
     if (digits[0] < '0' || digits[0] > '9')
-        return false; // strtoull would take blanks and signs
+        return false; // strtoull would accept blanks and signs
     char* end = nullptr;
     errno = 0;
     const unsigned long long number = std::strtoull(digits, &end, hexadecimal ? 16 : 10);
@@ -58,7 +58,7 @@ XCode LOAD(const String& path, String& error) {
             continue;
         const auto equals = line.find('=');
         if (equals == std::string::npos) {
-            RTD::VSYSLOG(LOG_CATEGORY, LOG_ERROR, "%s:%u: '%s' IS NO 'key = value' LINE",
+            RTD::VSYSLOG(LOG_CATEGORY, LOG_ERROR, "%s:%u: '%s' IS NOT A 'key = value' LINE",
                          path.c_str(), number, trimmed.c_str());
             continue;
         }

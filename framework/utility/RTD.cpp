@@ -23,10 +23,10 @@ int highestLevel() {
 }
 
 void writeToStandardError(const String& category, int level, const String& text) {
-    // One write a line, so that lines of several threads and processes stay whole.
+    // One write per line, so that lines of several threads and processes do not mix.
     const String line = String::format("%s %d: %s\n", category.c_str(), level, text.c_str());
     if (::write(STDERR_FILENO, line.c_str(), line.length()) < 0)
-        return; // nobody left to tell
+        return; // nowhere left to report it
 }
 
 std::atomic<LogSink*> currentSink{nullptr};
@@ -36,12 +36,13 @@ std::atomic<LogSink*> currentSink{nullptr};
 void VSYSLOG(const String& category, int level, const char* format, ...) {
     LogSink* const sink = currentSink.load(std::memory_order_acquire);
     if (!sink && level > highestLevel())
-        return; // before it is formatted: traces cost next to nothing where nobody reads them
+        return; // before formatting, so that unread traces cost almost nothing
     va_list arguments;
     va_start(arguments, format);
     const String text = String::vformat(format, arguments);
     va_end(arguments);
-    const TYThread::Undisturbed undisturbed; // a sink is host code: no wait in it ends the thread
+    const TYThread::Undisturbed
+        undisturbed; // a sink is host code: the thread must not be stopped in it
     if (sink)
         sink->write(category, level, text);
     else

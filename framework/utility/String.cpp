@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Formats once where the text fits a line, twice where it does not.
+/// Formats once if the text fits into `line`, otherwise twice.
 __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
     char line[128];
     va_list again;
@@ -53,8 +53,8 @@ String String::vformat(const char* format, va_list arguments) {
 String& String::concatf(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    m_text +=
-        formatted(format, arguments); // made whole first: an argument may point into this text
+    // Formatted completely first: an argument may point into this text.
+    m_text += formatted(format, arguments);
     va_end(arguments);
     return *this;
 }
@@ -82,7 +82,8 @@ bool String::startsWith(const String& prefix) const {
     return m_text.compare(0, prefix.m_text.size(), prefix.m_text) == 0;
 }
 
-// strtoll, not strtol: `long` has 32 bits on the board and 64 here, and both must clamp alike.
+// strtoll, not strtol: `long` has 32 bits on the board and may have 64 here, and both must clamp
+// alike.
 int String::toInteger(int base) const {
     const long long value = std::strtoll(m_text.c_str(), nullptr, base);
     return static_cast<int>(std::clamp<long long>(value, std::numeric_limits<std::int32_t>::min(),

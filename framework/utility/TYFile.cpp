@@ -36,7 +36,7 @@ XCode TYFile::open(int flags, unsigned mode, int extraFlags) {
 
 XCode TYFile::readOnce(char* buffer, unsigned size, unsigned& count, bool wait) {
     count = 0;
-    if (!wait && m_descriptor >= 0) { // a closed file has nothing to ask: the read below fails
+    if (!wait && m_descriptor >= 0) { // if the file is closed, the read below fails
         pollfd data{m_descriptor, POLLIN, 0};
         if (waiting::interruptible([&] { return ::poll(&data, 1, 0); }) == 0)
             return XCode();
@@ -50,8 +50,8 @@ XCode TYFile::readOnce(char* buffer, unsigned size, unsigned& count, bool wait) 
 }
 
 XCode TYFile::close() {
-    // After a failure too the descriptor is gone; closing it again could hit another thread's new
-    // file.
+    // The system frees the descriptor even on failure. Closing it again could close another
+    // thread's new file.
     const int descriptor = std::exchange(m_descriptor, -1);
     if (descriptor < 0 || ::close(descriptor) == 0)
         return XCode();

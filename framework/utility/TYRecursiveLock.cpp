@@ -1,5 +1,7 @@
 #include "TYRecursiveLock.h"
 
+TYLock::~TYLock() = default;
+
 void TYRecursiveLock::lock() {
     m_mutex.lock();
 }

@@ -26,7 +26,7 @@ XCode failure(const char* what, int error = 0) {
                  error ? String::format("%s: %s", what, std::strerror(error)) : String(what));
 }
 
-// Faults are left open: a blocked fault kills the process without the host's crash report.
+// Faults stay unblocked: a blocked fault kills the process without the host's crash report.
 sigset_t everySignalButFaults() {
     sigset_t signals;
     sigfillset(&signals);
@@ -41,26 +41,28 @@ struct TYThread::Control {
     explicit Control(TYThread& t, const String& n)
         : thread(t), name(n.c_str(), n.length() < 15 ? n.length() : 15) {}
 
-    TYThread& thread; // touched only before the body returns
+    TYThread& thread; // not used after the body returns
     const String name;
     waiting::State state;
 
-    std::mutex mutex; // guards what follows
+    std::mutex mutex; // guards the members below
     std::condition_variable changed;
     pthread_t handle{};
     int tid = 0;
     bool ended = false;
-    bool released = false; // joined or detached: the handle is the system's again
+    bool released = false; // joined or detached: the handle is no longer ours
     bool joinable = true;
     XCode result;
 };
+
+TYRunnable::~TYRunnable() = default;
 
 TYThread::TYThread(const String& name, TYRunnable* runnable) : m_name(name), m_runnable(runnable) {}
 
 TYThread::~TYThread() {
     static_cast<void>(TYThread::stop());
-    static_cast<void>(
-        TYThread::detach()); // reached alive only on the thread itself, which can't be awaited
+    // Has an effect only on the thread itself, which can't wait for its own end.
+    static_cast<void>(TYThread::detach());
 }
 
 XCode TYThread::runThread() {
@@ -77,8 +79,8 @@ void* TYThread::body(void* argument) {
         control->changed.notify_all();
     }
 
-    // A destructor, so that host code which ends the thread by the system's own means is seen to
-    // end too.
+    // A destructor, so that the end is also recorded if host code ends the thread with
+    // pthread_exit or pthread_cancel.
     struct Ending {
         Control& control;
         XCode result;
@@ -102,15 +104,15 @@ XCode TYThread::start(const String& name) {
     if (isAlive())
         return failure("THREAD RUNS ALREADY");
     if (m_control)
-        static_cast<void>(TYThread::detach()); // ended by itself and never joined
+        static_cast<void>(TYThread::detach()); // it ended by itself and was never joined
 
     waiting::installHandler();
     const auto control = std::make_shared<Control>(*this, name.isEmpty() ? m_name : name);
-    m_control = control; // before the thread exists: it may ask for itself at once
+    m_control = control; // before the thread exists, which may use it at once
     const sigset_t blocked = everySignalButFaults();
     sigset_t former;
-    pthread_sigmask(SIG_SETMASK, &blocked,
-                    &former); // the new thread inherits it from its first instruction
+    // The new thread inherits the mask, so it applies from its first instruction.
+    pthread_sigmask(SIG_SETMASK, &blocked, &former);
     int error;
     {
         std::unique_lock<std::mutex> hold(control->mutex);
@@ -226,8 +228,8 @@ XCode TYThread::getBacktrace(String& text) const {
 XCode TYThread::getSchedulingPolicy(int& policy, int& priority) const {
     if (!m_control)
         return failure("NO THREAD RUNS");
-    const std::lock_guard<std::mutex> hold(
-        m_control->mutex); // a handle is good only until the thread ends
+    // The handle is valid only until the thread ends.
+    const std::lock_guard<std::mutex> hold(m_control->mutex);
     if (m_control->ended)
         return failure("NO THREAD RUNS");
     sched_param parameters{};

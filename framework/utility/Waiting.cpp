@@ -27,7 +27,7 @@ void installHandler() {
         struct sigaction action {};
         action.sa_handler = [](int) {};
         sigemptyset(&action.sa_mask);
-        action.sa_flags = 0; // without SA_RESTART: the waiting call must come back
+        action.sa_flags = 0; // without SA_RESTART: the waiting call must return
         sigaction(wakeSignal(), &action, nullptr);
     });
 }

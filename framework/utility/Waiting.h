@@ -3,47 +3,46 @@
 #include <atomic>
 #include <cerrno>
 
-/// How a framework thread waits so that it can be ended there and nowhere else.
+/// How a framework thread waits so that it can be stopped there and nowhere else.
 ///
-/// The stopping thread sets `stopRequested` and then sends SIGURG, again and again until the thread
-/// has ended, since one signal may come just before the system call and be lost. The signal is
+/// The stopping thread sets `stopRequested` and then sends SIGURG repeatedly until the thread has
+/// ended, because one signal may arrive just before the system call and be lost. The signal is
 /// blocked outside the one call that waits, so host code never sees an interrupted call. After a
-/// call that yields a descriptor the mark is looked at only once the descriptor has an owner;
-/// cancellation by the system would lose it.
+/// call that returns a descriptor, `stopRequested` is checked only once the descriptor has an
+/// owner; pthread_cancel would lose it.
 namespace waiting {
 
-/// What a thread and those who stop it share. One for each run of a thread.
+/// Shared by a thread and those who stop it. Each run of a thread has a new one.
 struct State {
     std::atomic<bool> stopRequested{false};
-    std::atomic<bool> inCall{false}; ///< within the one call; only then is a signal of any use
+    std::atomic<bool> inCall{false}; ///< in the call that waits; a signal works only then
 };
 
-/// Thrown to unwind a thread's stack; caught by the framework alone. Derived from nothing, so that
-/// no handler for errors takes it for one.
+/// Thrown to unwind a thread's stack and caught only by the framework. It has no base class, so no
+/// handler for errors catches it.
 struct ThreadStopped {};
 
-/// The signal that interrupts a wait. Ignored by default, so a stray one harms nobody.
+/// The signal that interrupts a wait. It is ignored by default, so a stray one does no harm.
 int wakeSignal();
 
-/// Installs the handler of the wake signal, once in a process. It does nothing: interrupting is the
-/// point.
+/// Installs the handler of the wake signal, once per process. The handler does nothing; its only
+/// purpose is to interrupt the call.
 void installHandler();
 
-/// The calling thread's state; null on a thread that is not the framework's.
+/// The calling thread's state; null if the framework did not start the thread.
 State*& current();
 
-/// Whether the calling thread is in host code, where it can't be ended.
+/// True while the calling thread is in host code, where it can't be stopped.
 bool& undisturbed();
 
-/// Whether somebody has asked the calling thread to end, and it can be ended here.
+/// Returns whether the calling thread was asked to stop and can be stopped here.
 bool stopRequested();
 
-/// Ends the calling thread if somebody has asked for it; returns false where nobody has. While a
-/// destructor runs because the stack is being unwound already it returns true: a second exception
-/// would end the process.
+/// Ends the calling thread if it was asked to stop; returns false otherwise. Returns true if the
+/// stack is being unwound already: a second exception would end the process.
 bool endIfStopped();
 
-/// Opens the window in which the wake signal gets through; none where the thread can't be ended.
+/// Lets the wake signal through while it lives. Does nothing if the thread can't be stopped.
 class Window {
 public:
     Window();
@@ -55,10 +54,10 @@ private:
     State* const m_state;
 };
 
-/// Runs `call`, a system call that returns -1 with errno where it fails, again after each
-/// interruption. Ends the calling thread where that is asked for and the call has yielded nothing
-/// (within a destructor the call then fails as interrupted); otherwise returns what it returned; a
-/// caller that got a descriptor must let go of it before it calls `endIfStopped`.
+/// Runs `call`, a system call that returns -1 and sets errno on failure, and repeats it after each
+/// interruption. Ends the calling thread if it was asked to stop before the call succeeded; if the
+/// stack is being unwound, fails with EINTR instead. A caller that received a descriptor must close
+/// it before it calls `endIfStopped`.
 template <class Call>
 auto interruptible(Call call) -> decltype(call()) {
     for (;;) {

@@ -14,8 +14,8 @@ namespace {
 constexpr std::int32_t INLINE_MIN = -(1 << 30);
 constexpr std::int32_t INLINE_MAX = (1 << 30) - 1;
 
-// Widening first keeps the sign on 64 bits, so that the plain failure is the word of all ones there
-// too; the shift itself is unsigned, because shifting a negative number is not defined.
+// Widening first keeps the sign on 64 bits, so the plain failure is the word of all ones there too.
+// The shift is unsigned, because shifting a negative number is undefined.
 std::uintptr_t inlineWord(std::int32_t code) {
     return (static_cast<std::uintptr_t>(static_cast<std::intptr_t>(code)) << 1) | 1U;
 }
@@ -23,8 +23,8 @@ std::uintptr_t inlineWord(std::int32_t code) {
 } // namespace
 
 XCode::Record* XCode::record() const noexcept {
-    return reinterpret_cast<Record*>(
-        m_word); // NOLINT(performance-no-int-to-ptr): one word holds either
+    // The word holds either a code or a pointer.
+    return reinterpret_cast<Record*>(m_word); // NOLINT(performance-no-int-to-ptr)
 }
 
 XCode::XCode(std::int32_t code)
@@ -57,7 +57,7 @@ void XCode::dropRecord() noexcept {
 std::int32_t XCode::getCode() const noexcept {
     if (!isInline())
         return record()->code;
-    // Undoes the shift with the sign kept, in 32 bits: an inline code has at most 31.
+    // Undoes the shift and keeps the sign. 32 bits are enough: an inline code has at most 31.
     const auto shifted = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_word));
     return (shifted - 1) / 2;
 }

@@ -1,3 +1,0 @@
-#include "TYLock.h"
-
-TYLock::~TYLock() = default;

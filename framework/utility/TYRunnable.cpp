@@ -1,3 +1,0 @@
-#include "TYRunnable.h"
-
-TYRunnable::~TYRunnable() = default;
