@@ -2,5 +2,5 @@
 
 #include <cstddef>
 
-/// How often this program has taken memory by `new` so far, the libraries that it loads included.
+/// The number of calls of `new` so far, including those in the loaded libraries.
 std::size_t allocations();

@@ -8,7 +8,7 @@ inline void put16(std::string& image, std::size_t value) {
     image += static_cast<char>(value & 0xFFU);
 }
 
-/// 512 bytes with 40 tags as on a board: addresses, numbers, texts; the last, 0x800E, says 120 DSP
+/// 512 bytes with 40 tags as on a board: addresses, numbers, texts. The last, 0x800E, holds 120 DSP
 /// channels.
 inline std::string makeBoardImage() {
     std::string image;

@@ -5,7 +5,7 @@
 #include "Mx.h"
 #include "Succeed.h"
 
-/// A kernel driver that answers whatever the library's drivers ask; connect them to ENDPOINT.
+/// A kernel driver that answers every question of the library's drivers, published as ENDPOINT.
 class Kernel {
 public:
     static constexpr char ENDPOINT[] = "kernel";

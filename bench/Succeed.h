@@ -4,7 +4,7 @@
 
 #include "XCode.h"
 
-/// A benchmark of what fails measures nothing.
+/// Aborts on failure: a benchmark of a failing operation measures nothing.
 inline void succeed(const XCode& status) {
     if (!status.isSuccess())
         std::abort();

@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-/// A file of its own below /tmp, removed at the end.
+/// A new file below /tmp, removed with the object.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const std::string& content) {

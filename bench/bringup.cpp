@@ -1,5 +1,5 @@
-// What a host process does before it serves: loads the library, connects four drivers, reads the
-// descriptor and settles the VoIP capacity. The argument is the descriptor's image.
+// The start of a host process: loads the library, connects four drivers, reads the descriptor and
+// determines the VoIP capacity. The argument is the descriptor's image.
 
 #include "CBoardDescr.h"
 #include "CFanControl.h"

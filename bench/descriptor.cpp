@@ -1,5 +1,5 @@
-// The board descriptor: loading, storing, finding and reporting, each beside the least that does
-// the same.
+// The board descriptor: loading, storing, finding and reporting, each compared with the least code
+// that does the same.
 
 #include <cstdio>
 #include <cstdlib>
@@ -26,8 +26,7 @@ unsigned get16(const std::string& image, std::size_t at) {
            static_cast<unsigned char>(image[at + 1]);
 }
 
-/// An image of `size` bytes with `tags` tags, whose data have even lengths, the last one's
-/// included.
+/// An image of `size` bytes with `tags` tags. The data of every tag has an even length.
 std::string makeImage(std::size_t size, unsigned tags) {
     std::string image;
     for (unsigned i = 0; i < tags; ++i) {
@@ -148,7 +147,7 @@ void report(benchmark::State& state) {
 }
 BENCHMARK(report)->Name("formatted report of 40 tags");
 
-/// The same rows, printed into a buffer that is used again for each.
+/// The same rows, printed into one buffer that is reused for each.
 void reportFloor(benchmark::State& state) {
     const std::vector<Chunk> chunks = copyChunks(makeBoardImage());
     for (auto _ : state)

@@ -1,10 +1,8 @@
-// The floor of every process: what the loader does for a C++ program before and after it does
-// nothing.
+// The floor of every process: the loader's work before and after a C++ program that does nothing.
 
 #include <string>
 
 int main(int count, char**) {
-    return std::to_string(count) == "1"
-               ? 0
-               : 1; // the C++ library is needed, or the linker may leave it out
+    return std::to_string(count) == "1" ? 0
+                                        : 1; // uses the C++ library, so that the linker keeps it
 }

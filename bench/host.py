@@ -1,4 +1,4 @@
-"""What a hosted board takes while nothing happens: memory, wakes, time of a core."""
+"""Measures an idle hosted board: memory, wakeups, processor time."""
 
 import contextlib
 import glob
@@ -22,8 +22,8 @@ def processor():
 
 
 class Hosted:
-    """A board of ordinary files, hosted until the end of the `with`. The pipes of a simulated board's LEDs would be
-    read by its host, which nobody does on a real one."""
+    """Hosts a board of ordinary files until the end of the `with`. Not a simulated board: its host
+    also reads the LEDs' pipes, which costs time and does not happen on a real board."""
 
     def __init__(self, tree):
         self.boardctl = tree + "/bin/boardctl"
@@ -68,7 +68,7 @@ class Hosted:
 
 
 def peak_memory(tree):
-    """In kB, and that of a program with two threads that do nothing."""
+    """The memory in kB, and that of a program with two idle threads."""
     with Hosted(tree) as hosted:
         time.sleep(1)
         memory = hosted.memory()
@@ -79,7 +79,7 @@ def peak_memory(tree):
 
 
 def at_rest(tree):
-    """Wakes a second, and per cent of a core."""
+    """Wakeups per second, and the percentage of a core."""
     with Hosted(tree) as hosted:
         time.sleep(1)
         wakes, busy, start = hosted.wakes(), hosted.nanoseconds(), time.monotonic()

@@ -1,4 +1,4 @@
-// The kernel-backed drivers: what an operation costs beside the calls of the system that it makes.
+// The kernel-backed drivers: each operation compared with the system calls that it makes.
 
 #include <cstdio>
 #include <cstdlib>
@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t RECORD = 16;
 constexpr std::size_t LED_RECORD = 4;
 
-/// What an operation of a driver takes; memory too, which the first may need and no later one.
+/// Measures an operation of a driver. Only its first call may allocate memory.
 template <class Driver, class Operation>
 void measure(benchmark::State& state, Operation operation) {
     const TemporaryFile device("41500\n");

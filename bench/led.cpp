@@ -1,4 +1,4 @@
-// The LED sequencer: a tick beside the writes that it can't do without, and one command line.
+// The LED sequencer: a tick, compared with the writes that it needs, and one command line.
 
 #include <cstdlib>
 #include <string>
@@ -30,7 +30,7 @@ public:
     using LedCtrl::update;
 };
 
-/// The files of 32 LEDs, ordinary ones in a folder of their own.
+/// The files of 32 LEDs: ordinary files in a temporary folder.
 class LedFiles {
 public:
     LedFiles() {
@@ -62,7 +62,7 @@ private:
     std::vector<LedCtrl::FileNameMap> m_map;
 };
 
-/// Both kinds of roll, blinking and steady actions, none of which ends while it is measured.
+/// Both kinds of roll, blinking and steady actions. None of them ends during the measurement.
 std::vector<LedCtrl::CmdDef> actions() {
     std::vector<LedCtrl::CmdDef> rows;
     constexpr std::int32_t KINDS[] = {LedCtrl::ACTION_ROLL_UP, LedCtrl::ACTION_BLINK,

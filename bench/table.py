@@ -1,8 +1,8 @@
 """Runs the benchmarks of a build tree and prints each figure beside its floor.
 
-A figure NAME has its floor, the same work done with nothing but system calls or the standard library, in
-"NAME/floor". Both are measured in the same run and in turns, and the smallest of their times is compared: what
-disturbs a machine only ever adds.
+The floor of a figure NAME is "NAME/floor": the same work done with system calls or the standard
+library alone. Both are measured alternately in the same run, and their smallest times are compared,
+because disturbances only add time.
 """
 
 import datetime
@@ -14,7 +14,7 @@ import sys
 
 import host
 
-# The most that a figure may be: a multiple of its floor, or nanoseconds where it has none.
+# The limit of a figure: a multiple of its floor, or nanoseconds if it has no floor.
 LIMITS = {
     "getTemperature": 1.05,
     "getActualFanSpeed": 1.05,
@@ -32,14 +32,14 @@ LIMITS = {
     "bring-up": 2,
     "boardctl bd dump": 3,
 }
-# Taken by `new` in all iterations together: the drivers and the LEDs need none once they run.
+# Calls of `new` in all iterations together: running drivers and LEDs need none.
 MOST_ALLOCATIONS = 0
-# A load costs no more for each tag where there are more of them.
+# The cost of a load per tag does not grow with the number of tags.
 PER_TAG = [("load 64 KiB, 1000 tags", 1000), ("load 64 KiB, 10000 tags", 10000)]
 MOST_BYTES = 96 * 1024
 MOST_MEMORY = 2
-MOST_WAKES = 11  # a second; ten are the ticks of the LEDs
-MOST_CORE = 0.2  # per cent
+MOST_WAKES = 11  # per second; ten are the ticks of the LEDs
+MOST_CORE = 0.2  # percent
 
 
 def measure(program):

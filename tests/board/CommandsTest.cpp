@@ -26,7 +26,7 @@ Outcome call(std::vector<std::string> words) {
     return support::boardctl(words);
 }
 
-/// The edited EEPROM begins with `image`, and is erased behind it.
+/// The edited EEPROM begins with `image`; the rest of it is erased.
 void expectHeld(const std::string& image) {
     const std::string held = eepromOutside();
     EXPECT_EQ(held.substr(0, image.size()), image);

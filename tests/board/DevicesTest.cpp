@@ -16,7 +16,7 @@ using namespace onboard;
 
 namespace {
 
-/// A driver of the hosted board, as its clients find it.
+/// A driver of the hosted board, found as its clients find it.
 template <class Interface>
 TYPPtr<Interface> driver(const char* name) {
     TYPPtr<Interface> face;
@@ -41,7 +41,7 @@ protected:
 
 struct Fan : Devices {
     Fan() : Devices("fan") {}
-    /// The level that its eight lines carry.
+    /// The level on its eight lines.
     static int lines() {
         int level = 0;
         for (int bit = 0; bit < 8; ++bit)
@@ -60,7 +60,7 @@ struct Led : Devices {
     const std::string brightness = locate("led:pca955x:alarm");
 };
 
-/// A board with one device only.
+/// A board with only one device.
 board::Profile profileOf(const support::TempDir& dir, const std::string& text) {
     dir.write("board.toml", text);
     return board::Profile::load(dir.path("board.toml"));
@@ -93,7 +93,7 @@ TEST_F(Fan, IsNotHeldByOneThatIsNotEnabled) {
     const board::Host second(unaware);
     const auto fan = driver<IFanControl>("unaware");
     EXPECT_TRUE(fan->setFanSpeed(IFanControl::FAN_SPEED_LOW).isSuccess());
-    EXPECT_EQ(read(pwm), "255"); // without a hand on it, it turns at full speed
+    EXPECT_EQ(read(pwm), "255"); // without manual control it runs at full speed
     EXPECT_NE(board::setFan(second, "unaware", IFanControl::FAN_SPEED_LOW).fault, "");
     const support::TempDir other;
     const board::Profile aware =
@@ -123,7 +123,7 @@ TEST_F(Fan, TakesARecordWithZeroBytesAndNothingThatIsNoLevel) {
 
 TEST_F(Thermal, FollowsTheSensorFromFrostToHeat) {
     const auto sensor = driver<IThermalSensor>("thermal");
-    // The chip measures in steps of a sixteenth of a degree.
+    // The chip measures in steps of 1/16 degree.
     const std::pair<const char*, float> table[] = {
         {"-40000", -40.0F}, {"-125", -0.125F}, {"0", 0.0F},        {"25500", 25.5F},
         {"42625", 42.625F}, {"85000", 85.0F},  {"125000", 125.0F}, {"-1000", -1.0F}};
@@ -152,7 +152,7 @@ TEST_F(Thermal, FailsWhileItsDriverIsAwayAndComesBack) {
                   "the temperature can't be read: " + file +
                       ": can't open: No such file or directory");
     }
-    // Its number may be another one now: a new host finds it by its name.
+    // Its number may have changed: a new host finds it by its name.
     const support::TempDir dir;
     const board::Profile again = profileOf(
         dir, "[[thermal]]\nname = 'again'\nmaximum = 85\ndevice = 'hwmon:tmp105/temp1_input'\n");
@@ -162,7 +162,7 @@ TEST_F(Thermal, FailsWhileItsDriverIsAwayAndComesBack) {
 
 TEST_F(Led, ShowsEachStateAndGivesItBackAfterBothOverlays) {
     const auto led = driver<ILedControl>("alarm");
-    // The kernel writes a chip behind a bus after it has answered, and reads the chip.
+    // The kernel writes to a chip on a bus after the call has returned, and reads from the chip.
     const auto shows = [&](unsigned expected) {
         unsigned state = 9;
         EXPECT_TRUE(
@@ -216,7 +216,7 @@ TEST_F(Led, WrittenToZeroLosesItsTrigger) {
     EXPECT_TRUE(until([&] { return read(brightness) == "255"; }));
     EXPECT_TRUE(driver<ILedControl>("alarm")->setLedStatus(0).isSuccess());
     EXPECT_EQ(read(trigger).rfind("[none]", 0), 0U) << read(trigger);
-    // As with a maximum of one, what is above it is no error.
+    // As with a maximum of 1, a value above it is not an error.
     EXPECT_EQ(write(brightness, "256"), "3");
     EXPECT_TRUE(until([&] { return read(brightness) == "255"; }));
     EXPECT_EQ(write(brightness, "0"), "1");

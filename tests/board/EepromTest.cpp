@@ -15,7 +15,7 @@ namespace {
 constexpr char PATH[] = "/sys/bus/i2c/devices/1-0050/eeprom";
 constexpr unsigned SIZE = 512;
 
-/// The descriptor's driver as a host gets it from the library.
+/// The descriptor's driver, created as a host creates it.
 class Descriptor {
 public:
     Descriptor() : m_driver(TYPPtr<CDriver>::adopt(CREATE_BD())) {}
@@ -50,7 +50,7 @@ std::string pattern(std::size_t size, unsigned first) {
     return bytes;
 }
 
-/// A list whose image has `size` bytes: one tag where there is room, and the terminator.
+/// A list whose image has `size` bytes: one tag if there is room, and the terminator.
 struct List {
     explicit List(unsigned size) : data(pattern(size > 4 ? size - 8 : 0, size)) {
         if (size > 4) {
@@ -79,8 +79,8 @@ struct List {
     std::string image;
 };
 
-/// Images of these lengths, each shorter than the one before, leave a byte or more of each on the
-/// device.
+/// Lengths of images, each shorter than the one before, so that at least a byte of each is left on
+/// the device.
 constexpr unsigned LENGTHS[] = {511, 510, 128, 17, 16, 15, 2, 1};
 
 std::string afterRawWrites() {
@@ -92,7 +92,7 @@ std::string afterRawWrites() {
 
 } // namespace
 
-// The next two in this order: an EEPROM is erased once.
+// The next two tests depend on this order: the EEPROM is erased only once.
 TEST(Boot1Eeprom, ReadsAsTheTerminatorAloneWhileItIsErased) {
     const Descriptor descriptor;
     EXPECT_EQ(descriptor.readRaw(), std::string(SIZE, '\xFF'));
@@ -136,7 +136,7 @@ TEST(Boot3Eeprom, TakesWhatFitsOfAWriteThatIsTooLong) {
     EXPECT_EQ(onboard::write(PATH, std::string(600, 'x')), "512");
     EXPECT_EQ(eepromOutside(), std::string(SIZE, 'x'));
     EXPECT_EQ(onboard::write(PATH, "x", SIZE), "EFBIG");
-    // A driver that believes in a larger device does not notice.
+    // A driver that expects a larger device does not notice.
     CBoardDescr larger(PATH, 128, 1024);
     String error;
     EXPECT_TRUE(larger.writeRawBD(bytesOf(std::string(600, 'y')), error).isSuccess());

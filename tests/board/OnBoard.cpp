@@ -18,7 +18,7 @@ namespace onboard {
 
 namespace {
 
-/// The console, behind which somebody answers requests.
+/// The console. The program at its other end answers requests.
 class Console {
 public:
     Console() : m_file(::open("/dev/console", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
@@ -26,7 +26,7 @@ public:
         if (::tcgetattr(m_file, &settings) != 0)
             throw std::runtime_error("no console");
         settings.c_lflag &=
-            ~static_cast<tcflag_t>(ECHO); // answers would stand among what the tests print
+            ~static_cast<tcflag_t>(ECHO); // otherwise answers mix with the output of the tests
         ::tcsetattr(m_file, TCSANOW, &settings);
     }
     ~Console() { ::close(m_file); }
@@ -41,7 +41,7 @@ public:
         pollfd input{m_file, POLLIN, 0};
         if (::poll(&input, 1, 30000) != 1)
             throw std::runtime_error("no answer to: " + request);
-        char answer[4096]; // the most that a terminal gives as one line
+        char answer[4096]; // the longest line that a terminal delivers
         const ssize_t got = ::read(m_file, answer, sizeof answer);
         const std::string text(answer, got > 0 ? static_cast<std::size_t>(got) - 1 : 0);
         if (text.rfind("FAILED", 0) == 0)

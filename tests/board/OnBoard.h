@@ -6,14 +6,14 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 
-/// What the tests on the emulated board share. They write its devices, and run nowhere else: their
-/// program ends at once where it is not on that board.
+/// Helpers for the tests on the emulated board. The tests write to devices, so their program ends
+/// at once if it does not run on that board.
 namespace onboard {
 
-/// The profile that is shipped for a board with drivers of the kernel.
+/// The shipped profile for a board with kernel drivers.
 constexpr char PROFILE[] = "/etc/board.toml";
 
-/// Objects of the emulated machine, seen from outside.
+/// Objects of the emulator, outside the emulated machine.
 constexpr char SENSOR[] = "/machine/peripheral/sensor";
 constexpr char LED_CHIP[] = "/machine/peripheral/leds";
 constexpr char LINES[] = "/machine/soc/gpio";
@@ -21,24 +21,24 @@ constexpr char STATUS_LINE[] = "gpioB0";
 constexpr char SECOND_LINE[] = "gpioB1";
 constexpr char BUTTON_LINE[] = "gpioC0";
 
-/// Sets and reads properties of such objects, values as JSON. Throw where the machine refuses.
+/// Sets and reads properties of such objects as JSON values. Throw if the emulator refuses.
 void set(const std::string& object, const std::string& property, const std::string& value);
 std::string get(const std::string& object, const std::string& property);
 
-/// The bytes of the EEPROM, read past the board in the file that stands behind it.
+/// The bytes of the EEPROM, read from the emulator's file and not through the board.
 std::string eepromOutside();
 
-/// Where the kernel shows a device, named as in a profile. Throws where it is not there.
+/// The path of a device that is named as in a profile. Throws if there is none.
 std::string locate(const std::string& device);
 
-/// What an attribute reads as, without its newline; "ENODEV" and so on where it can't be read.
+/// The text of an attribute without its newline, or an error such as "ENODEV" if reading fails.
 std::string read(const std::string& path);
-/// One write of `bytes`, `at` an offset where that is not 0: how many were taken, or "EINVAL" and
-/// so on.
+/// Writes `bytes` in one call at the offset `at`. Returns the number of bytes written, or an error
+/// such as "EINVAL".
 std::string write(const std::string& path, const std::string& bytes, long at = 0);
 
-/// A device without its driver while this lives, as after the driver was unloaded. `driver` is its
-/// folder below /sys/bus.
+/// Detaches a device from its driver while it lives. `driver` is the driver's folder below
+/// /sys/bus.
 class Unbound {
 public:
     Unbound(const std::string& driver, const std::string& device);
@@ -51,7 +51,8 @@ private:
     const std::string m_device;
 };
 
-/// Asks again until `isReached`; false after half a minute, which only a fault takes.
+/// Polls until `isReached` returns true. Returns false after half a minute, which only a fault
+/// takes.
 template <class Condition>
 bool until(Condition isReached) {
     using Clock = std::chrono::steady_clock;

@@ -37,7 +37,7 @@ std::size_t countOf(const std::string& text, const std::string& part) {
     return count;
 }
 
-/// The button, its pipe in a folder of the test's own, and a key to follow it by.
+/// The button, its pipe in a temporary folder, and the key that reports it.
 class Button : public testing::Test {
 protected:
     Button() {
@@ -57,7 +57,7 @@ protected:
         return more;
     }
 
-    /// Moves the button from outside, and returns when the kernel has told.
+    /// Moves the button from outside the board and returns once the kernel has reported it.
     void move(bool down) {
         set(LINES, BUTTON_LINE, down ? "true" : "false");
         ASSERT_TRUE(until([&] {
@@ -66,14 +66,14 @@ protected:
         }));
     }
 
-    /// What a program that watches the button has told of `event` until now.
+    /// The reports of `event` so far from a program that watches the button.
     std::size_t told(const char* event) const { return countOf(dir.read("watch"), event); }
 
     const TempDir dir;
     board::InputKey key{KEYS, KEY};
 };
 
-/// A thread that keeps one processor busy.
+/// Keeps one processor busy while it lives.
 class Spinner {
 public:
     Spinner()
@@ -93,7 +93,7 @@ private:
     std::thread m_thread;
 };
 
-/// The load over a period in which the processors were idle for a second, all together.
+/// The load over a period in which all processors together were idle for a second.
 unsigned short loadOverAPeriod() {
     CpuLoad meter;
     EXPECT_TRUE(meter.setup().isSuccess());
@@ -153,7 +153,7 @@ TEST(LedSequencer, GoesOnWithoutALedWhoseDriverIsAway) {
         const Unbound away("i2c/drivers/leds-pca955x", "1-0060");
         EXPECT_TRUE(blinks([] { return isLit(STATUS_LINE); }));
     }
-    // There again, but the service holds the file of the one that went.
+    // The device is back, but the service still holds the file of the old one.
     EXPECT_TRUE(blinks([] { return isLit(STATUS_LINE); }));
     EXPECT_EQ(read(locate("led:pca955x:alarm")), "0");
     leds->release();
@@ -190,7 +190,7 @@ TEST_F(Button, ReachesTheMonitorThroughTheBridgeWithTheTimeItWasHeld) {
 TEST_F(Button, PressedOftenWhileNobodyWatchesArrivesInOrder) {
     Program bridge(words({"bridge", KEYS}));
     ASSERT_TRUE(bridge.waitForOutput("key 148"));
-    for (int i = 0; i < 50; ++i) { // more than the kernel keeps
+    for (int i = 0; i < 50; ++i) { // more than the kernel buffers
         move(true);
         move(false);
     }
@@ -224,7 +224,7 @@ TEST(CpuLoad, IsHigherWhenAProcessorIsBusy) {
     const unsigned short idle = loadOverAPeriod();
     unsigned short busy = 0;
     {
-        const Spinner spinner; // of two processors
+        const Spinner spinner; // on one of two processors
         busy = loadOverAPeriod();
     }
     EXPECT_LT(idle, 25);

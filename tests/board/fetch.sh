@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# fetch.sh FOLDER: Debian's kernel for 32-bit ARM and a static shell, unpacked into FOLDER/system; nothing is
-# installed, and the machine's package state is not touched. What is there is not fetched again.
+# fetch.sh FOLDER: downloads Debian's kernel for 32-bit ARM and a static shell and unpacks them into
+# FOLDER/system, unless they are there already. Installs nothing and does not change the machine's
+# package state.
 set -euo pipefail
 PATH=$PATH:/usr/sbin:/sbin
 
@@ -29,8 +30,8 @@ apt_armhf() {
         -o Acquire::Languages=none -o Acquire::Retries=3 -o APT::Sandbox::User=root "$@" </dev/null >>"$log" 2>&1
 }
 
-# Where this machine gets its packages from, as lines "MIRROR SUITE", the running release first. apt itself is
-# asked, as sources are written in several forms.
+# The package sources of this machine as lines "MIRROR SUITE", the running release first. Asks apt,
+# because source lists have several formats.
 sources() {
     local release
     release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
@@ -40,7 +41,7 @@ sources() {
             END { printf "%s", others }'
 }
 
-# One release alone: of two, the kernel would be that of the newer one, whatever this machine runs.
+# Uses one release only: of two, apt would choose the kernel of the newer one.
 find_source() {
     local keys=/usr/share/keyrings/debian-archive-keyring.gpg mirror suite
     while read -r mirror suite; do
@@ -52,7 +53,7 @@ find_source() {
     fail "none of the mirrors in this machine's apt sources can be reached and has Debian's packages for armhf"
 }
 
-# The file of a package in the current folder, the newest one where an interrupted run has left others.
+# The file of a package in the current folder; the newest if an interrupted run left others.
 deb() { find . -name "$1_*.deb" -printf '%T@ %p\n' | sort -n | tail -n 1 | cut -d ' ' -f 2; }
 
 mkdir -p "$apt"/{state,lists,none,cache/archives}/partial "$folder/packages"
@@ -60,7 +61,7 @@ mkdir -p "$apt"/{state,lists,none,cache/archives}/partial "$folder/packages"
 find_source
 cd -- "$folder/packages"
 apt_armhf download linux-image-armmp busybox-static || fail "could not download"
-# The first package only names the one that has the newest kernel.
+# The first package only depends on the one with the newest kernel.
 image=$(dpkg-deb -f "$(deb linux-image-armmp)" Depends | grep -o 'linux-image-[0-9][^ ,]*-armmp') ||
     fail "linux-image-armmp names no kernel it depends on"
 apt_armhf download "$image" || fail "could not download $image"
@@ -69,6 +70,6 @@ rm -rf "$folder/system.part"
 dpkg-deb -x "$(deb "$image")" "$folder/system.part"
 dpkg-deb -x "$(deb busybox-static)" "$folder/system.part"
 depmod -b "$folder/system.part" "${image#linux-image-}"
-# What is called `system` is whole.
+# A folder with the name `system` is complete.
 mv "$folder/system.part" "$folder/system"
 rm -rf "$folder/packages" "$apt"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# pack.sh FOLDER BUILD: board.dtb and initrd.gz in FOLDER, from the system that fetch.sh has put there and the
-# programs and libraries of BUILD, a build for 32-bit ARM.
+# pack.sh FOLDER BUILD: makes board.dtb and initrd.gz in FOLDER from the system that fetch.sh put
+# there and the programs and libraries of BUILD, a build for 32-bit ARM.
 set -euo pipefail
 PATH=$PATH:/usr/sbin:/sbin
 
@@ -29,7 +29,7 @@ rm -rf "$root"
 mkdir -p "$root"/{bin,dev,etc,proc,run,sys,tmp,lib/modules,tests}
 cp "$here/init" "$root/init"
 cp "$folder/system/bin/busybox" "$root/bin/"
-# In the order in which they are loaded, each with what it needs before it.
+# In load order: each module follows those that it needs.
 for module in gpio-aspeed i2c-aspeed at24 lm75 leds-pca955x leds-gpio gpio-fan evdev ledtrig-default-on; do
     modprobe -d "$folder/system" -S "$version" --show-depends "$module" | awk '$1 == "insmod" { print $2 }'
 done | awk '!seen[$0]++' | while read -r file; do
@@ -53,7 +53,7 @@ for program in "$build"/bin/*_tests; do
 done
 "$strip" -o "$root/bin/boardctl" "$build/bin/boardctl"
 cp "$here/../../packaging/linux-board.toml" "$root/etc/board.toml"
-# Where the tests of the program expect it.
+# The tests of the program expect it here.
 mkdir -p "$root$build/emulated"
 ln -s /bin/boardctl "$root$build/emulated/boardctl"
 

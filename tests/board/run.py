@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Boots the emulated board of a folder that pack.sh has filled, and says how the tests on it ended.
+"""Boots the emulated board from a folder that pack.sh filled and reports the results of its tests.
 
 usage: run.py FOLDER [--without DEVICE]... [--devices-only] [--limit SECONDS]
 
-Three boots with one EEPROM, a file of this machine, so that what one has written the next can read. A test asks
-for what lies outside the board by a line on the console, which is answered there:
+Three boots share one EEPROM, a file on this machine, so a boot can read what the one before wrote.
+Tests reach things outside the board through requests on the console, which are answered there:
 
     @SET OBJECT PROPERTY VALUE    sets a property of the emulated machine, VALUE as JSON
     @GET OBJECT PROPERTY          answers with its value as JSON
@@ -31,7 +31,7 @@ CHIPS = {
     "tmp105": f"tmp105,id=sensor,{BUS},address=0x48",
     "pca9552": f"pca9552,id=leds,{BUS},address=0x60",
 }
-NODES = ["leds", "button", "fan"]  # of the device tree; their lines are the processor's own
+NODES = ["leds", "button", "fan"]  # in the device tree; their lines belong to the processor
 
 
 class Failure(Exception):
@@ -66,10 +66,10 @@ class Machine:
             self._monitor = listener.accept()[0].makefile("rw")
             json.loads(self._monitor.readline())
             self._command("qmp_capabilities")
-        except (TimeoutError, ValueError):  # the latter where it says nothing
+        except (TimeoutError, ValueError):  # ValueError: it sends nothing
             self.close()
             raise Failure(f"the machine does not start; see {folder}/machine-{boot}.log") from None
-        except BaseException:  # asked to end: nobody else has the machine to end it
+        except BaseException:  # this program was told to end: it must end the machine
             self.close()
             raise
 
@@ -80,7 +80,8 @@ class Machine:
         self._sockets.cleanup()
 
     def lines(self, limit):
-        """The console's lines until the machine is off; requests are answered on the way. Throws Failure at `limit`."""
+        """Yields the console's lines until the machine is off and answers requests. Throws Failure
+        at `limit`."""
         end = time.monotonic() + limit
         rest = b""
         with selectors.DefaultSelector() as ready:
@@ -130,13 +131,13 @@ class Machine:
 
 
 class Results:
-    """What the tests say, read from the console's lines."""
+    """Reads the results of the tests from the console's lines."""
 
     def __init__(self):
         self.passed = 0
         self.skipped = 0
         self.failed = []
-        self._running = None  # a program, and how many tests had passed and failed before it
+        self._running = None  # a program, and the numbers of tests passed and failed before it
         self._output = []
         self._has_ended = False
 
@@ -151,7 +152,7 @@ class Results:
             if len(self.failed) == failed and status != "0":
                 self.failed.append(f"{program} (status {status})")
             elif len(self.failed) == failed and self.passed == passed:
-                self.failed.append(f"{program} (none of its tests has run)")
+                self.failed.append(f"{program} (none of its tests ran)")
             self._running = None
         elif word == "@END":
             self._has_ended = True
@@ -166,7 +167,7 @@ class Results:
         self._output = self._output[-200:] + [line]
 
     def end_boot(self):
-        """Throws Failure where the boot did not come to its end."""
+        """Throws Failure if the boot did not finish."""
         if not self._has_ended:
             where = f" in {self._running[0]}" if self._running else ""
             raise Failure(f"the board went off{where}")
@@ -192,7 +193,7 @@ def main():
     parser.add_argument("--devices-only", action="store_true", help="leave out the tests that need no device")
     parser.add_argument("--limit", type=float, default=300, help="seconds for one boot")
     options = parser.parse_args()
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # not without ending the machine
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # so that the machine is ended too
     make_machine(options.folder, options.without)
     results = Results()
     start = time.monotonic()

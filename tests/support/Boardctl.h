@@ -7,7 +7,7 @@
 
 namespace support {
 
-/// Runs the program to its end. BOARDCTL is the path of the one that was built.
+/// Runs boardctl and waits until it ends. BOARDCTL is the path of the built program.
 inline Outcome boardctl(std::vector<std::string> words) {
     words.insert(words.begin(), BOARDCTL);
     return Program(words).finish();

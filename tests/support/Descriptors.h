@@ -6,7 +6,7 @@
 
 namespace support {
 
-/// How many descriptors this process has open, the one that counts them included.
+/// The number of open descriptors of this process, including the one that counts them.
 inline std::ptrdiff_t openDescriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }

@@ -14,10 +14,10 @@
 #include "CBoardDescr.h"
 #include "CKernelDriver.h"
 
-/// What the tests of several drivers share.
+/// Helpers for the tests of several drivers.
 namespace support {
 
-/// The bytes written as pairs of hexadecimal digits with blanks between.
+/// Converts pairs of hexadecimal digits, separated by blanks, to bytes.
 inline TString<char> fromHex(const std::string& digits) {
     TString<char> bytes;
     std::istringstream pairs(digits);
@@ -35,12 +35,12 @@ inline std::string toHex(const TString<char>& bytes) {
     return digits.c_str();
 }
 
-/// Every byte, so that a comparison sees zero bytes too.
+/// Keeps every byte, so that a comparison includes zero bytes.
 inline std::string str(const String& text) {
     return std::string(text.c_str(), text.length());
 }
 
-/// The tags in order, each as "<id>/<length>:<data>", such as "45/2:12 34".
+/// The tags in order, each formatted as "<id>/<length>:<data>", such as "45/2:12 34".
 inline std::vector<std::string> tagsOf(const CBoardDescr& board) {
     std::vector<std::string> tags;
     for (const BD::Tag& tag : board.getTags())
@@ -54,15 +54,15 @@ inline void expectPlainFailure(const XCode& status) {
     EXPECT_EQ(str(status.getMessage()), "");
 }
 
-/// A face and where it stands; null where the object does not have it.
+/// An interface and its address; null if the object does not have it.
 using Face = std::pair<VELM_UUID, void*>;
 
-/// Asks a driver of count 1, by its own interface and by the framework's, for each of the
-/// framework's faces and of `faces`, with and without a place for it.
+/// Queries a driver with the count 1 for each of the framework's interfaces and of `faces`, through
+/// its own interface and the framework's, with and without a place for the result.
 template <class Driver, class Own>
 void expectFaces(Driver& object, Own& own, std::vector<Face> faces) {
     IDriver* const driver = &object;
-    IInfo* info = nullptr; // the base's: a LED's own interface has another
+    IInfo* info = nullptr; // the base class's: the LED driver's own interface has another
     if constexpr (std::is_base_of_v<CKernelDriver, Driver>)
         info = static_cast<CKernelDriver*>(&object);
     else
@@ -87,13 +87,13 @@ void expectFaces(Driver& object, Own& own, std::vector<Face> faces) {
         }
 }
 
-/// An identifier as "<name> <its bytes in memory>".
+/// An identifier formatted as "<name> <its bytes in memory>".
 inline std::string published(const VELM_UUID& identifier) {
     const auto* const bytes = reinterpret_cast<const char*>(identifier.getValue().bytes);
     return identifier.getName() + (" " + toHex(TString<char>(bytes, 16)));
 }
 
-/// While it lives, descriptor 0 is free, so that the next file opened gets it.
+/// Closes descriptor 0 while it lives, so that the next file to be opened gets it.
 class DescriptorZeroFree {
 public:
     DescriptorZeroFree() : m_saved(::dup(0)) { ::close(0); }

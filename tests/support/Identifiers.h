@@ -5,7 +5,7 @@
 
 namespace support {
 
-/// The identifier's name and its bytes as they stand in memory.
+/// The identifier's name and its bytes in memory order.
 inline String shown(const VELM_UUID& identifier) {
     String text = String::format("%s ", identifier.getName());
     for (const unsigned byte : identifier.getValue().bytes)

@@ -10,7 +10,7 @@
 
 namespace support {
 
-/// A stand-in for an input device: a pipe that gives records of this machine's own layout.
+/// Imitates an input device: a pipe with event records in this machine's layout.
 class InputEvents {
 public:
     struct Event {

@@ -5,7 +5,7 @@
 #include "profile/Profile.h"
 #include "support/TempDir.h"
 
-/// LED tables as a board's profile has them.
+/// LED tables of board profiles.
 namespace support {
 
 inline board::LedSequencerProfile ledsOf(const std::string& text) {
@@ -14,8 +14,7 @@ inline board::LedSequencerProfile ledsOf(const std::string& text) {
     return board::Profile::load(dir.path("board.toml")).ledService.value();
 }
 
-/// A row of the command table: its two words, and its other keys as they are written in the
-/// profile.
+/// A row of the command table as profile text: `words` are its two words, `rest` its other keys.
 inline std::string row(const std::string& words, const std::string& rest) {
     const auto blank = words.find(' ');
     return "[[leds.command]]\nword1 = '" + words.substr(0, blank) + "'\nword2 = '" +

@@ -8,7 +8,7 @@
 
 namespace support {
 
-/// Takes the log lines while it lives, each as "CATEGORY LEVEL: TEXT".
+/// Records log lines while it lives, each as "CATEGORY LEVEL: TEXT".
 class LogRecorder : public RTD::LogSink {
 public:
     LogRecorder() : m_former(RTD::SET_LOG_SINK(this)) {}
@@ -18,7 +18,7 @@ public:
         m_lines.push_back(std::string(category.c_str()) + " " + std::to_string(level) + ": " +
                           text.c_str());
     }
-    /// What was logged since the last call.
+    /// The lines logged since the last call.
     std::vector<std::string> take() {
         const std::lock_guard<std::mutex> hold(m_mutex);
         return std::exchange(m_lines, {});

@@ -69,7 +69,7 @@ void Program::signal(int number) const {
 
 bool Program::waitForOutput(const std::string& text) {
     for (;;) {
-        // Looked at before the output, so that what an ending program printed last is not missed.
+        // Checked before the output, so that the last output of an ending program is not missed.
         const bool ended = ::waitpid(m_pid, &m_status, WNOHANG) == m_pid;
         if (ended)
             m_pid = -1;

@@ -7,18 +7,18 @@
 
 namespace support {
 
-/// What a finished program left.
+/// The result of a finished program.
 struct Outcome {
-    int status; ///< exit status; -1 where a signal ended it
+    int status; ///< exit status; -1 if a signal ended it
     std::string out;
     std::string err;
 };
 
-/// A running program with its standard output and error in files of its own.
+/// A running program whose standard output and error go to files.
 class Program {
 public:
-    /// Starts `words`, the program's path first. `out` replaces standard output by a file of that
-    /// name.
+    /// Starts `words`, beginning with the program's path. Standard output goes to the existing file
+    /// `out`, if one is named.
     explicit Program(const std::vector<std::string>& words, const std::string& out = "");
     ~Program();
     Program(const Program&) = delete;
@@ -26,10 +26,10 @@ public:
 
     void signal(int number) const;
 
-    /// Waits until standard output holds `text`; false where the program ended without it.
+    /// Waits until standard output contains `text`; false if the program ends without it.
     bool waitForOutput(const std::string& text);
 
-    /// Sends the signal again and again: one may come just before the call that it shall interrupt.
+    /// Sends the signal repeatedly, because one may arrive just before the call it must interrupt.
     void signalUntilEnded(int number);
 
     Outcome finish();

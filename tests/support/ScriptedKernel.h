@@ -13,8 +13,8 @@
 
 namespace support {
 
-/// A kernel driver whose answers the test writes, with a device file "device" in a folder of its
-/// own. For each driver's tests to derive from.
+/// A kernel driver whose answers the test sets, with a device file "device" in a temporary folder.
+/// The fixtures of the drivers derive from it.
 class ScriptedKernel : public testing::Test {
 protected:
     static constexpr char ENDPOINT[] = "kernel-under-test";

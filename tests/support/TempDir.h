@@ -4,7 +4,7 @@
 
 namespace support {
 
-/// A folder of one test's own, gone with the object.
+/// A temporary folder for one test, removed with the object.
 class TempDir {
 public:
     TempDir();

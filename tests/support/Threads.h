@@ -9,12 +9,12 @@
 
 namespace support {
 
-/// How often a test repeats what goes wrong at rare moments only. Sanitizers find more in one
-/// round, and make each of them slow.
+/// How often a test repeats something that rarely goes wrong. Under sanitizers each round finds
+/// more and takes longer.
 constexpr int ROUNDS = BOARD_SANITIZED ? 1000 : 10000;
 
-/// Yields until `tid` has been set to a thread of this process and that one sleeps in the kernel or
-/// has ended.
+/// Yields until `tid` has been set and that thread of this process sleeps in the kernel or has
+/// ended.
 inline void waitUntilAsleep(const std::atomic<int>& tid) {
     for (;; ::sched_yield()) {
         if (tid == 0)
