@@ -1,5 +1,6 @@
-# Header-only packages of the building machine, for whichever target is built: each is linked into a folder of the
-# build tree by itself. To a cross compiler the folder that they stand in is that of a foreign C library.
+# Header-only packages of the building machine, for every target machine. Each is linked into its
+# own folder in the build tree, because the folder that holds them all also holds the C library's
+# headers, which are wrong for a cross compiler.
 function(board_header_only name header)
     find_path(${name}_FOLDER ${header} REQUIRED NO_CMAKE_FIND_ROOT_PATH)
     get_filename_component(folder ${header} DIRECTORY)
