@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Makes the Debian packages of a release build and uses them from a root of their own: tests/packages.sh BUILD [EMULATOR...]
+# Builds the Debian packages of a release build, installs them into a separate root and uses them:
+# tests/packages.sh BUILD [EMULATOR...]
 set -euo pipefail
 
 build=$(realpath -- "$1")
@@ -17,18 +18,19 @@ rm -rf "$build/packages"
 packages=("$build"/packages/*.deb)
 ((${#packages[@]} == 3)) || fail "${#packages[@]} packages (expected libboarddrivers1, libboarddrivers-dev, boardctl)"
 
-# What lintian warns of is left: packages that Debian does not carry close no bugs of it.
+# Ignores lintian's warnings: some, such as the missing bug number, apply only to packages in
+# Debian.
 lintian --allow-root --fail-on error "${packages[@]}" >"$build/lintian.log" 2>&1 ||
     fail "lintian found errors: $(cat "$build/lintian.log")"
 
-# The root holds nothing but these packages: what they depend on is the building machine's, or the emulator's.
+# The root contains only these packages. Their dependencies come from this machine or the emulator.
 mkdir -p "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/info"
 touch "$root/var/lib/dpkg/status"
 dpkg --root="$root" --force-not-root --force-depends --force-architecture --force-script-chrootless --no-triggers \
     --log="$root/log" --install "${packages[@]}" >"$build/dpkg.log" 2>&1 || fail "dpkg failed: $(cat "$build/dpkg.log")"
 report=$("${emulator[@]}" "$root/usr/bin/boardctl" info) || fail "boardctl info failed"
 grep -q MacAddress <<<"$report" || fail "boardctl info printed '$report'"
-gzip -dc "$root/usr/share/man/man1/boardctl.1.gz" | man --warnings -l - >/dev/null || fail "the manual page is not one"
+gzip -dc "$root/usr/share/man/man1/boardctl.1.gz" | man --warnings -l - >/dev/null || fail "man rejects the manual page"
 
 library=$(find "$root" -name libboarddrivers.so.1)
 for file in "${library%.1}" "$root/usr/include/boarddrivers/CBoardDescr.h" \
@@ -38,14 +40,14 @@ for file in "${library%.1}" "$root/usr/include/boarddrivers/CBoardDescr.h" \
 done
 for file in "$library" "$root/usr/bin/boardctl"; do
     headers=$(readelf --wide --program-headers --dynamic --dyn-syms "$file")
-    for mark in GNU_RELRO BIND_NOW __stack_chk_fail _chk@; do # the last: a function that checks its buffers
+    for mark in GNU_RELRO BIND_NOW __stack_chk_fail _chk@; do # the last: functions that check their buffers
         grep -q -- "$mark" <<<"$headers" || fail "$(basename "$file") is not hardened: no $mark"
     done
     grep -Eq 'GNU_STACK .* RW +0x' <<<"$headers" || fail "$(basename "$file") is not hardened: its stack can be executed"
 done
-readelf --file-header "$root/usr/bin/boardctl" | grep -q 'Type: *DYN' || fail "boardctl stands at a fixed address"
+readelf --file-header "$root/usr/bin/boardctl" | grep -q 'Type: *DYN' || fail "boardctl is not position-independent"
 
-# Flash is short on a board. Text, data and bss together.
+# Flash is small on a board. The sum of text, data and bss.
 bytes=$(size "$library" | awk 'NR == 2 { print $4 }')
 [[ ${packages[*]} != *_armhf.deb* ]] || ((bytes <= 96 * 1024)) ||
     fail "libboarddrivers.so has $bytes bytes (expected at most 98304)"

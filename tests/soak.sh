@@ -1,21 +1,20 @@
 #!/usr/bin/env bash
-# Hosts a simulated board while clients write random lines into the LED pipe, press the button and ask for
-# `boardctl info`. Memory and descriptors after it must be what they were before, no press may be lost, and the
-# host must end at once when told.
+# Hosts a simulated board while clients write random lines into the LED pipe, press the button and
+# run `boardctl info`. Afterwards memory and descriptors must be as before, no press may be lost,
+# and the host must end at once on SIGTERM.
 set -euo pipefail
 
-usage="usage: tests/soak.sh SECONDS [BUILD]   (BUILD: a build folder, build/host without it)"
+usage="usage: tests/soak.sh SECONDS [BUILD]   (BUILD: a build folder; default build/host)"
 if ! [[ ${1-} =~ ^[1-9][0-9]*$ ]] || (($# > 2)); then
     echo "$usage" >&2
     exit 2
 fi
 seconds=$1
 boardctl=$(realpath -- "${2-"$(dirname -- "$0")/../build/host"}")/bin/boardctl
-# Pages that the allocator takes late or hands out unevenly; a leak in what happens ten times a second is
-# beyond this within minutes.
+# Allows for pages that the allocator requests late. A leak in anything that happens ten times a
+# second exceeds this within minutes.
 slack_kb=256
-# An instrumented host keeps what was freed for a while, and records of it. It names what it lost when it ends, and
-# ends with a status of its own then.
+# A sanitizer keeps freed memory for a while. It reports leaks itself when the host ends.
 if grep -q '^BOARD_SANITIZE:STRING=.' "${boardctl%/bin/boardctl}/CMakeCache.txt" 2>/dev/null; then
     slack_kb=16384
 fi
@@ -25,10 +24,10 @@ fail() {
     exit 1
 }
 
-[[ -x $boardctl ]] || fail "no $boardctl (expected a tree that is built)"
+[[ -x $boardctl ]] || fail "there is no $boardctl; build the tree first"
 
-# The LED pipe has the same path on every machine. Take a private /tmp if the machine allows it and the program
-# stays visible; otherwise lock out other tests that use the pipe.
+# The LED pipe has the same path on every machine. Take a private /tmp if the machine allows it and
+# the program stays visible; otherwise lock out other tests that use the pipe.
 if [[ -z ${SOAK_PRIVATE-} && $boardctl != /tmp/* ]] && unshare -m true 2>/dev/null; then
     SOAK_PRIVATE=1 exec unshare -m "$0" "$seconds" "${boardctl%/bin/boardctl}"
 fi
@@ -57,7 +56,8 @@ events() { grep -c "^{\"event\":\"$1\"" "$folder/events" || true; }
 descriptors() { find "/proc/$host/fd" -mindepth 1 -printf '.' 2>/dev/null | wc -c; }
 memory_kb() { awk '/^VmRSS/ { print $2 }' "/proc/$host/status"; }
 
-# until_true WHAT COMMAND...: asks every 20 ms, for 30 seconds.
+# until_true WHAT COMMAND...: runs the command every 20 ms until it succeeds, for at most 30
+# seconds.
 until_true() {
     local what=$1 try
     shift
@@ -72,7 +72,7 @@ until_true() {
 is_seen() { (($(events "$1") >= $2)); }
 has_descriptors() { (($(descriptors) == $1)); }
 
-# --- its clients; each ends after its current round when the file `stop` is there -------------------------
+# --- its clients; each ends after its current round if the file `stop` exists ---------------------
 
 goes_on() { [[ ! -e $folder/stop ]]; }
 
@@ -82,7 +82,7 @@ write_lines() {
     while goes_on; do
         case $((RANDOM % 8)) in
         0) head -c $((RANDOM % 60)) /dev/urandom ;;
-        1) printf '%s %s' "${words[RANDOM % any]}" "${words[RANDOM % any]}" ;; # no newline: the next joins it
+        1) printf '%s %s' "${words[RANDOM % any]}" "${words[RANDOM % any]}" ;; # no newline: the next line continues it
         *) printf '%s %s %d\n' "${words[RANDOM % any]}" "${words[RANDOM % any]}" $((RANDOM % 3)) ;;
         esac >/tmp/evt.fifo
         echo >>"$folder/lines"
@@ -109,7 +109,7 @@ count() { wc -l <"$folder/$1"; }
 sample() { printf '%8s s %8s kB %5s descriptors %8s lines %8s presses %8s infos\n' "$1" "$(memory_kb)" "$(descriptors)" \
     "$(count lines)" "$(count presses)" "$(count infos)"; }
 
-# Clients for so many seconds, then quiet.
+# load SECONDS: runs the clients for so long, then waits until the host has handled everything.
 load() {
     local start=$SECONDS next=$((SECONDS + ($1 + 9) / 10)) before
     clients=()
@@ -130,7 +130,7 @@ load() {
     wait "${clients[@]}" || fail "a client failed"
     clients=()
     until_true "release of the last press" is_seen button-released "$(count presses)"
-    # A good line behind all that was written shows that the pipe is drained.
+    # Once a valid line is handled, the pipe is empty.
     before=$(events led-command)
     printf '\nlamp test 0\n' >/tmp/evt.fifo
     until_true "command after the random lines" is_seen led-command $((before + 1))
@@ -144,7 +144,7 @@ touch "$folder"/{lines,presses,infos}
 host=$!
 until_true "ready" is_seen ready 1
 
-load 2 # what is taken once, at first use
+load 2 # allocates what is allocated once, at the first use
 descriptors=$(descriptors)
 memory=$(memory_kb)
 load "$seconds"

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Runs the test programs of a build, and commands of boardctl that read, write and host, under valgrind: no invalid
-# access, no use of what was never written, nothing lost at the end. boardctl's own tests are left out: they start
-# programs by the hundred, and valgrind would watch only what starts them.
+# Runs the test programs of a build, and commands of boardctl that read, write and host, under
+# valgrind: no invalid access, no use of uninitialized memory, no leak. Skips the tests of boardctl,
+# because valgrind does not watch the programs that they start.
 set -euo pipefail
 
 if (($# > 1)); then
-    echo "usage: tests/valgrind.sh [BUILD]   (BUILD: a build folder, build/host without it)" >&2
+    echo "usage: tests/valgrind.sh [BUILD]   (BUILD: a build folder; default build/host)" >&2
     exit 2
 fi
 bin=$(realpath -- "${1-"$(dirname -- "$0")/../build/host"}")/bin
@@ -13,8 +13,9 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 export GTEST_BRIEF=1
 
-# checked NAME COMMAND...: shows what the command prints, a log called NAME meanwhile, where it fails. A test program's
-# own operators new and delete are left to it: half of them would be inlined before they could be replaced.
+# checked NAME COMMAND...: runs the command under valgrind with its output in a log called NAME, and
+# prints the log if it fails. Does not replace a test program's own operators new and delete: some
+# of their calls are inlined, so valgrind would see only half of them.
 checked() {
     local log=$folder/$1.log
     shift
@@ -28,7 +29,7 @@ checked() {
 export -f checked
 export folder
 
-# The LED pipe has one path on every machine: where no program gets a /tmp of its own, they take turns.
+# The LED pipe has the same path on every machine. Programs that get no private /tmp take turns.
 jobs=$(nproc)
 unshare -m true 2>/dev/null || jobs=1
 

@@ -10,13 +10,13 @@
 using faults::Command;
 using faults::Sweep;
 
-// The commands that open pipes, of which the LED service's has one path for all.
+// The commands that open pipes. That of the LED service has the same path on every machine.
 
 namespace {
 
 constexpr char LED_PIPE[] = "/tmp/evt.fifo";
 
-/// Takes what is written into a pipe while it lives.
+/// Reads everything written into a pipe while it lives.
 class Reader {
 public:
     explicit Reader(const std::string& pipe) : m_pipe(::open(pipe.c_str(), O_RDWR | O_CLOEXEC)) {

@@ -14,8 +14,8 @@
 
 #include "faults/Faults.h"
 
-// Every call is defined under a name of its own that the assembler knows by the C library's: so the
-// headers' declarations, with their inline forms and noexcept, do not get in the way.
+// Every call is defined under another name, and only its assembler name is that of the C library.
+// So it does not conflict with the declarations in the headers, their inline versions and noexcept.
 
 extern "C" long syscall(long number, ...);
 extern "C" unsigned alarm(unsigned seconds);
@@ -33,7 +33,7 @@ Made s_trace[MOST_CALLS];
 std::atomic<unsigned> s_count{0};
 std::atomic<bool> s_isCounting{false};
 faults::Plan s_plan;
-char s_name[12]; ///< of the planned call, once it was made
+char s_name[12]; ///< of the planned call, once it has been made
 constexpr int AT_FOLDER = -100;
 constexpr int LAST_STANDARD_DESCRIPTOR = 2;
 
@@ -41,7 +41,7 @@ void copy(char* to, std::size_t size, const char* from) {
     std::snprintf(to, size, "%s", from);
 }
 
-/// The file behind a descriptor, asked past the calls that are counted.
+/// The file of a descriptor, read without the calls that are counted.
 void nameFile(char* to, std::size_t size, int descriptor) {
     char link[32];
     std::snprintf(link, sizeof link, "/proc/self/fd/%d", descriptor);
@@ -49,14 +49,14 @@ void nameFile(char* to, std::size_t size, int descriptor) {
     to[length > 0 ? length : 0] = '\0';
 }
 
-/// What shall become of a call.
+/// What happens to a call.
 struct Verdict {
     bool fails = false;
     bool isShort = false;
 };
 
-/// Counts a call on `file`, or on `descriptor` where that is null, and decides. Sets errno where it
-/// fails.
+/// Counts a call on `file`, or on `descriptor` if `file` is null, and decides. Sets errno if the
+/// call fails.
 Verdict judge(const char* name, const char* file, int descriptor) {
     const bool isStandard = !file && descriptor >= 0 && descriptor <= LAST_STANDARD_DESCRIPTOR;
     if (!s_isCounting || isStandard)
@@ -102,7 +102,7 @@ Function* next(std::atomic<void*>& known, const char* name) {
 
 // NOLINTBEGIN(bugprone-macro-parentheses)
 
-/// A definition in front of the C library's `name`; in its body `real` is that one.
+/// Replaces the C library's `name`. In its body REAL is the original.
 #define CALL(Result, name, parameters)                                                             \
     extern "C" __attribute__((visibility("default")))                                              \
     Result faulty_##name parameters __asm__(#name);                                                \
@@ -111,7 +111,7 @@ Function* next(std::atomic<void*>& known, const char* name) {
 
 #define REAL(Result, name, parameters) next<Result parameters>(known_##name, #name)
 
-/// One that fails with `failure` and is else passed on.
+/// A call that returns `failure` if it fails and is otherwise passed on.
 #define FAILING(Result, name, parameters, arguments, failure, file, descriptor)                    \
     CALL(Result, name, parameters) {                                                               \
         if (judge(#name, file, descriptor).fails)                                                  \
@@ -119,22 +119,21 @@ Function* next(std::atomic<void*>& known, const char* name) {
         return REAL(Result, name, parameters) arguments;                                           \
     }
 
-/// One that opens a path, with a mode where the flags ask for one.
+/// A call that opens a path, with a mode if the flags require one.
 #define OPENING(name, parameters, arguments)                                                       \
     extern "C" __attribute__((visibility("default"))) int faulty_##name parameters __asm__(#name); \
     static std::atomic<void*> known_##name{nullptr};                                               \
     int faulty_##name parameters {                                                                 \
         va_list rest;                                                                              \
         va_start(rest, flags);                                                                     \
-        const auto mode =                                                                          \
-            va_arg(rest, mode_t); /* garbage where there is none, and then not looked at */        \
+        const auto mode = va_arg(rest, mode_t); /* garbage if there is none, and then unused */    \
         va_end(rest);                                                                              \
         if (judge(#name, path, -1).fails)                                                          \
             return -1;                                                                             \
         return next<int parameters>(known_##name, #name) arguments;                                \
     }
 
-/// One that moves bytes, of which it may take one only.
+/// A call that reads or writes bytes, and can be limited to one.
 #define MOVING(name, parameters, arguments)                                                        \
     CALL(ssize_t, name, parameters) {                                                              \
         const Verdict verdict = judge(#name, nullptr, descriptor);                                 \
@@ -145,7 +144,7 @@ Function* next(std::atomic<void*>& known, const char* name) {
         return REAL(ssize_t, name, parameters) arguments;                                          \
     }
 
-/// One that gives something back, which it does also where it fails.
+/// A call that releases something, even if it fails.
 #define CLOSING(name, Handle, descriptor)                                                          \
     CALL(int, name, (Handle handle)) {                                                             \
         const Verdict verdict = judge(#name, nullptr, descriptor);                                 \
@@ -226,7 +225,7 @@ namespace {
 
 constexpr unsigned PATIENCE_SECONDS = 20;
 constexpr long NANOSECONDS = 1000000000;
-std::atomic<std::int64_t> s_leapt{0}; ///< how far the program's time is ahead, in nanoseconds
+std::atomic<std::int64_t> s_leapt{0}; ///< how far the program's clock is ahead, in nanoseconds
 
 /// "CALL:ERROR[:persists][:NAME]"
 faults::Plan planOf(const char* text) {
@@ -244,8 +243,8 @@ faults::Plan planOf(const char* text) {
 }
 
 __attribute__((constructor)) void beginAsTheEnvironmentSays() {
-    ::alarm(PATIENCE_SECONDS); // a program that hangs ends by a signal, which no test takes for a
-                               // result
+    // A signal ends a program that hangs. No test accepts that as a result.
+    ::alarm(PATIENCE_SECONDS);
     if (const char* const plan = std::getenv("FAULTS_PLAN"))
         faults::begin(planOf(plan));
 }
@@ -263,7 +262,7 @@ __attribute__((destructor)) void writeTrace() {
 
 } // namespace
 
-// Time does not pass while the program waits: it leaps to where the wait ends.
+// Waits take no time: the program's clock jumps to the end of the wait.
 
 CALL(int, clock_gettime, (clockid_t clock, timespec* now)) {
     const int result = REAL(int, clock_gettime, (clockid_t, timespec*))(clock, now);

@@ -18,7 +18,7 @@ namespace faults {
 
 namespace {
 
-// A product, a MAC address, a text, the terminator; erased behind it.
+// A product, a MAC address, a text, the terminator; the rest is erased.
 const std::string IMAGE = std::string("\x00\x2D\x00\x08\x12\x34\xAB\xCD"
                                       "\x00\x01\x00\x0C\x02\x00\x00\x00\x00\x07\x00\x00"
                                       "\x00\x05\x00\x08one\x00"
@@ -26,7 +26,7 @@ const std::string IMAGE = std::string("\x00\x2D\x00\x08\x12\x34\xAB\xCD"
                                       32) +
                           std::string(32, '\xFF');
 
-/// How a call of that name can fail, as the end of a plan.
+/// The ways in which a call of that name can fail, each as the end of a plan.
 std::vector<std::string> waysOf(const std::string& name, bool isEdit) {
     const auto with = [](int error, const char* more = "") { return std::to_string(error) + more; };
     const std::string SHORT = "0";
@@ -46,12 +46,11 @@ std::vector<std::string> waysOf(const std::string& name, bool isEdit) {
     else
         ways = {with(EIO)};
     if (isEdit && (name == "write" || name == "rename"))
-        ways.push_back(with(EIO, ":unlink")); // what was made can't be removed either
+        ways.push_back(with(EIO, ":unlink")); // the new file can't be removed either
     return ways;
 }
 
-/// Without what differs from run to run: processor times, the names of temporary files and of
-/// backups.
+/// Removes what differs between runs: processor times and the names of temporary files and backups.
 std::string steady(std::string text) {
     static const std::pair<std::regex, const char*> CHANGING[] = {
         {std::regex("[0-9]+ %"), "N %"},
@@ -71,13 +70,13 @@ bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-/// Whether a driver deals with that by itself: it reads and writes its device once and takes what
-/// it gets.
+/// Whether a driver handles that by itself: it reads and writes its device once and accepts a short
+/// count.
 bool isDriversOwn(const std::string& call, const std::string& how) {
     return how == "0" && contains(call, "/board/dev/");
 }
 
-/// Whether the message says that a device could not be given its state back.
+/// Whether the message says that a device's state could not be restored.
 bool isLeftToItself(const std::string& name, const std::string& message) {
     return startsWith(name, "board/dev/") &&
            (contains(message, "can't be given back") || contains(message, "the device holds"));
@@ -99,7 +98,7 @@ Sweep::Sweep(const Command& command) : m_command(command) {
     EXPECT_EQ(support::Program({BOARDCTL, "sim", "create", path("board")}).finish().status, 0);
     m_dir.write("board/dev/fan", "170\n");
     m_dir.write("board/dev/status", "1\n");
-    ::unsetenv("TMPDIR"); // this program's own stay where they are
+    ::unsetenv("TMPDIR"); // not for this program's own files
     m_before = files();
 }
 
@@ -153,7 +152,7 @@ void Sweep::learnTheUndisturbedResult() {
         m_calls.push_back(line);
     fs::remove(path("trace"));
     m_after = files();
-    ASSERT_FALSE(m_calls.empty()) << "the calls do not come by the shim";
+    ASSERT_FALSE(m_calls.empty()) << "no call reached the shim";
     if (!m_command.edits.empty()) {
         ASSERT_NE(m_after.at(m_command.edits), m_before.at(m_command.edits)) << "edits nothing";
     }
@@ -163,7 +162,7 @@ void Sweep::run() {
     ASSERT_NO_FATAL_FAILURE(learnTheUndisturbedResult());
     for (std::size_t i = 0; i < m_calls.size(); ++i) {
         if (i > 0 && startsWith(m_calls[i], "fgets ") && m_calls[i] == m_calls[i - 1])
-            continue; // a stream has read so short a file whole by its first line
+            continue; // reading the first line has read the whole of so short a file
         const std::string name = m_calls[i].substr(0, m_calls[i].find(' '));
         for (const std::string& how : waysOf(name, !m_command.edits.empty())) {
             const std::string plan = std::to_string(i + 1) + ":" + how;
@@ -207,7 +206,7 @@ void Sweep::check(const Outcome& outcome, const std::string& call, const std::st
     const bool isOfAnEdit = startsWith(call, "write ") || startsWith(call, "pwrite ") ||
                             startsWith(call, "pread ") || startsWith(call, "fsync ");
     if (!m_command.edits.empty() && isOfAnEdit && how == std::to_string(EINTR)) {
-        EXPECT_EQ(outcome.status, 0) << "was not tried again";
+        EXPECT_EQ(outcome.status, 0) << "was not repeated";
     }
 }
 
@@ -228,10 +227,11 @@ void Sweep::checkFiles(const Outcome& outcome, const std::string& call,
             contains(outcome.err, name.substr(name.rfind('/') + 1) + " can't be removed");
         if (startsWith(name, "state/") || name == "kept") {
             if (content != "<folder>" && !isNamed) {
-                EXPECT_EQ(content, m_before.at(m_command.edits)) << name << " is no whole backup";
+                EXPECT_EQ(content, m_before.at(m_command.edits))
+                    << name << " is not a complete backup";
             }
         } else if (startsWith(name, "tmp/")) {
-            // The folder of a board made for the call, where a call of its own removal failed.
+            // The folder of a temporary board, if a call failed while it was removed.
             EXPECT_TRUE(startsWith(call, "openat ")) << name << " is left";
         } else {
             EXPECT_TRUE(isNamed) << name << " is left";

@@ -11,14 +11,14 @@
 
 namespace faults {
 
-/// A command of boardctl, each of whose calls shall fail in turn. In its words "@" stands for the
-/// folder it works in: there are a simulated board in "board", an image file "image" with a link
-/// "link" to it, and tags in "tags.json". Backups go to "state", temporary files to "tmp".
+/// A command of boardctl whose calls fail in turn. In its words "@" is its working folder, which
+/// holds a simulated board in "board", an image file "image" with a link "link" to it, and tags in
+/// "tags.json". Backups go to "state", temporary files to "tmp".
 struct Command {
     std::string name;
     std::vector<std::string> words;
     std::string edits{};      ///< the image that it changes, as a path in the folder
-    bool isStreaming = false; ///< what it prints depends on what happens when
+    bool isStreaming = false; ///< its output depends on timing
     bool isJson() const;
 };
 
@@ -32,15 +32,15 @@ public:
 
     std::string path(const std::string& name) const { return m_dir.path(name); }
 
-    /// Runs the command undisturbed, then once for each way in which each of its calls can fail,
-    /// and checks what each has left.
+    /// Runs the command without faults, then once for each way in which each of its calls can fail,
+    /// and checks the result and the files.
     void run();
 
-    /// Runs it on a standard output that takes nothing.
+    /// Runs it with a standard output that can't be written.
     void runWithoutOutput();
 
 private:
-    /// By path in the folder; what is no file has only its kind.
+    /// Contents by path in the folder. For anything but a regular file, its kind.
     using Files = std::map<std::string, std::string>;
 
     Files files() const;

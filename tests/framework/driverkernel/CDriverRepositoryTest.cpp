@@ -94,7 +94,7 @@ TEST(DriverRepository, ListsNamesInOrderOfRegistrationAndCanBeReplaced) {
     EXPECT_EQ(names(), (std::vector<String>{"b", "a"}));
     IDriverRepository* const own = DRIVER::INSTANCE();
     IDriverRepository* const other =
-        reinterpret_cast<IDriverRepository*>(&first); // only its address is looked at
+        reinterpret_cast<IDriverRepository*>(&first); // only its address is used
     EXPECT_EQ(DRIVER::SET_INSTANCE(other), nullptr);
     EXPECT_EQ(DRIVER::INSTANCE(), other);
     EXPECT_EQ(DRIVER::SET_INSTANCE(nullptr), other);

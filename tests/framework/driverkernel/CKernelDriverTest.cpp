@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Publishes an endpoint for as long as it lives.
+/// Publishes an endpoint while it lives.
 class Published {
 public:
     explicit Published(Mx::Handler handler) {
@@ -20,7 +20,7 @@ public:
     Published& operator=(const Published&) = delete;
 };
 
-/// Answers codes 1 to 4 with the four types, 5 with a failure, no other.
+/// Answers codes 1 to 4 with the four types and 5 with a failure, and no other code.
 XCode answerByType(const MxMsg& request, MxMsg& reply) {
     switch (request.getCode()) {
     case 1:

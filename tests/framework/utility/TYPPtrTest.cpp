@@ -34,7 +34,7 @@ TEST(TYPPtr, CountsAndLocksTheObjectItPointsTo) {
         one = one.get();
         EXPECT_EQ(object.count, 4U);
         EXPECT_EQ(TYPPtr<Counted>::adopt(three.get()).get(),
-                  &object); // gives back one that was taken
+                  &object); // releases an added reference
         EXPECT_EQ(object.addRef(), 4U);
 
         { const auto none = one.getLock(); }

@@ -39,8 +39,8 @@ private:
     std::function<XCode()> m_body;
 };
 
-/// Sets a mark when the stack that it stands on is unwound, after a wait that must not take its
-/// hour: ending the thread once more from a destructor would end the process.
+/// Waits for an hour in its destructor, then sets a flag. While the stack is unwound the wait must
+/// return early, and must not stop the thread again: that would end the process.
 struct Unwound {
     std::promise<void>& mark;
     ~Unwound() {
@@ -150,7 +150,7 @@ TEST(TYThread, LosesNoDescriptorHoweverTheStopFallsInOpenAndRead) {
         for (int round = 0; round < ROUNDS; ++round) {
             ASSERT_TRUE(thread.start("").isSuccess()) << round;
             for (int i = round % 16 ? 0 : round / 16 % 8; i > 0; --i)
-                ::sched_yield(); // so that some stops fall later, into the wait itself
+                ::sched_yield(); // so that some stops happen later, during the wait itself
             ASSERT_TRUE(thread.stop().isSuccess()) << round;
         }
     }
@@ -164,9 +164,9 @@ TEST(TYThread, FinishesACallIntoHostCodeBeforeItEnds) {
     bool interrupted = false;
     bool finished = false;
     Body body([&] {
-        TYThread::usleep(1); // leaves no way in behind it
+        TYThread::usleep(1); // must block the signal again
         inHostCode = ::gettid();
-        // The host's own wait, which the framework must not disturb.
+        // The host's own wait, which the framework must not interrupt.
         const int own = ::open(written.path().c_str(), O_RDONLY | O_CLOEXEC);
         char byte;
         interrupted = ::read(own, &byte, 1) != 1;
@@ -190,13 +190,13 @@ TEST(TYThread, FinishesACallIntoHostCodeBeforeItEnds) {
 }
 
 TEST(TYThread, IsNotEndedInTheFrameworksWaitsOfHostCode) {
-    // A sink and a message handler that wait, while the thread that called them is asked to end.
+    // A sink and a message handler that wait while the thread that called them is being stopped.
     const TempDir dir;
     const WrittenPipe written(dir);
     TYThread* self = nullptr;
     int finished = 0;
     const auto wait = [&] {
-        EXPECT_TRUE(self->stop().isSuccess()); // on the thread itself: only marks
+        EXPECT_TRUE(self->stop().isSuccess()); // on the thread itself: only requests the stop
         TYThread::usleep(1);
         TYFile file(written.path().c_str(), true, false);
         EXPECT_TRUE(file.open(0, 0, 0).isSuccess());
@@ -308,7 +308,7 @@ TEST(TYThread, BlocksSignalsButThoseOfFaults) {
     sigset_t inside;
     sigset_t before, after;
     Body body([&] {
-        TYThread::usleep(1); // which lets one signal in, and must shut it out again
+        TYThread::usleep(1); // lets one signal in and must block it again
         pthread_sigmask(SIG_SETMASK, nullptr, &inside);
         return XCode();
     });

@@ -18,8 +18,7 @@ TEST(VelmUuid, KeepsTheFirstThreeGroupsLittleEndianAndComparesByValue) {
 }
 
 TEST(VelmUuid, CountsItsHandlesButNeverThoseOfAStaticOne) {
-    VELM_UUID::Rep counted{
-        {}, {1}, "counted"}; // the test's own reference keeps it from being freed
+    VELM_UUID::Rep counted{{}, {1}, "counted"}; // the test's own reference keeps it alive
     VELM_UUID::Rep fixed{{}, {VELM_UUID::STATIC_COUNT}, "static"};
     {
         const VELM_UUID first(counted);

@@ -1,7 +1,7 @@
 #include "button/ButtonBridge.h"
 
 #include "base/Error.h"
-#include "support/InputEvents.h"
+#include "host/button/InputEvents.h"
 
 #include <sys/stat.h>
 

@@ -1,7 +1,7 @@
 #include "button/InputKey.h"
 
 #include "base/Error.h"
-#include "support/InputEvents.h"
+#include "host/button/InputEvents.h"
 
 using board::KeyEvents;
 using support::InputEvents;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/LedTables.h"
+#include "host/leds/LedTables.h"
 
 using support::FILES;
 using support::ledsOf;

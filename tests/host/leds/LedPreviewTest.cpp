@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "base/Error.h"
+#include "host/leds/LedTables.h"
 #include "leds/LedDiagram.h"
-#include "support/LedTables.h"
 
 using support::FILES;
 using support::ledsOf;
