@@ -1,5 +1,5 @@
-// Any bytes as a descriptor image: what the library makes of them against a walk of its own;
-// reports, edits and the way through a file or JSON and back.
+// Any bytes as a descriptor image: what the library loads is compared with an independent walk over
+// the bytes; then reports, edits, and the way through a file or JSON and back.
 
 #include <algorithm>
 #include <cstdint>
@@ -24,7 +24,7 @@ struct Chunk {
     bool operator==(const Chunk& other) const { return id == other.id && data == other.data; }
 };
 
-/// What an image says, found out independently.
+/// An independent reading of an image.
 struct Walk {
     explicit Walk(const std::string& image) {
         const auto byteAt = [&](std::size_t i) {
@@ -102,10 +102,11 @@ void readTyped(CBoardDescr& descriptor, const Chunk& chunk, unsigned index) {
         out = UNTOUCHED;
         String error;
         const bool done = (descriptor.*operation)(id, index, out, error).isSuccess();
-        expect(done == succeeds, "a number is read where its width fits");
+        expect(done == succeeds, "a number is read if its width fits");
         expect(out == (succeeds ? number : UNTOUCHED),
                "a number is that of its bytes, else left alone");
-        expect((error == CBoardDescr::ERR_WRONG_TAG_SIZE) == !succeeds, "a wrong width is said");
+        expect((error == CBoardDescr::ERR_WRONG_TAG_SIZE) == !succeeds,
+               "a wrong width is reported");
     };
     const auto exact = [&](std::size_t width) { return size == width ? value(0, width) : 0; };
     read(static_cast<unsigned char>(0), &CBoardDescr::getTagUInt8, size == 1, exact(1));
@@ -148,7 +149,7 @@ void checkAccess(CBoardDescr& descriptor, const std::vector<Chunk>& chunks) {
            "all tags are counted");
     String error;
     expect(!descriptor.getTag(static_cast<BD::TagId>(id), count[id], error) && !error.isEmpty(),
-           "behind the last occurrence there is none");
+           "no tag is found behind the last occurrence");
 }
 
 void checkReports(const CBoardDescr& descriptor, const std::vector<Chunk>& chunks) {
@@ -172,32 +173,39 @@ void checkReports(const CBoardDescr& descriptor, const std::vector<Chunk>& chunk
     }
 }
 
-void checkFindings(const std::string& image, const Walk& walk) {
+/// The host's value of the image, and its check.
+void checkImage(const std::string& image, const Walk& walk) {
+    const board::TagImage parsed(image);
+    expect(parsed.isCorrupt() == !walk.fault.empty(),
+           "the value says whether the image is corrupt");
+    std::size_t offset = 0;
+    std::vector<Chunk> chunks;
+    for (const board::ImageTag& each : parsed.tags()) {
+        expect(each.offset == offset, "a tag has the offset of its chunk");
+        offset += parsed.chunkOf(each).size();
+        chunks.push_back({static_cast<unsigned>(each.tag.id), asText(each.tag.data)});
+    }
+    expect(chunks == walk.chunks, "the value has the tags that load");
+    expect(parsed.terminator().has_value() == walk.hasTerminator, "and the terminator");
+    const std::size_t used = walk.hasTerminator ? std::min(walk.end + 4, image.size()) : walk.end;
+    expect(parsed.usedBytes() == used, "the value counts the bytes that they take");
     for (const bool isDevice : {false, true}) {
-        const board::CheckedImage checked = board::checkImage(image, isDevice);
-        expect(checked.isCorrupt == !walk.fault.empty(), "the check agrees on what is corrupt");
-        expect(checked.tags == walk.chunks.size(), "the check counts the tags that load");
-        const std::size_t used =
-            walk.hasTerminator ? std::min(walk.end + 4, image.size()) : walk.end;
-        expect(checked.usedBytes == used, "the check counts the bytes that they take");
-        std::size_t offset = 0, corrupt = 0;
-        for (const board::Finding& finding : checked.findings) {
-            expect(finding.offset >= offset && finding.offset <= image.size(),
-                   "findings are by offset");
-            offset = finding.offset;
+        std::size_t last = 0, corrupt = 0;
+        for (const board::Finding& finding : board::checkImage(parsed, isDevice)) {
+            expect(finding.offset >= last && finding.offset <= image.size(),
+                   "findings are ordered by offset");
+            last = finding.offset;
             corrupt += finding.weight == board::Finding::Weight::CORRUPT;
         }
-        expect(corrupt == checked.isCorrupt, "one finding says what is corrupt");
+        expect(corrupt == parsed.isCorrupt(), "one finding reports the corruption");
     }
 }
 
-/// What is left alone keeps its bytes, odd chunks included.
+/// Tags that are not edited keep their bytes, odd chunks included.
 void checkEdit(const std::string& image, const Walk& walk) {
     const std::string end(TERMINATOR, sizeof TERMINATOR);
-    board::DescriptorEdit edit(image);
-    expect(edit.fault().empty() == walk.fault.empty(), "an edit says what is corrupt");
-    expect(asText(edit.image()) == image.substr(0, walk.end) + end,
-           "an edit copies what it leaves alone");
+    board::DescriptorEdit edit{board::TagImage(image)};
+    expect(edit.image() == image.substr(0, walk.end) + end, "an edit copies what it leaves alone");
     if (walk.chunks.empty())
         return;
     const Chunk& first = walk.chunks.front();
@@ -206,25 +214,23 @@ void checkEdit(const std::string& image, const Walk& walk) {
     assignment.place.id = static_cast<BD::TagId>(first.id);
     assignment.data = asBytes(first.data + "?");
     edit.set(assignment);
-    expect(asText(edit.image()) == imageOf({{first.id, first.data + "?"}}) + rest + end,
-           "a tag is set where it stands");
+    expect(edit.image() == imageOf({{first.id, first.data + "?"}}) + rest + end,
+           "a tag is set at its position");
     edit.remove(assignment.place);
-    expect(asText(edit.image()) == rest + end, "one tag is removed");
+    expect(edit.image() == rest + end, "one tag is removed");
 }
 
 void checkWayBack(CBoardDescr& descriptor, std::vector<Chunk> chunks) {
     const std::string image = exported(descriptor);
     expect(image == imageOf(chunks), "storing makes a chunk of each tag, padded to even length");
-    CBoardDescr built;
-    board::tagsFromJson(board::tagsToJson(descriptor.getTags()), "dump", built);
-    expect(chunksOf(built) == chunks, "what is dumped is built again");
-    expect(exported(built) == image, "and makes the same image");
+    const std::string dump = board::tagsToJson(board::TagImage(image));
+    expect(board::imageOf(board::tagsFromJson(dump, "dump")) == image,
+           "a dump builds the same image");
     CBoardDescr loaded;
-    String error;
-    expect(loaded.importBD(asBytes(image), error).isSuccess(), "what is stored loads");
+    board::TagImage(image).loadInto(loaded);
     for (Chunk& chunk : chunks)
         chunk.data += std::string(chunk.data.size() % 2, '\0');
-    expect(chunksOf(loaded) == chunks, "and is the same list");
+    expect(chunksOf(loaded) == chunks, "what is stored loads as the same list");
 }
 
 } // namespace
@@ -249,7 +255,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     expect(chunksOf(descriptor) == chunks, "the tags before a fault or the end are held");
     checkAccess(descriptor, chunks);
     checkReports(descriptor, chunks);
-    checkFindings(image, walk);
+    checkImage(image, walk);
     checkEdit(image, walk);
     checkWayBack(descriptor, chunks);
     return 0;

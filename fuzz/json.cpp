@@ -1,6 +1,6 @@
-// Any text as the input of a build: tags or one Error, and what it gives comes back from its dump.
-// Then tags made of the same bytes, in JSON written here: these are taken, and refused where one
-// thing in them is wrong.
+// Any text as the input of a build: either tags or one Error, and the tags come back from a dump of
+// their image. Then tags made of the same bytes, in JSON written here: they are accepted, and
+// rejected if one thing in them is wrong.
 
 #include <algorithm>
 #include <cstdint>
@@ -22,35 +22,45 @@ struct Entry {
     bool operator==(const Entry& other) const { return id == other.id && data == other.data; }
 };
 
-std::vector<Entry> entriesOf(const CBoardDescr& descriptor) {
+std::vector<Entry> entriesOf(const std::vector<BD::Tag>& tags) {
     std::vector<Entry> entries;
-    for (const BD::Tag& tag : descriptor.getTags()) {
+    for (const BD::Tag& tag : tags) {
         expect(tag.length == tag.data.length(), "a tag's length is that of its data");
         entries.push_back({tag.id, std::string(tag.data.data(), tag.data.length())});
     }
     return entries;
 }
 
-/// Whether `text` is taken; what it gives is then in `entries`.
+/// The entries that load from an image of `entries`: up to the terminator, padded to even lengths.
+std::vector<Entry> loaded(const std::vector<Entry>& entries) {
+    std::vector<Entry> good;
+    for (const Entry& entry : entries) {
+        good.push_back({entry.id, entry.data + std::string(entry.data.size() % 2, '\0')});
+        if (entry.id == 0)
+            break;
+    }
+    return good;
+}
+
+/// Whether `text` is accepted; its entries are then in `entries`.
 bool reads(const std::string& text, std::vector<Entry>& entries) {
-    CBoardDescr descriptor;
+    std::vector<BD::Tag> tags;
     try {
-        board::tagsFromJson(text, "tags.json", descriptor);
+        tags = board::tagsFromJson(text, "tags.json");
     } catch (const board::Error& error) {
         expect(std::string(error.what()).rfind("tags.json: ", 0) == 0, "an error names its source");
         return false;
     }
-    entries = entriesOf(descriptor);
+    entries = entriesOf(tags);
     for (const Entry& entry : entries) {
         expect(entry.id >= 0 && entry.id <= 65534, "identifiers are 0 to 65534");
         expect(entry.id != 0 || entry.data.empty(), "a terminator has no data");
         expect(entry.data.size() <= 65530, "data fits a chunk");
     }
-    CBoardDescr again;
-    const std::string dump = board::tagsToJson(descriptor.getTags());
-    board::tagsFromJson(dump, "dump", again);
-    expect(entriesOf(again) == entries, "what was dumped comes back");
-    expect(board::tagsToJson(again.getTags()) == dump, "and is dumped alike");
+    const board::TagImage image(board::imageOf(tags));
+    expect(!image.isCorrupt(), "what is built loads");
+    const std::vector<BD::Tag> dumped = board::tagsFromJson(board::tagsToJson(image), "dump");
+    expect(entriesOf(dumped) == loaded(entries), "what was built is dumped");
     return true;
 }
 
@@ -134,8 +144,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         entries.push_back(entry);
     }
     expect(reads(text + "]", read) == (mistake == Mistake::NONE),
-           "one mistake is enough to be refused");
+           "one mistake is enough to be rejected");
     if (mistake == Mistake::NONE)
-        expect(read == entries, "what is written without one is taken as it stands");
+        expect(read == entries, "entries without one are read as written");
     return 0;
 }

@@ -162,6 +162,14 @@ bool trySync(const FileDescriptor& file) {
     return repeatInterrupted([&] { return ::fsync(file.number()); }) == 0;
 }
 
+bool trySetMode(const FileDescriptor& file, mode_t mode) {
+    return ::fchmod(file.number(), mode) == 0;
+}
+
+bool tryRename(const std::string& from, const std::string& to) {
+    return ::rename(from.c_str(), to.c_str()) == 0;
+}
+
 std::string readUpTo(const FileDescriptor& file, std::size_t limit, const std::string& path,
                      const char* what) {
     return readUpTo([&](void* bytes, std::size_t size) { return tryRead(file, bytes, size); },

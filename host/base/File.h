@@ -63,6 +63,9 @@ ssize_t tryWriteAt(const FileDescriptor& file, const void* bytes, std::size_t si
 /// Writes everything, in as many calls as that takes.
 bool tryWriteAll(const FileDescriptor& file, const std::string& bytes);
 bool trySync(const FileDescriptor& file);
+bool trySetMode(const FileDescriptor& file, mode_t mode);
+/// Replaces `to` if it exists.
+bool tryRename(const std::string& from, const std::string& to);
 
 /// Reads to the end, but at most `limit` + 1 bytes: a longer result means that the file exceeds
 /// the limit.

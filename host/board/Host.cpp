@@ -15,7 +15,7 @@
 #include "base/Error.h"
 #include "base/File.h"
 #include "board/KernelEndpoint.h"
-#include "descriptor/DescriptorImage.h"
+#include "descriptor/DescriptorSource.h"
 
 namespace board {
 
@@ -31,25 +31,12 @@ void enable(const std::string& path) {
 
 /// Rejects a file that would keep a reader waiting, as a pipe does: a driver must not hang in its
 /// first open. A missing file is left to the driver.
-void expectDeviceFile(const std::string& path, bool mayBeCharacterDevice) {
+void expectDeviceFile(const std::string& path) {
     const FileKind kind = kindOf(path);
     const bool isAllowed = kind == FileKind::MISSING || kind == FileKind::REGULAR ||
-                           kind == FileKind::BLOCK_DEVICE ||
-                           (kind == FileKind::CHARACTER_DEVICE && mayBeCharacterDevice);
+                           kind == FileKind::BLOCK_DEVICE || kind == FileKind::CHARACTER_DEVICE;
     if (!isAllowed)
-        throw Error(path + ": is not a device file (expected a file" +
-                    (mayBeCharacterDevice ? " or a device)" : " or a block device)"));
-}
-
-/// A descriptor is read into memory as a whole, so a disk named by mistake must be rejected. A
-/// device that can't be opened is left to the driver.
-void expectSizeOfDescriptor(const std::string& path) {
-    const FileDescriptor file = tryOpen(path, O_RDONLY | O_NONBLOCK);
-    const off_t size = file.isOpen() ? trySize(file) : -1;
-    if (size > static_cast<off_t>(MAX_IMAGE_SIZE))
-        throw Error(path + ": has " + std::to_string(size) +
-                    " bytes (expected a descriptor's device of at most " +
-                    std::to_string(MAX_IMAGE_SIZE) + ")");
+        throw Error(path + ": is not a device file (expected a file or a device)");
 }
 
 /// The board's VoIP capacity with the default that its profile gives.
@@ -124,13 +111,13 @@ void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
     try {
         withPlaceInErrors(entry.device, [&](const std::string& named) {
             device.path = locator.locate(named);
-            expectDeviceFile(device.path, true);
+            expectDeviceFile(device.path);
             expectReadable(device.path);
         });
         if (enableFile)
             withPlaceInErrors(*enableFile, [&](const std::string& named) {
                 const std::string path = locator.locate(named);
-                expectDeviceFile(path, true);
+                expectDeviceFile(path);
                 enable(path);
             });
         withPlaceInErrors(entry.device, [&](const std::string&) {
@@ -153,8 +140,7 @@ void Host::addDescriptor(const DescriptorProfile& profile, const DeviceLocator& 
     try {
         withPlaceInErrors(profile.device, [&](const std::string& named) {
             device.path = locator.locate(named);
-            expectDeviceFile(device.path, false); // a character device may never come to its end
-            expectSizeOfDescriptor(device.path);
+            expectDescriptorDevice(device.path);
             m_descriptorPath = device.path;
             expectReadable(device.path);
         });

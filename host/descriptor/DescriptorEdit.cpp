@@ -9,164 +9,109 @@ namespace board {
 
 namespace {
 
-constexpr BD::TagId MAC_TAG = 1;
-constexpr BD::TagId TERMINATOR = 0;
-constexpr std::size_t HEADER_BYTES = 4;
-
-/// The tag as it comes back once it is stored: odd data is padded.
-BD::Tag stored(const BD::Tag& tag) {
-    BD::Tag padded = tag;
-    padded.data.concat("", padded.data.length() % 2);
-    padded.length = padded.data.length();
-    return padded;
+BD::Tag makeTag(BD::TagId id, const TString<char>& data) {
+    BD::Tag tag(id);
+    static_cast<void>(tag.setData(data)); // always succeeds
+    return tag;
 }
 
-void expect(const XCode& status, const String& error) {
-    if (!status.isSuccess())
+BD::Tag makeMacTag(const std::string& mac, unsigned interface) {
+    CBoardDescr single;
+    String error;
+    static_cast<void>(single.addTag(MAC_TAG, TString<char>())); // always succeeds
+    // The library stores the upper 16 bits of the number that it receives.
+    if (!single.setMacAddress(0, mac.c_str(), interface << 16, error).isSuccess())
         throw Error(error.c_str());
+    return *single.getTags().begin();
 }
 
-/// The library keeps the upper 16 bits of the number that it is given.
-unsigned asTheRecordKeepsIt(unsigned interface) {
-    return interface << 16;
+/// The interface number of MAC address `index`. Throws if the tag is not an address record.
+unsigned interfaceOf(const BD::Tag& tag, unsigned index) {
+    if (const std::optional<MacAddress> address = macOf(tag))
+        return address->interface;
+    throw Error("MAC address " + std::to_string(index) + " has " + std::to_string(tag.length) +
+                " bytes and no interface number to keep (expected 8 bytes, or a number with the "
+                "address)");
 }
 
 } // namespace
 
-DescriptorEdit::DescriptorEdit(const std::string& image) : m_original(image) {
-    String error;
-    const TString<char> bytes(image.data(), static_cast<unsigned>(image.size()));
-    if (!m_descriptor.importBD(bytes, error).isSuccess())
-        m_fault = error.c_str();
-    for (const BD::Tag& tag : m_descriptor.getTags()) {
-        if (tag.id == TERMINATOR)
-            m_hadTerminator = true;
-        else
-            m_untouched.emplace(&tag, m_usedBytes);
-        m_usedBytes += HEADER_BYTES + tag.length;
-    }
-    if (m_hadTerminator)
-        expect(m_descriptor.removeTag(TERMINATOR, 0, error), error);
-    if (!m_fault.empty())
-        m_usedBytes = image.size();
+DescriptorEdit::DescriptorEdit(TagImage image) : m_original(std::move(image)) {
+    m_tags.reserve(m_original.tags().size());
+    for (const ImageTag& each : m_original.tags())
+        m_tags.push_back({each.tag, m_original.chunkOf(each)});
 }
 
-std::pair<unsigned, BD::Tag*> DescriptorEdit::find(const TagPlace& place) {
-    String error;
-    BD::Tag* const wanted = m_descriptor.getTag(place.id, place.index, error);
-    if (!wanted)
-        throw Error(error.c_str());
-    unsigned position = 0;
-    for (const BD::Tag& tag : m_descriptor.getTags()) {
-        if (&tag == wanted)
-            break;
-        ++position;
-    }
-    return {position, wanted};
+std::size_t DescriptorEdit::positionOf(const TagPlace& place) const {
+    unsigned occurrence = 0;
+    for (std::size_t position = 0; position < m_tags.size(); ++position)
+        if (m_tags[position].tag.id == place.id && occurrence++ == place.index)
+            return position;
+    throw Error(missingTag(place.id));
 }
 
-void DescriptorEdit::recordChange(unsigned position, const BD::Tag& before, const BD::Tag& tag) {
-    m_untouched.erase(&tag);
-    m_changes.push_back({position, before, stored(tag)});
+void DescriptorEdit::replace(std::size_t position, const BD::Tag& tag) {
+    const BD::Tag stored = asLoaded(tag);
+    EditedTag& edited = m_tags[position];
+    if (tag.data == edited.tag.data || stored.data == edited.tag.data)
+        return;
+    m_changes.push_back({position, edited.tag, stored});
+    edited = {stored, imageOf({stored})};
 }
 
-void DescriptorEdit::recordNew(unsigned position) {
-    unsigned each = 0;
-    for (const BD::Tag& tag : m_descriptor.getTags())
-        if (each++ == position)
-            m_changes.push_back({position, std::nullopt, stored(tag)});
+void DescriptorEdit::insertAt(std::size_t position, const BD::Tag& tag) {
+    const BD::Tag stored = asLoaded(tag);
+    m_tags.insert(m_tags.begin() + static_cast<std::ptrdiff_t>(position),
+                  {stored, imageOf({stored})});
+    m_changes.push_back({position, std::nullopt, stored});
 }
 
 void DescriptorEdit::set(const Assignment& assignment) {
-    const auto [position, tag] = find(assignment.place);
-    BD::Tag wanted = *tag;
-    static_cast<void>(wanted.setData(assignment.data)); // always succeeds
-    if (wanted.data == tag->data || stored(wanted).data == tag->data)
-        return;
-    const BD::Tag before = *tag;
-    String error;
-    expect(m_descriptor.setTag(assignment.place.id, assignment.place.index, assignment.data, error),
-           error);
-    recordChange(position, before, *tag);
+    replace(positionOf(assignment.place), makeTag(assignment.place.id, assignment.data));
 }
 
 void DescriptorEdit::add(const Assignment& assignment) {
-    insert(m_descriptor.getTags().size(), assignment);
+    insert(m_tags.size(), assignment);
 }
 
-void DescriptorEdit::insert(unsigned position, const Assignment& assignment) {
-    position = std::min(position, m_descriptor.getTags().size());
-    static_cast<void>(m_descriptor.insertTag(position, assignment.place.id, assignment.data));
-    recordNew(position);
+void DescriptorEdit::insert(std::size_t position, const Assignment& assignment) {
+    insertAt(std::min(position, m_tags.size()), makeTag(assignment.place.id, assignment.data));
 }
 
 void DescriptorEdit::remove(const TagPlace& place) {
-    const auto [position, tag] = find(place);
-    m_untouched.erase(tag);
-    m_changes.push_back({position, *tag, std::nullopt});
-    String error;
-    expect(m_descriptor.removeTag(place.id, place.index, error), error);
+    const std::size_t position = positionOf(place);
+    m_changes.push_back({position, m_tags[position].tag, std::nullopt});
+    m_tags.erase(m_tags.begin() + static_cast<std::ptrdiff_t>(position));
 }
 
 void DescriptorEdit::setMac(unsigned index, const std::string& mac,
                             std::optional<unsigned> interface) {
-    const auto [position, tag] = find({MAC_TAG, index});
-    const BD::Tag before = *tag;
-    String former, error;
-    unsigned number = 0;
-    if (interface)
-        number = *interface;
-    else if (!m_descriptor.getMacAddr(before, former, number).isSuccess())
-        throw Error("MAC address " + std::to_string(index) + " has " +
-                    std::to_string(before.length) +
-                    " bytes and no interface number to keep (expected 8 bytes, or a number with "
-                    "the address)");
-    expect(m_descriptor.setMacAddress(index, mac.c_str(), asTheRecordKeepsIt(number), error),
-           error);
-    if (tag->data != before.data)
-        recordChange(position, before, *tag);
+    const std::size_t position = positionOf({MAC_TAG, index});
+    const unsigned number = interface ? *interface : interfaceOf(m_tags[position].tag, index);
+    replace(position, makeMacTag(mac, number));
 }
 
 void DescriptorEdit::addMac(const std::string& mac, unsigned interface) {
-    // The library's own operation writes the new address over the last one and leaves an empty tag;
-    // hosts rely on that. Here every address stays: an empty tag behind the last one takes the new
-    // address.
-    const unsigned count = m_descriptor.getNumberOfTag(MAC_TAG);
-    const unsigned position =
-        count > 0 ? find({MAC_TAG, count - 1}).first + 1 : m_descriptor.getTags().size();
-    static_cast<void>(
-        m_descriptor.insertTag(position, MAC_TAG, TString<char>())); // always succeeds
-    String error;
-    expect(m_descriptor.setMacAddress(count, mac.c_str(), asTheRecordKeepsIt(interface), error),
-           error);
-    recordNew(position);
+    // The library's own operation overwrites the last address and leaves an empty tag, which hosts
+    // rely on. Here every address stays.
+    const auto last = std::find_if(m_tags.rbegin(), m_tags.rend(),
+                                   [](const EditedTag& each) { return each.tag.id == MAC_TAG; });
+    const auto behindLast = static_cast<std::size_t>(m_tags.rend() - last);
+    insertAt(last == m_tags.rend() ? m_tags.size() : behindLast, makeMacTag(mac, interface));
 }
 
 std::vector<TagChange> DescriptorEdit::changes() const {
     std::vector<TagChange> changes = m_changes;
-    if (!m_hadTerminator)
-        changes.push_back({m_descriptor.getTags().size(), std::nullopt, BD::Tag(TERMINATOR)});
+    if (!m_original.terminator())
+        changes.push_back({m_tags.size(), std::nullopt, BD::Tag(TERMINATOR_TAG)});
     return changes;
 }
 
-TString<char> DescriptorEdit::image() const {
-    TString<char> image;
-    const auto append = [&image](BD::TagId id, const TString<char>& data) {
-        CBoardDescr single;
-        String error;
-        static_cast<void>(single.addTag(id, data)); // these two always succeed
-        static_cast<void>(single.exportBD(image, error));
-    };
-    for (const BD::Tag& tag : m_descriptor.getTags()) {
-        const auto chunk = m_untouched.find(&tag);
-        if (chunk == m_untouched.end())
-            append(tag.id, tag.data);
-        else
-            image.concat(m_original.data() + chunk->second,
-                         static_cast<unsigned>(HEADER_BYTES) + tag.length);
-    }
-    append(TERMINATOR, TString<char>());
-    return image;
+std::string DescriptorEdit::image() const {
+    std::string image;
+    for (const EditedTag& each : m_tags)
+        image += each.chunk;
+    return image + imageOf({BD::Tag(TERMINATOR_TAG)});
 }
 
 } // namespace board

@@ -1,76 +1,61 @@
 #include "descriptor/DescriptorStore.h"
 
-#include <algorithm>
 #include <csignal>
-
-#include <linux/magic.h>
-#include <sys/stat.h>
-#include <sys/vfs.h>
 
 #include "base/Error.h"
 #include "base/File.h"
 #include "base/FileReplacement.h"
-#include "descriptor/DescriptorImage.h"
 #include "descriptor/ImageBackup.h"
 
 namespace board {
 
 namespace {
 
-/// While it lives, the signals by which people end a program wait: a device must not be left
-/// between two images.
-class EndingHeld {
+/// Holds back the signals that end a program: a device must not be left between two images.
+class EndingSignalsBlocked {
 public:
-    EndingHeld() {
+    EndingSignalsBlocked() {
         sigset_t ending;
         sigemptyset(&ending);
         for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
             sigaddset(&ending, signal);
         ::pthread_sigmask(SIG_BLOCK, &ending, &m_former);
     }
-    ~EndingHeld() { ::pthread_sigmask(SIG_SETMASK, &m_former, nullptr); }
-    EndingHeld(const EndingHeld&) = delete;
-    EndingHeld& operator=(const EndingHeld&) = delete;
+    ~EndingSignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &m_former, nullptr); }
+    EndingSignalsBlocked(const EndingSignalsBlocked&) = delete;
+    EndingSignalsBlocked& operator=(const EndingSignalsBlocked&) = delete;
 
 private:
     sigset_t m_former;
 };
 
 void refuseCharacterDevice(const std::string& path) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) == 0 && S_ISCHR(status.st_mode))
+    if (kindOf(path) == FileKind::CHARACTER_DEVICE)
         throw Error(path + ": is a character device (expected an image file or a block device)");
 }
 
-/// Throws the library's message where the image does not fit the device; the device is not touched.
-void expectToFit(const std::string& path, unsigned deviceSize, const TString<char>& image) {
-    if (image.length() < deviceSize)
-        return;
-    String error;
-    // An image that is too large is all that this refuses, and it does so before it opens the
-    // device.
-    static_cast<void>(CBoardDescr(path.c_str(), 1, deviceSize).writeRawBD(image, error));
-    throw Error(error.c_str());
+[[noreturn]] void refuseTooLarge(const std::string& path, std::size_t size,
+                                 const std::string& expected) {
+    throw Error(path + ": the image would have " + std::to_string(size) + " bytes (expected " +
+                expected + ")");
 }
 
 /// The new content of an image file. A dump of a whole device stays as large as the device.
-std::string fileContent(const std::string& old, const DescriptorEdit& edit,
-                        const TString<char>& image) {
+std::string fileContent(const TagImage& old, std::string image) {
     constexpr char ERASED = '\xFF';
-    std::string content(image.data(), image.length());
-    const std::size_t used = edit.usedBytes();
-    if (!edit.fault().empty() || old.size() > used) {
-        const std::size_t end = std::min(used, old.size());
-        const char blank = old.size() > end && old.back() == '\0' ? '\0' : ERASED;
-        if (content.size() < end)
-            content.resize(end, blank);
-        if (content.size() < old.size())
-            content += old.substr(content.size());
-    }
-    return content;
+    const std::string& former = old.bytes();
+    const std::size_t used = old.isCorrupt() ? former.size() : old.usedBytes();
+    if (!old.isCorrupt() && former.size() == used)
+        return image;
+    const char blank = former.size() > used && former.back() == '\0' ? '\0' : ERASED;
+    if (image.size() < used)
+        image.resize(used, blank);
+    if (image.size() < former.size())
+        image += former.substr(image.size());
+    return image;
 }
 
-/// Writes the image to a device and reads it back; where that fails, the old image is put back.
+/// Writes the image to a device and reads it back; if that fails, writes the old image back.
 void program(FileReplacement& device, const std::string& path, const std::string& old,
              const std::string& image, const std::string& backup) {
     const auto holds = [&](const std::string& expected) {
@@ -81,7 +66,7 @@ void program(FileReplacement& device, const std::string& path, const std::string
         device.commit(image);
         if (holds(image))
             return;
-        reason = path + ": holds something else than what was written";
+        reason = path + ": does not hold what was written";
     } catch (const Error& error) {
         reason = error.what();
     }
@@ -89,7 +74,7 @@ void program(FileReplacement& device, const std::string& path, const std::string
     bool isRestored = false;
     try {
         device.commit(former);
-    } catch (const Error&) { // what counts is what the device holds
+    } catch (const Error&) { // only what the device now holds matters
     }
     try {
         isRestored = holds(former);
@@ -103,16 +88,17 @@ void program(FileReplacement& device, const std::string& path, const std::string
 
 } // namespace
 
-EditOutcome editDescriptor(const DescriptorPlace& place, const EditManner& manner,
+EditOutcome editDescriptor(const DescriptorSource& source, const EditManner& manner,
                            const std::function<void(DescriptorEdit&)>& step,
                            const std::function<void(const std::vector<TagChange>&)>& confirm) {
-    refuseCharacterDevice(place.path);
-    FileReplacement target(place.path, place.boardDeviceSize ? FileReplacement::Manner::IN_PLACE
-                                                             : FileReplacement::Manner::BY_KIND);
-    const std::string old = target.content(MAX_IMAGE_SIZE);
-    DescriptorEdit edit(old);
-    if (!edit.fault().empty() && !manner.force)
-        throw Error(edit.fault() +
+    const std::string& path = source.path();
+    refuseCharacterDevice(path);
+    FileReplacement target(path, source.isBoardDevice() ? FileReplacement::Manner::IN_PLACE
+                                                        : FileReplacement::Manner::BY_KIND);
+    DescriptorEdit edit(TagImage(target.content(MAX_IMAGE_SIZE)));
+    const TagImage& old = edit.original();
+    if (old.isCorrupt() && !manner.force)
+        throw Error(old.fault() +
                     " (nothing was changed; --force keeps the tags before the fault)");
     step(edit);
 
@@ -121,24 +107,20 @@ EditOutcome editDescriptor(const DescriptorPlace& place, const EditManner& manne
     outcome.changes = edit.changes();
     if (outcome.changes.empty())
         return outcome;
-    const TString<char> image = edit.image();
-    if (outcome.isDevice)
-        expectToFit(place.path, place.boardDeviceSize.value_or(static_cast<unsigned>(old.size())),
-                    image);
-    const std::string content = outcome.isDevice ? std::string(image.data(), image.length())
-                                                 : fileContent(old, edit, image);
+    const std::string content = outcome.isDevice ? edit.image() : fileContent(old, edit.image());
+    if (const std::size_t room = source.deviceSize(old); outcome.isDevice && content.size() >= room)
+        refuseTooLarge(path, content.size(), "fewer than the device's " + std::to_string(room));
     if (content.size() > MAX_IMAGE_SIZE)
-        throw Error(place.path + ": the image would have " + std::to_string(content.size()) +
-                    " bytes (expected at most " + std::to_string(MAX_IMAGE_SIZE) + ")");
+        refuseTooLarge(path, content.size(), "at most " + std::to_string(MAX_IMAGE_SIZE));
     if (manner.dryRun)
         return outcome;
     if (outcome.isDevice)
         confirm(outcome.changes);
     if (manner.keepOld)
-        outcome.backup = keepImage(old, place.path, manner.backup);
-    const EndingHeld held;
+        outcome.backup = keepImage(old.bytes(), path, manner.backup);
+    const EndingSignalsBlocked untilWritten;
     if (outcome.isDevice)
-        program(target, place.path, old, content, outcome.backup);
+        program(target, path, old.bytes(), content, outcome.backup);
     else
         target.commit(content);
     outcome.isWritten = true;

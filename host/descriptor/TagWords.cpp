@@ -4,28 +4,37 @@
 #include <cstdint>
 #include <iterator>
 
+#include "BD_TagMeaning.h"
 #include "base/Error.h"
 #include "base/Suggestion.h"
+#include "base/Text.h"
+#include "descriptor/TagImage.h"
 
 namespace board {
 
 namespace {
 
-constexpr BD::TagId MAC_TAG = 1;
 constexpr BD::TagId LAST_ID = 65534;
-constexpr std::size_t MAX_DATA_BYTES = 65530; // a chunk's 16-bit length, less its header, made even
 constexpr char TYPES[] = "u8, u16, u32, uint, text or hex";
 
 /// A word for a message: short, and without bytes that a terminal would obey.
 std::string quoted(const std::string& word) {
     constexpr std::size_t LONGEST = 40;
-    std::string shown = word.substr(0, LONGEST);
-    std::replace_if(
-        shown.begin(), shown.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
-    return "'" + shown + (word.size() > LONGEST ? "...'" : "'");
+    return "'" + printable(word.substr(0, LONGEST)) + (word.size() > LONGEST ? "...'" : "'");
 }
 
-/// Whether `word` is nothing but a number up to `maximum`, which is then in `number`.
+/// The value of a hexadecimal digit; -1 for any other character.
+int digitOf(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
+/// Whether all of `word` is a number up to `maximum`, which is then stored in `number`.
 bool readNumber(const std::string& word, unsigned maximum, unsigned& number) {
     const bool isHex = word.size() > 2 && word[0] == '0' && (word[1] == 'x' || word[1] == 'X');
     const int base = isHex ? 16 : 10;
@@ -42,23 +51,33 @@ bool readNumber(const std::string& word, unsigned maximum, unsigned& number) {
     return !word.empty();
 }
 
-BD::TagId parseId(const std::string& word) {
+bool readId(const std::string& word, BD::TagId& id) {
     unsigned number = 0;
-    if (readNumber(word, static_cast<unsigned>(LAST_ID), number) && number != 0)
-        return static_cast<BD::TagId>(number);
-    // Names belong to the framework, which goes from identifier to name only.
-    const String name(word.c_str());
-    std::vector<std::string> known;
-    for (BD::TagId id = 1; id <= LAST_ID; ++id) {
-        const String its = BD::TAG_ID_TO_STRING(id);
-        if (its == name)
-            return id;
-        if (!its.startsWith("Tag")) // the names of the others are their numbers
-            known.emplace_back(its.c_str());
+    if (!readNumber(word, static_cast<unsigned>(LAST_ID), number) || number == 0)
+        return false;
+    id = static_cast<BD::TagId>(number);
+    return true;
+}
+
+BD::TagId parseId(const std::string& word) {
+    BD::TagId id = 0;
+    if (readId(word, id))
+        return id;
+    std::vector<std::string> names;
+    for (const BD::TagMeaning& meaning : BD::TAG_MEANINGS) {
+        if (!meaning.name)
+            continue;
+        if (word == meaning.name)
+            return meaning.first;
+        names.emplace_back(meaning.name);
     }
+    // Output calls an identifier without a name "Tag5"; that can be typed too.
+    if (word.rfind("Tag", 0) == 0 && readId(word.substr(3), id) &&
+        BD::TAG_ID_TO_STRING(id) == word.c_str())
+        return id;
     throw Error(quoted(word) +
-                " names no tag (expected 1 to 65534, 0x1 to 0xfffe, or a name such as ProductID)" +
-                didYouMean(word, known));
+                " is not a tag (expected 1 to 65534, 0x1 to 0xfffe, or a name such as ProductID)" +
+                didYouMean(word, names));
 }
 
 TString<char> bigEndian(unsigned value, unsigned width) {
@@ -71,18 +90,11 @@ TString<char> bigEndian(unsigned value, unsigned width) {
 }
 
 TString<char> bytesOfHex(const std::string& digits) {
-    TString<char> bytes;
-    for (std::size_t i = 0; i < digits.size(); i += 2) {
-        const int high = digitOf(digits[i]);
-        const int low = i + 1 < digits.size() ? digitOf(digits[i + 1]) : -1;
-        if (high < 0 || low < 0)
-            throw Error(quoted(digits) + " is not hexadecimal at character " +
-                        std::to_string(high < 0 ? i : i + 1) +
-                        " (expected two digits for each byte)");
-        const char byte = static_cast<char>(high << 4 | low);
-        bytes.concat(&byte, 1);
-    }
-    return bytes;
+    std::string bytes;
+    if (const std::size_t wrong = decodeHex(digits, bytes); wrong != std::string::npos)
+        throw Error(quoted(digits) + " is not hexadecimal at character " + std::to_string(wrong) +
+                    " (expected two digits for each byte)");
+    return TString<char>(bytes.data(), static_cast<unsigned>(bytes.size()));
 }
 
 TString<char> dataOf(TagType type, const std::string& value) {
@@ -107,7 +119,7 @@ TString<char> dataOf(TagType type, const std::string& value) {
 unsigned parseNumber(const std::string& word, unsigned maximum, const std::string& what) {
     unsigned number = 0;
     if (!readNumber(word, maximum, number))
-        throw Error(what + " " + quoted(word) + " is no number from 0 to " +
+        throw Error(what + " " + quoted(word) + " is not a number from 0 to " +
                     std::to_string(maximum) +
                     " (expected decimal digits, or hexadecimal ones with 0x)");
     return number;
@@ -136,8 +148,9 @@ Assignment parseAssignment(const std::string& word) {
     const auto equals = word.find('=');
     const auto colon = word.find(':', equals == std::string::npos ? 0 : equals);
     if (equals == std::string::npos || colon == std::string::npos)
-        throw Error(quoted(word) +
-                    " is no assignment (expected ID=TYPE:VALUE, such as ProductID=hex:1234abcd)");
+        throw Error(
+            quoted(word) +
+            " is not an assignment (expected ID=TYPE:VALUE, such as ProductID=hex:1234abcd)");
     Assignment assignment;
     const std::string tag = word.substr(0, equals);
     assignment.place = parseTagPlace(tag);
@@ -150,10 +163,10 @@ Assignment parseAssignment(const std::string& word) {
                     (assignment.place.id == MAC_TAG ? "; `boardctl bd mac` writes addresses" : ""));
     }
     const std::size_t size = assignment.data.length();
-    if (size > MAX_DATA_BYTES)
+    if (size > MAX_TAG_DATA)
         throw Error("tag " + quoted(tag) + ": " + std::to_string(size) +
                     " bytes are too long for a chunk (expected at most " +
-                    std::to_string(MAX_DATA_BYTES) + ")");
+                    std::to_string(MAX_TAG_DATA) + ")");
     return assignment;
 }
 
@@ -167,25 +180,26 @@ std::string parseMac(const std::string& word) {
     }
     if (!isWellFormed)
         throw Error(quoted(word) +
-                    " is no MAC address (expected six groups of two hexadecimal digits, "
+                    " is not a MAC address (expected six groups of two hexadecimal digits, "
                     "such as 02:00:00:00:00:07)");
-    // The lowest bit of the first byte; broadcast has it too.
+    // Multicast is the lowest bit of the first byte, which broadcast has set too.
     if (digitOf(word[1]) % 2 != 0)
         throw Error(quoted(word) +
-                    " is a multicast or broadcast address (expected that of one interface)");
+                    " is a multicast or broadcast address (expected the address of one interface)");
     if (isZero)
         throw Error(quoted(word) + " is all zero (expected the address of an interface)");
     return word;
 }
 
-int digitOf(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
+std::size_t decodeHex(const std::string& digits, std::string& bytes) {
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        const int high = digitOf(digits[i]);
+        const int low = i + 1 < digits.size() ? digitOf(digits[i + 1]) : -1;
+        if (high < 0 || low < 0)
+            return high < 0 ? i : i + 1;
+        bytes += static_cast<char>(high << 4 | low);
+    }
+    return std::string::npos;
 }
 
 std::string hexDigits(const BD::Tag& tag) {
@@ -195,11 +209,18 @@ std::string hexDigits(const BD::Tag& tag) {
     return digits;
 }
 
-String textOf(const BD::Tag& tag) {
-    unsigned length = tag.data.length();
-    while (length > 0 && tag.data[length - 1] == '\0')
-        --length;
-    return String(tag.data.data(), length);
+std::optional<MacAddress> macOf(const BD::Tag& tag) {
+    String mac;
+    unsigned interface = 0;
+    if (!CBoardDescr().getMacAddr(tag, mac, interface).isSuccess())
+        return std::nullopt;
+    return MacAddress{mac.c_str(), interface};
+}
+
+std::string textOf(const BD::Tag& tag) {
+    std::string text(tag.data.data(), tag.data.length());
+    text.erase(text.find_last_not_of('\0') + 1);
+    return text;
 }
 
 } // namespace board

@@ -1,11 +1,12 @@
 #include "descriptor/TagsJson.h"
 
 #include <set>
-#include <vector>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
 #include "base/Error.h"
+#include "base/Text.h"
 #include "descriptor/TagWords.h"
 
 using nlohmann::ordered_json;
@@ -14,17 +15,13 @@ namespace board {
 
 namespace {
 
-// What a chunk's 16-bit length leaves beside its header and the byte that the writer adds to an odd
-// length.
-constexpr std::size_t MAX_DATA_BYTES = 65530;
-
-/// A value for a message; what may be large or deeply nested is named by its type alone.
+/// A value for a message; one that may be large or deeply nested is named by its type alone.
 std::string shown(const ordered_json& value) {
     return value.is_number() || value.is_boolean() ? value.dump()
                                                    : std::string("of type ") + value.type_name();
 }
 
-/// One entry of the array, with the words for saying what is wrong in it.
+/// One entry of the array; messages about it begin with `where`.
 class Entry {
 public:
     Entry(const ordered_json& json, const std::string& where) : m_json(json), m_where(where) {}
@@ -60,13 +57,13 @@ public:
             fail("\"data\" has " + std::to_string(digits.size()) +
                  " digits, an odd number (expected two for each byte)");
         const auto size = digits.size() / 2;
-        if (size > MAX_DATA_BYTES)
+        if (size > MAX_TAG_DATA)
             fail("\"data\" has " + std::to_string(size) +
-                 " bytes, too long for a chunk (expected at most " +
-                 std::to_string(MAX_DATA_BYTES) + ")");
+                 " bytes, too long for a chunk (expected at most " + std::to_string(MAX_TAG_DATA) +
+                 ")");
         std::string bytes;
-        for (std::size_t i = 0; i < digits.size(); i += 2)
-            bytes += static_cast<char>(digit(digits[i], i) * 16 + digit(digits[i + 1], i + 1));
+        if (const std::size_t wrong = decodeHex(digits, bytes); wrong != std::string::npos)
+            fail("\"data\" is not hexadecimal at character " + std::to_string(wrong));
         return TString<char>(bytes.data(), static_cast<unsigned>(bytes.size()));
     }
 
@@ -85,13 +82,6 @@ private:
         return *found;
     }
 
-    int digit(char c, std::size_t position) const {
-        const int value = digitOf(c);
-        if (value >= 0)
-            return value;
-        fail("\"data\" is not hexadecimal at character " + std::to_string(position));
-    }
-
     const ordered_json& m_json;
     const std::string m_where;
 };
@@ -100,7 +90,7 @@ ordered_json parse(const std::string& text, const std::string& source) {
     const auto zero = text.find('\0');
     if (zero != std::string::npos)
         throw Error(source + ": holds a zero byte at " + std::to_string(zero) + " (expected JSON)");
-    // Of two values under one key the parser would keep one without a word.
+    // If a key occurs twice, the parser silently keeps one of the values.
     std::vector<std::set<std::string>> keys;
     const auto refuseTwice = [&](int, ordered_json::parse_event_t event,
                                  const ordered_json& parsed) {
@@ -110,7 +100,7 @@ ordered_json parse(const std::string& text, const std::string& source) {
             keys.pop_back();
         else if (event == ordered_json::parse_event_t::key &&
                  !keys.back().insert(parsed.get<std::string>()).second)
-            throw Error(source + ": the key " + parsed.dump() + " stands twice in one entry");
+            throw Error(source + ": the key " + parsed.dump() + " occurs twice in one entry");
         return true;
     };
     try {
@@ -124,36 +114,39 @@ ordered_json parse(const std::string& text, const std::string& source) {
 
 } // namespace
 
-std::string tagsToJson(const CBoardDescr::TagList& tags) {
-    std::string text = "[";
-    const char* separator = "\n";
-    for (const BD::Tag& tag : tags) {
+std::string tagsToJson(const TagImage& image) {
+    std::vector<std::string> entries;
+    const auto add = [&entries](const BD::Tag& tag) {
         const ordered_json entry = {{"id", tag.id},
                                     {"name", BD::TAG_ID_TO_STRING(tag.id).c_str()},
                                     {"length", tag.length},
                                     {"data", hexDigits(tag)}};
-        text += separator + entry.dump();
-        separator = ",\n";
-    }
-    return text + "\n]\n";
+        entries.push_back("\n" + entry.dump());
+    };
+    for (const ImageTag& each : image.tags())
+        add(each.tag);
+    if (image.terminator())
+        add(BD::Tag(TERMINATOR_TAG));
+    return "[" + join(entries, ",") + "\n]\n";
 }
 
-void tagsFromJson(const std::string& text, const std::string& source, CBoardDescr& descriptor) {
+std::vector<BD::Tag> tagsFromJson(const std::string& text, const std::string& source) {
     const ordered_json json = parse(text, source);
     if (!json.is_array())
         throw Error(source +
                     ": is not an array (expected [{\"id\":45,\"data\":\"1234abcd\"}, ...])");
-    std::size_t number = 0;
+    std::vector<BD::Tag> tags;
     for (const ordered_json& element : json) {
-        const Entry entry(element, source + ": entry " + std::to_string(number++));
+        const Entry entry(element, source + ": entry " + std::to_string(tags.size()));
         entry.checkShape();
-        const BD::TagId id = entry.id();
-        const TString<char> data = entry.data();
-        entry.checkLength(data.length());
-        if (id == 0 && data.length() != 0)
-            entry.fail("id 0 is the terminator, which carries no data");
-        static_cast<void>(descriptor.addTag(id, data)); // always succeeds
+        BD::Tag tag(entry.id());
+        static_cast<void>(tag.setData(entry.data())); // always succeeds
+        entry.checkLength(tag.length);
+        if (tag.id == TERMINATOR_TAG && tag.length != 0)
+            entry.fail("id 0 is the terminator, which has no data");
+        tags.push_back(std::move(tag));
     }
+    return tags;
 }
 
 } // namespace board

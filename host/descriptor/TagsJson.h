@@ -1,19 +1,20 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
-#include "CBoardDescr.h"
+#include "descriptor/TagImage.h"
 
 namespace board {
 
-/// The tags as a JSON array, an entry a line, in list order:
+/// The tags that an image loads as a JSON array, one entry per line, terminator included:
 /// `{"id":45,"name":"ProductID","length":4,"data":"1234abcd"}`. Data is hexadecimal.
-std::string tagsToJson(const CBoardDescr::TagList& tags);
+std::string tagsToJson(const TagImage& image);
 
-/// Appends the tags of such an array to `descriptor`, exactly those given. Of an entry, `id` (1 to
-/// 65534, or 0 for the terminator, which has no data) and `data` count, `length` is checked where
-/// it stands, `name` is for people. Throws Error that names the entry, counted from 0, and what was
-/// expected there; `source` is what the text is called in it.
-void tagsFromJson(const std::string& text, const std::string& source, CBoardDescr& descriptor);
+/// The tags of such an array, exactly those listed. An entry needs `id` (1 to 65534, or 0 for the
+/// terminator, which has no data) and `data`. A `length` is checked; a `name` is for people only.
+/// Throws Error that names the entry, counted from 0, and what was expected there; messages call
+/// the text `source`.
+std::vector<BD::Tag> tagsFromJson(const std::string& text, const std::string& source);
 
 } // namespace board

@@ -7,6 +7,7 @@
 namespace {
 
 using board::Finding;
+using board::TagImage;
 
 std::string bytesOf(const std::string& digits) {
     const TString<char> bytes = support::fromHex(digits);
@@ -32,14 +33,12 @@ TEST(DescriptorCheck, FindsNothingInASoundImage) {
           PRODUCT + "FF FF FF FF FF",
           "00 01 00 0C 02 00 00 00 00 07 00 00 00 01 00 0C 02 00 00 00 00 08 00 01 " + END,
           "12 34 00 04 12 34 00 04 " + END}) {
-        const board::CheckedImage checked = board::checkImage(bytesOf(image), false);
-        for (const Finding& finding : checked.findings)
+        for (const Finding& finding : board::checkImage(TagImage(bytesOf(image)), false))
             ADD_FAILURE() << image << ": " << lineOf(finding);
-        EXPECT_FALSE(checked.isCorrupt);
     }
 }
 
-TEST(DescriptorCheck, SaysWhatIsWrongAndWhere) {
+TEST(DescriptorCheck, ReportsEachFaultWithItsOffset) {
     const struct {
         std::string image;
         bool isDevice;
@@ -52,9 +51,7 @@ TEST(DescriptorCheck, SaysWhatIsWrongAndWhere) {
          false,
          {"corrupt 8 CORRUPTED BOARD DESCRIPTOR: id=7 has invalid"}},
         {PRODUCT + "00 07 00", false, {"corrupt 8 CORRUPTED BOARD DESCRIPTOR: id=7 has invalid"}},
-        {PRODUCT + PRODUCT + END,
-         false,
-         {"warning 8 ProductID: stands at 0 already (expected one)"}},
+        {PRODUCT + PRODUCT + END, false, {"warning 8 ProductID: is also at 0 (expected one)"}},
         {"00 01 00 04 " + END, false, {"warning 0 MacAddress: has 0 bytes (expected 8)"}},
         {"80 0E 00 06 00 78 " + END, false, {"warning 0 DspChannels: has 2 bytes (expected 4)"}},
         {"00 05 00 07 61 62 63 00 2D 00 05 12 " + END,
@@ -78,11 +75,11 @@ TEST(DescriptorCheck, SaysWhatIsWrongAndWhere) {
          {"warning 10 bytes behind the terminator that are neither"}},
     };
     for (const auto& each : CASES) {
-        const board::CheckedImage checked = board::checkImage(bytesOf(each.image), each.isDevice);
-        ASSERT_EQ(checked.findings.size(), each.findings.size()) << each.image;
+        const TagImage image(bytesOf(each.image));
+        const std::vector<Finding> findings = board::checkImage(image, each.isDevice);
+        ASSERT_EQ(findings.size(), each.findings.size()) << each.image;
         for (std::size_t i = 0; i < each.findings.size(); ++i)
-            EXPECT_EQ(lineOf(checked.findings[i]).substr(0, each.findings[i].size()),
-                      each.findings[i]);
-        EXPECT_EQ(checked.isCorrupt, each.findings[0][0] == 'c') << each.image;
+            EXPECT_EQ(lineOf(findings[i]).substr(0, each.findings[i].size()), each.findings[i]);
+        EXPECT_EQ(image.isCorrupt(), each.findings[0][0] == 'c') << each.image;
     }
 }

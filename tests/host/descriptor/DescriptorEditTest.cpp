@@ -15,8 +15,10 @@
 #include "support/TempDir.h"
 
 using board::DescriptorEdit;
+using board::DescriptorSource;
 using board::EditManner;
 using board::EditOutcome;
+using board::TagImage;
 using support::fromHex;
 using support::TempDir;
 
@@ -27,7 +29,7 @@ using Tags = std::vector<std::string>;
 const std::string PRODUCT = "00 2D 00 08 12 34 AB CD ";
 const std::string MAC_X = "00 01 00 0C 02 00 00 00 00 07 00 00 ";
 const std::string MAC_Y = "00 01 00 0C 02 00 00 00 00 08 00 01 ";
-const std::string ODD = "FF FE 00 07 01 02 03 "; // as no writer of the library makes it
+const std::string ODD = "FF FE 00 07 01 02 03 "; // odd, which the library never writes
 const std::string END = "00 00 00 04";
 
 std::string bytesOf(const std::string& digits) {
@@ -41,18 +43,18 @@ std::string hexOf(const std::string& bytes) {
 
 Tags tagsIn(const std::string& bytes) {
     CBoardDescr descriptor;
-    String error;
-    const TString<char> image(bytes.data(), static_cast<unsigned>(bytes.size()));
-    EXPECT_TRUE(descriptor.importBD(image, error).isSuccess()) << error.c_str();
+    const TagImage image(bytes);
+    EXPECT_EQ(image.fault(), "");
+    image.loadInto(descriptor);
     return support::tagsOf(descriptor);
 }
 
-/// What an edit makes of an image, both as digits.
+/// The image after an edit, both in hexadecimal.
 template <class Step>
 std::string edited(const std::string& digits, Step step) {
-    DescriptorEdit edit(bytesOf(digits));
+    DescriptorEdit edit{TagImage(bytesOf(digits))};
     step(edit);
-    return support::toHex(edit.image());
+    return hexOf(edit.image());
 }
 
 board::Assignment assignment(const std::string& word) {
@@ -83,7 +85,7 @@ std::string failureOf(Call call) {
 
 } // namespace
 
-TEST(DescriptorEdit, LeavesWhatItDoesNotTouchByteForByte) {
+TEST(DescriptorEdit, CopiesUnchangedTagsByteForByte) {
     const std::string image = ODD + PRODUCT + MAC_X + END;
     EXPECT_EQ(edited(image, [](DescriptorEdit& edit) { edit.set(assignment("45=hex:0001")); }),
               ODD + "00 2D 00 06 00 01 " + MAC_X + END);
@@ -108,35 +110,34 @@ TEST(DescriptorEdit, EndsWithOneTerminatorAndPutsNothingBehindIt) {
     EXPECT_EQ(edited("", addOne), tag + END);
 }
 
-TEST(DescriptorEdit, CountsAsAChangeOnlyWhatLoadsDifferently) {
+TEST(DescriptorEdit, CountsAChangeOnlyIfTheTagLoadsDifferently) {
     const struct {
         std::string image;
         std::string word;
         std::size_t changes;
     } CASES[] = {
         {PRODUCT + END, "45=hex:1234abcd", 0},
-        {"00 05 00 08 61 62 63 00 " + END, "5=text:abc", 0}, // the zero byte is the writer's
+        {"00 05 00 08 61 62 63 00 " + END, "5=text:abc", 0}, // the zero byte is padding
         {"00 05 00 07 61 62 63 " + END, "5=text:abc", 0},
         {"00 05 00 08 61 62 63 00 " + END, "5=text:ab", 1},
         {PRODUCT, "45=hex:1234abcd", 1}, // the terminator was missing
     };
     for (const auto& each : CASES) {
-        DescriptorEdit edit(bytesOf(each.image));
+        DescriptorEdit edit{TagImage(bytesOf(each.image))};
         edit.set(assignment(each.word));
         EXPECT_EQ(edit.changes().size(), each.changes) << each.image << " " << each.word;
     }
 }
 
-TEST(DescriptorEdit, AddsAMacAddressBehindTheLastAndLosesNone) {
+TEST(DescriptorEdit, AddsAMacAddressBehindTheLastAndKeepsAll) {
     const std::pair<unsigned, const char*> INTERFACES[] = {{0, "1/8:02 00 00 00 0A FF 00 00"},
                                                            {3, "1/8:02 00 00 00 0A FF 00 03"},
                                                            {65535, "1/8:02 00 00 00 0A FF FF FF"}};
-    const std::string image = bytesOf(MAC_X + MAC_Y + PRODUCT + END);
+    const TagImage image(bytesOf(MAC_X + MAC_Y + PRODUCT + END));
     for (const auto& [interface, tag] : INTERFACES) {
         DescriptorEdit edit(image);
         edit.addMac("02:00:00:00:0A:ff", interface);
-        const TString<char> result = edit.image();
-        EXPECT_EQ(tagsIn(std::string(result.data(), result.length())),
+        EXPECT_EQ(tagsIn(edit.image()),
                   (Tags{"1/8:02 00 00 00 00 07 00 00", "1/8:02 00 00 00 00 08 00 01", tag,
                         "45/4:12 34 AB CD", "0/0:"}));
     }
@@ -145,7 +146,7 @@ TEST(DescriptorEdit, AddsAMacAddressBehindTheLastAndLosesNone) {
         PRODUCT + MAC_X + END);
 }
 
-TEST(DescriptorEdit, SetsAMacAddressAndKeepsItsInterfaceUnlessToldOtherwise) {
+TEST(DescriptorEdit, SetsAMacAddressAndKeepsItsInterfaceByDefault) {
     const auto to8 = [](std::optional<unsigned> interface) {
         return
             [interface](DescriptorEdit& edit) { edit.setMac(1, "02:00:00:00:00:09", interface); };
@@ -180,8 +181,8 @@ TEST(DescriptorStore, KeepsTheSizeOfAnImageFileThatHasRoom) {
     for (const auto& each : CASES) {
         const TempDir dir;
         dir.write("image", each.before);
-        const EditOutcome outcome =
-            editDescriptor({dir.path("image"), std::nullopt}, withoutBackup(), each.step, agree);
+        const EditOutcome outcome = editDescriptor(DescriptorSource::ofFile(dir.path("image")),
+                                                   withoutBackup(), each.step, agree);
         EXPECT_TRUE(outcome.isWritten && !outcome.isDevice);
         EXPECT_EQ(hexOf(dir.read("image")), hexOf(each.after));
     }
@@ -192,9 +193,9 @@ TEST(DescriptorStore, WritesABoardsDeviceInPlaceAndLeavesWhatLiesBehind) {
     const std::string rest = "calibration";
     dir.write("eeprom", bytesOf(PRODUCT + MAC_X + END) + rest);
     std::filesystem::create_hard_link(dir.path("eeprom"),
-                                      dir.path("same")); // a rename would part the two
+                                      dir.path("same")); // a rename would separate the two
     editDescriptor(
-        {dir.path("eeprom"), 512}, withoutBackup(),
+        DescriptorSource::ofBoard(dir.path("eeprom"), 128, 512), withoutBackup(),
         [](DescriptorEdit& edit) { edit.set(assignment("45=u8:7")); }, agree);
     EXPECT_EQ(hexOf(dir.read("same")),
               hexOf(bytesOf("00 2D 00 06 07 00 " + MAC_X + END) + bytesOf("00 04") + rest));
@@ -206,25 +207,28 @@ TEST(DescriptorStore, RefusesAnImageThatIsNotSmallerThanTheDevice) {
         dir.write("eeprom", bytesOf(PRODUCT + END) + std::string(size - 12, '\xFF'));
         const std::string before = dir.read("eeprom");
         const std::string failure = failureOf([&] {
-            editDescriptor({dir.path("eeprom"), size}, withoutBackup(), addOne, agree);
+            editDescriptor(DescriptorSource::ofBoard(dir.path("eeprom"), 128, size),
+                           withoutBackup(), addOne, agree);
         });
-        EXPECT_EQ(failure, size == 18 ? "FAILED TO WRITE DEVICE '" + dir.path("eeprom") +
-                                            "': DEV SIZE=18, BD SIZE=18"
-                                      : "no failure");
+        EXPECT_EQ(failure,
+                  size == 18
+                      ? dir.path("eeprom") +
+                            ": the image would have 18 bytes (expected fewer than the device's 18)"
+                      : "no failure");
         EXPECT_EQ(dir.read("eeprom") == before, size == 18);
     }
 }
 
-TEST(DescriptorStore, TouchesADamagedImageOnlyWhenForced) {
+TEST(DescriptorStore, EditsADamagedImageOnlyIfForced) {
     const std::string whole = bytesOf(PRODUCT + MAC_X + ODD + END);
     const TempDir dir;
     for (std::size_t size = 0; size < whole.size(); ++size) {
         const std::string cut = whole.substr(0, size);
         dir.write("image", cut);
-        const bool isDamaged = !DescriptorEdit(cut).fault().empty();
+        const bool isDamaged = TagImage(cut).isCorrupt();
         EditManner manner = withoutBackup();
         const std::string failure = failureOf([&] {
-            editDescriptor({dir.path("image"), std::nullopt}, manner, addOne, agree);
+            editDescriptor(DescriptorSource::ofFile(dir.path("image")), manner, addOne, agree);
         });
         EXPECT_EQ(failure.find("CORRUPTED BOARD DESCRIPTOR") == 0, isDamaged)
             << size << ": " << failure;
@@ -232,7 +236,7 @@ TEST(DescriptorStore, TouchesADamagedImageOnlyWhenForced) {
         if (!isDamaged)
             continue;
         manner.force = true;
-        editDescriptor({dir.path("image"), std::nullopt}, manner, addOne, agree);
+        editDescriptor(DescriptorSource::ofFile(dir.path("image")), manner, addOne, agree);
         EXPECT_GE(dir.read("image").size(), size);
         const Tags tags = tagsIn(dir.read("image"));
         ASSERT_GE(tags.size(), 2U) << size;
@@ -240,7 +244,7 @@ TEST(DescriptorStore, TouchesADamagedImageOnlyWhenForced) {
     }
 }
 
-TEST(DescriptorStore, WritesNothingWithoutAChangeOnADryRunOrWhenRefused) {
+TEST(DescriptorStore, WritesNothingWithoutAChangeOnADryRunOrAfterARefusal) {
     const TempDir dir;
     const std::string image = bytesOf(PRODUCT + END) + "rest";
     dir.write("eeprom", image);
@@ -249,7 +253,7 @@ TEST(DescriptorStore, WritesNothingWithoutAChangeOnADryRunOrWhenRefused) {
     };
     EditManner manner;
     manner.backup = dir.path("backup");
-    const board::DescriptorPlace place{dir.path("eeprom"), 512};
+    const auto place = DescriptorSource::ofBoard(dir.path("eeprom"), 128, 512);
     const auto same = [](DescriptorEdit& edit) { edit.set(assignment("45=hex:1234abcd")); };
     EXPECT_TRUE(editDescriptor(place, manner, same, refuse).changes.empty());
     EXPECT_EQ(failureOf([&] { editDescriptor(place, manner, addOne, refuse); }), "1 refused");
@@ -261,7 +265,7 @@ TEST(DescriptorStore, WritesNothingWithoutAChangeOnADryRunOrWhenRefused) {
     EXPECT_FALSE(std::filesystem::exists(dir.path("backup")));
 }
 
-TEST(DescriptorStore, KeepsTheOldImageFirstAndStopsWhereItCanNot) {
+TEST(DescriptorStore, KeepsTheOldImageFirstAndStopsIfItCanNot) {
     const TempDir dir;
     const std::string good = bytesOf(PRODUCT + END);
     const std::string damaged = good.substr(0, 8) + bytesOf("00 07 00 02");
@@ -289,7 +293,7 @@ TEST(DescriptorStore, KeepsTheOldImageFirstAndStopsWhereItCanNot) {
         manner.backup = dir.path(each.backup);
         const auto open = support::openDescriptors();
         const std::string failure = failureOf([&] {
-            editDescriptor({dir.path("image"), std::nullopt}, manner, addOne, agree);
+            editDescriptor(DescriptorSource::ofFile(dir.path("image")), manner, addOne, agree);
         });
         EXPECT_EQ(support::openDescriptors(), open) << each.backup;
         if (each.failure.empty()) {
@@ -304,7 +308,7 @@ TEST(DescriptorStore, KeepsTheOldImageFirstAndStopsWhereItCanNot) {
     }
 }
 
-TEST(DescriptorStore, PutsTheOldImageBackWhereADeviceTookOnlyPartOfTheNewOne) {
+TEST(DescriptorStore, RestoresTheOldImageIfADeviceTookOnlyPartOfTheNewOne) {
     const TempDir dir;
     const std::string image = bytesOf(PRODUCT + END) + std::string(100, '\xFF');
     dir.write("eeprom", image);
@@ -315,17 +319,17 @@ TEST(DescriptorStore, PutsTheOldImageBackWhereADeviceTookOnlyPartOfTheNewOne) {
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
     const std::string failure = failureOf([&] {
         editDescriptor(
-            {dir.path("eeprom"), 112}, withoutBackup(),
+            DescriptorSource::ofBoard(dir.path("eeprom"), 128, 112), withoutBackup(),
             [](DescriptorEdit& edit) { edit.insert(0, assignment("9=u16:1")); }, agree);
     });
     ::setrlimit(RLIMIT_FSIZE, &former);
     std::signal(SIGXFSZ, handler);
-    EXPECT_EQ(failure,
-              dir.path("eeprom") + ": accepted only 12 of 18 bytes; the old image is in place again");
+    EXPECT_EQ(failure, dir.path("eeprom") +
+                           ": accepted only 12 of 18 bytes; the old image is in place again");
     EXPECT_EQ(hexOf(dir.read("eeprom")), hexOf(image));
 }
 
-TEST(DescriptorStore, ReportsADeviceThatHoldsSomethingElseThanWasWritten) {
+TEST(DescriptorStore, ReportsADeviceThatDoesNotHoldWhatWasWritten) {
     const TempDir dir;
     const std::string old = bytesOf(PRODUCT + END);
     const struct {
@@ -337,17 +341,18 @@ TEST(DescriptorStore, ReportsADeviceThatHoldsSomethingElseThanWasWritten) {
         dir.write("eeprom", old);
         dir.write("other", each.found);
         dir.write("backup", "");
-        // What is written then goes to a file that nobody finds any more.
+        // The write then goes to a file that no longer has a name.
         const auto takeAway = [&](const std::vector<board::TagChange>&) {
             std::filesystem::rename(dir.path("other"), dir.path("eeprom"));
         };
         EditManner manner;
         manner.backup = dir.path("backup");
         EXPECT_EQ(failureOf([&] {
-                      editDescriptor({dir.path("eeprom"), 512}, manner, addOne, takeAway);
+                      editDescriptor(DescriptorSource::ofBoard(dir.path("eeprom"), 128, 512),
+                                     manner, addOne, takeAway);
                   }),
-                  dir.path("eeprom") + ": holds something else than what was written; " +
-                      each.outcome + " and is kept in " + dir.path("backup"));
+                  dir.path("eeprom") + ": does not hold what was written; " + each.outcome +
+                      " and is kept in " + dir.path("backup"));
         EXPECT_EQ(dir.read("backup"), old);
     }
 }
@@ -359,7 +364,7 @@ TEST(DescriptorStore, LosesNoEditOfTwoWriters) {
     const auto write = [&](const char* word) {
         for (int i = 0; i < EDITS; ++i)
             editDescriptor(
-                {dir.path("image"), std::nullopt}, withoutBackup(),
+                DescriptorSource::ofFile(dir.path("image")), withoutBackup(),
                 [&](DescriptorEdit& edit) { edit.add(assignment(word)); }, agree);
     };
     std::thread first(write, "9=u16:1");

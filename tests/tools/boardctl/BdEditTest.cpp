@@ -24,8 +24,7 @@ const std::string IMAGE("\x00\x2D\x00\x08\x12\x34\xAB\xCD"
                         "\x00\x00\x00\x04",
                         44);
 
-/// An image file, and a board whose device is an ordinary file; backups go to a folder of the
-/// test's own.
+/// An image file, and a board whose device is an ordinary file. Backups go to the test's folder.
 class BdEdit : public testing::Test {
 protected:
     BdEdit() {
@@ -35,7 +34,7 @@ protected:
         m_dir.write("board.toml", "[descriptor]\ndevice = \"eeprom\"\n");
     }
 
-    /// "-i" and "--board" followed by nothing stand for the image and the board.
+    /// Adds the image's path after "-i" and the profile's path after "--board".
     Outcome bd(std::vector<std::string> words) const {
         words.insert(words.begin(), {BOARDCTL, "bd"});
         for (std::size_t i = 0; i < words.size(); ++i)
@@ -60,7 +59,7 @@ protected:
 
 } // namespace
 
-TEST_F(BdEdit, BuildsABoardEditsEveryTypeAndDumpsWhatWasMeant) {
+TEST_F(BdEdit, BuildsABoardEditsEveryTypeAndDumpsTheResult) {
     m_dir.write("tags.json",
                 R"([{"id":45,"data":"00000000"}, {"id":9,"data":"00"}, {"id":10,"data":""},
         {"id":11,"data":""}, {"id":12,"data":""}, {"id":10,"data":""}, {"id":1,"data":"0200000000070000"},
@@ -80,37 +79,37 @@ TEST_F(BdEdit, BuildsABoardEditsEveryTypeAndDumpsWhatWasMeant) {
                                               "00000007", "1234", "02000000000a0203", "80ff", ""}));
 }
 
-TEST_F(BdEdit, AnswersWhatCanNotBeMeantWithStatus2AndWritesNothing) {
+TEST_F(BdEdit, RejectsWordsThatMakeNoSenseWithStatus2AndWritesNothing) {
     const struct {
         std::vector<std::string> words;
         std::string message;
     } CASES[] = {
-        {{"set", "45", "-i"}, "'45' is no assignment (expected ID=TYPE:VALUE"},
-        {{"set", "45=1234", "-i"}, "is no assignment"},
+        {{"set", "45", "-i"}, "'45' is not an assignment (expected ID=TYPE:VALUE"},
+        {{"set", "45=1234", "-i"}, "is not an assignment"},
         {{"set", "45=i8:1", "-i"},
          "type 'i8' is unknown (expected u8, u16, u32, uint, text or hex)"},
-        {{"set", "45=u8:256", "-i"}, "'256' is no number from 0 to 255"},
-        {{"set", "45=u16:-1", "-i"}, "'-1' is no number from 0 to 65535"},
-        {{"set", "45=u32:4294967296", "-i"}, "is no number from 0 to 4294967295"},
-        {{"set", "45=uint:", "-i"}, "'' is no number"},
-        {{"set", "45=u8:0x", "-i"}, "'0x' is no number"},
+        {{"set", "45=u8:256", "-i"}, "'256' is not a number from 0 to 255"},
+        {{"set", "45=u16:-1", "-i"}, "'-1' is not a number from 0 to 65535"},
+        {{"set", "45=u32:4294967296", "-i"}, "is not a number from 0 to 4294967295"},
+        {{"set", "45=uint:", "-i"}, "'' is not a number"},
+        {{"set", "45=u8:0x", "-i"}, "'0x' is not a number"},
         {{"set", "45=hex:123", "-i"}, "not hexadecimal at character 3"},
         {{"set", "45=hex:1g", "-i"}, "not hexadecimal at character 1"},
         {{"set", "45=text:" + std::string(65531, 'x'), "-i"},
          "65531 bytes are too long for a chunk"},
         {{"set", "45=u8:1", "45.0=u8:2", "-i"}, "assigned twice"},
         {{"set", "45.x=u8:1", "-i"}, "occurrence 'x'"},
-        {{"add", "0=text:", "-i"}, "'0' names no tag"},
-        {{"add", "65535=text:", "-i"}, "'65535' names no tag"},
+        {{"add", "0=text:", "-i"}, "'0' is not a tag"},
+        {{"add", "65535=text:", "-i"}, "'65535' is not a tag"},
         {{"add", "9.0=u8:1", "-i"}, "not an occurrence"},
         {{"insert", "x", "9=u8:1", "-i"}, "position 'x'"},
-        {{"remove", "Nothing", "-i"}, "'Nothing' names no tag"},
+        {{"remove", "Nothing", "-i"}, "'Nothing' is not a tag"},
         {{"get", "45", "--type", "mac", "-i"}, "type 'mac' is unknown"},
-        {{"mac", "add", "02:00:00:00:00", "-i"}, "is no MAC address"},
-        {{"mac", "add", "02:00:00:00:00:7", "-i"}, "is no MAC address"},
-        {{"mac", "add", "02-00-00-00-00-07", "-i"}, "is no MAC address"},
-        {{"mac", "add", "02:00:00:00:00:07:08", "-i"}, "is no MAC address"},
-        {{"mac", "add", "02:00:00:00:00:0g", "-i"}, "is no MAC address"},
+        {{"mac", "add", "02:00:00:00:00", "-i"}, "is not a MAC address"},
+        {{"mac", "add", "02:00:00:00:00:7", "-i"}, "is not a MAC address"},
+        {{"mac", "add", "02-00-00-00-00-07", "-i"}, "is not a MAC address"},
+        {{"mac", "add", "02:00:00:00:00:07:08", "-i"}, "is not a MAC address"},
+        {{"mac", "add", "02:00:00:00:00:0g", "-i"}, "is not a MAC address"},
         {{"mac", "add", "01:00:5e:00:00:01", "-i"}, "multicast"},
         {{"mac", "add", "ff:ff:ff:ff:ff:ff", "-i"}, "broadcast"},
         {{"mac", "add", "00:00:00:00:00:00", "-i"}, "all zero"},
@@ -127,7 +126,7 @@ TEST_F(BdEdit, AnswersWhatCanNotBeMeantWithStatus2AndWritesNothing) {
     EXPECT_EQ(backups(), 0);
 }
 
-TEST_F(BdEdit, FailsWithTheLibrarysMessageAndWritesNothing) {
+TEST_F(BdEdit, FailsWithAMessageAndWritesNothing) {
     const struct {
         std::vector<std::string> words;
         std::string message;
@@ -136,13 +135,13 @@ TEST_F(BdEdit, FailsWithTheLibrarysMessageAndWritesNothing) {
         {{"remove", "MacAddress.2", "-i"}, "ERR TAG '1:=MacAddress' NOT FOUND"},
         {{"mac", "set", "2", "02:00:00:00:00:07", "-i"}, "ERR TAG '1:=MacAddress' NOT FOUND"},
         {{"get", "45", "--type", "u16", "-i"}, "ERR WRONG TAG SIZE"},
-        {{"add", "9=hex:" + std::string(920, '0'), "--board", "-y"}, "DEV SIZE=512, BD SIZE=508"},
+        {{"add", "9=hex:" + std::string(920, '0'), "--board", "-y"}, ""},
         {{"add", "9=hex:" + std::string(928, '0'), "--board", "-y"},
-         "': DEV SIZE=512, BD SIZE=512"},
+         "the image would have 512 bytes (expected fewer than the device's 512)"},
     };
     for (const auto& each : CASES) {
         const Outcome outcome = bd(each.words);
-        const bool fits = each.message.find("508") != std::string::npos;
+        const bool fits = each.message.empty();
         EXPECT_EQ(outcome.status, fits ? 0 : 1) << each.message;
         if (fits)
             m_dir.write("eeprom", IMAGE);
@@ -153,7 +152,7 @@ TEST_F(BdEdit, FailsWithTheLibrarysMessageAndWritesNothing) {
     EXPECT_EQ(m_dir.read("eeprom"), IMAGE);
 }
 
-TEST_F(BdEdit, ShowsTheChangeOnADryRunAndSaysWhereTheOldImageIs) {
+TEST_F(BdEdit, ShowsTheChangeOnADryRunAndNamesTheBackup) {
     const Outcome dry = bd({"set", "5=text:two", "-i", "--dry-run"});
     EXPECT_EQ(dry.out, "- 3 Tag5 (5): 6f6e651b\n+ 3 Tag5 (5): 74776f00  \"two\"\n" +
                            m_dir.path("image") + ": dry run; nothing was written\n");
@@ -180,7 +179,7 @@ TEST_F(BdEdit, ShowsTheChangeOnADryRunAndSaysWhereTheOldImageIs) {
 TEST_F(BdEdit, AsksBeforeADeviceIsChanged) {
     const Outcome unasked = bd({"remove", "5", "--board"});
     EXPECT_EQ(unasked.status, 1);
-    EXPECT_NE(unasked.err.find("no terminal to ask at (expected -y)"), std::string::npos)
+    EXPECT_NE(unasked.err.find("not a terminal to ask on (expected -y)"), std::string::npos)
         << unasked.err;
 
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);

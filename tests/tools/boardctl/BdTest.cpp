@@ -70,7 +70,7 @@ TEST(Bd, LeavesTheTargetAloneWhereTheTagsAreWrong) {
         {R"([{"id":5,"data":"12 4"}])", "not hexadecimal at character 2"},
         {R"([{"id":5,"data":"1234","length":3}])", "\"length\" is 3 but \"data\" has 2 bytes"},
         {R"([{"id":5,"dta":"12"}])", "unknown key \"dta\""},
-        {R"([{"id":5,"data":"","data":"12"}])", "the key \"data\" stands twice"},
+        {R"([{"id":5,"data":"","data":"12"}])", "the key \"data\" occurs twice"},
         {"[1e400]", "number overflow"},
         {R"([{"id":5,"data":""}])" + std::string("\0 ]", 3), "holds a zero byte at 20"},
         {R"([{"id":0,"data":"12"}])", "id 0 is the terminator"},

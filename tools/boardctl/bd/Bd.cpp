@@ -1,13 +1,18 @@
+#include "bd/BdCommands.h"
 #include "program/Command.h"
 #include "program/Commands.h"
 
 namespace boardctl {
 
 void addBd(CLI::App& app, Options& options) {
-    CLI::App& bd =
-        addGroup(app, "bd", "The board descriptor: show, check, take apart, build, edit");
-    for (const auto add : {addBdReports, addBdBuild, addBdEdit})
+    CLI::App& bd = addGroup(app, "bd", "The board descriptor: show, check, build and edit it");
+    for (const auto add :
+         {addBdShow, addBdDump, addBdBuild, addBdGet, addBdSet, addBdAdd, addBdInsert, addBdRemove})
         add(bd, options);
+    CLI::App& mac = addGroup(bd, "mac", "The MAC addresses in the descriptor");
+    for (const auto add : {addBdMacRead, addBdMacEdit})
+        add(mac, options);
+    addBdCheck(bd, options);
 }
 
 } // namespace boardctl

@@ -1,16 +1,14 @@
 #include <string>
+#include <vector>
 
-#include "base/Error.h"
 #include "base/File.h"
 #include "base/FileReplacement.h"
-#include "descriptor/DescriptorImage.h"
+#include "bd/BdCommands.h"
 #include "descriptor/TagsJson.h"
 #include "output/Json.h"
 #include "output/Messages.h"
 #include "program/Command.h"
-#include "program/Commands.h"
 #include "program/Help.h"
-#include "program/WordChecks.h"
 
 namespace boardctl {
 
@@ -24,22 +22,19 @@ struct BuildWords {
 
 int build(const Options& options, const BuildWords& words) {
     const auto& [source, target] = words;
-    CBoardDescr descriptor;
-    board::tagsFromJson(board::readFile(source, MAX_JSON_SIZE), source, descriptor);
-    TString<char> image;
-    String error;
-    static_cast<void>(descriptor.exportBD(image, error)); // always succeeds
-    if (image.length() > board::MAX_IMAGE_SIZE)
-        throw board::Error(source + ": the image would have " + std::to_string(image.length()) +
+    const std::vector<BD::Tag> tags =
+        board::tagsFromJson(board::readFile(source, MAX_JSON_SIZE), source);
+    const std::string image = board::imageOf(tags);
+    if (image.size() > board::MAX_IMAGE_SIZE)
+        throw board::Error(source + ": the image would have " + std::to_string(image.size()) +
                            " bytes (expected at most " + std::to_string(board::MAX_IMAGE_SIZE) +
                            ")");
-    board::replaceFile(target, std::string(image.data(), image.length()));
+    board::replaceFile(target, image);
     if (options.json)
-        printJson(
-            {{"image", target}, {"tags", descriptor.getTags().size()}, {"size", image.length()}});
+        printJson({{"image", target}, {"tags", tags.size()}, {"size", image.size()}});
     if (flushOutput())
         return DONE;
-    complain(target + ": was written all the same");
+    complain(target + ": was written nevertheless");
     return FAILED;
 }
 
@@ -54,7 +49,9 @@ void addBdBuild(CLI::App& bd, Options& options) {
         ->check(notEmpty())
         ->type_name("FILE")
         ->required();
-    command.add_option("-o,--output", words.target, "The image; replaced whole or left as it was")
+    command
+        .add_option("-o,--output", words.target,
+                    "The image file; if this fails, an existing file does not change")
         ->check(notEmpty())
         ->type_name("IMAGE")
         ->required();

@@ -1,17 +1,20 @@
 #include <iostream>
 
-#include "base/File.h"
 #include "bd/BdCommands.h"
-#include "bd/BdImage.h"
+#include "bd/BdSource.h"
 #include "descriptor/DescriptorCheck.h"
 #include "output/Json.h"
-#include "output/Messages.h"
+#include "program/Command.h"
 
 using nlohmann::ordered_json;
 
 namespace boardctl {
 
 namespace {
+
+struct CheckWords {
+    std::string image;
+};
 
 const char* nameOf(board::Finding::Weight weight) {
     switch (weight) {
@@ -25,38 +28,48 @@ const char* nameOf(board::Finding::Weight weight) {
     return "note";
 }
 
+void printForPeople(const board::TagImage& image, const std::vector<board::Finding>& findings) {
+    for (const board::Finding& finding : findings)
+        std::cout << "at " << finding.offset << ": " << nameOf(finding.weight) << ": "
+                  << finding.text << "\n";
+    const std::size_t tags = image.tags().size();
+    std::cout << tags << (tags == 1 ? " tag" : " tags") << " in " << image.usedBytes() << " of "
+              << image.bytes().size() << " bytes" << (image.isCorrupt() ? "; CORRUPT" : "") << "\n";
+}
+
+void printForPrograms(const board::TagImage& image, const std::vector<board::Finding>& findings) {
+    ordered_json list = ordered_json::array();
+    for (const board::Finding& finding : findings)
+        list.push_back({{"offset", finding.offset},
+                        {"weight", nameOf(finding.weight)},
+                        {"text", finding.text}});
+    printJson({{"corrupt", image.isCorrupt()},
+               {"size", image.bytes().size()},
+               {"used", image.usedBytes()},
+               {"tags", image.tags().size()},
+               {"findings", std::move(list)}});
+}
+
+int check(const Options& options, const CheckWords& words) {
+    const BdSource chosen(options, words.image);
+    return printImage(chosen.source(), [&](const board::TagImage& image) {
+        const auto findings = board::checkImage(image, chosen.source().isDevice());
+        if (options.json)
+            printForPrograms(image, findings);
+        else
+            printForPeople(image, findings);
+        return DONE;
+    });
+}
+
 } // namespace
 
-int bdCheck(const Options& options, const BdWords& words) {
-    const bool isDevice = words.image.empty() || board::isDevice(words.image);
-    const std::string bytes = readBytes(options, words.image);
-    const board::CheckedImage image = board::checkImage(bytes, isDevice);
-    if (options.json) {
-        ordered_json findings = ordered_json::array();
-        for (const board::Finding& finding : image.findings)
-            findings.push_back({{"offset", finding.offset},
-                                {"weight", nameOf(finding.weight)},
-                                {"text", finding.text}});
-        printJson({{"corrupt", image.isCorrupt},
-                   {"size", bytes.size()},
-                   {"used", image.usedBytes},
-                   {"tags", image.tags},
-                   {"findings", std::move(findings)}});
-    } else {
-        for (const board::Finding& finding : image.findings)
-            std::cout << "at " << finding.offset << ": " << nameOf(finding.weight) << ": "
-                      << finding.text << "\n";
-        std::cout << image.tags << (image.tags == 1 ? " tag" : " tags") << " in " << image.usedBytes
-                  << " of " << bytes.size() << " bytes" << (image.isCorrupt ? "; CORRUPT" : "")
-                  << "\n";
-    }
-    if (!image.isCorrupt)
-        return DONE;
-    static_cast<void>(flushOutput());
-    for (const board::Finding& finding : image.findings)
-        if (finding.weight == board::Finding::Weight::CORRUPT)
-            complain(finding.text);
-    return FAILED;
+void addBdCheck(CLI::App& bd, Options& options) {
+    const auto [command, words] = addCommand<CheckWords>(
+        bd, options, "check",
+        "List what is wrong with an image; exits with 1 if it is corrupt, with 0 after warnings",
+        check);
+    addImageWord(command, words.image);
 }
 
 } // namespace boardctl

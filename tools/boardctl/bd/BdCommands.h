@@ -1,26 +1,49 @@
 #pragma once
 
-#include <functional>
 #include <string>
-#include <vector>
+
+#include <CLI/CLI.hpp>
 
 #include "base/Error.h"
-#include "descriptor/DescriptorStore.h"
-#include "descriptor/TagWords.h"
 #include "program/Options.h"
+#include "program/WordChecks.h"
 
+/// The commands below `bd`, and the words that several of them have. Each function adds one command
+/// or, in the order of the help, a few that belong together.
 namespace boardctl {
 
-/// The words after `bd`, each as typed. A command reads those that it has.
-struct BdWords {
-    std::string image; ///< empty: the board's own descriptor
-    board::EditManner manner;
-    bool yes = false;
-    std::string tag;
-    std::string type = "hex";
-    std::vector<std::string> assignments;
-    std::string position, mac, interface;
-};
+void addBdShow(CLI::App& bd, Options& options); ///< show, raw
+void addBdDump(CLI::App& bd, Options& options);
+void addBdBuild(CLI::App& bd, Options& options);
+void addBdGet(CLI::App& bd, Options& options);
+void addBdSet(CLI::App& bd, Options& options);
+void addBdAdd(CLI::App& bd, Options& options);
+void addBdInsert(CLI::App& bd, Options& options);
+void addBdRemove(CLI::App& bd, Options& options);
+void addBdMacRead(CLI::App& mac, Options& options); ///< list, get
+void addBdMacEdit(CLI::App& mac, Options& options); ///< set, add
+void addBdCheck(CLI::App& bd, Options& options);
+
+constexpr char TAG_HELP[] = "ID or ID.N: decimal, 0x hexadecimal or a name; N counts from 0";
+
+/// The image as a word.
+inline void addImageWord(CLI::App& command, std::string& image) {
+    command.add_option("IMAGE", image, "Image file; by default the board's descriptor")
+        ->check(notEmpty())
+        ->type_name("FILE");
+}
+
+/// The image as an option, for commands with other words.
+inline void addImageOption(CLI::App& command, std::string& image) {
+    command.add_option("-i,--image", image, "Image file; by default the board's descriptor")
+        ->check(notEmpty())
+        ->type_name("IMAGE");
+}
+
+inline CLI::Option* addWord(CLI::App& command, const char* name, std::string& word,
+                            const char* text) {
+    return command.add_option(name, word, text)->check(notEmpty())->type_name("");
+}
 
 /// The result of `parse`. Its board::Error becomes a WrongCall.
 template <class Parser>
@@ -31,28 +54,5 @@ auto orWrongCall(Parser parse) -> decltype(parse()) {
         throw WrongCall(error.what());
     }
 }
-
-inline unsigned numberOrWrongCall(const std::string& word, unsigned maximum, const char* what) {
-    return orWrongCall([&] { return board::parseNumber(word, maximum, what); });
-}
-
-// The commands; each returns the exit status.
-
-int bdGet(const Options& options, const BdWords& words);
-int bdCheck(const Options& options, const BdWords& words);
-int bdMacList(const Options& options, const BdWords& words);
-int bdMacGet(const Options& options, const BdWords& words);
-
-int bdSet(const Options& options, const BdWords& words);
-int bdAdd(const Options& options, const BdWords& words);
-int bdInsert(const Options& options, const BdWords& words);
-int bdRemove(const Options& options, const BdWords& words);
-int bdMacSet(const Options& options, const BdWords& words);
-int bdMacAdd(const Options& options, const BdWords& words);
-
-/// Edits the image or the board's device by `step`: shows the change, asks before a device is
-/// written, writes.
-int edit(const Options& options, const BdWords& words,
-         const std::function<void(board::DescriptorEdit&)>& step);
 
 } // namespace boardctl

@@ -2,10 +2,12 @@
 
 #include "base/Text.h"
 #include "bd/BdCommands.h"
-#include "bd/BdImage.h"
-#include "descriptor/DescriptorImage.h"
+#include "bd/BdSource.h"
+#include "descriptor/TagWords.h"
 #include "output/Json.h"
 #include "output/Messages.h"
+#include "program/Command.h"
+#include "program/Help.h"
 
 using nlohmann::ordered_json;
 
@@ -13,73 +15,79 @@ namespace boardctl {
 
 namespace {
 
-/// The value of a tag as `type`, through the library's accessors and with their failures.
-XCode valueOf(CBoardDescr& descriptor, const board::TagPlace& place, board::TagType type,
-              ordered_json& value, String& error) {
-    XCode status;
-    const auto read = [&](auto number, auto operation) {
-        status = (descriptor.*operation)(place.id, place.index, number, error);
-        if (status.isSuccess())
-            value = number;
+struct GetWords {
+    std::string image;
+    std::string tag;
+    std::string type = "hex";
+};
+
+/// Throws board::Error if the tag does not have the size of `type`.
+ordered_json valueOf(const BD::Tag& tag, board::TagType type) {
+    const auto numberIf = [&tag](bool fits) -> ordered_json {
+        if (!fits)
+            throw board::Error(CBoardDescr::ERR_WRONG_TAG_SIZE);
+        return tag.getDataUInt();
     };
     switch (type) {
     case board::TagType::U8:
-        read(static_cast<unsigned char>(0), &CBoardDescr::getTagUInt8);
-        break;
+        return numberIf(tag.length == 1);
     case board::TagType::U16:
-        read(static_cast<unsigned short>(0), &CBoardDescr::getTagUInt16);
-        break;
+        return numberIf(tag.length == 2);
     case board::TagType::U32:
-        read(0UL, &CBoardDescr::getTagUInt32);
-        break;
+        return numberIf(tag.length == 4);
     case board::TagType::UINT:
-        read(0U, &CBoardDescr::getTagUInt);
-        break;
+        return numberIf(tag.length <= 4);
     case board::TagType::TEXT:
-    case board::TagType::HEX: {
-        const BD::Tag* const tag = descriptor.getTag(place.id, place.index, error);
-        if (!tag)
-            return XCode(XCode::FAILURE);
-        const String text = board::textOf(*tag);
-        value = type == board::TagType::HEX ? board::hexDigits(*tag)
-                                            : std::string(text.c_str(), text.length());
+        return board::textOf(tag);
+    case board::TagType::HEX:
+        break;
     }
-    }
-    return status;
+    return board::hexDigits(tag);
+}
+
+int get(const Options& options, const GetWords& words) {
+    const board::TagPlace place = orWrongCall([&] { return board::parseTagPlace(words.tag); });
+    const board::TagType type = orWrongCall([&] { return board::parseTagType(words.type); });
+    return printImage(options, words.image, [&](const board::TagImage& image) {
+        ordered_json json = {{"id", place.id},
+                             {"name", BD::TAG_ID_TO_STRING(place.id).c_str()},
+                             {"index", place.index},
+                             {"type", words.type},
+                             {"value", nullptr}};
+        std::string fault;
+        try {
+            const BD::Tag& tag = image.find(place.id, place.index);
+            json["length"] = tag.length;
+            json["data"] = board::hexDigits(tag);
+            json["value"] = valueOf(tag, type);
+        } catch (const board::Error& error) {
+            fault = error.what();
+            json["error"] = fault;
+        }
+        const ordered_json& value = json["value"];
+        if (options.json)
+            printJson(json);
+        else if (fault.empty())
+            std::cout << board::printable(value.is_string() ? value.get<std::string>()
+                                                            : value.dump())
+                      << "\n";
+        if (fault.empty())
+            return DONE;
+        complain(fault);
+        return FAILED;
+    });
 }
 
 } // namespace
 
-int bdGet(const Options& options, const BdWords& words) {
-    const board::TagPlace place = orWrongCall([&] { return board::parseTagPlace(words.tag); });
-    const board::TagType type = orWrongCall([&] { return board::parseTagType(words.type); });
-    return withTags(options, words, [&](CBoardDescr& descriptor) {
-        ordered_json value;
-        String error;
-        const bool isRead = valueOf(descriptor, place, type, value, error).isSuccess();
-        if (options.json) {
-            ordered_json json = {{"id", place.id},
-                                 {"name", BD::TAG_ID_TO_STRING(place.id).c_str()},
-                                 {"index", place.index},
-                                 {"type", words.type},
-                                 {"value", value}};
-            String ignored;
-            if (const BD::Tag* const tag = descriptor.getTag(place.id, place.index, ignored)) {
-                json["length"] = tag->length;
-                json["data"] = board::hexDigits(*tag);
-            }
-            if (!isRead)
-                json["error"] = error.c_str();
-            printJson(json);
-        } else if (isRead) {
-            const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
-            std::cout << board::printable(text) << "\n";
-        }
-        if (isRead)
-            return DONE;
-        complain(error.c_str());
-        return FAILED;
-    });
+void addBdGet(CLI::App& bd, Options& options) {
+    const auto [command, words] = addCommand<GetWords>(bd, options, "get", "Read one tag", get);
+    addWord(command, "TAG", words.tag, TAG_HELP)->required();
+    command.add_option("--type", words.type, "How to read the data; by default hex")
+        ->option_text("u8|u16|u32|uint|text|hex");
+    addImageOption(command, words.image);
+    addExamples(command,
+                {"bd get ProductID", "bd get MacAddress.1 -i image.bin", "bd get 2 --type u32"});
 }
 
 } // namespace boardctl

@@ -28,9 +28,6 @@ void addCpu(CLI::App& app, Options& options);
 void addFirmware(CLI::App& app, Options& options);
 
 void addBd(CLI::App& app, Options& options);
-void addBdReports(CLI::App& bd, Options& options); ///< show, raw, dump
-void addBdBuild(CLI::App& bd, Options& options);
-void addBdEdit(CLI::App& bd, Options& options); ///< get, the edits, mac, check
 
 void addSim(CLI::App& app, Options& options);
 

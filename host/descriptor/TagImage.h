@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "CBoardDescr.h"
+
+namespace board {
+
+/// The largest image that is read or written: 64 KiB.
+constexpr unsigned MAX_IMAGE_SIZE = 65536;
+
+/// The most data that one tag can store: the 16-bit length of a chunk covers its header, and odd
+/// data gets one more byte.
+constexpr std::size_t MAX_TAG_DATA = 65530;
+
+constexpr BD::TagId TERMINATOR_TAG = 0;
+constexpr BD::TagId MAC_TAG = 1;
+
+/// A tag, and where its chunk begins in the image.
+struct ImageTag {
+    BD::Tag tag;
+    std::size_t offset = 0;
+};
+
+/// The bytes of a descriptor image and what the library loads from them. A value that never
+/// changes. A corrupt image is a value too: it has a fault, and the tags before it.
+class TagImage {
+public:
+    explicit TagImage(std::string bytes);
+
+    const std::string& bytes() const { return m_bytes; }
+
+    /// The tags that load, in order, without the terminator.
+    const std::vector<ImageTag>& tags() const { return m_tags; }
+
+    /// Empty unless the image is corrupt; then the library's message. The chunk at fault begins at
+    /// `usedBytes()`.
+    const std::string& fault() const { return m_fault; }
+    bool isCorrupt() const { return !m_fault.empty(); }
+
+    /// Where the terminator begins, if there is one.
+    const std::optional<std::size_t>& terminator() const { return m_terminator; }
+
+    /// How many bytes the tags and the terminator take.
+    std::size_t usedBytes() const;
+
+    /// Where the bytes behind the terminator begin, which no load reads. Of a terminator only the
+    /// identifier is read, so its length counts as part of it only if it is the usual one.
+    std::size_t restOffset() const;
+
+    /// The bytes of a tag's chunk as they are in the image.
+    std::string chunkOf(const ImageTag& tag) const;
+
+    /// Occurrence `index` of `id`. Throws Error with the library's message if there is none.
+    const BD::Tag& find(BD::TagId id, unsigned index) const;
+
+    /// Replaces the list of `descriptor` by what the image holds, the terminator included.
+    void loadInto(CBoardDescr& descriptor) const;
+
+private:
+    std::string m_bytes;
+    std::vector<ImageTag> m_tags;
+    std::string m_fault;
+    std::optional<std::size_t> m_terminator;
+    std::size_t m_tagBytes = 0;
+};
+
+/// The library's message about a tag that is missing.
+std::string missingTag(BD::TagId id);
+
+/// The tag as it comes back after it is stored: odd data is padded with a zero byte.
+BD::Tag asLoaded(const BD::Tag& tag);
+
+/// The bytes of the image of exactly these tags; a terminator is a tag with identifier 0.
+std::string imageOf(const std::vector<BD::Tag>& tags);
+
+} // namespace board

@@ -1,0 +1,32 @@
+#include <iostream>
+
+#include "bd/BdCommands.h"
+#include "bd/BdSource.h"
+#include "descriptor/TagsJson.h"
+#include "program/Command.h"
+
+namespace boardctl {
+
+namespace {
+
+struct DumpWords {
+    std::string image;
+};
+
+int dump(const Options& options, const DumpWords& words) {
+    return printImage(options, words.image, [](const board::TagImage& image) {
+        std::cout << board::tagsToJson(image);
+        return DONE;
+    });
+}
+
+} // namespace
+
+void addBdDump(CLI::App& bd, Options& options) {
+    const auto [command, words] = addCommand<DumpWords>(
+        bd, options, "dump", "All tags as JSON, for `bd build`; --format makes no difference",
+        dump);
+    addImageWord(command, words.image);
+}
+
+} // namespace boardctl

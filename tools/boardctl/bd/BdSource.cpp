@@ -1,0 +1,48 @@
+#include "bd/BdSource.h"
+
+#include <optional>
+
+#include "base/Error.h"
+#include "output/Messages.h"
+#include "profile/DeviceLocator.h"
+
+namespace boardctl {
+
+namespace {
+
+board::DescriptorSource sourceOf(const BoardProfile& chosen) {
+    const std::optional<board::DescriptorProfile>& descriptor = chosen.profile().descriptor;
+    if (!descriptor)
+        throw board::Error(chosen.profilePath() + ": the board has no descriptor");
+    std::optional<board::DescriptorSource> source;
+    board::withPlaceInErrors(descriptor->device, [&](const std::string& named) {
+        source = board::DescriptorSource::ofBoard(board::DeviceLocator().locate(named),
+                                                  descriptor->readChunk, descriptor->size);
+    });
+    return *source;
+}
+
+} // namespace
+
+BdSource::BdSource(const Options& options, const std::string& image)
+    : m_board(image.empty() ? std::make_unique<BoardProfile>(options) : nullptr),
+      m_source(m_board ? sourceOf(*m_board) : board::DescriptorSource::ofFile(image)) {}
+
+int printImage(const board::DescriptorSource& source,
+               const std::function<int(const board::TagImage&)>& print) {
+    const board::TagImage loaded = source.load();
+    const int status = print(loaded);
+    if (!loaded.isCorrupt())
+        return status;
+    static_cast<void>(flushOutput()); // the good tags come before the fault
+    complain(loaded.fault());
+    return FAILED;
+}
+
+int printImage(const Options& options, const std::string& image,
+               const std::function<int(const board::TagImage&)>& print) {
+    const BdSource chosen(options, image);
+    return printImage(chosen.source(), print);
+}
+
+} // namespace boardctl

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "descriptor/DescriptorSource.h"
+#include "program/Board.h"
+#include "program/Options.h"
+
+namespace boardctl {
+
+/// The descriptor that a command works on.
+class BdSource {
+public:
+    /// The image file `image`, or the device of the board if `image` is empty. The board's other
+    /// devices are not opened. Throws board::Error if the board's device can't be read.
+    BdSource(const Options& options, const std::string& image);
+
+    const board::DescriptorSource& source() const { return m_source; }
+    bool isSimulated() const { return m_board && m_board->isSimulated(); }
+
+private:
+    const std::unique_ptr<BoardProfile> m_board; ///< null for an image file; a simulated board
+                                                 ///< exists as long as this
+    const board::DescriptorSource m_source;
+};
+
+/// Loads the image and passes it to `print`, which returns the exit status. A corrupt image is
+/// passed too, with the tags before the fault; its status is FAILED.
+int printImage(const board::DescriptorSource& source,
+               const std::function<int(const board::TagImage&)>& print);
+
+/// The same for the descriptor that a command's words choose.
+int printImage(const Options& options, const std::string& image,
+               const std::function<int(const board::TagImage&)>& print);
+
+} // namespace boardctl

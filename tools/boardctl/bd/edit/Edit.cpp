@@ -1,0 +1,121 @@
+#include "bd/edit/Edit.h"
+
+#include <iostream>
+#include <set>
+
+#include <unistd.h>
+
+#include "bd/BdCommands.h"
+#include "bd/BdSource.h"
+#include "bd/edit/EditOutput.h"
+#include "output/Messages.h"
+
+namespace boardctl {
+
+namespace {
+
+/// Asks on standard error, so that standard output holds results only. Throws unless the answer is
+/// yes.
+void askBeforeWriting(const std::string& path) {
+    if (::isatty(STDIN_FILENO) == 0)
+        throw board::Error(path +
+                           ": is a board's device, and standard input is not a terminal to ask on "
+                           "(expected -y); nothing was written");
+    std::cerr << "Write this to " << path << "? [y/N] " << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    if (answer != "y" && answer != "Y" && answer != "yes")
+        throw board::Error(path + ": nothing was written");
+}
+
+} // namespace
+
+void addEditOptions(CLI::App& command, EditWords& words) {
+    addImageOption(command, words.image);
+    command.add_flag("--force", words.manner.force,
+                     "Edit a corrupt image too: keep the tags before the fault, drop the rest");
+    command
+        .add_option("--backup", words.manner.backup,
+                    "New file for the old image; by default a dated one in the user's state folder")
+        ->check(notEmpty())
+        ->type_name("FILE");
+    command.add_flag("--dry-run", words.manner.dryRun, "Show the change, write nothing");
+    command.add_flag("-y,--yes", words.yes, "Write a board's device without asking");
+}
+
+int edit(const Options& options, const EditWords& words,
+         const std::function<void(board::DescriptorEdit&)>& step) {
+    const BdSource chosen(options, words.image);
+    const std::string& path = chosen.source().path();
+    board::EditManner manner = words.manner;
+    if (chosen.isSimulated()) {
+        complain("no --board and no image: this edits a simulated board, which is removed after "
+                 "the command");
+        manner.keepOld = !manner.backup.empty();
+    }
+    const auto stepOnGoodTags = [&](board::DescriptorEdit& descriptor) {
+        if (descriptor.original().isCorrupt())
+            complain(descriptor.original().fault() + "; only the tags before the fault are kept");
+        step(descriptor);
+    };
+    const bool asks = !words.yes && !chosen.isSimulated();
+    bool isShown = false;
+    const auto confirm = [&](const std::vector<board::TagChange>& changes) {
+        if (!asks)
+            return;
+        printChanges(options.json ? std::cerr : std::cout, changes);
+        static_cast<void>(flushOutput());
+        isShown = true;
+        askBeforeWriting(path);
+    };
+    const board::EditOutcome outcome =
+        board::editDescriptor(chosen.source(), manner, stepOnGoodTags, confirm);
+    if (options.json) {
+        printOutcomeAsJson(path, outcome);
+    } else {
+        if (!isShown)
+            printChanges(std::cout, outcome.changes);
+        printOutcome(path, outcome, manner.dryRun);
+    }
+    if (flushOutput())
+        return DONE;
+    if (outcome.isWritten) // standard output could not say so
+        complain(path + ": was written nevertheless" + backupNote(outcome));
+    return FAILED;
+}
+
+void addAssignments(CLI::App& command, std::vector<std::string>& assignments) {
+    command
+        .add_option("ASSIGNMENT", assignments,
+                    "TYPE is u8, u16, u32, uint (4 bytes), text or hex. Several are one write, all "
+                    "or nothing")
+        ->type_name("ID=TYPE:VALUE")
+        ->required()
+        ->check(notEmpty());
+}
+
+std::vector<board::Assignment> parseForExistingTags(const std::vector<std::string>& words) {
+    std::vector<board::Assignment> assignments;
+    std::set<std::pair<BD::TagId, unsigned>> places;
+    for (const std::string& word : words) {
+        assignments.push_back(orWrongCall([&] { return board::parseAssignment(word); }));
+        const board::TagPlace& place = assignments.back().place;
+        if (!places.insert({place.id, place.index}).second)
+            throw WrongCall("tag " + std::to_string(place.id) + "." + std::to_string(place.index) +
+                            " is assigned twice");
+    }
+    return assignments;
+}
+
+std::vector<board::Assignment> parseForNewTags(const std::vector<std::string>& words) {
+    std::vector<board::Assignment> assignments;
+    for (const std::string& word : words) {
+        assignments.push_back(orWrongCall([&] { return board::parseAssignment(word); }));
+        if (assignments.back().hasIndex)
+            throw WrongCall("a new tag has a position in the list, not an occurrence (expected "
+                            "ID=TYPE:VALUE)");
+    }
+    return assignments;
+}
+
+} // namespace boardctl
