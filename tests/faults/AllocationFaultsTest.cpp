@@ -14,7 +14,7 @@
 
 namespace {
 
-std::atomic<unsigned> s_untilFailure{0}; ///< 0: memory does not end
+std::atomic<unsigned> s_untilFailure{0}; ///< 0: memory does not run out
 std::atomic<long> s_held{0};
 
 void* take(std::size_t size) {
@@ -35,7 +35,7 @@ void give(void* memory) noexcept {
 
 } // namespace
 
-// Of the whole program, the libraries included.
+// These replace the operators of the whole program, including its libraries.
 void* operator new(std::size_t size) {
     return take(size);
 }
@@ -61,7 +61,7 @@ using Tags = std::vector<std::string>;
 using support::fromHex;
 using support::tagsOf;
 
-/// More than a buffer holds without memory of its own.
+/// Longer than what a buffer stores without allocating.
 const std::string LONG = "00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F 10 11";
 const std::string LONG_DATA = "/18:" + LONG;
 
@@ -73,9 +73,8 @@ void fill(CBoardDescr& board) {
     EXPECT_TRUE(board.addTag(5, fromHex(LONG)).isSuccess());
 }
 
-/// Runs `step` on a list of `BEFORE` with ever more memory until it has enough. Where memory ends,
-/// `check` is told whether that was thrown; nothing may be lost, and the list must still do what it
-/// is asked for.
+/// Runs `step` on the list `BEFORE` with more and more memory until it has enough. Whenever memory
+/// runs out, `check` learns whether `step` threw. No memory may leak, and the list must still work.
 void withEverLessMemory(const std::function<void(CBoardDescr&)>& step,
                         const std::function<void(CBoardDescr&, bool)>& check,
                         const char* device = nullptr) {
@@ -126,7 +125,7 @@ TEST(DescriptorMemory, ANewTagIsInTheListOrTheListAsItWas) {
             const Tags found = tagsOf(board);
             EXPECT_TRUE(isThrown ? found == BEFORE
                                  : isOneOf(found, {beforeAnd(3, "10" + LONG_DATA),
-                                                   beforeAnd(3, "10/0:")})); // data alone failed
+                                                   beforeAnd(3, "10/0:")})); // only the data failed
         });
     withEverLessMemory([&](CBoardDescr& board) { static_cast<void>(board.insertTag(1, 10, data)); },
                        [](CBoardDescr& board, bool isThrown) {

@@ -27,8 +27,8 @@ using support::TempDir;
 
 namespace {
 
-/// The call that was made to fail: its place among the calls, from 1, its name, and the error; 0 is
-/// a short count. Without a name nothing failed.
+/// The call that failed: its place among the calls, from 1, its name, and the error, 0 for a short
+/// count. The name is empty if nothing failed.
 struct Fault {
     unsigned place = 0;
     std::string name;
@@ -48,9 +48,8 @@ std::vector<int> errorsOf(const std::string& name) {
     return {EIO, EINTR};
 }
 
-/// Runs `step` undisturbed and then once for each way in which one of its calls can fail, each time
-/// between `prepare` and `check`. A descriptor that `step` leaves open is a failure, but for
-/// `kept`.
+/// Runs `step` without a failure, then once for each way in which one of its calls can fail, each
+/// time between `prepare` and `check`. `step` must leave no descriptor open, except `kept`.
 void withEachFault(
     const std::function<void()>& prepare, const std::function<void()>& step,
     const std::function<void(const Fault&)>& check,
@@ -76,7 +75,7 @@ void withEachFault(
     }
 }
 
-/// A driver of `Driver`'s kind, connected to the scripted kernel driver anew for each run.
+/// A `Driver`, newly connected to the scripted kernel driver for each run.
 template <class Driver>
 class DriverFaults : public support::ScriptedKernel {
 protected:
@@ -106,8 +105,8 @@ protected:
             });
     }
 
-    /// The same for a reading, which is `right`, or what `Value` says after a read that fails or is
-    /// short.
+    /// The same for an operation that reads: it returns `right`, or what `Value` says if the read
+    /// fails or is short.
     template <class Value>
     void eachFaultOfReading(const std::string& content, XCode (Driver::*operation)(Value&),
                             Value right, Value unread, Value ofOneByte) {
@@ -316,7 +315,7 @@ TEST(DescriptorFaults, AWriteThatFailsIsToldAndOneThatIsShortIsNot) {
 
 namespace {
 
-/// The sequencer's steps, taken one by one.
+/// Calls the sequencer's steps one by one.
 class SteppedLedCtrl : public LedCtrl {
 public:
     SteppedLedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files,
@@ -407,7 +406,7 @@ TEST(LedCtrlFaults, EachFailureIsLoggedAndTheRestGoesOn) {
 
 namespace {
 
-/// Takes the reports; removes the button's file at the second press, so that the next opening
+/// Collects the reports. Removes the button's file at the second press, so that the next open
 /// fails.
 class Button : public ServiceButton::Observer, public RTD::Monitor {
 public:
@@ -441,7 +440,7 @@ TEST(ButtonFaults, WhatFailsIsReportedOnceAndInterruptedCallsAreMadeAgain) {
     withEachFault(
         [&] {
             dir.write("button", "pressed");
-            button.reset(); // puts the monitor back that the next one takes over
+            button.reset(); // restores the monitor, which the next recorder replaces
             button = std::make_unique<Button>(path);
             service = std::make_unique<ServiceButton>(path.c_str(), button.get());
         },
@@ -513,8 +512,8 @@ TEST(ImageInfoFaults, WhatCanNotBeReadKeepsWhatItHeld) {
         [&](const Fault& fault) {
             EXPECT_EQ(status.getCode(), fault.is("fopen") ? -1 : 0);
             EXPECT_EQ(str(error), fault.is("fopen") ? "OPEN '" + path + "' FAILED" : "untouched");
-            // The calls are an open, a line each, a close; a line that fails leaves its place to
-            // the next.
+            // The calls are an open, one per line, a close. If a line fails, the next one takes its
+            // place.
             const bool isRead = !fault.is("fopen") && !fault.is("fgets");
             EXPECT_EQ(str(info->versionString) == "5.2-dev/1234", isRead || fault.place > 8)
                 << str(info->versionString);
