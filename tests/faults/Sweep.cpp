@@ -79,7 +79,7 @@ bool isDriversOwn(const std::string& call, const std::string& how) {
 /// Whether the message says that a device's state could not be restored.
 bool isLeftToItself(const std::string& name, const std::string& message) {
     return startsWith(name, "board/dev/") &&
-           (contains(message, "can't be given back") || contains(message, "the device holds"));
+           (contains(message, "restore the former state") || contains(message, "the device holds"));
 }
 
 } // namespace
