@@ -6,7 +6,7 @@ namespace board {
 
 namespace {
 
-/// Counters that ran backwards, as some kernels' do, give more than everything.
+/// Some kernels' counters run backwards, which yields more than 100 percent.
 unsigned percent(unsigned short share) {
     constexpr unsigned EVERYTHING = 100;
     return std::min<unsigned>(share, EVERYTHING);
@@ -19,30 +19,30 @@ CpuMeter::CpuMeter() : m_isSetUp(m_load.setup().isSuccess()) {
     static_cast<void>(m_load.getCurrentLoad(m_busy, idle));
 }
 
-CpuReading CpuMeter::next() {
+Result<CpuReading> CpuMeter::next() {
     unsigned long busy = 0, idle = 0;
-    CpuReading reading;
-    if (!m_load.getCurrentLoad(busy, idle).isSuccess() || !m_isSetUp) {
-        reading.fault = std::string(CpuLoad::USAGE_FILE) + ": can't read the processors' times";
-        m_isSetUp = m_load.setup().isSuccess(); // a sample is missing: the spans begin anew
-        m_periods = 0;
-        return reading;
-    }
+    if (!m_load.getCurrentLoad(busy, idle).isSuccess() || !m_isSetUp)
+        return restart();
     if (busy != m_busy)
         m_last = m_mid = m_longest = 100;
     m_busy = busy;
-    if (!m_load.measure(m_last, m_mid, m_longest).isSuccess()) {
-        reading.fault = std::string(CpuLoad::USAGE_FILE) + ": can't read the processors' times";
-        m_isSetUp = false;
-        return reading;
-    }
+    if (!m_load.measure(m_last, m_mid, m_longest).isSuccess())
+        return restart();
     ++m_periods;
+    CpuReading reading;
     reading.last = percent(m_last);
     if (m_periods >= 5)
         reading.mid = percent(m_mid);
     if (m_periods >= 14)
         reading.longest = percent(m_longest);
     return reading;
+}
+
+/// Without this sample the longer spans have to begin anew.
+Fault CpuMeter::restart() {
+    m_isSetUp = m_load.setup().isSuccess();
+    m_periods = 0;
+    return {std::string(CpuLoad::USAGE_FILE) + ": can't read the processors' times"};
 }
 
 } // namespace board

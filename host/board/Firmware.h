@@ -2,16 +2,22 @@
 
 #include <string>
 
+#include "base/Result.h"
+#include "profile/NamedPath.h"
+
 namespace board {
 
-/// What the firmware image says of itself.
-struct FirmwareReading {
+/// What the firmware image's information file contains.
+struct FirmwareInfo {
     std::string version;
     std::string line1, line2, line3, line6, line7, line8;
-    std::string fault; ///< why nothing is known; empty where something is
 };
 
-/// Reads the information file; a pipe in its place, which would keep a reader waiting, is a fault.
-FirmwareReading readFirmware(const std::string& path);
+/// Reads the information file. Anything but an ordinary file is a fault: a pipe would keep the
+/// reader waiting.
+Result<FirmwareInfo> readFirmware(const std::string& path);
+
+/// The same for the file that a profile names. A fault begins with the place that names it.
+Result<FirmwareInfo> readFirmware(const NamedPath& file);
 
 } // namespace board

@@ -56,21 +56,41 @@ String endpointOf(const std::string& driverName) {
 
 } // namespace
 
+const char* kindName(DeviceKind kind) {
+    switch (kind) {
+    case DeviceKind::FAN:
+        return "fan";
+    case DeviceKind::THERMAL:
+        return "thermal";
+    case DeviceKind::POWER:
+        return "power";
+    case DeviceKind::LED:
+        return "led";
+    case DeviceKind::DESCRIPTOR:
+        return "descriptor";
+    case DeviceKind::VOIP:
+        return "voip";
+    case DeviceKind::PREFERENCES:
+        return "preferences";
+    }
+    return "device";
+}
+
 Host::Host(const Profile& profile, const DeviceLocator& locator) {
     for (const FanProfile& fan : profile.fans)
-        addKernelDriver<CFanControl>("fan", fan, fan.enable, locator,
+        addKernelDriver<CFanControl>(DeviceKind::FAN, fan, fan.enable, locator,
                                      {answer(MSG_GET_MAXIMUM, fan.maximum)});
     for (const ThermalProfile& sensor : profile.thermals)
-        addKernelDriver<CThermalSensor>("thermal", sensor, {}, locator,
+        addKernelDriver<CThermalSensor>(DeviceKind::THERMAL, sensor, {}, locator,
                                         {answer(MSG_GET_MAXIMUM, sensor.maximum)});
     for (const PowerProfile& power : profile.powers)
-        addKernelDriver<CPowerStatus>("power", power, {}, locator, {});
+        addKernelDriver<CPowerStatus>(DeviceKind::POWER, power, {}, locator, {});
     for (const LedDeviceProfile& led : profile.leds)
-        addKernelDriver<CLedControl>("led", led, {}, locator,
+        addKernelDriver<CLedControl>(DeviceKind::LED, led, {}, locator,
                                      {answer(MSG_GET_BI_STATUS, led.biStatus)});
     if (profile.descriptor)
         addDescriptor(*profile.descriptor, locator);
-    PREFERENCES::CLEAR(); // one store a process: an earlier board's overrides are not this one's
+    PREFERENCES::CLEAR(); // the process has one store: an earlier board may have filled it
     if (profile.preferences)
         loadPreferences(*profile.preferences);
     if (profile.voip)
@@ -90,9 +110,9 @@ const Device* Host::find(const std::string& name) const {
     return found != m_devices.end() ? &*found : nullptr;
 }
 
-std::string Host::faultOf(const std::string& name) const {
+std::optional<std::string> Host::faultOf(const std::string& name) const {
     const Device* const device = find(name);
-    return device ? device->fault : std::string();
+    return device ? device->fault : std::nullopt;
 }
 
 std::string Host::pathOf(const std::string& name) const {
@@ -101,11 +121,11 @@ std::string Host::pathOf(const std::string& name) const {
 }
 
 template <class Driver>
-void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
+void Host::addKernelDriver(DeviceKind kind, const DeviceProfile& entry,
                            const std::optional<NamedPath>& enableFile, const DeviceLocator& locator,
                            std::vector<MxMsg> answers) {
     const String endpoint = endpointOf(entry.name);
-    Device device{kind, entry.name, entry.description, "", endpoint.c_str(), ""};
+    Device device{kind, entry.name, entry.description, "", endpoint.c_str(), std::nullopt};
     const auto driver =
         TYPPtr<CKernelDriver>::adopt(new Driver(DRIVER::INSTANCE(), entry.name.c_str(), endpoint));
     try {
@@ -136,7 +156,7 @@ void Host::addKernelDriver(const char* kind, const DeviceProfile& entry,
 }
 
 void Host::addDescriptor(const DescriptorProfile& profile, const DeviceLocator& locator) {
-    Device device{"descriptor", DESCRIPTOR_DRIVER, "", "", "", ""};
+    Device device{DeviceKind::DESCRIPTOR, DESCRIPTOR_DRIVER, "", "", "", std::nullopt};
     try {
         withPlaceInErrors(profile.device, [&](const std::string& named) {
             device.path = locator.locate(named);
@@ -156,11 +176,11 @@ void Host::addDescriptor(const DescriptorProfile& profile, const DeviceLocator& 
 
 void Host::addCapacity(const VoipProfile& profile) {
     m_capacity = TYPPtr<CResourceVoip>::adopt(new Capacity(profile));
-    enroll({"voip", CAPACITY_DRIVER, "", "", "", ""}, *m_capacity);
+    enroll({DeviceKind::VOIP, CAPACITY_DRIVER, "", "", "", std::nullopt}, *m_capacity);
 }
 
 void Host::loadPreferences(const NamedPath& file) {
-    Device device{"preferences", "preferences", "", file.path, "", ""};
+    Device device{DeviceKind::PREFERENCES, "preferences", "", file.path, "", std::nullopt};
     try {
         withPlaceInErrors(file, [](const std::string& path) {
             const FileKind kind = kindOf(path);
@@ -180,7 +200,7 @@ void Host::enroll(Device device, IDriver& driver) {
     const XCode status = DRIVER::INSTANCE()->registerDriver(&driver);
     if (status.isSuccess())
         m_registered.push_back(driver.getDriverName());
-    else if (device.fault.empty())
+    else if (!device.fault)
         device.fault = status.getMessage().c_str();
     m_devices.push_back(std::move(device));
 }

@@ -20,7 +20,7 @@ KernelEndpoint::KernelEndpoint(const String& name, std::vector<MxMsg> answers) :
 }
 
 KernelEndpoint::~KernelEndpoint() {
-    static_cast<void>(Mx::withdraw(m_name)); // published by this object, so it is there
+    static_cast<void>(Mx::withdraw(m_name)); // this object published it, so it exists
 }
 
 } // namespace board

@@ -7,11 +7,11 @@
 
 namespace board {
 
-/// The kernel driver's end of a message channel, for as long as this object lives: answers each
-/// code with a fixed message, and no other code.
+/// The kernel driver's end of a message channel, published as long as this object lives. It answers
+/// each of its codes with a fixed message and leaves other codes unanswered.
 class KernelEndpoint {
 public:
-    /// Throws Error where the name is published already.
+    /// Throws Error if the name is already published.
     KernelEndpoint(const String& name, std::vector<MxMsg> answers);
     ~KernelEndpoint();
     KernelEndpoint(const KernelEndpoint&) = delete;
@@ -21,7 +21,7 @@ private:
     const String m_name;
 };
 
-/// An answer that carries `value`.
+/// A message that answers `code` with `value`.
 template <class Value>
 MxMsg answer(KernelMessage code, const Value& value) {
     MxMsg message(code);

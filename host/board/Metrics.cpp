@@ -6,7 +6,7 @@ namespace board {
 
 namespace {
 
-/// A label's value with the escapes of the format.
+/// A label's value, escaped as the format requires.
 std::string quoted(const std::string& text) {
     std::string escaped = "\"";
     for (const char c : text) {
@@ -20,14 +20,14 @@ std::string quoted(const std::string& text) {
     return escaped + "\"";
 }
 
-std::string nameLabel(const Reading& reading) {
-    return "{name=" + quoted(reading.name) + "}";
+std::string nameLabel(const std::string& name) {
+    return "{name=" + quoted(name) + "}";
 }
 
-/// Writes one family after the other; the head of a family without samples is left out too.
+/// Writes one family after another. A family without samples gets no head.
 class Families {
 public:
-    Families() { m_text.precision(7); } // what single precision holds
+    Families() { m_text.precision(7); } // the digits of a single-precision number
 
     void begin(const char* name, const char* help) {
         m_name = name;
@@ -54,27 +54,27 @@ std::string toMetrics(const Report& report) {
     Families families;
     families.begin("board_temperature_celsius", "Temperature that a sensor of the board reads.");
     for (const TemperatureReading& temperature : report.temperatures)
-        if (temperature.fault.empty())
-            families.add(nameLabel(temperature), temperature.celsius);
+        if (temperature.value)
+            families.add(nameLabel(temperature.name), *temperature.value);
 
     families.begin("board_fan_speed_level", "1 for the speed that a fan is in, 0 for the others.");
     for (const FanReading& fan : report.fans)
         for (const auto speed : {IFanControl::FAN_SPEED_FULL, IFanControl::FAN_SPEED_HIGH,
                                  IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_OFF})
-            if (fan.fault.empty())
+            if (fan.value)
                 families.add("{name=" + quoted(fan.name) + ",speed=" + quoted(speedName(speed)) +
                                  "}",
-                             fan.speed == speed ? 1 : 0);
+                             *fan.value == speed ? 1 : 0);
 
     families.begin("board_power_status", "Status word of a power supply.");
     for (const PowerReading& power : report.powers)
-        if (power.fault.empty())
-            families.add(nameLabel(power), power.status);
+        if (power.value)
+            families.add(nameLabel(power.name), *power.value);
 
     families.begin("board_led_state", "State of a LED: 0 off, 1 and 2 lit.");
     for (const LedReading& led : report.leds)
-        if (led.fault.empty())
-            families.add(nameLabel(led), led.state);
+        if (led.value)
+            families.add(nameLabel(led.name), *led.value);
 
     if (report.capacity) {
         families.begin("board_dsp_channels", "DSP channels of the board.");
@@ -83,9 +83,9 @@ std::string toMetrics(const Report& report) {
         families.begin("board_sip_legs", "SIP legs that the board may hold at once.");
         families.add("", report.capacity->sipLegs);
     }
-    if (report.cpu && report.cpu->last) {
+    if (report.cpu && *report.cpu) {
         families.begin("board_cpu_load_ratio", "Busy share of the processors' time, 0 to 1.");
-        families.add("{span=\"last\"}", *report.cpu->last / 100.0);
+        families.add("{span=\"last\"}", (*report.cpu)->last / 100.0);
     }
     return families.text();
 }

@@ -6,8 +6,8 @@
 
 namespace board {
 
-/// The report's figures in the Prometheus text format, a family of samples a figure. What can't be
-/// read is left out, so that a monitor sees a gap and no false value.
+/// The report's figures in the Prometheus text format, one family of samples for each figure. What
+/// can't be read is left out, so that a monitor sees a gap instead of a false value.
 std::string toMetrics(const Report& report);
 
 } // namespace board

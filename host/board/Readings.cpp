@@ -2,11 +2,9 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <thread>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include "DRIVER.h"
 #include "IDriverRepository.h"
@@ -16,7 +14,6 @@
 #include "base/Error.h"
 #include "base/File.h"
 #include "board/Host.h"
-#include "profile/NamedPath.h"
 
 namespace board {
 
@@ -24,106 +21,152 @@ namespace {
 
 constexpr const char* SPEED_NAMES[] = {"full", "high", "low", "off"};
 
-/// Why the device's file can't be opened now, as while its kernel driver is away; empty where it
-/// can.
-std::string reasonOf(const Host& host, const std::string& name) {
-    for (const Device& device : host.devices()) {
-        if (device.name != name || device.path.empty())
-            continue;
-        try {
-            expectReadable(device.path);
-        } catch (const Error& error) {
-            return std::string(": ") + error.what();
-        }
-    }
-    return "";
+Result<IFanControl::FanSpeed> readOnce(IFanControl& fan) {
+    auto speed = IFanControl::FAN_SPEED_OFF;
+    if (!fan.getActualFanSpeed(speed).isSuccess())
+        return Fault{"the speed can't be read"};
+    return speed;
 }
 
-/// Asks driver `name` for `Interface`, and `use` for its value with the driver's lock held; `use`
-/// returns what it complains of.
-template <class Interface, class AReading, class Use>
-AReading ask(const Host& host, const std::string& name, Use use) {
-    AReading reading;
+Result<float> readOnce(IThermalSensor& sensor) {
+    float celsius = 0;
+    if (!sensor.getTemperature(celsius).isSuccess())
+        return Fault{"the temperature can't be read"};
+    return celsius;
+}
+
+Result<unsigned> readOnce(IPowerStatus& power) {
+    unsigned status = 0;
+    if (!power.getPowerStatus(status).isSuccess())
+        return Fault{"the status can't be read"};
+    return status;
+}
+
+Result<unsigned> readOnce(ILedControl& led) {
+    unsigned state = 0;
+    if (!led.getLedStatus(state).isSuccess())
+        return Fault{"the state can't be read"};
+    return state;
+}
+
+// What a driver reports for a device that holds 0, and also for one that can't be read.
+bool isZero(IFanControl::FanSpeed speed) {
+    return speed == IFanControl::FAN_SPEED_OFF;
+}
+bool isZero(float celsius) {
+    return celsius == 0.0F;
+}
+bool isZero(unsigned word) {
+    return word == 0;
+}
+
+/// A device that has nothing to read just now (EAGAIN) is not at fault.
+Result<void> tryDevice(const std::string& path) {
+    const FileDescriptor file = tryOpen(path, O_RDONLY | O_NONBLOCK);
+    char byte;
+    if (file.isOpen() && (tryRead(file, &byte, 1) >= 0 || errno == EAGAIN))
+        return {};
+    return Fault{path + ": can't read: " + reasonOf(errno)};
+}
+
+/// Drivers report 0 for an unreadable device, so a 0 counts only after the device itself could be
+/// read.
+template <class Driver>
+auto readSurely(Driver& driver, const std::string& path) -> decltype(readOnce(driver)) {
+    const auto value = readOnce(driver);
+    if (!value || !isZero(*value))
+        return value;
+    const Result<void> device = tryDevice(path);
+    if (!device)
+        return Fault{device.fault()};
+    return readOnce(driver);
+}
+
+/// Reads until the state `isReached`, at least twice, however slow this process is. The kernel
+/// writes a LED behind a bus only after it has answered; until then the old state is read.
+Result<unsigned> readUntil(ILedControl& led, const std::string& path,
+                           const std::function<bool(unsigned)>& isReached) {
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::milliseconds(200);
+    Result<unsigned> state = readSurely(led, path);
+    for (bool isLast = false; !isLast && state && !isReached(*state);) {
+        isLast = Clock::now() >= end;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        state = readSurely(led, path);
+    }
+    return state;
+}
+
+Fault mismatch(const std::string& held, const std::string& written) {
+    return {"the device holds " + held + " after " + written + " was written"};
+}
+
+Result<IFanControl::FanSpeed> setSpeed(IFanControl& fan, const std::string& path,
+                                       IFanControl::FanSpeed speed) {
+    if (!fan.setFanSpeed(speed).isSuccess())
+        return Fault{"the speed can't be written"};
+    const Result<IFanControl::FanSpeed> held = readSurely(fan, path);
+    if (held && *held != speed)
+        return mismatch(speedName(*held), speedName(speed));
+    return held;
+}
+
+Result<unsigned> setState(ILedControl& led, const std::string& path, unsigned state) {
+    if (!led.setLedStatus(state).isSuccess())
+        return Fault{"the state can't be written"};
+    const Result<unsigned> held =
+        readUntil(led, path, [state](unsigned shown) { return shown == state; });
+    if (held && *held != state)
+        return mismatch(std::to_string(*held), std::to_string(state));
+    return held;
+}
+
+template <class Driver, class Value>
+void describe(Driver& driver, Reading<Value>& reading) {
+    String description;
+    static_cast<void>(driver.getDescription(description)); // always succeeds
+    reading.description = description.c_str();
+}
+
+void describe(IThermalSensor& sensor, TemperatureReading& reading) {
+    describe<IThermalSensor, float>(sensor, reading);
+    static_cast<void>(sensor.getMaxTemperature(reading.maximum)); // always succeeds
+}
+
+/// The driver only knows that its device can't be used. The host, or else the device file, knows
+/// why.
+Fault explained(const Host& host, const std::string& name, const std::string& fault) {
+    if (const auto known = host.faultOf(name))
+        return {*known};
+    const std::string path = host.pathOf(name);
+    try {
+        if (!path.empty())
+            expectReadable(path);
+    } catch (const Error& error) {
+        return {fault + ": " + error.what()};
+    }
+    return {fault};
+}
+
+/// Looks driver `name` up as an `Interface` and makes a reading of it. `operation` takes the driver
+/// and the path of its device file and returns the value; the driver's lock is held meanwhile.
+template <class Interface, class DeviceReading, class Operation>
+DeviceReading withDriver(const Host& host, const std::string& name, Operation operation) {
+    DeviceReading reading;
     reading.name = name;
     TYPPtr<Interface> driver;
     const XCode status = DRIVER::INSTANCE()->getInterface(name.c_str(), driver);
     if (!status.isSuccess()) {
-        reading.fault = status.getMessage().isEmpty() ? "is another kind of driver"
-                                                      : status.getMessage().c_str();
+        const String& message = status.getMessage();
+        reading.value = Fault{message.isEmpty() ? "is another kind of driver" : message.c_str()};
         return reading;
     }
     const auto hold = driver.getLock();
-    String description;
-    static_cast<void>(driver->getDescription(description)); // always succeeds
-    reading.description = description.c_str();
-    reading.fault = use(*driver, reading);
-    // The host knows why a device can't be used; its driver only that it can't.
-    const std::string known = host.faultOf(name);
-    if (!reading.fault.empty() && !known.empty())
-        reading.fault = known;
-    else if (!reading.fault.empty())
-        reading.fault += reasonOf(host, name);
+    describe(*driver, reading);
+    reading.value = operation(*driver, host.pathOf(name));
+    if (!reading.value)
+        reading.value = explained(host, name, reading.value.fault());
     return reading;
-}
-
-std::string unless(const XCode& status, const char* complaint) {
-    return status.isSuccess() ? std::string() : complaint;
-}
-
-/// Why the device gives nothing; empty where it does, or has nothing just now.
-std::string faultOfDevice(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    char byte;
-    const bool isReadable = file >= 0 && (::read(file, &byte, 1) >= 0 || errno == EAGAIN);
-    const int error = errno;
-    if (file >= 0)
-        ::close(file);
-    return isReadable ? std::string() : path + ": can't read: " + std::strerror(error);
-}
-
-/// Reads a value by `read`. To the drivers a device that fails is one that holds 0; so a value that
-/// `isZero` stands only once the device itself could be read.
-template <class Read, class IsZero>
-std::string readSurely(const Host& host, const std::string& name, Read read, IsZero isZero) {
-    std::string fault = read();
-    if (!fault.empty() || !isZero())
-        return fault;
-    fault = faultOfDevice(host.pathOf(name));
-    return fault.empty() ? read() : fault;
-}
-
-std::string read(const Host& host, IFanControl& fan, FanReading& reading) {
-    return readSurely(
-        host, reading.name,
-        [&] { return unless(fan.getActualFanSpeed(reading.speed), "the speed can't be read"); },
-        [&] { return reading.speed == IFanControl::FAN_SPEED_OFF; });
-}
-
-std::string read(const Host& host, ILedControl& led, LedReading& reading) {
-    return readSurely(
-        host, reading.name,
-        [&] { return unless(led.getLedStatus(reading.state), "the state can't be read"); },
-        [&] { return reading.state == 0; });
-}
-
-/// Reads until the state `isReached`, which it may never be. The kernel writes a LED that is behind
-/// a bus after it has answered; until then it reads as before. It is read twice at least, however
-/// slow this process is.
-std::string readUntil(const Host& host, ILedControl& led, LedReading& reading,
-                      const std::function<bool(unsigned)>& isReached) {
-    using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + std::chrono::milliseconds(200);
-    std::string fault = read(host, led, reading);
-    for (bool isLast = false; !isLast && fault.empty() && !isReached(reading.state);) {
-        isLast = Clock::now() >= end;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        fault = read(host, led, reading);
-    }
-    return fault;
-}
-
-std::string holds(const std::string& held, const std::string& written) {
-    return "the device holds " + held + " after " + written + " was written";
 }
 
 } // namespace
@@ -140,79 +183,38 @@ IFanControl::FanSpeed speedOf(const std::string& word) {
 }
 
 FanReading readFan(const Host& host, const std::string& name) {
-    return ask<IFanControl, FanReading>(host, name, [&host](IFanControl& fan, FanReading& reading) {
-        return read(host, fan, reading);
-    });
+    return withDriver<IFanControl, FanReading>(host, name, readSurely<IFanControl>);
 }
 
 TemperatureReading readTemperature(const Host& host, const std::string& name) {
-    return ask<IThermalSensor, TemperatureReading>(
-        host, name, [&host](IThermalSensor& sensor, TemperatureReading& reading) {
-            static_cast<void>(sensor.getMaxTemperature(reading.maximum)); // always succeeds
-            return readSurely(
-                host, reading.name,
-                [&] {
-                    return unless(sensor.getTemperature(reading.celsius),
-                                  "the temperature can't be read");
-                },
-                [&] { return reading.celsius == 0.0F; });
-        });
+    return withDriver<IThermalSensor, TemperatureReading>(host, name, readSurely<IThermalSensor>);
 }
 
 PowerReading readPower(const Host& host, const std::string& name) {
-    return ask<IPowerStatus, PowerReading>(
-        host, name, [&host](IPowerStatus& power, PowerReading& reading) {
-            return readSurely(
-                host, reading.name,
-                [&] {
-                    return unless(power.getPowerStatus(reading.status), "the status can't be read");
-                },
-                [&] { return reading.status == 0; });
-        });
+    return withDriver<IPowerStatus, PowerReading>(host, name, readSurely<IPowerStatus>);
 }
 
 LedReading readLed(const Host& host, const std::string& name) {
-    return ask<ILedControl, LedReading>(host, name, [&host](ILedControl& led, LedReading& reading) {
-        return read(host, led, reading);
-    });
-}
-
-FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpeed speed) {
-    return ask<IFanControl, FanReading>(
-        host, name, [&host, speed](IFanControl& fan, FanReading& reading) {
-            const std::string refused =
-                unless(fan.setFanSpeed(speed), "the speed can't be written");
-            const std::string fault = read(host, fan, reading);
-            if (!refused.empty() || !fault.empty())
-                return refused.empty() ? fault : refused;
-            return reading.speed == speed ? std::string()
-                                          : holds(speedName(reading.speed), speedName(speed));
-        });
+    return withDriver<ILedControl, LedReading>(host, name, readSurely<ILedControl>);
 }
 
 LedReading awaitLed(const Host& host, const std::string& name,
                     const std::function<bool(unsigned)>& isReached) {
-    return ask<ILedControl, LedReading>(host, name, [&](ILedControl& led, LedReading& reading) {
-        return readUntil(host, led, reading, isReached);
-    });
+    return withDriver<ILedControl, LedReading>(
+        host, name,
+        [&](ILedControl& led, const std::string& path) { return readUntil(led, path, isReached); });
+}
+
+FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpeed speed) {
+    return withDriver<IFanControl, FanReading>(
+        host, name,
+        [speed](IFanControl& fan, const std::string& path) { return setSpeed(fan, path, speed); });
 }
 
 LedReading setLed(const Host& host, const std::string& name, unsigned state) {
-    return ask<ILedControl, LedReading>(
-        host, name, [&host, state](ILedControl& led, LedReading& reading) {
-            const XCode written = led.setLedStatus(state);
-            if (!written.isSuccess()) {
-                static_cast<void>(read(host, led, reading));
-                return std::string("the state can't be written");
-            }
-            std::string fault =
-                readUntil(host, led, reading, [state](unsigned held) { return held == state; });
-            if (!fault.empty())
-                return fault;
-            return reading.state == state
-                       ? std::string()
-                       : holds(std::to_string(reading.state), std::to_string(state));
-        });
+    return withDriver<ILedControl, LedReading>(
+        host, name,
+        [state](ILedControl& led, const std::string& path) { return setState(led, path, state); });
 }
 
 } // namespace board

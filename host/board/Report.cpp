@@ -25,80 +25,93 @@ DriverReport reportOf(const Host& host, const String& name) {
     return report;
 }
 
-/// Keeps a reading, and its fault also with its driver where that has none yet.
-template <class AReading>
-void add(Report& report, std::vector<AReading>& readings, AReading reading) {
+/// Keeps a reading. Its fault also becomes the driver's, unless the driver has one already.
+template <class DeviceReading>
+void add(Report& report, std::vector<DeviceReading>& readings, DeviceReading reading) {
     for (DriverReport& driver : report.drivers)
-        if (driver.name == reading.name && driver.fault.empty())
-            driver.fault = reading.fault;
+        if (driver.name == reading.name && !driver.fault && !reading.value)
+            driver.fault = reading.value.fault();
     readings.push_back(std::move(reading));
 }
 
-/// A LED's own rows say "off" where it failed to read the device; where the reading knows better it
-/// is asked again.
+/// The rows of a LED that could not be read say "off". If it could be read shortly after, asks for
+/// the rows again.
 void refreshRows(const Host& host, Report& report, const LedReading& led) {
+    if (!led.value || *led.value == 0)
+        return;
     const auto isOff = [](const InfoContainer::Row& row) {
         return row.key == "Status" && row.value == "off";
     };
     for (DriverReport& driver : report.drivers) {
         const auto& rows = driver.rows.getRows();
-        if (driver.name == led.name && led.state != 0 &&
-            std::any_of(rows.begin(), rows.end(), isOff))
+        if (driver.name == led.name && std::any_of(rows.begin(), rows.end(), isOff))
             driver.rows = reportOf(host, led.name.c_str()).rows;
     }
 }
 
+void addReading(const Host& host, Report& report, const Device& device) {
+    switch (device.kind) {
+    case DeviceKind::FAN:
+        return add(report, report.fans, readFan(host, device.name));
+    case DeviceKind::THERMAL:
+        return add(report, report.temperatures, readTemperature(host, device.name));
+    case DeviceKind::POWER:
+        return add(report, report.powers, readPower(host, device.name));
+    case DeviceKind::LED:
+        add(report, report.leds, readLed(host, device.name));
+        return refreshRows(host, report, report.leds.back());
+    case DeviceKind::DESCRIPTOR:
+    case DeviceKind::VOIP:
+    case DeviceKind::PREFERENCES:
+        return; // these have no reading
+    }
+}
+
+std::optional<std::string> faultIn(const Result<void>& result) {
+    return result ? std::nullopt : std::optional(result.fault());
+}
+
 } // namespace
 
-std::string loadDescriptor(const Host& host) {
+Result<void> loadDescriptor(const Host& host) {
     CBoardDescr& descriptor = *host.descriptor();
     String error;
     const TYLockHolder hold(descriptor.getLock());
     if (descriptor.readBD(error).isSuccess())
-        return std::string();
-    // The driver says what failed, the host why.
-    const std::string fault = host.faultOf(DESCRIPTOR_DRIVER);
+        return {};
+    // The driver knows what failed, the host why.
+    const auto reason = host.faultOf(DESCRIPTOR_DRIVER);
     if (error.isEmpty())
-        return fault.empty() ? "the board descriptor can't be read" : fault;
-    return fault.empty() ? error.c_str() : error.c_str() + (" (" + fault + ")");
+        return Fault{reason.value_or("the board descriptor can't be read")};
+    return Fault{reason ? error.c_str() + (" (" + *reason + ")") : error.c_str()};
 }
 
-std::string settleCapacity(const Host& host) {
+Result<void> settleCapacity(const Host& host) {
     CResourceVoip& capacity = *host.capacity();
     String error;
     const TYLockHolder hold(capacity.getLock());
     if (capacity.setup(error).isSuccess())
-        return std::string();
-    return error.c_str();
+        return {};
+    return Fault{error.c_str()};
 }
 
 Report makeReport(const Host& host) {
     Report report;
-    const std::string descriptorFault = host.descriptor() ? loadDescriptor(host) : std::string();
-    const std::string capacityFault = host.capacity() ? settleCapacity(host) : std::string();
+    const auto descriptor = host.descriptor() ? loadDescriptor(host) : Result<void>();
+    const auto capacity = host.capacity() ? settleCapacity(host) : Result<void>();
     VELM_List<String> names;
     DRIVER::INSTANCE()->getDriverNames(names);
     for (const String& name : names) {
         DriverReport driver = reportOf(host, name);
         if (name == DESCRIPTOR_DRIVER)
-            driver.fault = descriptorFault;
+            driver.fault = faultIn(descriptor);
         else if (name == CAPACITY_DRIVER)
-            driver.fault = capacityFault;
+            driver.fault = faultIn(capacity);
         report.drivers.push_back(std::move(driver));
     }
-    for (const Device& device : host.devices()) {
-        if (device.kind == "fan")
-            add(report, report.fans, readFan(host, device.name));
-        else if (device.kind == "thermal")
-            add(report, report.temperatures, readTemperature(host, device.name));
-        else if (device.kind == "power")
-            add(report, report.powers, readPower(host, device.name));
-        else if (device.kind == "led") {
-            add(report, report.leds, readLed(host, device.name));
-            refreshRows(host, report, report.leds.back());
-        }
-    }
-    if (host.capacity() && capacityFault.empty()) {
+    for (const Device& device : host.devices())
+        addReading(host, report, device);
+    if (host.capacity() && capacity) {
         const unsigned channels = host.capacity()->getDspChannelCount();
         report.capacity =
             CapacityReport{channels == UNKNOWN_CHANNELS ? std::nullopt : std::optional(channels),

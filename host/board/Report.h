@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "InfoContainer.h"
+#include "base/Result.h"
 #include "board/CpuMeter.h"
 #include "board/Firmware.h"
 #include "board/Readings.h"
@@ -13,42 +14,42 @@ namespace board {
 
 class Host;
 
-/// One driver's part of the information dump.
+/// One driver's part of the report.
 struct DriverReport {
     std::string name;
     InfoContainer rows;
-    std::string fault; ///< why the driver's device gave nothing; empty where all is well
+    std::optional<std::string> fault; ///< why the driver or its device does not work
 };
 
 /// The VoIP capacity.
 struct CapacityReport {
-    std::optional<unsigned> dspChannels; ///< nothing where the board does not say
+    std::optional<unsigned> dspChannels; ///< empty if the descriptor does not say
     unsigned sipLegs = 0;
 };
 
-/// The whole information dump of a hosted board.
+/// Everything that the drivers of a hosted board report.
 struct Report {
-    std::vector<DriverReport> drivers; ///< in the repository's order
+    std::vector<DriverReport> drivers; ///< in the order of the repository
     std::vector<FanReading> fans;
     std::vector<TemperatureReading> temperatures;
     std::vector<PowerReading> powers;
     std::vector<LedReading> leds;
-    std::optional<CapacityReport>
-        capacity;                  ///< nothing where the board has none or it can't be settled
-    std::optional<CpuReading> cpu; ///< left empty by `makeReport`: it takes time to measure
-    std::optional<FirmwareReading>
-        firmware; ///< left empty by `makeReport`: no driver stands for it
+    std::optional<CapacityReport> capacity; ///< empty if there is none or it can't be determined
+
+    // `makeReport` leaves these empty: measuring takes time, and firmware has no driver.
+    std::optional<Result<CpuReading>> cpu;
+    std::optional<Result<FirmwareInfo>> firmware;
 };
 
-/// Loads the board descriptor. Returns why that failed; empty on success. A corrupt image leaves
-/// the tags before the fault in the descriptor. The host must have a descriptor.
-std::string loadDescriptor(const Host& host);
+/// Loads the board descriptor. A corrupt image leaves the tags before the fault in the descriptor.
+/// The host must have a descriptor.
+Result<void> loadDescriptor(const Host& host);
 
-/// Settles the VoIP capacity from the descriptor that is loaded and the preferences. Returns why
-/// that failed. The host must have a capacity.
-std::string settleCapacity(const Host& host);
+/// Determines the VoIP capacity from the loaded descriptor and the preferences. The host must have
+/// a capacity.
+Result<void> settleCapacity(const Host& host);
 
-/// Loads the descriptor, settles the capacity, and asks every driver of the repository.
+/// Loads the descriptor, determines the capacity, and asks every driver of the repository.
 Report makeReport(const Host& host);
 
 } // namespace board

@@ -11,23 +11,23 @@
 
 namespace board {
 
-/// What runs by itself on a hosted board: the LED sequencer and the button monitor. What can't be
-/// started is a fault and stops nothing else. With the object the button's thread ends first, then
-/// the LEDs'.
+/// The services of a hosted board, which run on threads of their own: the LED sequencer and the
+/// button monitor. A service that can't be started is a fault and does not affect the other. The
+/// destructor ends the button's thread first, then the LEDs'.
 class Services {
 public:
-    /// `profile` and `events` must outlive the object. `tellsLeds`: each change of a LED is an
+    /// `profile` and `events` must outlive the object. With `tellsLeds`, each change of a LED is an
     /// event.
     Services(const Profile& profile, bool tellsLeds, EventQueue& events);
 
-    /// A service that does not work, or not wholly.
+    /// A service that does not work, or only in part.
     struct Fault {
         std::string kind; ///< "leds" or "button"
         std::string text;
     };
     const std::vector<Fault>& faults() const { return m_faults; }
 
-    /// Null where the board has no LED tables or the sequencer can't run.
+    /// Null if the board has no LED tables or the sequencer can't run.
     const LedService* leds() const { return m_leds.get(); }
     bool watchesButton() const { return m_button != nullptr; }
 

@@ -30,17 +30,17 @@ class Devices : public testing::Test {
 protected:
     void SetUp() override {
         for (const board::Device& device : host.devices())
-            EXPECT_EQ(device.kind == kind ? device.fault : "", "") << device.name;
+            EXPECT_FALSE(device.kind == kind && device.fault) << device.name << *device.fault;
     }
-    explicit Devices(std::string itsKind) : kind(std::move(itsKind)) {}
+    explicit Devices(board::DeviceKind itsKind) : kind(itsKind) {}
 
-    const std::string kind;
+    const board::DeviceKind kind;
     const board::Profile profile = board::Profile::load(PROFILE);
     const board::Host host{profile};
 };
 
 struct Fan : Devices {
-    Fan() : Devices("fan") {}
+    Fan() : Devices(board::DeviceKind::FAN) {}
     /// The level on its eight lines.
     static int lines() {
         int level = 0;
@@ -52,11 +52,11 @@ struct Fan : Devices {
 };
 
 struct Thermal : Devices {
-    Thermal() : Devices("thermal") {}
+    Thermal() : Devices(board::DeviceKind::THERMAL) {}
 };
 
 struct Led : Devices {
-    Led() : Devices("led") {}
+    Led() : Devices(board::DeviceKind::LED) {}
     const std::string brightness = locate("led:pca955x:alarm");
 };
 
@@ -94,13 +94,13 @@ TEST_F(Fan, IsNotHeldByOneThatIsNotEnabled) {
     const auto fan = driver<IFanControl>("unaware");
     EXPECT_TRUE(fan->setFanSpeed(IFanControl::FAN_SPEED_LOW).isSuccess());
     EXPECT_EQ(read(pwm), "255"); // without manual control it runs at full speed
-    EXPECT_NE(board::setFan(second, "unaware", IFanControl::FAN_SPEED_LOW).fault, "");
+    EXPECT_FALSE(board::setFan(second, "unaware", IFanControl::FAN_SPEED_LOW).value);
     const support::TempDir other;
     const board::Profile aware =
         profileOf(other, "[[fan]]\nname = 'aware'\nmaximum = 255\ndevice = 'hwmon:gpio_fan/pwm1'\n"
                          "enable = 'hwmon:gpio_fan/pwm1_enable'\n");
     const board::Host third(aware);
-    EXPECT_EQ(board::setFan(third, "aware", IFanControl::FAN_SPEED_LOW).fault, "");
+    EXPECT_TRUE(board::setFan(third, "aware", IFanControl::FAN_SPEED_LOW).value);
     EXPECT_EQ(lines(), 85);
 }
 
@@ -148,7 +148,7 @@ TEST_F(Thermal, FailsWhileItsDriverIsAwayAndComesBack) {
         EXPECT_FALSE(sensor->getTemperature(celsius).isSuccess());
         EXPECT_EQ(celsius, 0);
         EXPECT_TRUE(sensor->isValid());
-        EXPECT_EQ(board::readTemperature(host, "thermal").fault,
+        EXPECT_EQ(board::readTemperature(host, "thermal").value.fault(),
                   "the temperature can't be read: " + file +
                       ": can't open: No such file or directory");
     }
@@ -157,7 +157,7 @@ TEST_F(Thermal, FailsWhileItsDriverIsAwayAndComesBack) {
     const board::Profile again = profileOf(
         dir, "[[thermal]]\nname = 'again'\nmaximum = 85\ndevice = 'hwmon:tmp105/temp1_input'\n");
     const board::Host second(again);
-    EXPECT_EQ(board::readTemperature(second, "again").fault, "");
+    EXPECT_TRUE(board::readTemperature(second, "again").value);
 }
 
 TEST_F(Led, ShowsEachStateAndGivesItBackAfterBothOverlays) {
@@ -205,8 +205,8 @@ TEST_F(Led, HasNoSecondLitStateWhereItsMaximumIsOne) {
         profileOf(dir, "[[led]]\nname = 'two'\nbi_status = true\ndevice = 'led:status'\n");
     const board::Host second(two);
     EXPECT_TRUE(driver<ILedControl>("two")->setLedStatus(2).isSuccess());
-    EXPECT_NE(board::setLed(second, "two", 2).fault, "");
-    EXPECT_EQ(board::setLed(second, "two", 0).fault, "");
+    EXPECT_FALSE(board::setLed(second, "two", 2).value);
+    EXPECT_TRUE(board::setLed(second, "two", 0).value);
     EXPECT_EQ(get(LINES, STATUS_LINE), "false");
 }
 

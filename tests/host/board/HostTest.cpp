@@ -36,15 +36,15 @@ TEST(Host, HostsTheSimulatedBoardAndTakesItsDriversAwayAgain) {
     {
         const board::Host host(profile);
         for (const board::Device& device : host.devices())
-            EXPECT_EQ(device.fault, "") << device.name;
-        EXPECT_EQ(board::setFan(host, "fan", IFanControl::FAN_SPEED_LOW).fault, "");
+            EXPECT_FALSE(device.fault) << device.name << ": " << *device.fault;
+        EXPECT_TRUE(board::setFan(host, "fan", IFanControl::FAN_SPEED_LOW).value);
         EXPECT_EQ(scratch.board().fanRecord(), "85" + std::string(14, '\0'));
-        EXPECT_EQ(board::loadDescriptor(host), "");
+        EXPECT_TRUE(board::loadDescriptor(host));
         EXPECT_EQ(host.descriptor()->getTags().size(), 8U);
     }
     EXPECT_EQ(registeredDrivers(), 0U);
     const board::Host again(profile); // its endpoints were taken away too
-    EXPECT_EQ(again.faultOf("fan"), "");
+    EXPECT_FALSE(again.faultOf("fan"));
 }
 
 TEST(Host, KeepsAFaultToItsDevice) {
@@ -57,15 +57,15 @@ TEST(Host, KeepsAFaultToItsDevice) {
                            "[descriptor]\ndevice = \"/dev/zero\"\n");
     const board::Host host(profile);
     for (const std::string name : {"gone", "pipe", "folder", "locked", board::DESCRIPTOR_DRIVER})
-        EXPECT_NE(host.faultOf(name), "") << name;
+        EXPECT_TRUE(host.faultOf(name)) << name;
     EXPECT_EQ(host.faultOf("gone"), dir.path("board.toml") +
                                         ":3: fan[0].device: " + dir.path("nowhere") +
                                         ": can't open: No such file or directory");
-    EXPECT_NE(host.faultOf("locked").find("no/enable: can't enable: No such file"),
+    EXPECT_NE(host.faultOf("locked")->find("no/enable: can't enable: No such file"),
               std::string::npos);
-    EXPECT_EQ(board::readFan(host, "good").speed, IFanControl::FAN_SPEED_HIGH);
-    EXPECT_NE(board::readFan(host, "gone").fault.find("nowhere"), std::string::npos);
-    EXPECT_NE(board::loadDescriptor(host).find("/dev/zero"), std::string::npos);
+    EXPECT_EQ(*board::readFan(host, "good").value, IFanControl::FAN_SPEED_HIGH);
+    EXPECT_NE(board::readFan(host, "gone").value.fault().find("nowhere"), std::string::npos);
+    EXPECT_NE(board::loadDescriptor(host).fault().find("/dev/zero"), std::string::npos);
 }
 
 TEST(Host, EnablesAFanBeforeItConnects) {
@@ -73,7 +73,7 @@ TEST(Host, EnablesAFanBeforeItConnects) {
     dir.write("speed", "0");
     dir.write("enable", "0");
     const board::Profile profile = profileOf(dir, fan("fan", "speed", "enable = \"enable\"\n"));
-    EXPECT_EQ(board::Host(profile).faultOf("fan"), "");
+    EXPECT_FALSE(board::Host(profile).faultOf("fan"));
     EXPECT_EQ(dir.read("enable"), "1");
 }
 
@@ -84,7 +84,7 @@ TEST(Host, LeavesADriverOfTheSameNameToItsOwner) {
     const board::Host first(profile);
     {
         const board::Host second(profile);
-        EXPECT_NE(second.faultOf("fan"), "");
+        EXPECT_TRUE(second.faultOf("fan"));
     }
-    EXPECT_EQ(board::readFan(first, "fan").fault, "");
+    EXPECT_TRUE(board::readFan(first, "fan").value);
 }

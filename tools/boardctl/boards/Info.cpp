@@ -1,5 +1,7 @@
 #include <chrono>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include "board/Metrics.h"
 #include "board/Report.h"
@@ -32,8 +34,8 @@ ordered_json reportToJson(const board::Report& report) {
     ordered_json drivers = ordered_json::array();
     for (const board::DriverReport& driver : report.drivers) {
         drivers.push_back({{"name", driver.name}, {"rows", rowsToJson(driver.rows)}});
-        if (!driver.fault.empty())
-            drivers.back()["error"] = driver.fault;
+        if (driver.fault)
+            drivers.back()["error"] = *driver.fault;
     }
     ordered_json json = {{"drivers", drivers},
                          {"fans", readingsToJson(report.fans)},
@@ -43,21 +45,32 @@ ordered_json reportToJson(const board::Report& report) {
     if (report.capacity)
         json["capacity"] = capacityToJson(*report.capacity);
     if (report.cpu) {
-        json["cpu"] = {
-            {"last", toJson(*report.cpu)["last"]}}; // one span is all that two samples have
-        if (!report.cpu->fault.empty())
-            json["cpu"]["error"] = report.cpu->fault;
+        // Two samples make one span.
+        json["cpu"] = {{"last", toJson(*report.cpu)["last"]}};
+        if (!*report.cpu)
+            json["cpu"]["error"] = report.cpu->fault();
     }
     if (report.firmware)
         json["firmware"] = toJson(*report.firmware);
     return json;
 }
 
-board::FirmwareReading firmwareOf(const board::NamedPath& file) {
-    board::FirmwareReading firmware = board::readFirmware(file.path);
-    if (!firmware.fault.empty())
-        firmware.fault = file.place + ": " + firmware.fault;
-    return firmware;
+/// Complains of everything that the report could not find out. Returns the exit status.
+int complainOf(const board::Report& report, const board::Host& host) {
+    std::vector<std::string> faults;
+    for (const board::Device& device : host.devices())
+        if (device.kind == board::DeviceKind::PREFERENCES && device.fault) // it has no driver
+            faults.push_back("preferences: " + *device.fault);
+    for (const board::DriverReport& driver : report.drivers)
+        if (driver.fault)
+            faults.push_back("driver '" + driver.name + "': " + *driver.fault);
+    if (report.cpu && !*report.cpu)
+        faults.push_back(report.cpu->fault());
+    if (report.firmware && !*report.firmware)
+        faults.push_back(report.firmware->fault());
+    for (const std::string& fault : faults)
+        complain(fault);
+    return faults.empty() ? DONE : FAILED;
 }
 
 int info(const Options& options) {
@@ -67,8 +80,8 @@ int info(const Options& options) {
     const Board board(options);
     board::Report report = board::makeReport(board.host());
     if (board.profile().firmware)
-        report.firmware = firmwareOf(*board.profile().firmware);
-    static_cast<void>(StopSignals::waitUntil(end)); // cut short, the span is but shorter
+        report.firmware = board::readFirmware(*board.profile().firmware);
+    static_cast<void>(StopSignals::waitUntil(end)); // if interrupted, the span is shorter
     report.cpu = meter.next();
     if (options.json)
         printJson(reportToJson(report));
@@ -77,31 +90,13 @@ int info(const Options& options) {
     else
         printRows(dumpOf(report));
 
-    int status = DONE;
-    for (const board::Device& device : board.host().devices())
-        if (device.kind == "preferences" && !device.fault.empty()) { // no driver stands for it
-            complain("preferences: " + device.fault);
-            status = FAILED;
-        }
-    for (const board::DriverReport& driver : report.drivers)
-        if (!driver.fault.empty()) {
-            complain("driver '" + driver.name + "': " + driver.fault);
-            status = FAILED;
-        }
-    for (const std::string& fault :
-         {report.cpu->fault, report.firmware ? report.firmware->fault : ""})
-        if (!fault.empty()) {
-            complain(fault);
-            status = FAILED;
-        }
-    return status;
+    return complainOf(report, board.host());
 }
 
 } // namespace
 
 void addInfo(CLI::App& app, Options& options) {
-    addCommand(app, options, "info", "Show everything that the board's drivers say of themselves",
-               info);
+    addCommand(app, options, "info", "Show everything that the board's drivers report", info);
 }
 
 } // namespace boardctl

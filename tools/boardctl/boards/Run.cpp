@@ -4,8 +4,7 @@
 
 #include "base/Error.h"
 #include "base/Notification.h"
-#include "board/CpuMeter.h"
-#include "board/EventTap.h"
+#include "board/HostingLoop.h"
 #include "board/Report.h"
 #include "board/Services.h"
 #include "boards/Tour.h"
@@ -33,13 +32,13 @@ struct RunWords {
     bool panel = false;
 };
 
-/// A board that is hosted, and what it tells while it is.
-class Run {
+/// Hosts a board and prints how it comes up and what happens.
+class Run : private board::HostingLoop::Waiter, private board::HostingLoop::Listener {
 public:
     Run(const Options& options, const RunWords& words)
         : m_words(words), m_showsLeds(words.panel || words.tour),
           m_drawsPanel(m_showsLeds && !options.json && Panel::isPossible()),
-          m_lines(options.json, m_drawsPanel ? &m_panel : nullptr), m_tap(m_queue),
+          m_lines(options.json, m_drawsPanel ? &m_panel : nullptr), m_loop(*this, *this),
           m_board(options) {}
 
     int run() {
@@ -53,16 +52,18 @@ public:
         showReport();
         showFirmware();
         {
-            const board::Services services(m_board.profile(), m_showsLeds, m_queue);
+            const board::Services services(m_board.profile(), m_showsLeds, m_loop.events());
+            m_leds = services.leds();
             showServices(services);
             m_lines.print("ready", "ready");
             notify("READY=1");
-            goOn(services, start);
+            host(services, start);
             if (m_drawsPanel)
                 m_panel.clear();
             notify("STOPPING=1");
+            m_leds = nullptr;
         }
-        m_lines.print(m_queue.take()); // what came while they ended
+        m_loop.passEventsOn(); // those of the services' end
         if (!m_lines.isLost())
             m_lines.print("stopped", "stopped");
         return m_lines.isLost() && !StopSignals::isAsked() ? FAILED : DONE;
@@ -70,38 +71,39 @@ public:
 
 private:
     void showDevices() {
-        for (const board::Device& device : m_board.host().devices()) {
-            if (device.kind == "descriptor")
-                continue; // loading it tells more
-            if (!device.fault.empty())
-                m_lines.fault(
-                    (device.kind == "preferences" ? device.kind
-                                                  : device.kind + " '" + device.name + "'") +
-                        ": " + device.fault,
-                    {{"kind", device.kind}, {"name", device.name}, {"error", device.fault}});
-            else if (!device.endpoint.empty())
-                m_lines.print("connected",
-                              device.kind + " '" + device.name + "': connected to '" +
-                                  device.endpoint + "', " + device.description + ", device file " +
-                                  device.path,
-                              {{"kind", device.kind},
-                               {"name", device.name},
-                               {"endpoint", device.endpoint},
-                               {"device", device.path},
-                               {"description", device.description}});
-        }
+        for (const board::Device& device : m_board.host().devices())
+            if (device.kind != board::DeviceKind::DESCRIPTOR) // the report says more about it
+                showDevice(device);
     }
 
-    /// Loads the descriptor, settles the capacity and shows the whole information dump.
+    void showDevice(const board::Device& device) {
+        const std::string kind = board::kindName(device.kind);
+        const std::string title =
+            device.kind == board::DeviceKind::PREFERENCES ? kind : kind + " '" + device.name + "'";
+        if (device.fault)
+            m_lines.fault(title + ": " + *device.fault,
+                          {{"kind", kind}, {"name", device.name}, {"error", *device.fault}});
+        else if (!device.endpoint.empty())
+            m_lines.print("connected",
+                          title + ": connected to '" + device.endpoint + "', " +
+                              device.description + ", device file " + device.path,
+                          {{"kind", kind},
+                           {"name", device.name},
+                           {"endpoint", device.endpoint},
+                           {"device", device.path},
+                           {"description", device.description}});
+    }
+
+    /// Loads the descriptor, determines the capacity and shows the whole report.
     void showReport() {
         const board::Report report = board::makeReport(m_board.host());
         for (const board::DriverReport& driver : report.drivers)
-            if (!driver.fault.empty() && (driver.name == board::DESCRIPTOR_DRIVER ||
-                                          driver.fault != m_board.host().faultOf(driver.name)))
-                m_lines.fault("driver '" + driver.name + "': " + driver.fault,
-                              {{"name", driver.name}, {"error", driver.fault}});
+            if (driver.fault && (driver.name == board::DESCRIPTOR_DRIVER ||
+                                 driver.fault != m_board.host().faultOf(driver.name)))
+                m_lines.fault("driver '" + driver.name + "': " + *driver.fault,
+                              {{"name", driver.name}, {"error", *driver.fault}});
         const auto isUnread = [](const board::DriverReport& driver) {
-            return driver.name == board::DESCRIPTOR_DRIVER && !driver.fault.empty();
+            return driver.name == board::DESCRIPTOR_DRIVER && driver.fault;
         };
         if (m_board.host().descriptor() &&
             std::none_of(report.drivers.begin(), report.drivers.end(), isUnread)) {
@@ -123,13 +125,12 @@ private:
     void showFirmware() {
         if (!m_board.profile().firmware)
             return;
-        const board::FirmwareReading firmware =
-            board::readFirmware(m_board.profile().firmware->path);
-        if (firmware.fault.empty())
-            m_lines.print("firmware", "firmware: " + firmware.version, toJson(firmware));
+        const auto firmware = board::readFirmware(*m_board.profile().firmware);
+        if (firmware)
+            m_lines.print("firmware", "firmware: " + firmware->version, toJson(firmware));
         else
-            m_lines.fault("firmware: " + m_board.profile().firmware->place + ": " + firmware.fault,
-                          {{"kind", "firmware"}, {"error", firmware.fault}});
+            m_lines.fault("firmware: " + firmware.fault(),
+                          {{"kind", "firmware"}, {"error", firmware.fault()}});
     }
 
     void showServices(const board::Services& services) {
@@ -139,7 +140,7 @@ private:
         if (services.leds() && services.leds()->writers()) {
             const std::string writers = *services.leds()->writers();
             m_lines.print("leds",
-                          "leds: commands are taken from " + std::string(board::LED_PIPE) +
+                          "leds: commands are read from " + std::string(board::LED_PIPE) +
                               ", which " + writers + " may write",
                           {{"pipe", board::LED_PIPE}, {"writers", writers}});
             const std::string risk = board::ledPipeRisk();
@@ -161,11 +162,10 @@ private:
         }
     }
 
-    void goOn(const board::Services& services, Clock::time_point start) {
-        m_nextCpu = Clock::now() + CPU_PERIOD;
+    void host(const board::Services& services, Clock::time_point start) {
         const TourStage stage{m_board, m_lines, services.leds() && services.leds()->writers(),
                               services.watchesButton(), [&](std::chrono::milliseconds span) {
-                                  return watch(services, Clock::now() + span);
+                                  return m_loop.runUntil(Clock::now() + span);
                               }};
         if (m_words.tour && !playTour(stage))
             return;
@@ -173,47 +173,33 @@ private:
         if (m_words.seconds)
             end = start + StopSignals::spanOf(*m_words.seconds);
         if (!m_words.tour || end)
-            watch(services, end);
+            static_cast<void>(m_loop.runUntil(end));
     }
 
-    /// Shows what happens until `end`. True where a signal, or the end of all output, asks to stop.
-    bool watch(const board::Services& services, std::optional<Clock::time_point> end) {
-        while (!m_lines.isLost()) {
-            const auto next = end ? std::min(*end, m_nextCpu) : m_nextCpu;
-            const bool isAsked = StopSignals::waitUntil(next, m_queue.descriptor());
-            m_lines.print(m_queue.take());
-            if (Clock::now() >= m_nextCpu)
-                showCpu();
-            if (m_drawsPanel && services.leds())
-                m_panel.draw(services.leds()->states());
-            if (isAsked)
-                return true;
-            if (end && Clock::now() >= *end)
-                return m_lines.isLost();
-        }
-        return true;
+    Clock::time_point now() override { return Clock::now(); }
+    bool waitUntil(Clock::time_point end, int descriptor) override {
+        return StopSignals::waitUntil(end, descriptor);
     }
 
-    void showCpu() {
-        m_nextCpu = std::max(m_nextCpu + CPU_PERIOD, Clock::now());
-        const board::CpuReading cpu = m_meter.next();
-        m_lines.printTimed("cpu", "CPU load " + (cpu.fault.empty() ? toText(cpu) : cpu.fault),
-                           toJson(cpu));
+    void onEvents(const board::EventQueue::Batch& batch) override { m_lines.print(batch); }
+    void onCpuLoad(const board::Result<board::CpuReading>& load) override {
+        m_lines.printTimed("cpu", "CPU load " + (load ? toText(load) : load.fault()), toJson(load));
     }
-
-    static constexpr auto CPU_PERIOD = std::chrono::seconds(5);
+    void onRoundEnd() override {
+        if (m_drawsPanel && m_leds)
+            m_panel.draw(m_leds->states());
+    }
+    bool isListening() const override { return !m_lines.isLost(); }
 
     const RunWords m_words;
     const bool m_showsLeds; ///< the tour shows them too
     const bool m_drawsPanel;
-    bool m_isNotifying = true; ///< until it fails once
+    bool m_isNotifying = true; ///< until it has failed once
     Panel m_panel;
     EventLines m_lines;
-    board::EventQueue m_queue;
-    const board::EventTap m_tap;
-    board::CpuMeter m_meter;
-    Clock::time_point m_nextCpu;
+    board::HostingLoop m_loop;
     const Board m_board;
+    const board::LedService* m_leds = nullptr; ///< while the services run
 };
 
 int run(const Options& options, const RunWords& words) {
@@ -224,16 +210,14 @@ int run(const Options& options, const RunWords& words) {
 
 void addRun(CLI::App& app, Options& options) {
     const auto [command, words] = addCommand<RunWords>(
-        app, options, "run",
-        "Host the board until SIGINT or SIGTERM: show how it comes up and what happens", run);
+        app, options, "run", "Host the board until SIGINT or SIGTERM and show what happens", run);
     command.add_option("--for", words.seconds, "End after this long")
         ->check(seconds())
         ->option_text("SECONDS");
-    command.add_flag("--tour", words.tour,
-                     "Play a tour of everything that the board has, then end");
+    command.add_flag("--tour", words.tour, "Play a tour of the whole board, then end");
     command.add_flag(
         "--panel", words.panel,
-        "Show the LEDs: live on one line of a terminal, elsewhere each change as an event");
+        "Show the LEDs: live on one line of a terminal, otherwise each change as an event");
 }
 
 } // namespace boardctl

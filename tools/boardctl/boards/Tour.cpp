@@ -17,7 +17,7 @@ public:
     explicit Tour(const TourStage& stage) : m_stage(stage) {}
 
     bool play() {
-        say("The tour: about ten seconds in which every part of the board is shown.");
+        say("The tour: every part of the board in about ten seconds.");
         const bool wentOn =
             capacity() && fans() &&
             (!m_stage.board.isSimulated() || (temperature() && leds() && button())) && system();
@@ -43,34 +43,37 @@ private:
         return goesOn(200ms);
     }
 
-    /// Steps each fan through its speeds, slowly enough to follow, and gives it back its own.
+    /// Steps each fan through its speeds, slowly enough to follow, and restores its own speed.
     bool fans() {
         for (const board::Device& device : m_stage.board.host().devices()) {
-            if (device.kind != "fan" || !device.fault.empty())
-                continue;
-            say("The fan '" + device.name + "' is set and read back through its driver.");
-            const auto former = board::readFan(m_stage.board.host(), device.name).speed;
-            bool wentOn = true;
-            for (const auto speed : {IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_HIGH,
-                                     IFanControl::FAN_SPEED_FULL}) {
-                stepFan(device.name, speed);
-                wentOn = goesOn(300ms);
-                if (!wentOn)
-                    break;
-            }
-            stepFan(device.name, former); // as it was before the tour
-            if (!wentOn)
+            const bool isWorkingFan = device.kind == board::DeviceKind::FAN && !device.fault;
+            if (isWorkingFan && !fan(device.name))
                 return false;
         }
         return true;
     }
 
+    bool fan(const std::string& name) {
+        say("The fan '" + name + "' is set and read back through its driver.");
+        const board::FanReading former = board::readFan(m_stage.board.host(), name);
+        bool wentOn = true;
+        for (const auto speed : {IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_HIGH,
+                                 IFanControl::FAN_SPEED_FULL}) {
+            stepFan(name, speed);
+            wentOn = goesOn(300ms);
+            if (!wentOn)
+                break;
+        }
+        stepFan(name, former.value ? *former.value : IFanControl::FAN_SPEED_OFF);
+        return wentOn;
+    }
+
     void stepFan(const std::string& name, IFanControl::FanSpeed speed) {
         const board::FanReading reading = board::setFan(m_stage.board.host(), name, speed);
-        std::string seen = reading.fault;
-        if (seen.empty())
-            seen = std::string("reads back ") + board::speedName(reading.speed);
-        if (m_stage.board.isSimulated())
+        std::string seen = reading.value
+                               ? std::string("reads back ") + board::speedName(*reading.value)
+                               : reading.value.fault();
+        if (reading.value && m_stage.board.isSimulated())
             seen = "the device file holds " +
                    std::string(m_stage.board.simulated().fanRecord().c_str()) + ", " + seen;
         ordered_json fields = toJson(reading);
@@ -83,11 +86,10 @@ private:
         say("The temperature rises: the simulated sensor's file changes, the driver reads it.");
         for (const double celsius : {45.0, 52.5, 41.5}) {
             m_stage.board.simulated().setTemperature(celsius);
-            for (const board::TemperatureReading& reading :
-                 {board::readTemperature(m_stage.board.host(), "thermal")})
-                m_stage.lines.print("temperature",
-                                    "temperature '" + reading.name + "': " + toText(reading),
-                                    toJson(reading));
+            const auto reading = board::readTemperature(m_stage.board.host(), "thermal");
+            m_stage.lines.print("temperature",
+                                "temperature '" + reading.name + "': " + toText(reading),
+                                toJson(reading));
             if (!goesOn(250ms))
                 return false;
         }
@@ -106,7 +108,7 @@ private:
 
     bool leds() {
         if (!m_stage.takesCommands) {
-            say("The LEDs take no commands here; that part is left out.");
+            say("The LEDs accept no commands here; skipping that part.");
             return true;
         }
         return command("A line in the pipe " + std::string(board::LED_PIPE) +
@@ -115,17 +117,17 @@ private:
                command("The line rings: its LED blinks for three seconds and then stops by itself.",
                        "line ring", 1200ms) &&
                command("An alarm flashes for one tick.", "alarm once", 400ms) &&
-               command("All LEDs light up for a second; what was there goes on beneath.",
+               command("All LEDs light up for a second; their former patterns continue underneath.",
                        "lamp test", 1300ms) &&
                command("The light stops, the system is ready.", "search stop", 100ms) &&
-               command("The power LED stops blinking: a command takes the place of the last one of "
-                       "its group.",
+               command("The power LED stops blinking: a command replaces the previous one of its "
+                       "group.",
                        "system ready", 500ms);
     }
 
     bool button() {
         if (!m_stage.watchesButton) {
-            say("The button is not watched here; that part is left out.");
+            say("The button is not watched here; skipping that part.");
             return true;
         }
         say("The service button is pressed for half a second.");
@@ -141,12 +143,12 @@ private:
         }
     }
 
-    /// What the machine itself says.
+    /// The load of the machine itself.
     bool system() {
         board::CpuMeter meter;
         if (!goesOn(500ms))
             return false;
-        const board::CpuReading cpu = meter.next();
+        const board::Result<board::CpuReading> cpu = meter.next();
         m_stage.lines.print("cpu", "CPU load over half a second: " + toText(cpu), toJson(cpu));
         return true;
     }

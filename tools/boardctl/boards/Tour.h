@@ -8,8 +8,8 @@
 
 namespace boardctl {
 
-/// What a tour works with. `pause` shows what happens meanwhile and is true where the tour shall
-/// break off.
+/// What a tour works with. `pause` prints what happens meanwhile and returns true if the tour must
+/// end.
 struct TourStage {
     const Board& board;
     EventLines& lines;
@@ -18,9 +18,9 @@ struct TourStage {
     std::function<bool(std::chrono::milliseconds)> pause;
 };
 
-/// Shows every subsystem of a board in about ten seconds, in plain words. Of a real board only the
-/// fans are stepped, and given back their speed; its sensor, LEDs and button are no toys. False
-/// where it was broken off.
+/// Shows every subsystem of a board in about ten seconds, in plain words. On a real board it only
+/// steps the fans, and restores their speed; it leaves the sensor, the LEDs and the button alone.
+/// False if it ended early.
 bool playTour(const TourStage& stage);
 
 } // namespace boardctl

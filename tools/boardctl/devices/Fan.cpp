@@ -18,7 +18,7 @@ struct FanWords {
 
 int fan(const Options& options, const FanWords& words) {
     const Board board(options);
-    const std::vector<std::string> fans = board.devices("fan", words.name);
+    const std::vector<std::string> fans = board.devices(board::DeviceKind::FAN, words.name);
     if (!words.speed.empty() && fans.size() > 1)
         throw WrongCall("the board has several fans: choose one with --name");
     std::vector<board::FanReading> readings;

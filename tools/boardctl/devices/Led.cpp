@@ -34,14 +34,14 @@ constexpr unsigned LIT = 1;
 constexpr unsigned SECOND_LIT = 2;
 
 TYPPtr<ILedControl> findLed(const Board& board, const std::string& name) {
-    board.devices("led", name); // throws, with the LEDs to choose from, if there is no such LED
+    board.devices(board::DeviceKind::LED,
+                  name); // throws, with the LEDs to choose from, if there is no such LED
     TYPPtr<ILedControl> led;
     const XCode status = DRIVER::INSTANCE()->getInterface(name.c_str(), led);
     if (!status.isSuccess())
         throw board::Error("LED '" + name + "': " + status.getMessage().c_str());
-    const std::string fault = board.host().faultOf(name);
-    if (!fault.empty())
-        throw board::Error("LED '" + name + "': " + fault);
+    if (const auto fault = board.host().faultOf(name))
+        throw board::Error("LED '" + name + "': " + *fault);
     return led;
 }
 
@@ -51,19 +51,19 @@ void expectDone(const XCode& status, const std::string& name, const char* what) 
 }
 
 /// The state that the LED shows now, to be restored later.
-board::LedReading formerState(const Board& board, const std::string& name) {
-    board::LedReading former = board::readLed(board.host(), name);
-    if (!former.fault.empty())
-        throw board::Error("LED '" + name + "': " + former.fault);
-    return former;
+unsigned formerState(const Board& board, const std::string& name) {
+    const board::LedReading former = board::readLed(board.host(), name);
+    if (!former.value)
+        throw board::Error("LED '" + name + "': " + former.value.fault());
+    return *former.value;
 }
 
 /// Makes the LED show its former state again. The driver may have restored another one: it
 /// remembers "off" if it failed to read the LED.
-board::LedReading restore(const Board& board, const board::LedReading& former) {
-    board::LedReading shown = board::readLed(board.host(), former.name);
-    if (!shown.fault.empty() || shown.state != former.state)
-        shown = board::setLed(board.host(), former.name, former.state);
+board::LedReading restore(const Board& board, const std::string& name, unsigned former) {
+    board::LedReading shown = board::readLed(board.host(), name);
+    if (!shown.value || *shown.value != former)
+        shown = board::setLed(board.host(), name, former);
     return shown;
 }
 
@@ -74,42 +74,44 @@ std::string faultAfter(const XCode& written, const Board& board, const std::stri
         return "the state can't be written";
     const auto isAsWritten = [lit](unsigned state) { return (state != OFF) == lit; };
     const board::LedReading shown = board::awaitLed(board.host(), name, isAsWritten);
-    if (!shown.fault.empty() || isAsWritten(shown.state))
-        return shown.fault;
-    return "the device holds " + std::to_string(shown.state) + " after another state was written";
+    if (!shown.value)
+        return shown.value.fault();
+    if (isAsWritten(*shown.value))
+        return "";
+    return "the device holds " + std::to_string(*shown.value) + " after another state was written";
 }
 
 /// Holds the overlay until a signal or the end of the time, then restores the former state.
 int holdOverlay(const Options& options, const LedWords& words) {
     const Board board(options);
     const auto led = findLed(board, words.name);
-    const board::LedReading former = formerState(board, words.name);
+    const unsigned former = formerState(board, words.name);
     expectDone(led->setLedBiStatus(1), words.name, "can't show a second lit state");
     const board::LedReading shown = board::awaitLed(
         board.host(), words.name, [](unsigned state) { return state == SECOND_LIT; });
-    if (!shown.fault.empty() || shown.state != SECOND_LIT) {
+    if (!shown.value || *shown.value != SECOND_LIT) {
         static_cast<void>(led->setLedBiStatus(OFF));
-        static_cast<void>(restore(board, former)); // best effort: the failure below is what counts
-        throw board::Error(
-            "LED '" + words.name + "': " +
-            (shown.fault.empty()
-                 ? "the device holds " + std::to_string(shown.state) + " after 2 was written"
-                 : shown.fault));
+        static_cast<void>(
+            restore(board, words.name, former)); // best effort: the failure below is what counts
+        throw board::Error("LED '" + words.name + "': " +
+                           (shown.value ? "the device holds " + std::to_string(*shown.value) +
+                                              " after 2 was written"
+                                        : shown.value.fault()));
     }
     complain("LED '" + words.name + "' shows 2 until " +
              (words.seconds ? "the time is up" : "SIGINT (Ctrl-C)"));
     StopSignals::waitUntil(StopSignals::endAfter(words.seconds));
     static_cast<void>(led->setLedBiStatus(OFF)); // the LED itself is checked next
-    return show(std::vector{restore(board, former)}, options.json);
+    return show(std::vector{restore(board, words.name, former)}, options.json);
 }
 
 /// Ends the overlay of another process. This process can't know of it, but it sees that the LED
 /// shows 2.
 int endOverlay(const Options& options, const LedWords& words) {
     const Board board(options);
-    board.devices("led", words.name);
+    board.devices(board::DeviceKind::LED, words.name);
     const board::LedReading shown = board::readLed(board.host(), words.name);
-    if (!shown.fault.empty() || shown.state != SECOND_LIT)
+    if (!shown.value || *shown.value != SECOND_LIT)
         return show(std::vector{shown}, options.json);
     complain("LED '" + words.name + "' shows 2; switching it off");
     return show(std::vector{board::setLed(board.host(), words.name, OFF)}, options.json);
@@ -118,7 +120,7 @@ int endOverlay(const Options& options, const LedWords& words) {
 int blink(const Options& options, const LedWords& words, unsigned count, unsigned periodMs) {
     const Board board(options);
     const auto led = findLed(board, words.name);
-    const board::LedReading former = formerState(board, words.name);
+    const unsigned former = formerState(board, words.name);
     expectDone(led->enableLedToggle(), words.name, "can't be toggled");
     const auto half = std::chrono::microseconds(periodMs) * 500; // half of a thousand
     bool stopped = false;
@@ -135,7 +137,7 @@ int blink(const Options& options, const LedWords& words, unsigned count, unsigne
         }
     progress.clear();
     expectDone(led->disableLedToggle(), words.name, "can't restore the former state");
-    const board::LedReading shown = restore(board, former);
+    const board::LedReading shown = restore(board, words.name, former);
     if (!fault.empty())
         throw board::Error("LED '" + words.name + "': " + fault);
     return show(std::vector{shown}, options.json);
@@ -184,7 +186,7 @@ int led(const Options& options, const LedWords& words) {
     const std::optional<unsigned> state =
         action.empty() ? std::nullopt : std::optional(stateOf(action));
     const Board board(options);
-    board.devices("led",
+    board.devices(board::DeviceKind::LED,
                   words.name); // throws, with the LEDs to choose from, if there is no such LED
     return show(std::vector{state ? board::setLed(board.host(), words.name, *state)
                                   : board::readLed(board.host(), words.name)},

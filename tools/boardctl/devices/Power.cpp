@@ -5,7 +5,8 @@
 namespace boardctl {
 
 void addPower(CLI::App& app, Options& options) {
-    addSensorCommand(app, options, "power", "power", "Read the power status", &board::readPower);
+    addSensorCommand(app, options, "power", board::DeviceKind::POWER, "Read the power status",
+                     &board::readPower);
 }
 
 } // namespace boardctl

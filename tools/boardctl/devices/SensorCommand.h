@@ -16,7 +16,7 @@ struct SensorWords {
 
 /// Adds a command that reads all devices of a kind, or the one that --name picks.
 template <class Reading>
-void addSensorCommand(CLI::App& app, Options& options, const char* name, const char* kind,
+void addSensorCommand(CLI::App& app, Options& options, const char* name, board::DeviceKind kind,
                       const char* text,
                       Reading (*read)(const board::Host&, const std::string& device)) {
     const auto readAll = [kind, read](const Options& call, const SensorWords& words) {

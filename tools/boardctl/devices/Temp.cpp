@@ -5,8 +5,8 @@
 namespace boardctl {
 
 void addTemp(CLI::App& app, Options& options) {
-    addSensorCommand(app, options, "temp", "thermal", "Read the temperature sensors",
-                     &board::readTemperature);
+    addSensorCommand(app, options, "temp", board::DeviceKind::THERMAL,
+                     "Read the temperature sensors", &board::readTemperature);
 }
 
 } // namespace boardctl

@@ -13,10 +13,10 @@ public:
     /// Whether standard output is a terminal that can redraw a line.
     static bool isPossible();
 
-    /// Draws the states, cut to the terminal's width.
+    /// Draws the states that fit the width of the terminal.
     void draw(const std::vector<board::LedStates::State>& states);
 
-    /// Takes the line away, before something else is printed and at the end.
+    /// Removes the line, before something else is printed and at the end.
     void clear();
 
 private:

@@ -26,16 +26,16 @@ nlohmann::ordered_json toJson(const board::LedReading& led);
 
 /// `{"last":...,"mid":...,"longest":...}` in percent. A value is null until its span has passed,
 /// and beside "error".
-nlohmann::ordered_json toJson(const board::CpuReading& cpu);
+nlohmann::ordered_json toJson(const board::Result<board::CpuReading>& cpu);
 /// `{"version":...,"line1":...}`. The version is null beside "error".
-nlohmann::ordered_json toJson(const board::FirmwareReading& firmware);
+nlohmann::ordered_json toJson(const board::Result<board::FirmwareInfo>& firmware);
 
 /// Only the value, for people; "unknown" if it is.
 std::string toText(const board::FanReading& fan);
 std::string toText(const board::TemperatureReading& temperature);
 std::string toText(const board::PowerReading& power);
 std::string toText(const board::LedReading& led);
-std::string toText(const board::CpuReading& cpu);
+std::string toText(const board::Result<board::CpuReading>& cpu);
 
 template <class Reading>
 nlohmann::ordered_json readingsToJson(const std::vector<Reading>& readings) {
@@ -50,10 +50,10 @@ template <class Reading>
 int show(const std::vector<Reading>& readings, bool asJson) {
     int status = DONE;
     for (const Reading& reading : readings) {
-        if (!asJson && reading.fault.empty())
+        if (!asJson && reading.value)
             std::cout << board::printable(reading.name) << ": " << toText(reading) << "\n";
-        if (!reading.fault.empty()) {
-            complain("'" + reading.name + "': " + reading.fault);
+        if (!reading.value) {
+            complain("'" + reading.name + "': " + reading.value.fault());
             status = FAILED;
         }
     }

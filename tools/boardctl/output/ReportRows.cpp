@@ -35,7 +35,7 @@ InfoContainer dumpOf(const board::Report& report) {
     if (report.firmware) {
         rows.add(0, 0, "Firmware", "");
         rows.add(1, 0, "Version",
-                 report.firmware->fault.empty() ? report.firmware->version.c_str() : "unknown");
+                 *report.firmware ? (*report.firmware)->version.c_str() : "unknown");
     }
     return rows;
 }

@@ -26,7 +26,7 @@ const board::NamedPath& BoardProfile::button() const {
     return *m_profile.button;
 }
 
-std::vector<std::string> Board::devices(const std::string& kind, const std::string& name) const {
+std::vector<std::string> Board::devices(board::DeviceKind kind, const std::string& name) const {
     std::vector<std::string> names, ofKind;
     for (const board::Device& device : m_host.devices()) {
         if (device.kind != kind)
@@ -35,11 +35,12 @@ std::vector<std::string> Board::devices(const std::string& kind, const std::stri
         if (name.empty() || name == device.name)
             names.push_back(device.name);
     }
+    const std::string word = board::kindName(kind);
     if (ofKind.empty())
-        throw board::Error(profilePath() + ": the board has no " + kind + " (expected a table [[" +
-                           kind + "]])");
+        throw board::Error(profilePath() + ": the board has no " + word + " (expected a table [[" +
+                           word + "]])");
     if (names.empty())
-        throw board::Error("there is no " + kind + " '" + name + "' (there are: " +
+        throw board::Error("there is no " + word + " '" + name + "' (there are: " +
                            board::join(ofKind) + ")" + board::didYouMean(name, ofKind));
     return names;
 }

@@ -41,7 +41,7 @@ public:
 
     /// The names of the devices of `kind`: all, or only `name` if that is not empty. Throws
     /// board::Error with the names to choose from if there is no such device.
-    std::vector<std::string> devices(const std::string& kind, const std::string& name) const;
+    std::vector<std::string> devices(board::DeviceKind kind, const std::string& name) const;
 
 private:
     const board::Host m_host;

@@ -33,13 +33,13 @@ int cpu(const Options& options, const CpuWords& words) {
                                                       std::to_string(count)))
             return status;
         progress.clear();
-        const board::CpuReading reading = meter.next();
+        const board::Result<board::CpuReading> reading = meter.next();
         if (options.json)
             printJson(toJson(reading), count == 1 ? 2 : -1);
-        else if (reading.fault.empty())
+        else if (reading)
             std::cout << toText(reading) << "\n";
-        if (!reading.fault.empty()) {
-            complain(reading.fault);
+        if (!reading) {
+            complain(reading.fault());
             status = FAILED;
         }
         if (!flushOutput())

@@ -20,27 +20,25 @@ struct FirmwareWords {
     std::string file;
 };
 
+board::Result<board::FirmwareInfo> readFirmware(const Options& options, const std::string& file) {
+    if (!file.empty())
+        return board::readFirmware(file);
+    const BoardProfile board(options);
+    if (!board.profile().firmware)
+        throw board::Error(board.profilePath() +
+                           ": the board has no firmware information (expected a table [firmware])");
+    return board::readFirmware(*board.profile().firmware);
+}
+
 int firmware(const Options& options, const FirmwareWords& words) {
-    board::FirmwareReading reading;
-    if (!words.file.empty()) {
-        reading = board::readFirmware(words.file);
-    } else {
-        const BoardProfile board(options);
-        if (!board.profile().firmware)
-            throw board::Error(
-                board.profilePath() +
-                ": the board has no firmware information (expected a table [firmware])");
-        reading = board::readFirmware(board.profile().firmware->path);
-        if (!reading.fault.empty())
-            reading.fault = board.profile().firmware->place + ": " + reading.fault;
-    }
+    const board::Result<board::FirmwareInfo> firmware = readFirmware(options, words.file);
     if (options.json)
-        printJson(toJson(reading));
-    else if (reading.fault.empty())
-        std::cout << board::printable(reading.version) << "\n";
-    if (reading.fault.empty())
+        printJson(toJson(firmware));
+    else if (firmware)
+        std::cout << board::printable(firmware->version) << "\n";
+    if (firmware)
         return DONE;
-    complain(reading.fault);
+    complain(firmware.fault());
     return FAILED;
 }
 

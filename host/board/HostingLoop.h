@@ -1,0 +1,65 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+#include "base/Events.h"
+#include "base/Result.h"
+#include "board/CpuMeter.h"
+#include "board/EventTap.h"
+
+namespace board {
+
+/// The loop of a process that hosts a board: passes events on as they arrive and measures the load
+/// of the processors every five seconds. One thread.
+class HostingLoop {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// How the loop tells the time and waits. A program really waits and watches its signals; a
+    /// test scripts both.
+    class Waiter {
+    public:
+        virtual ~Waiter() = default;
+        virtual Clock::time_point now() = 0;
+        /// Waits until `end`, or until `descriptor` is readable if that comes first. True if the
+        /// program has been asked to stop.
+        virtual bool waitUntil(Clock::time_point end, int descriptor) = 0;
+    };
+
+    /// Receives what happens, on the thread of the loop.
+    class Listener {
+    public:
+        virtual ~Listener() = default;
+        virtual void onEvents(const EventQueue::Batch& batch) = 0;
+        virtual void onCpuLoad(const Result<CpuReading>& load) = 0;
+        /// After everything that one wait has brought.
+        virtual void onRoundEnd() = 0;
+        /// False ends the loop: nobody is left to tell.
+        virtual bool isListening() const = 0;
+    };
+
+    /// From now on what the library logs and reports becomes events. Takes the first sample of the
+    /// load. Both arguments must outlive the loop.
+    HostingLoop(Waiter& waiter, Listener& listener);
+
+    /// Where services put their events.
+    EventQueue& events() { return m_queue; }
+
+    /// Runs until `end`, or without end. True if the loop ended early, because the program has been
+    /// asked to stop or nobody is listening.
+    bool runUntil(std::optional<Clock::time_point> end);
+
+    /// Passes on the events that have arrived since the last round.
+    void passEventsOn();
+
+private:
+    Waiter& m_waiter;
+    Listener& m_listener;
+    EventQueue m_queue;
+    const EventTap m_tap;
+    CpuMeter m_meter;
+    std::optional<Clock::time_point> m_nextCpu; ///< empty before the first run
+};
+
+} // namespace board

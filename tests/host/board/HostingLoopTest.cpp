@@ -1,0 +1,110 @@
+#include "board/HostingLoop.h"
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "RTD.h"
+
+using board::HostingLoop;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// Plays a script, one step for each wait, and records what the loop does with it.
+class Script : public HostingLoop::Waiter, public HostingLoop::Listener {
+public:
+    struct Step {
+        std::chrono::seconds until;   ///< when the wait returns
+        std::function<void()> action; ///< what happens meanwhile
+        bool isAskedToStop = false;
+    };
+
+    void play(std::vector<Step> steps) { m_steps = std::move(steps); }
+    HostingLoop::Clock::time_point at(std::chrono::seconds second) const {
+        return HostingLoop::Clock::time_point(second);
+    }
+
+    HostingLoop::Clock::time_point now() override { return m_now; }
+    bool waitUntil(HostingLoop::Clock::time_point end, int) override {
+        if (m_next == m_steps.size())
+            throw std::logic_error("the loop waits longer than the script");
+        const Step& step = m_steps[m_next++];
+        m_now = at(step.until);
+        waits.push_back(std::chrono::duration_cast<std::chrono::seconds>(end.time_since_epoch()));
+        if (step.action)
+            step.action();
+        return step.isAskedToStop;
+    }
+
+    void onEvents(const board::EventQueue::Batch& batch) override {
+        for (const auto& entry : batch.entries) {
+            if (const auto* const fault = std::get_if<board::event::Fault>(&entry.event))
+                note("fault " + fault->text);
+            else
+                note("event " + std::to_string(entry.event.index()));
+        }
+    }
+    void onCpuLoad(const board::Result<board::CpuReading>&) override { note("cpu"); }
+    void onRoundEnd() override { ++rounds; }
+    bool isListening() const override { return isHere; }
+
+    std::vector<std::string> notes;
+    std::vector<std::chrono::seconds> waits; ///< until when the loop wanted to wait
+    unsigned rounds = 0;
+    bool isHere = true;
+
+private:
+    void note(const std::string& what) {
+        const auto seconds =
+            std::chrono::duration_cast<std::chrono::seconds>(m_now.time_since_epoch());
+        notes.push_back(std::to_string(seconds.count()) + " " + what);
+    }
+
+    std::vector<Step> m_steps;
+    std::size_t m_next = 0;
+    HostingLoop::Clock::time_point m_now;
+};
+
+using Notes = std::vector<std::string>;
+using Seconds = std::vector<std::chrono::seconds>;
+
+} // namespace
+
+TEST(HostingLoop, PassesEventsOnWhenTheyComeAndMeasuresEveryFiveSeconds) {
+    Script script;
+    HostingLoop loop(script, script);
+    script.play({{2s,
+                  [&] {
+                      loop.events().push(board::event::ButtonPressed{});
+                      RTD::VSYSLOG("TEST", 3, "broken");
+                  }},
+                 {5s, nullptr},
+                 {17s, nullptr}, // late by more than a period
+                 {20s, nullptr},
+                 {23s, nullptr}});
+    EXPECT_FALSE(loop.runUntil(script.at(23s)));
+    EXPECT_EQ(script.notes, (Notes{"2 event 0", "2 fault broken", "5 cpu", "17 cpu", "20 cpu"}));
+    EXPECT_EQ(script.waits, (Seconds{5s, 5s, 10s, 20s, 23s}));
+}
+
+TEST(HostingLoop, PassesOnWhatCameBeforeItIsStopped) {
+    Script script;
+    HostingLoop loop(script, script);
+    script.play({{1s, [&] { loop.events().push(board::event::ButtonPressed{}); }, true}});
+    EXPECT_TRUE(loop.runUntil(std::nullopt));
+    EXPECT_EQ(script.notes, Notes{"1 event 0"});
+    EXPECT_EQ(script.rounds, 1U);
+}
+
+TEST(HostingLoop, EndsWhenNobodyListens) {
+    Script script;
+    HostingLoop loop(script, script);
+    script.play({{1s, [&] { script.isHere = false; }}});
+    EXPECT_TRUE(loop.runUntil(script.at(1s))) << "the end of the listener counts as the end";
+    EXPECT_TRUE(loop.runUntil(std::nullopt)); // the script has no step left to wait in
+    EXPECT_EQ(script.rounds, 1U);
+}
