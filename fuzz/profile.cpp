@@ -1,6 +1,6 @@
-// Any bytes as a board profile: one error with file and line, or a profile with all that its fields
-// promise; and a profile stays one with a comment behind it, and is none with a key that nobody
-// knows.
+// Loads any bytes as a board profile: the result is one error with file and line, or a profile
+// whose fields hold what they promise. A profile still loads with a comment added, and fails with
+// an unknown key added.
 
 #include <algorithm>
 #include <cstdint>
@@ -23,7 +23,7 @@ bool isControl(char c) {
     return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
 }
 
-/// What loading `text` complains of behind the file's name; "" where it loads and is in `profile`.
+/// The message of loading `text`, without the file's name; "" if it loads into `profile`.
 std::string load(const std::string& text, Profile& profile) {
     static const int file = ::memfd_create("profile", MFD_CLOEXEC);
     static const std::string path = "/proc/self/fd/" + std::to_string(file);
@@ -44,7 +44,7 @@ void checkComplaint(const std::string& complaint, const std::string& text) {
     expect(std::none_of(complaint.begin(), complaint.end(), isControl), "an error is one line");
     std::size_t digits = 0;
     const unsigned long line =
-        std::stoul(complaint.substr(1), &digits); // a text without digits throws
+        std::stoul(complaint.substr(1), &digits); // throws if there are no digits
     const auto lines = static_cast<unsigned long>(std::count(text.begin(), text.end(), '\n')) + 1;
     expect(line >= 1 && line <= lines, "an error has a line of the file");
     expect(complaint.compare(1 + digits, 2, ": ") == 0 && complaint.size() > digits + 3,

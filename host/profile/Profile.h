@@ -14,21 +14,21 @@ namespace board {
 constexpr char DESCRIPTOR_DRIVER[] = "board-descr-driver";
 constexpr char CAPACITY_DRIVER[] = "resource-driver";
 
-/// A device behind a kernel driver. `device` is a path, or "hwmon:NAME/FILE" or "led:NAME" as
-/// DeviceLocator takes it; names are unique among all devices of a board.
+/// A device behind a kernel driver. `device` is anything that DeviceLocator can locate: a path,
+/// "hwmon:NAME/FILE" or "led:NAME". Names are unique among all devices of a board.
 struct DeviceProfile {
     std::string name;        ///< the driver's name in the repository
     NamedPath device;        ///< the device file
-    std::string description; ///< for people; default ""
+    std::string description; ///< for people; may be empty
 };
 
 struct FanProfile : DeviceProfile {
-    std::uint32_t maximum = 0;       ///< the number for full speed
+    std::uint32_t maximum = 0;       ///< the value that means full speed
     std::optional<NamedPath> enable; ///< a file that must hold 1 before the fan obeys
 };
 
 struct ThermalProfile : DeviceProfile {
-    std::uint32_t maximum = 0; ///< highest temperature, in the unit the board's clients expect
+    std::uint32_t maximum = 0; ///< highest temperature, in the unit that clients expect
 };
 
 struct PowerProfile : DeviceProfile {};
@@ -41,13 +41,13 @@ struct LedDeviceProfile : DeviceProfile {
 /// The EEPROM that holds the board descriptor.
 struct DescriptorProfile {
     NamedPath device;
-    std::uint32_t readChunk = 128; ///< bytes a read, 1 to 65536
+    std::uint32_t readChunk = 128; ///< bytes per read, 1 to 65536
     std::uint32_t size = 512;      ///< bytes, 1 to 65536
 };
 
 struct VoipProfile {
     bool borderController = false;
-    std::uint32_t defaultSipLegs = 0; ///< for a descriptor that does not say
+    std::uint32_t defaultSipLegs = 0; ///< used if the descriptor has no number
 };
 
 /// The LED sequencer's tables. Numbers that the sequencer does not know are kept as they are, so
@@ -93,10 +93,10 @@ struct Profile {
     std::optional<NamedPath> firmware;    ///< the information file
     std::optional<LedSequencerProfile> ledService;
 
-    /// Reads `path`. Throws Error with one line, "FILE:LINE: KEY: what is wrong (expected ...)": a
-    /// file that can't be read, is larger than 1 MiB or is no TOML, a line of more than 256 dots,
-    /// an unknown key, a missing one, a wrong type, a number out of range, an empty or doubled
-    /// name.
+    /// Reads `path`. Throws Error with one line, "FILE:LINE: KEY: what is wrong (expected ...)", if
+    /// the file can't be read, is larger than 1 MiB or is not TOML, if a line has more than 256
+    /// dots, and for keys that are unknown or missing, wrong types, numbers out of range, and names
+    /// that are empty or not unique.
     static Profile load(const std::string& path);
 };
 

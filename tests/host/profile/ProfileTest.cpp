@@ -13,7 +13,7 @@ using support::TempDir;
 
 namespace {
 
-/// What loading `text` complains of, with the folder left out; "" where it loads.
+/// The message of loading `text`, without the folder; "" if it loads.
 std::string complaintOf(const TempDir& dir, const std::string& text) {
     dir.write("board.toml", text);
     try {

@@ -31,7 +31,7 @@ std::string timeText(const TYTime& time) {
 
 double secondsOf(const TYTime& span) {
     constexpr unsigned MS = 1000, NS_A_MS = 1000000;
-    const unsigned ms = span.nanoseconds / NS_A_MS; // the finer part is cut off
+    const unsigned ms = span.nanoseconds / NS_A_MS; // the rest is cut off
     return (span.seconds * static_cast<double>(MS) + ms) / MS;
 }
 
@@ -51,7 +51,7 @@ void EventLines::print(const char* event, const std::string& text, const ordered
     } else {
         std::cout << board::printable(text) << "\n";
     }
-    // Somebody watches; a watcher that went away is the end.
+    // Without a reader there is no reason to go on.
     m_isLost = m_isLost || !flushOutput();
 }
 

@@ -9,26 +9,24 @@
 
 namespace boardctl {
 
-/// Prints what happens, a line each: text for people, or a JSON document a line. Faults go to
-/// standard error too, which is where people see them.
+/// Prints events on one line each, as text for people or as JSON. Faults also go to standard error.
 class EventLines {
 public:
     explicit EventLines(bool json, Panel* panel = nullptr) : m_json(json), m_panel(panel) {}
 
-    /// `text` for people; for programs `event` and the fields.
+    /// Prints `text` for people, or `event` and the fields as JSON.
     void print(const char* event, const std::string& text,
                const nlohmann::ordered_json& fields = nlohmann::ordered_json::object());
 
     void fault(const std::string& text, const nlohmann::ordered_json& fields);
 
-    /// The same with the time, now or `time`, in front.
+    /// The same, preceded by the current time.
     void printTimed(const char* event, const std::string& text,
                     const nlohmann::ordered_json& fields);
 
-    /// What the services tell.
     void print(const board::EventQueue::Batch& batch);
 
-    /// Whether somebody who watched has gone, and with that the reason to go on.
+    /// True if standard output can't be written any more.
     bool isLost() const { return m_isLost; }
 
 private:

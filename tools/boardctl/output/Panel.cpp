@@ -13,7 +13,7 @@ namespace boardctl {
 
 namespace {
 
-const std::string MORE = " ..."; // LEDs that the line has no room for
+const std::string MORE = " ..."; // shown if some LEDs do not fit
 
 std::size_t terminalWidth() {
     constexpr std::size_t USUAL = 80;
