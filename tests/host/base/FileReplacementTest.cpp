@@ -29,7 +29,7 @@ std::ptrdiff_t entriesOf(const std::string& folder) {
     return std::distance(fs::directory_iterator(folder), {});
 }
 
-/// The descriptors of this process that stand for the file `path`.
+/// The number of descriptors that this process has open on `path`.
 int descriptorsOf(const std::string& path) {
     int count = 0;
     std::error_code ignored;
@@ -38,8 +38,8 @@ int descriptorsOf(const std::string& path) {
     return count;
 }
 
-/// Replaces `path` while another holds the lock on it, and does `meanwhile` once the replacement
-/// has opened the file that stood there at first.
+/// Replaces `path` while another descriptor holds its lock, and calls `meanwhile` once the
+/// replacement has opened the file that was there first.
 void replaceWhileLocked(const std::string& path, const std::string& bytes,
                         const std::function<void()>& meanwhile) {
     const int held = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -71,7 +71,7 @@ TEST(FileReplacement, KeepsModeAndLinkAndLeavesNothingBeside) {
     EXPECT_EQ(entriesOf(dir.path("elsewhere")), 1);
 }
 
-TEST(FileReplacement, MakesAMissingFileAlsoBehindALink) {
+TEST(FileReplacement, MakesAMissingFileEvenBehindALink) {
     const TempDir dir;
     fs::create_symlink("target", dir.path("link"));
     const mode_t former = ::umask(022);
@@ -91,17 +91,17 @@ TEST(FileReplacement, RefusesWhatCanNotBeReplacedAndSaysWhy) {
     EXPECT_EQ(entriesOf(dir.path(".")), 2);
 }
 
-TEST(FileReplacement, ReportsADeviceThatDoesNotTakeTheBytes) {
+TEST(FileReplacement, ReportsADeviceThatDoesNotAcceptTheBytes) {
     EXPECT_NO_THROW(board::replaceFile("/dev/null", "new"));
     try {
         board::replaceFile("/dev/full", "new");
-        ADD_FAILURE() << "a full device took the bytes";
+        ADD_FAILURE() << "a full device accepted the bytes";
     } catch (const board::Error& error) {
         EXPECT_STREQ(error.what(), "/dev/full: can't write: No space left on device");
     }
 }
 
-TEST(FileReplacement, WritesADeviceThatCanNotSeekAndReportsWhatItDoesNotTake) {
+TEST(FileReplacement, WritesADeviceThatCanNotSeekAndReportsWhatItDoesNotAccept) {
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_EQ(::grantpt(terminal), 0);
     ASSERT_EQ(::unlockpt(terminal), 0);
@@ -112,15 +112,16 @@ TEST(FileReplacement, WritesADeviceThatCanNotSeekAndReportsWhatItDoesNotTake) {
     EXPECT_EQ(::read(terminal, got, sizeof got), 3);
     try {
         board::replaceFile(device, std::string(1U << 20U, 'x'));
-        ADD_FAILURE() << "a terminal took it all";
+        ADD_FAILURE() << "a terminal accepted everything";
     } catch (const board::Error& error) {
-        EXPECT_EQ(std::string(error.what()).rfind(device + ": accepted only ", 0), 0U) << error.what();
+        EXPECT_EQ(std::string(error.what()).rfind(device + ": accepted only ", 0), 0U)
+            << error.what();
     }
     ::close(keptOpen);
     ::close(terminal);
 }
 
-TEST(FileReplacement, LeavesTheFileAsItWasWhereTheNewContentCanNotBeWritten) {
+TEST(FileReplacement, LeavesTheFileAsItWasIfTheNewContentCanNotBeWritten) {
     const TempDir dir;
     dir.write("image", "old");
     rlimit former{};
@@ -135,7 +136,7 @@ TEST(FileReplacement, LeavesTheFileAsItWasWhereTheNewContentCanNotBeWritten) {
     EXPECT_EQ(entriesOf(dir.path(".")), 1);
 }
 
-TEST(FileReplacement, WaitsForTheLockAndThenTakesTheFileThatStandsThere) {
+TEST(FileReplacement, WaitsForTheLockAndThenReplacesTheFileThatIsThere) {
     const TempDir dir;
     dir.write("image", "first");
     dir.write("second", "second");
@@ -146,7 +147,7 @@ TEST(FileReplacement, WaitsForTheLockAndThenTakesTheFileThatStandsThere) {
     EXPECT_EQ(fs::status(dir.path("image")).permissions(), fs::perms(0600));
 }
 
-TEST(FileReplacement, FollowsALinkThatIsTurnedWhileItWaits) {
+TEST(FileReplacement, FollowsALinkThatChangesWhileItWaits) {
     const TempDir dir;
     dir.write("first", "first");
     dir.write("second", "second");

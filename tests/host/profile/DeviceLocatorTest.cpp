@@ -34,7 +34,7 @@ TEST(DeviceLocator, FindsMonitorsAndLedsByNameAndLeavesPathsAlone) {
     EXPECT_EQ(locator.locate("/dev/fan:hwmon:x"), "/dev/fan:hwmon:x");
 }
 
-TEST(DeviceLocator, ListsWhatIsThereWhereNoneOrTwoMatch) {
+TEST(DeviceLocator, ListsWhatIsThereIfNoneOrTwoMatch) {
     const TempDir sysfs;
     EXPECT_EQ(complaintOf(sysfs, "led:status"),
               "led:status: there is no LED 'status' (there are: none)");

@@ -161,12 +161,12 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
         EXPECT_EQ(complaintOf(dir, each.text), each.complaint) << each.text;
 }
 
-TEST(Profile, RefusesWhatIsNoToml) {
+TEST(Profile, RefusesWhatIsNotToml) {
     const TempDir dir;
     for (const std::string line : {"border_controller = maybe", "border_controller = f", "[!]",
                                    "[.fan]", "[", "[[\v]]", "x = {.a = 1}",
-                                   // letters in one block with a foreign blank: the sanitizer stops
-                                   // at what the parser assumes
+                                   // letters that share a block with a non-ASCII blank: the
+                                   // sanitizer checks what the parser assumes of them
                                    "\u00e9 = 1", "x = [1\u0499", "[\u3042]", "x = 1 \ufdf2"})
         EXPECT_EQ(complaintOf(dir, "[voip]\n" + line + "\n").rfind("board.toml:2: not TOML: ", 0),
                   0U)
@@ -186,7 +186,7 @@ TEST(Profile, RefusesNestingThatWouldExhaustTheStack) {
         0U);
 }
 
-TEST(Profile, RefusesWhatIsNoFileOfReasonableSize) {
+TEST(Profile, RefusesWhatIsNotAFileOfReasonableSize) {
     const TempDir dir;
     dir.makePipe("pipe");
     for (const std::string name : {"missing", ".", "pipe"})
