@@ -13,10 +13,4 @@ inline Outcome boardctl(std::vector<std::string> words) {
     return Program(words).finish();
 }
 
-/// A profile with one fan.
-inline std::string fanProfile(const std::string& device) {
-    return "[[fan]]\nname = \"fan\"\ndevice = \"" + device +
-           "\"\ndescription = \"Main fan\"\nmaximum = 255\n";
-}
-
 } // namespace support

@@ -1,256 +1,121 @@
-#include <cstdlib>
 #include <filesystem>
 
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
+#include <cstdlib>
+#include <fcntl.h>
 #include <unistd.h>
 
-#include <fcntl.h>
+#include "support/Transcript.h"
 
-#include "support/Program.h"
-#include "support/TempDir.h"
-
-using nlohmann::json;
-using support::Outcome;
+using support::expectTranscript;
 using support::TempDir;
 
-namespace {
-
-// A product, two MAC addresses, a text with a byte that a terminal would obey, the terminator.
-const std::string IMAGE("\x00\x2D\x00\x08\x12\x34\xAB\xCD"
-                        "\x00\x01\x00\x0C\x02\x00\x00\x00\x00\x07\x00\x00"
-                        "\x00\x01\x00\x0C\x02\x00\x00\x00\x00\x08\x00\x01"
-                        "\x00\x05\x00\x08one\x1B"
-                        "\x00\x00\x00\x04",
-                        44);
-
-/// An image file, and a board whose device is an ordinary file. Backups go to the test's folder.
-class BdEdit : public testing::Test {
-protected:
-    BdEdit() {
-        ::setenv("XDG_STATE_HOME", m_dir.path("state").c_str(), 1);
-        m_dir.write("image", IMAGE);
-        m_dir.write("eeprom", IMAGE + std::string(512 - IMAGE.size(), '\xFF'));
-        m_dir.write("board.toml", "[descriptor]\ndevice = \"eeprom\"\n");
-    }
-
-    /// Adds the image's path after "-i" and the profile's path after "--board".
-    Outcome bd(std::vector<std::string> words) const {
-        words.insert(words.begin(), {BOARDCTL, "bd"});
-        for (std::size_t i = 0; i < words.size(); ++i)
-            if (words[i] == "-i" || words[i] == "--board") {
-                const std::string file = m_dir.path(words[i] == "-i" ? "image" : "board.toml");
-                words.insert(words.begin() + static_cast<std::ptrdiff_t>(++i), file);
-            }
-        return support::Program(words).finish();
-    }
-
-    std::string macs() const { return bd({"mac", "list", "-i"}).out; }
-
-    std::ptrdiff_t backups() const {
-        const std::string folder = m_dir.path("state/boardctl");
-        return std::filesystem::exists(folder)
-                   ? std::distance(std::filesystem::directory_iterator(folder), {})
-                   : 0;
-    }
-
-    const TempDir m_dir;
-};
-
-} // namespace
-
-TEST_F(BdEdit, BuildsABoardEditsEveryTypeAndDumpsTheResult) {
-    m_dir.write("tags.json",
-                R"([{"id":45,"data":"00000000"}, {"id":9,"data":"00"}, {"id":10,"data":""},
-        {"id":11,"data":""}, {"id":12,"data":""}, {"id":10,"data":""}, {"id":1,"data":"0200000000070000"},
-        {"id":65534,"data":"80ff"}, {"id":0,"data":""}])");
-    ASSERT_EQ(bd({"build", m_dir.path("tags.json"), "-o", m_dir.path("eeprom")}).status, 0);
-    const Outcome set =
-        bd({"set", "--board", "-y", "ProductID=hex:1234ABCD", "0x9=u8:255", "10.1=u16:0x1234",
-            "11=u32:4294967295", "12=uint:7", "10.0=text:a=b:c"});
-    EXPECT_EQ(set.status, 0) << set.err;
-    EXPECT_EQ(bd({"mac", "set", "0", "02:00:00:00:00:0a", "515", "--board", "-y"}).status, 0);
-    EXPECT_EQ(backups(), 2); // two commands, two writes
-    const json dump = json::parse(bd({"dump", "--board"}).out);
-    std::vector<std::string> data;
-    for (const json& tag : dump)
-        data.push_back(tag["data"]);
-    EXPECT_EQ(data, (std::vector<std::string>{"1234abcd", "ff00", "613d623a6300", "ffffffff",
-                                              "00000007", "1234", "02000000000a0203", "80ff", ""}));
+TEST(BdEdit, WritesEachTypeToABoardAndKeepsTheOldImages) {
+    expectTranscript(TempDir(), R"sh(
+$ boardctl sim create sim >messages; ln -s sim/* .
+$ boardctl --board board.toml bd add -y 10=u8:255 11=u16:0x1234 12=u32:4294967295 13=uint:7 14=text:a=b:c 15=text: | sed 's,/.*/state/,state/,; s/-2.*/-DATE/'
++ 7 Tag10 (10): ff00
++ 8 Tag11 (11): 1234
++ 9 Tag12 (12): ffffffff
++ 10 Tag13 (13): 00000007
++ 11 Tag14 (14): 613d623a6300  "a=b:c"
++ 12 Tag15 (15): empty
+eeprom.bin: written; the old image is in state/boardctl/eeprom.bin-DATE
+$ boardctl --board board.toml bd insert 0 -y --backup first 0xFFFE=hex:80ff Tag9=u8:0
++ 0 Tag65534 (65534): 80ff
++ 1 Tag9 (9): 0000  <- 2 bytes (expected 4)
+eeprom.bin: written; the old image is in first
+$ boardctl --board board.toml bd mac set 0 02:00:00:00:00:0a 515 -y --backup second | head -n 2
+- 3 MacAddress (1): 0200000000070000
++ 3 MacAddress (1): 02000000000a0203
+$ boardctl --board board.toml bd mac add 02:00:00:00:00:0B -y --backup third | head -n 1
++ 5 MacAddress (1): 02000000000b0000
+$ json --board board.toml bd remove MacAddress.1 -y --backup fourth
+{ "image": "eeprom.bin", "device": true, "changes": [ { "position": 4, "id": 1, "name": "MacAddress", "old": "0200000000080001", "new": null } ], "written": true, "backup": "fourth" }
+$ boardctl --board board.toml bd remove 2 -y --backup first
+! boardctl: first: exists already, and may be the last good image (expected a new file for the backup)
+[1]
+$ boardctl --board board.toml bd mac list; boardctl bd mac list -i third; ls state/boardctl | wc -l
+0 02:00:00:00:00:0A 515
+1 02:00:00:00:00:0B 0
+0 02:00:00:00:00:0A 515
+1 02:00:00:00:00:08 1
+1
+)sh");
 }
 
-TEST_F(BdEdit, RejectsWordsThatMakeNoSenseWithStatus2AndWritesNothing) {
-    const struct {
-        std::vector<std::string> words;
-        std::string message;
-    } CASES[] = {
-        {{"set", "45", "-i"}, "'45' is not an assignment (expected ID=TYPE:VALUE"},
-        {{"set", "45=1234", "-i"}, "is not an assignment"},
-        {{"set", "45=i8:1", "-i"},
-         "type 'i8' is unknown (expected u8, u16, u32, uint, text or hex)"},
-        {{"set", "45=u8:256", "-i"}, "'256' is not a number from 0 to 255"},
-        {{"set", "45=u16:-1", "-i"}, "'-1' is not a number from 0 to 65535"},
-        {{"set", "45=u32:4294967296", "-i"}, "is not a number from 0 to 4294967295"},
-        {{"set", "45=uint:", "-i"}, "'' is not a number"},
-        {{"set", "45=u8:0x", "-i"}, "'0x' is not a number"},
-        {{"set", "45=hex:123", "-i"}, "not hexadecimal at character 3"},
-        {{"set", "45=hex:1g", "-i"}, "not hexadecimal at character 1"},
-        {{"set", "45=text:" + std::string(65531, 'x'), "-i"},
-         "65531 bytes are too long for a chunk"},
-        {{"set", "45=u8:1", "45.0=u8:2", "-i"}, "assigned twice"},
-        {{"set", "45.x=u8:1", "-i"}, "occurrence 'x'"},
-        {{"add", "0=text:", "-i"}, "'0' is not a tag"},
-        {{"add", "65535=text:", "-i"}, "'65535' is not a tag"},
-        {{"add", "9.0=u8:1", "-i"}, "not an occurrence"},
-        {{"insert", "x", "9=u8:1", "-i"}, "position 'x'"},
-        {{"remove", "Nothing", "-i"}, "'Nothing' is not a tag"},
-        {{"get", "45", "--type", "mac", "-i"}, "type 'mac' is unknown"},
-        {{"mac", "add", "02:00:00:00:00", "-i"}, "is not a MAC address"},
-        {{"mac", "add", "02:00:00:00:00:7", "-i"}, "is not a MAC address"},
-        {{"mac", "add", "02-00-00-00-00-07", "-i"}, "is not a MAC address"},
-        {{"mac", "add", "02:00:00:00:00:07:08", "-i"}, "is not a MAC address"},
-        {{"mac", "add", "02:00:00:00:00:0g", "-i"}, "is not a MAC address"},
-        {{"mac", "add", "01:00:5e:00:00:01", "-i"}, "multicast"},
-        {{"mac", "add", "ff:ff:ff:ff:ff:ff", "-i"}, "broadcast"},
-        {{"mac", "add", "00:00:00:00:00:00", "-i"}, "all zero"},
-        {{"mac", "set", "0", "02:00:00:00:00:07", "65536", "-i"}, "interface number '65536'"},
-    };
-    for (const auto& each : CASES) {
-        const Outcome outcome = bd(each.words);
-        EXPECT_EQ(outcome.status, 2) << each.message;
-        EXPECT_NE(outcome.err.find(each.message), std::string::npos) << each.message << "\n"
-                                                                     << outcome.err;
-        EXPECT_EQ(outcome.out, "");
-    }
-    EXPECT_EQ(m_dir.read("image"), IMAGE);
-    EXPECT_EQ(backups(), 0);
+TEST(BdEdit, WritesAChangeOnlyIfItIsOneAndCanBeKept) {
+    expectTranscript(TempDir(), R"sh(
+$ printf '[{"id":45,"data":"1234abcd"},{"id":5,"data":"6f6e651b"},{"id":0,"data":""}]' >tags
+$ boardctl bd build tags -o image; cp image before
+$ boardctl bd set ProductID=hex:12 -i image --dry-run | sed -n 2p
++ 0 ProductID (45): 1200  <- 2 bytes (expected 4)
+$ json bd set 5=text:two -i image --dry-run
+{ "image": "image", "device": false, "changes": [ { "position": 1, "id": 5, "name": "Tag5", "old": "6f6e651b", "new": "74776f00" } ], "written": false, "backup": null }
+$ boardctl bd set 5=hex:6f6e651b -i image
+image: holds this already; nothing was written
+$ boardctl bd set 45=u8:1 6=u8:1 -i image
+! boardctl: ERR TAG '6:=Tag6' NOT FOUND
+[1]
+$ boardctl bd remove 45.1 -i image
+! boardctl: ERR TAG '45:=ProductID' NOT FOUND
+[1]
+$ boardctl bd mac set 0 02:00:00:00:00:07 -i image
+! boardctl: ERR TAG '1:=MacAddress' NOT FOUND
+[1]
+$ cmp image before && ls -d state
+! ls: cannot access 'state': No such file or directory
+[2]
+$ printf '\000\055\000\010\022\064\253\315\000\007\000\002' >corrupt; boardctl bd remove 45 -i corrupt 2>messages
+[1]
+$ boardctl bd add 5=u8:1 -i corrupt --force --backup old
++ 1 Tag5 (5): 0100
++ 2 Tag0 (0): the terminator
+corrupt: written; the old image is in old
+! boardctl: CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length (chunkLen=2 is too small) at pos=10; only the tags before the fault are kept
+$ boardctl bd add 5=u8:1 | sed 's,/tmp/board-[^/]*,DIR,'
++ 7 Tag5 (5): 0100
+DIR/eeprom.bin: written
+! boardctl: no --board and no image: this edits a simulated board, which is removed after the command
+$ env -u XDG_STATE_HOME HOME="$PWD" "$0" bd add 6=u8:1 -i image >gone; ls .local/state/boardctl | cut -c 1-9
+image-202
+$ env -u XDG_STATE_HOME HOME=here "$0" bd add 6=u8:1 -i image
+! boardctl: no folder for a backup (expected XDG_STATE_HOME or HOME to name a folder, or --backup FILE)
+[1]
+$ boardctl bd add 6=u8:1 -i image --backup new >/dev/full; boardctl bd get 6.1 -i image
+0100
+! boardctl: can't write to standard output: No space left on device
+! boardctl: image: was written nevertheless; the old image is in new
+)sh");
 }
 
-TEST_F(BdEdit, FailsWithAMessageAndWritesNothing) {
-    const struct {
-        std::vector<std::string> words;
-        std::string message;
-    } CASES[] = {
-        {{"set", "45=u8:1", "6=u8:1", "-i"}, "ERR TAG '6:=Tag6' NOT FOUND"},
-        {{"remove", "MacAddress.2", "-i"}, "ERR TAG '1:=MacAddress' NOT FOUND"},
-        {{"mac", "set", "2", "02:00:00:00:00:07", "-i"}, "ERR TAG '1:=MacAddress' NOT FOUND"},
-        {{"get", "45", "--type", "u16", "-i"}, "ERR WRONG TAG SIZE"},
-        {{"add", "9=hex:" + std::string(920, '0'), "--board", "-y"}, ""},
-        {{"add", "9=hex:" + std::string(928, '0'), "--board", "-y"},
-         "the image would have 512 bytes (expected fewer than the device's 512)"},
-    };
-    for (const auto& each : CASES) {
-        const Outcome outcome = bd(each.words);
-        const bool fits = each.message.empty();
-        EXPECT_EQ(outcome.status, fits ? 0 : 1) << each.message;
-        if (fits)
-            m_dir.write("eeprom", IMAGE);
-        else
-            EXPECT_NE(outcome.err.find(each.message), std::string::npos) << outcome.err;
-    }
-    EXPECT_EQ(m_dir.read("image"), IMAGE);
-    EXPECT_EQ(m_dir.read("eeprom"), IMAGE);
-}
-
-TEST_F(BdEdit, ShowsTheChangeOnADryRunAndNamesTheBackup) {
-    const Outcome dry = bd({"set", "5=text:two", "-i", "--dry-run"});
-    EXPECT_EQ(dry.out, "- 3 Tag5 (5): 6f6e651b\n+ 3 Tag5 (5): 74776f00  \"two\"\n" +
-                           m_dir.path("image") + ": dry run; nothing was written\n");
-    const Outcome odd = bd({"set", "ProductID=hex:12", "-i", "--dry-run"});
-    EXPECT_NE(odd.out.find("ProductID (45): 1200  <- 2 bytes (expected 4)\n"), std::string::npos)
-        << odd.out;
-    EXPECT_EQ(m_dir.read("image"), IMAGE);
-
-    const json done = json::parse(bd({"set", "5=text:two", "-i", "--format", "json"}).out);
-    EXPECT_EQ(done["changes"], json({{{"position", 3},
-                                      {"id", 5},
-                                      {"name", "Tag5"},
-                                      {"old", "6f6e651b"},
-                                      {"new", "74776f00"}}}));
-    EXPECT_EQ(done["written"], true);
-    std::filesystem::copy_file(done["backup"].get<std::string>(), m_dir.path("copy"));
-    EXPECT_EQ(m_dir.read("copy"), IMAGE);
-
-    const Outcome again = bd({"set", "5=text:two", "-i"});
-    EXPECT_NE(again.out.find("nothing was written"), std::string::npos) << again.out;
-    EXPECT_EQ(backups(), 1);
-}
-
-TEST_F(BdEdit, AsksBeforeADeviceIsChanged) {
-    const Outcome unasked = bd({"remove", "5", "--board"});
-    EXPECT_EQ(unasked.status, 1);
-    EXPECT_NE(unasked.err.find("not a terminal to ask on (expected -y)"), std::string::npos)
-        << unasked.err;
-
+TEST(BdEdit, AsksBeforeADeviceIsChanged) {
+    const TempDir dir;
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    ASSERT_GE(terminal, 0);
     ASSERT_EQ(::grantpt(terminal) | ::unlockpt(terminal), 0);
     const std::string name = ::ptsname(terminal);
     const int held = ::open(name.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    ASSERT_GE(held, 0);
-    const std::string before = m_dir.read("eeprom");
-    for (const std::string answer : {"\n", "no\n", "y\n"}) {
-        ASSERT_EQ(::write(terminal, answer.data(), answer.size()),
-                  static_cast<ssize_t>(answer.size()));
-        const Outcome asked =
-            support::Program({"/bin/sh", "-c",
-                              "exec \"$0\" bd remove 5 --board \"$1\" --format json <\"$2\"",
-                              BOARDCTL, m_dir.path("board.toml"), name})
-                .finish();
-        const bool isYes = answer == "y\n";
-        EXPECT_EQ(asked.status, isYes ? 0 : 1) << answer << asked.err;
-        EXPECT_NE(asked.err.find("- 3 Tag5 (5): 6f6e651b\nWrite this to "), std::string::npos)
-            << asked.err;
-        EXPECT_TRUE(json::accept(asked.out)) << asked.out;
-        EXPECT_EQ(m_dir.read("eeprom") != before, isYes) << answer;
-        EXPECT_EQ(m_dir.read("eeprom").size(), 512U);
-    }
+    ASSERT_EQ(::write(terminal, "\nno\ny\nyes\n", 10), 10);
+    std::filesystem::create_symlink(name, dir.path("terminal"));
+    expectTranscript(dir, R"sh(
+$ boardctl sim create sim >messages; boardctl --board sim/board.toml bd remove 5
+- 4 Tag5 (5): 53494d2d303030303031  "SIM-000001"
+! boardctl: sim/eeprom.bin: is a board's device, and standard input is not a terminal to ask on (expected -y); nothing was written
+[1]
+$ boardctl --board sim/board.toml bd remove 5 <terminal
+- 4 Tag5 (5): 53494d2d303030303031  "SIM-000001"
+! Write this to sim/eeprom.bin? [y/N] boardctl: sim/eeprom.bin: nothing was written
+[1]
+$ json --board sim/board.toml bd remove 5 <terminal
+{"error":"sim/eeprom.bin: nothing was written"}
+! - 4 Tag5 (5): 53494d2d303030303031  "SIM-000001"
+! Write this to sim/eeprom.bin? [y/N] boardctl: sim/eeprom.bin: nothing was written
+[1]
+$ boardctl --board sim/board.toml bd remove 5 --backup 1 <terminal 2>messages
+- 4 Tag5 (5): 53494d2d303030303031  "SIM-000001"
+sim/eeprom.bin: written; the old image is in 1
+$ json --board sim/board.toml bd remove 2 --backup 2 <terminal 2>messages
+{ "image": "sim/eeprom.bin", "device": true, "changes": [ { "position": 3, "id": 2, "name": "Tag2", "old": "c000020a", "new": null } ], "written": true, "backup": "2" }
+)sh");
     ::close(held);
     ::close(terminal);
-}
-
-TEST_F(BdEdit, KeepsEveryMacAddressAndReadsTheNumberBackAsTyped) {
-    EXPECT_EQ(bd({"mac", "add", "02:00:00:00:00:09", "65535", "-i"}).status, 0);
-    EXPECT_EQ(bd({"mac", "set", "0", "02:00:00:00:00:0A", "3", "-i"}).status, 0);
-    EXPECT_EQ(macs(), "0 02:00:00:00:00:0A 3\n1 02:00:00:00:00:08 1\n2 02:00:00:00:00:09 65535\n");
-    EXPECT_EQ(bd({"mac", "get", "2", "-i"}).out, "02:00:00:00:00:09 65535\n");
-
-    EXPECT_EQ(bd({"set", "1.1=u8:0", "-i"}).status, 0);
-    const Outcome list = bd({"mac", "list", "-i", "--format", "json"});
-    EXPECT_EQ(list.status, 1);
-    EXPECT_EQ(json::parse(list.out)[1], json({{"index", 1},
-                                              {"mac", nullptr},
-                                              {"interface", nullptr},
-                                              {"error", "MAC address 1 is not 8 bytes long"}}));
-}
-
-TEST_F(BdEdit, ReadsATagAsTheTypeAskedForWithoutControlBytes) {
-    EXPECT_EQ(bd({"get", "ProductID", "-i"}).out, "1234abcd\n");
-    EXPECT_EQ(bd({"get", "45", "--type", "u32", "-i"}).out, "305441741\n");
-    EXPECT_EQ(bd({"get", "1.1", "-i"}).out, "0200000000080001\n");
-    EXPECT_EQ(bd({"get", "5", "--type", "text", "-i"}).out, "one\\x1b\n");
-    const Outcome missing = bd({"get", "6", "-i", "--format", "json"});
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_TRUE(json::parse(missing.out)["value"].is_null());
-    EXPECT_EQ(json::parse(missing.out)["error"], "ERR TAG '6:=Tag6' NOT FOUND");
-}
-
-TEST_F(BdEdit, ChecksImagesAndFailsOnlyOnACorruptOne) {
-    const Outcome sound = bd({"check", "--board"});
-    EXPECT_EQ(sound.status, 0);
-    EXPECT_EQ(sound.out, "4 tags in 44 of 512 bytes\n");
-
-    m_dir.write("image", IMAGE + "left over");
-    const Outcome warned = bd({"check", m_dir.path("image"), "--format", "json"});
-    EXPECT_EQ(warned.status, 0);
-    EXPECT_EQ(json::parse(warned.out)["findings"][0]["offset"], 44);
-
-    m_dir.write("image", IMAGE.substr(0, 30));
-    const Outcome corrupt = bd({"check", m_dir.path("image")});
-    EXPECT_EQ(corrupt.status, 1);
-    EXPECT_EQ(corrupt.out.find("at 20: corrupt: CORRUPTED BOARD DESCRIPTOR: id=1 "), 0U)
-        << corrupt.out;
-    EXPECT_EQ(bd({"remove", "1", "-i"}).status, 1);
-    EXPECT_EQ(bd({"remove", "1", "-i", "--force"}).status, 0);
-    EXPECT_EQ(bd({"check", m_dir.path("image")}).out, "1 tag in 12 of 30 bytes\n");
 }

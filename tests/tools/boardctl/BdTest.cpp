@@ -1,106 +1,93 @@
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
+#include "support/Transcript.h"
 
-#include "support/Boardctl.h"
-#include "support/TempDir.h"
-
-using nlohmann::json;
-using support::boardctl;
-using support::Outcome;
+using support::expectTranscript;
 using support::TempDir;
 
-namespace {
-
-// An image as the descriptor's writer makes it: an odd tag padded, two tags of one kind, the
-// terminator.
-const std::string IMAGE("\x00\x2D\x00\x08\x12\x34\xAB\xCD"
-                        "\x00\x05\x00\x08one\x00"
-                        "\x00\x05\x00\x04"
-                        "\xFF\xFE\x00\x06\x80\xFF"
-                        "\x00\x00\x00\x04",
-                        30);
-
-} // namespace
-
-TEST(Bd, BuildsFromADumpTheSameBytes) {
-    const TempDir dir;
-    dir.write("image", IMAGE);
-    const Outcome dump = boardctl({"bd", "dump", dir.path("image")});
-    ASSERT_EQ(dump.status, 0) << dump.err;
-    EXPECT_EQ(json::parse(dump.out)[0],
-              json({{"id", 45}, {"name", "ProductID"}, {"length", 4}, {"data", "1234abcd"}}));
-    dir.write("tags.json", dump.out);
-    const Outcome build = boardctl({"bd", "build", dir.path("tags.json"), "-o", dir.path("copy")});
-    EXPECT_EQ(build.status, 0) << build.err;
-    EXPECT_EQ(dir.read("copy"), IMAGE);
+TEST(Bd, BuildsAnImageAndReadsItInEachForm) {
+    expectTranscript(TempDir(), R"sh(
+$ printf '[{"id":45,"data":"1234ABcd"},{"id":5,"data":"6f6e651b"},{"id":1,"data":"0200000000070000"},' >tags
+$ printf '{"id":5,"data":"ff"},{"id":1,"data":"02"},{"id":65534,"data":""},{"id":0,"data":""}]' >>tags
+$ json bd build tags -o image
+{ "image": "image", "tags": 7, "size": 48 }
+$ boardctl bd dump image | tee dump
+[
+{"id":45,"name":"ProductID","length":4,"data":"1234abcd"},
+{"id":5,"name":"Tag5","length":4,"data":"6f6e651b"},
+{"id":1,"name":"MacAddress","length":8,"data":"0200000000070000"},
+{"id":5,"name":"Tag5","length":2,"data":"ff00"},
+{"id":1,"name":"MacAddress","length":2,"data":"0200"},
+{"id":65534,"name":"Tag65534","length":0,"data":""},
+{"id":0,"name":"Tag0","length":0,"data":""}
+]
+$ boardctl bd build dump -o image && boardctl bd dump image | cmp - dump
+$ printf '[7]' >tags; boardctl bd build tags -o image; boardctl bd dump image | cmp - dump
+! boardctl: tags: entry 0: is 7 (expected an object with "id" and "data")
+$ boardctl bd show image
+Board Descriptor
+    Platform ID   12 34
+    Product  ID   ab cd
+    Tag5          one\x1b
+    MacAddress    02:00:00:00:00:07 iface=0
+    Tag5          \xff
+    MacAddress     iface=0
+    Tag65534
+    Tag0
+$ boardctl bd get ProductID --type u32 -i image; boardctl bd get 0x5 --type text -i image
+305441741
+one\x1b
+$ boardctl bd get Tag5.1 -i image; boardctl bd get 5.1 --type uint -i image
+ff00
+65280
+$ json bd get 5.1 --type u16 -i image
+{ "id": 5, "name": "Tag5", "index": 1, "type": "u16", "value": 65280, "length": 2, "data": "ff00" }
+$ json bd get 45 --type u8 -i image
+{ "id": 45, "name": "ProductID", "index": 0, "type": "u8", "value": null, "length": 4, "data": "1234abcd", "error": "ERR WRONG TAG SIZE" }
+! boardctl: ERR WRONG TAG SIZE
+[1]
+$ boardctl bd mac list -i image
+0 02:00:00:00:00:07 0
+! boardctl: MAC address 1 is not 8 bytes long
+[1]
+$ json bd mac list -i image 2>messages
+[ { "index": 0, "mac": "02:00:00:00:00:07", "interface": 0 }, { "index": 1, "mac": null, "interface": null, "error": "MAC address 1 is not 8 bytes long" } ]
+[1]
+$ boardctl bd mac get 0 -i image; json bd mac get 2 -i image
+02:00:00:00:00:07 0
+{ "index": 2, "mac": null, "interface": null, "error": "ERR TAG '1:=MacAddress' NOT FOUND" }
+! boardctl: ERR TAG '1:=MacAddress' NOT FOUND
+[1]
+)sh");
 }
 
-TEST(Bd, DumpsOfACorruptImageTheGoodTagsAndSaysWhatIsWrong) {
-    const TempDir dir;
-    dir.write("image", IMAGE.substr(0, 8) + std::string("\x00\x07\x00\x02", 4));
-    for (const std::string command : {"dump", "show", "raw"}) {
-        const Outcome outcome = boardctl({"bd", command, dir.path("image"), "--format", "json"});
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_NE(outcome.out.find(command == "show"  ? "12 34"
-                                   : command == "raw" ? "12 34 ab cd"
-                                                      : "1234abcd"),
-                  std::string::npos);
-        EXPECT_TRUE(json::accept(outcome.out)) << outcome.out;
-        EXPECT_EQ(outcome.err,
-                  "boardctl: CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length "
-                  "(chunkLen=2 is too small) at pos=10\n");
-    }
-}
-
-TEST(Bd, LeavesTheTargetAloneWhereTheTagsAreWrong) {
-    const std::string tooLong(2 * 65532, '0');
-    const struct {
-        std::string tags;
-        std::string message;
-    } CASES[] = {
-        {"[{]", "line 1"},
-        {"{}", "is not an array"},
-        {"[7]", "entry 0: is 7"},
-        {R"([{"id":1,"data":""},{"data":""}])", "entry 1: has no \"id\""},
-        {R"([{"id":1}])", "entry 0: has no \"data\""},
-        {R"([{"id":65535,"data":""}])", "id 65535 is out of range (expected 1 to 65534, or 0"},
-        {R"([{"id":-1,"data":""}])", "id -1 is out of range"},
-        {R"([{"id":1.5,"data":""}])", "\"id\" is 1.5"},
-        {R"([{"id":5,"data":"123"}])", "3 digits, an odd number"},
-        {R"([{"id":5,"data":"12 4"}])", "not hexadecimal at character 2"},
-        {R"([{"id":5,"data":"1234","length":3}])", "\"length\" is 3 but \"data\" has 2 bytes"},
-        {R"([{"id":5,"dta":"12"}])", "unknown key \"dta\""},
-        {R"([{"id":5,"data":"","data":"12"}])", "the key \"data\" occurs twice"},
-        {"[1e400]", "number overflow"},
-        {R"([{"id":5,"data":""}])" + std::string("\0 ]", 3), "holds a zero byte at 20"},
-        {R"([{"id":0,"data":"12"}])", "id 0 is the terminator"},
-        {R"([{"id":5,"data":")" + tooLong + "\"}]",
-         "65532 bytes, too long for a chunk (expected at most 65530)"},
-        {R"([{"id":5,"data":")" + tooLong.substr(2) + "\"}]",
-         "too long for a chunk (expected at most 65530)"},
-    };
-    const TempDir dir;
-    for (const auto& each : CASES) {
-        dir.write("tags.json", each.tags);
-        dir.write("image", "as it was");
-        const Outcome outcome =
-            boardctl({"bd", "build", dir.path("tags.json"), "-o", dir.path("image")});
-        EXPECT_EQ(outcome.status, 1) << each.message;
-        EXPECT_NE(outcome.err.find(each.message), std::string::npos) << each.message << "\n"
-                                                                     << outcome.err;
-        EXPECT_EQ(dir.read("image"), "as it was") << each.message;
-    }
-}
-
-TEST(Bd, TakesImagesUpTo64KiB) {
-    const TempDir dir;
-    // A chunk that fills all but the terminator's four bytes, and then one byte too many.
-    std::string image =
-        std::string("\x00\x05\xFF\xFC", 4) + std::string(65528, 'x') + std::string("\0\0\0\4", 4);
-    dir.write("image", image);
-    const Outcome dump = boardctl({"bd", "dump", dir.path("image")});
-    EXPECT_EQ(dump.status, 0) << dump.err;
-    EXPECT_EQ(json::parse(dump.out)[0]["length"], 65528);
-    dir.write("image", image + "x");
-    EXPECT_EQ(boardctl({"bd", "dump", dir.path("image")}).status, 1);
+TEST(Bd, ReadsTheGoodTagsOfACorruptImageAndTheBoardsOwn) {
+    expectTranscript(TempDir(), R"sh(
+$ printf '\000\055\000\010\022\064\253\315\000\007\000\002' >image
+$ boardctl bd dump image
+[
+{"id":45,"name":"ProductID","length":4,"data":"1234abcd"}
+]
+! boardctl: CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length (chunkLen=2 is too small) at pos=10
+[1]
+$ boardctl bd raw image 2>messages; boardctl bd show image 2>messages | tail -n 1
+Board Descriptor
+    0 - Tag: 45 (ProductID)  len: 04  data: 12 34 ab cd
+    Product  ID   ab cd
+$ json bd check image 2>messages
+{ "corrupt": true, "size": 12, "used": 8, "tags": 1, "findings": [ { "offset": 8, "weight": "corrupt", "text": "CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length (chunkLen=2 is too small) at pos=10" } ] }
+[1]
+$ { printf '\000\005\377\374'; head -c 65528 /dev/zero; printf '\000\000\000\004'; } >large
+$ boardctl bd check large && printf x >>large; boardctl bd check large
+1 tag in 65536 of 65536 bytes
+! boardctl: large: is larger than 65536 bytes, which is the most expected
+[1]
+$ boardctl sim create sim >gone; printf 'more' | dd of=sim/eeprom.bin bs=1 seek=82 conv=notrunc status=none
+$ boardctl --board sim/board.toml bd check
+at 82: note: bytes behind the terminator that are neither 0x00 nor 0xFF
+7 tags in 74 of 512 bytes
+$ boardctl bd check sim/eeprom.bin | head -n 1 | cut -c 1-30
+at 82: warning: bytes behind t
+$ printf "[descriptor]\ndevice='.'\n" >folder.toml; boardctl --board folder.toml bd show
+! boardctl: folder.toml:2: descriptor.device: .: is not a device file (expected a file or a block device)
+[1]
+)sh");
 }
