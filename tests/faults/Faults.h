@@ -1,30 +1,42 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <vector>
 
-/// System calls that fail when a test asks for it.
+/// Calls that fail when a test asks for it.
 ///
-/// `Shim.cpp` replaces the C library's calls on files. Linked into a test program it obeys `begin`
-/// and `end`; preloaded into another program it obeys the environment:
+/// `Shim.cpp` defines the C library's calls on files in front of the library's own definitions.
+/// Linked into a test program it obeys the functions below; preloaded into another program it obeys
+/// the environment:
 ///
-///     FAULTS_PLAN=CALL:ERROR[:persists][:NAME]   as below; NAME is a call that always fails
-///     FAULTS_TRACE=FILE                          the trace is written there when the program ends
+///     FAULTS_PLAN=NAME CALL ERROR   the members of a plan, separated by blanks
+///     FAULTS_TRACE=FILE             the trace is written there when the program ends
 ///
-/// Calls on descriptors 0 to 2 are ignored: they are not the program's files.
+/// `Memory.cpp` does the same for operator new. Calls on descriptors 0 to 2 are not counted.
 namespace faults {
 
 struct Plan {
-    unsigned call = 0;     ///< the call that fails, counted from 1 over all calls; 0: none
-    int error = 0;         ///< its errno; 0: it succeeds, but reads or writes only one byte
-    bool persists = false; ///< all later calls of the same name fail too
-    const char* also = ""; ///< the name of a call that always fails, with EIO; empty: none
+    const char* name; ///< of the call that fails, such as "read"
+    unsigned call;    ///< which one of that name, counted from 1; 0: none
+    int error;        ///< its errno; 0: it moves one byte only. If negative, all later calls of the
+                      ///< name fail too, and so does every removal of a file
 };
 
-/// Starts counting calls and follows the plan.
+enum class Verdict { PASS, FAIL, SHORT };
+
+/// Starts to count calls and to make them fail as planned.
 void begin(const Plan& plan);
 
-/// Lets all calls succeed again. Returns the calls since `begin`, each as its name and its file.
-std::vector<std::string> end();
+/// Stops both.
+void end();
+
+/// What was called between the last `begin` and `end`: each call's name and file.
+std::vector<std::string> trace();
+
+/// Counts a call and decides on it; sets errno if it fails.
+Verdict judge(const char* name, const char* file);
+
+extern std::atomic<long> blocksHeld; ///< allocated with operator new and not yet deleted
 
 } // namespace faults
