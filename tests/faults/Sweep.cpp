@@ -42,7 +42,7 @@ void sweep(const Operation& operation, const Expected& expected) {
                 return;
             }
     };
-    operation([](const auto& step) { return str(step().getMessage()); }); // fills caches
+    operation([](const auto& step) { return support::str(step().getMessage()); }); // fills caches
     run("undisturbed", {"", 0, 0});
     const std::vector<std::string> calls = faults::trace();
     const bool hasMemory = faults::blocksHeld > 0; // not under the thread sanitizer
