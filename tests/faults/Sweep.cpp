@@ -10,7 +10,7 @@
 
 #include "faults/Faults.h"
 #include "support/Descriptors.h"
-#include "support/Identifiers.h"
+#include "support/DriverFixtures.h"
 
 namespace faults {
 
