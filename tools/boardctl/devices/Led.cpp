@@ -183,8 +183,9 @@ int led(const Options& options, const LedWords& words) {
         const unsigned count = number(action[1], "COUNT", 1, MOST_BLINKS);
         return blink(options, words, count, number(action[2], "PERIOD_MS", 1, LONGEST_MS));
     }
-    const std::optional<unsigned> state =
-        action.empty() ? std::nullopt : std::optional(stateOf(action));
+    std::optional<unsigned> state;
+    if (!action.empty())
+        state = stateOf(action);
     const Board board(options);
     board.devices(board::DeviceKind::LED,
                   words.name); // throws, with the LEDs to choose from, if there is no such LED
