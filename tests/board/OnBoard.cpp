@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
 
 #include <fcntl.h>
@@ -12,101 +11,95 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "base/File.h"
 #include "profile/DeviceLocator.h"
 
 namespace onboard {
 
 namespace {
 
-/// The console. The program at its other end answers requests.
-class Console {
-public:
-    Console() : m_file(::open("/dev/console", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-        termios settings{};
-        if (::tcgetattr(m_file, &settings) != 0)
-            throw std::runtime_error("no console");
-        settings.c_lflag &=
-            ~static_cast<tcflag_t>(ECHO); // otherwise answers mix with the output of the tests
-        ::tcsetattr(m_file, TCSANOW, &settings);
-    }
-    ~Console() { ::close(m_file); }
-    Console(const Console&) = delete;
-    Console& operator=(const Console&) = delete;
-
-    std::string ask(const std::string& request) const {
-        std::fflush(stdout);
-        const std::string line = "@" + request + "\n";
-        if (::write(m_file, line.data(), line.size()) != static_cast<ssize_t>(line.size()))
-            throw std::runtime_error("can't write to the console");
-        pollfd input{m_file, POLLIN, 0};
-        if (::poll(&input, 1, 30000) != 1)
-            throw std::runtime_error("no answer to: " + request);
-        char answer[4096]; // the longest line that a terminal delivers
-        const ssize_t got = ::read(m_file, answer, sizeof answer);
-        const std::string text(answer, got > 0 ? static_cast<std::size_t>(got) - 1 : 0);
-        if (text.rfind("FAILED", 0) == 0)
-            throw std::runtime_error(request + ": " + text);
-        return text;
-    }
-
-private:
-    const int m_file;
-};
-
+/// Sends a request over the console, where the program at the other end answers.
 std::string ask(const std::string& request) {
-    static const Console console;
-    return console.ask(request);
+    static const board::FileDescriptor console = [] {
+        board::FileDescriptor file = board::openFile("/dev/console", O_RDWR | O_NOCTTY);
+        termios settings{};
+        ::tcgetattr(file.number(), &settings);
+        // Otherwise answers mix with the output of the tests.
+        settings.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        ::tcsetattr(file.number(), TCSANOW, &settings);
+        return file;
+    }();
+    std::fflush(stdout);
+    pollfd input{console.number(), POLLIN, 0};
+    if (!board::tryWriteAll(console, "@" + request + "\n") || ::poll(&input, 1, 30000) != 1)
+        throw std::runtime_error("no answer to: " + request);
+    char answer[4096]; // the longest line that a terminal delivers
+    const ssize_t got = board::tryRead(console, answer, sizeof answer);
+    const std::string text(answer, got > 0 ? static_cast<std::size_t>(got) - 1 : 0);
+    if (text.rfind("FAILED", 0) == 0)
+        throw std::runtime_error(request + ": " + text);
+    return text;
 }
 
-std::string nameOfError(int error) {
-    return ::strerrorname_np(error);
+std::string nameOfError() {
+    return ::strerrorname_np(errno);
 }
 
 } // namespace
 
-void set(const std::string& object, const std::string& property, const std::string& value) {
-    ask("SET " + object + " " + property + " " + value);
+void set(const std::string& property, const std::string& value) {
+    ask("SET " + property + " " + value);
 }
 
-std::string get(const std::string& object, const std::string& property) {
-    return ask("GET " + object + " " + property);
+std::string get(const std::string& property) {
+    return ask("GET " + property);
+}
+
+bool isLit(const std::string& line) {
+    return get("/machine/soc/gpio gpio" + line) == "true";
 }
 
 std::string eepromOutside() {
-    const std::string digits = ask("EEPROM");
-    std::string bytes;
-    for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
-        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
-    return bytes;
+    return ask("EEPROM");
 }
 
 std::string locate(const std::string& device) {
     return board::DeviceLocator().locate(device);
 }
 
-std::string read(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0)
-        return nameOfError(errno);
-    char text[64];
-    const ssize_t got = ::read(file, text, sizeof text);
-    const int error = errno;
-    ::close(file);
+std::string read(const std::string& device) {
+    const board::FileDescriptor file = board::tryOpen(locate(device), O_RDONLY);
+    char text[128];
+    const ssize_t got = file.isOpen() ? board::tryRead(file, text, sizeof text) : -1;
     if (got < 0)
-        return nameOfError(error);
+        return nameOfError();
     const std::string whole(text, static_cast<std::size_t>(got));
     return whole.substr(0, whole.find('\n'));
 }
 
-std::string write(const std::string& path, const std::string& bytes, long at) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
-    if (file < 0)
-        return nameOfError(errno);
-    const ssize_t taken = at == 0 ? ::write(file, bytes.data(), bytes.size())
-                                  : ::pwrite(file, bytes.data(), bytes.size(), at);
-    const int error = errno;
-    ::close(file);
-    return taken < 0 ? nameOfError(error) : std::to_string(taken);
+std::string write(const std::string& device, const std::string& bytes, long at) {
+    const board::FileDescriptor file = board::tryOpen(locate(device), O_WRONLY);
+    if (!file.isOpen() || (at != 0 && ::lseek(file.number(), at, SEEK_SET) != at))
+        return nameOfError();
+    const ssize_t taken = board::tryWrite(file, bytes.data(), bytes.size());
+    return taken < 0 ? nameOfError() : std::to_string(taken);
+}
+
+std::vector<std::string> boardctl(const std::vector<std::string>& words,
+                                  const std::string& profile) {
+    std::vector<std::string> all{"/bin/boardctl", "--board", profile};
+    all.insert(all.end(), words.begin(), words.end());
+    return all;
+}
+
+void expectOutput(const support::Outcome& outcome, const std::string& out) {
+    EXPECT_EQ(outcome.out, out) << outcome.err;
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+}
+
+void expectFault(const support::Outcome& outcome, const std::string& reason) {
+    EXPECT_NE(outcome.err.find(reason), std::string::npos) << outcome.err << "lacks: " << reason;
+    EXPECT_EQ(outcome.status, 1) << outcome.err;
 }
 
 Unbound::Unbound(const std::string& driver, const std::string& device)

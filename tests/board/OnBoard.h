@@ -2,9 +2,12 @@
 
 #include <chrono>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <sched.h>
+
+#include "support/Program.h"
 
 /// Helpers for the tests on the emulated board. The tests write to devices, so their program ends
 /// at once if it does not run on that board.
@@ -13,29 +16,52 @@ namespace onboard {
 /// The shipped profile for a board with kernel drivers.
 constexpr char PROFILE[] = "/etc/board.toml";
 
-/// Objects of the emulator, outside the emulated machine.
-constexpr char SENSOR[] = "/machine/peripheral/sensor";
-constexpr char LED_CHIP[] = "/machine/peripheral/leds";
-constexpr char LINES[] = "/machine/soc/gpio";
-constexpr char STATUS_LINE[] = "gpioB0";
-constexpr char SECOND_LINE[] = "gpioB1";
-constexpr char BUTTON_LINE[] = "gpioC0";
+/// Devices, named as in a profile.
+constexpr char PWM[] = "hwmon:gpio_fan/pwm1";
+constexpr char PWM_ENABLE[] = "hwmon:gpio_fan/pwm1_enable";
+constexpr char TEMPERATURE[] = "hwmon:tmp105/temp1_input";
+constexpr char STATUS_LED[] = "led:status";       // on a line of the processor
+constexpr char ALARM_LED[] = "led:pca955x:alarm"; // on a chip behind the I2C bus
+constexpr char EEPROM[] = "/sys/bus/i2c/devices/1-0050/eeprom";
+constexpr unsigned EEPROM_SIZE = 512;
 
-/// Sets and reads properties of such objects as JSON values. Throw if the emulator refuses.
-void set(const std::string& object, const std::string& property, const std::string& value);
-std::string get(const std::string& object, const std::string& property);
+/// Properties of the emulator's objects, outside the emulated machine.
+constexpr char SENSOR[] = "/machine/peripheral/sensor temperature";
+constexpr char ALARM_LIGHT[] = "/machine/peripheral/leds led0";
+constexpr char BUTTON_LINE[] = "/machine/soc/gpio gpioC0";
 
-/// The bytes of the EEPROM, read from the emulator's file and not through the board.
+/// Set and read such properties as JSON values. Throw if the emulator refuses.
+void set(const std::string& property, const std::string& value);
+std::string get(const std::string& property);
+/// The level of a line of the processor, such as "B0".
+bool isLit(const std::string& line);
+inline bool isStatusLit() {
+    return isLit("B0");
+}
+
+/// The bytes of the EEPROM in hexadecimal, read from the emulator's file and not through the board.
 std::string eepromOutside();
 
-/// The path of a device that is named as in a profile. Throws if there is none.
+/// The path of a device. Throws if there is none.
 std::string locate(const std::string& device);
 
-/// The text of an attribute without its newline, or an error such as "ENODEV" if reading fails.
-std::string read(const std::string& path);
+/// The text of a device without its newline, or an error such as "ENODEV" if reading fails.
+std::string read(const std::string& device);
 /// Writes `bytes` in one call at the offset `at`. Returns the number of bytes written, or an error
 /// such as "EINVAL".
-std::string write(const std::string& path, const std::string& bytes, long at = 0);
+std::string write(const std::string& device, const std::string& bytes, long at = 0);
+
+/// The words that run boardctl on the board of `profile`.
+std::vector<std::string> boardctl(const std::vector<std::string>& words,
+                                  const std::string& profile = PROFILE);
+inline support::Outcome call(const std::vector<std::string>& words,
+                             const std::string& profile = PROFILE) {
+    return support::Program(boardctl(words, profile)).finish();
+}
+/// The program must succeed and have printed `out`.
+void expectOutput(const support::Outcome& outcome, const std::string& out);
+/// It must have exited with status 1, and its message must contain `reason`.
+void expectFault(const support::Outcome& outcome, const std::string& reason);
 
 /// Detaches a device from its driver while it lives. `driver` is the driver's folder below
 /// /sys/bus.

@@ -5,10 +5,7 @@
 set -euo pipefail
 PATH=$PATH:/usr/sbin:/sbin
 
-(($# == 1)) || {
-    echo "usage: tests/board/fetch.sh FOLDER" >&2
-    exit 2
-}
+: "${1:?usage: tests/board/fetch.sh FOLDER}"
 mkdir -p "$1"
 folder=$(cd -- "$1" && pwd)
 [[ ! -e $folder/system ]] || exit 0
@@ -53,22 +50,20 @@ find_source() {
     fail "none of the mirrors in this machine's apt sources can be reached and has Debian's packages for armhf"
 }
 
-# The file of a package in the current folder; the newest if an interrupted run left others.
-deb() { find . -name "$1_*.deb" -printf '%T@ %p\n' | sort -n | tail -n 1 | cut -d ' ' -f 2; }
-
+rm -rf "$folder/packages" # of an interrupted run
 mkdir -p "$apt"/{state,lists,none,cache/archives}/partial "$folder/packages"
 : >"$apt/status"
 find_source
 cd -- "$folder/packages"
 apt_armhf download linux-image-armmp busybox-static || fail "could not download"
 # The first package only depends on the one with the newest kernel.
-image=$(dpkg-deb -f "$(deb linux-image-armmp)" Depends | grep -o 'linux-image-[0-9][^ ,]*-armmp') ||
+image=$(dpkg-deb -f linux-image-armmp_*.deb Depends | grep -o 'linux-image-[0-9][^ ,]*-armmp') ||
     fail "linux-image-armmp names no kernel it depends on"
 apt_armhf download "$image" || fail "could not download $image"
 
 rm -rf "$folder/system.part"
-dpkg-deb -x "$(deb "$image")" "$folder/system.part"
-dpkg-deb -x "$(deb busybox-static)" "$folder/system.part"
+dpkg-deb -x "$image"_*.deb "$folder/system.part"
+dpkg-deb -x busybox-static_*.deb "$folder/system.part"
 depmod -b "$folder/system.part" "${image#linux-image-}"
 # A folder with the name `system` is complete.
 mv "$folder/system.part" "$folder/system"

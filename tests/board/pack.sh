@@ -4,10 +4,7 @@
 set -euo pipefail
 PATH=$PATH:/usr/sbin:/sbin
 
-(($# == 2)) || {
-    echo "usage: tests/board/pack.sh FOLDER BUILD" >&2
-    exit 2
-}
+: "${2:?usage: tests/board/pack.sh FOLDER BUILD}"
 here=$(cd -- "$(dirname -- "$0")" && pwd)
 folder=$(cd -- "$1" && pwd)
 build=$(cd -- "$2" && pwd)

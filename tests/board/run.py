@@ -20,7 +20,6 @@ import signal
 import socket
 import subprocess
 import sys
-import tempfile
 import time
 
 BOOTS = 3
@@ -44,46 +43,36 @@ class Machine:
     def __init__(self, folder, boot, without, words_for_init):
         self._eeprom = folder / "eeprom.bin"
         self._log = open(folder / f"console-{boot}.log", "wb")
-        self._sockets = tempfile.TemporaryDirectory()
-        listener = socket.socket(socket.AF_UNIX)
-        path = self._sockets.name + "/monitor"
-        listener.bind(path)
-        listener.listen()
+        self._errors = folder / f"machine-{boot}.log"
+        monitor, its_end = socket.socketpair()
+        monitor.settimeout(30)
+        self._monitor = monitor.makefile("rw")
         kernel = next((folder / "system/boot").glob("vmlinuz-*"))
         words = ["qemu-system-arm", "-M", "ast2600-evb", "-display", "none", "-monitor", "none", "-nic", "none",
-                 "-no-reboot", "-serial", "stdio", "-qmp", f"unix:{path}", "-kernel", kernel,
-                 "-dtb", folder / "machine.dtb", "-initrd", folder / "initrd.gz",
+                 "-no-reboot", "-serial", "stdio", "-chardev", f"socket,id=monitor,fd={its_end.fileno()}",
+                 "-mon", "chardev=monitor,mode=control", "-kernel", kernel, "-dtb", folder / "machine.dtb",
+                 "-initrd", folder / "initrd.gz",
                  "-append", f"console=ttyS4,115200n8 quiet panic=-1 boot={boot} {words_for_init}"]
         if "eeprom" not in without:
             words += ["-drive", f"if=none,id=eeprom,format=raw,file={self._eeprom}"]
         for name, chip in CHIPS.items():
             if name not in without:
                 words += ["-device", chip]
-        self._process = subprocess.Popen(words, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                         stderr=open(folder / f"machine-{boot}.log", "wb"))
-        listener.settimeout(30)
-        try:
-            self._monitor = listener.accept()[0].makefile("rw")
-            json.loads(self._monitor.readline())
-            self._command("qmp_capabilities")
-        except (TimeoutError, ValueError):  # ValueError: it sends nothing
-            self.close()
-            raise Failure(f"the machine does not start; see {folder}/machine-{boot}.log") from None
-        except BaseException:  # this program was told to end: it must end the machine
-            self.close()
-            raise
+        with its_end, open(self._errors, "wb") as errors:
+            self._process = subprocess.Popen(words, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=errors,
+                                             pass_fds=[its_end.fileno()])
 
     def close(self):
         self._process.kill()
         self._process.wait()
         self._log.close()
-        self._sockets.cleanup()
 
     def lines(self, limit):
         """Yields the console's lines until the machine is off and answers requests. Throws Failure
         at `limit`."""
         end = time.monotonic() + limit
         rest = b""
+        self._command("qmp_capabilities")
         with selectors.DefaultSelector() as ready:
             ready.register(self._process.stdout, selectors.EVENT_READ)
             while True:
@@ -108,7 +97,7 @@ class Machine:
         words = request[2].split(" ", 2)
         try:
             if request[1] == "EEPROM":
-                answer = self._eeprom.read_bytes().hex()
+                answer = self._eeprom.read_bytes().hex(" ").upper()
             elif request[1] == "GET":
                 answer = json.dumps(self._command("qom-get", path=words[0], property=words[1]))
             else:
@@ -120,14 +109,17 @@ class Machine:
         self._process.stdin.flush()
 
     def _command(self, name, **arguments):
-        self._monitor.write(json.dumps({"execute": name, "arguments": arguments}) + "\n")
-        self._monitor.flush()
-        while True:
-            answer = json.loads(self._monitor.readline())
-            if "return" in answer:
-                return answer["return"]
-            if "error" in answer:
-                raise Failure(answer["error"]["desc"])
+        try:
+            self._monitor.write(json.dumps({"execute": name, "arguments": arguments}) + "\n")
+            self._monitor.flush()
+            while True:  # skips greeting and events
+                answer = json.loads(self._monitor.readline())
+                if "return" in answer:
+                    return answer["return"]
+                if "error" in answer:
+                    raise Failure(answer["error"]["desc"])
+        except (OSError, ValueError):  # ValueError: it sends nothing
+            raise Failure(f"the machine does not answer; see {self._errors}") from None
 
 
 class Results:
@@ -137,44 +129,35 @@ class Results:
         self.passed = 0
         self.skipped = 0
         self.failed = []
-        self._running = None  # a program, and the numbers of tests passed and failed before it
-        self._output = []
-        self._has_ended = False
+        self.has_ended = False  # this boot
+        self.output = []  # of the program that runs
 
     def take(self, line):
         word, _, rest = line.partition(" ")
-        test = re.match(r"\[ +(RUN|OK|FAILED|SKIPPED) +\] (\S+?)(,.*)?( \(\d+ ms\))?$", line)
         if word == "@RUN":
-            self._running = (rest, self.passed, len(self.failed))
+            self.output, self.has_ended = [], False
         elif word == "@RAN":
-            program, status = rest.split()
-            _, passed, failed = self._running
-            if len(self.failed) == failed and status != "0":
-                self.failed.append(f"{program} (status {status})")
-            elif len(self.failed) == failed and self.passed == passed:
-                self.failed.append(f"{program} (none of its tests ran)")
-            self._running = None
+            self._judge(*rest.split())
         elif word == "@END":
-            self._has_ended = True
-        elif test and test[1] == "RUN":
-            self._output = []
-        elif test and test[4]:
-            self.passed += test[1] == "OK"
-            self.skipped += test[1] == "SKIPPED"
-            if test[1] == "FAILED":
-                self.failed.append(test[2])
-                print("\n".join(self._output + [line]), file=sys.stderr)
-        self._output = self._output[-200:] + [line]
+            self.has_ended = True
+        self.output.append(line)
 
-    def end_boot(self):
-        """Throws Failure if the boot did not finish."""
-        if not self._has_ended:
-            where = f" in {self._running[0]}" if self._running else ""
-            raise Failure(f"the board went off{where}")
-        self._has_ended = False
-
-    def tail(self):
-        return "\n".join(self._output[-40:])
+    def _judge(self, program, status):
+        """Counts the tests of a program that has ended and prints what those that failed printed."""
+        passed, failed = 0, []
+        for test in re.split(r"^\[ RUN +\] ", "\n".join(self.output), flags=re.M)[1:]:
+            result = re.search(r"^\[ +(OK|FAILED|SKIPPED) +\] .* \(\d+ ms\)$", test, re.M)
+            if result and result[1] == "FAILED":
+                failed.append(test.split("\n")[0])
+                print(test[:result.end()], file=sys.stderr)
+            elif result:
+                passed += result[1] == "OK"
+                self.skipped += result[1] == "SKIPPED"
+        if not failed and (status != "0" or not passed):
+            failed = [f"{program} (status {status}, {passed} tests passed)"]
+            print(*self.output[-40:], file=sys.stderr, sep="\n")
+        self.passed += passed
+        self.failed += failed
 
 
 def make_machine(folder, without):
@@ -198,19 +181,18 @@ def main():
     results = Results()
     start = time.monotonic()
     for boot in range(1, BOOTS + 1):
-        machine = None
+        machine = Machine(options.folder, boot, options.without, "devices-only" if options.devices_only else "")
         try:
-            machine = Machine(options.folder, boot, options.without, "devices-only" if options.devices_only else "")
             for line in machine.lines(options.limit):
                 results.take(line)
-            results.end_boot()
+            if not results.has_ended:
+                raise Failure("the board went off before its tests had ended")
         except Failure as failure:
-            print(f"{results.tail()}\nboard: boot {boot}: {failure}; console: {options.folder}/console-{boot}.log",
-                  file=sys.stderr)
+            print(*results.output[-40:], f"board: boot {boot}: {failure}; console: {options.folder}/console-{boot}.log",
+                  file=sys.stderr, sep="\n")
             return 1
         finally:
-            if machine:
-                machine.close()
+            machine.close()
     without = f" without {', '.join(options.without)}" if options.without else ""
     print(f"board: {results.passed} tests passed, {len(results.failed)} failed, {results.skipped} skipped{without}; "
           f"{BOOTS} boots in {time.monotonic() - start:.0f} s")
