@@ -3,31 +3,27 @@
 #include <gtest/gtest.h>
 
 TEST(Suggestion, NamesTheNearestWordThatIsNear) {
-    struct Case {
+    const struct {
         const char* word;
         std::vector<std::string> known;
-        const char* nearest; ///< "" for none
-    };
-    const Case CASES[] = {
+        std::string nearest; ///< "" for none
+    } CASES[] = {
         {"fna", {"led", "fan"}, "fan"},                           // two letters changed places
-        {"tepm", {"temp"}, "temp"},                               //
         {"chek", {"preview", "check"}, "check"},                  // one missing
         {"infoo", {"info"}, "info"},                              // one too many
         {"Produktid", {"DspChannels", "ProductID"}, "ProductID"}, // one wrong; case does not count
-        {"FAN", {"fan"}, "fan"},                                  //
         {"prevwie", {"preview"}, "preview"},                      // two slips
         {"rpevwie", {"preview"}, ""},                             // three
-        {"deivces", {"devices", "device"}, "devices"},            // the nearest
+        {"deivces", {"device", "devices"}, "devices"},            // the nearest
         {"device", {"devicd", "devics"}, "devicd"},               // the first of equally near ones
         {"ab", {"a", "b", "cd"}, ""},                             // half of the word is wrong
-        {"of", {"on", "off"}, "off"},                             //
-        {"", {"", "a", "on"}, ""},                                //
-        {"fan", {}, ""},                                          //
+        {"of", {"on", "off"}, "off"},
+        {"ZAz", {"zaZ"}, "zaZ"},
+        {"", {"", "a"}, ""},
+        {"fan", {}, ""},
     };
-    for (const Case& each : CASES) {
-        const std::string nearest = each.nearest;
+    for (const auto& each : CASES)
         EXPECT_EQ(board::didYouMean(each.word, each.known),
-                  nearest.empty() ? "" : "; did you mean '" + nearest + "'?")
+                  each.nearest.empty() ? "" : "; did you mean '" + each.nearest + "'?")
             << each.word;
-    }
 }

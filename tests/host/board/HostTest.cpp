@@ -47,44 +47,15 @@ TEST(Host, HostsTheSimulatedBoardAndTakesItsDriversAwayAgain) {
     EXPECT_FALSE(again.faultOf("fan"));
 }
 
-TEST(Host, KeepsAFaultToItsDevice) {
-    const TempDir dir;
-    dir.write("good", "200");
-    dir.makePipe("pipe");
-    const board::Profile profile =
-        profileOf(dir, fan("gone", "nowhere") + fan("pipe", "pipe") + fan("folder", ".") +
-                           fan("locked", "good", "enable = \"no/enable\"\n") + fan("good", "good") +
-                           "[descriptor]\ndevice = \"/dev/zero\"\n");
-    const board::Host host(profile);
-    for (const std::string name : {"gone", "pipe", "folder", "locked", board::DESCRIPTOR_DRIVER})
-        EXPECT_TRUE(host.faultOf(name)) << name;
-    EXPECT_EQ(host.faultOf("gone"), dir.path("board.toml") +
-                                        ":3: fan[0].device: " + dir.path("nowhere") +
-                                        ": can't open: No such file or directory");
-    EXPECT_NE(host.faultOf("locked")->find("no/enable: can't enable: No such file"),
-              std::string::npos);
-    EXPECT_EQ(*board::readFan(host, "good").value, IFanControl::FAN_SPEED_HIGH);
-    EXPECT_NE(board::readFan(host, "gone").value.fault().find("nowhere"), std::string::npos);
-    EXPECT_NE(board::loadDescriptor(host).fault().find("/dev/zero"), std::string::npos);
-}
-
-TEST(Host, EnablesAFanBeforeItConnects) {
+TEST(Host, LeavesADriverOfTheSameNameToItsOwnerAndEnablesItsFanFirst) {
     const TempDir dir;
     dir.write("speed", "0");
     dir.write("enable", "0");
     const board::Profile profile = profileOf(dir, fan("fan", "speed", "enable = \"enable\"\n"));
-    EXPECT_FALSE(board::Host(profile).faultOf("fan"));
-    EXPECT_EQ(dir.read("enable"), "1");
-}
-
-TEST(Host, LeavesADriverOfTheSameNameToItsOwner) {
-    const TempDir dir;
-    dir.write("speed", "0");
-    const board::Profile profile = profileOf(dir, fan("fan", "speed"));
     const board::Host first(profile);
-    {
-        const board::Host second(profile);
-        EXPECT_TRUE(second.faultOf("fan"));
-    }
+    EXPECT_EQ(dir.read("enable"), "1");
+    EXPECT_TRUE(board::Host(profile).faultOf("fan"));
     EXPECT_TRUE(board::readFan(first, "fan").value);
+    EXPECT_EQ(board::readPower(first, "fan").value.fault(), "is another kind of driver");
+    EXPECT_EQ(board::readFan(first, "gone").value.fault(), "DRIVER 'gone' NOT FOUND");
 }

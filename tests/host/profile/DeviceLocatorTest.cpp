@@ -5,61 +5,44 @@
 #include "base/Error.h"
 #include "support/TempDir.h"
 
-using board::DeviceLocator;
-using support::TempDir;
-
-namespace {
-
-std::string complaintOf(const TempDir& sysfs, const std::string& device) {
-    try {
-        return "found " + DeviceLocator(sysfs.path(".")).locate(device);
-    } catch (const board::Error& error) {
-        return error.what();
-    }
-}
-
-} // namespace
-
-TEST(DeviceLocator, FindsMonitorsAndLedsByNameAndLeavesPathsAlone) {
-    const TempDir sysfs;
-    sysfs.makeFolder("class/leds/status");
-    sysfs.makeFolder("class/hwmon/hwmon0");
-    sysfs.makeFolder("class/hwmon/hwmon7");
-    sysfs.write("class/hwmon/hwmon0/name", "cpu\n");
-    sysfs.write("class/hwmon/hwmon7/name", "tmp105\n");
-    const DeviceLocator locator(sysfs.path("."));
-    EXPECT_EQ(locator.locate("hwmon:tmp105/temp1_input"),
-              sysfs.path("./class/hwmon/hwmon7/temp1_input"));
-    EXPECT_EQ(locator.locate("led:status"), sysfs.path("./class/leds/status/brightness"));
-    EXPECT_EQ(locator.locate("/dev/fan:hwmon:x"), "/dev/fan:hwmon:x");
-}
-
-TEST(DeviceLocator, ListsWhatIsThereIfNoneOrTwoMatch) {
-    const TempDir sysfs;
-    EXPECT_EQ(complaintOf(sysfs, "led:status"),
-              "led:status: there is no LED 'status' (there are: none)");
+TEST(DeviceLocator, FindsMonitorsAndLedsByNameOrListsWhatIsThere) {
+    const support::TempDir sysfs;
     sysfs.makeFolder("class/leds/alarm");
-    for (const std::string folder : {"class/hwmon/hwmon0", "class/hwmon/hwmon1"}) {
+    for (const std::string monitor : {"0 cpu", "1 cpu", "7 tmp105"}) {
+        const std::string folder = "class/hwmon/hwmon" + monitor.substr(0, 1);
         sysfs.makeFolder(folder);
-        sysfs.write(folder + "/name", "cpu\n");
+        sysfs.write(folder + "/name", monitor.substr(2) + "\n");
     }
-    EXPECT_EQ(complaintOf(sysfs, "led:status"),
-              "led:status: there is no LED 'status' (there are: 'alarm')");
-    EXPECT_EQ(complaintOf(sysfs, "led:alram"),
-              "led:alram: there is no LED 'alram' (there are: 'alarm'); did you mean 'alarm'?");
-    EXPECT_EQ(complaintOf(sysfs, "hwmon:fan/pwm1"),
-              "hwmon:fan/pwm1: no monitor is named 'fan' (expected one; there are: 'cpu' at "
-              "hwmon0, 'cpu' at "
-              "hwmon1)");
-    EXPECT_EQ(complaintOf(sysfs, "hwmon:cpu/pwm1"),
-              "hwmon:cpu/pwm1: more than one monitor is named 'cpu' (expected one; there are: "
-              "'cpu' at hwmon0, "
-              "'cpu' at hwmon1)");
-}
-
-TEST(DeviceLocator, LeadsNowhereOutsideTheDevicesFolder) {
-    const TempDir sysfs;
-    for (const std::string device : {"led:", "led:..", "led:../hwmon", "hwmon:cpu", "hwmon:/pwm1",
-                                     "hwmon:cpu/", "hwmon:cpu/../x", "hwmon:cpu/.."})
-        EXPECT_NE(complaintOf(sysfs, device).find("(expected "), std::string::npos) << device;
+    const std::string present = "(expected one; there are: 'cpu' at hwmon0, 'cpu' at hwmon1, "
+                                "'tmp105' at hwmon7)";
+    const std::string noFile = " is not a hardware monitor's file (expected hwmon:NAME/FILE)";
+    const std::string noLed = " is not a LED's name (expected led:NAME)";
+    const std::pair<std::string, std::string> CASES[] = {
+        {"hwmon:tmp105/temp1_input", sysfs.path("./class/hwmon/hwmon7/temp1_input")},
+        {"led:alarm", sysfs.path("./class/leds/alarm/brightness")},
+        {"/dev/fan:hwmon:x", "/dev/fan:hwmon:x"},
+        {"led:none", "led:none: there is no LED 'none' (there are: 'alarm')"},
+        {"led:alram",
+         "led:alram: there is no LED 'alram' (there are: 'alarm'); did you mean 'alarm'?"},
+        {"hwmon:fan/x", "hwmon:fan/x: no monitor is named 'fan' " + present},
+        {"hwmon:tmp15/x",
+         "hwmon:tmp15/x: no monitor is named 'tmp15' " + present + "; did you mean 'tmp105'?"},
+        {"hwmon:cpu/x", "hwmon:cpu/x: more than one monitor is named 'cpu' " + present},
+        {"led:", "led::" + noLed},
+        {"led:..", "led:..:" + noLed},
+        {"led:a/b", "led:a/b:" + noLed},
+        {"hwmon:cpu", "hwmon:cpu:" + noFile},
+        {"hwmon:/pwm1", "hwmon:/pwm1:" + noFile},
+        {"hwmon:cpu/", "hwmon:cpu/:" + noFile},
+        {"hwmon:cpu/.", "hwmon:cpu/.:" + noFile},
+    };
+    for (const auto& [device, outcome] : CASES) {
+        std::string found;
+        try {
+            found = board::DeviceLocator(sysfs.path(".")).locate(device);
+        } catch (const board::Error& error) {
+            found = error.what();
+        }
+        EXPECT_EQ(found, outcome);
+    }
 }

@@ -31,10 +31,21 @@ $ boardctl --board board.toml bd mac add 02:00:00:00:00:0B -y --backup third | h
 + 5 MacAddress (1): 02000000000b0000
 $ json --board board.toml bd remove MacAddress.1 -y --backup fourth
 { "image": "eeprom.bin", "device": true, "changes": [ { "position": 4, "id": 1, "name": "MacAddress", "old": "0200000000080001", "new": null } ], "written": true, "backup": "fourth" }
-$ boardctl --board board.toml bd remove 2 -y --backup first
+$ for i in first eeprom.bin . gone/backup; do boardctl --board board.toml bd remove 2 -y --backup $i; done
 ! boardctl: first: exists already, and may be the last good image (expected a new file for the backup)
+! boardctl: eeprom.bin: is the image itself (expected another file for the backup)
+! boardctl: .: can't take a backup (expected a file)
+! boardctl: gone/backup: can't make the backup: No such file or directory
 [1]
-$ boardctl --board board.toml bd mac list; boardctl bd mac list -i third; ls state/boardctl | wc -l
+$ printf "[descriptor]\ndevice='eeprom'\nsize=1018\n" >new.toml; printf '\000\000\000\004' >old
+$ for i in 2016 2018; do cp old eeprom; boardctl --board new.toml bd add -y --backup $i 9=hex:`printf %0${i}d 0` | tail -n 1; done
+eeprom: written; the old image is in 2016
+! boardctl: eeprom: the image would have 1018 bytes (expected fewer than the device's 1018)
+$ cp old eeprom; ulimit -f 1; boardctl --board new.toml bd add -y --backup all 9=hex:`printf %01200d 0`
+! boardctl: eeprom: accepted only 512 of 608 bytes; the old image is in place again and is kept in all
+[1]
+$ cmp -n 4 eeprom old; cmp all old
+$ boardctl --board sim/board.toml bd mac list; boardctl bd mac list -i third; ls state/boardctl | wc -l
 0 02:00:00:00:00:0A 515
 1 02:00:00:00:00:0B 0
 0 02:00:00:00:00:0A 515

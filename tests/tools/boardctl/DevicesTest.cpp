@@ -40,6 +40,12 @@ $ json temp --board board.toml
 [1]
 $ json power --board board.toml
 [ { "name": "supply", "description": "", "status": 4294967295 } ]
+$ rm manual; boardctl --board board.toml fan --name cpu
+! boardctl: 'cpu': board.toml:6: fan[0].enable: manual: can't enable: No such file or directory
+[1]
+$ printf "[[fan]]\nname='f'\ndevice='speed'\nmaximum=1\nenable='pipe'\n" >pipe.toml; mkfifo pipe; boardctl --board pipe.toml fan
+! boardctl: 'f': pipe.toml:5: fan[0].enable: pipe: is not a device file (expected a file or a device)
+[1]
 $ printf 0 >word; boardctl --board board.toml power
 supply: 0
 $ rm word; mkfifo word; boardctl --board board.toml power
