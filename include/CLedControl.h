@@ -21,7 +21,7 @@ public:
     XCode onConnected(String& error) override;
 
     /// A header row with the driver's name and, one level deeper, the rows "Description" and
-    /// "Status". The status is "on" or "off"; a LED that can't be read shows "off".
+    /// "Status". The status is "on" or "off"; an LED that can't be read shows "off".
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
 

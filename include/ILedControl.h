@@ -33,7 +33,7 @@ public:
     virtual XCode getDescription(String& description) = 0;
 
     /// Reads the state of the LED; `status` is 0 on failure. A device that can be opened but holds
-    /// no number or can't be read counts as 0. For a LED on a bus, the kernel answers a write
+    /// no number or can't be read counts as 0. For an LED on a bus, the kernel answers a write
     /// before the chip has the state, so for some milliseconds the old one may be read.
     virtual XCode getLedStatus(unsigned int& status) const = 0;
 
@@ -47,9 +47,9 @@ public:
     /// state of the LED and writes 2, so a second call remembers that 2. Off: writes the remembered
     /// state. In toggle mode it only records the request.
     ///
-    /// On a LED that is not capable it fails and changes nothing. If the device can't be written it
-    /// also fails, but the switch has taken effect: after a failed `setLedBiStatus(1)` the overlay
-    /// is on, and `setLedStatus` only remembers until `setLedBiStatus(0)`.
+    /// On an LED that is not capable it fails and changes nothing. If the device can't be written
+    /// it also fails, but the switch has taken effect: after a failed `setLedBiStatus(1)` the
+    /// overlay is on, and `setLedStatus` only remembers until `setLedBiStatus(0)`.
     virtual XCode setLedBiStatus(unsigned int on) = 0;
 
     /// Writes `status` in toggle mode. On a capable LED, successive calls with 1 write 1 and 2 in

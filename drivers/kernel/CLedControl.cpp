@@ -72,7 +72,7 @@ XCode CLedControl::setLedBiStatus(unsigned int on) {
         return XCode();
     if (on == 0)
         return realSetLedStatus(m_savedStatus);
-    static_cast<void>(getLedStatus(m_savedStatus)); // a LED that can't be read is restored to off
+    static_cast<void>(getLedStatus(m_savedStatus)); // an LED that can't be read is restored to off
     return realSetLedStatus(SECOND_LIT_STATE);
 }
 

@@ -83,7 +83,7 @@ auto readSurely(Driver& driver, const std::string& path) -> decltype(readOnce(dr
 }
 
 /// Reads until the state `isReached`, at least twice, however slow this process is. The kernel
-/// writes a LED behind a bus only after it has answered; until then the old state is read.
+/// writes an LED behind a bus only after it has answered; until then the old state is read.
 Result<unsigned> readUntil(ILedControl& led, const std::string& path,
                            const std::function<bool(unsigned)>& isReached) {
     using Clock = std::chrono::steady_clock;

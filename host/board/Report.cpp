@@ -34,7 +34,7 @@ void add(Report& report, std::vector<DeviceReading>& readings, DeviceReading rea
     readings.push_back(std::move(reading));
 }
 
-/// The rows of a LED that could not be read say "off". If it could be read shortly after, asks for
+/// The rows of an LED that could not be read say "off". If it could be read shortly after, asks for
 /// the rows again.
 void refreshRows(const Host& host, Report& report, const LedReading& led) {
     if (!led.value || *led.value == 0)

@@ -16,8 +16,8 @@ namespace board {
 /// destructor ends the button's thread first, then the LEDs'.
 class Services {
 public:
-    /// `profile` and `events` must outlive the object. With `tellsLeds`, each change of a LED is an
-    /// event.
+    /// `profile` and `events` must outlive the object. With `tellsLeds`, each change of an LED is
+    /// an event.
     Services(const Profile& profile, bool tellsLeds, EventQueue& events);
 
     /// A service that does not work, or only in part.

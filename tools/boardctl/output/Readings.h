@@ -18,7 +18,7 @@
 namespace boardctl {
 
 /// `{"name":...,"description":...,"speed":...}`; instead of "speed" a sensor has "celsius" and
-/// "maximum", a power supply "status", a LED "state". An unknown value is null beside "error".
+/// "maximum", a power supply "status", an LED "state". An unknown value is null beside "error".
 nlohmann::ordered_json toJson(const board::FanReading& fan);
 nlohmann::ordered_json toJson(const board::TemperatureReading& temperature);
 nlohmann::ordered_json toJson(const board::PowerReading& power);

@@ -23,7 +23,7 @@ InfoContainer dumpOf(const board::Report& report) {
     for (const board::DriverReport& driver : report.drivers) {
         for (const auto& row : driver.rows.getRows())
             rows.add(row.level, row.index, row.key, row.value);
-        // A LED's driver prints its state itself; the other drivers print only a header.
+        // An LED's driver prints its state itself; the other drivers print only a header.
         addRows(rows, report.fans, driver.name.c_str(), "Speed");
         addRows(rows, report.temperatures, driver.name.c_str(), "Temperature");
         addRows(rows, report.powers, driver.name.c_str(), "Status");
