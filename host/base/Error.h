@@ -4,7 +4,8 @@
 
 namespace board {
 
-/// A problem that the user has to fix. The message is one line: where, what, what was expected.
+/// A problem that the user has to fix. The message is one line: where the problem is, what is
+/// wrong, and what was expected.
 class Error : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -44,14 +44,14 @@ struct LogLine {
 using Event = std::variant<event::ButtonPressed, event::ButtonReleased, event::LedCommand,
                            event::LedChanged, event::Fault, event::LogLine>;
 
-/// Carries events from the threads of the services to the thread that handles them.
+/// Carries events from the services' threads to the thread that handles them.
 class EventQueue {
 public:
     /// Throws Error if the system has no descriptor left.
     EventQueue();
 
     /// Stamps the event with the time and keeps it. Any thread; never waits. If nobody takes the
-    /// events, the queue keeps some thousands and counts the rest.
+    /// events, the queue keeps a few thousand and counts the rest.
     void push(Event event);
 
     struct Entry {
@@ -60,12 +60,12 @@ public:
     };
     struct Batch {
         std::vector<Entry> entries; ///< in order of arrival
-        unsigned lost = 0;          ///< how many later events the queue could not keep
+        unsigned lost = 0;          ///< later events that the queue had no room for
     };
     /// Everything that has arrived since the last call.
     Batch take();
 
-    /// Readable while there is something to take.
+    /// Readable while events are waiting.
     int descriptor() const { return m_descriptor.number(); }
 
 private:

@@ -113,7 +113,7 @@ FileDescriptor openFile(const std::string& path, int flags, const char* what) {
 }
 
 void writeFile(const std::string& path, const std::string& content) {
-    constexpr mode_t EVERYBODY = 0666; // less what the umask takes away
+    constexpr mode_t EVERYBODY = 0666; // minus the bits that the umask clears
     const FileDescriptor file(
         ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, EVERYBODY));
     if (!file.isOpen() || !tryWriteAll(file, content))

@@ -12,7 +12,7 @@
 ///
 /// A function whose name begins with `try` reports failure in its result and leaves the reason in
 /// `errno`; every other function throws Error with "PATH: what failed: the system's reason". A call
-/// that a signal interrupts is repeated unless the function says otherwise.
+/// that a signal interrupts is repeated unless the function's comment says otherwise.
 namespace board {
 
 /// The system's description of an `errno` value.
@@ -48,7 +48,7 @@ FileDescriptor openFile(const std::string& path, int flags, const char* what = "
 /// file that others read, use FileReplacement.
 void writeFile(const std::string& path, const std::string& content);
 /// Creates a new file with a unique name that begins with `start`, and stores that name in `name`.
-/// An Error names `path` and says `what`.
+/// An Error names `path` and contains `what`.
 FileDescriptor createUnique(const std::string& start, std::string& name, const std::string& path,
                             const char* what);
 

@@ -37,7 +37,8 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// A new file beside the target; removed again unless it was renamed into place or discarded.
+/// A new file in the folder of the target; removed again unless it was renamed into place or
+/// discarded.
 class Beside {
 public:
     Beside(const std::string& path, const std::string& target)
@@ -89,14 +90,14 @@ public:
             failWith(m_path, "was replaced, but its folder can't be synced", errno);
     }
 
-    /// What the message of a failure must add.
+    /// What a failure's message must add.
     std::string discard() { return std::exchange(m_isGone, true) ? "" : board::discard(m_name); }
 
 private:
     const std::string m_path;
     std::string m_name;
     const FileDescriptor m_file;
-    bool m_isGone = false; ///< no longer beside the target
+    bool m_isGone = false; ///< renamed, or removed
 };
 
 } // namespace
@@ -124,8 +125,8 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
             failWith(path, "can't lock", errno);
         if (::fstat(m_lock.number(), &locked) != 0)
             failWith(path, "can't look at the file", errno);
-        // While this waited, the former holder of the lock may have replaced the file or changed
-        // the link.
+        // Meanwhile, the previous holder of the lock may have replaced the file or changed the
+        // link.
         if (::stat(path.c_str(), &named) == 0 && isSameFile(locked, named))
             return;
         m_lock.close();

@@ -9,13 +9,13 @@ namespace board {
 /// Replaces the content of a file so that every reader sees the old or the new content whole, and
 /// writers take turns.
 ///
-/// Symbolic links are followed. The file is locked, then a new file is written beside it with the
-/// same owner and mode, synced and renamed into place. A device or a sysfs file can't be replaced
-/// that way: it is locked and written from its start in one call. One thread at a time.
+/// Symbolic links are followed. The file is locked, then a new file is written in the same folder
+/// with the same owner and mode, synced and renamed into place. A device or a sysfs file can't be
+/// replaced that way: it is locked and written from its start in one call. One thread at a time.
 class FileReplacement {
 public:
     /// BY_KIND replaces a file and writes a device in place. IN_PLACE also writes an ordinary file
-    /// in place, for one that stands in for a board's device.
+    /// in place, for a file that simulates a board's device.
     enum class Manner { BY_KIND, IN_PLACE };
 
     /// Waits for the lock on `path`. A file that does not exist is not locked; `commit` creates it,

@@ -18,7 +18,7 @@ bool isSame(char a, char b) {
 
 /// The number of typing errors that turn `a` into `b`.
 std::size_t slips(const std::string& a, const std::string& b) {
-    // Three rows of the table of distances between the beginnings of both words.
+    // Three rows of the table of edit distances between prefixes of the two words.
     std::vector<std::size_t> before, last(b.size() + 1), row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j)
         row[j] = j;
@@ -43,7 +43,8 @@ std::string didYouMean(const std::string& word, const std::vector<std::string>& 
     std::size_t fewest = MOST_SLIPS + 1;
     for (const std::string& each : known) {
         const auto [shorter, longer] = std::minmax({word.size(), each.size()});
-        // Lengths first: the word may be as long as a command line, and the table with it.
+        // Lengths are compared first: the word may be as long as a command line, which would make
+        // the table large.
         const std::size_t count = longer - shorter > MOST_SLIPS ? longer : slips(word, each);
         if (count < fewest && 2 * count < longer) {
             fewest = count;

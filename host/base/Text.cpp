@@ -4,8 +4,8 @@ namespace board {
 
 namespace {
 
-/// The length in bytes of the printable UTF-8 character at `position`; 0 if there is none, but a
-/// control character, a line separator or a broken sequence.
+/// The length in bytes of the printable UTF-8 character at `position`; 0 for a control character, a
+/// line separator or an invalid sequence.
 std::size_t printableBytes(const std::string& text, std::size_t position) {
     const auto byteAt = [&](std::size_t i) {
         return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;

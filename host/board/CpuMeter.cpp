@@ -38,7 +38,7 @@ Result<CpuReading> CpuMeter::next() {
     return reading;
 }
 
-/// Without this sample the longer spans have to begin anew.
+/// Without this sample, the longer spans must start over.
 Fault CpuMeter::restart() {
     m_isSetUp = m_load.setup().isSuccess();
     m_periods = 0;

@@ -21,8 +21,8 @@ public:
     CpuMeter();
 
     /// The load since the last call, or since construction. The library's meter leaves its result
-    /// unchanged if there was no idle time. If the counter of busy time has moved in that period,
-    /// the load was 100 percent; if not, no time has passed and the former result remains.
+    /// unchanged if there was no idle time. If the counter of busy time advanced in that period,
+    /// the load was 100 percent; if not, no time has passed and the previous result remains.
     Result<CpuReading> next();
 
 private:
@@ -32,7 +32,7 @@ private:
     bool m_isSetUp;
     unsigned long m_busy = 0; ///< the counter of busy time at the last sample
     unsigned m_periods = 0;
-    unsigned short m_last = 0, m_mid = 0, m_longest = 0; ///< the former results
+    unsigned short m_last = 0, m_mid = 0, m_longest = 0; ///< the previous results
 };
 
 } // namespace board

@@ -11,7 +11,7 @@ class EventTap : private RTD::LogSink, private RTD::Monitor {
 public:
     /// `queue` must outlive the object.
     explicit EventTap(EventQueue& queue);
-    /// Puts the former log sink and event monitor back.
+    /// Restores the previous log sink and event monitor.
     ~EventTap() override;
 
 private:

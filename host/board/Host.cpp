@@ -29,8 +29,8 @@ void enable(const std::string& path) {
         failWith(path, WHAT, errno);
 }
 
-/// Rejects a file that would keep a reader waiting, as a pipe does: a driver must not hang in its
-/// first open. A missing file is left to the driver.
+/// Rejects a file that would block a reader, such as a pipe: a driver must not hang in its first
+/// open. A missing file is left to the driver.
 void expectDeviceFile(const std::string& path) {
     const FileKind kind = kindOf(path);
     const bool isAllowed = kind == FileKind::MISSING || kind == FileKind::REGULAR ||

@@ -21,7 +21,7 @@ bool HostingLoop::runUntil(std::optional<Clock::time_point> end) {
         const bool isAskedToStop = m_waiter.waitUntil(next, m_queue.descriptor());
         passEventsOn();
         if (m_waiter.now() >= *m_nextCpu) {
-            while (*m_nextCpu <= m_waiter.now()) // measurements that were missed are not made up
+            while (*m_nextCpu <= m_waiter.now()) // missed measurements are skipped
                 *m_nextCpu += CPU_PERIOD;
             m_listener.onCpuLoad(m_meter.next());
         }

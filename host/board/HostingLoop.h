@@ -16,7 +16,7 @@ class HostingLoop {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// How the loop tells the time and waits. A program really waits and watches its signals; a
+    /// How the loop reads the clock and waits. A program really waits and watches its signals; a
     /// test scripts both.
     class Waiter {
     public:
@@ -27,27 +27,27 @@ public:
         virtual bool waitUntil(Clock::time_point end, int descriptor) = 0;
     };
 
-    /// Receives what happens, on the thread of the loop.
+    /// Receives the events and measurements, on the loop's thread.
     class Listener {
     public:
         virtual ~Listener() = default;
         virtual void onEvents(const EventQueue::Batch& batch) = 0;
         virtual void onCpuLoad(const Result<CpuReading>& load) = 0;
-        /// After everything that one wait has brought.
+        /// Called once after everything that arrived during one wait.
         virtual void onRoundEnd() = 0;
-        /// False ends the loop: nobody is left to tell.
+        /// False ends the loop: nobody is left to receive events.
         virtual bool isListening() const = 0;
     };
 
-    /// From now on what the library logs and reports becomes events. Takes the first sample of the
-    /// load. Both arguments must outlive the loop.
+    /// From now on, everything that the library logs and reports becomes an event. Takes the first
+    /// sample of the load. Both arguments must outlive the loop.
     HostingLoop(Waiter& waiter, Listener& listener);
 
     /// Where services put their events.
     EventQueue& events() { return m_queue; }
 
-    /// Runs until `end`, or without end. True if the loop ended early, because the program has been
-    /// asked to stop or nobody is listening.
+    /// Runs until `end`, or forever if it is empty. True if the loop ended early, because the
+    /// program has been asked to stop or nobody is listening.
     bool runUntil(std::optional<Clock::time_point> end);
 
     /// Passes on the events that have arrived since the last round.

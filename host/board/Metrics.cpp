@@ -24,7 +24,7 @@ std::string nameLabel(const std::string& name) {
     return "{name=" + quoted(name) + "}";
 }
 
-/// Writes one family after another. A family without samples gets no head.
+/// Writes one family after another. A family without samples gets no header.
 class Families {
 public:
     Families() { m_text.precision(7); } // the digits of a single-precision number

@@ -6,8 +6,8 @@
 
 namespace board {
 
-/// The report's figures in the Prometheus text format, one family of samples for each figure. What
-/// can't be read is left out, so that a monitor sees a gap instead of a false value.
+/// The report's figures in the Prometheus text format, one family of samples for each figure.
+/// Values that can't be read are omitted, so that a monitor sees a gap instead of a false value.
 std::string toMetrics(const Report& report);
 
 } // namespace board

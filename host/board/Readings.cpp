@@ -83,7 +83,8 @@ auto readSurely(Driver& driver, const std::string& path) -> decltype(readOnce(dr
 }
 
 /// Reads until the state `isReached`, at least twice, however slow this process is. The kernel
-/// writes an LED behind a bus only after it has answered; until then the old state is read.
+/// writes to an LED on a bus only after the write call has returned; until then the old state is
+/// read.
 Result<unsigned> readUntil(ILedControl& led, const std::string& path,
                            const std::function<bool(unsigned)>& isReached) {
     using Clock = std::chrono::steady_clock;
@@ -133,8 +134,8 @@ void describe(IThermalSensor& sensor, TemperatureReading& reading) {
     static_cast<void>(sensor.getMaxTemperature(reading.maximum)); // always succeeds
 }
 
-/// The driver only knows that its device can't be used. The host, or else the device file, knows
-/// why.
+/// The driver only knows that its device can't be used. The reason comes from the host, or else
+/// from the device file.
 Fault explained(const Host& host, const std::string& name, const std::string& fault) {
     if (const auto known = host.faultOf(name))
         return {*known};

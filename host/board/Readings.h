@@ -42,8 +42,8 @@ TemperatureReading readTemperature(const Host& host, const std::string& name);
 PowerReading readPower(const Host& host, const std::string& name);
 LedReading readLed(const Host& host, const std::string& name);
 
-/// Reads an LED until its state `isReached`, or for as long as the kernel may need to write an LED
-/// behind a bus. A state that is not reached is not a fault.
+/// Reads an LED until its state `isReached`, or for as long as the kernel may need to write to an
+/// LED on a bus. A state that is not reached is not a fault.
 LedReading awaitLed(const Host& host, const std::string& name,
                     const std::function<bool(unsigned)>& isReached);
 

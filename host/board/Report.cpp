@@ -79,7 +79,7 @@ Result<void> loadDescriptor(const Host& host) {
     const TYLockHolder hold(descriptor.getLock());
     if (descriptor.readBD(error).isSuccess())
         return {};
-    // The driver knows what failed, the host why.
+    // The driver reports what failed; the host knows the reason.
     const auto reason = host.faultOf(DESCRIPTOR_DRIVER);
     if (error.isEmpty())
         return Fault{reason.value_or("the board descriptor can't be read")};

@@ -23,7 +23,7 @@ struct DriverReport {
 
 /// The VoIP capacity.
 struct CapacityReport {
-    std::optional<unsigned> dspChannels; ///< empty if the descriptor does not say
+    std::optional<unsigned> dspChannels; ///< empty if the descriptor does not state them
     unsigned sipLegs = 0;
 };
 

@@ -20,7 +20,7 @@ public:
     /// an event.
     Services(const Profile& profile, bool tellsLeds, EventQueue& events);
 
-    /// A service that does not work, or only in part.
+    /// A service that does not work, or works only in part.
     struct Fault {
         std::string kind; ///< "leds" or "button"
         std::string text;

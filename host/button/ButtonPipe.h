@@ -6,8 +6,8 @@
 
 namespace board {
 
-/// A button's named pipe, from the writing side. It is open for reading too, so that a message
-/// stays in it until the monitor reads it.
+/// The writing side of a button's named pipe. It is open for reading too, so that a message stays
+/// in it until the monitor reads it.
 ///
 /// The monitor opens the pipe again for each message and reads everything in it. A message may
 /// therefore be written only while the pipe is empty; otherwise two would be read as one.

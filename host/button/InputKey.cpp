@@ -93,7 +93,8 @@ std::vector<bool> KeyEvents::read() {
         if (std::exchange(m_isDown, isDown) != isDown)
             levels.push_back(isDown);
     };
-    // The device's answer is newer than everything in this read, so later events of it are ignored.
+    // The device's answer is newer than everything in this read, so the later key events in it are
+    // ignored.
     bool isAsked = false;
     for (std::size_t i = 0; i < count; ++i) {
         const input_event& event = events[i];

@@ -18,7 +18,7 @@ public:
     KeyEvents(std::string name, int descriptor, unsigned code, std::function<bool()> isDownNow);
 
     /// The key's changes since the last call, in order; true is down. Reads once, and waits only if
-    /// the descriptor does. Throws Error if it can't be read any more.
+    /// the descriptor is blocking. Throws Error if it can't be read any more.
     std::vector<bool> read();
 
 private:
@@ -30,7 +30,7 @@ private:
     bool m_isLost = false; ///< events were dropped, and their report has not ended yet
 };
 
-/// One key of an input device, such as a push-button behind the kernel's GPIO key driver.
+/// One key of an input device, such as a push-button of the kernel's GPIO key driver.
 class InputKey {
 public:
     /// Opens `device`, such as /dev/input/event0. Without `code` the device must have exactly one
@@ -42,7 +42,7 @@ public:
     unsigned code() const { return m_code; }
     /// Readable if there are events or if the device is gone.
     int descriptor() const { return m_file.number(); }
-    /// Reading these does not wait. They live as long as this object.
+    /// Reading them never waits. They exist as long as this object.
     KeyEvents& events() { return m_events; }
 
 private:

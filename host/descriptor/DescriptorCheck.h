@@ -8,7 +8,7 @@
 
 namespace board {
 
-/// One thing to know about an image.
+/// One finding about an image.
 struct Finding {
     enum class Weight {
         CORRUPT, ///< the image can't be loaded whole
@@ -20,8 +20,8 @@ struct Finding {
     std::string text;
 };
 
-/// Looks at every byte of an image; findings are ordered by offset. On a device the bytes behind
-/// the terminator are only a note: a longer image left them there.
+/// Looks at every byte of an image; findings are ordered by offset. On a device, bytes after the
+/// terminator are only a note: an earlier, longer image may have left them there.
 std::vector<Finding> checkImage(const TagImage& image, bool isDevice);
 
 /// "2 bytes (expected 4)" if the tag's identifier has a meaning that needs another size; else

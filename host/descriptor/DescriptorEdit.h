@@ -9,7 +9,7 @@
 
 namespace board {
 
-/// One difference between a tag list and what it was.
+/// One change of a tag list.
 struct TagChange {
     std::size_t position; ///< in the whole list, counted from 0, at the time of the change
     std::optional<BD::Tag> before;
@@ -18,28 +18,29 @@ struct TagChange {
 
 /// The tags of an image while they are being changed.
 ///
-/// The terminator is kept apart: no tag lands behind it, and the new image ends with exactly one.
-/// The chunks of tags that are not changed are copied byte for byte, even if the library would
+/// The terminator is kept apart: no tag is placed after it, and the new image ends with exactly
+/// one. The chunks of tags that are not changed are copied byte for byte, even if the library would
 /// write them differently. An operation throws Error with the library's message if its tag is
 /// missing, and then changes nothing. Setting a tag to what it already holds is not a change.
 class DescriptorEdit {
 public:
-    /// The tags of `image`; of a corrupt one those before the fault.
+    /// Starts with the tags of `image`; if it is corrupt, with those before the fault.
     explicit DescriptorEdit(TagImage image);
 
     const TagImage& original() const { return m_original; }
 
     /// Replaces a tag's data; the tag keeps its position.
     void set(const Assignment& assignment);
-    /// In front of the terminator.
+    /// Adds a tag before the terminator.
     void add(const Assignment& assignment);
-    /// At `position` of the whole list; at or past its end, in front of the terminator.
+    /// Inserts a tag at `position` in the whole list, or before the terminator if `position` is at
+    /// or past the end.
     void insert(std::size_t position, const Assignment& assignment);
     void remove(const TagPlace& place);
 
-    /// Overwrites MAC address `index`. Without an interface number the tag keeps its number.
+    /// Overwrites MAC address `index`. Without an interface number, the tag keeps its old number.
     void setMac(unsigned index, const std::string& mac, std::optional<unsigned> interface);
-    /// Behind the last MAC address; the first one goes in front of the terminator.
+    /// Adds the address after the last one, or before the terminator if it is the first.
     void addMac(const std::string& mac, unsigned interface);
 
     /// The changes in the order they were made; a missing terminator comes last.

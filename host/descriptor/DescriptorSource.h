@@ -11,22 +11,23 @@ namespace board {
 /// so a disk named by mistake must be rejected. A device that is missing or can't be opened passes.
 void expectDescriptorDevice(const std::string& path);
 
-/// Where a descriptor's image lies: in a file or device that a user names, or in a board's device.
+/// Where a descriptor's image is stored: in a file or device that a user names, or in a board's
+/// device.
 class DescriptorSource {
 public:
     /// An image file, a pipe, or a device named as one would name a file.
     static DescriptorSource ofFile(const std::string& path);
 
-    /// A board's device, which counts as a device even if it is an ordinary file. It is read
-    /// `readChunk` bytes at a time, and an image must be smaller than `size` bytes. Throws Error if
-    /// it can't be read or is not a descriptor's device.
+    /// A board's device; an ordinary file is treated as a device too. It is read `readChunk` bytes
+    /// at a time, and an image must be smaller than `size` bytes. Throws Error if it can't be read
+    /// or is not a descriptor's device.
     static DescriptorSource ofBoard(const std::string& path, unsigned readChunk, unsigned size);
 
     const std::string& path() const { return m_path; }
     bool isDevice() const;
     bool isBoardDevice() const { return m_device.has_value(); }
 
-    /// The bytes that the device of `image` has room for; an image must be smaller.
+    /// The size of the device of `image` in bytes; an image must be smaller.
     std::size_t deviceSize(const TagImage& image) const;
 
     /// Throws Error if the bytes can't be read or are too many. A corrupt image is not a failure.

@@ -11,7 +11,7 @@ namespace board {
 
 namespace {
 
-/// Holds back the signals that end a program: a device must not be left between two images.
+/// Blocks the signals that end a program: a device must not be left between two images.
 class EndingSignalsBlocked {
 public:
     EndingSignalsBlocked() {

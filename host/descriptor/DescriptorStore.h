@@ -27,8 +27,8 @@ struct EditOutcome {
 
 /// Changes the tags of an image and stores it, all under one lock: reads, lets `step` edit, keeps
 /// the old image, writes, reads back and compares. An image file is replaced whole and keeps its
-/// size if it has room behind the terminator. A device is written from its start in one call, and
-/// the bytes behind the image stay. If the device then holds something else, the old image is
+/// size if there is room after the terminator. A device is written from its start in one call, and
+/// the bytes after the image stay. If the device then holds something else, the old image is
 /// written back.
 ///
 /// `confirm` is called before a device is changed; if it throws, nothing is written. Throws Error

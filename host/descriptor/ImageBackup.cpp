@@ -54,7 +54,8 @@ std::string writeNew(const std::string& start, const std::string& bytes) {
     return name;
 }
 
-/// Where the backup `file` goes, behind symbolic links. It must not exist yet, or be empty.
+/// The path of the backup `file` after following symbolic links. It must not exist yet, or be
+/// empty.
 std::string targetFor(const std::string& image, const std::string& file) {
     std::error_code error;
     fs::path target = fs::weakly_canonical(file, error);

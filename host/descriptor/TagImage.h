@@ -25,8 +25,8 @@ struct ImageTag {
     std::size_t offset = 0;
 };
 
-/// The bytes of a descriptor image and what the library loads from them. A value that never
-/// changes. A corrupt image is a value too: it has a fault, and the tags before it.
+/// The bytes of a descriptor image and what the library loads from them. Immutable. A corrupt image
+/// has a fault, and the tags before it.
 class TagImage {
 public:
     explicit TagImage(std::string bytes);
@@ -44,11 +44,12 @@ public:
     /// Where the terminator begins, if there is one.
     const std::optional<std::size_t>& terminator() const { return m_terminator; }
 
-    /// How many bytes the tags and the terminator take.
+    /// The number of bytes that the tags and the terminator occupy.
     std::size_t usedBytes() const;
 
-    /// Where the bytes behind the terminator begin, which no load reads. Of a terminator only the
-    /// identifier is read, so its length counts as part of it only if it is the usual one.
+    /// Where the bytes after the terminator begin, which no load reads. A load reads only the
+    /// identifier of a terminator, so its length field belongs to it only if it has the usual
+    /// value.
     std::size_t restOffset() const;
 
     /// The bytes of a tag's chunk as they are in the image.
@@ -57,7 +58,7 @@ public:
     /// Occurrence `index` of `id`. Throws Error with the library's message if there is none.
     const BD::Tag& find(BD::TagId id, unsigned index) const;
 
-    /// Replaces the list of `descriptor` by what the image holds, the terminator included.
+    /// Replaces the list of `descriptor` with the tags of the image, including the terminator.
     void loadInto(CBoardDescr& descriptor) const;
 
 private:
@@ -71,10 +72,10 @@ private:
 /// The library's message about a tag that is missing.
 std::string missingTag(BD::TagId id);
 
-/// The tag as it comes back after it is stored: odd data is padded with a zero byte.
+/// The tag as it is loaded after a store: odd data is padded with a zero byte.
 BD::Tag asLoaded(const BD::Tag& tag);
 
-/// The bytes of the image of exactly these tags; a terminator is a tag with identifier 0.
+/// The bytes of an image that holds exactly these tags; a terminator is a tag with identifier 0.
 std::string imageOf(const std::vector<BD::Tag>& tags);
 
 } // namespace board

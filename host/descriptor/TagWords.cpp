@@ -17,7 +17,7 @@ namespace {
 constexpr BD::TagId LAST_ID = 65534;
 constexpr char TYPES[] = "u8, u16, u32, uint, text or hex";
 
-/// A word for a message: short, and without bytes that a terminal would obey.
+/// A word for a message: short, and without bytes that a terminal would interpret.
 std::string quoted(const std::string& word) {
     constexpr std::size_t LONGEST = 40;
     return "'" + printable(word.substr(0, LONGEST)) + (word.size() > LONGEST ? "...'" : "'");

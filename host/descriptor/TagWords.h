@@ -25,9 +25,9 @@ struct Assignment {
     TString<char> data;
 };
 
-/// The parsers of words of the command line throw Error, with the word and what was expected.
+/// The parsers of command-line words throw an Error that names the word and what was expected.
 
-/// "ID" or "ID.N"; ID is 1 to 65534, decimal or with 0x, or a tag's name, N is decimal.
+/// "ID" or "ID.N"; ID is 1 to 65534, decimal or with 0x, or a tag's name; N is decimal.
 TagPlace parseTagPlace(const std::string& word);
 
 /// "ID=TYPE:VALUE" or "ID.N=TYPE:VALUE". Types are u8, u16, u32, uint (decimal or with 0x), text
@@ -43,8 +43,9 @@ std::string parseMac(const std::string& word);
 /// A decimal number, or a hexadecimal one with 0x, up to `maximum`; `what` names it in the message.
 unsigned parseNumber(const std::string& word, unsigned maximum, const std::string& what);
 
-/// Appends the bytes of pairs of hexadecimal digits to `bytes`. Returns the position of the first
-/// character that is not such a digit, which is the end if half a pair is missing; npos if all are.
+/// Appends the bytes that the pairs of hexadecimal digits encode to `bytes`. Returns npos on
+/// success; otherwise the position of the first character that is not a hexadecimal digit, or the
+/// end if half of a pair is missing.
 std::size_t decodeHex(const std::string& digits, std::string& bytes);
 
 /// The data as pairs of lower-case hexadecimal digits without blanks.
@@ -54,7 +55,7 @@ struct MacAddress {
     std::string mac; ///< "02:00:00:00:00:07", digits in upper case
     unsigned interface = 0;
 };
-/// The address in the data; nothing if it is not 8 bytes long.
+/// The address in the data; empty if the data is not 8 bytes long.
 std::optional<MacAddress> macOf(const BD::Tag& tag);
 
 /// The data as a text without the zero bytes at its end, because storing adds one to an odd length.

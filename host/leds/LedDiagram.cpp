@@ -66,16 +66,16 @@ std::string piece(const LedWaves& waves, unsigned begin, unsigned end) {
 
 // --- picture ---
 
-// Printed across an A4 page, the letters still have seven points. In black and white the LEDs are
-// the darkest part.
+// If the picture fills the width of an A4 page, the letters are still seven points high. In black
+// and white, the LEDs are the darkest part.
 constexpr double ROW = 30;
 constexpr double LAMP = 18; ///< height of the block of a lit LED
 constexpr double LANE = 18; ///< height of a row of flags
 constexpr double LETTER = 7.3;
 constexpr double MARGIN = 14;
 constexpr double MIN_PLOT = 320, MAX_PLOT = 660;
-constexpr double FIGURE = 44;  ///< least distance between two numbers on the axis
-constexpr double MIN_TICK = 4; ///< least distance between two tick marks
+constexpr double FIGURE = 44;  ///< minimum distance between two numbers on the axis
+constexpr double MIN_TICK = 4; ///< minimum distance between two tick marks
 constexpr double BELOW = 46;   ///< height of the axis with its numbers and unit
 constexpr double MS_A_SECOND = 1000;
 
@@ -123,7 +123,7 @@ public:
     }
 
     std::string draw() {
-        double width = m_left + m_plot + 2 * MARGIN; // room for half a number of the axis
+        double width = m_left + m_plot + 2 * MARGIN; // room for half of a number on the axis
         for (const Flag& flag : m_flags)
             width = std::max(width, flag.end + MARGIN);
         const std::string w = number(width), h = number(m_bottom + BELOW);
@@ -131,7 +131,7 @@ public:
                 "\" viewBox=\"0 0 " + w + " " + h +
                 "\" font-family=\"monospace\" font-size=\"12\">\n";
         rectangle(0, 0, width, m_bottom + BELOW, "#ffffff");
-        for (std::size_t i = 0; i < m_waves.leds.size(); i += 2) // helps the eye to follow a row
+        for (std::size_t i = 0; i < m_waves.leds.size(); i += 2) // guides the eye along a row
             rectangle(MARGIN / 2, rowAt(i), m_left + m_plot - MARGIN / 2, ROW, PALE);
         drawAxis();
         for (const Flag& flag : m_flags)

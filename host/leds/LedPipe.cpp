@@ -82,7 +82,7 @@ void sendLedLine(const std::string& line) {
     const ssize_t written = tryWrite(pipe, bytes.data(), bytes.size());
     if (written < 0 && errno == EAGAIN)
         fail("the pipe is full: its reader can't keep up");
-    if (written != static_cast<ssize_t>(bytes.size())) // so few bytes are written all or none
+    if (written != static_cast<ssize_t>(bytes.size())) // writes up to PIPE_BUF are atomic
         failWithReason("can't write to the pipe");
 }
 

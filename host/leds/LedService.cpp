@@ -48,8 +48,8 @@ private:
     EventQueue& m_events;
 };
 
-/// Locks the first LED's file, as every program does that drives these LEDs from a profile. Owns
-/// nothing if no file can be opened.
+/// Locks the first LED's file, as does every program that drives these LEDs from a profile. The
+/// result is not open if no file can be opened.
 FileDescriptor claim(const std::vector<Led>& leds) {
     for (const Led& led : leds) {
         FileDescriptor file = tryOpen(led.path, O_RDONLY | O_NONBLOCK);

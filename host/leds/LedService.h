@@ -17,9 +17,9 @@ namespace board {
 /// the pipe is an event.
 class LedService {
 public:
-    /// Starts the sequencer. If another service reads the pipe, it shows its defaults and takes no
-    /// commands. `profile` must outlive the object. Throws Error if another program drives the LEDs
-    /// of this board, because each would overwrite the other's states, or if a thread can't be
+    /// Starts the sequencer. If another service reads the pipe, it shows its defaults and accepts
+    /// no commands. `profile` must outlive the object. Throws Error if another program drives the
+    /// LEDs of this board, because each would overwrite the other's states, or if a thread can't be
     /// created.
     LedService(const LedSequencerProfile& profile, bool tellsChanges, EventQueue& events,
                const DeviceLocator& locator = DeviceLocator());
@@ -27,7 +27,7 @@ public:
     /// What does not work: the pipe, or files that were not found.
     const std::vector<std::string>& faults() const { return m_faults; }
 
-    /// Who may send commands, in words; nothing if no commands are taken.
+    /// Who may send commands, in words; empty if no commands are accepted.
     std::optional<std::string> writers() const;
 
     std::vector<LedStates::State> states() const { return m_states.states(); }

@@ -102,7 +102,7 @@ void LedStates::set(std::size_t index, bool isLit) {
     }
     FileDescriptor& stateFile = m_sources[index].stateFile;
     if (stateFile.isOpen() && tryWriteAt(stateFile, isLit ? "1" : "0", 1, 0) < 0)
-        stateFile.close(); // a copy that can't be written is given up; the LED's state is known
+        stateFile.close(); // a copy that can't be written is dropped; the LED's state is known
     if (m_tellsChanges)
         m_events.push(event::LedChanged{name, isLit});
 }

@@ -13,7 +13,7 @@
 
 namespace board {
 
-/// What the LEDs of a board show, determined from their files on a thread of its own.
+/// Determines what the LEDs of a board show, from their files, on its own thread.
 ///
 /// The kernel's LED files are read. In ordinary files the last byte written is the state. Pipes,
 /// which a simulated board uses, are drained so that they never fill up; if a file with the pipe's
@@ -28,7 +28,7 @@ public:
 
     struct State {
         std::string name;
-        std::optional<bool> isLit; ///< nothing if it is not known
+        std::optional<bool> isLit; ///< empty if it is not known
     };
     /// In the order of the LEDs. Any thread.
     std::vector<State> states() const;

@@ -5,7 +5,7 @@
 
 namespace board {
 
-/// Finds devices whose numbers the kernel assigns anew at each boot.
+/// Finds devices by name, because the kernel may number them differently at each boot.
 class DeviceLocator {
 public:
     /// `sysfs` is where the kernel's device tree is mounted. Tests pass another folder.

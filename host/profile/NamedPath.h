@@ -6,14 +6,14 @@
 
 namespace board {
 
-/// A file that the profile names. Whether it exists is found out when it is used.
+/// A file that the profile names. Its existence is not checked until it is used.
 struct NamedPath {
     std::string path;
     std::string place; ///< the entry that names it, for messages: "FILE:LINE: KEY"
 };
 
-/// Calls `action` with the path. If the action throws an Error, its message begins with the place
-/// that names the path.
+/// Calls `action` with the path. If the action throws an Error, its message is prefixed with the
+/// place that names the path.
 template <class Action>
 void withPlaceInErrors(const NamedPath& named, Action action) {
     try {

@@ -79,8 +79,8 @@ struct LedSequencerProfile {
 /// What a board is, from a TOML file. Every path in it is relative to that file; here they are
 /// resolved.
 ///
-/// Drivers keep pointers into the profile's texts: it must outlive what is made from it, neither
-/// changed nor moved.
+/// Drivers keep pointers into the profile's texts: it must outlive everything created from it, and
+/// must not be changed or moved.
 struct Profile {
     std::vector<FanProfile> fans;
     std::vector<ThermalProfile> thermals;

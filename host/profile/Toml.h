@@ -5,14 +5,15 @@
 
 // Some inputs that the parser would report well, such as "[!]", also fail its assertions; and with
 // NDEBUG it promises the compiler that they hold. Neither may decide what happens to a profile. The
-// nesting limit counts nested values, of which a profile needs three.
+// nesting limit counts nested values; a profile needs three.
 #define TOML_ASSERT(expr) static_assert(true)
 #define TOML_MAX_NESTED_VALUES 16
 #pragma push_macro("NDEBUG")
 #undef NDEBUG
 #include <toml++/impl/forward_declarations.h>
-// In its tables of character classes the parser promises the compiler that letters which share a
-// block with a non-ASCII blank, such as U+00A1 to U+0499, never occur. They only are not blanks.
+// The parser looks up character classes in blocks. In a block with a non-ASCII blank, it promises
+// the compiler that no other character, such as one of U+00A1 to U+0499, ever occurs. They do
+// occur; the right answer for them is "not a blank".
 #pragma push_macro("TOML_UNREACHABLE")
 #undef TOML_UNREACHABLE
 #define TOML_UNREACHABLE return false

@@ -6,14 +6,14 @@ namespace board {
 
 /// A board without hardware: a folder with a profile, a device file for each kernel driver, an
 /// EEPROM image, preferences, firmware information, and a named pipe for each LED and the button.
-/// The content is spelled out byte for byte, not produced by the drivers that are tested with it.
+/// The content is written byte by byte, not by the drivers that are tested with it.
 ///
-/// Any process may change the values. Whoever hosts the board drains the LED pipes and stores each
-/// LED's state in a file beside its pipe, NAME.state.
+/// Any process may change the values. The host of the board drains the LED pipes and stores each
+/// LED's state in the file NAME.state next to its pipe.
 class SimulatedBoard {
 public:
     /// Makes the board in `directory`, which must be empty or not exist; its parent must exist.
-    /// Throws Error with the path and the system's reason. Whatever was made by then is removed
+    /// Throws Error with the path and the system's reason. Everything created so far is removed
     /// again.
     static SimulatedBoard create(const std::string& directory);
 
@@ -44,7 +44,7 @@ public:
     const SimulatedBoard& board() const { return m_board; }
 
 private:
-    /// A member of its own, so that it is removed even if making the board fails.
+    /// A separate member, so that the folder is removed even if creating the board fails.
     struct Folder {
         Folder();
         ~Folder();

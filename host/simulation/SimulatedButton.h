@@ -14,12 +14,12 @@ public:
     explicit SimulatedButton(const std::string& pipe) : m_pipe(pipe, "simulated button") {}
 
     /// Each call writes one message and returns once it has been read, so that no message is lost
-    /// or merged with the next. `press` first waits until everybody else has released the button.
-    /// Throws Error if nobody reads for a second; the message then stays in the pipe.
+    /// or merged with the next. `press` first waits until every other program has released the
+    /// button. Throws Error if nobody reads for a second; the message then stays in the pipe.
     void press() const;
     void release() const;
 
-    /// Whether somebody else, such as the bridge of a real button, holds the button now.
+    /// Whether another program, such as the bridge of a real button, holds the button now.
     bool isHeld() const;
 
 private:
