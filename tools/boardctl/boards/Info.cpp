@@ -55,7 +55,7 @@ ordered_json reportToJson(const board::Report& report) {
     return json;
 }
 
-/// Complains of everything that the report could not find out. Returns the exit status.
+/// Prints a message for everything that the report could not determine. Returns the exit status.
 int complainOf(const board::Report& report, const board::Host& host) {
     std::vector<std::string> faults;
     for (const board::Device& device : host.devices())

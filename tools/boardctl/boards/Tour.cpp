@@ -43,7 +43,8 @@ private:
         return goesOn(200ms);
     }
 
-    /// Steps each fan through its speeds, slowly enough to follow, and restores its own speed.
+    /// Steps each fan through its speeds, slowly enough to follow, then restores the original
+    /// speed.
     bool fans() {
         for (const board::Device& device : m_stage.board.host().devices()) {
             const bool isWorkingFan = device.kind == board::DeviceKind::FAN && !device.fault;

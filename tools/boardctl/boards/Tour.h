@@ -8,8 +8,8 @@
 
 namespace boardctl {
 
-/// What a tour works with. `pause` prints what happens meanwhile and returns true if the tour must
-/// end.
+/// What a tour works with. `pause` waits, prints what happens meanwhile, and returns true if the
+/// tour must end.
 struct TourStage {
     const Board& board;
     EventLines& lines;

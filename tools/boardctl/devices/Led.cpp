@@ -58,8 +58,8 @@ unsigned formerState(const Board& board, const std::string& name) {
     return *former.value;
 }
 
-/// Makes the LED show its former state again. The driver may have restored another one: it
-/// remembers "off" if it failed to read the LED.
+/// Restores the previous state of the LED. The driver may have restored another one: it remembers
+/// "off" if it failed to read the LED.
 board::LedReading restore(const Board& board, const std::string& name, unsigned former) {
     board::LedReading shown = board::readLed(board.host(), name);
     if (!shown.value || *shown.value != former)
@@ -67,7 +67,7 @@ board::LedReading restore(const Board& board, const std::string& name, unsigned 
     return shown;
 }
 
-/// Says why the LED does not show the state just written, which is lit or not. Empty if it does.
+/// Why the LED does not show what was just written, lit or dark; empty if it does.
 std::string faultAfter(const XCode& written, const Board& board, const std::string& name,
                        bool lit) {
     if (!written.isSuccess())
@@ -81,7 +81,7 @@ std::string faultAfter(const XCode& written, const Board& board, const std::stri
     return "the device holds " + std::to_string(*shown.value) + " after another state was written";
 }
 
-/// Holds the overlay until a signal or the end of the time, then restores the former state.
+/// Holds the overlay until a signal or the end of the time, then restores the previous state.
 int holdOverlay(const Options& options, const LedWords& words) {
     const Board board(options);
     const auto led = findLed(board, words.name);
@@ -105,8 +105,8 @@ int holdOverlay(const Options& options, const LedWords& words) {
     return show(std::vector{restore(board, words.name, former)}, options.json);
 }
 
-/// Ends the overlay of another process. This process can't know of it, but it sees that the LED
-/// shows 2.
+/// Ends the overlay of another process. This process does not know about it, but it can see that
+/// the LED shows 2.
 int endOverlay(const Options& options, const LedWords& words) {
     const Board board(options);
     board.devices(board::DeviceKind::LED, words.name);

@@ -28,8 +28,7 @@ struct PreviewWords {
     std::vector<std::string> lines; ///< "TICK LINE"
 };
 
-/// Reads "TICK LINE", such as "12 system ready". Returns what is wrong with it; empty if it is
-/// good.
+/// Reads "TICK LINE", such as "12 system ready". Returns what is wrong with it, or an empty text.
 std::string readLine(const std::string& text, board::LedLine& result) {
     const auto blank = text.find(' ');
     const std::string tick = text.substr(0, blank);

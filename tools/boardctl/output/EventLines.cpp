@@ -16,7 +16,7 @@ namespace boardctl {
 
 namespace {
 
-/// Local time to the millisecond with its distance from UTC.
+/// Local time to the millisecond, with its offset from UTC.
 std::string timeText(const TYTime& time) {
     const auto seconds = static_cast<std::time_t>(time.seconds);
     std::tm parts{};
@@ -51,7 +51,7 @@ void EventLines::print(const char* event, const std::string& text, const ordered
     } else {
         std::cout << board::printable(text) << "\n";
     }
-    // Without a reader there is no reason to go on.
+    // Without a reader there is no point in continuing.
     m_isLost = m_isLost || !flushOutput();
 }
 

@@ -24,7 +24,7 @@ bool flushOutput() {
         return true;
     static bool isTold = false;
     if (!std::exchange(isTold, true) &&
-        !StopSignals::isAsked()) // then an interrupted write is no news
+        !StopSignals::isAsked()) // a write that a stop signal interrupted is not an error
         complain(std::string("can't write to standard output") +
                  (errno != 0 ? std::string(": ") + board::reasonOf(errno) : ""));
     return false;

@@ -18,16 +18,17 @@
 namespace boardctl {
 
 /// `{"name":...,"description":...,"speed":...}`; instead of "speed" a sensor has "celsius" and
-/// "maximum", a power supply "status", an LED "state". An unknown value is null beside "error".
+/// "maximum", a power supply "status", an LED "state". An unknown value is null, with the reason in
+/// "error".
 nlohmann::ordered_json toJson(const board::FanReading& fan);
 nlohmann::ordered_json toJson(const board::TemperatureReading& temperature);
 nlohmann::ordered_json toJson(const board::PowerReading& power);
 nlohmann::ordered_json toJson(const board::LedReading& led);
 
 /// `{"last":...,"mid":...,"longest":...}` in percent. A value is null until its span has passed,
-/// and beside "error".
+/// and if there is an "error".
 nlohmann::ordered_json toJson(const board::Result<board::CpuReading>& cpu);
-/// `{"version":...,"line1":...}`. The version is null beside "error".
+/// `{"version":...,"line1":...}`. The version is null if there is an "error".
 nlohmann::ordered_json toJson(const board::Result<board::FirmwareInfo>& firmware);
 
 /// Only the value, for people; "unknown" if it is.

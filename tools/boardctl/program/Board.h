@@ -40,7 +40,7 @@ public:
     const board::Host& host() const { return m_host; }
 
     /// The names of the devices of `kind`: all, or only `name` if that is not empty. Throws
-    /// board::Error with the names to choose from if there is no such device.
+    /// board::Error listing the names to choose from, if there is no such device.
     std::vector<std::string> devices(board::DeviceKind kind, const std::string& name) const;
 
 private:

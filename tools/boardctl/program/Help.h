@@ -22,7 +22,7 @@ void addExamples(CLI::App& command, std::initializer_list<const char*> calls);
 std::string explained(CLI::App& app, const CLI::ParseError& error);
 
 /// The text to print after a wrong call: the whole help if a command is missing, else only the
-/// usage, so that the message stays in sight. `error` is null if the words could be parsed.
+/// usage, so that the message does not scroll away. `error` is null if the words could be parsed.
 std::string adviceAfter(CLI::App& app, const CLI::ParseError* error);
 
 } // namespace boardctl

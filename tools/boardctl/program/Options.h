@@ -9,7 +9,7 @@ namespace boardctl {
 /// Exit statuses that scripts rely on.
 enum ExitStatus : int { DONE = 0, FAILED = 1, WRONG_CALL = 2 };
 
-/// What the command line says, for all commands.
+/// The parsed command line: what all commands share.
 struct Options {
     std::string board; ///< path of the profile; empty: a simulated board made for the call
     bool json = false;

@@ -30,7 +30,8 @@ void StopSignals::install() {
     sigaction(SIGTERM, &action, nullptr);
     action.sa_handler = [](int) {};
     sigaction(SIGHUP, &action, nullptr);
-    // Let writes fail instead: when the reader is gone, or at a limit on the size of files.
+    // Writes fail instead, with an error that can be reported: if the reader is gone, or if a file
+    // reaches its size limit.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }

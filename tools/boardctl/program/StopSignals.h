@@ -7,10 +7,10 @@ namespace boardctl {
 
 /// Handles SIGINT, SIGTERM and SIGHUP for the whole program.
 ///
-/// The signals don't end the program by themselves, so a command always restores and removes what
-/// it must. But they interrupt a waiting system call, so a blocked device can't keep the program
-/// from exiting. SIGINT and SIGTERM ask the running command to end. SIGHUP is ignored, except that
-/// it interrupts: a host may outlive its terminal.
+/// The signals don't end the program directly, so a command always restores and removes what it
+/// must. But they interrupt a waiting system call, so a blocked device can't keep the program from
+/// exiting. SIGINT and SIGTERM ask the running command to end. SIGHUP is ignored, except that it
+/// interrupts: a host may outlive its terminal.
 class StopSignals {
 public:
     using Clock = std::chrono::steady_clock;
@@ -18,7 +18,7 @@ public:
     static Clock::duration spanOf(double seconds) {
         return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
     }
-    /// The time `seconds` from now, or none if there are no `seconds`.
+    /// The time `seconds` from now; empty if `seconds` is empty.
     static std::optional<Clock::time_point> endAfter(std::optional<double> seconds) {
         return seconds ? std::optional(Clock::now() + spanOf(*seconds)) : std::nullopt;
     }

@@ -79,7 +79,7 @@ int edit(const Options& options, const EditWords& words,
     }
     if (flushOutput())
         return DONE;
-    if (outcome.isWritten) // standard output could not say so
+    if (outcome.isWritten) // standard output failed, so the message goes here
         complain(path + ": was written nevertheless" + backupNote(outcome));
     return FAILED;
 }

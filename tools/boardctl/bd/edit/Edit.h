@@ -21,8 +21,8 @@ struct EditWords {
 
 void addEditOptions(CLI::App& command, EditWords& words);
 
-/// Edits the image or the board's device by `step`: shows the changes, asks before a device is
-/// written, writes. Returns the exit status.
+/// Edits the image or the board's device with `step`: shows the changes, asks before it writes to a
+/// device, then writes. Returns the exit status.
 int edit(const Options& options, const EditWords& words,
          const std::function<void(board::DescriptorEdit&)>& step);
 
