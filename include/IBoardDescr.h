@@ -83,8 +83,8 @@ public:
     /// the image is corrupt it holds the tags before the fault. If std::bad_alloc is thrown the
     /// list is unchanged, or holds the tags before the one that there was no memory for.
     virtual XCode readBD(String& error) = 0;
-    /// Stores the list on the device, and adds no terminator. After a list that does not end with
-    /// one, the next load reads the device's old bytes as further tags.
+    /// Stores the list on the device, without adding a terminator. If the list does not end with
+    /// one, the next load reads the old bytes that follow on the device as more tags.
     virtual XCode writeBD(String& error) = 0;
 
     /// Reads MAC address `index` (tag 1) as "00:1A:2B:3C:4D:5E" with the interface number, 0 to
@@ -92,7 +92,7 @@ public:
     /// success.
     virtual XCode getMacAddress(unsigned index, String& mac, unsigned& iface, String& error) = 0;
     /// Overwrites MAC address `index`. Groups are hexadecimal; the low 8 bits of each count, and
-    /// missing ones are 0. Several colons in a row separate like one, and colons at either end are
+    /// missing ones are 0. Several colons in a row count as one, and colons at either end are
     /// ignored, so an empty group does not stand for a 0. A seventh group fails with "ERR MAC TOO
     /// LONG" and changes nothing. The record keeps the upper 16 bits of `iface`: to read back N,
     /// pass N * 65536.

@@ -13,12 +13,12 @@ class BOARD_API IFanControl : public IUnknown {
 public:
     static const VELM_UUID& IID();
 
-    /// What is written for each speed, and the lowest number in the device that reads back as it.
-    /// `maximum` is the kernel driver's; all divisions are integer divisions, done from left to
-    /// right.
+    /// The comments state what is written for each speed, and the lowest number in the device that
+    /// reads back as that speed. `maximum` is the kernel driver's; all divisions are integer
+    /// divisions, done from left to right.
     ///
-    /// A speed can read back as another: of a maximum of 11, HIGH writes 6, which is FULL. With a
-    /// maximum below 6 every number reads back as FULL.
+    /// A speed can read back as another: with a maximum of 11, HIGH writes 6, which reads back as
+    /// FULL. With a maximum below 6 every number reads back as FULL.
     enum FanSpeed : int {
         FAN_SPEED_FULL = 0, ///< writes maximum; from 5 * (maximum / 6)
         FAN_SPEED_HIGH = 1, ///< writes maximum / 3 * 2; from 3 * (maximum / 6)
@@ -33,9 +33,9 @@ public:
     /// succeeds.
     virtual XCode getDescription(String& description) = 0;
 
-    /// Reads the speed in force from the device: the number in its first 16 bytes. A negative
-    /// number is compared as unsigned, which makes it FAN_SPEED_FULL. A device that can be opened
-    /// but holds no number or can't be read counts as 0. Fails, with `speed` FAN_SPEED_OFF, if the
+    /// Reads the current speed from the device: the number in its first 16 bytes. A negative number
+    /// is compared as unsigned, which makes it FAN_SPEED_FULL. A device that can be opened but
+    /// holds no number or can't be read counts as 0. Fails, with `speed` FAN_SPEED_OFF, if the
     /// driver is not valid or the device file can't be opened.
     virtual XCode getActualFanSpeed(FanSpeed& speed) = 0;
 
@@ -45,7 +45,7 @@ public:
 
     /// Sets the speed as a record of 16 bytes; a value outside the enumeration writes the maximum.
     /// Fails if the driver is not valid or the device file can't be opened; the request is
-    /// remembered all the same.
+    /// remembered anyway.
     ///
     /// Success does not mean that the device accepted the value: call `getActualFanSpeed` to find
     /// out. A pwm file of the kernel rejects every value until its enable file holds 1, and always

@@ -131,7 +131,8 @@ protected:
 
     /// Creates the pipe if it is missing, and opens it for reading.
     void setupFifo();
-    /// Keeps a writer of the pipe open and tests the pipe once; faults are only logged.
+    /// Opens the pipe for writing too, leaves it open, and tests the pipe once; faults are only
+    /// logged.
     void testFifo();
     /// Opens each LED's file.
     void openFiles();
@@ -156,7 +157,7 @@ protected:
     std::uint32_t getState();
     /// Advances everything by one tick and returns the LEDs that are lit in it.
     std::uint32_t nextOutput();
-    /// One tick, unless suspended: hands `nextOutput` to the access method.
+    /// One tick, unless suspended: passes `nextOutput` to the access method.
     void update();
     /// Ends what `cmd` started.
     void stopAction(const CmdDef& cmd);
@@ -182,8 +183,8 @@ private:
 
 public:
     /// The owner's switch; the service never sets it. While it is true, nothing is written, the
-    /// blink pattern stands still and timed actions do not count down. The thread still reads the
-    /// pipe and runs commands; what they change shows once the switch is false again.
+    /// blink pattern is frozen and timed actions do not count down. The thread still reads the pipe
+    /// and runs commands; what they change shows once the switch is false again.
     std::atomic<bool> m_suspended;
 
 private:

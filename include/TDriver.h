@@ -6,9 +6,8 @@
 
 class TYLock;
 
-/// The plumbing of a driver, written once: query, reference count and lock for a driver that adds
-/// `Interfaces` to the framework's base `Base`. A driver class derives from this and holds only its
-/// own operations.
+/// What all drivers share: query, reference count and lock, for a driver that adds `Interfaces` to
+/// the framework's base `Base`. A driver class derives from this and holds only its own operations.
 ///
 /// Every interface inherits IUnknown separately, so each of its operations must be overridden once
 /// for all of them. The order of the bases is part of the binary interface.
@@ -39,7 +38,7 @@ public:
     ///@}
 
 private:
-    /// Hands out this object as `Interface` if `iid` identifies it.
+    /// Returns this object as `Interface` if `iid` identifies that interface.
     template <class Interface>
     bool offer(const VELM_UUID& iid, void** object) {
         if (iid != Interface::IID())

@@ -5,8 +5,8 @@
 #include "KernelMessage.h"
 #include "TDriver.h"
 
-/// What this library's drivers in front of a kernel driver have in common; `Interface` is the one
-/// that a driver adds to the framework's. At connection it asks the kernel driver for the path of a
+/// What this library's kernel-backed drivers have in common; `Interface` is the interface that a
+/// driver adds to those of the framework. At connection it asks the kernel driver for the path of a
 /// device file and a description. After that, every operation opens the file, reads or writes one
 /// decimal number, and closes the file.
 ///

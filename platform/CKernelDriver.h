@@ -21,7 +21,7 @@ public:
     /// Each kind of driver has its own identity.
     const VELM_UUID& getDID() const override = 0;
 
-    /// Answers IInfo besides what CDriver answers.
+    /// Answers IInfo and everything that CDriver answers.
     XCode queryInterface(const VELM_UUID& iid, void** object) override;
     unsigned addRef() override;
     unsigned release() override;

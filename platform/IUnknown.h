@@ -13,7 +13,7 @@ public:
 
     /// Asks for the interface `iid`. On success, `*object` is that interface with one reference for
     /// the caller. If the interface is unknown, `*object` is null and the call fails. If `object`
-    /// is null, the call only tells whether the interface exists.
+    /// is null, the call only checks whether the interface exists.
     virtual XCode queryInterface(const VELM_UUID& iid, void** object) = 0;
 
     /// Takes one reference and returns the new count. Any thread.

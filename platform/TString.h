@@ -45,5 +45,5 @@ public:
     }
 
 private:
-    std::basic_string<T> m_elements; // which holds the data of most tags without taking memory
+    std::basic_string<T> m_elements; // holds the data of most tags without an allocation
 };

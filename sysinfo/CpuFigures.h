@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-/// The arithmetic of processor time, separate from where the figures come from.
+/// The arithmetic of processor time, separate from reading the figures.
 namespace cpufigures {
 
 /// Processor time since the system started, in jiffies; the low 32 bits.
@@ -11,7 +11,7 @@ struct Figures {
     std::uint32_t idle;
 };
 
-/// The samples that a meter keeps: this many, of which the oldest is 14 periods back.
+/// The number of samples that a meter keeps; the oldest is 14 periods back.
 constexpr std::uint32_t SLOTS = 15;
 
 /// A meter's ring of samples and its positions in it. All of it belongs to the meter.
@@ -20,7 +20,7 @@ struct Ring {
     std::uint32_t (&idle)[SLOTS];
     std::uint32_t& current; ///< the slot of the latest sample
     std::uint32_t& index5;  ///< the slot that `measure` compares with for 5 periods, once advanced
-    std::uint32_t& index14; ///< likewise for 14 periods
+    std::uint32_t& index14; ///< the same for 14 periods
 };
 
 /// The outputs of one measurement, in percent.

@@ -151,7 +151,7 @@ XCode CBoardDescr::insertMacAddress(unsigned index, const String& mac, unsigned 
     const unsigned count = getNumberOfTag(MAC_TAG);
     const unsigned anchor = count == 0 ? 0 : std::min(index, count - 1);
     m_tags.insert(getTagIterator(MAC_TAG, anchor), BD::Tag(MAC_TAG));
-    // If there were MAC tags before, occurrence `count` is the former last one: it receives the
+    // If there were MAC tags before, occurrence `count` is the previously last one: it receives the
     // address and the new tag stays empty. Hosts rely on this.
     String scratch;
     return setMacAddress(count, mac, iface, scratch);

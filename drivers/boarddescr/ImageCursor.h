@@ -15,15 +15,15 @@ public:
     /// Whether a chunk could begin here: at least the two bytes of an identifier are left.
     bool hasChunk() const { return left() >= 2; }
 
-    /// Takes a 16-bit number; bytes past the end of the image count as 0.
+    /// Consumes a 16-bit number; bytes past the end of the image count as 0.
     unsigned takeUInt16() {
         const char bytes[] = {m_image[m_position], m_image[m_position + 1]};
         m_position += left() < 2 ? left() : 2;
         return cntoh_uint16(bytes, 2);
     }
 
-    /// Takes `count` bytes and returns a pointer to them. Returns null and takes nothing if there
-    /// are fewer.
+    /// Consumes `count` bytes and returns a pointer to them. Returns null and consumes nothing if
+    /// fewer are left.
     const char* takeBytes(unsigned count) {
         if (left() < count)
             return nullptr;

@@ -48,7 +48,7 @@ XCode CResourceVoip::setup(String& error) {
     return XCode();
 }
 
-// By value: it is part of the binary interface that each step holds a reference itself.
+// Passed by value, so that each step holds its own reference; this is part of the binary interface.
 // NOLINTBEGIN(performance-unnecessary-value-param)
 void CResourceVoip::calculateDspChannels(TYPPtr<IBoardDescr> board) {
     unsigned stored = 0;

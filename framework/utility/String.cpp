@@ -83,7 +83,7 @@ bool String::startsWith(const String& prefix) const {
 }
 
 // strtoll, not strtol: `long` has 32 bits on the board and may have 64 here, and both must clamp
-// alike.
+// the same way.
 int String::toInteger(int base) const {
     const long long value = std::strtoll(m_text.c_str(), nullptr, base);
     return static_cast<int>(std::clamp<long long>(value, std::numeric_limits<std::int32_t>::min(),

@@ -104,7 +104,7 @@ XCode TYThread::start(const String& name) {
     if (isAlive())
         return failure("THREAD RUNS ALREADY");
     if (m_control)
-        static_cast<void>(TYThread::detach()); // it ended by itself and was never joined
+        static_cast<void>(TYThread::detach()); // it ended on its own and was never joined
 
     waiting::installHandler();
     const auto control = std::make_shared<Control>(*this, name.isEmpty() ? m_name : name);

@@ -12,7 +12,7 @@
 /// owner; pthread_cancel would lose it.
 namespace waiting {
 
-/// Shared by a thread and those who stop it. Each run of a thread has a new one.
+/// Shared by a thread and the threads that stop it. Each run of a thread has a new one.
 struct State {
     std::atomic<bool> stopRequested{false};
     std::atomic<bool> inCall{false}; ///< in the call that waits; a signal works only then

@@ -58,7 +58,8 @@ void LedCtrl::shutdown() {
         return;
     }
     VSYSLOG(CATEGORY, TRACE, "Shutting down LED Control...");
-    // First of all, as a tick would otherwise write to whatever next gets a closed file's number.
+    // The thread ends first: a tick could otherwise write to another file that reuses the
+    // descriptor of a closed one.
     static_cast<void>(stop());
     if (m_fifoFd > 0)
         ::close(m_fifoFd);
