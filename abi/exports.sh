@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Prints what a built library exports, one name per line, without what follows from the rest: thunks, types, interface tables.
+# Prints what a built library exports, one name per line. Omits names that follow from the others:
+# thunks, types, interface tables.
 # usage: abi/exports.sh LIBRARY
 set -euo pipefail
 

@@ -89,7 +89,8 @@ def main(files):
     for header in [file for file in files if file.endswith(".h")]:
         with open(header, encoding="utf-8") as file:
             text = file.read()
-        # A header of include/ without an export is compiled into its user; nothing of it crosses the interface.
+        # Code from a header in include/ without an export is compiled into the client, so it is not
+        # part of the binary interface.
         if "BOARD_API" in text or not header.startswith("include/"):
             wanted.update(re.findall(r"^ *(?:class|struct) (?:BOARD_API )?(\w+)(?: : .*)? \{$", text, re.MULTILINE))
     for library in [file for file in files if not file.endswith(".h")]:

@@ -6,7 +6,7 @@
 
 namespace fuzz {
 
-/// Checks a promise of the headers. The fuzzer keeps an input that breaks it.
+/// Checks a promise of the headers. The fuzzer keeps any input that breaks it.
 inline void expect(bool holds, const char* promise) {
     if (holds)
         return;

@@ -1,5 +1,5 @@
-// Any message is exactly one of a press, a release and a report; without an observer it is always a
-// report.
+// Handles arbitrary messages: each is exactly one of a press, a release and a report. Without an
+// observer it is always a report.
 
 #include <cstring>
 

@@ -1,5 +1,5 @@
-// Feeds any lines as the first line of /proc/stat, one per period, and compares the load with a
-// model that keeps the whole history and counts in 64 bits.
+// Feeds arbitrary lines as the first line of /proc/stat, one per period, and compares the load with
+// a model that keeps the whole history and counts in 64 bits.
 
 #include <array>
 #include <cctype>
@@ -15,7 +15,7 @@ using fuzz::expect;
 
 namespace {
 
-/// The samples of a meter that is fed with lines.
+/// The samples of a meter that reads given lines.
 struct Meter {
     std::uint32_t busy[cpufigures::SLOTS] = {};
     std::uint32_t idle[cpufigures::SLOTS] = {};

@@ -1,5 +1,5 @@
-// Feeds any bytes as an information file and as a file with a number, and compares the results with
-// what the headers promise.
+// Reads arbitrary bytes as an information file and as a file with a number, and compares the
+// results with the contract in the headers.
 
 #include <algorithm>
 #include <array>
@@ -16,7 +16,7 @@ using fuzz::expect;
 
 namespace {
 
-/// Whether `c` is a blank to the C library.
+/// Whether the C library treats `c` as white space.
 bool isBlank(char c) {
     return std::isspace(static_cast<unsigned char>(c)) != 0;
 }

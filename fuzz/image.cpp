@@ -1,5 +1,5 @@
-// Any bytes as a descriptor image: what the library loads is compared with an independent walk over
-// the bytes; then reports, edits, and the way through a file or JSON and back.
+// Loads arbitrary bytes as a descriptor image and compares the result with an independent walk over
+// the bytes. Then checks the reports, the edits, and round trips through a file and through JSON.
 
 #include <algorithm>
 #include <cstdint>

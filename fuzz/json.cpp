@@ -1,6 +1,6 @@
-// Any text as the input of a build: either tags or one Error, and the tags come back from a dump of
-// their image. Then tags made of the same bytes, in JSON written here: they are accepted, and
-// rejected if one thing in them is wrong.
+// Builds an image from arbitrary text: the result is either one Error or tags, which a dump of
+// their image returns. Then derives tags from the same bytes and writes them as JSON: they are
+// accepted, or rejected if they contain one mistake.
 
 #include <algorithm>
 #include <cstdint>

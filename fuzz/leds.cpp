@@ -1,6 +1,6 @@
-// Any table, then any lines and ticks. Lines go through the pipe. A second sequencer runs the rows
-// that this file's own parser finds in the lines, and must show the same. If all rows are static, a
-// model must show the same too.
+// Runs an arbitrary table with arbitrary lines and ticks. The lines go through the pipe. A second
+// sequencer runs the rows that this file's own parser finds in the lines, and must show the same.
+// If all rows are static, a model must show the same too.
 
 #include <algorithm>
 #include <cctype>

@@ -1,6 +1,6 @@
-// Loads any bytes as a board profile: the result is one error with file and line, or a profile
-// whose fields hold what they promise. A profile still loads with a comment added, and fails with
-// an unknown key added.
+// Loads arbitrary bytes as a board profile: the result is one error with file and line, or a
+// profile whose fields are valid. A profile still loads with a comment added, and fails with an
+// unknown key added.
 
 #include <algorithm>
 #include <cstdint>

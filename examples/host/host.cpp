@@ -84,7 +84,8 @@ private:
     const String m_name;
 };
 
-/// The VoIP capacity of this board, which has 30 SIP legs unless its descriptor says otherwise.
+/// The VoIP capacity of this board, which has 30 SIP legs unless its descriptor states another
+/// number.
 class Capacity : public CResourceVoip {
 public:
     Capacity() : CResourceVoip(false) {}
