@@ -35,7 +35,7 @@ Form read(const std::string& line, Sample& sample) {
     std::string word;
     words >> word; // the name
     std::array<std::uint32_t, 4> numbers{};
-    std::size_t runs = 0; // of digits, in all words
+    std::size_t runs = 0; // runs of digits in all words
     bool isUsual = true;
     for (std::size_t i = 0; words >> word; ++i) {
         const std::size_t sign = word[0] == '-' || word[0] == '+';

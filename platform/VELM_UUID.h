@@ -13,7 +13,7 @@ public:
     struct Value {
         std::uint8_t bytes[16];
     };
-    /// What handles share.
+    /// The representation that handles share.
     struct Rep {
         Value value;
         std::atomic<std::uint32_t> count; ///< references; STATIC_COUNT: never counted, never freed

@@ -91,7 +91,7 @@ XCode CBoardDescr::exportBD(TString<char>& image, String&) {
     std::size_t size = 0;
     for (const BD::Tag& tag : m_tags)
         size += HEADER_BYTES + tag.data.length() + paddingOf(tag);
-    std::vector<char> chunks(size); // zeros, which the padding needs
+    std::vector<char> chunks(size); // zeros, so the padding is in place
     char* out = chunks.data();
     for (const BD::Tag& tag : m_tags) {
         const unsigned chunkLength = HEADER_BYTES + tag.length + paddingOf(tag);

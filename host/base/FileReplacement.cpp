@@ -134,7 +134,7 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
 }
 
 std::string FileReplacement::content(std::size_t limit) const {
-    if (!m_lock.isOpen()) // even if the file exists by now, it is not locked
+    if (!m_lock.isOpen()) // the file may exist by now, but is not locked
         failWith(m_path, "can't open", ENOENT);
     const FileDescriptor file = tryOpen(m_target, O_RDONLY | O_NONBLOCK);
     if (!file.isOpen())

@@ -8,7 +8,7 @@
 
 namespace board {
 
-/// Carries presses of an input device's key into a button's pipe, as messages for the button's
+/// Forwards presses of an input device's key to a button's pipe, as messages for the button's
 /// monitor. However late they are read, none is lost or merged: events wait in the kernel while the
 /// pipe is occupied. If the kernel has to drop some, the key's last state still arrives.
 class ButtonBridge {

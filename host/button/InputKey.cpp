@@ -50,7 +50,7 @@ public:
     }
 
 private:
-    static constexpr unsigned BITS = 8 * sizeof(unsigned long); // the kernel's words
+    static constexpr unsigned BITS = 8 * sizeof(unsigned long); // per word of the kernel's array
 
     std::array<unsigned long, KEY_MAX / BITS + 1> m_bits{};
 };

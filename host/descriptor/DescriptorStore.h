@@ -9,7 +9,7 @@
 
 namespace board {
 
-/// How an edit is done.
+/// Options of an edit.
 struct EditManner {
     bool force = false;  ///< edit a corrupt image too; the tags before the fault stay
     bool dryRun = false; ///< find out what would change, write nothing
@@ -17,7 +17,7 @@ struct EditManner {
     std::string backup;  ///< the file for it; empty: a dated one in the state folder
 };
 
-/// What became of an edit.
+/// The result of an edit.
 struct EditOutcome {
     bool isDevice = false;
     bool isWritten = false;

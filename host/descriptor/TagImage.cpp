@@ -60,7 +60,7 @@ const BD::Tag& TagImage::find(BD::TagId id, unsigned index) const {
 }
 
 void TagImage::loadInto(CBoardDescr& descriptor) const {
-    String fault; // known already
+    String fault; // m_fault holds it already
     static_cast<void>(
         descriptor.importBD({m_bytes.data(), static_cast<unsigned>(m_bytes.size())}, fault));
 }

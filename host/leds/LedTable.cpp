@@ -34,7 +34,7 @@ LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& loca
     }
     for (auto& [mask, led] : leds)
         m_leds.push_back(std::move(led));
-    for (const Led& led : m_leds) // not moved any more: the rows point to its paths
+    for (const Led& led : m_leds) // after the last move: the rows point to the paths
         if (!led.path.empty())
             m_files.push_back({static_cast<std::int32_t>(led.mask), led.path.c_str()});
 }

@@ -18,7 +18,7 @@ void report(const String& text) {
 
 TYTime now() {
     TYTime time;
-    static_cast<void>(time.getSystemClock(TYTime::SYSTEM_CLOCK)); // a time is 0 without a clock
+    static_cast<void>(time.getSystemClock(TYTime::SYSTEM_CLOCK)); // 0 if the clock fails
     return time;
 }
 

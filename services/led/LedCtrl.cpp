@@ -35,7 +35,7 @@ LedCtrl::~LedCtrl() {
 }
 
 XCode LedCtrl::runThread() {
-    if (m_tickUs == 0) // would loop without a pause
+    if (m_tickUs == 0) // the loop would have no pause
         return XCode(XCode::FAILURE);
     setupFifo();
     testFifo();

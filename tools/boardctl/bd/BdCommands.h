@@ -26,7 +26,7 @@ void addBdCheck(CLI::App& bd, Options& options);
 
 constexpr char TAG_HELP[] = "ID or ID.N: decimal, 0x hexadecimal or a name; N counts from 0";
 
-/// The image as a word.
+/// The image as a positional word.
 inline void addImageWord(CLI::App& command, std::string& image) {
     command.add_option("IMAGE", image, "Image file; by default the board's descriptor")
         ->check(notEmpty())

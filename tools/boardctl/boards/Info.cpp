@@ -59,7 +59,7 @@ ordered_json reportToJson(const board::Report& report) {
 int complainOf(const board::Report& report, const board::Host& host) {
     std::vector<std::string> faults;
     for (const board::Device& device : host.devices())
-        if (device.kind == board::DeviceKind::PREFERENCES && device.fault) // it has no driver
+        if (device.kind == board::DeviceKind::PREFERENCES && device.fault) // no driver reports it
             faults.push_back("preferences: " + *device.fault);
     for (const board::DriverReport& driver : report.drivers)
         if (driver.fault)

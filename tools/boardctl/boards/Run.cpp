@@ -63,7 +63,7 @@ public:
             notify("STOPPING=1");
             m_leds = nullptr;
         }
-        m_loop.passEventsOn(); // those of the services' end
+        m_loop.passEventsOn(); // the last events of the services
         if (!m_lines.isLost())
             m_lines.print("stopped", "stopped");
         return m_lines.isLost() && !StopSignals::isAsked() ? FAILED : DONE;
@@ -199,7 +199,7 @@ private:
     EventLines m_lines;
     board::HostingLoop m_loop;
     const Board m_board;
-    const board::LedService* m_leds = nullptr; ///< while the services run
+    const board::LedService* m_leds = nullptr; ///< null unless the services run
 };
 
 int run(const Options& options, const RunWords& words) {

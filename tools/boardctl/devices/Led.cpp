@@ -122,7 +122,7 @@ int blink(const Options& options, const LedWords& words, unsigned count, unsigne
     const auto led = findLed(board, words.name);
     const unsigned former = formerState(board, words.name);
     expectDone(led->enableLedToggle(), words.name, "can't be toggled");
-    const auto half = std::chrono::microseconds(periodMs) * 500; // half of a thousand
+    const auto half = std::chrono::microseconds(periodMs) * 500; // half of 1000 us per ms
     bool stopped = false;
     std::string fault;
     Progress progress(count * (periodMs / 1000.0));

@@ -101,7 +101,7 @@ void EventLines::printEvent(const TYTime& time, const board::event::LedCommand& 
 }
 
 void EventLines::printEvent(const TYTime& time, const board::event::LedChanged& led) {
-    if (!m_panel) // which shows the state itself
+    if (!m_panel) // the panel shows the state
         printTimed(time, "led", "LED '" + led.name + "' " + (led.isLit ? "on" : "off"),
                    {{"name", led.name}, {"lit", led.isLit}});
 }

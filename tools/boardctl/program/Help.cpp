@@ -101,7 +101,7 @@ std::string explained(CLI::App& app, const CLI::ParseError& error) {
     const auto option = std::find_if(words.begin(), words.end(), [](const std::string& word) {
         return word.size() > 1 && word[0] == '-' && word != "--";
     });
-    if (option != words.end()) // this explains the call better than the error that followed from it
+    if (option != words.end()) // the option is the cause; `error` is only a consequence
         return unknownOption(app, *option);
     if (dynamic_cast<const CLI::RequiredError*>(&error) && lacksCommand(app))
         return words.empty() ? "a command is missing" : unknownCommand(app, words.front());
@@ -111,12 +111,12 @@ std::string explained(CLI::App& app, const CLI::ParseError& error) {
                board::didYouMean(words.front(), knownOptions(app));
     const std::string what = error.what();
     const bool lacksValue = dynamic_cast<const CLI::ArgumentMismatch*>(&error) &&
-                            what.find("missing") != std::string::npos; // not: it has several
+                            what.find("missing") != std::string::npos; // not too many
     return lacksValue ? what.substr(0, what.find(':')) + ": the value is missing" : what;
 }
 
 std::string adviceAfter(CLI::App& app, const CLI::ParseError* error) {
-    std::string help = app.help(); // of the innermost command
+    std::string help = app.help(); // the innermost command's
     if (dynamic_cast<const CLI::RequiredError*>(error) && lacksCommand(app) &&
         app.remaining(true).empty())
         return help;
