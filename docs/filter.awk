@@ -7,7 +7,7 @@
 grouped && /^ *\/\/\// { text = $0; sub(/^ *\/\/\/ ?/, "", text); shared = shared text " "; print ""; next }
 grouped && /;/ { print "/** " shared "*/ " $0; next }
 
-# Template instantiations of the library do not interest a reader.
+# The library's template instantiations are of no interest to readers.
 /^extern template / { print ""; next }
 
 # Documented once here instead of in each header.

@@ -14,7 +14,7 @@ struct Figures {
 /// The number of samples that a meter keeps; the oldest is 14 periods back.
 constexpr std::uint32_t SLOTS = 15;
 
-/// A meter's ring of samples and its positions in it. All of it belongs to the meter.
+/// A meter's ring of samples and its positions in it. The meter owns all of it.
 struct Ring {
     std::uint32_t (&busy)[SLOTS];
     std::uint32_t (&idle)[SLOTS];

@@ -151,8 +151,8 @@ XCode CBoardDescr::insertMacAddress(unsigned index, const String& mac, unsigned 
     const unsigned count = getNumberOfTag(MAC_TAG);
     const unsigned anchor = count == 0 ? 0 : std::min(index, count - 1);
     m_tags.insert(getTagIterator(MAC_TAG, anchor), BD::Tag(MAC_TAG));
-    // If there were MAC tags before, occurrence `count` is the previously last one: it receives the
-    // address and the new tag stays empty. Hosts rely on this.
+    // If there were MAC tags before, occurrence `count` is the tag that was last until now: it
+    // receives the address and the new tag stays empty. Hosts rely on this.
     String scratch;
     return setMacAddress(count, mac, iface, scratch);
 }

@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t HEADER_BYTES = 4;
 constexpr std::size_t ID_BYTES = 2;
 
-/// How many bytes the chunk of a loaded tag takes.
+/// The number of bytes that the chunk of a loaded tag occupies.
 std::size_t chunkSize(const BD::Tag& tag) {
     return HEADER_BYTES + tag.length;
 }
