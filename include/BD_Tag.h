@@ -14,7 +14,7 @@ struct BOARD_API Tag {
     explicit Tag(TagId tagId = 0) : id(tagId) {}
 
     /// Replaces the data with a copy of `bytes` and sets `length` to match. Always succeeds; if
-    /// memory runs out the tag is left empty.
+    /// memory runs out, the tag is left empty.
     XCode setData(const TString<char>& bytes);
 
     /// The same for `n` bytes. If `bytes` is null the data becomes empty but `length` still becomes

@@ -102,7 +102,7 @@ public:
 
     /// Replaces the list with the tags of `image`. A terminator becomes a last tag with identifier
     /// 0 and no data. Fails with "CORRUPTED BOARD DESCRIPTOR: ..." and the position, and keeps the
-    /// tags before it. If std::bad_alloc is thrown the list is unchanged, or holds the tags before
+    /// tags before it. If std::bad_alloc is thrown, the list is unchanged, or holds the tags before
     /// the one that there was no memory for.
     XCode importBD(const TString<char>& image, String& error);
 

@@ -79,9 +79,10 @@ public:
     /// Removes the tag.
     virtual XCode removeTag(BD::TagId id, unsigned index, String& error) = 0;
 
-    /// Replaces the list with what the device holds. If the device can't be read the list stays; if
-    /// the image is corrupt it holds the tags before the fault. If std::bad_alloc is thrown the
-    /// list is unchanged, or holds the tags before the one that there was no memory for.
+    /// Replaces the list with what the device holds. If the device can't be read, the list does not
+    /// change; if the image is corrupt, it holds the tags before the fault. If std::bad_alloc is
+    /// thrown, the list is unchanged, or holds the tags before the one that there was no memory
+    /// for.
     virtual XCode readBD(String& error) = 0;
     /// Stores the list on the device, without adding a terminator. If the list does not end with
     /// one, the next load reads the old bytes that follow on the device as more tags.

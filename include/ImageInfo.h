@@ -19,7 +19,7 @@ public:
     /// of 126 bytes; the last of them may be the newline alone. A member whose line is missing
     /// keeps its value. A directory counts as an empty file.
     ///
-    /// If the file can't be opened it fails with code -1, puts "OPEN '%s' FAILED" with the path
+    /// If the file can't be opened, it fails with code -1, puts "OPEN '%s' FAILED" with the path
     /// into `error` and changes no member. Success leaves `error` alone.
     XCode init(String& error);
 
@@ -45,7 +45,7 @@ public:
 
 /// Reads the number at the start of a small file, such as an attribute file of the kernel: decimal,
 /// hexadecimal after 0x or octal after 0, with an optional sign, after any white space. It is
-/// clamped to -2147483648..2147483647. Only the first 10 bytes are read; if they hold no number it
+/// clamped to -2147483648..2147483647. Only the first 10 bytes are read; if they hold no number, it
 /// succeeds and leaves `value` alone. Fails with code -1 and no text, and leaves `value` alone, if
 /// the file can't be opened or read, or is empty. Any thread may call it.
 BOARD_API XCode readValueFromFile(const String& path, int& value);

@@ -47,7 +47,7 @@ void setShare(const Figures& from, const Figures& to, unsigned short& percent);
 bool start(const Ring& ring, const char* line);
 
 /// Advances the ring by one period, stores `line` as its sample and sets the shares of the last 1,
-/// 5 and 14 periods. If the line can't be parsed it returns false: the ring has advanced, and both
+/// 5 and 14 periods. If the line can't be parsed, it returns false: the ring has advanced, and both
 /// the slot and the shares keep their values.
 bool measure(const Ring& ring, const char* line, const Shares& shares);
 
