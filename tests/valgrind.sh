@@ -2,12 +2,9 @@
 # Runs the test programs of a build, and commands of boardctl that read, write and host, under
 # valgrind: no invalid access, no use of uninitialized memory, no leak. Skips the tests of boardctl,
 # because valgrind does not watch the programs that they start.
+# usage: tests/valgrind.sh [BUILD]   (BUILD: a build folder; default build/host)
 set -euo pipefail
 
-if (($# > 1)); then
-    echo "usage: tests/valgrind.sh [BUILD]   (BUILD: a build folder; default build/host)" >&2
-    exit 2
-fi
 bin=$(realpath -- "${1-"$(dirname -- "$0")/../build/host"}")/bin
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT

@@ -132,11 +132,10 @@ TEST(Boot3Devices, FailByNameWhileTheirDriverIsAwayAndThenReturn) {
     };
     for (const auto& row : table) {
         const std::string path = locate(row.file);
-        {
-            const Unbound away(row.driver, row.device);
+        whileUnbound(row.driver, row.device, [&] {
             EXPECT_EQ(read(path), "ENOENT");
             expectFault(call(row.words), row.reason);
-        }
+        });
         EXPECT_EQ(call(row.words).status, 0) << row.device;
     }
 }

@@ -102,15 +102,6 @@ void expectFault(const support::Outcome& outcome, const std::string& reason) {
     EXPECT_EQ(outcome.status, 1) << outcome.err;
 }
 
-Unbound::Unbound(const std::string& driver, const std::string& device)
-    : m_driver("/sys/bus/" + driver), m_device(device) {
-    EXPECT_EQ(write(m_driver + "/unbind", m_device), std::to_string(m_device.size())) << m_driver;
-}
-
-Unbound::~Unbound() {
-    EXPECT_EQ(write(m_driver + "/bind", m_device), std::to_string(m_device.size())) << m_driver;
-}
-
 } // namespace onboard
 
 int main(int argc, char** argv) {

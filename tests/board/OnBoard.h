@@ -63,19 +63,15 @@ void expectOutput(const support::Outcome& outcome, const std::string& out);
 /// It must have exited with status 1, and its message must contain `reason`.
 void expectFault(const support::Outcome& outcome, const std::string& reason);
 
-/// Detaches a device from its driver while it lives. `driver` is the driver's folder below
-/// /sys/bus.
-class Unbound {
-public:
-    Unbound(const std::string& driver, const std::string& device);
-    ~Unbound();
-    Unbound(const Unbound&) = delete;
-    Unbound& operator=(const Unbound&) = delete;
-
-private:
-    const std::string m_driver;
-    const std::string m_device;
-};
+/// Detaches `device` from its driver, calls `body`, and attaches it again. `driver` is the driver's
+/// folder below /sys/bus.
+template <class Body>
+void whileUnbound(const std::string& driver, const std::string& device, Body body) {
+    const std::string all = std::to_string(device.size());
+    EXPECT_EQ(write("/sys/bus/" + driver + "/unbind", device), all) << driver;
+    body();
+    EXPECT_EQ(write("/sys/bus/" + driver + "/bind", device), all) << driver;
+}
 
 /// Polls until `isReached` returns true. Returns false after half a minute, which only a fault
 /// takes.

@@ -91,10 +91,8 @@ TEST_F(Button, BridgeExplainsWhatIsWrongWithItsDevice) {
     expectFault(call({"button", "bridge", KEYS, "--code", "30"}),
                 "has no key 30 (expected one of the codes 148)");
     expectFault(call({"button", "bridge", KEYS}), "another program writes this button's messages");
-    {
-        const Unbound away("platform/drivers/gpio-keys", "button");
-        expectFault(bridge.finish(), "the device is gone");
-    }
+    whileUnbound("platform/drivers/gpio-keys", "button",
+                 [&] { expectFault(bridge.finish(), "the device is gone"); });
     EXPECT_TRUE(until([] { return ::access(KEYS, R_OK) == 0; }));
 }
 
@@ -105,10 +103,7 @@ TEST(LedSequencer, ContinuesWithoutALedWhoseDriverIsAway) {
     const LedCtrl::FileNameMap files[] = {{1, alarm.c_str()}, {2, status.c_str()}};
     auto* const leds = new LedCtrl(table, 1, files, 2, LedCtrl::ACCESS_FILES, 10, 0x0F0F0F0F);
     EXPECT_TRUE(blinks([] { return get(ALARM_LIGHT) != "\"off\""; }));
-    {
-        const Unbound away("i2c/drivers/leds-pca955x", "1-0060");
-        EXPECT_TRUE(blinks(isStatusLit));
-    }
+    whileUnbound("i2c/drivers/leds-pca955x", "1-0060", [] { EXPECT_TRUE(blinks(isStatusLit)); });
     // The device is back, but the service still holds the file of the old one.
     EXPECT_TRUE(blinks(isStatusLit));
     EXPECT_EQ(read(ALARM_LED), "0");

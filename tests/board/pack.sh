@@ -13,14 +13,10 @@ kernel=$(basename "$folder"/system/boot/vmlinuz-*)
 version=${kernel#vmlinuz-}
 target=/usr/arm-linux-gnueabihf/lib
 
-# --- the device tree --------------------------------------------------------------------------------------
-
 for ((level = 0; level < 256; ++level)); do printf '<%d %d>,' $((20 * level)) $level; done |
     sed 's/^/gpio-fan,speed-map = /; s/,$/;\n/' >"$folder/fan-speeds.dtsi"
 dtc -q -I dts -O dtb -i "$folder" -o "$folder/board.dtbo" "$here/board.dtso"
 fdtoverlay -i "$folder/system/usr/lib/linux-image-$version/aspeed-ast2600-evb.dtb" -o "$folder/board.dtb" "$folder/board.dtbo"
-
-# --- the root file system ---------------------------------------------------------------------------------
 
 rm -rf "$root"
 mkdir -p "$root"/{bin,dev,etc,proc,run,sys,tmp,lib/modules,tests}
