@@ -1,18 +1,25 @@
 #include "TDriver.h"
 
 #include "CDriver.h"
+#include "CFanControl.h"
+#include "CLedControl.h"
+#include "CPowerStatus.h"
+#include "CResourceVoip.h"
+#include "CThermalSensor.h"
 #include "DID.h"
-#include "IResourceVoip.h"
 #include "support/DriverFixtures.h"
 
 namespace {
 
-/// A framework base whose answers carry texts.
+using namespace support;
+
+/// A framework base that answers with texts, and does not clear the result on failure.
 struct TalkativeBase : CDriver {
     using CDriver::CDriver;
     XCode queryInterface(const VELM_UUID& iid, void** object) override {
-        const XCode status = CDriver::queryInterface(iid, object);
-        return XCode(status.getCode(), status.isSuccess() ? "ANSWERED" : "UNKNOWN INTERFACE");
+        if (iid != IDriver::IID())
+            return XCode(-7, "UNKNOWN INTERFACE");
+        return XCode(CDriver::queryInterface(iid, object).getCode(), "ANSWERED");
     }
 };
 
@@ -22,13 +29,40 @@ struct Capacity final : TDriver<TalkativeBase, IResourceVoip> {
     unsigned getSipLegCount() const override { return 0; }
 };
 
+struct Voip : CResourceVoip {
+    Voip() : CResourceVoip(false) {}
+    unsigned getDefaultSipLegs() override { return 0; }
+};
+
 } // namespace
+
+TEST(TDriver, EachDriverHasItsIdentityAndInterfaces) {
+    CFanControl fan(nullptr, "", "");
+    CLedControl led(nullptr, "", "");
+    CPowerStatus power(nullptr, "", "");
+    CThermalSensor sensor(nullptr, "", "");
+    CBoardDescr board;
+    Voip voip;
+    expectFaces<IFanControl>(fan);
+    expectFaces<ILedControl>(led);
+    expectFaces<IPowerStatus>(power);
+    expectFaces<IThermalSensor>(sensor);
+    expectFaces<IBoardDescr>(board);
+    expectFaces<IResourceVoip>(voip);
+    EXPECT_EQ(fan.getDID(), CFanControl::DID());
+    EXPECT_EQ(led.getDID(), CLedControl::DID());
+    EXPECT_EQ(power.getDID(), CPowerStatus::DID());
+    EXPECT_EQ(sensor.getDID(), CThermalSensor::DID());
+    EXPECT_EQ(board.getDID(), DID_BoardDescr());
+    EXPECT_EQ(voip.getDID(), DID_Resource());
+    EXPECT_EQ(str(voip.getDriverName()), "resource-driver");
+}
 
 TEST(TDriver, ReturnsTheBasesSuccessAsItIsAndDropsItsFailure) {
     Capacity capacity(DID_Resource(), "capacity");
-    const XCode answered = capacity.queryInterface(IDriver::IID(), nullptr);
-    EXPECT_TRUE(answered.isSuccess());
-    EXPECT_EQ(support::str(answered.getMessage()), "ANSWERED");
-    for (const VELM_UUID& iid : {IResourceVoip::IID(), DID_Resource()})
-        EXPECT_EQ(support::str(capacity.queryInterface(iid, nullptr).getMessage()), "");
+    EXPECT_EQ(str(capacity.queryInterface(IDriver::IID(), nullptr).getMessage()), "ANSWERED");
+    EXPECT_EQ(str(capacity.queryInterface(IResourceVoip::IID(), nullptr).getMessage()), "");
+    void* object = &capacity;
+    expectPlainFailure(capacity.queryInterface(DID_Resource(), &object));
+    EXPECT_EQ(object, nullptr);
 }

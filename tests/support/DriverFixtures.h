@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <sstream>
 #include <string>
 #include <type_traits>
@@ -13,6 +14,7 @@
 
 #include "CBoardDescr.h"
 #include "CKernelDriver.h"
+#include "InfoContainer.h"
 
 /// Helpers for the tests of several drivers.
 namespace support {
@@ -54,43 +56,55 @@ inline void expectPlainFailure(const XCode& status) {
     EXPECT_EQ(str(status.getMessage()), "");
 }
 
-/// An interface and its address; null if the object does not have it.
-using Face = std::pair<VELM_UUID, void*>;
+/// The arguments of a report: maximum level, level, maximum index, index.
+using Place = std::array<unsigned, 4>;
 
-/// Queries a driver with the count 1 for each of the framework's interfaces and of `faces`, through
-/// its own interface and the framework's, with and without a place for the result.
-template <class Driver, class Own>
-void expectFaces(Driver& object, Own& own, std::vector<Face> faces) {
+/// The rows of a report with the prefix "> ", each formatted as "<level>.<index> <key>=<value>".
+template <class Object>
+std::vector<std::string> reportOf(const Object& object, const Place& at,
+                                  decltype(&Object::getInfo) form = &Object::getInfo) {
+    InfoContainer container;
+    EXPECT_EQ(&(object.*form)(container, at[0], at[1], at[2], at[3], "> "), &container);
+    std::vector<std::string> rows;
+    for (const auto& row : container.getRows())
+        rows.push_back(str(String::format("%u.%u ", row.level, row.index)) + str(row.key) + "=" +
+                       str(row.value));
+    return rows;
+}
+
+/// Queries a driver with the count 1 for the framework's interfaces, for `Interface` and for one
+/// that it does not have, through each of them, with and without a place for the result.
+template <class Interface, class Driver>
+void expectFaces(Driver& object) {
+    Interface* const own = &object;
     IDriver* const driver = &object;
     IInfo* info = nullptr; // the base class's: the LED driver's own interface has another
     if constexpr (std::is_base_of_v<CKernelDriver, Driver>)
         info = static_cast<CKernelDriver*>(&object);
     else
         info = &object;
-    IUnknown* const unknown = driver;
-    faces.insert(faces.end(),
-                 {{IUnknown::IID(), unknown}, {IDriver::IID(), driver}, {IInfo::IID(), info}});
-    for (IUnknown* const way :
-         {static_cast<IUnknown*>(&own), static_cast<IUnknown*>(info), unknown})
+    const std::pair<VELM_UUID, void*> faces[] = {
+        {Interface::IID(), own},
+        {VELM_UUID(Interface::IID().getValue(), "another representation"), own},
+        {IUnknown::IID(), static_cast<IUnknown*>(driver)},
+        {IDriver::IID(), driver},
+        {IInfo::IID(), info},
+        {VELM_UUID({}, "unknown"), nullptr}};
+    for (IUnknown* const way : {static_cast<IUnknown*>(own), static_cast<IUnknown*>(info),
+                                static_cast<IUnknown*>(driver)})
         for (const auto& [iid, expected] : faces) {
+            SCOPED_TRACE(std::string(Interface::IID().getName()) + " for " + iid.getName());
             void* face = way;
             const XCode status = way->queryInterface(iid, &face);
-            EXPECT_EQ(status.getCode(), expected ? 0 : -1) << iid.getName();
-            EXPECT_EQ(str(status.getMessage()), "") << iid.getName();
-            EXPECT_EQ(face, expected) << iid.getName();
-            EXPECT_EQ(way->queryInterface(iid, nullptr).isSuccess(), expected != nullptr)
-                << iid.getName();
+            EXPECT_EQ(status.getCode(), expected ? 0 : -1);
+            EXPECT_EQ(str(status.getMessage()), "");
+            EXPECT_EQ(face, expected);
+            EXPECT_EQ(way->queryInterface(iid, nullptr).isSuccess(), expected != nullptr);
             EXPECT_EQ(way->getLock(), object.getLock());
-            EXPECT_EQ(way->addRef(), expected ? 3U : 2U) << iid.getName();
+            EXPECT_EQ(way->addRef(), expected ? 3U : 2U);
             while (way->release() > 1) {
             }
         }
-}
-
-/// An identifier formatted as "<name> <its bytes in memory>".
-inline std::string published(const VELM_UUID& identifier) {
-    const auto* const bytes = reinterpret_cast<const char*>(identifier.getValue().bytes);
-    return identifier.getName() + (" " + toHex(TString<char>(bytes, 16)));
 }
 
 /// Closes descriptor 0 while it lives, so that the next file to be opened gets it.

@@ -1,13 +1,11 @@
 #include "CBoardDescr.h"
 
-#include <array>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "BD_TagMeaning.h"
-#include "InfoContainer.h"
 #include "support/DriverFixtures.h"
 
 namespace {
@@ -17,42 +15,22 @@ using Rows = std::vector<std::string>;
 
 constexpr unsigned MAX = 0xFFFFFFFFU;
 
-/// The arguments of a report: maximum level, level, maximum index, index.
-using Place = std::array<unsigned, 4>;
-
-/// The rows of a report as "<level>.<index> <key>=<value>".
-Rows report(const CBoardDescr& board, decltype(&CBoardDescr::getInfo) form, const Place& at) {
-    InfoContainer container;
-    EXPECT_EQ(&(board.*form)(container, at[0], at[1], at[2], at[3], "board 1: "), &container);
-    Rows rows;
-    for (const auto& row : container.getRows())
-        rows.push_back(str(String::format("%u.%u ", row.level, row.index)) + str(row.key) + "=" +
-                       str(row.value));
-    return rows;
-}
-
-/// The row of one tag in the report for people.
+/// The rows of one tag in the report for people, without its level and index.
 Rows shown(BD::TagId id, const std::string& data) {
     CBoardDescr board;
     EXPECT_TRUE(board.addTag(id, fromHex(data)).isSuccess());
-    Rows rows = report(board, &CBoardDescr::getInfo, {2, 0, 0, 0});
+    Rows rows = reportOf(board, {2, 0, 0, 0});
     rows.erase(rows.begin()); // the header
     for (std::string& row : rows)
         row.erase(0, 4);
     return rows;
 }
 
-class CBoardDescrReportTest : public testing::Test {
-protected:
-    CBoardDescr board;
-    String error;
-};
-
 std::string name(BD::TagId id) {
     return str(BD::TAG_ID_TO_STRING(id));
 }
 
-TEST_F(CBoardDescrReportTest, EveryIdentifierIsShownByItsKind) {
+TEST(CBoardDescrReportTest, EveryIdentifierIsShownByItsKind) {
     const struct {
         const char* shown; // what the data "ab12" is shown as
         std::vector<std::pair<BD::TagId, BD::TagId>> ranges;
@@ -75,44 +53,50 @@ TEST_F(CBoardDescrReportTest, EveryIdentifierIsShownByItsKind) {
     EXPECT_EQ(shown(3, "61 62 31 32"), Rows{});
 }
 
-TEST_F(CBoardDescrReportTest, DataIsShownByItsKindEvenIfItDoesNotFit) {
-    using Data = std::vector<std::pair<std::string, std::string>>;
-    const std::pair<BD::TagId, Data> rows[] = {
-        {1,
-         Data{{"00 1A 2B 3C 4D FE 80 02", "=00:1A:2B:3C:4D:FE iface=32770"}, {"00", "= iface=0"}}},
-        {2, Data{{"FF 80 00 01", "=255.128.0.1"}, {"0A 01", "=10.1.0.0"}}},
-        // A text ends at the zero byte that storing adds to an odd length.
-        {5, Data{{"", "="}, {"61 20 25 73 00", "=a %s"}}},
-        {14, Data{{"61 7A C3 A9 31", "=AZ\xC3\xA9\x31"}}},
-        {6, Data{{"00 00 00 0F", "=0xf"}, {"FF FE FD FC", "=0xfffefdfc"}, {"00 0F", "=0x0"}}},
-        {16, Data{{"FF FF FF FF", "=4294967295"}, {"00 00 00 00 01", "=0"}}},
-        {19, Data{{"0A 1B FF", "=0a 1b ff"}, {"", "="}}}};
-    for (const auto& [id, samples] : rows)
-        for (const auto& [data, value] : samples)
-            EXPECT_EQ(shown(id, data), Rows{name(id) + value}) << data;
+TEST(CBoardDescrReportTest, DataIsShownByItsKindEvenIfItDoesNotFit) {
+    const struct {
+        BD::TagId id;
+        const char* data;
+        Rows rows;
+    } cases[] = {
+        {1, "00 1A 2B 3C 4D FE 80 02", {"MacAddress=00:1A:2B:3C:4D:FE iface=32770"}},
+        {1, "00", {"MacAddress= iface=0"}},
+        {2, "FF 80 00 01", {"Tag2=255.128.0.1"}},
+        {2, "0A 01", {"Tag2=10.1.0.0"}},
+        {5, "", {"Tag5="}},
+        {5, "61 20 25 73 00 62", {"Tag5=a %s"}}, // the text ends at its first zero byte
+        {14, "61 7A C3 A9 31", {"Tag14=AZ\xC3\xA9\x31"}},
+        {6, "00 00 00 0F", {"Tag6=0xf"}},
+        {6, "00 0F", {"Tag6=0x0"}},
+        {16, "FF FF FF FF", {"Tag16=4294967295"}},
+        {16, "00 00 00 00 01", {"Tag16=0"}},
+        {45, "12 34 AB CD", {"Platform ID=12 34", "Product  ID=ab cd"}},
+        {45, "12 34 AB", {"Product/Platform  ID=FAILED TO READ TAG 'ProductID'"}},
+        {45, "12 34 AB CD EF", {"Product/Platform  ID=FAILED TO READ TAG 'ProductID'"}},
+        {0x801A, "0A FF", {"SipLegs=0a ff"}},
+        {0x800E, "00 00 00 78", {"DspChannels=120"}},
+    };
+    for (const auto& [id, data, rows] : cases)
+        EXPECT_EQ(shown(id, data), rows) << data;
 }
 
-TEST_F(CBoardDescrReportTest, ProductTagIsShownAsTwoRowsIfItIsFourBytesLong) {
-    EXPECT_EQ(shown(45, "12 34 AB CD"), (Rows{"Platform ID=12 34", "Product  ID=ab cd"}));
-    for (const char* data : {"", "12 34 AB", "12 34 AB CD EF"})
-        EXPECT_EQ(shown(45, data), Rows{"Product/Platform  ID=FAILED TO READ TAG 'ProductID'"})
-            << data;
-}
-
-TEST_F(CBoardDescrReportTest, RowsAreTwoLevelsBelowTheHeaderInListOrder) {
+TEST(CBoardDescrReportTest, RowsAreTwoLevelsBelowTheHeaderInListOrder) {
+    CBoardDescr board;
+    String error;
     for (const auto& [id, data] : {std::pair(5, "61"), {3, "0A 1B FF 00"}, {5, "63"}, {-3, ""}})
         EXPECT_TRUE(board.addTag(id, fromHex(data)).isSuccess());
     ASSERT_TRUE(board.getTag(-3, 0, error)->setData(nullptr, 100).isSuccess());
-    EXPECT_EQ(report(board, &CBoardDescr::getInfo, {5, 3, 4, 4}),
-              (Rows{"3.4 board 1: Board Descriptor=", "5.4 Tag5=a", "5.4 Tag5=c", "5.4 Tag-3="}));
-    EXPECT_EQ(report(board, &CBoardDescr::getRawInfo, {5, 3, 4, 4}),
-              (Rows{"3.4 board 1: Board Descriptor=", "5.4 0 - Tag: 5 (Tag5)=len: 01  data: 61",
+    EXPECT_EQ(reportOf(board, {5, 3, 4, 4}),
+              (Rows{"3.4 > Board Descriptor=", "5.4 Tag5=a", "5.4 Tag5=c", "5.4 Tag-3="}));
+    EXPECT_EQ(reportOf(board, {5, 3, 4, 4}, &CBoardDescr::getRawInfo),
+              (Rows{"3.4 > Board Descriptor=", "5.4 0 - Tag: 5 (Tag5)=len: 01  data: 61",
                     "5.4 1 - Tag: 3 (Tag3)=len: 04  data: 0a 1b ff 00",
                     "5.4 2 - Tag: 5 (Tag5)=len: 01  data: 63",
                     "5.4 3 - Tag: 4294967293 (Tag-3)=len: 100  data: "}));
 }
 
-TEST_F(CBoardDescrReportTest, NothingBeyondTheLimitsIsWritten) {
+TEST(CBoardDescrReportTest, NothingBeyondTheLimitsIsWritten) {
+    CBoardDescr board;
     EXPECT_TRUE(board.addTag(5, fromHex("61")).isSuccess());
     const std::vector<Place> limits[] = {
         {{0, 1, 0, 0}, {9, 0, 3, 4}, {1, MAX - 1, 0, 0}},
@@ -121,22 +105,16 @@ TEST_F(CBoardDescrReportTest, NothingBeyondTheLimitsIsWritten) {
     for (std::size_t rows = 0; rows < std::size(limits); ++rows)
         for (const Place& at : limits[rows])
             for (const auto form : {&CBoardDescr::getInfo, &CBoardDescr::getRawInfo})
-                EXPECT_EQ(report(board, form, at).size(), rows)
+                EXPECT_EQ(reportOf(board, at, form).size(), rows)
                     << "level " << at[1] << " of " << at[0] << ", index " << at[3] << " of "
                     << at[2];
 }
 
-} // namespace
-
-TEST(TagMeanings, AscendAndUseTheFrameworksNames) {
-    BD::TagId last = 0;
-    for (const BD::TagMeaning& meaning : BD::TAG_MEANINGS) {
-        EXPECT_LT(last, meaning.first);
-        EXPECT_LE(meaning.first, meaning.last);
-        last = meaning.last;
-    }
+TEST(CBoardDescrReportTest, TagMeaningsUseTheFrameworksNames) {
     for (BD::TagId id = 0; id <= 0xFFFF; ++id) {
-        const char* const name = BD::meaningOf(id).name;
-        ASSERT_EQ(BD::TAG_ID_TO_STRING(id), name ? String(name) : String::format("Tag%d", id));
+        const char* const meant = BD::meaningOf(id).name;
+        ASSERT_EQ(name(id), meant ? meant : "Tag" + std::to_string(id));
     }
 }
+
+} // namespace

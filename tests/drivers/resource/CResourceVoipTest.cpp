@@ -3,7 +3,6 @@
 #include "CBoardDescr.h"
 #include "DRIVER.h"
 #include "IDriverRepository.h"
-#include "InfoContainer.h"
 #include "PREFERENCES.h"
 #include "support/DriverFixtures.h"
 #include "support/TempDir.h"
@@ -26,47 +25,38 @@ public:
     int asked = 0;
 };
 
-/// Records when it is taken and released, and how many locks are held at once.
+using Events = std::vector<std::string>;
+
 class RecordingLock : public TYLock {
 public:
-    RecordingLock(const char* name, std::vector<std::string>& events, int& held)
-        : m_name(name), m_events(events), m_held(held) {}
-    void lock() override {
-        m_events.push_back(std::string("+") + m_name);
-        EXPECT_EQ(++m_held, 1) << "two locks at once";
-    }
-    void unlock() override {
-        m_events.push_back(std::string("-") + m_name);
-        --m_held;
-    }
+    RecordingLock(const char* name, Events& events) : m_name(name), m_events(events) {}
+    void lock() override { m_events.push_back("+" + m_name); }
+    void unlock() override { m_events.push_back("-" + m_name); }
 
 private:
-    const char* const m_name;
-    std::vector<std::string>& m_events;
-    int& m_held;
+    const std::string m_name;
+    Events& m_events;
 };
 
-/// A descriptor that records when it is read, with a recorded lock.
 class Descriptor : public CBoardDescr {
 public:
-    Descriptor(std::vector<std::string>& events, int& held)
-        : m_lock("board", events, held), m_events(events) {}
+    explicit Descriptor(Events& events) : m_lock("board", events), m_events(events) {}
     TYLock* getLock() override { return &m_lock; }
     XCode getTagUInt(BD::TagId id, unsigned index, unsigned& value, String& error) override {
-        m_events.push_back("read");
+        m_events.emplace_back("read");
         return CBoardDescr::getTagUInt(id, index, value, error);
     }
 
 private:
     RecordingLock m_lock;
-    std::vector<std::string>& m_events;
+    Events& m_events;
 };
 
-/// A repository with one driver or none, and a recorded lock.
+/// A repository with one driver or none.
 class Repository : public IDriverRepository {
 public:
-    Repository(IDriver* driver, std::vector<std::string>& events, int& held)
-        : m_driver(driver), m_lock("repository", events, held), m_events(events) {
+    Repository(IDriver* driver, Events& events)
+        : m_driver(driver), m_lock("repository", events), m_events(events) {
         DRIVER::SET_INSTANCE(this);
     }
     ~Repository() override { DRIVER::SET_INSTANCE(nullptr); }
@@ -82,94 +72,68 @@ public:
 private:
     IDriver* const m_driver;
     RecordingLock m_lock;
-    std::vector<std::string>& m_events;
+    Events& m_events;
 };
 
 class CResourceVoipTest : public testing::Test {
 protected:
     ~CResourceVoipTest() override { PREFERENCES::CLEAR(); }
 
-    std::vector<std::string> rows(const CResourceVoip& capacity, unsigned maxLevel,
-                                  unsigned maxIndex) const {
-        InfoContainer container;
-        std::vector<std::string> shown;
-        for (const auto& row :
-             capacity.getInfo(container, maxLevel, 1, maxIndex, 2, "> ").getRows())
-            shown.push_back(std::to_string(row.level) + " " + str(row.key) + "=" + str(row.value));
-        return shown;
-    }
-
-    std::vector<std::string> events;
-    int held = 0;
-    Descriptor descriptor{events, held};
-    Repository repository{&descriptor, events, held};
+    Events events;
+    Descriptor descriptor{events};
+    Repository repository{&descriptor, events};
     String error;
 };
 
 TEST_F(CResourceVoipTest, FiguresComeFromTagsDefaultsAndPreferences) {
+    const char* const legs = "voip.sip-legs=0";
+    const char* const channels = "voip.dsp-channels=7";
     const struct {
         const char* name;
-        std::vector<std::pair<int, const char*>> tags;
+        const char *channelsTag, *legsTag; // null: there is no such tag
         bool borderController;
-        const char* preferences;
+        const char* preference;
         unsigned dspChannels, sipLegs;
-        int asked;
+        int asked; // for the default
     } CASES[] = {
-        {"both tags", {{0x800E, "00 00 00 78"}, {0x801A, "00 F0"}}, false, "", 120, 240, 0},
-        {"no tag: the default follows the channels", {}, false, "", UNKNOWN, 30, 1},
-        {"channels only", {{0x800E, "10"}}, false, "", 16, 32, 1},
-        {"no legs in border-controller mode", {{0x800E, "10"}}, true, "", 16, 0, 0},
-        {"stored zeros", {{0x800E, "00"}, {0x801A, "00"}}, false, "", UNKNOWN, 0, 0},
-        {"tags of a wrong width",
-         {{0x800E, "01 02 03 04 05"}, {0x801A, "01 02 03 04 05"}},
-         false,
-         "",
-         UNKNOWN,
-         30,
-         1},
-        {"preferences win",
-         {{0x800E, "10"}, {0x801A, "20"}},
-         false,
-         "voip.dsp-channels=7\nvoip.sip-legs=0\n",
-         7,
-         0,
-         0},
-        {"the default follows a preference", {}, false, "voip.dsp-channels=7\n", 7, 14, 1},
+        {"both tags", "00 00 00 78", "00 F0", false, "", 120, 240, 0},
+        {"no tags: the default follows the channels", nullptr, nullptr, false, "", UNKNOWN, 30, 1},
+        {"channels only", "10", nullptr, false, "", 16, 32, 1},
+        {"no legs in border-controller mode", "10", nullptr, true, "", 16, 0, 0},
+        {"stored zeros", "00", "00", false, "", UNKNOWN, 0, 0},
+        {"tags too wide", "01 02 03 04 05", "01 02 03 04 05", false, "", UNKNOWN, 30, 1},
+        {"preferred legs", "10", "20", false, legs, 16, 0, 0},
+        {"preferred channels", "10", "20", false, channels, 7, 32, 0},
+        {"the default follows a preference", nullptr, nullptr, false, channels, 7, 14, 1},
     };
     const TempDir dir;
     for (const auto& each : CASES) {
+        SCOPED_TRACE(each.name);
         String ignored;
-        for (const int id : {0x800E, 0x801A})
+        for (const auto& [id, data] :
+             {std::pair(0x800E, each.channelsTag), {0x801A, each.legsTag}}) {
             static_cast<void>(descriptor.removeTag(id, 0, ignored));
-        for (const auto& [id, data] : each.tags)
-            EXPECT_TRUE(descriptor.addTag(id, fromHex(data)).isSuccess());
-        dir.write("preferences", each.preferences);
+            EXPECT_TRUE(!data || descriptor.addTag(id, fromHex(data)).isSuccess());
+        }
+        dir.write("preferences", each.preference);
         EXPECT_TRUE(PREFERENCES::LOAD(dir.path("preferences").c_str(), ignored).isSuccess());
         Capacity capacity(each.borderController);
-        EXPECT_TRUE(capacity.setup(error).isSuccess()) << each.name;
-        EXPECT_EQ(capacity.getDspChannelCount(), each.dspChannels) << each.name;
-        EXPECT_EQ(capacity.getSipLegCount(), each.sipLegs) << each.name;
-        EXPECT_EQ(capacity.asked, each.asked) << each.name;
+        EXPECT_TRUE(capacity.setup(error).isSuccess());
+        EXPECT_EQ(capacity.getDspChannelCount(), each.dspChannels);
+        EXPECT_EQ(capacity.getSipLegCount(), each.sipLegs);
+        EXPECT_EQ(capacity.asked, each.asked);
     }
 }
 
-TEST_F(CResourceVoipTest, HoldsEachLockForOneCallAndNeverTwo) {
+TEST_F(CResourceVoipTest, HoldsEachLockForOneCallAndKeepsItsFiguresIfTheDescriptorIsNotFound) {
     Capacity capacity(false);
     EXPECT_TRUE(capacity.setup(error).isSuccess());
-    EXPECT_EQ(events,
-              (std::vector<std::string>{"+repository", "find board-descr-driver", "-repository",
-                                        "+board", "read", "-board", "+board", "read", "-board"}));
+    EXPECT_EQ(events, (Events{"+repository", "find board-descr-driver", "-repository", "+board",
+                              "read", "-board", "+board", "read", "-board"}));
     EXPECT_EQ(descriptor.addRef(), 2U) << "no reference was kept";
     descriptor.release();
-}
-
-TEST_F(CResourceVoipTest, KeepsItsFiguresIfTheDescriptorIsNotFound) {
-    Capacity capacity(false);
-    EXPECT_TRUE(capacity.setup(error).isSuccess());
-    const Repository empty(nullptr, events, held);
-    const XCode status = capacity.setup(error);
-    EXPECT_EQ(status.getCode(), -9);
-    EXPECT_EQ(str(status.getMessage()), "NOT HERE");
+    const Repository empty(nullptr, events);
+    EXPECT_EQ(str(capacity.setup(error).getMessage()), "NOT HERE");
     EXPECT_EQ(str(error), "FAILED TO GET BOARD-DESCRIPTOR-DRIVER INTERFACE");
     EXPECT_EQ(capacity.getDspChannelCount(), UNKNOWN);
     EXPECT_EQ(capacity.getSipLegCount(), 30U);
@@ -178,22 +142,15 @@ TEST_F(CResourceVoipTest, KeepsItsFiguresIfTheDescriptorIsNotFound) {
 TEST_F(CResourceVoipTest, ReportsWithinTheLimits) {
     using Rows = std::vector<std::string>;
     Capacity capacity(true);
-    EXPECT_EQ(rows(capacity, 2, 2), (Rows{"1 > VoIP Resource=", "2 DSP Channels=0", "2 SIP Legs=0",
-                                          "2 Transcoding=no", "2 Border Controller=yes"}));
+    EXPECT_EQ(reportOf(capacity, {2, 1, 2, 2}),
+              (Rows{"1.2 > VoIP Resource=", "2.2 DSP Channels=0", "2.2 SIP Legs=0",
+                    "2.2 Transcoding=no", "2.2 Border Controller=yes"}));
     EXPECT_TRUE(capacity.setup(error).isSuccess());
-    EXPECT_EQ(rows(capacity, 9, 9),
-              (Rows{"1 > VoIP Resource=", "2 DSP Channels=4294967295", "2 SIP Legs=0",
-                    "2 Transcoding=yes", "2 Border Controller=yes"}));
-    EXPECT_EQ(rows(capacity, 1, 2), Rows{"1 > VoIP Resource="});
-    EXPECT_EQ(rows(capacity, 0, 2), Rows{});
-    EXPECT_EQ(rows(capacity, 2, 1), Rows{});
-}
-
-TEST_F(CResourceVoipTest, AnswersItsInterfacesUnderItsName) {
-    Capacity capacity(false);
-    EXPECT_EQ(str(capacity.getDriverName()), "resource-driver");
-    IResourceVoip* const own = &capacity;
-    expectFaces(capacity, *own, {{IResourceVoip::IID(), own}, {IBoardDescr::IID(), nullptr}});
+    EXPECT_EQ(reportOf(capacity, {2, 1, 2, 2})[1], "2.2 DSP Channels=4294967295");
+    EXPECT_EQ(reportOf(capacity, {2, 1, 2, 2})[3], "2.2 Transcoding=yes");
+    EXPECT_EQ(reportOf(capacity, {1, 1, 2, 2}), Rows{"1.2 > VoIP Resource="});
+    EXPECT_EQ(reportOf(capacity, {0, 1, 2, 2}), Rows{});
+    EXPECT_EQ(reportOf(capacity, {2, 1, 1, 2}), Rows{});
 }
 
 } // namespace

@@ -13,12 +13,10 @@ namespace {
 
 class Driver : public CKernelDriver {
 public:
-    explicit Driver(const char* name, std::function<void()> atEnd = {})
+    explicit Driver(
+        const char* name, std::function<void()> atEnd = [] {})
         : CKernelDriver(nullptr, name, "end"), m_atEnd(std::move(atEnd)) {}
-    ~Driver() override {
-        if (m_atEnd)
-            m_atEnd();
-    }
+    ~Driver() override { m_atEnd(); }
     const VELM_UUID& getDID() const override { return IDriver::IID(); }
 
 private:
@@ -29,10 +27,6 @@ IDriverRepository& repository() {
     return *DRIVER::INSTANCE();
 }
 
-VELM_UUID unknown() {
-    return VELM_UUID(VELM_UUID::parse("00000000-0000-4000-8000-000000000001"), "unknown");
-}
-
 std::vector<String> names() {
     VELM_List<String> list;
     repository().getDriverNames(list);
@@ -41,69 +35,56 @@ std::vector<String> names() {
 
 } // namespace
 
-TEST(DriverRepository, KeepsADriverFromRegistrationToItsLastReference) {
-    bool gone = false;
-    auto* const driver = new Driver("kept", [&] { gone = true; });
+TEST(DriverRepository, KeepsADriverUntilItsLastReferenceIsReleasedOutsideTheLock) {
+    std::vector<String> left = {"never set"};
+    auto* const driver = new Driver("kept", [&] { std::thread([&] { left = names(); }).join(); });
     ASSERT_TRUE(repository().registerDriver(driver).isSuccess());
     EXPECT_EQ(driver->getDriverRepository(), &repository());
-    EXPECT_EQ(driver->release(), 1U) << "the repository has one of its own";
-
+    EXPECT_EQ(driver->release(), 1U) << "the repository has its own reference";
     TYPPtr<IInfo> info;
     EXPECT_TRUE(repository().getInterface("kept", info).isSuccess());
     EXPECT_EQ(info.get(), static_cast<IInfo*>(driver));
     EXPECT_TRUE(repository().unregisterDriver("kept").isSuccess());
     EXPECT_EQ(driver->getDriverRepository(), nullptr);
-    EXPECT_FALSE(gone);
-    info = TYPPtr<IInfo>();
-    EXPECT_TRUE(gone);
-}
+    EXPECT_EQ(left.size(), 1U) << "a client still has a reference";
 
-TEST(DriverRepository, GivesTheLastReferenceBackWithItsLockFree) {
-    std::vector<String> left = {"never asked"};
-    auto* const driver =
-        new Driver("short-lived", [&] { std::thread([&] { left = names(); }).join(); });
     ASSERT_TRUE(repository().registerDriver(driver).isSuccess());
-    EXPECT_EQ(driver->release(), 1U);
-    EXPECT_TRUE(repository().unregisterDriver("short-lived").isSuccess());
-    EXPECT_TRUE(left.empty());
+    info = TYPPtr<IInfo>();
+    EXPECT_TRUE(repository().unregisterDriver("kept").isSuccess());
+    EXPECT_TRUE(left.empty()) << "the destructor could use the repository from another thread";
 }
 
-TEST(DriverRepository, SaysWhichDriverIsNotFoundOrTaken) {
-    Driver driver("one");
-    Driver same("one");
+TEST(DriverRepository, ReportsADriverThatIsMissingOrRegisteredTwice) {
+    Driver driver("one"), same("one"), second("a");
     ASSERT_TRUE(repository().registerDriver(&driver).isSuccess());
+    ASSERT_TRUE(repository().registerDriver(&second).isSuccess());
+    EXPECT_EQ(names(), (std::vector<String>{"one", "a"})) << "in order of registration";
     EXPECT_EQ(repository().registerDriver(&same).getMessage(),
               String("DRIVER 'one' ALREADY REGISTERED"));
-    EXPECT_FALSE(repository().registerDriver(nullptr).isSuccess());
+    EXPECT_EQ(repository().registerDriver(nullptr).getMessage(), String("NO DRIVER TO REGISTER"));
     void* object = &driver;
     EXPECT_EQ(repository().queryDriver("two", IDriver::IID(), &object).getMessage(),
               String("DRIVER 'two' NOT FOUND"));
     EXPECT_EQ(object, nullptr);
-    object = &driver;
-    EXPECT_EQ(repository().queryDriver("one", unknown(), &object).getCode(), -1);
-    EXPECT_EQ(object, nullptr);
+    EXPECT_FALSE(repository().queryDriver("two", IDriver::IID(), nullptr).isSuccess());
+    EXPECT_EQ(repository().queryDriver("one", VELM_UUID({}, ""), &object).getCode(), -1);
     EXPECT_TRUE(repository().unregisterDriver("one").isSuccess());
     EXPECT_EQ(repository().unregisterDriver("one").getMessage(), String("DRIVER 'one' NOT FOUND"));
+    EXPECT_TRUE(repository().unregisterDriver("a").isSuccess());
     EXPECT_EQ(driver.addRef(), 2U);
 }
 
-TEST(DriverRepository, ListsNamesInOrderOfRegistrationAndCanBeReplaced) {
-    Driver second("b"), first("a");
-    ASSERT_TRUE(repository().registerDriver(&second).isSuccess());
-    ASSERT_TRUE(repository().registerDriver(&first).isSuccess());
-    EXPECT_EQ(names(), (std::vector<String>{"b", "a"}));
+TEST(DriverRepository, CanBeReplaced) {
+    int other = 0; // only its address is used
     IDriverRepository* const own = DRIVER::INSTANCE();
-    IDriverRepository* const other =
-        reinterpret_cast<IDriverRepository*>(&first); // only its address is used
-    EXPECT_EQ(DRIVER::SET_INSTANCE(other), nullptr);
-    EXPECT_EQ(DRIVER::INSTANCE(), other);
-    EXPECT_EQ(DRIVER::SET_INSTANCE(nullptr), other);
+    auto* const replacement = reinterpret_cast<IDriverRepository*>(&other);
+    EXPECT_EQ(DRIVER::SET_INSTANCE(replacement), nullptr);
+    EXPECT_EQ(DRIVER::INSTANCE(), replacement);
+    EXPECT_EQ(DRIVER::SET_INSTANCE(nullptr), replacement);
     EXPECT_EQ(DRIVER::INSTANCE(), own);
-    EXPECT_TRUE(repository().unregisterDriver("b").isSuccess());
-    EXPECT_TRUE(repository().unregisterDriver("a").isSuccess());
 }
 
-TEST(DriverRepository, IsAskedSafelyWhileDriversComeAndGo) {
+TEST(DriverRepository, AnswersWhileDriversComeAndGo) {
     std::atomic<bool> done{false};
     std::vector<std::thread> clients;
     for (int i = 0; i < 3; ++i)

@@ -8,15 +8,15 @@
 
 #include "support/LogRecorder.h"
 
-TEST(Log, GoesToStandardErrorWhereTheHostHasNoSink) {
-    ::unsetenv("BOARD_LOG_LEVEL");
+TEST(Log, GoesToStandardErrorIfTheHostHasNoSink) {
+    ::setenv("BOARD_LOG_LEVEL", "loud", 1); // is not a number, so the level is 3
     testing::internal::CaptureStderr();
     {
         support::LogRecorder log;
-        RTD::VSYSLOG("CATEGORY", 3, "to the %s", "sink");
-        EXPECT_EQ(log.take(), std::vector<std::string>{"CATEGORY 3: to the sink"});
+        RTD::VSYSLOG("CATEGORY", 4, "to the %s", "sink");
+        EXPECT_EQ(log.take(), std::vector<std::string>{"CATEGORY 4: to the sink"});
     }
     RTD::VSYSLOG("CATEGORY", 3, "error %d", 1);
-    RTD::VSYSLOG("CATEGORY", 4, "not grave enough");
+    RTD::VSYSLOG("CATEGORY", 4, "not important enough");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "CATEGORY 3: error 1\n");
 }

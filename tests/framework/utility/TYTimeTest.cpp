@@ -6,9 +6,16 @@ TEST(TYTime, SubtractsWithABorrowAndWraps) {
     EXPECT_EQ(TYTime(12, 100000000) - TYTime(10, 900000000), TYTime(1, 200000000));
     EXPECT_EQ(TYTime(5, 5) - TYTime(5, 5), TYTime(0, 0));
     EXPECT_EQ(TYTime(0, 0) - TYTime(1, 0), TYTime(0xFFFFFFFF, 0));
+}
+
+TEST(TYTime, ReadsBothClocksAndRejectsOthers) {
     TYTime time(1, 2);
-    EXPECT_FALSE(time.getSystemClock(0).isSuccess());
+    for (const unsigned unknown : {0U, 3U})
+        EXPECT_FALSE(time.getSystemClock(unknown).isSuccess());
     EXPECT_EQ(time, TYTime(1, 2));
     EXPECT_TRUE(time.getSystemClock(TYTime::MONOTONIC_CLOCK).isSuccess());
-    EXPECT_NE(time, TYTime(1, 2));
+    const TYTime sinceStart = time;
+    EXPECT_TRUE(time.getSystemClock(TYTime::SYSTEM_CLOCK).isSuccess());
+    EXPECT_GT(time.seconds, sinceStart.seconds);
+    EXPECT_NE(sinceStart, TYTime(1, 2));
 }
