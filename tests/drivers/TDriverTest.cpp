@@ -37,7 +37,7 @@ struct Voip : CResourceVoip {
 } // namespace
 
 TEST(TDriver, EachDriverHasItsIdentityAndInterfaces) {
-    CFanControl fan(nullptr, "", "");
+    CFanControl fan(nullptr, "fan", "");
     CLedControl led(nullptr, "", "");
     CPowerStatus power(nullptr, "", "");
     CThermalSensor sensor(nullptr, "", "");
@@ -56,6 +56,16 @@ TEST(TDriver, EachDriverHasItsIdentityAndInterfaces) {
     EXPECT_EQ(board.getDID(), DID_BoardDescr());
     EXPECT_EQ(voip.getDID(), DID_Resource());
     EXPECT_EQ(str(voip.getDriverName()), "resource-driver");
+}
+
+TEST(TDriver, KernelDriverReportsItsNameWithinTheLimits) {
+    const CFanControl fan(nullptr, "fan", "");
+    using Rows = std::vector<std::string>;
+    for (const auto& [at, rows] : {std::pair(Place{1, 1, 2, 2}, Rows{"1.2 > fan="}),
+                                   {Place{~0U, ~0U, ~0U, 0}, Rows{"4294967295.0 > fan="}},
+                                   {Place{0, 1, 2, 2}, Rows{}},
+                                   {Place{1, 1, 1, 2}, Rows{}}})
+        EXPECT_EQ(reportOf(fan, at), rows);
 }
 
 TEST(TDriver, ReturnsTheBasesSuccessAsItIsAndDropsItsFailure) {

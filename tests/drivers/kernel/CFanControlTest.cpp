@@ -38,7 +38,7 @@ protected:
     CFanControl fan{nullptr, "fan", ENDPOINT};
 };
 
-TEST_F(CFanControlTest, DriverIsInvalidUntilAHandshakeFindsItsDeviceFile) {
+TEST_F(CFanControlTest, DriverIsValidOnceItsDeviceFileIsFoundAndUsesTheLatestAnswers) {
     Fan::FanSpeed speed = Fan::FAN_SPEED_FULL;
     expectPlainFailure(fan.getFanSpeed(speed));
     EXPECT_EQ(speed, Fan::FAN_SPEED_OFF);
@@ -55,6 +55,15 @@ TEST_F(CFanControlTest, DriverIsInvalidUntilAHandshakeFindsItsDeviceFile) {
     connect(100);
     EXPECT_TRUE(fan.isValid());
     EXPECT_EQ(asked.size(), 6U) << "each handshake asks all three questions";
+
+    answer(PATH, String(dir.path("second").c_str()));
+    answer(MAXIMUM, 30U);
+    EXPECT_FALSE(fan.open(error).isSuccess());
+    EXPECT_TRUE(fan.isValid());
+    expectDeviceFails();
+    dir.write("second", "");
+    EXPECT_TRUE(fan.setFanSpeed(Fan::FAN_SPEED_FULL).isSuccess());
+    EXPECT_STREQ(dir.read("second").c_str(), "30");
 }
 
 TEST_F(CFanControlTest, HandshakeAsksInOrderAndTheFirstFailureEndsItUnchanged) {
@@ -71,21 +80,6 @@ TEST_F(CFanControlTest, HandshakeAsksInOrderAndTheFirstFailureEndsItUnchanged) {
         EXPECT_EQ(description(), order[step] == MAXIMUM ? "As the kernel says" : "");
         EXPECT_FALSE(fan.isValid());
     }
-}
-
-TEST_F(CFanControlTest, ValidDriverStaysValidAndUsesTheLatestAnswers) {
-    connect(100);
-    fan.close();
-    EXPECT_TRUE(fan.setFanSpeed(Fan::FAN_SPEED_FULL).isSuccess());
-    EXPECT_STREQ(held().c_str(), "100");
-    answer(PATH, String(dir.path("second").c_str()));
-    answer(MAXIMUM, 30U);
-    EXPECT_FALSE(fan.open(error).isSuccess());
-    EXPECT_TRUE(fan.isValid());
-    expectDeviceFails();
-    dir.write("second", "");
-    EXPECT_TRUE(fan.setFanSpeed(Fan::FAN_SPEED_FULL).isSuccess());
-    EXPECT_STREQ(dir.read("second").c_str(), "30");
 }
 
 TEST_F(CFanControlTest, ContentOfTheDeviceIsReportedAsACoarseSpeed) {

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <optional>
-#include <thread>
 
 #include "InfoContainer.h"
 #include "support/ScriptedKernel.h"
@@ -100,11 +99,9 @@ TEST_F(CLedControlTest, FailuresKeepTheChangesBeforeThem) {
     connect(true);
     EXPECT_EQ(run("enable"), "!") << "the toggle stayed on after the LED could not be read";
     std::filesystem::rename(dir.path("device"), dir.path("away"));
-    EXPECT_FALSE(led->disableLedToggle().isSuccess());
     EXPECT_FALSE(led->setLedToggleStatus(1).isSuccess());
     std::filesystem::rename(dir.path("away"), dir.path("device"));
-    EXPECT_EQ(run("toggle 1 disable disable"), "20!")
-        << "the phase has advanced and the toggle is still on";
+    EXPECT_EQ(run("toggle 1 disable disable"), "20!") << "the phase has advanced";
 }
 
 TEST_F(CLedControlTest, RecordsAreFourBytesWide) {
@@ -138,16 +135,4 @@ TEST_F(CLedControlTest, DumpShowsHeaderDescriptionAndStatusWithinTheLimits) {
     EXPECT_EQ(reportOf(*led, {0, 0, 0, 0}), Rows{"0.0 > led="})
         << "not the row of the base, which prints the whole name";
     EXPECT_EQ(reportOf(static_cast<const ILedControl&>(*led), {1, 0, 0, 0}).size(), 3U);
-}
-
-TEST_F(CLedControlTest, SeveralThreadsMayDumpAtOnce) {
-    connect(true);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] {
-            for (int round = 0; round < 100; ++round)
-                EXPECT_EQ(reportOf(*led, {1, 0, 0, 0}).size(), 3U);
-        });
-    for (std::thread& thread : threads)
-        thread.join();
 }

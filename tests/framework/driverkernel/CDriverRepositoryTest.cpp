@@ -4,10 +4,12 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "CKernelDriver.h"
 #include "DRIVER.h"
 #include "IDriverRepository.h"
+#include "support/Threads.h"
 
 namespace {
 
@@ -84,25 +86,28 @@ TEST(DriverRepository, CanBeReplaced) {
     EXPECT_EQ(DRIVER::INSTANCE(), own);
 }
 
-TEST(DriverRepository, AnswersWhileDriversComeAndGo) {
-    std::atomic<bool> done{false};
-    std::vector<std::thread> clients;
-    for (int i = 0; i < 3; ++i)
-        clients.emplace_back([&] {
-            while (!done) {
-                TYPPtr<IInfo> info;
-                const bool found = repository().getInterface("busy", info).isSuccess();
-                EXPECT_EQ(found, static_cast<bool>(info));
-            }
+TEST(DriverRepository, EachOperationWaitsForTheLock) {
+    Driver driver("one");
+    const std::function<bool()> operations[] = {
+        [&] { return repository().registerDriver(&driver).isSuccess(); },
+        [] { return names().size() == 1; },
+        [] {
+            TYPPtr<IInfo> info;
+            return repository().getInterface("one", info).isSuccess();
+        },
+        [] { return repository().unregisterDriver("one").isSuccess(); }};
+    for (const auto& operation : operations) {
+        std::atomic<int> client{0};
+        std::atomic<bool> done{false};
+        repository().getLock()->lock();
+        std::thread thread([&] {
+            client = ::gettid();
+            done = operation();
         });
-    for (int round = 0; round < 500; ++round) {
-        auto* const driver = new Driver("busy");
-        EXPECT_TRUE(repository().registerDriver(driver).isSuccess());
-        driver->release();
-        EXPECT_TRUE(repository().unregisterDriver("busy").isSuccess());
+        support::waitUntilAsleep(client);
+        EXPECT_FALSE(done);
+        repository().getLock()->unlock();
+        thread.join();
+        EXPECT_TRUE(done);
     }
-    done = true;
-    for (std::thread& client : clients)
-        client.join();
-    EXPECT_TRUE(names().empty());
 }

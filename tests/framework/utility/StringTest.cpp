@@ -26,6 +26,8 @@ TEST(String, ConvertsToTheSame32BitNumbersOnEveryMachine) {
     EXPECT_EQ(String("4294967295").toUInt(), UINT_MAX);
     EXPECT_EQ(String("4294967296").toUInt(), UINT_MAX);
     EXPECT_EQ(String("-1").toUInt(), 0U);
+    EXPECT_EQ(String("12x").toUInt(), 12U);
+    EXPECT_EQ(String("12").toInteger(), 12);
 }
 
 TEST(String, HoldsAnyBytesAndComparesThem) {

@@ -34,6 +34,10 @@ TEST(TYFile, ReadsWithoutWaitingFailsWithATextAndClosesOnce) {
     const String path(dir.path("missing").c_str());
     EXPECT_EQ(TYFile(path, true, false).open(O_RDONLY, 0, 0).getMessage(),
               String::format("OPEN '%s': No such file or directory", path.c_str()));
-    EXPECT_TRUE(TYFile(path, true, true).open(O_WRONLY, 0644, 0).isSuccess());
+    TYFile made(path, true, true);
+    EXPECT_TRUE(made.open(O_RDONLY, 0644, 0).isSuccess());
+    EXPECT_TRUE(made.readOnce(buffer, sizeof buffer, count, true).isSuccess()) << "at its end";
+    EXPECT_EQ(count, 0U);
+    EXPECT_TRUE(made.close().isSuccess());
     EXPECT_EQ(support::openDescriptors(), before);
 }

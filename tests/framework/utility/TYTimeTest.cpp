@@ -2,13 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include "TYThread.h"
+
 TEST(TYTime, SubtractsWithABorrowAndWraps) {
     EXPECT_EQ(TYTime(12, 100000000) - TYTime(10, 900000000), TYTime(1, 200000000));
     EXPECT_EQ(TYTime(5, 5) - TYTime(5, 5), TYTime(0, 0));
     EXPECT_EQ(TYTime(0, 0) - TYTime(1, 0), TYTime(0xFFFFFFFF, 0));
 }
 
-TEST(TYTime, ReadsBothClocksAndRejectsOthers) {
+TEST(TYTime, ReadsBothClocksAndMeasuresASleep) {
     TYTime time(1, 2);
     for (const unsigned unknown : {0U, 3U})
         EXPECT_FALSE(time.getSystemClock(unknown).isSuccess());
@@ -17,5 +19,10 @@ TEST(TYTime, ReadsBothClocksAndRejectsOthers) {
     const TYTime sinceStart = time;
     EXPECT_TRUE(time.getSystemClock(TYTime::SYSTEM_CLOCK).isSuccess());
     EXPECT_GT(time.seconds, sinceStart.seconds);
-    EXPECT_NE(sinceStart, TYTime(1, 2));
+    EXPECT_NE(time.nanoseconds, 2U);
+
+    TYThread::usleep(2000);
+    EXPECT_TRUE(time.getSystemClock(TYTime::MONOTONIC_CLOCK).isSuccess());
+    const TYTime slept = time - sinceStart;
+    EXPECT_GE(slept.seconds * 1000000000ULL + slept.nanoseconds, 2000000U);
 }

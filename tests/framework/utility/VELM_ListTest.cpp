@@ -16,6 +16,9 @@ TEST(VelmList, LinksInFrontOfAPositionAndKeepsOthersValid) {
     EXPECT_EQ(list.size(), 2U);
     VELM_List<std::string>::ConstIterator last = list.end();
     EXPECT_EQ(*--last, "third");
+    EXPECT_EQ(*last--, "third");
+    EXPECT_EQ(*last++, "first");
+    EXPECT_EQ(*last, "third");
     list.clear();
     EXPECT_TRUE(list.isEmpty());
     EXPECT_EQ(list.begin(), list.end());

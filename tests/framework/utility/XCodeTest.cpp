@@ -23,6 +23,7 @@ TEST(XCode, IsAnOddWordWithoutAMessageAndARecordWithOne) {
     EXPECT_EQ(wordOf(XCode(-1)), ~std::uintptr_t{0});
     EXPECT_EQ(wordOf(XCode(5)), 11U);
     EXPECT_EQ(wordOf(XCode(-1, "TEXT")) & 1U, 0U);
+    EXPECT_TRUE(XCode(0, "TEXT").isSuccess());
     constexpr std::int64_t LIMIT = 1 << 30;
     for (const std::int64_t code :
          {std::int64_t{0}, -LIMIT, LIMIT - 1, -LIMIT - 1, LIMIT, std::int64_t{INT32_MIN}}) {
