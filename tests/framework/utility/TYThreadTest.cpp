@@ -99,13 +99,14 @@ TEST(TYThread, LosesNoDescriptorHoweverTheStopFallsInOpenAndRead) {
     const TempDir dir;
     dir.write("file", "");
     const WrittenPipe written(dir);
+    const std::vector<std::function<void(TYThread&)>> bodies = {
+        [&](TYThread&) {
+            for (;;)
+                openFile(dir.path("file"));
+        },
+        [&](TYThread&) { readForever(written.path()); }};
     const auto before = openDescriptors();
-    for (const std::function<void(TYThread&)>& body :
-         {std::function<void(TYThread&)>([&](TYThread&) {
-              for (;;)
-                  openFile(dir.path("file"));
-          }),
-          std::function<void(TYThread&)>([&](TYThread&) { readForever(written.path()); })}) {
+    for (const auto& body : bodies) {
         Worker worker(body);
         for (int round = 0; round < support::ROUNDS; ++round) {
             ASSERT_TRUE(worker.thread.start("").isSuccess()) << round;
