@@ -43,10 +43,16 @@ void LedCtrl::execute(const CmdDef& cmd, bool asDefault) {
         stopGroupAction(cmd);
     switch (cmd.action) {
     case ACTION_ON:
-        cmd.timeMs != 0 ? startAction(cmd) : setStatic(cmd, m_steadyMask, m_blinkMask);
+        if (cmd.timeMs != 0)
+            startAction(cmd);
+        else
+            setStatic(cmd, m_steadyMask, m_blinkMask);
         break;
     case ACTION_BLINK:
-        cmd.timeMs != 0 ? startAction(cmd) : setStatic(cmd, m_blinkMask, m_steadyMask);
+        if (cmd.timeMs != 0)
+            startAction(cmd);
+        else
+            setStatic(cmd, m_blinkMask, m_steadyMask);
         break;
     case ACTION_OFF:
         m_steadyMask &= ~cmd.ledMask;
@@ -217,10 +223,13 @@ void LedCtrl::update() {
 }
 
 void LedCtrl::writeFiles(std::uint32_t output) {
-    for (const auto& [mask, file] : m_files)
-        if (file.fd > 0 &&
-            ::write(file.fd, (output & static_cast<std::uint32_t>(mask)) != 0 ? "1" : "0", 1) < 0)
-            continue; // an LED that fails must not affect the others
+    for (const auto& [mask, file] : m_files) {
+        if (file.fd <= 0)
+            continue;
+        const bool isLit = (output & static_cast<std::uint32_t>(mask)) != 0;
+        const auto written = ::write(file.fd, isLit ? "1" : "0", 1);
+        static_cast<void>(written); // an LED that fails must not affect the others
+    }
 }
 
 void LedCtrl::setupDefault() {
