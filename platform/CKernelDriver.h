@@ -57,7 +57,7 @@ protected:
 
 private:
     template <class Reply>
-    XCode ask(unsigned code, Reply& reply);
+    XCode requestValue(unsigned code, Reply& reply);
 
     String m_endpointName;
     Mx m_channel;

@@ -69,24 +69,24 @@ XCode CKernelDriver::onConnected(String&) {
 void CKernelDriver::onDisconnected() {}
 
 template <class Reply>
-XCode CKernelDriver::ask(unsigned code, Reply& reply) {
+XCode CKernelDriver::requestValue(unsigned code, Reply& reply) {
     MxMsg answer;
     XCode status = m_channel.sendReceive(MxMsg(code), answer);
     return status.isSuccess() ? answer.get(reply) : status;
 }
 
 XCode CKernelDriver::sendReceiveMessage(unsigned code, String& reply) {
-    return ask(code, reply);
+    return requestValue(code, reply);
 }
 
 XCode CKernelDriver::sendReceiveMessage(unsigned code, bool& reply) {
-    return ask(code, reply);
+    return requestValue(code, reply);
 }
 
 XCode CKernelDriver::sendReceiveMessage(unsigned code, int& reply) {
-    return ask(code, reply);
+    return requestValue(code, reply);
 }
 
 XCode CKernelDriver::sendReceiveMessage(unsigned code, unsigned& reply) {
-    return ask(code, reply);
+    return requestValue(code, reply);
 }
