@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "ByteOrder.h"
+#include "DeviceDescriptor.h"
 #include "ImageCursor.h"
 
 // The image of the tag list, and the device file that holds it.
@@ -33,22 +34,6 @@ constexpr char IMAGE_TOO_LARGE[] = "FAILED TO WRITE DEVICE '%s': DEV SIZE=%d, BD
 unsigned paddingOf(const BD::Tag& tag) {
     return tag.length % 2;
 }
-
-/// Closes the device even if memory runs out while it is read.
-class Device {
-public:
-    Device(const char* path, int flags) : m_descriptor(::open(path, flags)) {}
-    ~Device() {
-        if (m_descriptor >= 0)
-            ::close(m_descriptor);
-    }
-    Device(const Device&) = delete;
-    Device& operator=(const Device&) = delete;
-    int get() const { return m_descriptor; }
-
-private:
-    const int m_descriptor;
-};
 
 } // namespace
 
@@ -119,13 +104,13 @@ XCode CBoardDescr::readRawBD(TString<char>& image, String& error) {
     if (!m_devicePath)
         return XCode(XCode::FAILURE);
     std::vector<char> chunk(m_readChunk);
-    const Device device(m_devicePath, O_RDONLY);
-    if (device.get() < 0) {
+    const DeviceDescriptor device(m_devicePath, O_RDONLY);
+    if (device.number() < 0) {
         error = String::format(OPEN_FAILED, m_devicePath);
         return XCode(XCode::FAILURE);
     }
     ssize_t got;
-    while ((got = ::read(device.get(), chunk.data(), chunk.size())) > 0)
+    while ((got = ::read(device.number(), chunk.data(), chunk.size())) > 0)
         image.concat(chunk.data(), static_cast<unsigned>(got));
     if (got < 0) {
         error = String::format(READ_FAILED, m_devicePath);
@@ -142,13 +127,13 @@ XCode CBoardDescr::writeRawBD(const TString<char>& image, String& error) {
                                static_cast<int>(image.length()));
         return XCode(XCode::FAILURE);
     }
-    const Device device(m_devicePath, O_WRONLY);
-    if (device.get() < 0) {
+    const DeviceDescriptor device(m_devicePath, O_WRONLY);
+    if (device.number() < 0) {
         error = String::format(OPEN_FAILED, m_devicePath);
         return XCode(XCode::FAILURE);
     }
     // One call: with two, an interruption between them would leave the EEPROM half written.
-    const ssize_t written = ::write(device.get(), image.data(), image.length());
+    const ssize_t written = ::write(device.number(), image.data(), image.length());
     if (written < 0) {
         error = String::format(WRITE_FAILED, m_devicePath);
         return XCode(XCode::FAILURE);

@@ -32,8 +32,8 @@ XCode CFanControl::getActualFanSpeed(FanSpeed& speed) {
     XCode status = readDevice(RECORD_WIDTH, number);
     if (!status.isSuccess())
         return status;
-    const auto value =
-        static_cast<unsigned>(number); // a negative number becomes a large one: full speed
+    // A negative number becomes a large one: full speed.
+    const auto value = static_cast<unsigned>(number);
     const unsigned sixth = m_maxSpeed / 6;
     speed = value < sixth       ? FAN_SPEED_OFF
             : value < 3 * sixth ? FAN_SPEED_LOW
