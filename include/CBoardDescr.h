@@ -74,14 +74,16 @@ public:
                                       unsigned maxIndex, unsigned index,
                                       const String& prefix) const;
 
-    /// Appends the whole device file to `image`. Fails with "FAILED TO OPEN DEVICE '%s'" or
-    /// "FAILED TO READ DEVICE '%s'". A board that keeps its descriptor elsewhere overrides this and
-    /// `writeRawBD`.
+    /// Appends the whole device file to `image`. Fails without a text if there is no device, and
+    /// otherwise with "FAILED TO OPEN DEVICE '%s'" or "FAILED TO READ DEVICE '%s'". If a read fails
+    /// or std::bad_alloc is thrown, `image` keeps the bytes that were read before. A board that
+    /// keeps its descriptor elsewhere overrides this and `writeRawBD`.
     virtual XCode readRawBD(TString<char>& image, String& error);
 
     /// Writes `image` to the start of the device file in one call; the bytes after it stay. Fails
-    /// without touching the device if the image is not smaller than the device. A short write goes
-    /// unnoticed: an EEPROM smaller than `deviceSize` keeps what fits.
+    /// without a text if there is no device, and without touching the device if the image is not
+    /// smaller than it. A short write goes unnoticed: an EEPROM smaller than `deviceSize` keeps
+    /// what fits.
     virtual XCode writeRawBD(const TString<char>& image, String& error);
 
     /// The tag in the list, or null with a text in `error`. Valid until the tag is removed or a
@@ -107,7 +109,7 @@ public:
     XCode importBD(const TString<char>& image, String& error);
 
     /// Appends the list's image to `image`; adds no terminator. Always succeeds; if std::bad_alloc
-    /// is thrown, `image` may hold part of it. A tag that exceeds the limits of the image (see
+    /// is thrown, `image` is unchanged. A tag that exceeds the limits of the image (see
     /// IBoardDescr) is written with the low 16 bits of its length and can't be read back.
     XCode exportBD(TString<char>& image, String& error);
 

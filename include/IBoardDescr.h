@@ -13,9 +13,10 @@
 /// missing tag that is "ERR TAG '<id>:=<name>' NOT FOUND". Edits stay in memory until `writeBD`.
 ///
 /// The list in memory has no limits, but the image does: it holds the low 16 bits of an identifier,
-/// 0 and 65535 end it, and a tag can have at most 65,531 bytes of data (65,530 if their number is
-/// odd). No operation checks these limits; a store checks only that the image is smaller than the
-/// device. A tag that exceeds one reads back as something else, or not at all.
+/// and 0 and 65535 end it. A load accepts up to 65,531 bytes of data in a tag; a store keeps at
+/// most 65,530, because odd data gets one more byte. No operation checks these limits; a store
+/// checks only that the image is smaller than the device. A tag that exceeds one reads back as
+/// something else, or not at all.
 ///
 /// If memory runs out while an operation sets a tag's data, the tag is left empty and the operation
 /// succeeds. If it runs out for anything else, std::bad_alloc is thrown and the list is unchanged,
@@ -92,11 +93,11 @@ public:
     /// 65535. Fails without a text if the tag is not 8 bytes long. The outputs are set only on
     /// success.
     virtual XCode getMacAddress(unsigned index, String& mac, unsigned& iface, String& error) = 0;
-    /// Overwrites MAC address `index`. Groups are hexadecimal; the low 8 bits of each count, and
-    /// missing ones are 0. Several colons in a row count as one, and colons at either end are
-    /// ignored, so an empty group does not stand for a 0. A seventh group fails with "ERR MAC TOO
-    /// LONG" and changes nothing. The record keeps the upper 16 bits of `iface`: to read back N,
-    /// pass N * 65536.
+    /// Overwrites MAC address `index`. A group is a hexadecimal number, clamped to 32 bits with a
+    /// sign; its low 8 bits count, so any group above 7FFFFFFF is stored as FF. Missing groups are
+    /// 0. Several colons in a row count as one, and colons at either end are ignored, so an empty
+    /// group does not mean 0. A seventh group fails with "ERR MAC TOO LONG" and changes nothing.
+    /// The record keeps the upper 16 bits of `iface`: to read back N, pass N * 65536.
     virtual XCode setMacAddress(unsigned index, const String& mac, unsigned iface,
                                 String& error) = 0;
     /// Adds a MAC tag before occurrence `index`, or before the last one if there are fewer; if

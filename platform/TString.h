@@ -3,7 +3,8 @@
 #include <string>
 
 /// The framework's growable buffer of elements, zeros allowed; `TString<char>` holds tag data and
-/// EEPROM images. A copy shares nothing with its source. Throws std::bad_alloc if memory runs out.
+/// EEPROM images. A copy shares nothing with its source. If memory runs out, throws
+/// std::bad_alloc and changes nothing.
 template <class T>
 class TString {
 public:
