@@ -215,14 +215,7 @@ bool tryLockWaiting(const FileDescriptor& file) {
 }
 
 bool tryMakePipe(const std::string& path, mode_t mode) {
-    if (::mkfifo(path.c_str(), mode) != 0)
-        return false;
-    if (::chmod(path.c_str(), mode) == 0)
-        return true;
-    const int error = errno;
-    static_cast<void>(::unlink(path.c_str()));
-    errno = error;
-    return false;
+    return ::mkfifo(path.c_str(), mode) == 0;
 }
 
 void makeFolder(const std::string& path) {

@@ -92,8 +92,8 @@ bool tryLock(const FileDescriptor& file);
 /// The same, but waits. A signal that the program handles interrupts the wait (EINTR).
 bool tryLockWaiting(const FileDescriptor& file);
 
-/// Creates a named pipe with exactly `mode`, whatever the umask is. `errno` is EEXIST if the path
-/// exists already.
+/// Creates a named pipe with what the umask leaves of `mode`. `errno` is EEXIST if the path exists
+/// already.
 bool tryMakePipe(const std::string& path, mode_t mode);
 
 void makeFolder(const std::string& path);
@@ -101,7 +101,8 @@ void makeFolder(const std::string& path);
 /// path.
 std::string makeUniqueFolder(const std::string& start);
 
-/// The mode that the umask grants a new file.
+/// The mode that the umask grants a new file. Changes the umask for a moment, so no other thread
+/// may create a file meanwhile.
 mode_t modeOfNewFile();
 
 /// Removes an incomplete file. Returns what the failure's message must add: nothing, or that the

@@ -88,7 +88,7 @@ void sendLedLine(const std::string& line) {
 
 LedPipeClaim::LedPipeClaim() {
     // Created here as the sequencer would create it, so that there is something to lock.
-    if (!tryMakePipe(LED_PIPE, modeOfNewFile()) && errno != EEXIST)
+    if (!tryMakePipe(LED_PIPE, 0666) && errno != EEXIST)
         failWithReason("can't create the pipe");
     {
         const FileDescriptor writer = tryOpenPipe(O_WRONLY);

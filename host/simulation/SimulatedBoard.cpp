@@ -187,7 +187,7 @@ constexpr unsigned char EEPROM[] = {
 };
 
 void makePipe(const fs::path& path) {
-    if (!tryMakePipe(path.string(), modeOfNewFile()))
+    if (!tryMakePipe(path.string(), 0666))
         failWith(path.string(), "can't make the pipe", errno);
 }
 
