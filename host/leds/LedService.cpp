@@ -25,6 +25,9 @@ public:
     }
     ~HostedLedCtrl() override { static_cast<void>(stop()); }
 
+    /// The base's loop, with two differences: the pipe is optional, and each line is reported. The
+    /// base offers no place for them, because a new virtual operation would change the library's
+    /// binary interface.
     XCode runThread() override {
         if (m_takesCommands) {
             setupFifo();
