@@ -41,7 +41,7 @@ public:
                 reply.set(device.c_str());
                 break;
             case MSG_GET_DESCRIPTION:
-                reply.set("of the board");
+                reply.set("on-board device");
                 break;
             case MSG_GET_MAXIMUM:
                 reply.set(maximum);
