@@ -5,4 +5,6 @@
 set -euo pipefail
 
 nm --dynamic --defined-only --demangle --format=posix --without-symbol-versions "$1" |
-    sed -nE 's/ ([A-Za-z]) [0-9a-f ]*$//; /^(BOARDDRIVERS_1$|.*thunk to |typeinfo |vtable for I[A-Z])/d; p' | LC_ALL=C sort -u
+    sed -E -e 's/ ([A-Za-z]) [0-9a-f ]*$//' \
+        -e '/^(BOARDDRIVERS_1$|.*thunk to |typeinfo |vtable for I[A-Z])/d' |
+    LC_ALL=C sort -u

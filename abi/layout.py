@@ -1,8 +1,9 @@
 """Prints the memory layout of the classes in the public headers: abi/layout.py LIBRARY... HEADER...
 
-For each class it prints the size, the offsets of the bases and members, and the slots of the virtual operations that the
-class declares. All of it comes from the compiler's debug information, which abidw reads. A base that is only plumbing is
-not shown; its own bases and slots are, as if the class itself had them.
+For each class it prints the size, the offsets of the bases and members, and the slots of the
+virtual operations that the class declares. All of it comes from the compiler's debug information,
+which abidw reads. A base that is only plumbing is not shown; its own bases and slots are, as if the
+class itself had them.
 """
 
 import re
@@ -56,7 +57,7 @@ def classes(root):
 
 
 def parts(node, name, plumbing, start=0):
-    """Returns the bases, members and slots of a class that begins `start` bytes into the one shown."""
+    """Returns bases, members and slots of a class that begins `start` bytes into the one shown."""
     lines = set()
     for base in node.findall("base-class"):
         offset = start + int(base.get("layout-offset-in-bits")) // 8

@@ -15,10 +15,16 @@ set_target_properties(boarddrivers PROPERTIES INSTALL_RPATH $ORIGIN/boarddrivers
 install(TARGETS framework EXPORT boarddrivers)
 install(DIRECTORY include/ DESTINATION ${headers} COMPONENT development FILES_MATCHING PATTERN *.h)
 install(EXPORT boarddrivers NAMESPACE boarddrivers:: DESTINATION ${package} COMPONENT development)
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/boarddriversConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/boarddriversConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/boarddriversConfig.cmake
-    CONTENT "include(CMakeFindDependencyMacro)\nfind_dependency(Threads)\ninclude(\${CMAKE_CURRENT_LIST_DIR}/boarddrivers.cmake)\n" @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/boarddriversConfig.cmake ${CMAKE_BINARY_DIR}/boarddriversConfigVersion.cmake
+    CONTENT "include(CMakeFindDependencyMacro)
+find_dependency(Threads)
+include(\${CMAKE_CURRENT_LIST_DIR}/boarddrivers.cmake)
+" @ONLY)
+install(FILES
+        ${CMAKE_BINARY_DIR}/boarddriversConfig.cmake
+        ${CMAKE_BINARY_DIR}/boarddriversConfigVersion.cmake
     DESTINATION ${package} COMPONENT development)
 
 if(BOARD_PLATFORM_DIR)
@@ -29,18 +35,23 @@ install(TARGETS platform EXPORT boarddrivers INCLUDES DESTINATION ${headers}/fra
 install(TARGETS utility hwutility driverkernel EXPORT boarddrivers
     LIBRARY DESTINATION ${framework_libraries} COMPONENT framework)
 set_target_properties(utility hwutility driverkernel PROPERTIES INSTALL_RPATH $ORIGIN)
-install(DIRECTORY platform/ DESTINATION ${headers}/framework COMPONENT framework-development FILES_MATCHING PATTERN *.h)
+install(DIRECTORY platform/ DESTINATION ${headers}/framework COMPONENT framework-development
+    FILES_MATCHING PATTERN *.h)
 
 file(RELATIVE_PATH up_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(packaging/boarddrivers.pc.in boarddrivers.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/boarddrivers.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+install(FILES ${CMAKE_BINARY_DIR}/boarddrivers.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 install(TARGETS boardctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT boardctl)
 file(RELATIVE_PATH up_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-set_target_properties(boardctl PROPERTIES INSTALL_RPATH "$ORIGIN/${up_from_bin};$ORIGIN/${up_from_bin}/boarddrivers")
+set_target_properties(boardctl PROPERTIES
+    INSTALL_RPATH "$ORIGIN/${up_from_bin};$ORIGIN/${up_from_bin}/boarddrivers")
 configure_file(packaging/boardctl.service.in boardctl.service @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/boardctl.service DESTINATION lib/systemd/system COMPONENT boardctl)
-install(FILES packaging/linux-board.toml DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT boardctl)
+install(FILES ${CMAKE_BINARY_DIR}/boardctl.service
+    DESTINATION lib/systemd/system COMPONENT boardctl)
+install(FILES packaging/linux-board.toml
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT boardctl)
 
 # The manual page and the completions are generated from boardctl's help.
 if(BOARD_MAN)
@@ -56,10 +67,16 @@ if(BOARD_MAN)
     find_program(PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
     set(completions ${CMAKE_BINARY_DIR}/completions)
     add_custom_command(OUTPUT ${completions}/boardctl ${completions}/_boardctl
-        COMMAND ${PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/packaging/completions.py ${BOARDCTL} ${completions}
-        DEPENDS boardctl packaging/completions.py packaging/completion.bash packaging/completion.zsh)
+        COMMAND ${PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/packaging/completions.py
+            ${BOARDCTL} ${completions}
+        DEPENDS
+            boardctl
+            packaging/completions.py
+            packaging/completion.bash
+            packaging/completion.zsh)
     add_custom_target(completions ALL DEPENDS ${completions}/boardctl ${completions}/_boardctl)
-    install(FILES ${completions}/boardctl DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
-        COMPONENT boardctl)
-    install(FILES ${completions}/_boardctl DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT boardctl)
+    install(FILES ${completions}/boardctl
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT boardctl)
+    install(FILES ${completions}/_boardctl
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT boardctl)
 endif()

@@ -1,4 +1,5 @@
-# Tests of a cross build: GoogleTest from its sources, as Debian has no library of it for the target.
+# Tests of a cross build: builds GoogleTest from source, because Debian has no library of it for the
+# target.
 set(INSTALL_GTEST OFF)
 set(BUILD_GMOCK OFF)
 add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)

@@ -8,7 +8,8 @@ seconds=${1:?usage: tests/soak.sh SECONDS [BUILD]   (BUILD: a build folder; defa
 boardctl=$(realpath -- "${2-"$(dirname -- "$0")/../build/host"}")/bin/boardctl
 slack_kb=256 # for pages that the allocator requests late; a leak ten times a second soon exceeds it
 # A sanitizer keeps freed memory for a while. It reports leaks itself when the host ends.
-! grep -q '^BOARD_SANITIZE:STRING=.' "${boardctl%/bin/boardctl}/CMakeCache.txt" 2>/dev/null || slack_kb=16384
+! grep -q '^BOARD_SANITIZE:STRING=.' "${boardctl%/bin/boardctl}/CMakeCache.txt" 2>/dev/null ||
+    slack_kb=16384
 
 fail() {
     echo "soak: $*" >&2
@@ -40,7 +41,7 @@ end() {
 }
 trap end EXIT
 
-# --- the host ---------------------------------------------------------------------------------------------
+# --- the host -------------------------------------------------------------------------------------
 
 events() { grep -c "^{\"event\":\"$1\"" "$folder/events" || true; }
 descriptors() { find "/proc/$host/fd" -mindepth 1 -printf '.' 2>/dev/null | wc -c; }
@@ -62,14 +63,16 @@ until_true() {
 is_seen() { (($(events "$1") >= $2)); }
 has_descriptors() { (($(descriptors) == $1)); }
 
-# --- its clients: rounds of each, until the file `stop` exists -------------------------------------------
+# --- its clients: rounds of each, until the file `stop` exists ------------------------------------
 
 write_lines() {
-    local words=(system line alarm search lamp all boot ready ring call idle once start stop test defaults x)
+    local words=(system line alarm search lamp all boot ready ring call idle once start stop test
+        defaults x)
     local any=${#words[@]}
     case $((RANDOM % 8)) in
     0) head -c $((RANDOM % 60)) /dev/urandom ;;
-    1) printf '%s %s' "${words[RANDOM % any]}" "${words[RANDOM % any]}" ;; # no newline: the next line continues it
+    # Without a newline: the next line continues it.
+    1) printf '%s %s' "${words[RANDOM % any]}" "${words[RANDOM % any]}" ;;
     *) printf '%s %s %d\n' "${words[RANDOM % any]}" "${words[RANDOM % any]}" $((RANDOM % 3)) ;;
     esac >/tmp/evt.fifo
     sleep 0.05
@@ -101,7 +104,8 @@ load() {
     done
     while ((SECONDS < end)); do
         sleep 0.1
-        kill -0 "$host" "${clients[@]}" 2>/dev/null || fail "the host or a client ended: $(tail -3 "$folder/messages")"
+        kill -0 "$host" "${clients[@]}" 2>/dev/null ||
+            fail "the host or a client ended: $(tail -3 "$folder/messages")"
     done
     touch "$folder/stop"
     wait "${clients[@]}" || fail "a client failed"
@@ -113,7 +117,7 @@ load() {
     until_true "command after the random lines" is_seen led-command $((before + 1))
 }
 
-# --- the run ----------------------------------------------------------------------------------------------
+# --- the run --------------------------------------------------------------------------------------
 
 "$boardctl" sim create "$folder/board" >/dev/null
 "$boardctl" --board "$board" --format json run >"$folder/events" 2>"$folder/messages" &
@@ -125,7 +129,8 @@ descriptors=$(descriptors)
 memory=$(memory_kb)
 load "$seconds"
 
-until_true "return to $descriptors descriptors, there are $(descriptors)" has_descriptors "$descriptors"
+until_true "return to $descriptors descriptors, there are $(descriptors)" \
+    has_descriptors "$descriptors"
 grown=$(($(memory_kb) - memory))
 ((grown <= slack_kb)) || fail "memory grew by $grown kB (expected at most $slack_kb)"
 pressed=$(events button-pressed) released=$(events button-released) presses=$(count press)

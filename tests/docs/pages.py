@@ -159,9 +159,9 @@ def run(path, programs):
 
 
 def take_tmp(paths):
-    """Starts this program again with a private /tmp if the machine allows it, because the LED pipe has a fixed
-    path there. If that is impossible or would hide a file that is needed, waits for the other tests that use the
-    pipe and locks them out until this program ends."""
+    """Starts this program again with a private /tmp if the machine allows it, because the LED pipe
+    has a fixed path there. If that is impossible or would hide a file that is needed, waits for the
+    other tests that use the pipe and locks them out until this program ends."""
     apart = ["unshare", "--mount"] + (["--map-root-user"] if os.geteuid() else [])
     mount = "mount -t tmpfs tmp /tmp"
     hides = any(os.path.realpath(path).startswith("/tmp/") for path in [*paths, os.getcwd(), __file__])

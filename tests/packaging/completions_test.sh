@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Completes calls of boardctl as bash does: tests/packaging/completions_test.sh COMPLETIONS_PY BOARDCTL
+# Completes calls of boardctl as bash does.
+# usage: tests/packaging/completions_test.sh COMPLETIONS_PY BOARDCTL
 set -euo pipefail
 
 folder=$(mktemp -d)
