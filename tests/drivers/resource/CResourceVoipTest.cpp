@@ -101,15 +101,15 @@ TEST_F(CResourceVoipTest, HoldsEachLockInTurnAndKeepsItsFiguresIfTheDescriptorIs
 TEST_F(CResourceVoipTest, ReportsWithinTheLimits) {
     using Rows = std::vector<std::string>;
     Capacity capacity(true);
-    EXPECT_EQ(reportOf(capacity, {2, 1, 2, 2}),
-              (Rows{"1.2 > VoIP Resource=", "2.2 DSP Channels=0", "2.2 SIP Legs=0",
-                    "2.2 Transcoding=no", "2.2 Border Controller=yes"}));
+    EXPECT_EQ(reportOf(capacity, {2, 1, 3, 3}),
+              (Rows{"1.3 > VoIP Resource=", "2.3 DSP Channels=0", "2.3 SIP Legs=0",
+                    "2.3 Transcoding=no", "2.3 Border Controller=yes"}));
     EXPECT_TRUE(capacity.setup(error).isSuccess());
-    EXPECT_EQ(reportOf(capacity, {2, 1, 2, 2})[1], "2.2 DSP Channels=4294967295");
-    EXPECT_EQ(reportOf(capacity, {2, 1, 2, 2})[3], "2.2 Transcoding=yes");
-    EXPECT_EQ(reportOf(capacity, {1, 1, 2, 2}), Rows{"1.2 > VoIP Resource="});
-    EXPECT_EQ(reportOf(capacity, {0, 1, 2, 2}), Rows{});
-    EXPECT_EQ(reportOf(capacity, {2, 1, 1, 2}), Rows{});
+    EXPECT_EQ(reportOf(capacity, {2, 1, 3, 3})[1], "2.3 DSP Channels=4294967295");
+    EXPECT_EQ(reportOf(capacity, {2, 1, 3, 3})[3], "2.3 Transcoding=yes");
+    EXPECT_EQ(reportOf(capacity, {1, 1, 3, 3}), Rows{"1.3 > VoIP Resource="});
+    EXPECT_EQ(reportOf(capacity, {0, 1, 3, 3}), Rows{});
+    EXPECT_EQ(reportOf(capacity, {2, 1, 2, 3}), Rows{});
 }
 
 } // namespace
