@@ -43,7 +43,27 @@ std::string readUpTo(Read read, std::size_t limit, const std::string& path, cons
     return content;
 }
 
-FileKind kindOfMode(mode_t mode) {
+} // namespace
+
+std::string reasonOf(int error) {
+    return std::strerror(error);
+}
+
+void failWith(const std::string& path, const std::string& what, int error) {
+    throw Error(path + ": " + what + ": " + reasonOf(error));
+}
+
+FileKind kindOf(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? kindOf(status.st_mode) : FileKind::MISSING;
+}
+
+FileKind kindOf(const FileDescriptor& file) {
+    struct stat status {};
+    return ::fstat(file.number(), &status) == 0 ? kindOf(status.st_mode) : FileKind::OTHER;
+}
+
+FileKind kindOf(mode_t mode) {
     switch (mode & S_IFMT) {
     case S_IFREG:
         return FileKind::REGULAR;
@@ -58,26 +78,6 @@ FileKind kindOfMode(mode_t mode) {
     default:
         return FileKind::OTHER;
     }
-}
-
-} // namespace
-
-std::string reasonOf(int error) {
-    return std::strerror(error);
-}
-
-void failWith(const std::string& path, const std::string& what, int error) {
-    throw Error(path + ": " + what + ": " + reasonOf(error));
-}
-
-FileKind kindOf(const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 ? kindOfMode(status.st_mode) : FileKind::MISSING;
-}
-
-FileKind kindOf(const FileDescriptor& file) {
-    struct stat status {};
-    return ::fstat(file.number(), &status) == 0 ? kindOfMode(status.st_mode) : FileKind::OTHER;
 }
 
 off_t trySize(const FileDescriptor& file) {
@@ -133,6 +133,10 @@ ssize_t tryRead(const FileDescriptor& file, void* bytes, std::size_t size) {
     return repeatInterrupted([&] { return ::read(file.number(), bytes, size); });
 }
 
+ssize_t tryReadOnce(int descriptor, void* bytes, std::size_t size) {
+    return ::read(descriptor, bytes, size);
+}
+
 ssize_t tryReadAt(const FileDescriptor& file, void* bytes, std::size_t size, off_t position) {
     return repeatInterrupted([&] { return ::pread(file.number(), bytes, size, position); });
 }
@@ -184,7 +188,7 @@ void failTooLarge(const std::string& path, std::size_t limit) {
 std::string readFile(const std::string& path, std::size_t limit) {
     const FileDescriptor file = openFile(path, O_RDONLY);
     const auto readOnce = [&](void* bytes, std::size_t size) {
-        return ::read(file.number(), bytes, size);
+        return tryReadOnce(file.number(), bytes, size);
     };
     std::string content = readUpTo(readOnce, limit, path, "can't read");
     if (content.size() > limit)

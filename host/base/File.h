@@ -8,11 +8,15 @@
 
 #include "base/FileDescriptor.h"
 
-/// The operating system's calls for files. Nothing else in the host or its programs makes them.
+/// The operating system's calls to open, read, write and replace files. In the host and its
+/// programs only this folder makes them. Other rooms use std::filesystem for paths and folders, and
+/// they poll, lock or control the devices and pipes that they have opened here.
 ///
 /// A function whose name begins with `try` reports failure in its result and leaves the reason in
-/// `errno`; every other function throws Error with "PATH: what failed: the system's reason". A call
-/// that a signal interrupts is repeated unless the function's comment says otherwise.
+/// `errno`. A function that only answers a question (what kind of file, which mode) never fails:
+/// its comment says what it returns if it can't find out. The others throw Error with "PATH: what
+/// failed: the system's reason". A call that a signal interrupts is repeated unless the function's
+/// comment says otherwise.
 namespace board {
 
 /// The system's description of an `errno` value.
@@ -28,6 +32,8 @@ enum class FileKind { MISSING, REGULAR, FOLDER, PIPE, CHARACTER_DEVICE, BLOCK_DE
 FileKind kindOf(const std::string& path);
 /// OTHER if the open file can't be examined; the reason is then in `errno`.
 FileKind kindOf(const FileDescriptor& file);
+/// The kind in the `st_mode` of a stat call.
+FileKind kindOf(mode_t mode);
 
 /// The permission bits; 0 if the open file can't be examined.
 mode_t permissionsOf(const FileDescriptor& file);
@@ -36,7 +42,8 @@ mode_t permissionsOf(const FileDescriptor& file);
 off_t trySize(const FileDescriptor& file);
 
 /// True for block devices and for files of the kernel's device tree (sysfs), such as an EEPROM. A
-/// sysfs file looks like an ordinary one, but a new file can't take its place.
+/// sysfs file looks like an ordinary one, but a new file can't take its place. False if the file
+/// can't be examined.
 bool isDevice(const std::string& path);
 bool isOfDeviceTree(const FileDescriptor& file);
 
@@ -54,7 +61,10 @@ FileDescriptor createUnique(const std::string& start, std::string& name, const s
 
 /// One read of at most `size` bytes. Returns 0 at the end and -1 on failure.
 ssize_t tryRead(const FileDescriptor& file, void* bytes, std::size_t size);
-/// The same at a position in the file.
+/// The same, but a signal that the program handles interrupts it (EINTR). Serves descriptors that
+/// the caller does not own, too.
+ssize_t tryReadOnce(int descriptor, void* bytes, std::size_t size);
+/// Like tryRead, at a position in the file.
 ssize_t tryReadAt(const FileDescriptor& file, void* bytes, std::size_t size, off_t position);
 /// One write, which may be short. Returns -1 on failure.
 ssize_t tryWrite(const FileDescriptor& file, const void* bytes, std::size_t size);
@@ -105,8 +115,8 @@ std::string makeUniqueFolder(const std::string& start);
 /// may create a file meanwhile.
 mode_t modeOfNewFile();
 
-/// Removes an incomplete file. Returns what the failure's message must add: nothing, or that the
-/// file could not be removed.
+/// Removes an incomplete file. Does not throw Error, because another failure is being reported;
+/// returns what that failure's message must add: nothing, or that the file could not be removed.
 std::string discard(const std::string& file);
 
 } // namespace board

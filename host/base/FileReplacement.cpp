@@ -46,7 +46,7 @@ public:
           m_file(createUnique(target, m_name, path, "can't make a new file beside it")) {}
     ~Beside() {
         if (!m_isGone)
-            ::unlink(m_name.c_str());
+            static_cast<void>(board::discard(m_name)); // the failure is already being reported
     }
     Beside(const Beside&) = delete;
     Beside& operator=(const Beside&) = delete;
@@ -71,7 +71,7 @@ public:
     }
 
     void setMode(mode_t mode) const {
-        if (::fchmod(m_file.number(), mode) != 0)
+        if (!trySetMode(m_file, mode))
             failWith(m_path, "can't set the new file's mode", errno);
     }
 
@@ -83,7 +83,7 @@ public:
             tryOpen(fs::path(target).parent_path().string(), O_RDONLY | O_DIRECTORY);
         if (!folder.isOpen())
             failWith(m_path, "can't open its folder", errno);
-        if (::rename(m_name.c_str(), target.c_str()) != 0)
+        if (!tryRename(m_name, target))
             failWith(m_path, "can't rename the new file into place", errno);
         m_isGone = true;
         if (!trySync(folder))
@@ -111,8 +111,9 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
                 failWith(path, "can't look at the file", errno);
             return;
         }
-        const bool isDevice = S_ISBLK(named.st_mode) || S_ISCHR(named.st_mode);
-        if (!S_ISREG(named.st_mode) && !isDevice)
+        const FileKind kind = kindOf(named.st_mode);
+        const bool isDevice = kind == FileKind::BLOCK_DEVICE || kind == FileKind::CHARACTER_DEVICE;
+        if (kind != FileKind::REGULAR && !isDevice)
             throw Error(path + ": can't be replaced (expected a file or a device)");
         // The new content of a file never goes through this descriptor. It is still opened for
         // writing: a writable folder does not imply permission to replace the file.

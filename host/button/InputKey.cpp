@@ -7,7 +7,6 @@
 #include <fcntl.h>
 #include <linux/input.h>
 #include <sys/ioctl.h>
-#include <unistd.h>
 
 #include "base/Error.h"
 #include "base/File.h"
@@ -79,7 +78,7 @@ KeyEvents::KeyEvents(std::string name, int descriptor, unsigned code,
 
 std::vector<bool> KeyEvents::read() {
     std::array<input_event, 64> events;
-    const ssize_t got = ::read(m_descriptor, events.data(), sizeof events);
+    const ssize_t got = tryReadOnce(m_descriptor, events.data(), sizeof events);
     if (got < 0 && (errno == EAGAIN || errno == EINTR))
         return {};
     if (got < 0)
