@@ -32,7 +32,7 @@ public:
     explicit Check(const LedSequencerProfile& profile) : m_profile(profile) {}
 
     std::vector<std::string> run() {
-        if (m_profile.tickMs * 1000U == 0)
+        if (m_profile.tickUs() == 0)
             note(m_profile.place + ".tick_ms",
                  std::to_string(m_profile.tickMs) +
                      " is not a tick that the service can use: it stays idle");
@@ -115,8 +115,7 @@ private:
 
     void checkTime(const Row& row) {
         // The sequencer rounds up to whole ticks in 32 bits of microseconds.
-        const auto longest =
-            static_cast<std::int32_t>((UINT32_MAX - m_profile.tickMs * 1000U) / 1000);
+        const auto longest = static_cast<std::int32_t>((UINT32_MAX - m_profile.tickUs()) / 1000);
         if (row.timeMs < 0)
             note(row.place + ".time_ms", std::to_string(row.timeMs) + " is below 0");
         else if (row.timeMs != 0 && !takesTime(row))

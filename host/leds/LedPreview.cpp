@@ -25,7 +25,7 @@ public:
 
 LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
                      std::vector<LedLine> lines) {
-    if (profile.tickMs * 1000U == 0)
+    if (profile.tickUs() == 0)
         throw Error(profile.place + ".tick_ms: " + std::to_string(profile.tickMs) +
                     " comes to no tick at all (expected 1 to 4294967)");
     std::stable_sort(lines.begin(), lines.end(),

@@ -19,7 +19,7 @@ public:
         : LedCtrl(table.commands().data(), static_cast<unsigned>(table.commands().size()),
                   table.files().data(), static_cast<unsigned>(table.files().size()), profile.access,
                   profile.tickMs, profile.blinkPattern, NotStarted()),
-          m_tickUs(profile.tickMs * 1000U), m_takesCommands(takesCommands), m_events(events) {
+          m_tickUs(profile.tickUs()), m_takesCommands(takesCommands), m_events(events) {
         if (!start(String::EMPTY()).isSuccess())
             throw Error("no thread for the LED sequencer");
     }
@@ -72,7 +72,7 @@ LedService::LedService(const LedSequencerProfile& profile, bool tellsChanges, Ev
                        const DeviceLocator& locator)
     : m_table(profile, locator), m_claim(claim(m_table.leds())), m_faults(m_table.faults()),
       m_states(m_table.leds(), profile.tickMs, tellsChanges, events) {
-    if (profile.tickMs * 1000U == 0) { // stays idle and logs why
+    if (profile.tickUs() == 0) { // stays idle and logs why
         m_leds.reset(new LedCtrl(nullptr, 0, nullptr, 0, profile.access, profile.tickMs, 0));
         return;
     }

@@ -68,6 +68,10 @@ struct LedSequencerProfile {
         bool isDefault = false;
         std::string place; ///< "FILE:LINE: leds.command[N]", for messages
     };
+    /// The tick in microseconds, which the sequencer counts in 32 bits: a number that is too large
+    /// wraps around. With 0 the sequencer stays idle.
+    std::uint32_t tickUs() const { return tickMs * 1000U; }
+
     std::string place; ///< "FILE:LINE: leds", for messages
     std::uint32_t tickMs = 100;
     std::uint32_t blinkPattern = 0x0F0F0F0F;
