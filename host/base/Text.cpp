@@ -57,4 +57,11 @@ std::size_t columnsOf(const std::string& text) {
     return columns;
 }
 
+std::string joinChoices(const std::vector<std::string>& words) {
+    std::string joined;
+    for (const std::string& word : words)
+        joined += (joined.empty() ? "" : &word == &words.back() ? " or " : ", ") + word;
+    return joined;
+}
+
 } // namespace board

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace board {
 
@@ -25,5 +26,8 @@ std::string join(const List& list, const char* separator = ", ") {
     }
     return joined;
 }
+
+/// The words of a choice: "a, b or c".
+std::string joinChoices(const std::vector<std::string>& words);
 
 } // namespace board

@@ -4,14 +4,11 @@
 #include <map>
 
 #include "BD_TagMeaning.h"
+#include "descriptor/TagWords.h"
 
 namespace board {
 
 namespace {
-
-std::string nameOf(BD::TagId id) {
-    return BD::TAG_ID_TO_STRING(id).c_str();
-}
 
 bool isBlank(char c) {
     return c == '\0' || c == '\xFF';
@@ -24,8 +21,8 @@ public:
     std::vector<Finding> check() {
         for (const ImageTag& tag : m_image.tags())
             checkTag(tag);
-        if (m_image.isCorrupt())
-            add(Finding::Weight::CORRUPT, m_image.usedBytes(), m_image.fault());
+        if (const auto& fault = m_image.fault())
+            add(Finding::Weight::CORRUPT, m_image.usedBytes(), *fault);
         else if (m_image.terminator())
             checkRest();
         else
@@ -41,10 +38,10 @@ private:
     void checkTag(const ImageTag& checked) {
         const BD::Tag& tag = checked.tag;
         const auto warn = [&](const std::string& text) {
-            add(Finding::Weight::WARNING, checked.offset, nameOf(tag.id) + ": " + text);
+            add(Finding::Weight::WARNING, checked.offset, tagName(tag.id) + ": " + text);
         };
-        if (const std::string size = wrongSizeOf(tag); !size.empty())
-            warn("has " + size);
+        if (const auto size = wrongSizeOf(tag))
+            warn("has " + *size);
         if (tag.length % 2 != 0)
             warn("has an odd length of " + std::to_string(tag.length) +
                  "; storing and loading it adds a zero byte");
@@ -73,7 +70,7 @@ private:
         if (tags > 0)
             add(weight, start,
                 std::to_string(tags) + (tags == 1 ? " tag" : " tags") +
-                    " behind the terminator, from " + nameOf(left.tags().front().tag.id) +
+                    " behind the terminator, from " + tagName(left.tags().front().tag.id) +
                     " on; no load reads them");
         else
             add(weight, start + static_cast<std::size_t>(stray - rest.begin()),
@@ -88,10 +85,10 @@ private:
 
 } // namespace
 
-std::string wrongSizeOf(const BD::Tag& tag) {
+std::optional<std::string> wrongSizeOf(const BD::Tag& tag) {
     const unsigned expected = BD::meaningOf(tag.id).size;
     if (expected == 0 || expected == tag.length)
-        return {};
+        return std::nullopt;
     return std::to_string(tag.length) + (tag.length == 1 ? " byte" : " bytes") + " (expected " +
            std::to_string(expected) + ")";
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,8 @@ struct Finding {
 /// terminator are only a note: an earlier, longer image may have left them there.
 std::vector<Finding> checkImage(const TagImage& image, bool isDevice);
 
-/// "2 bytes (expected 4)" if the tag's identifier has a meaning that needs another size; else
-/// empty.
-std::string wrongSizeOf(const BD::Tag& tag);
+/// "2 bytes (expected 4)" if the tag's identifier has a meaning that needs another size;
+/// otherwise empty.
+std::optional<std::string> wrongSizeOf(const BD::Tag& tag);
 
 } // namespace board

@@ -30,7 +30,9 @@ public:
     /// The size of the device of `image` in bytes; an image must be smaller.
     std::size_t deviceSize(const TagImage& image) const;
 
-    /// Throws Error if the bytes can't be read or are too many. A corrupt image is not a failure.
+    /// Throws Error if the bytes can't be read, or if a file has more than MAX_IMAGE_SIZE bytes. A
+    /// board's device has no such check here: `ofBoard` has checked its size, and the driver reads
+    /// no more than `size` bytes. A corrupt image is not a failure.
     TagImage load() const;
 
 private:

@@ -98,7 +98,7 @@ EditOutcome editDescriptor(const DescriptorSource& source, const EditManner& man
     DescriptorEdit edit(TagImage(target.content(MAX_IMAGE_SIZE)));
     const TagImage& old = edit.original();
     if (old.isCorrupt() && !manner.force)
-        throw Error(old.fault() +
+        throw Error(*old.fault() +
                     " (nothing was changed; --force keeps the tags before the fault)");
     step(edit);
 

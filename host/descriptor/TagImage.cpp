@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/Error.h"
+#include "descriptor/TagWords.h"
 
 namespace board {
 
@@ -66,8 +67,7 @@ void TagImage::loadInto(CBoardDescr& descriptor) const {
 }
 
 std::string missingTag(BD::TagId id) {
-    return String::format(CBoardDescr::ERR_TAG_NOT_FOUND, id, BD::TAG_ID_TO_STRING(id).c_str())
-        .c_str();
+    return String::format(CBoardDescr::ERR_TAG_NOT_FOUND, id, tagName(id).c_str()).c_str();
 }
 
 BD::Tag asLoaded(const BD::Tag& tag) {

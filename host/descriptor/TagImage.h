@@ -36,10 +36,10 @@ public:
     /// The tags that load, in order, without the terminator.
     const std::vector<ImageTag>& tags() const { return m_tags; }
 
-    /// Empty unless the image is corrupt; then the library's message. The chunk at fault begins at
+    /// The library's message if the image is corrupt; otherwise empty. The chunk at fault begins at
     /// `usedBytes()`.
-    const std::string& fault() const { return m_fault; }
-    bool isCorrupt() const { return !m_fault.empty(); }
+    const std::optional<std::string>& fault() const { return m_fault; }
+    bool isCorrupt() const { return m_fault.has_value(); }
 
     /// Where the terminator begins, if there is one.
     const std::optional<std::size_t>& terminator() const { return m_terminator; }
@@ -59,12 +59,14 @@ public:
     const BD::Tag& find(BD::TagId id, unsigned index) const;
 
     /// Replaces the list of `descriptor` with the tags of the image, including the terminator.
+    /// Serves `bd show` and `bd raw`: they print the reports of the library's class, so that a user
+    /// sees the same rows as a program on the board.
     void loadInto(CBoardDescr& descriptor) const;
 
 private:
     std::string m_bytes;
     std::vector<ImageTag> m_tags;
-    std::string m_fault;
+    std::optional<std::string> m_fault;
     std::optional<std::size_t> m_terminator;
     std::size_t m_tagBytes = 0;
 };

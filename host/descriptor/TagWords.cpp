@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <iterator>
 
 #include "BD_TagMeaning.h"
 #include "base/Error.h"
@@ -15,7 +14,6 @@ namespace board {
 namespace {
 
 constexpr BD::TagId LAST_ID = 65534;
-constexpr char TYPES[] = "u8, u16, u32, uint, text or hex";
 
 /// A word for a message: short, and without bytes that a terminal would interpret.
 std::string quoted(const std::string& word) {
@@ -72,8 +70,7 @@ BD::TagId parseId(const std::string& word) {
         names.emplace_back(meaning.name);
     }
     // Output calls an identifier without a name "Tag5"; that can be typed too.
-    if (word.rfind("Tag", 0) == 0 && readId(word.substr(3), id) &&
-        BD::TAG_ID_TO_STRING(id) == word.c_str())
+    if (word.rfind("Tag", 0) == 0 && readId(word.substr(3), id) && tagName(id) == word)
         return id;
     throw Error(quoted(word) +
                 " is not a tag (expected 1 to 65534, 0x1 to 0xfffe, or a name such as ProductID)" +
@@ -125,6 +122,10 @@ unsigned parseNumber(const std::string& word, unsigned maximum, const std::strin
     return number;
 }
 
+std::string tagName(BD::TagId id) {
+    return BD::TAG_ID_TO_STRING(id).c_str();
+}
+
 TagPlace parseTagPlace(const std::string& word) {
     const auto dot = word.rfind('.');
     TagPlace place;
@@ -135,13 +136,13 @@ TagPlace parseTagPlace(const std::string& word) {
 }
 
 TagType parseTagType(const std::string& word) {
-    constexpr const char* WORDS[] = {"u8",   "u16",  "u32",
-                                     "uint", "text", "hex"}; // in the order of TagType
-    for (std::size_t i = 0; i < std::size(WORDS); ++i)
-        if (word == WORDS[i])
-            return static_cast<TagType>(i);
-    throw Error("type " + quoted(word) + " is unknown (expected " + TYPES + ")" +
-                didYouMean(word, {std::begin(WORDS), std::end(WORDS)}));
+    const std::vector<std::string> words = {"u8",   "u16",  "u32",
+                                            "uint", "text", "hex"}; // in the order of TagType
+    const auto found = std::find(words.begin(), words.end(), word);
+    if (found != words.end())
+        return static_cast<TagType>(found - words.begin());
+    throw Error("type " + quoted(word) + " is unknown (expected " + joinChoices(words) + ")" +
+                didYouMean(word, words));
 }
 
 Assignment parseAssignment(const std::string& word) {

@@ -7,6 +7,9 @@
 
 namespace board {
 
+/// The name of an identifier: "ProductID", or "Tag5" if it has none.
+std::string tagName(BD::TagId id);
+
 /// A tag as people name it: its identifier, and its occurrence among the tags with that identifier,
 /// counted from 0.
 struct TagPlace {

@@ -118,7 +118,7 @@ std::string tagsToJson(const TagImage& image) {
     std::vector<std::string> entries;
     const auto add = [&entries](const BD::Tag& tag) {
         const ordered_json entry = {{"id", tag.id},
-                                    {"name", BD::TAG_ID_TO_STRING(tag.id).c_str()},
+                                    {"name", tagName(tag.id)},
                                     {"length", tag.length},
                                     {"data", hexDigits(tag)}};
         entries.push_back("\n" + entry.dump());

@@ -50,7 +50,7 @@ int get(const Options& options, const GetWords& words) {
     const board::TagType type = orWrongCall([&] { return board::parseTagType(words.type); });
     return printImage(options, words.image, [&](const board::TagImage& image) {
         ordered_json json = {{"id", place.id},
-                             {"name", BD::TAG_ID_TO_STRING(place.id).c_str()},
+                             {"name", board::tagName(place.id)},
                              {"index", place.index},
                              {"type", words.type},
                              {"value", nullptr}};

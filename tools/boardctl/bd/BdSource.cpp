@@ -32,10 +32,10 @@ int printImage(const board::DescriptorSource& source,
                const std::function<int(const board::TagImage&)>& print) {
     const board::TagImage loaded = source.load();
     const int status = print(loaded);
-    if (!loaded.isCorrupt())
+    if (!loaded.fault())
         return status;
     static_cast<void>(flushOutput()); // the good tags come before the fault
-    complain(loaded.fault());
+    complain(*loaded.fault());
     return FAILED;
 }
 

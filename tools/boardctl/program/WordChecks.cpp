@@ -4,6 +4,7 @@
 
 #include "String.h"
 #include "base/Suggestion.h"
+#include "base/Text.h"
 
 namespace boardctl {
 
@@ -20,10 +21,8 @@ CLI::Validator oneOf(const std::vector<std::string>& words) {
         [words](std::string& word) {
             if (CLI::IsMember(words)(word).empty())
                 return std::string();
-            std::string expected;
-            for (const std::string& each : words)
-                expected += (expected.empty() ? "" : &each == &words.back() ? " or " : ", ") + each;
-            return "'" + word + "' (expected " + expected + ")" + board::didYouMean(word, words);
+            return "'" + word + "' (expected " + board::joinChoices(words) + ")" +
+                   board::didYouMean(word, words);
         },
         "");
 }
@@ -56,6 +55,10 @@ CLI::Validator decimal(long long least, long long most) {
             return std::string();
         },
         "");
+}
+
+bool isDigits(const std::string& word) {
+    return !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
 }
 
 } // namespace boardctl

@@ -5,7 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
-/// Checks of a word on the command line, for CLI::Option::check or transform.
+/// Checks of a word on the command line, mostly for CLI::Option::check or transform.
 namespace boardctl {
 
 /// For options that name something: an empty word, such as an unset shell variable leaves, is a
@@ -20,5 +20,8 @@ CLI::Validator seconds(double least = 0, double most = 366 * 86400);
 
 /// For whole numbers. They are decimal even with leading zeros.
 CLI::Validator decimal(long long least, long long most);
+
+/// True for one or more decimal digits and nothing else.
+bool isDigits(const std::string& word);
 
 } // namespace boardctl

@@ -54,8 +54,8 @@ int edit(const Options& options, const EditWords& words,
         manner.keepOld = !manner.backup.empty();
     }
     const auto stepOnGoodTags = [&](board::DescriptorEdit& descriptor) {
-        if (descriptor.original().isCorrupt())
-            complain(descriptor.original().fault() + "; only the tags before the fault are kept");
+        if (const auto& fault = descriptor.original().fault())
+            complain(*fault + "; only the tags before the fault are kept");
         step(descriptor);
     };
     const bool asks = !words.yes && !chosen.isSimulated();

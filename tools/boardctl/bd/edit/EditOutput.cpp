@@ -4,6 +4,7 @@
 
 #include "base/Text.h"
 #include "descriptor/DescriptorCheck.h"
+#include "descriptor/TagWords.h"
 #include "output/Json.h"
 
 using nlohmann::ordered_json;
@@ -12,12 +13,8 @@ namespace boardctl {
 
 namespace {
 
-std::string nameOf(BD::TagId id) {
-    return BD::TAG_ID_TO_STRING(id).c_str();
-}
-
 std::string shown(const BD::Tag& tag) {
-    std::string text = nameOf(tag.id) + " (" + std::to_string(tag.id) + ")";
+    std::string text = board::tagName(tag.id) + " (" + std::to_string(tag.id) + ")";
     if (tag.data.length() == 0)
         return text + (tag.id == board::TERMINATOR_TAG ? ": the terminator" : ": empty");
     text += ": " + board::hexDigits(tag);
@@ -32,7 +29,7 @@ ordered_json changesToJson(const std::vector<board::TagChange>& changes) {
         const BD::TagId id = change.before ? change.before->id : change.after->id;
         ordered_json entry = {{"position", change.position},
                               {"id", id},
-                              {"name", nameOf(id)},
+                              {"name", board::tagName(id)},
                               {"old", nullptr},
                               {"new", nullptr}};
         if (change.before)
@@ -51,9 +48,9 @@ void printChanges(std::ostream& out, const std::vector<board::TagChange>& change
         if (change.before)
             out << "- " << change.position << " " << shown(*change.before) << "\n";
         if (change.after) {
-            const std::string wrongSize = board::wrongSizeOf(*change.after);
+            const auto wrongSize = board::wrongSizeOf(*change.after);
             out << "+ " << change.position << " " << shown(*change.after)
-                << (wrongSize.empty() ? "" : "  <- " + wrongSize) << "\n";
+                << (wrongSize ? "  <- " + *wrongSize : "") << "\n";
         }
     }
 }
