@@ -30,7 +30,8 @@ struct LedChanged {
     bool isLit;
 };
 
-struct Fault {
+/// Something does not work, in words for people.
+struct FaultReport {
     std::string text;
 };
 
@@ -42,7 +43,7 @@ struct LogLine {
 } // namespace event
 
 using Event = std::variant<event::ButtonPressed, event::ButtonReleased, event::LedCommand,
-                           event::LedChanged, event::Fault, event::LogLine>;
+                           event::LedChanged, event::FaultReport, event::LogLine>;
 
 /// Carries events from the services' threads to the thread that handles them.
 class EventQueue {

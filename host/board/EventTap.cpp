@@ -26,14 +26,14 @@ EventTap::~EventTap() {
 
 void EventTap::write(const String& category, int level, const String& text) {
     if (level <= ERROR_LEVEL)
-        m_queue.push(event::Fault{text.c_str()});
+        m_queue.push(event::FaultReport{text.c_str()});
     else if (level <= m_level)
         m_queue.push(event::LogLine{
             String::format("%s %d: %s", category.c_str(), level, text.c_str()).c_str()});
 }
 
 void EventTap::report(int, const String& text) {
-    m_queue.push(event::Fault{text.c_str()});
+    m_queue.push(event::FaultReport{text.c_str()});
 }
 
 } // namespace board

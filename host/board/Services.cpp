@@ -9,18 +9,18 @@ Services::Services(const Profile& profile, bool tellsLeds, EventQueue& events) {
         if (profile.ledService)
             m_leds = std::make_unique<LedService>(*profile.ledService, tellsLeds, events);
     } catch (const Error& error) {
-        m_faults.push_back({"leds", error.what()});
+        m_failures.push_back({Kind::LEDS, error.what()});
     }
     if (m_leds)
         for (const std::string& fault : m_leds->faults())
-            m_faults.push_back({"leds", fault});
+            m_failures.push_back({Kind::LEDS, fault});
     try {
         if (profile.button)
             withPlaceInErrors(*profile.button, [&](const std::string&) {
                 m_button = std::make_unique<ButtonService>(*profile.button, events);
             });
     } catch (const Error& error) {
-        m_faults.push_back({"button", error.what()});
+        m_failures.push_back({Kind::BUTTON, error.what()});
     }
 }
 

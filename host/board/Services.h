@@ -12,7 +12,7 @@
 namespace board {
 
 /// The services of a hosted board, which run on threads of their own: the LED sequencer and the
-/// button monitor. A service that can't be started is a fault and does not affect the other. The
+/// button monitor. A service that can't be started is a failure and does not affect the other. The
 /// destructor ends the button's thread first, then the LEDs'.
 class Services {
 public:
@@ -20,19 +20,21 @@ public:
     /// an event.
     Services(const Profile& profile, bool tellsLeds, EventQueue& events);
 
+    enum class Kind { LEDS, BUTTON };
+
     /// A service that does not work, or works only in part.
-    struct Fault {
-        std::string kind; ///< "leds" or "button"
+    struct Failure {
+        Kind service;
         std::string text;
     };
-    const std::vector<Fault>& faults() const { return m_faults; }
+    const std::vector<Failure>& failures() const { return m_failures; }
 
     /// Null if the board has no LED tables or the sequencer can't run.
     const LedService* leds() const { return m_leds.get(); }
     bool watchesButton() const { return m_button != nullptr; }
 
 private:
-    std::vector<Fault> m_faults;
+    std::vector<Failure> m_failures;
     std::unique_ptr<LedService> m_leds;
     std::unique_ptr<ButtonService> m_button; // last: it ends first
 };

@@ -41,7 +41,7 @@ XCode ButtonService::Watch::runThread() {
 
 void ButtonService::Watch::end(const String& why) {
     m_hasFailed = true;
-    m_events.push(event::Fault{
+    m_events.push(event::FaultReport{
         String::format("button: %s%s is no longer watched", m_path.c_str(), why.c_str()).c_str()});
 }
 

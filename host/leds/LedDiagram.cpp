@@ -14,6 +14,15 @@ std::string number(double value) {
     return String::format("%.6g", value).c_str();
 }
 
+/// The waves with names and lines that a terminal and an XML parser can show.
+LedWaves printableWaves(LedWaves waves) {
+    for (LedWave& led : waves.leds)
+        led.name = printable(led.name);
+    for (LedLine& line : waves.lines)
+        line.line = printable(line.line);
+    return waves;
+}
+
 std::size_t longestName(const LedWaves& waves) {
     std::size_t length = 0;
     for (const LedWave& led : waves.leds)
@@ -99,7 +108,7 @@ std::string escaped(const std::string& text) {
             result += "&quot;";
             break;
         default:
-            result += static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? '?' : c;
+            result += c;
         }
     return result;
 }
@@ -232,7 +241,8 @@ private:
 
 } // namespace
 
-std::string ledsToText(const LedWaves& waves) {
+std::string ledsToText(const LedWaves& given) {
+    const LedWaves waves = printableWaves(given);
     std::string text;
     for (unsigned begin = 0; begin < waves.ticks; begin += TICKS_A_PIECE)
         text +=
@@ -240,7 +250,8 @@ std::string ledsToText(const LedWaves& waves) {
     return text;
 }
 
-std::string ledsToSvg(const LedWaves& waves) {
+std::string ledsToSvg(const LedWaves& given) {
+    const LedWaves waves = printableWaves(given);
     return Picture(waves).draw();
 }
 

@@ -105,13 +105,13 @@ LedPipeClaim::LedPipeClaim() {
     m_writers = writersOf(m_reader);
 }
 
-std::string ledPipeRisk() {
+std::optional<std::string> ledPipeRisk() {
     std::vector<std::string> unprotected;
     for (const std::string setting : {"protected_symlinks", "protected_fifos"})
         if (isSwitchedOff(setting))
             unprotected.push_back("fs." + setting);
     if (unprotected.empty())
-        return "";
+        return std::nullopt;
     return "another user could put a link or a pipe in the place of " + std::string(LED_PIPE) +
            " (expected 1 in " + join(unprotected) + ")";
 }

@@ -44,6 +44,6 @@ private:
 
 /// Why another user could put something else in the pipe's place: the names of the kernel's
 /// protections that are switched off. Empty if both are on or the kernel does not have them.
-std::string ledPipeRisk();
+std::optional<std::string> ledPipeRisk();
 
 } // namespace board

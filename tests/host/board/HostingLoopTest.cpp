@@ -42,7 +42,7 @@ public:
 
     void onEvents(const board::EventQueue::Batch& batch) override {
         for (const auto& entry : batch.entries) {
-            if (const auto* const fault = std::get_if<board::event::Fault>(&entry.event))
+            if (const auto* const fault = std::get_if<board::event::FaultReport>(&entry.event))
                 note("fault " + fault->text);
             else
                 note("event " + std::to_string(entry.event.index()));

@@ -7,6 +7,7 @@
 #include "IDriverRepository.h"
 #include "ILedControl.h"
 #include "base/Error.h"
+#include "base/Result.h"
 #include "base/Suggestion.h"
 #include "board/Readings.h"
 #include "output/Messages.h"
@@ -67,18 +68,19 @@ board::LedReading restore(const Board& board, const std::string& name, unsigned 
     return shown;
 }
 
-/// Why the LED does not show what was just written, lit or dark; empty if it does.
-std::string faultAfter(const XCode& written, const Board& board, const std::string& name,
-                       bool lit) {
+/// A fault unless the LED shows what was just written, lit or dark.
+board::Result<void> checkShown(const XCode& written, const Board& board, const std::string& name,
+                               bool lit) {
     if (!written.isSuccess())
-        return "the state can't be written";
+        return board::Fault{"the state can't be written"};
     const auto isAsWritten = [lit](unsigned state) { return (state != OFF) == lit; };
     const board::LedReading shown = board::awaitLed(board.host(), name, isAsWritten);
     if (!shown.value)
-        return shown.value.fault();
+        return board::Fault{shown.value.fault()};
     if (isAsWritten(*shown.value))
-        return "";
-    return "the device holds " + std::to_string(*shown.value) + " after another state was written";
+        return {};
+    return board::Fault{"the device holds " + std::to_string(*shown.value) +
+                        " after another state was written"};
 }
 
 /// Holds the overlay until a signal or the end of the time, then restores the previous state.
@@ -124,29 +126,28 @@ int blink(const Options& options, const LedWords& words, unsigned count, unsigne
     expectDone(led->enableLedToggle(), words.name, "can't be toggled");
     const auto half = std::chrono::microseconds(periodMs) * 500; // half of 1000 us per ms
     bool stopped = false;
-    std::string fault;
+    board::Result<void> outcome;
     Progress progress(count * (periodMs / 1000.0));
     for (unsigned i = 0; i < count && !stopped; ++i)
         for (const unsigned state : {LIT, OFF}) {
-            fault = faultAfter(led->setLedToggleStatus(state), board, words.name, state != OFF);
-            stopped = !fault.empty() || progress.waitUntil(StopSignals::Clock::now() + half,
-                                                           "blink " + std::to_string(i + 1) +
-                                                               " of " + std::to_string(count));
+            outcome = checkShown(led->setLedToggleStatus(state), board, words.name, state != OFF);
+            stopped = !outcome || progress.waitUntil(StopSignals::Clock::now() + half,
+                                                     "blink " + std::to_string(i + 1) + " of " +
+                                                         std::to_string(count));
             if (stopped)
                 break;
         }
     progress.clear();
     expectDone(led->disableLedToggle(), words.name, "can't restore the former state");
     const board::LedReading shown = restore(board, words.name, former);
-    if (!fault.empty())
-        throw board::Error("LED '" + words.name + "': " + fault);
+    if (!outcome)
+        throw board::Error("LED '" + words.name + "': " + outcome.fault());
     return show(std::vector{shown}, options.json);
 }
 
 unsigned number(const std::string& word, const char* what, unsigned minimum, unsigned maximum) {
-    const bool digits = !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
     const unsigned value = String(word.c_str()).toUInt();
-    if (!digits || value < minimum || value > maximum)
+    if (!isDigits(word) || value < minimum || value > maximum)
         throw WrongCall(std::string(what) + " is '" + word + "' (expected " +
                         std::to_string(minimum) + " to " + std::to_string(maximum) + ")");
     return value;
@@ -159,8 +160,7 @@ unsigned stateOf(const std::vector<std::string>& action) {
     if (first == "bi")
         throw WrongCall("bi needs on or off" +
                         (action.size() > 1 ? board::didYouMean(action[1], {"on", "off"}) : ""));
-    if (action.size() > 1 || first.empty() ||
-        first.find_first_not_of("0123456789") != std::string::npos)
+    if (action.size() > 1 || !isDigits(first))
         throw WrongCall("'" + first +
                         "' is not an action (expected the state 0, 1 or 2, bi on, bi off, or blink "
                         "COUNT PERIOD_MS)" +

@@ -1,11 +1,11 @@
 #include "output/EventLines.h"
-#include "base/Text.h"
 
 #include <ctime>
 #include <iostream>
 
 #include <unistd.h>
 
+#include "base/Text.h"
 #include "output/Json.h"
 #include "output/Messages.h"
 #include "program/StopSignals.h"
@@ -106,7 +106,7 @@ void EventLines::printEvent(const TYTime& time, const board::event::LedChanged& 
                    {{"name", led.name}, {"lit", led.isLit}});
 }
 
-void EventLines::printEvent(const TYTime& time, const board::event::Fault& event) {
+void EventLines::printEvent(const TYTime& time, const board::event::FaultReport& event) {
     fault(timeText(time) + " " + event.text, {{"time", timeText(time)}, {"error", event.text}});
 }
 

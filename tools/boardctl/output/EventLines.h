@@ -9,7 +9,7 @@
 
 namespace boardctl {
 
-/// Prints events on one line each, as text for people or as JSON. Faults also go to standard error.
+/// Prints events on one line each, as text for people or as JSON.
 class EventLines {
 public:
     explicit EventLines(bool json, Panel* panel = nullptr) : m_json(json), m_panel(panel) {}
@@ -18,11 +18,12 @@ public:
     void print(const char* event, const std::string& text,
                const nlohmann::ordered_json& fields = nlohmann::ordered_json::object());
 
-    void fault(const std::string& text, const nlohmann::ordered_json& fields);
-
-    /// The same, preceded by the current time.
+    /// Like `print`, with the current time before the text and among the fields.
     void printTimed(const char* event, const std::string& text,
                     const nlohmann::ordered_json& fields);
+
+    /// Prints a fault on standard error; with JSON also as a "fault" event with `fields`.
+    void fault(const std::string& text, const nlohmann::ordered_json& fields);
 
     void print(const board::EventQueue::Batch& batch);
 
@@ -35,7 +36,7 @@ private:
     void printEvent(const TYTime& time, const board::event::ButtonReleased& released);
     void printEvent(const TYTime& time, const board::event::LedCommand& command);
     void printEvent(const TYTime& time, const board::event::LedChanged& led);
-    void printEvent(const TYTime& time, const board::event::Fault& event);
+    void printEvent(const TYTime& time, const board::event::FaultReport& event);
     void printEvent(const TYTime& time, const board::event::LogLine& line);
     void printTimed(const TYTime& time, const char* event, const std::string& text,
                     const nlohmann::ordered_json& fields);

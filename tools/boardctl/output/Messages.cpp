@@ -29,4 +29,5 @@ bool flushOutput() {
                  (errno != 0 ? std::string(": ") + board::reasonOf(errno) : ""));
     return false;
 }
+
 } // namespace boardctl

@@ -1,13 +1,13 @@
 #include "output/Panel.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <iostream>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "base/Text.h"
+#include "output/Terminal.h"
 
 namespace boardctl {
 
@@ -21,7 +21,7 @@ std::size_t terminalWidth() {
     return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : USUAL;
 }
 
-bool isColoured() {
+bool isColored() {
     const char* const refused = std::getenv("NO_COLOR");
     return !refused || !*refused;
 }
@@ -29,8 +29,7 @@ bool isColoured() {
 } // namespace
 
 bool Panel::isPossible() {
-    const char* const terminal = std::getenv("TERM");
-    return ::isatty(STDOUT_FILENO) == 1 && terminal && std::strcmp(terminal, "dumb") != 0;
+    return canRedraw(STDOUT_FILENO);
 }
 
 void Panel::draw(const std::vector<board::LedStates::State>& states) {
@@ -45,7 +44,7 @@ void Panel::draw(const std::vector<board::LedStates::State>& states) {
             line += MORE;
             break;
         }
-        const bool isLit = led.isLit.value_or(false) && isColoured();
+        const bool isLit = led.isLit.value_or(false) && isColored();
         line += (used ? "  " : "") + std::string(isLit ? "\x1b[32m" : "") + lamp +
                 (isLit ? "\x1b[0m" : "") + " " + name;
         used += length;

@@ -2,26 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
 #include <iostream>
 
 #include <unistd.h>
 
 #include "String.h"
+#include "output/Terminal.h"
 
 namespace boardctl {
 
-namespace {
-
-bool isTerminal() {
-    const char* const terminal = std::getenv("TERM");
-    return ::isatty(STDERR_FILENO) == 1 && terminal && std::strcmp(terminal, "dumb") != 0;
-}
-
-} // namespace
-
-Progress::Progress(double span) : m_isShown(isTerminal()), m_span(span) {}
+Progress::Progress(double span) : m_isShown(canRedraw(STDERR_FILENO)), m_span(span) {}
 
 bool Progress::waitUntil(StopSignals::Clock::time_point end, const std::string& what) {
     using namespace std::chrono;

@@ -39,4 +39,5 @@ InfoContainer dumpOf(const board::Report& report) {
     }
     return rows;
 }
+
 } // namespace boardctl

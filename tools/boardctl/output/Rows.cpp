@@ -9,7 +9,7 @@ using nlohmann::ordered_json;
 
 namespace boardctl {
 
-std::string textOf(const String& text) {
+std::string toStdString(const String& text) {
     return std::string(text.c_str(), text.length());
 }
 
@@ -17,7 +17,7 @@ void printRows(const InfoContainer& rows) {
     constexpr unsigned INDENT = 2;
     const auto keyOf = [](const InfoContainer::Row& row) {
         return std::string(std::size_t{row.level} * INDENT, ' ') +
-               board::printable(textOf(row.key));
+               board::printable(toStdString(row.key));
     };
     std::size_t column = 0;
     for (const auto& row : rows.getRows())
@@ -27,7 +27,7 @@ void printRows(const InfoContainer& rows) {
         std::cout << key;
         if (!row.value.isEmpty())
             std::cout << std::string(column + 2 - board::columnsOf(key), ' ')
-                      << board::printable(textOf(row.value));
+                      << board::printable(toStdString(row.value));
         std::cout << "\n";
     }
 }
@@ -37,8 +37,9 @@ ordered_json rowsToJson(const InfoContainer& rows) {
     for (const auto& row : rows.getRows())
         json.push_back({{"level", row.level},
                         {"index", row.index},
-                        {"key", textOf(row.key)},
-                        {"value", textOf(row.value)}});
+                        {"key", toStdString(row.key)},
+                        {"value", toStdString(row.value)}});
     return json;
 }
+
 } // namespace boardctl

@@ -10,7 +10,7 @@
 namespace boardctl {
 
 /// The bytes of a framework text.
-std::string textOf(const String& text);
+std::string toStdString(const String& text);
 
 /// For people: indented by level, values in a column.
 void printRows(const InfoContainer& rows);

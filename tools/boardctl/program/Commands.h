@@ -30,5 +30,7 @@ void addFirmware(CLI::App& app, Options& options);
 void addBd(CLI::App& app, Options& options);
 
 void addSim(CLI::App& app, Options& options);
+void addSimCreate(CLI::App& sim, Options& options);
+void addSimPress(CLI::App& sim, Options& options);
 
 } // namespace boardctl

@@ -7,7 +7,7 @@
 #include "board/HostingLoop.h"
 #include "board/Report.h"
 #include "board/Services.h"
-#include "boards/Tour.h"
+#include "hosting/Tour.h"
 #include "output/EventLines.h"
 #include "output/Readings.h"
 #include "output/ReportRows.h"
@@ -115,11 +115,13 @@ private:
         }
         const InfoContainer dump = dumpOf(report);
         for (const auto& row : dump.getRows())
-            m_lines.print(
-                "row",
-                std::string(2 * (std::size_t{row.level} + 1), ' ') + textOf(row.key) +
-                    (row.value.isEmpty() ? "" : ": " + textOf(row.value)),
-                {{"level", row.level}, {"key", textOf(row.key)}, {"value", textOf(row.value)}});
+            m_lines.print("row",
+                          std::string(2 * (std::size_t{row.level} + 1), ' ') +
+                              toStdString(row.key) +
+                              (row.value.isEmpty() ? "" : ": " + toStdString(row.value)),
+                          {{"level", row.level},
+                           {"key", toStdString(row.key)},
+                           {"value", toStdString(row.value)}});
     }
 
     void showFirmware() {
@@ -134,18 +136,19 @@ private:
     }
 
     void showServices(const board::Services& services) {
-        for (const board::Services::Fault& fault : services.faults())
-            m_lines.fault(fault.kind + ": " + fault.text,
-                          {{"kind", fault.kind}, {"error", fault.text}});
+        for (const board::Services::Failure& failure : services.failures()) {
+            const std::string kind =
+                failure.service == board::Services::Kind::LEDS ? "leds" : "button";
+            m_lines.fault(kind + ": " + failure.text, {{"kind", kind}, {"error", failure.text}});
+        }
         if (services.leds() && services.leds()->writers()) {
             const std::string writers = *services.leds()->writers();
             m_lines.print("leds",
                           "leds: commands are read from " + std::string(board::LED_PIPE) +
                               ", which " + writers + " may write",
                           {{"pipe", board::LED_PIPE}, {"writers", writers}});
-            const std::string risk = board::ledPipeRisk();
-            if (!risk.empty())
-                m_lines.fault("leds: " + risk, {{"kind", "leds"}, {"error", risk}});
+            if (const auto risk = board::ledPipeRisk())
+                m_lines.fault("leds: " + *risk, {{"kind", "leds"}, {"error", *risk}});
         }
         if (services.watchesButton())
             m_lines.print("button", "button: watching " + m_board.profile().button->path,

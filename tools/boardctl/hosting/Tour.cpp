@@ -1,4 +1,4 @@
-#include "boards/Tour.h"
+#include "hosting/Tour.h"
 
 #include "base/Error.h"
 #include "leds/LedPipe.h"

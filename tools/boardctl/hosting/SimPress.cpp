@@ -1,7 +1,5 @@
-#include <iostream>
 #include <string>
 
-#include "output/Json.h"
 #include "output/Messages.h"
 #include "output/Progress.h"
 #include "program/Board.h"
@@ -14,20 +12,6 @@
 namespace boardctl {
 
 namespace {
-
-struct CreateWords {
-    std::string folder;
-};
-
-int create(const Options& options, const CreateWords& words) {
-    const auto board = board::SimulatedBoard::create(words.folder);
-    if (options.json)
-        printJson({{"profile", board.profile()}});
-    else
-        std::cout << "created " << board.profile() << "; try: boardctl --board " << board.profile()
-                  << " info\n";
-    return DONE;
-}
 
 struct PressWords {
     double seconds = 0.1;
@@ -54,19 +38,10 @@ int press(const Options& options, const PressWords& words) {
 
 } // namespace
 
-void addSim(CLI::App& app, Options& options) {
-    CLI::App& sim = addGroup(app, "sim", "Simulated boards: create one, press its button");
-
-    const auto [creating, createWords] = addCommand<CreateWords>(
-        sim, options, "create", "Create a simulated board in a folder", create);
-    creating.add_option("DIR", createWords.folder, "A new or empty folder")
-        ->check(notEmpty())
-        ->type_name("")
-        ->required();
-
-    const auto [pressing, pressWords] = addCommand<PressWords>(
+void addSimPress(CLI::App& sim, Options& options) {
+    const auto [command, words] = addCommand<PressWords>(
         sim, options, "press", "Press the button of the simulated board that --board names", press);
-    pressing.add_option("--for", pressWords.seconds, "How long to hold it; default 0.1 seconds")
+    command.add_option("--for", words.seconds, "How long to hold it; default 0.1 seconds")
         ->check(seconds())
         ->option_text("SECONDS");
 }

@@ -1,4 +1,4 @@
-#include "leds/LedTables.h"
+#include "sequencer/LedTables.h"
 
 #include "base/Error.h"
 

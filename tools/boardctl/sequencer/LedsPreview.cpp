@@ -2,11 +2,10 @@
 #include <string>
 #include <vector>
 
-#include "base/Text.h"
+#include "base/Result.h"
 #include "leds/LedDiagram.h"
 #include "leds/LedPipe.h"
 #include "leds/LedPreview.h"
-#include "leds/LedTables.h"
 #include "output/Json.h"
 #include "output/Messages.h"
 #include "program/Board.h"
@@ -14,6 +13,7 @@
 #include "program/Commands.h"
 #include "program/Help.h"
 #include "program/WordChecks.h"
+#include "sequencer/LedTables.h"
 
 using nlohmann::ordered_json;
 
@@ -28,24 +28,23 @@ struct PreviewWords {
     std::vector<std::string> lines; ///< "TICK LINE"
 };
 
-/// Reads "TICK LINE", such as "12 system ready". Returns what is wrong with it, or an empty text.
-std::string readLine(const std::string& text, board::LedLine& result) {
+/// Reads "TICK LINE", such as "12 system ready".
+board::Result<board::LedLine> parseLine(const std::string& text) {
     const auto blank = text.find(' ');
     const std::string tick = text.substr(0, blank);
-    const bool isNumber =
-        !tick.empty() && tick.find_first_not_of("0123456789") == std::string::npos;
-    const unsigned value = isNumber ? String(tick.c_str()).toUInt() : 0;
+    const unsigned value = isDigits(tick) ? String(tick.c_str()).toUInt() : 0;
     if (value < 1 || value > MOST_TICKS || blank == std::string::npos)
-        return "'" + text + "' (expected a tick of 1 to " + std::to_string(MOST_TICKS) +
-               ", a blank and a command line in quotes, such as \"1 system ready\")";
+        return board::Fault{"'" + text + "' (expected a tick of 1 to " +
+                            std::to_string(MOST_TICKS) +
+                            ", a blank and a command line in quotes, such as \"1 system ready\")"};
     const std::string line = text.substr(blank + 1);
     if (line.find('\n') != std::string::npos)
-        return "'" + text + "' (expected one line; use one --at for each)";
+        return board::Fault{"'" + text + "' (expected one line; use one --at for each)"};
     if (line.size() + 1 > board::MAX_LED_LINE)
-        return "'" + text + "' (expected a line of at most " +
-               std::to_string(board::MAX_LED_LINE - 1) + " bytes: a board truncates longer ones)";
-    result = {value, line};
-    return "";
+        return board::Fault{"'" + text + "' (expected a line of at most " +
+                            std::to_string(board::MAX_LED_LINE - 1) +
+                            " bytes: a board truncates longer ones)"};
+    return board::LedLine{value, line};
 }
 
 /// A board reads MAX_LED_LINE bytes per tick and cuts a line in two at that limit. `lines` are in
@@ -72,14 +71,12 @@ ordered_json toJson(const board::LedWaves& waves) {
 int preview(const Options& options, const PreviewWords& words) {
     std::vector<board::LedLine> lines;
     for (const std::string& text : words.lines)
-        static_cast<void>(readLine(text, lines.emplace_back())); // the parser has checked it
+        lines.push_back(*parseLine(text)); // the option's check has accepted it
     const BoardProfile board(options);
-    board::LedWaves waves = board::previewLeds(ledTablesOf(board), words.ticks, std::move(lines));
+    const board::LedWaves waves =
+        board::previewLeds(ledTablesOf(board), words.ticks, std::move(lines));
     warnOfCuts(waves.lines);
-    for (board::LedWave& led : waves.leds)
-        led.name = board::printable(led.name);
-    for (board::LedLine& line : waves.lines) {
-        line.line = board::printable(line.line);
+    for (const board::LedLine& line : waves.lines) {
         if (line.tick >= words.ticks)
             complain("tick " + std::to_string(line.tick) + " is after the last one: '" + line.line +
                      "' has no effect");
@@ -108,8 +105,8 @@ void addLedsPreview(CLI::App& leds, Options& options) {
         ->allow_extra_args(false)
         ->check(CLI::Validator(
             [](const std::string& text) {
-                board::LedLine ignored;
-                return readLine(text, ignored);
+                const auto line = parseLine(text);
+                return line ? std::string() : line.fault();
             },
             ""))
         ->option_text("\"TICK LINE\"");

@@ -3,12 +3,12 @@
 #include <vector>
 
 #include "leds/LedCheck.h"
-#include "leds/LedTables.h"
 #include "output/Json.h"
 #include "output/Messages.h"
 #include "program/Board.h"
 #include "program/Command.h"
 #include "program/Commands.h"
+#include "sequencer/LedTables.h"
 
 namespace boardctl {
 

@@ -1,0 +1,12 @@
+#include "program/Command.h"
+#include "program/Commands.h"
+
+namespace boardctl {
+
+void addSim(CLI::App& app, Options& options) {
+    CLI::App& sim = addGroup(app, "sim", "Simulated boards: create one, press its button");
+    for (const auto add : {addSimCreate, addSimPress})
+        add(sim, options);
+}
+
+} // namespace boardctl
