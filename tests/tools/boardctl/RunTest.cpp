@@ -65,11 +65,16 @@ $ boardctl --board board.toml run --for 0 --format json 2>&1 | steady | sed -n '
 {"event":"button","device":"dev/button"}
 {"event":"ready"}
 {"event":"stopped"}
-$ TERM=xterm NO_COLOR=1 script -qec "stty cols 60; $0 --board board.toml run --panel --for 0" log </dev/null | tr -d '\r' | sed -n 's/.\[K/CLEAR /gp' | sed 's/\[[?#]\]/[ ]/g'
-CLEAR [ ] power  [ ] line  [ ] alarm  [ ] bar1  [ ] bar2 ...CLEAR stopped
 $ boardctl --board board.toml sim press
 ! boardctl: board.toml:39: button.device: dev/button: nobody watches the button (start `boardctl run` on this board)
 [1]
+)sh");
+}
+
+TEST_F(HostedBoard, ShowsItsPanelOnATerminal) {
+    expectTranscript(m_dir, R"sh(
+$ TERM=xterm NO_COLOR=1 script -qec "stty cols 60; $0 --board board.toml run --panel --for 0" log </dev/null | tr -d '\r' | sed -n 's/.\[K/CLEAR /gp' | sed 's/\[[?#]\]/[ ]/g'
+CLEAR [ ] power  [ ] line  [ ] alarm  [ ] bar1  [ ] bar2 ...CLEAR stopped
 )sh");
 }
 
