@@ -5,7 +5,14 @@
 /^ *\/\/\/@{$/ { shared = ""; grouped = 1; print ""; next }
 /^ *\/\/\/@}$/ { grouped = 0; print ""; next }
 grouped && /^ *\/\/\// { text = $0; sub(/^ *\/\/\/ ?/, "", text); shared = shared text " "; print ""; next }
-grouped && /;/ { print "/** " shared "*/ " $0; next }
+grouped && NF { print (declared ? "" : "/** " shared "*/ ") $0; declared = !/;/; next }
+
+# Doxygen does not see the bases that a class gets through TDriver, and so no inherited comments.
+match($0, /public TDriver<[^>]*>/) {
+    bases = substr($0, RSTART + 15, RLENGTH - 16)
+    gsub(/, /, ", public ", bases)
+    $0 = substr($0, 1, RSTART + 6) bases substr($0, RSTART + RLENGTH)
+}
 
 # The library's template instantiations are of no interest to readers.
 /^extern template / { print ""; next }

@@ -20,9 +20,9 @@ enum class TagKind {
 
 /// What the identifiers from `first` to `last` mean.
 struct TagMeaning {
-    TagId first;
-    TagId last;
-    TagKind kind;
+    TagId first;      ///< the lowest identifier
+    TagId last;       ///< the highest identifier
+    TagKind kind;     ///< how the data is read and shown
     unsigned size;    ///< the number of data bytes that the kind needs; 0 if any number will do
     bool isSingle;    ///< a second tag with the same identifier is a mistake
     const char* name; ///< null if the identifiers have no name
