@@ -1,12 +1,11 @@
 #pragma once
 
 #include <initializer_list>
-#include <string>
 
+#include <fcntl.h>
+#include <gtest/gtest.h>
 #include <linux/input.h>
-
-#include "support/TempDir.h"
-#include "support/WrittenPipe.h"
+#include <unistd.h>
 
 namespace support {
 
@@ -25,29 +24,28 @@ public:
     static constexpr Event REPORT{EV_SYN, SYN_REPORT, 0};
     static constexpr Event DROPPED{EV_SYN, SYN_DROPPED, 0};
 
-    explicit InputEvents(const TempDir& dir)
-        : m_pipe(dir), m_reader(::open(m_pipe.path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {}
-    ~InputEvents() { ::close(m_reader); }
+    InputEvents() { EXPECT_EQ(::pipe2(m_ends, O_NONBLOCK | O_CLOEXEC), 0); }
+    ~InputEvents() {
+        ::close(m_ends[0]);
+        ::close(m_ends[1]);
+    }
     InputEvents(const InputEvents&) = delete;
     InputEvents& operator=(const InputEvents&) = delete;
 
-    int descriptor() const { return m_reader; }
+    int descriptor() const { return m_ends[0]; }
 
     void give(std::initializer_list<Event> events) const {
-        std::string bytes;
         for (const Event& event : events) {
             input_event record{};
             record.type = event.type;
             record.code = event.code;
             record.value = event.value;
-            bytes.append(reinterpret_cast<const char*>(&record), sizeof record);
+            EXPECT_EQ(::write(m_ends[1], &record, sizeof record), ssize_t{sizeof record});
         }
-        m_pipe.write(bytes);
     }
 
 private:
-    const WrittenPipe m_pipe;
-    const int m_reader;
+    int m_ends[2];
 };
 
 } // namespace support

@@ -8,24 +8,20 @@ using support::InputEvents;
 using Levels = std::vector<bool>;
 
 TEST(KeyEvents, ReportEachChangeOfTheirKeyOnce) {
-    const support::TempDir dir;
-    const InputEvents device(dir);
-    const InputEvents::Event otherKey{EV_KEY, 30, 1};
-    const InputEvents::Event otherType{EV_MSC, InputEvents::KEY, 1};
+    const InputEvents device;
     KeyEvents key("key", device.descriptor(), InputEvents::KEY, [] { return false; });
     EXPECT_EQ(key.read(), Levels()) << "no events yet";
+    const InputEvents::Event otherKey{EV_KEY, 30, 1}, otherType{EV_MSC, InputEvents::KEY, 1};
     device.give({otherKey, device.REPORT, otherType, device.UP, device.REPORT});
     EXPECT_EQ(key.read(), Levels());
-    device.give(
-        {device.DOWN, device.REPORT, device.REPEAT, device.REPORT, device.DOWN, device.REPORT});
+    device.give({device.DOWN, device.REPEAT, device.DOWN, device.REPORT});
     EXPECT_EQ(key.read(), Levels({true}));
-    device.give({device.UP, device.REPORT, device.DOWN, device.REPORT, device.UP, device.REPORT});
+    device.give({device.UP, device.REPORT, device.DOWN, device.REPORT, device.UP});
     EXPECT_EQ(key.read(), Levels({false, true, false}));
 }
 
 TEST(KeyEvents, AskTheDeviceAtFirstAndAfterEventsWereDropped) {
-    const support::TempDir dir;
-    const InputEvents device(dir);
+    const InputEvents device;
     bool isDown = true;
     KeyEvents key("key", device.descriptor(), InputEvents::KEY, [&] { return isDown; });
     device.give({device.DOWN, device.REPORT}); // known already
@@ -45,11 +41,16 @@ TEST(KeyEvents, AskTheDeviceAtFirstAndAfterEventsWereDropped) {
 }
 
 TEST(KeyEvents, FailIfTheirDeviceDeliversNoMore) {
-    const support::TempDir dir;
-    dir.write("ended", "");
-    const int file = ::open(dir.path("ended").c_str(), O_RDONLY | O_CLOEXEC);
-    KeyEvents key("key", file, InputEvents::KEY, [] { return false; });
-    EXPECT_THROW(key.read(), board::Error);
-    ::close(file);
-    EXPECT_THROW(key.read(), board::Error);
+    const auto faultOf = [](int descriptor) {
+        try {
+            KeyEvents("key", descriptor, 1, [] { return false; }).read();
+        } catch (const board::Error& error) {
+            return std::string(error.what());
+        }
+        return std::string();
+    };
+    const int ended = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    EXPECT_EQ(faultOf(ended), "key: delivers no more events");
+    ::close(ended);
+    EXPECT_EQ(faultOf(-1), "key: can't read: Bad file descriptor");
 }
