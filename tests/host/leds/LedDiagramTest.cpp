@@ -20,7 +20,7 @@ TEST(LedDiagram, DrawsAPictureOfAnyNamesAndLines) {
                                               100,
                                               {{1, "<a&\"b\">\x1B", std::string(19, '0') + "1"}},
                                               {{3, "x < y"}, {20, "late"}}});
-    for (const char* const part : {">&lt;a&amp;&quot;b&quot;&gt;?</text>", ">x &lt; y</text>",
+    for (const char* const part : {">&lt;a&amp;&quot;b&quot;&gt;\\x1b</text>", ">x &lt; y</text>",
                                    ">2</text>"}) // the end of the axis, in seconds
         EXPECT_NE(svg.find(part), std::string::npos) << part << "\n" << svg;
     EXPECT_EQ(svg.find("late"), std::string::npos);
