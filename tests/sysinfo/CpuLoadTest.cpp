@@ -13,25 +13,6 @@ using cpufigures::Figures;
 
 constexpr unsigned short UNTOUCHED = 0xABCD;
 
-/// A meter that is fed with lines, because the machine's own counters never stand still.
-class FedMeter {
-public:
-    bool start(const char* line) { return cpufigures::start(m_ring, line); }
-
-    std::vector<int> measured(const char* line) {
-        unsigned short loads[] = {UNTOUCHED, UNTOUCHED, UNTOUCHED};
-        EXPECT_EQ(cpufigures::measure(m_ring, line, {loads[0], loads[1], loads[2]}),
-                  line != nullptr);
-        return {loads[0], loads[1], loads[2]};
-    }
-
-private:
-    std::uint32_t m_busy[cpufigures::SLOTS] = {};
-    std::uint32_t m_idle[cpufigures::SLOTS] = {};
-    std::uint32_t m_current = 0, m_index5 = 0, m_index14 = 0;
-    const cpufigures::Ring m_ring{m_busy, m_idle, m_current, m_index5, m_index14};
-};
-
 std::string figuresOf(const char* line) {
     Figures figures{8, 9};
     const bool isWhole = cpufigures::parse(line, figures);
@@ -67,27 +48,6 @@ TEST(CpuFigures, GiveTheBusyShareInThirtyTwoBitArithmetic) {
     EXPECT_EQ(share({0, 0}, {21474837, 1}), 0x10000 - 99) << "the product became negative";
     EXPECT_EQ(share({0, 0}, {0x20000000, 0xDFFFFFFF}), 0)
         << "-2147483648 divided by -1 would overflow";
-}
-
-TEST(CpuFigures, CompareWithTheSamplesOneFiveAndFourteenPeriodsBack) {
-    EXPECT_EQ(FedMeter().measured("cpu 60 0 0 40"), (std::vector<int>{60, UNTOUCHED, UNTOUCHED}))
-        << "no setup yet";
-    FedMeter load;
-    std::vector<Figures> samples{{1000, 3000}};
-    EXPECT_TRUE(load.start("cpu 1000 0 0 3000"));
-    EXPECT_FALSE(load.start("cpu 1 2 3")); // and changes nothing
-    for (unsigned k = 1; k <= 40; ++k) {
-        if (k == 20) {
-            EXPECT_EQ(load.measured(nullptr), std::vector<int>(3, UNTOUCHED));
-            samples.push_back(samples[k++ - 15]); // the slot keeps its old sample
-        }
-        samples.push_back({1000 + k * k, 3000 + 10 * k});
-        std::vector<int> expected;
-        for (const unsigned span : {1U, 5U, 14U})
-            expected.push_back(share(k < span ? Figures{} : samples[k - span], samples[k]));
-        const String line = String::format("cpu 0 0 %u %u", samples[k].busy, samples[k].idle);
-        EXPECT_EQ(load.measured(line.c_str()), expected) << k;
-    }
 }
 
 TEST(CpuLoad, ReadsTheMachinesOwnCounters) {

@@ -72,7 +72,6 @@ TEST(CBoardDescrReportTest, DataIsShownByItsKindEvenIfItDoesNotFit) {
         {16, "00 00 00 00 01", {"Tag16=0"}},
         {45, "12 34 AB CD", {"Platform ID=12 34", "Product  ID=ab cd"}},
         {45, "12 34 AB", {"Product/Platform  ID=FAILED TO READ TAG 'ProductID'"}},
-        {45, "12 34 AB CD EF", {"Product/Platform  ID=FAILED TO READ TAG 'ProductID'"}},
         {0x801A, "0A FF", {"SipLegs=0a ff"}},
         {0x800E, "00 00 00 78", {"DspChannels=120"}},
     };

@@ -53,7 +53,6 @@ TEST_F(CResourceVoipTest, FiguresComeFromTagsDefaultsAndPreferences) {
     } CASES[] = {
         {"both tags", "00 00 00 78", "00 F0", false, "", 120, 240, 0},
         {"no tags: the default follows the channels", nullptr, nullptr, false, "", UNKNOWN, 30, 1},
-        {"channels only", "10", nullptr, false, "", 16, 32, 1},
         {"no legs in border-controller mode", "10", nullptr, true, "", 16, 0, 0},
         {"stored zeros", "00", "00", false, "", UNKNOWN, 0, 0},
         {"tags too wide", "01 02 03 04 05", "01 02 03 04 05", false, "", UNKNOWN, 30, 1},

@@ -14,17 +14,14 @@ TEST(Mx, EndpointsAreFoundByNameAndPublishedOnce) {
     EXPECT_EQ(Mx::withdraw("end").getMessage(), String("ENDPOINT 'end' NOT FOUND"));
     EXPECT_EQ(Mx::publish("end", nullptr).getMessage(), String("ENDPOINT 'end' HAS NO HANDLER"));
     const Mx::Handler handler = [](const MxMsg&, MxMsg& reply) {
-        reply.set(Mx::withdraw("end").isSuccess()); // a handler may withdraw its own endpoint
-        return XCode();
+        reply.set(1);
+        return Mx::withdraw("end"); // a handler may withdraw its own endpoint
     };
     ASSERT_TRUE(Mx::publish("end", handler).isSuccess());
     EXPECT_EQ(Mx::publish("end", handler).getMessage(), String("ENDPOINT 'end' ALREADY PUBLISHED"));
     EXPECT_TRUE(channel.connect("end").isSuccess());
     MxMsg reply;
-    bool withdrew = false;
     EXPECT_TRUE(channel.sendReceive(MxMsg(1), reply).isSuccess());
-    EXPECT_TRUE(reply.get(withdrew).isSuccess());
-    EXPECT_TRUE(withdrew);
     EXPECT_FALSE(channel.sendReceive(MxMsg(1), reply).isSuccess());
 }
 

@@ -11,35 +11,31 @@ using Lines = std::vector<std::string>;
 
 TEST(Preferences, ReadNumbersInRangeAndLogAllOthers) {
     constexpr unsigned NONE = 7; // the default, which no row reads
-    const std::pair<std::string, unsigned> rows[] = {{"10", 10},
-                                                     {" 0x1F ", 31},
-                                                     {"0XfF", 255},
-                                                     {"4294967295", UINT_MAX},
-                                                     {"0", 0},
-                                                     {"010", 10},
-                                                     {"", NONE},
-                                                     {"many", NONE},
-                                                     {"12x", NONE},
-                                                     {"-1", NONE},
-                                                     {"4294967296", NONE},
-                                                     {"0x", NONE},
-                                                     {"99999999999999999999999", NONE}};
     const support::TempDir dir;
     support::LogRecorder log;
     String error;
-    for (const auto& [text, expected] : rows) {
+    const auto read = [&](const std::string& text) {
         dir.write("preferences", " voip.sip-legs =" + text + "\n");
-        ASSERT_TRUE(PREFERENCES::LOAD(dir.path("preferences").c_str(), error).isSuccess());
-        unsigned value = NONE;
-        EXPECT_EQ(PREFERENCES::READPREF_UINT(PREFERENCES::VOIP_SIP_LEGS, value, value, 0, UINT_MAX),
-                  expected != NONE);
-        EXPECT_EQ(value, expected) << text;
-        EXPECT_EQ(log.take(), expected != NONE ? Lines{}
-                                               : Lines{"PREFERENCES 3: PREFERENCE 'voip.sip-legs': "
-                                                       "'" +
-                                                       text +
-                                                       "' IGNORED, EXPECTED A NUMBER "
-                                                       "FROM 0 TO 4294967295"});
+        EXPECT_TRUE(PREFERENCES::LOAD(dir.path("preferences").c_str(), error).isSuccess());
+        unsigned value = 0;
+        const bool isSet =
+            PREFERENCES::READPREF_UINT(PREFERENCES::VOIP_SIP_LEGS, value, NONE, 0, UINT_MAX);
+        EXPECT_EQ(isSet, value != NONE) << text;
+        return value;
+    };
+    for (const auto& [text, number] : {std::pair("10", 10U),
+                                       {" 0x1F ", 31},
+                                       {"0XfF", 255},
+                                       {"4294967295", UINT_MAX},
+                                       {"0", 0},
+                                       {"010", 10}})
+        EXPECT_EQ(read(text), number) << text;
+    EXPECT_EQ(log.take(), Lines{});
+    for (const std::string text :
+         {"", "many", "12x", "-1", "4294967296", "0x", "99999999999999999999"}) {
+        EXPECT_EQ(read(text), NONE) << text;
+        EXPECT_EQ(log.take(), Lines{"PREFERENCES 3: PREFERENCE 'voip.sip-legs': '" + text +
+                                    "' IGNORED, EXPECTED A NUMBER FROM 0 TO 4294967295"});
     }
     PREFERENCES::CLEAR();
     unsigned value = 0;

@@ -7,20 +7,16 @@
 #include "TString.h"
 
 TEST(String, ConvertsToTheSame32BitNumbersOnEveryMachine) {
-    const struct {
-        const char* text;
-        int base, number;
-    } CASES[] = {{"", 10, 0},
-                 {" \t42x", 10, 42},
-                 {"-7", 10, -7},
-                 {"ff", 10, 0},
-                 {"0x1F", 16, 31},
-                 {"010", 0, 8},
-                 {"2147483648", 10, INT_MAX},
-                 {"-2147483649", 10, INT_MIN},
-                 {"99999999999999999999", 10, INT_MAX}};
-    for (const auto& each : CASES)
-        EXPECT_EQ(String(each.text).toInteger(each.base), each.number) << each.text;
+    for (const auto& [text, number] : {std::pair("", 0),
+                                       {" \t42x", 42},
+                                       {"-7", -7},
+                                       {"ff", 0},
+                                       {"2147483648", INT_MAX},
+                                       {"-2147483649", INT_MIN},
+                                       {"99999999999999999999", INT_MAX}})
+        EXPECT_EQ(String(text).toInteger(10), number) << text;
+    EXPECT_EQ(String("0x1F").toInteger(16), 31);
+    EXPECT_EQ(String("010").toInteger(0), 8);
     EXPECT_EQ(String("4294967295").toUInt(), UINT_MAX);
     EXPECT_EQ(String("4294967296").toUInt(), UINT_MAX);
     EXPECT_EQ(String("-1").toUInt(), 0U);
@@ -55,11 +51,13 @@ TEST(String, FormatsTextsOfAnyLengthEvenFromItself) {
     }
 }
 
-TEST(TString, NeverReadsOutside) {
+TEST(TString, NeverReadsOutsideAndComparesEveryElement) {
     TString<char> bytes("a\0c", 3);
     EXPECT_EQ(bytes[UINT_MAX], '\0');
     EXPECT_EQ(bytes.substring(1, 99), TString<char>("\0c", 2));
     EXPECT_EQ(bytes.substring(2, 1).length(), 0U);
+    EXPECT_TRUE(bytes != TString<char>("a\0d", 3));
+    EXPECT_FALSE(bytes != TString<char>("a\0c", 3));
     EXPECT_EQ(bytes.concat(bytes), TString<char>("a\0ca\0c", 6));
     EXPECT_EQ(TString<char>(nullptr, 3).concat(nullptr, 3).length(), 0U);
 }

@@ -7,6 +7,7 @@
 TEST(TYTime, SubtractsWithABorrowAndWraps) {
     EXPECT_EQ(TYTime(12, 100000000) - TYTime(10, 900000000), TYTime(1, 200000000));
     EXPECT_EQ(TYTime(5, 5) - TYTime(5, 5), TYTime(0, 0));
+    EXPECT_FALSE(TYTime(5, 5) == TYTime(5, 6) || TYTime(5, 5) == TYTime(6, 5));
     EXPECT_EQ(TYTime(0, 0) - TYTime(1, 0), TYTime(0xFFFFFFFF, 0));
 }
 

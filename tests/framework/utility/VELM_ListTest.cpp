@@ -14,6 +14,9 @@ TEST(VelmList, LinksInFrontOfAPositionAndKeepsOthersValid) {
     EXPECT_EQ(*after, "third");
     EXPECT_EQ(*first, "first");
     EXPECT_EQ(list.size(), 2U);
+    auto position = list.begin();
+    EXPECT_EQ(*position++, "first");
+    EXPECT_EQ(position, after);
     VELM_List<std::string>::ConstIterator last = list.end();
     EXPECT_EQ(*--last, "third");
     EXPECT_EQ(*last--, "third");
