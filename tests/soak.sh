@@ -41,14 +41,11 @@ end() {
 }
 trap end EXIT
 
-# --- the host -------------------------------------------------------------------------------------
-
 events() { grep -c "^{\"event\":\"$1\"" "$folder/events" || true; }
 descriptors() { find "/proc/$host/fd" -mindepth 1 -printf '.' 2>/dev/null | wc -c; }
 memory_kb() { awk '/^VmRSS/ { print $2 }' "/proc/$host/status"; }
 
-# until_true WHAT COMMAND...: runs the command every 20 ms until it succeeds, for at most 30
-# seconds.
+# until_true WHAT COMMAND...: runs the command every 20 ms until it succeeds, for at most 30 s.
 until_true() {
     local what=$1 try
     shift
@@ -63,11 +60,10 @@ until_true() {
 is_seen() { (($(events "$1") >= $2)); }
 has_descriptors() { (($(descriptors) == $1)); }
 
-# --- its clients: rounds of each, until the file `stop` exists ------------------------------------
+# The clients, in rounds until the file `stop` exists.
 
 write_lines() {
-    local words=(system line alarm search lamp all boot ready ring call idle once start stop test
-        defaults x)
+    local words=(system line alarm lamp all boot ready ring call start stop test x)
     local any=${#words[@]}
     case $((RANDOM % 8)) in
     0) head -c $((RANDOM % 60)) /dev/urandom ;;
@@ -103,9 +99,8 @@ load() {
         clients+=($!)
     done
     while ((SECONDS < end)); do
+        kill -0 "$host" "${clients[@]}" || fail "the host or a client ended: $(tail -3 "$folder/messages")"
         sleep 0.1
-        kill -0 "$host" "${clients[@]}" 2>/dev/null ||
-            fail "the host or a client ended: $(tail -3 "$folder/messages")"
     done
     touch "$folder/stop"
     wait "${clients[@]}" || fail "a client failed"
@@ -116,8 +111,6 @@ load() {
     printf '\nlamp test 0\n' >/tmp/evt.fifo
     until_true "command after the random lines" is_seen led-command $((before + 1))
 }
-
-# --- the run --------------------------------------------------------------------------------------
 
 "$boardctl" sim create "$folder/board" >/dev/null
 "$boardctl" --board "$board" --format json run >"$folder/events" 2>"$folder/messages" &
@@ -140,10 +133,8 @@ pressed=$(events button-pressed) released=$(events button-released) presses=$(co
 
 kill -TERM "$host"
 timeout 30 tail --pid="$host" -f /dev/null || fail "the host did not end within 30 s"
-status=0
-wait "$host" || status=$?
+wait "$host" || fail "the host ended with status $?: $(tail -5 "$folder/messages")"
 host=
-((status == 0)) || fail "the host ended with status $status: $(tail -5 "$folder/messages")"
 is_seen stopped 1 || fail "the host did not say that it stopped"
 echo "$(count write_lines) lines, $presses presses, $(count ask) reports: memory grew by $grown kB," \
     "descriptors are $descriptors as before"

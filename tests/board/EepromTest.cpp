@@ -26,22 +26,6 @@ std::string pattern(std::size_t size, unsigned first) {
     return bytes;
 }
 
-/// The device's bytes as the descriptor's driver reads them.
-std::string readRaw() {
-    TString<char> image;
-    String error;
-    EXPECT_TRUE(CBoardDescrTamarin().readRawBD(image, error).isSuccess()) << error.c_str();
-    return support::toHex(image);
-}
-
-/// The list as the descriptor's driver reads it.
-std::vector<std::string> readTags() {
-    CBoardDescrTamarin descriptor;
-    String error;
-    EXPECT_TRUE(descriptor.readBD(error).isSuccess()) << error.c_str();
-    return support::tagsOf(descriptor);
-}
-
 /// Lengths of images, each shorter than the one before, so that at least a byte of each is left on
 /// the device.
 constexpr unsigned LENGTHS[] = {511, 510, 128, 17, 16, 15, 2, 1};
@@ -58,34 +42,37 @@ const std::string LONGEST = pattern(502, 1);
 
 } // namespace
 
-TEST(Boot1Eeprom, IsTheTerminatorAloneWhileErasedAndTakesImagesOfAnyLength) {
-    EXPECT_EQ(readTags(), std::vector<std::string>{"0/0:"});
+TEST(Boot1Eeprom, TakesImagesOfAnyLength) {
     CBoardDescrTamarin descriptor;
     String error;
     for (const unsigned length : LENGTHS)
         EXPECT_TRUE(descriptor.writeRawBD(bytesOf(pattern(length, length)), error).isSuccess())
             << length << error.c_str();
-    EXPECT_EQ(readRaw(), hex(afterRawWrites()));
     EXPECT_EQ(eepromOutside(), hex(afterRawWrites()));
 }
 
 TEST(Boot2Eeprom, HoldsTheImagesAfterARestartAndTakesTheLongestList) {
-    EXPECT_EQ(readRaw(), hex(afterRawWrites()));
     CBoardDescrTamarin descriptor;
+    TString<char> image;
     String error;
+    EXPECT_TRUE(descriptor.readRawBD(image, error).isSuccess()) << error.c_str();
+    EXPECT_EQ(support::toHex(image), hex(afterRawWrites()));
     EXPECT_TRUE(descriptor.addTag(45, bytesOf(LONGEST)).isSuccess());
     EXPECT_TRUE(descriptor.addTag(0, TString<char>()).isSuccess());
     EXPECT_TRUE(descriptor.writeBD(error).isSuccess()) << error.c_str();
 }
 
 TEST(Boot3Eeprom, HoldsTheLongestListAfterARestart) {
-    EXPECT_EQ(readTags(), (std::vector<std::string>{"45/502:" + hex(LONGEST), "0/0:"}));
+    CBoardDescrTamarin descriptor;
+    String error;
+    EXPECT_TRUE(descriptor.readBD(error).isSuccess()) << error.c_str();
+    EXPECT_EQ(support::tagsOf(descriptor),
+              (std::vector<std::string>{"45/502:" + hex(LONGEST), "0/0:"}));
 }
 
 TEST(Boot3Eeprom, TakesWhatFitsOfAWriteThatIsTooLong) {
     EXPECT_EQ(write(EEPROM, std::string(600, 'x')), "512");
     EXPECT_EQ(eepromOutside(), hex(std::string(EEPROM_SIZE, 'x')));
-    EXPECT_EQ(write(EEPROM, "x", EEPROM_SIZE), "EFBIG");
     // A driver that expects a larger device does not notice.
     CBoardDescr larger(EEPROM, 128, 1024);
     String error;

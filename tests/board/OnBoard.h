@@ -13,9 +13,6 @@
 /// at once if it does not run on that board.
 namespace onboard {
 
-/// The shipped profile for a board with kernel drivers.
-constexpr char PROFILE[] = "/etc/board.toml";
-
 /// Devices, named as in a profile.
 constexpr char PWM[] = "hwmon:gpio_fan/pwm1";
 constexpr char PWM_ENABLE[] = "hwmon:gpio_fan/pwm1_enable";
@@ -47,16 +44,14 @@ std::string locate(const std::string& device);
 
 /// The text of a device without its newline, or an error such as "ENODEV" if reading fails.
 std::string read(const std::string& device);
-/// Writes `bytes` in one call at the offset `at`. Returns the number of bytes written, or an error
+/// Writes `bytes` in one call. Returns the number of bytes written, or an error
 /// such as "EINVAL".
-std::string write(const std::string& device, const std::string& bytes, long at = 0);
+std::string write(const std::string& device, const std::string& bytes);
 
-/// The words that run boardctl on the board of `profile`.
-std::vector<std::string> boardctl(const std::vector<std::string>& words,
-                                  const std::string& profile = PROFILE);
-inline support::Outcome call(const std::vector<std::string>& words,
-                             const std::string& profile = PROFILE) {
-    return support::Program(boardctl(words, profile)).finish();
+/// The words that run boardctl with the shipped profile for a board with kernel drivers.
+std::vector<std::string> boardctl(std::vector<std::string> words);
+inline support::Outcome call(const std::vector<std::string>& words) {
+    return support::Program(boardctl(words)).finish();
 }
 /// The program must succeed and have printed `out`.
 void expectOutput(const support::Outcome& outcome, const std::string& out);

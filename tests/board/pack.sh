@@ -23,7 +23,7 @@ mkdir -p "$root"/{bin,dev,etc,proc,run,sys,tmp,lib/modules,tests}
 cp "$here/init" "$root/init"
 cp "$folder/system/bin/busybox" "$root/bin/"
 # In load order: each module follows those that it needs.
-for module in gpio-aspeed i2c-aspeed at24 lm75 leds-pca955x leds-gpio gpio-fan evdev ledtrig-default-on; do
+for module in gpio-aspeed i2c-aspeed at24 lm75 leds-pca955x leds-gpio gpio-fan evdev; do
     modprobe -d "$folder/system" -S "$version" --show-depends "$module" | awk '$1 == "insmod" { print $2 }'
 done | awk '!seen[$0]++' | while read -r file; do
     cp "$file" "$root/lib/modules/"

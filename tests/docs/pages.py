@@ -95,10 +95,8 @@ def script(page, work, results):
 
 def pattern(expected):
     """A regular expression that matches the expected lines."""
-    parts = []
-    for line in expected:
-        parts.append("(?:.*\n)*" if line == "..." else "[^\n]*".join(map(re.escape, line.split("..."))) + "\n")
-    return "".join(parts)
+    return "".join("(?:.*\n)*" if line == "..." else "[^\n]*".join(map(re.escape, line.split("..."))) + "\n"
+                   for line in expected)
 
 
 def judge(page, results):
@@ -145,29 +143,25 @@ def run(path, programs):
     page = Page(path)
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)
-        work, results, path_folder = root / "work", root / "results", root / "bin"
-        for made in (work, results, path_folder):
-            made.mkdir()
-        for name, program in programs.items():
-            (path_folder / name).write_text(f'#!/bin/sh\nexec {program} "$@"\n', encoding="utf-8")
-            (path_folder / name).chmod(0o755)
-        environment = dict(os.environ, PATH=f"{path_folder}:{os.environ['PATH']}", LC_ALL="C.UTF-8", TZ="UTC",
-                           HOME=str(work), XDG_STATE_HOME=str(root / "state"), NO_COLOR="1")
-        subprocess.run(["bash", "-c", script(page, work, results)], env=environment, check=False)
+        work, results = root / "work", root / "results"
+        work.mkdir()
+        results.mkdir()
+        functions = "".join(f'{name}() {{ {program} "$@"; }}\n' for name, program in programs.items())
+        environment = dict(os.environ, LC_ALL="C.UTF-8", TZ="UTC", HOME=str(work),
+                           XDG_STATE_HOME=str(root / "state"), NO_COLOR="1")
+        subprocess.run(["bash", "-c", functions + script(page, work, results)], env=environment, check=False)
         return [*page.faults, *judge(page, results), *check_quotations(page), *check_pictures(page, work)], len(
             [step for step in page.steps if isinstance(step, Command)])
 
 
 def take_tmp(paths):
-    """Starts this program again with a private /tmp if the machine allows it, because the LED pipe
-    has a fixed path there. If that is impossible or would hide a file that is needed, waits for the
-    other tests that use the pipe and locks them out until this program ends."""
-    apart = ["unshare", "--mount"] + (["--map-root-user"] if os.geteuid() else [])
-    mount = "mount -t tmpfs tmp /tmp"
-    hides = any(os.path.realpath(path).startswith("/tmp/") for path in [*paths, os.getcwd(), __file__])
-    if not hides and subprocess.run([*apart, "sh", "-c", mount], capture_output=True, check=False).returncode == 0:
-        again = [*apart, "sh", "-c", mount + ' && exec "$@"', "sh", sys.executable, __file__, "--here", *sys.argv[1:]]
-        os.execvp(apart[0], again)
+    """Starts this program again with a private /tmp, because the LED pipe has a fixed path there. If
+    the machine forbids it or one of the paths is in /tmp, waits for the other tests that use the
+    pipe and locks them out until this program ends."""
+    apart = ["unshare", "--mount", *(["--map-root-user"] if os.geteuid() else []),
+             "sh", "-c", 'mount -t tmpfs tmp /tmp && exec "$@"', "sh"]
+    if subprocess.run([*apart, "ls", *paths], capture_output=True, check=False).returncode == 0:
+        os.execvp(apart[0], [*apart, sys.executable, __file__, "--here", *sys.argv[1:]])
     fcntl.flock(os.open("/tmp", os.O_RDONLY), fcntl.LOCK_EX)
 
 
@@ -179,7 +173,8 @@ def main():
     words = parser.parse_args()
     programs = dict(word.split("=", 1) for word in words.program)
     if not words.here:
-        take_tmp([*" ".join(programs.values()).split(), *words.pages])
+        called = [word for word in " ".join(programs.values()).split() if "/" in word]
+        take_tmp([*called, *words.pages, os.getcwd(), __file__])
     failed = False
     pages = [found for page in words.pages for found in (sorted(page.glob("*.md")) if page.is_dir() else [page])]
     for page in pages:
