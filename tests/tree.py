@@ -15,19 +15,11 @@ import sys
 # floor belongs to its parent.
 FLOORS = [
     ["tools/boardctl"],
-    ["host/simulation"],
-    ["host/board"],
-    ["host/leds"],
-    ["host/button"],
-    ["host/descriptor"],
-    ["host/profile"],
-    ["host/base"],
+    *([f"host/{room}"] for room in ("simulation", "board", "leds", "button", "descriptor", "profile", "base")),
     ["drivers/kernel", "drivers/boarddescr", "drivers/resource"],
     ["drivers", "services/led", "services/button", "sysinfo"],
     ["include"],
-    ["framework/driverkernel"],
-    ["framework/hwutility"],
-    ["framework/utility"],
+    *([f"framework/{part}"] for part in ("driverkernel", "hwutility", "utility")),
     ["platform"],
 ]
 FLOOR = {folder: len(FLOORS) - number for number, folders in enumerate(FLOORS) for folder in folders}
@@ -49,11 +41,9 @@ faults = []
 
 def find(name, folder):
     """The header that `name` means in a source of `folder`."""
-    for start in [folder, "host", "include", "platform", "tools/boardctl", "drivers", "framework"]:
-        path = root / start / name
-        if path.exists():
-            return path.resolve().relative_to(root).as_posix()
-    return None
+    places = [folder, "host", "include", "platform", "tools/boardctl", "drivers", "framework"]
+    paths = (root / place / name for place in places)
+    return next((path.resolve().relative_to(root).as_posix() for path in paths if path.exists()), None)
 
 
 def folder_of(path):
@@ -80,14 +70,13 @@ def check_include(place, source, header):
 def check_source(path):
     """Returns the headers that the source includes."""
     headers = []
-    folder = folder_of(path)
     if room_of(path) is None:
         faults.append(f"{path}: its folder has no floor; add it to FLOORS in {pathlib.Path(__file__).name}")
         return headers
     for number, line in enumerate((root / path).read_text().splitlines(), 1):
         place = f"{path}:{number}"
         if match := INCLUDE.match(line):
-            if header := find(match[1], folder):
+            if header := find(match[1], folder_of(path)):
                 check_include(place, path, header)
                 headers.append(header)
             else:

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Boots the emulated board from a folder that pack.sh filled and reports the results of its tests.
 
-usage: run.py FOLDER [--without DEVICE]... [--devices-only] [--limit SECONDS]
+usage: run.py FOLDER [--without DEVICE]... [--devices-only]
 
 Three boots share one EEPROM, a file on this machine, so a boot can read what the one before wrote.
 Tests reach things outside the board through requests on the console, which are answered there:
@@ -23,6 +23,7 @@ import sys
 import time
 
 BOOTS = 3
+LIMIT = 300  # seconds for one boot
 EEPROM_SIZE = 512
 BUS = "bus=aspeed.i2c.bus.1"
 CHIPS = {
@@ -67,10 +68,10 @@ class Machine:
         self._process.wait()
         self._log.close()
 
-    def lines(self, limit):
+    def lines(self):
         """Yields the console's lines until the machine is off and answers requests. Throws Failure
-        at `limit`."""
-        end = time.monotonic() + limit
+        if that takes too long."""
+        end = time.monotonic() + LIMIT
         rest = b""
         self._command("qmp_capabilities")
         with selectors.DefaultSelector() as ready:
@@ -78,7 +79,7 @@ class Machine:
             while True:
                 left = end - time.monotonic()
                 if left <= 0 or not ready.select(left):
-                    raise Failure(f"no end within {limit:g} s")
+                    raise Failure(f"no end within {LIMIT} s")
                 got = self._process.stdout.read1(65536)
                 if not got:
                     return
@@ -174,7 +175,6 @@ def main():
     parser.add_argument("folder", type=pathlib.Path)
     parser.add_argument("--without", action="append", default=[], choices=[*CHIPS, *NODES])
     parser.add_argument("--devices-only", action="store_true", help="leave out the tests that need no device")
-    parser.add_argument("--limit", type=float, default=300, help="seconds for one boot")
     options = parser.parse_args()
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # so that the machine is ended too
     make_machine(options.folder, options.without)
@@ -183,7 +183,7 @@ def main():
     for boot in range(1, BOOTS + 1):
         machine = Machine(options.folder, boot, options.without, "devices-only" if options.devices_only else "")
         try:
-            for line in machine.lines(options.limit):
+            for line in machine.lines():
                 results.take(line)
             if not results.has_ended:
                 raise Failure("the board went off before its tests had ended")
