@@ -1,11 +1,11 @@
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
-#include "CpuLoad.h"
 #include "ImageInfo.h"
 #include "LedCtrl.h"
 #include "ServiceButton.h"
 #include "faults/Sweep.h"
-#include "support/Descriptors.h"
 #include "support/DriverFixtures.h"
 #include "support/LogRecorder.h"
 #include "support/TempDir.h"
@@ -104,9 +104,8 @@ TEST(ServiceFaults, TheButtonReportsAFailureOnceAndRepeatsInterruptedCalls) {
          {"", "-1 2 FAILED TO OPEN" + file}});
 }
 
-TEST(SystemFaults, WhatCanNotBeReadKeepsItsValue) {
+TEST(SystemFaults, AValueThatCanNotBeReadIsKept) {
     const support::TempDir dir;
-    dir.write("image-info", "5.2\nBranch\n1234\n\n\nboard\ndev\nsimulated\n");
     dir.write("value", "0x1F\n");
     sweep(
         [&](const Attempt& attempt) {
@@ -116,24 +115,4 @@ TEST(SystemFaults, WhatCanNotBeReadKeepsItsValue) {
             return code + " " + std::to_string(value);
         },
         {{"open|read.* E", "-1 77"}, {"short", "0 0"}, {"", "0 31"}});
-    sweep(
-        [&](const Attempt& attempt) {
-            ImageInfo info(dir.path("image-info").c_str());
-            String error = "untouched";
-            const std::string code = attempt([&] { return info.init(error); });
-            return code + " " + str(error) + " " + str(info.line1) + " " + str(info.versionString);
-        },
-        {{"fopen", "-1 OPEN '.*image-info' FAILED  .*"},
-         {"fgets#1 ", "0 untouched  .*"},
-         {"fgets#3 ", "0 untouched 5.2 5.2-[^/]*/"},
-         {"", "0 untouched 5.2 .*"}});
-    sweep(
-        [](const Attempt& attempt) {
-            CpuLoad load;
-            unsigned short last = 777, mid = 777, longest = 777;
-            EXPECT_TRUE(load.setup().isSuccess());
-            const std::string code = attempt([&] { return load.measure(last, mid, longest); });
-            return code + (last + mid + longest == 3 * 777 ? " none" : " measured");
-        },
-        {{"fopen|fgets", "-1 none"}, {"", "0 .*"}});
 }

@@ -107,23 +107,12 @@ void expectFaces(Driver& object) {
         }
 }
 
-/// Closes descriptor 0 while it lives, so that the next file to be opened gets it.
-class DescriptorZeroFree {
-public:
-    DescriptorZeroFree() : m_saved(::dup(0)) { ::close(0); }
-    ~DescriptorZeroFree() {
-        if (m_saved >= 0) {
-            ::dup2(m_saved, 0);
-            ::close(m_saved);
-        }
-    }
-    DescriptorZeroFree(const DescriptorZeroFree&) = delete;
-    DescriptorZeroFree& operator=(const DescriptorZeroFree&) = delete;
-
+/// Closes descriptor 0 while it lives, so that the next file to be opened gets it. After that it
+/// is /dev/null, as no test reads standard input.
+struct DescriptorZeroFree {
+    DescriptorZeroFree() { ::close(0); }
+    ~DescriptorZeroFree() { ::open("/dev/null", O_RDONLY); }
     bool isStillFree() const { return ::fcntl(0, F_GETFD) < 0; }
-
-private:
-    const int m_saved;
 };
 
 } // namespace support

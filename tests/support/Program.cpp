@@ -1,30 +1,18 @@
 #include "support/Program.h"
 
-#include <cerrno>
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <sched.h>
-#include <stdexcept>
 #include <system_error>
 
 #include <fcntl.h>
+#include <sched.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace support {
 
 namespace {
-
-int temporaryFile() {
-    std::FILE* const file = std::tmpfile();
-    if (!file)
-        throw std::system_error(errno, std::generic_category(), "tmpfile");
-    const int copy = ::fcntl(::fileno(file), F_DUPFD_CLOEXEC, 10);
-    std::fclose(file);
-    return copy;
-}
 
 std::string contentOf(int file) {
     std::string content(static_cast<std::size_t>(::lseek(file, 0, SEEK_END)), '\0');
@@ -36,8 +24,9 @@ std::string contentOf(int file) {
 } // namespace
 
 Program::Program(const std::vector<std::string>& words, const std::string& out)
-    : m_out(out.empty() ? temporaryFile() : ::open(out.c_str(), O_RDWR | O_CLOEXEC)),
-      m_err(temporaryFile()) {
+    : m_out(out.empty() ? ::memfd_create("out", MFD_CLOEXEC)
+                        : ::open(out.c_str(), O_RDWR | O_CLOEXEC)),
+      m_err(::memfd_create("err", MFD_CLOEXEC)) {
     std::vector<char*> argv;
     for (const std::string& word : words)
         argv.push_back(const_cast<char*>(word.c_str()));
