@@ -10,7 +10,7 @@
 
 #include <fcntl.h>
 
-#include "base/Error.h"
+#include "support/Failure.h"
 #include "support/TempDir.h"
 
 namespace fs = std::filesystem;
@@ -22,14 +22,8 @@ std::ptrdiff_t entriesOf(const std::string& folder) {
     return std::distance(fs::directory_iterator(folder), {});
 }
 
-/// The message of a replacement that fails.
 std::string failureOf(const std::string& path, const std::string& bytes) {
-    try {
-        board::replaceFile(path, bytes);
-    } catch (const board::Error& error) {
-        return error.what();
-    }
-    return "no failure";
+    return support::failureOf([&] { board::replaceFile(path, bytes); });
 }
 
 } // namespace

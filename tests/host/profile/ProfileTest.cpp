@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "base/Error.h"
+#include "support/Failure.h"
 #include "support/TempDir.h"
 
 using board::Profile;
@@ -16,15 +16,12 @@ namespace {
 /// The message of loading `text`, without the path; "" if it loads.
 std::string complaintOf(const TempDir& dir, const std::string& text) {
     dir.write("board.toml", text);
-    try {
-        Profile::load(dir.path("board.toml"));
-    } catch (const board::Error& error) {
-        const std::string what = error.what();
-        EXPECT_EQ(what.rfind(dir.path("board.toml:"), 0), 0U) << what;
-        EXPECT_EQ(std::count(what.begin(), what.end(), '\n'), 0) << what;
-        return what.substr(dir.path("board.toml:").size());
-    }
-    return "";
+    const std::string what = support::failureOf([&] { Profile::load(dir.path("board.toml")); });
+    if (what == "no failure")
+        return "";
+    EXPECT_EQ(what.rfind(dir.path("board.toml:"), 0), 0U) << what;
+    EXPECT_EQ(std::count(what.begin(), what.end(), '\n'), 0) << what;
+    return what.substr(dir.path("board.toml:").size());
 }
 
 } // namespace
@@ -42,7 +39,6 @@ TEST(Profile, ReadsDefaultsDeviceClassesActionsAndPlainNumbers) {
     const Profile profile = Profile::load(dir.path("board.toml"));
     EXPECT_EQ(profile.fans[0].device.path, "hwmon:tmp105/pwm1");
     EXPECT_EQ(profile.fans[0].maximum, 4294967295U);
-    EXPECT_EQ(profile.fans[0].description, "");
     EXPECT_EQ(profile.descriptor->device.path, "/abs");
     EXPECT_EQ(profile.descriptor->readChunk, 1U);
     EXPECT_EQ(profile.descriptor->size, 65536U);
@@ -87,8 +83,6 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
         {"[leds]\naccess='flies'\n", "2: leds.access: 'flies' is unknown (expected files, none, or "
                                      "a number); did you mean 'files'?"},
         {"fan=[1]\n", "1: fan[0]: is of type integer (expected a table)"},
-        {"[descriptor]\ndevice=1\n",
-         "2: descriptor.device: is of type integer (expected a string)"},
         {"[descriptor]\ndevice=''\n", "2: descriptor.device: is empty (expected a path)"},
         {"[descriptor]\ndevice='a'\nread_chunk=0\n",
          "3: descriptor.read_chunk: 0 is out of range (expected 1 to 65536)"},
@@ -109,8 +103,6 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
         {"[[leds.command]]\nword1='a'\nword2='b'\nmask=1\naction=2147483648\n",
          "5: leds.command[0].action: 2147483648 is out of range (expected -2147483648 to "
          "2147483647)"},
-        {"[leds]\naccess=\"a\\nb\"\n",
-         "2: leds.access: 'a\\x0ab' is unknown (expected files, none, or a number)"},
         {"[voip]\nborder_controller=1\n",
          "2: voip.border_controller: is of type integer (expected true or false)"},
         {"\"a\\nb\"=1\n", "1: a\\x0ab: unknown key (expected fan, thermal, power, led, descriptor, "

@@ -45,11 +45,9 @@ $ cp old eeprom; ulimit -f 1; boardctl --board new.toml bd add -y --backup all 9
 ! boardctl: eeprom: accepted only 512 of 608 bytes; the old image is in place again and is kept in all
 [1]
 $ cmp -n 4 eeprom old; cmp all old
-$ boardctl --board sim/board.toml bd mac list; boardctl bd mac list -i third; ls state/boardctl | wc -l
+$ boardctl --board sim/board.toml bd mac list; ls state/boardctl | wc -l
 0 02:00:00:00:00:0A 515
 1 02:00:00:00:00:0B 0
-0 02:00:00:00:00:0A 515
-1 02:00:00:00:00:08 1
 1
 )sh");
 }
@@ -58,20 +56,12 @@ TEST(BdEdit, WritesAChangeOnlyIfItIsOneAndCanBeKept) {
     expectTranscript(TempDir(), R"sh(
 $ printf '[{"id":45,"data":"1234abcd"},{"id":5,"data":"6f6e651b"},{"id":0,"data":""}]' >tags
 $ boardctl bd build tags -o image; cp image before
-$ boardctl bd set ProductID=hex:12 -i image --dry-run | sed -n 2p
-+ 0 ProductID (45): 1200  <- 2 bytes (expected 4)
 $ json bd set 5=text:two -i image --dry-run
 { "image": "image", "device": false, "changes": [ { "position": 1, "id": 5, "name": "Tag5", "old": "6f6e651b", "new": "74776f00" } ], "written": false, "backup": null }
 $ boardctl bd set 5=hex:6f6e651b -i image
 image: holds this already; nothing was written
 $ boardctl bd set 45=u8:1 6=u8:1 -i image
 ! boardctl: ERR TAG '6:=Tag6' NOT FOUND
-[1]
-$ boardctl bd remove 45.1 -i image
-! boardctl: ERR TAG '45:=ProductID' NOT FOUND
-[1]
-$ boardctl bd mac set 0 02:00:00:00:00:07 -i image
-! boardctl: ERR TAG '1:=MacAddress' NOT FOUND
 [1]
 $ cmp image before && [ ! -e state ]
 $ printf '\000\055\000\010\022\064\253\315\000\007\000\002' >corrupt; boardctl bd remove 45 -i corrupt 2>messages
@@ -103,7 +93,7 @@ TEST(BdEdit, AsksBeforeADeviceIsChanged) {
     ASSERT_EQ(::grantpt(terminal) | ::unlockpt(terminal), 0);
     const std::string name = ::ptsname(terminal);
     const int held = ::open(name.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    ASSERT_EQ(::write(terminal, "\nno\ny\nyes\n", 10), 10);
+    ASSERT_EQ(::write(terminal, "\ny\nyes\n", 7), 7);
     std::filesystem::create_symlink(name, dir.path("terminal"));
     expectTranscript(dir, R"sh(
 $ boardctl sim create sim >messages; boardctl --board sim/board.toml bd remove 5
@@ -112,11 +102,6 @@ $ boardctl sim create sim >messages; boardctl --board sim/board.toml bd remove 5
 [1]
 $ boardctl --board sim/board.toml bd remove 5 <terminal
 - 4 Tag5 (5): 53494d2d303030303031  "SIM-000001"
-! Write this to sim/eeprom.bin? [y/N] boardctl: sim/eeprom.bin: nothing was written
-[1]
-$ json --board sim/board.toml bd remove 5 <terminal
-{"error":"sim/eeprom.bin: nothing was written"}
-! - 4 Tag5 (5): 53494d2d303030303031  "SIM-000001"
 ! Write this to sim/eeprom.bin? [y/N] boardctl: sim/eeprom.bin: nothing was written
 [1]
 $ boardctl --board sim/board.toml bd remove 5 --backup 1 <terminal 2>messages

