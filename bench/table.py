@@ -81,12 +81,12 @@ def all_rows(tree, arm_tree):
         yield row(name, figures[name]["ns"], floor["ns"] if floor else None, at_most,
                   **{key: value for key, value in figures[name].items() if key != "ns"})
     few, many = (figures[name]["ns"] / tags for name, tags in PER_TAG)
-    yield row("a tag of 10000 beside one of 1000", many, few, 1)
+    yield row("lookup of a tag, 10000 vs. 1000 tags", many, few, 1)
     memory, floor = host.peak_memory(tree)
     yield row("boardctl run, peak memory", memory, floor, MOST_MEMORY, "kB")
     wakes, share = host.at_rest(tree)
-    yield row("boardctl run at rest, wakes a second", wakes, None, MOST_WAKES, "")
-    yield row("boardctl run at rest, of a core", share, None, MOST_CORE, "%")
+    yield row("boardctl run idle, wakeups per second", wakes, None, MOST_WAKES, "")
+    yield row("boardctl run idle, share of a core", share, None, MOST_CORE, "%")
     yield row("libboarddrivers.so on ARM", size_of(arm_tree + "/lib/libboarddrivers.so"), None, MOST_BYTES, "bytes")
 
 

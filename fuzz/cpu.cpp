@@ -99,8 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         hasStart = cpufigures::start(meter.ring, line.c_str());
         if (form == Form::STRANGE)
             return 0;
-        expect(hasStart == (form == Form::USUAL),
-               "a first sample is taken where it has four numbers");
+        expect(hasStart == (form == Form::USUAL), "a first sample is taken if it has four numbers");
         if (hasStart)
             history.add(sample);
     }
@@ -111,7 +110,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         const bool isTaken = cpufigures::measure(meter.ring, line.c_str(), {last, mid, longest});
         if (form == Form::STRANGE)
             return 0;
-        expect(isTaken == (form == Form::USUAL), "a sample is taken where it has four numbers");
+        expect(isTaken == (form == Form::USUAL), "a sample is taken if it has four numbers");
         history.add(isTaken ? std::optional(sample) : std::nullopt);
         if (!isTaken) {
             expect(last == 101 && mid == 102 && longest == 103,

@@ -32,7 +32,7 @@ public:
                 static_cast<std::uint8_t>(digit(text[ORDER[i]]) * 16 + digit(text[ORDER[i] + 1]));
         for (int dash : {8, 13, 18, 23})
             if (text[dash] != '-')
-                throw "an identifier's groups are parted by hyphens";
+                throw "an identifier's groups are separated by hyphens";
         return value;
     }
 

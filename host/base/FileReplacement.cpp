@@ -43,7 +43,7 @@ class Beside {
 public:
     Beside(const std::string& path, const std::string& target)
         : m_path(path),
-          m_file(createUnique(target, m_name, path, "can't make a new file beside it")) {}
+          m_file(createUnique(target, m_name, path, "can't create a new file in its folder")) {}
     ~Beside() {
         if (!m_isGone)
             static_cast<void>(board::discard(m_name)); // the failure is already being reported
@@ -108,7 +108,7 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
         struct stat named {};
         if (::stat(m_target.c_str(), &named) != 0) {
             if (errno != ENOENT)
-                failWith(path, "can't look at the file", errno);
+                failWith(path, "can't examine the file", errno);
             return;
         }
         const FileKind kind = kindOf(named.st_mode);
@@ -125,7 +125,7 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
         if (!tryLockWaiting(m_lock)) // a signal may end the wait
             failWith(path, "can't lock", errno);
         if (::fstat(m_lock.number(), &locked) != 0)
-            failWith(path, "can't look at the file", errno);
+            failWith(path, "can't examine the file", errno);
         // Meanwhile, the previous holder of the lock may have replaced the file or changed the
         // link.
         if (::stat(path.c_str(), &named) == 0 && isSameFile(locked, named))
@@ -164,7 +164,7 @@ void FileReplacement::rewriteBeside(const std::string& bytes) const {
         } else {
             struct stat old {};
             if (::fstat(m_lock.number(), &old) != 0)
-                failWith(m_path, "can't look at the file", errno);
+                failWith(m_path, "can't examine the file", errno);
             beside.giveTo(old.st_uid, old.st_gid, old.st_mode & 07777);
         }
         beside.takePlaceOf(m_target);

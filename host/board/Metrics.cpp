@@ -71,7 +71,7 @@ std::string toMetrics(const Report& report) {
         if (power.value)
             families.add(nameLabel(power.name), *power.value);
 
-    families.begin("board_led_state", "State of a LED: 0 off, 1 and 2 lit.");
+    families.begin("board_led_state", "State of an LED: 0 off, 1 and 2 lit.");
     for (const LedReading& led : report.leds)
         if (led.value)
             families.add(nameLabel(led.name), *led.value);

@@ -70,11 +70,11 @@ private:
         if (tags > 0)
             add(weight, start,
                 std::to_string(tags) + (tags == 1 ? " tag" : " tags") +
-                    " behind the terminator, from " + tagName(left.tags().front().tag.id) +
+                    " after the terminator, from " + tagName(left.tags().front().tag.id) +
                     " on; no load reads them");
         else
             add(weight, start + static_cast<std::size_t>(stray - rest.begin()),
-                "bytes behind the terminator that are neither 0x00 nor 0xFF");
+                "bytes after the terminator that are neither 0x00 nor 0xFF");
     }
 
     const TagImage& m_image;

@@ -65,7 +65,7 @@ std::string targetFor(const std::string& image, const std::string& file) {
     if (!fs::exists(status))
         return target.string();
     if (!fs::is_regular_file(status))
-        throw Error(file + ": can't take a backup (expected a file)");
+        throw Error(file + ": can't hold a backup (expected a file)");
     if (fs::equivalent(target, image, error))
         throw Error(file + ": is the image itself (expected another file for the backup)");
     if (fs::file_size(target, error) != 0)

@@ -27,7 +27,7 @@ LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
                      std::vector<LedLine> lines) {
     if (profile.tickUs() == 0)
         throw Error(profile.place + ".tick_ms: " + std::to_string(profile.tickMs) +
-                    " comes to no tick at all (expected 1 to 4294967)");
+                    " is not a usable tick period (expected 1 to 4294967)");
     std::stable_sort(lines.begin(), lines.end(),
                      [](const LedLine& a, const LedLine& b) { return a.tick < b.tick; });
     const LedTable table(profile);

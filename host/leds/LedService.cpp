@@ -21,7 +21,7 @@ public:
                   profile.tickMs, profile.blinkPattern, NotStarted()),
           m_tickUs(profile.tickUs()), m_takesCommands(takesCommands), m_events(events) {
         if (!start(String::EMPTY()).isSuccess())
-            throw Error("no thread for the LED sequencer");
+            throw Error("can't create the thread for the LED sequencer");
     }
     ~HostedLedCtrl() override { static_cast<void>(stop()); }
 

@@ -27,7 +27,7 @@ LedStates::LedStates(const std::vector<Led>& leds, std::uint32_t tickMs, bool te
     if (!m_end.isOpen())
         throw Error("can't follow the states of the LEDs: " + reasonOf(errno));
     if (!m_thread.start(String::EMPTY()).isSuccess())
-        throw Error("no thread for the states of the LEDs");
+        throw Error("can't create the thread for the states of the LEDs");
 }
 
 LedStates::~LedStates() {

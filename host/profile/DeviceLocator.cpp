@@ -73,7 +73,7 @@ std::string DeviceLocator::locateMonitor(const std::string& device,
 
 std::string DeviceLocator::locateLed(const std::string& device, const std::string& name) const {
     if (!isFileName(name))
-        throw Error(device + ": is not a LED's name (expected led:NAME)");
+        throw Error(device + ": is not an LED's name (expected led:NAME)");
     const fs::path leds = fs::path(m_sysfs) / "class/leds";
     std::error_code ignored;
     if (fs::is_directory(leds / name, ignored))

@@ -146,7 +146,7 @@ protected:
             const bool isSaid =
                 contains(message, name.substr(name.rfind('/') + 1) + " can't be removed") ||
                 (name.rfind("board/dev/", 0) == 0 &&
-                 (contains(message, "restore the former state") ||
+                 (contains(message, "restore the previous state") ||
                   contains(message, "the device holds")));
             EXPECT_TRUE(isIn(m_before, file) || isIn(m_after, file) || isSaid ||
                         (isBackup && (content == OTHER || content == m_before.at(m_edited))) ||

@@ -10,7 +10,7 @@ namespace {
 
 using namespace support;
 
-/// A LED, and a record of what a script of calls writes.
+/// An LED, and a record of what a script of calls writes.
 class CLedControlTest : public ScriptedKernel {
 protected:
     void connect(bool biCapable) {

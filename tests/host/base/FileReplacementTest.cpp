@@ -53,7 +53,7 @@ TEST(FileReplacement, RefusesWhatCanNotBeReplacedAndSaysWhy) {
          {std::pair{"pipe", ": can't be replaced (expected a file or a device)"},
           std::pair{".", ": can't be replaced (expected a file or a device)"},
           std::pair{"missing/image",
-                    ": can't make a new file beside it: No such file or directory"},
+                    ": can't create a new file in its folder: No such file or directory"},
           std::pair{"pipe/image", ": can't follow the path: Not a directory"},
           std::pair{"circle", ": can't follow the path: Too many levels of symbolic links"}})
         EXPECT_EQ(failureOf(dir.path(name), "new"), dir.path(name) + reason);

@@ -23,7 +23,7 @@ std::string findingsIn(const std::string& image, bool isDevice) {
 TEST(DescriptorCheck, ReportsEachFaultWithItsOffset) {
     const std::string unended = " without a terminator (expected 00 00 00 04);";
     const std::string padded = "; storing and loading it adds a zero byte;";
-    const std::string stray = "bytes behind the terminator that are neither 0x00 nor 0xFF;";
+    const std::string stray = "bytes after the terminator that are neither 0x00 nor 0xFF;";
     const struct {
         std::string image;
         bool isDevice;
@@ -47,9 +47,9 @@ TEST(DescriptorCheck, ReportsEachFaultWithItsOffset) {
              "warning 7 ProductID: has an odd length of 1" +
              padded},
         {PRODUCT + END + PRODUCT, false,
-         "warning 12 1 tag behind the terminator, from ProductID on; no load reads them;"},
+         "warning 12 1 tag after the terminator, from ProductID on; no load reads them;"},
         {PRODUCT + END + MAC_X + MAC_Y, true,
-         "note 12 2 tags behind the terminator, from MacAddress on; no load reads them;"},
+         "note 12 2 tags after the terminator, from MacAddress on; no load reads them;"},
         {PRODUCT + END + "FF FF 12", false, "warning 14 " + stray},
         {PRODUCT + END + "00 00 12", true, "note 14 " + stray},
         {PRODUCT + "00 00 12 34", false, "warning 10 " + stray},

@@ -16,7 +16,7 @@ TEST(DeviceLocator, FindsMonitorsAndLedsByNameOrListsWhatIsThere) {
     const std::string present = "(expected one; there are: 'cpu' at hwmon0, 'cpu' at hwmon1, "
                                 "'tmp105' at hwmon7)";
     const std::string noFile = " is not a hardware monitor's file (expected hwmon:NAME/FILE)";
-    const std::string noLed = " is not a LED's name (expected led:NAME)";
+    const std::string noLed = " is not an LED's name (expected led:NAME)";
     const std::pair<std::string, std::string> CASES[] = {
         {"hwmon:tmp105/temp1_input", sysfs.path("./class/hwmon/hwmon7/temp1_input")},
         {"led:alarm", sysfs.path("./class/leds/alarm/brightness")},

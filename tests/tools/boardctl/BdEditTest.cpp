@@ -34,7 +34,7 @@ $ json --board board.toml bd remove MacAddress.1 -y --backup fourth
 $ for i in first eeprom.bin . gone/backup; do boardctl --board board.toml bd remove 2 -y --backup $i; done
 ! boardctl: first: exists already, and may be the last good image (expected a new file for the backup)
 ! boardctl: eeprom.bin: is the image itself (expected another file for the backup)
-! boardctl: .: can't take a backup (expected a file)
+! boardctl: .: can't hold a backup (expected a file)
 ! boardctl: gone/backup: can't make the backup: No such file or directory
 [1]
 $ printf "[descriptor]\ndevice='eeprom'\nsize=1018\n" >new.toml; printf '\000\000\000\004' >old
@@ -59,7 +59,7 @@ $ boardctl bd build tags -o image; cp image before
 $ json bd set 5=text:two -i image --dry-run
 { "image": "image", "device": false, "changes": [ { "position": 1, "id": 5, "name": "Tag5", "old": "6f6e651b", "new": "74776f00" } ], "written": false, "backup": null }
 $ boardctl bd set 5=hex:6f6e651b -i image
-image: holds this already; nothing was written
+image: already up to date; nothing was written
 $ boardctl bd set 45=u8:1 6=u8:1 -i image
 ! boardctl: ERR TAG '6:=Tag6' NOT FOUND
 [1]
@@ -83,7 +83,7 @@ $ env -u XDG_STATE_HOME HOME=here "$0" bd add 6=u8:1 -i image
 $ boardctl bd add 6=u8:1 -i image --backup new >/dev/full; boardctl bd get 6.1 -i image
 0100
 ! boardctl: can't write to standard output: No space left on device
-! boardctl: image: was written nevertheless; the old image is in new
+! boardctl: image: was written anyway; the old image is in new
 )sh");
 }
 

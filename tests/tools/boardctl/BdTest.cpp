@@ -73,7 +73,7 @@ $ boardctl bd check large && printf x >>large; boardctl bd check large
 [1]
 $ boardctl sim create sim >gone; printf 'more' | dd of=sim/eeprom.bin bs=1 seek=82 conv=notrunc status=none
 $ boardctl --board sim/board.toml bd check
-at 82: note: bytes behind the terminator that are neither 0x00 nor 0xFF
+at 82: note: bytes after the terminator that are neither 0x00 nor 0xFF
 7 tags in 74 of 512 bytes
 $ boardctl bd check sim/eeprom.bin | head -n 1 | cut -c 1-30
 at 82: warning: bytes behind t

@@ -82,7 +82,7 @@ $ boardctl --board plain.toml led plain bi on
 }
 
 TEST(Devices, LedMayReadAsBeforeJustAfterAWrite) {
-    // A terminal is such a LED: it accepts what is written and reads, line by line, what a test
+    // A terminal is such an LED: it accepts what is written and reads, line by line, what a test
     // wrote to its other end.
     const auto led = [](const std::string& action, const std::string& reads) {
         const int device = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);

@@ -114,7 +114,7 @@ $ json --board board.toml info 2>messages | sed 's/"last": [0-9]*/"last": N/; s/
  { "name": "board-descr-driver", "rows": [ { "level": 0, "index": 0, "key": "Board Descriptor", "value": "" } ], "error": "board.toml:10: descriptor.device: .: is not a device file (expected a file or a block device)" },
  { "name": "resource-driver", "rows": [ { "level": 0, "index": 0, "key": "VoIP Resource", "value": "" }, { "level": 1, "index": 0, "key": "DSP Channels", "value": "4294967295" }, { "level": 1, "index": 0, "key": "SIP Legs", "value": "0" }, { "level": 1, "index": 0, "key": "Transcoding", "value": "yes" }, { "level": 1, "index": 0, "key": "Border Controller", "value": "no" } ] } ], "fans": [
  { "name": "fan", "description": "", "speed": null, "error": "board.toml:3: fan[0].device: gone: can't open: No such file or directory" } ], "temperatures": [], "power": [
- { "name": "Lü", "description": "x\u001b[31m\n", "status": 1 } ], "leds": [], "capacity": { "dsp_channels": null, "sip_legs": 0, "error": "the board does not say how many DSP channels it has" }, "cpu": { "last": N }, "firmware": { "version": null, "error": "board.toml:21: firmware.info: .: is not a file (expected text lines)" } }
+ { "name": "Lü", "description": "x\u001b[31m\n", "status": 1 } ], "leds": [], "capacity": { "dsp_channels": null, "sip_legs": 0, "error": "the board does not state how many DSP channels it has" }, "cpu": { "last": N }, "firmware": { "version": null, "error": "board.toml:21: firmware.info: .: is not a file (expected text lines)" } }
 $ for i in 'button watch' 'button bridge board.toml'; do boardctl --board board.toml $i; done
 ! boardctl: board.toml:12: button.device: board.toml: is not a button (expected a pipe or a character device)
 ! boardctl: board.toml: is not an input device (expected one such as /dev/input/event0)
@@ -140,7 +140,7 @@ temperature 'thermal': 45.000 degrees Celsius, maximum 85
 temperature 'thermal': 52.500 degrees Celsius, maximum 85
 temperature 'thermal': 41.500 degrees Celsius, maximum 85
 -- A line in the pipe /tmp/evt.fifo rolls a light over four LEDs.
--- The line rings: its LED blinks for three seconds and then stops by itself.
+-- The line rings: its LED blinks for three seconds and then stops on its own.
 -- An alarm flashes for one tick.
 -- All LEDs light up for a second; their former patterns continue underneath.
 -- The light stops, the system is ready.
@@ -163,7 +163,7 @@ $ head -n 2 sim/board.toml >less.toml; boardctl --board less.toml run --tour | g
 }
 
 TEST_F(HostedBoard, PlaysLinesOfOtherProcessesAndReportsItsButton) {
-    Program run(words({"run", "--panel"})); // not on a terminal: each change of a LED is a line
+    Program run(words({"run", "--panel"})); // not on a terminal: each change of an LED is a line
     ASSERT_TRUE(run.waitForOutput("ready\n"));
     expectTranscript(m_dir, "\n$ boardctl leds send line call\n");
     ASSERT_TRUE(run.waitForOutput("LED 'line' on"));

@@ -34,7 +34,7 @@ int build(const Options& options, const BuildWords& words) {
         printJson({{"image", target}, {"tags", tags.size()}, {"size", image.size()}});
     if (flushOutput())
         return DONE;
-    complain(target + ": was written nevertheless");
+    complain(target + ": was written anyway");
     return FAILED;
 }
 

@@ -24,7 +24,7 @@ int dump(const Options& options, const DumpWords& words) {
 
 void addBdDump(CLI::App& bd, Options& options) {
     const auto [command, words] = addCommand<DumpWords>(
-        bd, options, "dump", "All tags as JSON, for `bd build`; --format makes no difference",
+        bd, options, "dump", "Print all tags as JSON, for `bd build`; --format has no effect",
         dump);
     addImageWord(command, words.image);
 }

@@ -79,11 +79,11 @@ int get(const Options& options, const MacWords& words) {
 void addBdMacRead(CLI::App& mac, Options& options) {
     {
         const auto [command, words] = addCommand<MacWords>(
-            mac, options, "list", "Each address with its index and interface number", list);
+            mac, options, "list", "List each address with its index and interface number", list);
         addImageOption(command, words.image);
     }
-    const auto [command, words] =
-        addCommand<MacWords>(mac, options, "get", "One address and its interface number", get);
+    const auto [command, words] = addCommand<MacWords>(
+        mac, options, "get", "Print one address and its interface number", get);
     addWord(command, "INDEX", words.index, "Which address, counted from 0")->required();
     addImageOption(command, words.image);
 }

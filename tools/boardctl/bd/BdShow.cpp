@@ -42,12 +42,12 @@ int showRaw(const Options& options, const ShowWords& words) {
 
 void addBdShow(CLI::App& bd, Options& options) {
     {
-        const auto [command, words] = addCommand<ShowWords>(
-            bd, options, "show", "The report for people: what each tag means", show);
+        const auto [command, words] =
+            addCommand<ShowWords>(bd, options, "show", "Print what each tag means", show);
         addImageWord(command, words.image);
     }
     const auto [command, words] =
-        addCommand<ShowWords>(bd, options, "raw", "The report of all tags as bytes", showRaw);
+        addCommand<ShowWords>(bd, options, "raw", "Print all tags as bytes", showRaw);
     addImageWord(command, words.image);
 }
 

@@ -138,7 +138,7 @@ int blink(const Options& options, const LedWords& words, unsigned count, unsigne
                 break;
         }
     progress.clear();
-    expectDone(led->disableLedToggle(), words.name, "can't restore the former state");
+    expectDone(led->disableLedToggle(), words.name, "can't restore the previous state");
     const board::LedReading shown = restore(board, words.name, former);
     if (!outcome)
         throw board::Error("LED '" + words.name + "': " + outcome.fault());
@@ -199,7 +199,7 @@ int led(const Options& options, const LedWords& words) {
 void addLed(CLI::App& app, Options& options) {
     const auto [command, words] = addCommand<LedWords>(
         app, options, "led",
-        "Read a LED, set it and read it back, hold its bi-status overlay, or blink it", led);
+        "Read an LED, set it and read it back, hold its bi-status overlay, or blink it", led);
     command.add_option("NAME", words.name, "The LED; `boardctl info` lists them")
         ->check(notEmpty())
         ->required()
@@ -207,7 +207,7 @@ void addLed(CLI::App& app, Options& options) {
     command
         .add_option("ACTION", words.action,
                     "Default: read the LED. 0, 1 or 2: set this state. bi on: show 2 until SIGINT "
-                    "or the end of --for, then restore the former state. bi off: end the overlay "
+                    "or the end of --for, then restore the previous state. bi off: end the overlay "
                     "of another process. blink: use the driver's toggle mode")
         ->expected(0, 3)
         ->option_text("0|1|2|bi on|bi off|blink COUNT PERIOD_MS");

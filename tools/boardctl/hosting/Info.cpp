@@ -26,7 +26,7 @@ ordered_json capacityToJson(const board::CapacityReport& capacity) {
     if (capacity.dspChannels)
         json["dsp_channels"] = *capacity.dspChannels;
     else
-        json["error"] = "the board does not say how many DSP channels it has";
+        json["error"] = "the board does not state how many DSP channels it has";
     return json;
 }
 

@@ -115,8 +115,9 @@ private:
         return command("A line in the pipe " + std::string(board::LED_PIPE) +
                            " rolls a light over four LEDs.",
                        "search start", 1200ms) &&
-               command("The line rings: its LED blinks for three seconds and then stops by itself.",
-                       "line ring", 1200ms) &&
+               command(
+                   "The line rings: its LED blinks for three seconds and then stops on its own.",
+                   "line ring", 1200ms) &&
                command("An alarm flashes for one tick.", "alarm once", 400ms) &&
                command("All LEDs light up for a second; their former patterns continue underneath.",
                        "lamp test", 1300ms) &&

@@ -60,7 +60,7 @@ int bridgeButton(const Options& options, const BridgeWords& words) {
 void addButtonBridge(CLI::App& button, Options& options) {
     const auto [command, words] = addCommand<BridgeWords>(
         button, options, "bridge",
-        "Let a key of an input device press the button of the board, until SIGINT or SIGTERM",
+        "Forward a key of an input device to the board's button, until SIGINT or SIGTERM",
         bridgeButton);
     command.add_option("EVENT_DEVICE", words.device, "The input device, such as /dev/input/event0")
         ->check(notEmpty())

@@ -23,7 +23,7 @@ int add(const Options& options, const AddWords& words) {
 
 void addBdAdd(CLI::App& bd, Options& options) {
     const auto [command, words] =
-        addCommand<AddWords>(bd, options, "add", "Add tags in front of the terminator", add);
+        addCommand<AddWords>(bd, options, "add", "Add tags before the terminator", add);
     addAssignments(command, words.assignments);
     addEditOptions(command, words);
     addExamples(command, {"bd add DspChannels=u32:64 5=text:SN-000123 -i image.bin"});

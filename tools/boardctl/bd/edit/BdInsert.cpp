@@ -28,7 +28,7 @@ void addBdInsert(CLI::App& bd, Options& options) {
     const auto [command, words] = addCommand<InsertWords>(
         bd, options, "insert", "Insert tags at a position of the list", insert);
     addWord(command, "POSITION", words.position,
-            "Counted from 0 among all tags; never behind the terminator")
+            "Counted from 0 among all tags; never after the terminator")
         ->required();
     addAssignments(command, words.assignments);
     addEditOptions(command, words);

@@ -59,7 +59,7 @@ void addBdMacEdit(CLI::App& mac, Options& options) {
         addEditOptions(command, words);
     }
     const auto [command, words] =
-        addCommand<MacWords>(mac, options, "add", "Add an address behind the last one", add);
+        addCommand<MacWords>(mac, options, "add", "Add an address after the last one", add);
     addMacWord(command, words);
     addWord(command, "INTERFACE", words.interface,
             "The interface number, 0 to 65535; by default 0");

@@ -80,15 +80,15 @@ int edit(const Options& options, const EditWords& words,
     if (flushOutput())
         return DONE;
     if (outcome.isWritten) // standard output failed, so the message goes here
-        complain(path + ": was written nevertheless" + backupNote(outcome));
+        complain(path + ": was written anyway" + backupNote(outcome));
     return FAILED;
 }
 
 void addAssignments(CLI::App& command, std::vector<std::string>& assignments) {
     command
         .add_option("ASSIGNMENT", assignments,
-                    "TYPE is u8, u16, u32, uint (4 bytes), text or hex. Several are one write, all "
-                    "or nothing")
+                    "TYPE is u8, u16, u32, uint (4 bytes), text or hex. Several assignments are "
+                    "written together or not at all")
         ->type_name("ID=TYPE:VALUE")
         ->required()
         ->check(notEmpty());

@@ -58,7 +58,7 @@ void printChanges(std::ostream& out, const std::vector<board::TagChange>& change
 void printOutcome(const std::string& path, const board::EditOutcome& outcome, bool isDryRun) {
     std::cout << path << ": ";
     if (outcome.changes.empty())
-        std::cout << "holds this already; nothing was written\n";
+        std::cout << "already up to date; nothing was written\n";
     else if (isDryRun)
         std::cout << "dry run; nothing was written\n";
     else
