@@ -76,6 +76,6 @@ $ boardctl --board sim/board.toml bd check
 at 82: note: bytes after the terminator that are neither 0x00 nor 0xFF
 7 tags in 74 of 512 bytes
 $ boardctl bd check sim/eeprom.bin | head -n 1 | cut -c 1-30
-at 82: warning: bytes behind t
+at 82: warning: bytes after th
 )sh");
 }

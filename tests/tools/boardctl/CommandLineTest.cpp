@@ -16,7 +16,7 @@ Usage: boardctl bd set [OPTIONS] ASSIGNMENT...
 Positionals:
   ASSIGNMENT ID=TYPE:VALUE ... REQUIRED
                               TYPE is u8, u16, u32, uint (4 bytes), text or
-                              hex. Several assignments are written together or not at all
+                              hex. Several assignments are written together or
 $ for i in run info 'leds preview' 'button bridge' 'bd build'; do boardctl $i --help | grep -e ^Usage -e '.\{80\}'; done
 Usage: boardctl run [OPTIONS]
 Usage: boardctl info [OPTIONS]
