@@ -81,7 +81,7 @@ def all_rows(tree, arm_tree):
         yield row(name, figures[name]["ns"], floor["ns"] if floor else None, at_most,
                   **{key: value for key, value in figures[name].items() if key != "ns"})
     few, many = (figures[name]["ns"] / tags for name, tags in PER_TAG)
-    yield row("lookup of a tag, 10000 vs. 1000 tags", many, few, 1)
+    yield row("load per tag, 10000 vs. 1000 tags", many, few, 1)
     memory, floor = host.peak_memory(tree)
     yield row("boardctl run, peak memory", memory, floor, MOST_MEMORY, "kB")
     wakes, share = host.at_rest(tree)
