@@ -14,8 +14,12 @@
 namespace support {
 
 /// How often a test repeats something that rarely goes wrong. Under sanitizers each round finds
-/// more and takes longer.
+/// more and takes longer; under emulation it only takes longer.
+#ifdef __arm__
+constexpr int ROUNDS = 1000;
+#else
 constexpr int ROUNDS = BOARD_SANITIZED ? 1000 : 10000;
+#endif
 
 /// Yields until `tid` has been set and that thread of this process sleeps in the kernel or has
 /// ended.

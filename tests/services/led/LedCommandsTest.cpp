@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <atomic>
 #include <functional>
 
@@ -29,10 +30,10 @@ void writeToPipe(const std::string& bytes) {
     ::close(pipe);
 }
 
-class LedPipe : public testing::Test {
-protected:
-    void SetUp() override { ::unlink(PIPE); }
-    void TearDown() override { ::unlink(PIPE); }
+// Not in SetUp, which runs after a derived fixture has started a thread that makes the pipe.
+struct LedPipe : testing::Test {
+    LedPipe() { ::unlink(PIPE); }
+    ~LedPipe() override { ::unlink(PIPE); }
 };
 
 /// A service that shows nothing and logs that in each tick. A test acts once on its thread, in the
@@ -156,10 +157,14 @@ TEST_F(LedThread, EndsBeforeAnyMemberIsDestroyed) {
 }
 
 TEST_F(LedThread, RejectsItsOwnShutdown) {
+    std::atomic<bool> isDone{false};
     actInTick([&] {
         leds->shutdown();
         leds->release();
+        isDone = true;
     });
+    while (!isDone)
+        ::sched_yield();
     leds->release();
     Lines lines = take();
     lines.erase(std::remove(lines.begin(), lines.end(), "DB_FRAMEWORK 7: Skipping LED Update!"),
