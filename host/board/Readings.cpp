@@ -73,7 +73,7 @@ Result<void> tryDevice(const std::string& path) {
 /// read.
 template <class Driver>
 auto readSurely(Driver& driver, const std::string& path) -> decltype(readOnce(driver)) {
-    const auto value = readOnce(driver);
+    auto value = readOnce(driver);
     if (!value || !isZero(*value))
         return value;
     const Result<void> device = tryDevice(path);
@@ -106,7 +106,7 @@ Result<IFanControl::FanSpeed> setSpeed(IFanControl& fan, const std::string& path
                                        IFanControl::FanSpeed speed) {
     if (!fan.setFanSpeed(speed).isSuccess())
         return Fault{"the speed can't be written"};
-    const Result<IFanControl::FanSpeed> held = readSurely(fan, path);
+    Result<IFanControl::FanSpeed> held = readSurely(fan, path);
     if (held && *held != speed)
         return mismatch(speedName(*held), speedName(speed));
     return held;
@@ -115,7 +115,7 @@ Result<IFanControl::FanSpeed> setSpeed(IFanControl& fan, const std::string& path
 Result<unsigned> setState(ILedControl& led, const std::string& path, unsigned state) {
     if (!led.setLedStatus(state).isSuccess())
         return Fault{"the state can't be written"};
-    const Result<unsigned> held =
+    Result<unsigned> held =
         readUntil(led, path, [state](unsigned shown) { return shown == state; });
     if (held && *held != state)
         return mismatch(std::to_string(*held), std::to_string(state));
