@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "TYThread.h"
-
 TEST(TYTime, SubtractsWithABorrowAndWraps) {
     EXPECT_EQ(TYTime(12, 100000000) - TYTime(10, 900000000), TYTime(1, 200000000));
     EXPECT_EQ(TYTime(5, 5) - TYTime(5, 5), TYTime(0, 0));
@@ -11,19 +9,14 @@ TEST(TYTime, SubtractsWithABorrowAndWraps) {
     EXPECT_EQ(TYTime(0, 0) - TYTime(1, 0), TYTime(0xFFFFFFFF, 0));
 }
 
-TEST(TYTime, ReadsBothClocksAndMeasuresASleep) {
+TEST(TYTime, ReadsBothClocks) {
     TYTime time(1, 2);
     for (const unsigned unknown : {0U, 3U})
         EXPECT_FALSE(time.getSystemClock(unknown).isSuccess());
     EXPECT_EQ(time, TYTime(1, 2));
     EXPECT_TRUE(time.getSystemClock(TYTime::MONOTONIC_CLOCK).isSuccess());
-    const TYTime sinceStart = time;
+    const unsigned sinceStart = time.seconds;
     EXPECT_TRUE(time.getSystemClock(TYTime::SYSTEM_CLOCK).isSuccess());
-    EXPECT_GT(time.seconds, sinceStart.seconds);
+    EXPECT_GT(time.seconds, sinceStart);
     EXPECT_NE(time.nanoseconds, 2U);
-
-    TYThread::usleep(2000);
-    EXPECT_TRUE(time.getSystemClock(TYTime::MONOTONIC_CLOCK).isSuccess());
-    const TYTime slept = time - sinceStart;
-    EXPECT_GE(slept.seconds * 1000000000ULL + slept.nanoseconds, 2000000U);
 }
