@@ -190,9 +190,8 @@ void makePipe(const fs::path& path) {
 }
 
 std::string eepromContent() {
-    std::string content(std::begin(EEPROM), std::end(EEPROM));
-    content.resize(EEPROM_SIZE, '\xFF');
-    return content;
+    const std::string erased(EEPROM_SIZE - std::size(EEPROM), '\xFF');
+    return std::string(std::begin(EEPROM), std::end(EEPROM)) + erased;
 }
 
 void fill(const fs::path& root) {
