@@ -60,7 +60,7 @@ boardctl: --board is missing: it names the board whose button is pressed (`board
 boardctl: --board is missing: it names the board whose button is pressed
 boardctl: --code: '768' (expected 0 to 767)
 $ for i in 'blnk 1 1' 'blink 2' 'bi of' 3 'blink 0 1' 'blink 2 3600001' '1 --for 1'; do wrong led status $i; done
-boardctl: 'blnk' is not an action (expected the state 0, 1 or 2, bi on, bi off, or blink COUNT PERIOD_MS); did you mean 'blink'?
+boardctl: 'blnk' is not an action (expected 0, 1, 2, 'bi on', 'bi off' or 'blink COUNT PERIOD_MS'); did you mean 'blink'?
 boardctl: blink needs COUNT and PERIOD_MS, such as: blink 3 500
 boardctl: bi needs on or off; did you mean 'off'?
 boardctl: the state is '3' (expected 0 to 2)
@@ -70,10 +70,10 @@ boardctl: --for works only with 'bi on'
 $ wrong leds preview --ticks 0
 boardctl: --ticks: '0' (expected 1 to 1000000)
 $ for i in '0 a b' 1000001 "`printf '1 a\nb'`" "1 `printf '%080d' 0`"; do wrong leds preview --at "$i"; done
-boardctl: --at: '0 a b' (expected a tick of 1 to 1000000, a blank and a command line in quotes, such as "1 system ready")
-boardctl: --at: '1000001' (expected a tick of 1 to 1000000, a blank and a command line in quotes, such as "1 system ready")
+boardctl: --at: '0 a b' (expected "TICK LINE" with a tick of 1 to 1000000, such as "1 system ready")
+boardctl: --at: '1000001' (expected "TICK LINE" with a tick of 1 to 1000000, such as "1 system ready")
 boardctl: --at: '1 a\x0ab' (expected one line; use one --at for each)
-boardctl: --at: '1 00000000000000000000000000000000000000000000000000000000000000000000000000000000' (expected a line of at most 79 bytes: a board truncates longer ones)
+boardctl: --at: '1 00000000000000000000000000000000000000000000000000000000000000000000000000000000' (expected a line of at most 79 bytes: a board cuts longer ones in two)
 $ wrong leds send a ''
 boardctl: an empty word can't be sent
 $ for i in 'a b 0x10' "`printf '%070d' 0` b -12345678"; do wrong leds send $i; done

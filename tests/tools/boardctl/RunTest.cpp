@@ -143,7 +143,7 @@ temperature 'thermal': 41.500 degrees Celsius, maximum 85
 -- The line rings: its LED blinks for three seconds and then stops on its own.
 -- An alarm flashes for one tick.
 -- All LEDs light up for a second; their former patterns continue underneath.
--- The light stops, the system is ready.
+-- The rolling light stops.
 -- The power LED stops blinking: a command replaces the previous one of its group.
 -- The service button is pressed for half a second.
 -- That was the tour.

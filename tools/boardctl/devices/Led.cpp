@@ -162,8 +162,8 @@ unsigned stateOf(const std::vector<std::string>& action) {
                         (action.size() > 1 ? board::didYouMean(action[1], {"on", "off"}) : ""));
     if (action.size() > 1 || !isDigits(first))
         throw WrongCall("'" + first +
-                        "' is not an action (expected the state 0, 1 or 2, bi on, bi off, or blink "
-                        "COUNT PERIOD_MS)" +
+                        "' is not an action (expected 0, 1, 2, 'bi on', 'bi off' or 'blink COUNT "
+                        "PERIOD_MS')" +
                         board::didYouMean(first, {"bi", "blink"}));
     return number(first, "the state", OFF, SECOND_LIT);
 }

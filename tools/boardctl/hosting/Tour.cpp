@@ -121,7 +121,7 @@ private:
                command("An alarm flashes for one tick.", "alarm once", 400ms) &&
                command("All LEDs light up for a second; their former patterns continue underneath.",
                        "lamp test", 1300ms) &&
-               command("The light stops, the system is ready.", "search stop", 100ms) &&
+               command("The rolling light stops.", "search stop", 100ms) &&
                command("The power LED stops blinking: a command replaces the previous one of its "
                        "group.",
                        "system ready", 500ms);

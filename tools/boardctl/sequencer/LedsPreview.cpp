@@ -34,16 +34,15 @@ board::Result<board::LedLine> parseLine(const std::string& text) {
     const std::string tick = text.substr(0, blank);
     const unsigned value = isDigits(tick) ? String(tick.c_str()).toUInt() : 0;
     if (value < 1 || value > MOST_TICKS || blank == std::string::npos)
-        return board::Fault{"'" + text + "' (expected a tick of 1 to " +
-                            std::to_string(MOST_TICKS) +
-                            ", a blank and a command line in quotes, such as \"1 system ready\")"};
+        return board::Fault{"'" + text + "' (expected \"TICK LINE\" with a tick of 1 to " +
+                            std::to_string(MOST_TICKS) + ", such as \"1 system ready\")"};
     const std::string line = text.substr(blank + 1);
     if (line.find('\n') != std::string::npos)
         return board::Fault{"'" + text + "' (expected one line; use one --at for each)"};
     if (line.size() + 1 > board::MAX_LED_LINE)
         return board::Fault{"'" + text + "' (expected a line of at most " +
                             std::to_string(board::MAX_LED_LINE - 1) +
-                            " bytes: a board truncates longer ones)"};
+                            " bytes: a board cuts longer ones in two)"};
     return board::LedLine{value, line};
 }
 
