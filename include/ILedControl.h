@@ -33,14 +33,14 @@ public:
     virtual XCode getDescription(String& description) = 0;
 
     /// Reads the state of the LED; `status` is 0 on failure. A device that can be opened but holds
-    /// no number or can't be read counts as 0. For an LED on a bus, the kernel answers a write
-    /// before the chip has the state, so for some milliseconds the old one may be read.
+    /// no number or can't be read counts as 0. For an LED on a bus, a write returns before the
+    /// chip has the new state, so a read may return the old state for some milliseconds.
     virtual XCode getLedStatus(unsigned int& status) const = 0;
 
     /// Sets the state. While an overlay is on, it remembers the state instead and succeeds.
     ///
-    /// A kernel LED clamps a state above its maximum: one with a maximum of 1 has no second lit
-    /// state. One with a maximum of 255 is nearly dark in both.
+    /// A kernel LED clamps a state above its maximum. With a maximum of 1, states 1 and 2 are
+    /// therefore the same; with a maximum of 255, the LED is nearly dark in either state.
     virtual XCode setLedStatus(unsigned int status) = 0;
 
     /// Switches the bi-status overlay on (any value except 0) or off. On: remembers the current
@@ -56,10 +56,10 @@ public:
     /// turn, beginning with 1 after construction. Fails outside toggle mode.
     virtual XCode setLedToggleStatus(unsigned int status) = 0;
 
-    /// Turns toggle mode on and remembers the current state of the LED. If that state is 2, the
-    /// bi-status overlay counts as on, even if the LED is not capable; then nothing can turn the
-    /// overlay off again. Fails if toggle mode is already on. If the LED can't be read it fails
-    /// too, but toggle mode is on.
+    /// Turns toggle mode on and remembers the current state of the LED. If the LED shows 2, the
+    /// bi-status overlay counts as on instead. This also happens to an LED that is not capable, and
+    /// nothing can turn the overlay of such an LED off again. Fails if toggle mode is already on.
+    /// If the LED can't be read, the call fails too, but toggle mode is on.
     virtual XCode enableLedToggle() = 0;
 
     /// Writes 2 if the bi-status overlay was switched on with exactly 1, otherwise the remembered

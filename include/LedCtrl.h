@@ -58,8 +58,8 @@ public:
         std::int32_t group;    ///< above 0: first ends what the group's last row started
         /// Milliseconds, rounded up to whole ticks; 0 lasts until something else ends it. The time
         /// is converted to microseconds in unsigned 32-bit arithmetic that wraps: above about 71
-        /// minutes it comes out too short. A negative number becomes some other time, and its group
-        /// ends it only if it is a roll.
+        /// minutes it comes out too short. A negative number wraps to an arbitrary time, and its
+        /// group ends it only if it is a roll.
         std::int32_t timeMs;
         bool isDefault; ///< runs at each start and by ACTION_DEFAULTS
     };
@@ -102,8 +102,9 @@ public:
     /// The thread's body: opens the pipe and the files, runs the default rows, then ticks until the
     /// thread is stopped. Returns only if the tick is 0 microseconds, at once and with a failure.
     ///
-    /// After `stop()` the service can be started again. It closes what is still open before it
-    /// opens it again, and keeps its static states.
+    /// After `stop()` the service can be started again. A restart closes the pipe and the LED files
+    /// that are still open before it opens them again. LEDs that were steady or blinking without a
+    /// time stay so, unless a default row changes them.
     XCode runThread() override;
 
     /// Ends the thread, then closes the pipe and the LED files; the LEDs keep their state. A second
@@ -182,9 +183,10 @@ private:
     AccessMethod m_accessMethod;
 
 public:
-    /// The owner's switch; the service never sets it. While it is true, nothing is written, the
-    /// blink pattern is frozen and timed actions do not count down. The thread still reads the pipe
-    /// and runs commands; what they change shows once the switch is false again.
+    /// Suspends the LEDs while it is true. Only the owner sets it; the service never does.
+    /// Meanwhile nothing is written, the blink pattern is frozen and timed actions do not count
+    /// down. The thread still reads the pipe and runs commands; the LEDs show their effect once the
+    /// value is false again.
     std::atomic<bool> m_suspended;
 
 private:

@@ -33,7 +33,8 @@ public:
 
     /// Connects the channel and calls `onConnected`. On failure, closes the channel again and
     /// returns the failing status; a message in that status is also stored in `error`. An open
-    /// driver is closed first, so it can be opened again after its kernel driver came back.
+    /// driver is closed first, so calling `open` again reconnects it to a kernel driver that was
+    /// gone and has come back.
     virtual XCode open(String& error);
 
     /// Closes the channel, then calls `onDisconnected`. Does nothing if the driver is closed.

@@ -11,18 +11,20 @@ class TYRunnable;
 ///
 /// A thread can be ended only while it waits in `TYFile::open`, `TYFile::readOnce` or
 /// `TYThread::usleep`: the call does not return, the stack is unwound, and destructors run.
-/// Everywhere else it keeps running. While an `Undisturbed` protects a call into host code (a log
-/// sink, a message handler, an observer), the thread cannot be ended in the waits of that code
-/// either. Other code on such a thread must let unknown exceptions pass, and must not wait in a
-/// `noexcept` function or a destructor. (While the stack is unwound, a wait in a destructor returns
-/// early.)
+/// Everywhere else it keeps running. Code that runs on such a thread must therefore let unknown
+/// exceptions propagate, and must not wait in a `noexcept` function or a destructor. (While the
+/// stack is unwound, a wait in a destructor returns early.)
+///
+/// Host code (a log sink, a message handler, an observer) need not follow these rules: each call
+/// into it is protected by an `Undisturbed`, so the thread cannot be ended there, not even in a
+/// wait.
 ///
 /// Only the owner calls `start`, `detach` and the destructor, one at a time. Once `start` has
 /// returned, any thread, including this one, may call the other operations.
 ///
-/// Framework threads block all signals except those of faults, so the host receives its signals
-/// elsewhere. The framework uses SIGURG to interrupt a waiting thread; a host must not install a
-/// handler for it.
+/// Framework threads block all signals except those that report a fault, such as SIGSEGV, so the
+/// host receives its signals on its own threads. The framework uses SIGURG to interrupt a waiting
+/// thread; a host must not install a handler for it.
 class TYThread {
 public:
     /// `runnable` is not owned; null runs this object's own `runThread`. Does not start the thread.
@@ -40,7 +42,7 @@ public:
     virtual bool isAlive() const;
     /// The thread's handle within the process; 0 if no thread is running.
     virtual unsigned long getId() const;
-    /// The kernel's number of the thread; 0 if no thread is running.
+    /// The kernel's thread ID; 0 if no thread is running.
     virtual int getTid() const;
 
     /// Starts the thread. `name` replaces the constructor's name in the system's thread list; empty

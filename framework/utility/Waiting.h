@@ -7,9 +7,10 @@
 ///
 /// The stopping thread sets `stopRequested` and then sends SIGURG repeatedly until the thread has
 /// ended, because one signal may arrive just before the system call and be lost. The signal is
-/// blocked outside the one call that waits, so host code never sees an interrupted call. After a
-/// call that returns a descriptor, `stopRequested` is checked only once the descriptor has an
-/// owner; pthread_cancel would lose it.
+/// blocked outside the one call that waits, so host code never sees an interrupted call.
+///
+/// If the call returns a descriptor, the caller stores the descriptor before it checks for a stop,
+/// so the descriptor is not leaked. pthread_cancel could strike before it is stored.
 namespace waiting {
 
 /// Shared by a thread and the threads that stop it. Each run of a thread has a new one.
@@ -56,8 +57,8 @@ private:
 
 /// Runs `call`, a system call that returns -1 and sets errno on failure, and repeats it after each
 /// interruption. Ends the calling thread if it was asked to stop before the call succeeded; if the
-/// stack is being unwound, fails with EINTR instead. A caller that received a descriptor must close
-/// it before it calls `endIfStopped`.
+/// stack is being unwound, fails with EINTR instead. A caller that opened a descriptor must close
+/// it before calling `endIfStopped`, which may throw.
 template <class Call>
 auto interruptible(Call call) -> decltype(call()) {
     for (;;) {

@@ -10,8 +10,8 @@ namespace board {
 /// The name of an identifier: "ProductID", or "Tag5" if it has none.
 std::string tagName(BD::TagId id);
 
-/// A tag as people name it: its identifier, and its occurrence among the tags with that identifier,
-/// counted from 0.
+/// Names a tag by its identifier and its occurrence among the tags with that identifier, counted
+/// from 0.
 struct TagPlace {
     BD::TagId id = 0;
     unsigned index = 0;
@@ -39,16 +39,16 @@ Assignment parseAssignment(const std::string& word);
 
 TagType parseTagType(const std::string& word);
 
-/// An address that a board may have: six groups of two hexadecimal digits separated by colons; not
-/// multicast, broadcast or all zero. Returns the word unchanged.
+/// Checks that `word` is a MAC address that a board may have: six groups of two hexadecimal digits
+/// separated by colons; not multicast, broadcast or all zero. Returns the word unchanged.
 std::string parseMac(const std::string& word);
 
 /// A decimal number, or a hexadecimal one with 0x, up to `maximum`; `what` names it in the message.
 unsigned parseNumber(const std::string& word, unsigned maximum, const std::string& what);
 
-/// Appends the bytes that the pairs of hexadecimal digits encode to `bytes`. Returns npos on
-/// success; otherwise the position of the first character that is not a hexadecimal digit, or the
-/// end if half of a pair is missing.
+/// Decodes pairs of hexadecimal digits and appends the bytes to `bytes`. Returns npos on success;
+/// otherwise the position of the first character that is not a hexadecimal digit, or the length of
+/// `digits` if half of the last pair is missing.
 std::size_t decodeHex(const std::string& digits, std::string& bytes);
 
 /// The data as pairs of lower-case hexadecimal digits without blanks.
@@ -61,7 +61,7 @@ struct MacAddress {
 /// The address in the data; empty if the data is not 8 bytes long.
 std::optional<MacAddress> macOf(const BD::Tag& tag);
 
-/// The data as a text without the zero bytes at its end, because storing adds one to an odd length.
+/// The data as text, without zero bytes at the end: storing pads data of odd length with one.
 std::string textOf(const BD::Tag& tag);
 
 } // namespace board

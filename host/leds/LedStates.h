@@ -13,15 +13,16 @@
 
 namespace board {
 
-/// Determines what the LEDs of a board show, from their files, on its own thread.
+/// Watches what the LEDs of a board show. Its thread reads the LEDs' files.
 ///
-/// The kernel's LED files are read. In ordinary files the last byte written is the state. Pipes,
-/// which a simulated board uses, are drained so that they never fill up; if a file with the pipe's
-/// name and ".state" exists, the state is copied into it for other programs.
+/// A kernel LED's file begins with the state. In an ordinary file, the last byte written is the
+/// state. Pipes, which a simulated board uses, are drained so that they never fill up. If a file
+/// named after the pipe with ".state" appended exists, the state is copied into that file for other
+/// programs.
 class LedStates : private TYRunnable {
 public:
-    /// With `tellsChanges`, each change becomes an event. Without it, only pipes are read. Throws
-    /// Error if a thread can't be created.
+    /// With `tellsChanges`, each change becomes an event. Without it, only pipes are read, and the
+    /// states of other LEDs stay unknown. Throws Error if a thread can't be created.
     LedStates(const std::vector<Led>& leds, std::uint32_t tickMs, bool tellsChanges,
               EventQueue& events);
     ~LedStates() override;

@@ -3,8 +3,9 @@
 
 usage: run.py FOLDER [--without DEVICE]... [--devices-only]
 
-Three boots share one EEPROM, a file on this machine, so a boot can read what the one before wrote.
-Tests reach things outside the board through requests on the console, which are answered there:
+Three boots share one EEPROM, a file on this machine, so a boot can read what the previous one
+wrote. A test that needs something outside the board prints a request on the console. This program
+sends the answer back over the console:
 
     @SET OBJECT PROPERTY VALUE    sets a property of the emulated machine, VALUE as JSON
     @GET OBJECT PROPERTY          answers with its value as JSON
@@ -69,8 +70,8 @@ class Machine:
         self._log.close()
 
     def lines(self):
-        """Yields the console's lines until the machine is off and answers requests. Throws Failure
-        if that takes too long."""
+        """Yields the console's lines until the machine is off, and answers the requests in them.
+        Throws Failure if that takes more than LIMIT seconds."""
         end = time.monotonic() + LIMIT
         rest = b""
         self._command("qmp_capabilities")
@@ -144,7 +145,7 @@ class Results:
         self.output.append(line)
 
     def _judge(self, program, status):
-        """Counts the tests of a program that has ended and prints what those that failed printed."""
+        """Counts the tests of a program that has ended; prints the output of those that failed."""
         passed, failed = 0, []
         for test in re.split(r"^\[ RUN +\] ", "\n".join(self.output), flags=re.M)[1:]:
             result = re.search(r"^\[ +(OK|FAILED|SKIPPED) +\] .* \(\d+ ms\)$", test, re.M)
@@ -162,7 +163,7 @@ class Results:
 
 
 def make_machine(folder, without):
-    """The device tree of this run, and an erased EEPROM."""
+    """Creates the device tree of this run and an erased EEPROM."""
     (folder / "machine.dtb").write_bytes((folder / "board.dtb").read_bytes())
     for node in NODES:
         if node in without:
@@ -176,7 +177,7 @@ def main():
     parser.add_argument("--without", action="append", default=[], choices=[*CHIPS, *NODES])
     parser.add_argument("--devices-only", action="store_true", help="leave out the tests that need no device")
     options = parser.parse_args()
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # so that the machine is ended too
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # so that the machine is stopped too
     make_machine(options.folder, options.without)
     results = Results()
     start = time.monotonic()
