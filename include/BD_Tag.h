@@ -17,26 +17,26 @@ struct BOARD_API Tag {
     /// memory runs out, the tag is left empty.
     XCode setData(const TString<char>& bytes);
 
-    /// The same for `n` bytes. If `bytes` is null the data becomes empty but `length` still becomes
-    /// `n`, so `length` may exceed the data: numbers and addresses count the missing bytes as 0,
-    /// texts and dumps end where the data ends.
+    /// The same for the `n` bytes at `bytes`. If `bytes` is null, the data becomes empty but
+    /// `length` becomes `n`. Numbers and addresses then read the missing bytes as 0; texts and
+    /// dumps end where the data ends.
     XCode setData(const char* bytes, unsigned n);
 
     ///@{
-    /// The number if `length` is what the type needs (1, 2, 4), otherwise 0.
+    /// The data as a number if `length` is the width of the type (1, 2 or 4 bytes), otherwise 0.
     char getDataChar() const;
     unsigned short getDataUInt16() const;
     unsigned long getDataUInt32() const;
     ///@}
-    /// The number for a `length` of 1, 2 or 4, otherwise 0.
+    /// The data as a number if `length` is 1, 2 or 4, otherwise 0.
     unsigned getDataUInt() const;
 
     /// Sets `out` to the first `length` bytes, or to the whole data if it is shorter, and returns
-    /// it.
+    /// `out`.
     String& getDataString(String& out) const;
 
     /// Sets `out` to the data in lower-case hexadecimal pairs separated by blanks ("0a 1b ff"), and
-    /// returns it.
+    /// returns `out`.
     String& getDataAsHexString(String& out) const;
 
     TagId id;            ///< what the tag means; 0 for a terminator

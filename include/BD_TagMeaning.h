@@ -7,13 +7,13 @@ namespace BD {
 /// How a tag's data is read and shown.
 enum class TagKind {
     BYTES,      ///< anything; shown as a byte dump
-    MAC,        ///< six address bytes, then the interface number in two
+    MAC,        ///< six bytes of address, then two bytes of interface number
     IPV4,       ///< four address bytes
     TEXT,       ///< a text of any length
     UPPER_TEXT, ///< a text that is shown in upper case
     NUMBER,     ///< a 32-bit number, shown in decimal
     HEX_NUMBER, ///< a 32-bit number, shown in hexadecimal
-    PRODUCT,    ///< the platform identifier in two bytes, then the product identifier in two
+    PRODUCT,    ///< two bytes of platform identifier, then two bytes of product identifier
     OBSOLETE,   ///< no longer used; shown as a byte dump
     HIDDEN      ///< left out of the report
 };
@@ -23,14 +23,14 @@ struct TagMeaning {
     TagId first;      ///< the lowest identifier
     TagId last;       ///< the highest identifier
     TagKind kind;     ///< how the data is read and shown
-    unsigned size;    ///< the number of data bytes that the kind needs; 0 if any number will do
+    unsigned size;    ///< the number of data bytes that the kind needs; 0 for any number
     bool isSingle;    ///< a second tag with the same identifier is a mistake
     const char* name; ///< null if the identifiers have no name
 };
 
-/// The identifiers that the library knows, in ascending order. On a Linux host `TAG_ID_TO_STRING`
-/// returns these names, and "Tag<id>" for identifiers without one. A board's own framework may name
-/// more of them.
+/// The identifiers that the library knows, in ascending order. On an ordinary Linux machine,
+/// `TAG_ID_TO_STRING` returns these names, or "Tag<id>" for an identifier without a name. A board's
+/// own framework may name more identifiers.
 inline constexpr TagMeaning TAG_MEANINGS[] = {
     {1, 1, TagKind::MAC, 8, false, "MacAddress"},
     {2, 2, TagKind::IPV4, 4, true, nullptr},
@@ -65,8 +65,8 @@ inline constexpr TagMeaning TAG_MEANINGS[] = {
     {0x801A, 0x801A, TagKind::BYTES, 0, false, "SipLegs"},
 };
 
-/// The meaning of `id`. An identifier that the library does not know has bytes of any number and
-/// may be repeated.
+/// The meaning of `id`. An unknown identifier has data of kind BYTES and any size, and may be
+/// repeated.
 constexpr TagMeaning meaningOf(TagId id) {
     for (const TagMeaning& meaning : TAG_MEANINGS)
         if (meaning.first <= id && id <= meaning.last)

@@ -1,5 +1,5 @@
 #pragma once
 
-/// Marks what the library exports; everything else in it is hidden. `abi/exports.txt` lists the
-/// exported names.
+/// Marks the classes and functions that the library exports; its other symbols are hidden.
+/// `abi/exports.txt` lists the exported names.
 #define BOARD_API __attribute__((visibility("default")))

@@ -11,10 +11,10 @@
 /// The board descriptor's driver: the tag list in memory, its image in a device file, and two
 /// reports.
 ///
-/// An image is a sequence of chunks from byte 0, with big-endian numbers: identifier (2 bytes),
-/// length of the whole chunk (2 bytes, at least 4), data. Identifier 0x0000 or 0xFFFF ends it. The
-/// writer pads data of odd length with one zero byte and counts it, so such a tag reads back one
-/// byte longer.
+/// An image is a sequence of chunks from byte 0. A chunk consists of an identifier (2 bytes), the
+/// length of the whole chunk (2 bytes, at least 4) and data. Numbers are big-endian. Identifier
+/// 0x0000 or 0xFFFF ends the image. The writer pads data of odd length with a zero byte and
+/// includes that byte in the length, so such a tag reads back one byte longer.
 ///
 /// The order of the virtual operations is part of the binary interface.
 class BOARD_API CBoardDescr : public TDriver<CDriver, IBoardDescr, IInfo> {
@@ -23,18 +23,18 @@ public:
     using TagList = VELM_List<BD::Tag>;
 
     ///@{
-    /// Failure texts; the first is a format for the identifier and its name.
+    /// Error texts. The first is a printf format for the identifier and its name.
     static constexpr char ERR_TAG_NOT_FOUND[] = "ERR TAG '%d:=%s' NOT FOUND";
     static constexpr char ERR_WRONG_TAG_SIZE[] = "ERR WRONG TAG SIZE";
     static constexpr char ERR_MAC_TOO_LONG[] = "ERR MAC TOO LONG";
     ///@}
 
-    /// An empty list without a device: `readBD` and `writeBD` fail without a text.
+    /// Creates an empty list without a device: `readBD` and `writeBD` fail without a text.
     CBoardDescr();
 
-    /// An empty list bound to the device file `devicePath`, which is not copied and must outlive
-    /// the object. The file is read `readChunk` bytes at a time; an image must be smaller than
-    /// `deviceSize` bytes.
+    /// Creates an empty list bound to the device file `devicePath`. The path is not copied and must
+    /// outlive the object. The file is read `readChunk` bytes at a time. An image is written only
+    /// if it is smaller than `deviceSize` bytes.
     CBoardDescr(const char* devicePath, unsigned readChunk, unsigned deviceSize);
     ~CBoardDescr() override;
 
@@ -64,8 +64,8 @@ public:
     XCode getPlatformID(unsigned& id, String& error) override;
     XCode getProductID(unsigned& id, String& error) override;
 
-    /// The report for people: a header row and, two levels deeper, a row per tag, formatted by what
-    /// the tag means. A malformed tag shows in its row.
+    /// The report for people: a header row and, two levels deeper, the rows of the tags, formatted
+    /// by what each tag means. A malformed tag does not end the report.
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
 
@@ -80,14 +80,14 @@ public:
     /// keeps its descriptor elsewhere overrides this and `writeRawBD`.
     virtual XCode readRawBD(TString<char>& image, String& error);
 
-    /// Writes `image` to the start of the device file in one call; the bytes after it stay. Fails
-    /// without a text if there is no device, and without touching the device if the image is not
-    /// smaller than it. A short write goes unnoticed: an EEPROM smaller than `deviceSize` keeps
-    /// what fits.
+    /// Writes `image` to the start of the device file in one call; the device's bytes after the
+    /// image do not change. Fails without a text if there is no device. If the image is not smaller
+    /// than `deviceSize`, fails without opening the device. A short write is not detected: if the
+    /// EEPROM is smaller than the image, it stores what fits, and the call succeeds.
     virtual XCode writeRawBD(const TString<char>& image, String& error);
 
-    /// The tag in the list, or null with a text in `error`. Valid until the tag is removed or a
-    /// list is loaded.
+    /// Returns the tag in the list, or null with a text in `error`. The pointer is valid until the
+    /// tag is removed or a list is loaded.
     BD::Tag* getTag(BD::TagId id, unsigned index, String& error);
 
     /// The position of occurrence `index` of `id`, or the end.
@@ -98,19 +98,20 @@ public:
     /// All tags in order, read-only.
     const TagList& getTags() const { return m_tags; }
 
-    /// Reads any tag as an address record: six address bytes, then the interface number in two.
-    /// Fails without a text and leaves the outputs alone if the tag is not 8 bytes long.
+    /// Reads `tag` as a MAC address, whatever its identifier: six bytes of address, then two bytes
+    /// of interface number. If the tag is not 8 bytes long, fails and leaves the outputs unchanged.
     XCode getMacAddr(const BD::Tag& tag, String& mac, unsigned& iface) const;
 
     /// Replaces the list with the tags of `image`. A terminator becomes a last tag with identifier
-    /// 0 and no data. Fails with "CORRUPTED BOARD DESCRIPTOR: ..." and the position, and keeps the
-    /// tags before it. If std::bad_alloc is thrown, the list is unchanged, or holds the tags before
-    /// the one that there was no memory for.
+    /// 0 and no data. If the image is corrupt, fails with "CORRUPTED BOARD DESCRIPTOR: ..." and the
+    /// position of the fault; the list then holds the tags before the fault. If std::bad_alloc is
+    /// thrown, the list is unchanged or holds the tags before the one for which memory ran out.
     XCode importBD(const TString<char>& image, String& error);
 
-    /// Appends the list's image to `image`; adds no terminator. Always succeeds; if std::bad_alloc
-    /// is thrown, `image` is unchanged. A tag that exceeds the limits of the image (see
-    /// IBoardDescr) is written with the low 16 bits of its length and can't be read back.
+    /// Appends the list's image to `image`, without adding a terminator. Always returns success; if
+    /// std::bad_alloc is thrown, `image` is unchanged. Identifiers and chunk lengths are written
+    /// with their low 16 bits only, so a tag that exceeds the limits of the image (see IBoardDescr)
+    /// does not read back as it was.
     XCode exportBD(TString<char>& image, String& error);
 
 private:

@@ -13,7 +13,7 @@ public:
     static const VELM_UUID& CID();
 
     /// `driverName` is the name in the repository, `endpointName` the kernel driver's name on the
-    /// message channel; both are copied. Nothing is contacted until `open`.
+    /// message channel; both are copied. Does not contact the kernel driver.
     CFanControl(IDriverRepository* repository, const String& driverName,
                 const String& endpointName);
 

@@ -13,7 +13,7 @@ public:
     static const VELM_UUID& CID();
 
     /// `driverName` is the name in the repository, `endpointName` the kernel driver's name on the
-    /// message channel; both are copied. Nothing is contacted until `open`.
+    /// message channel; both are copied. Does not contact the kernel driver.
     CLedControl(IDriverRepository* repository, const String& driverName,
                 const String& endpointName);
 
@@ -32,8 +32,8 @@ public:
     XCode enableLedToggle() override;
     XCode disableLedToggle() override;
 
-    /// Writes the device file, whatever overlay is on. Success does not mean that the device
-    /// accepted the state.
+    /// Writes `status` to the device file, even while an overlay is on. Success does not mean that
+    /// the device accepted the state.
     XCode realSetLedStatus(unsigned int status);
 
 private:

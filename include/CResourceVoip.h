@@ -8,34 +8,35 @@
 #include "TDriver.h"
 #include "TYPPtr.h"
 
-/// The VoIP capacity driver: determines the figures once from the board descriptor and the
-/// preferences, then only returns them. Abstract: a board's subclass supplies the figure that its
-/// descriptor may lack.
+/// The VoIP capacity driver. `setup` determines the figures from the board descriptor and the
+/// preferences; the other operations only return them. Abstract: a board's subclass supplies the
+/// default number of SIP legs, because a descriptor may lack it.
 ///
-/// `setup` runs on one thread before clients ask for the figures, which are read without a lock. To
-/// determine them again later, hold `getLock()` around `setup` and have the clients hold it too.
-/// The order of the virtual operations is part of the binary interface.
+/// Clients read the figures without a lock, so call `setup` before any client can ask for them. To
+/// call it again later, hold `getLock()` around the call and have the clients hold it too. The
+/// order of the virtual operations is part of the binary interface.
 class BOARD_API CResourceVoip : public TDriver<CDriver, IResourceVoip, IInfo> {
 public:
-    /// In border-controller mode, a descriptor without a figure for SIP legs means 0.
+    /// In border-controller mode, a board whose descriptor does not state its SIP legs has 0.
     explicit CResourceVoip(bool borderController);
     ~CResourceVoip() override;
 
-    /// Determines the figures. Asks the process's repository for "board-descr-driver", reads its
-    /// tags 0x800E (DSP channels; unknown if 0 or missing) and 0x801A (SIP legs; if missing,
-    /// `getDefaultSipLegs`, or 0 in border-controller mode), and lets the preferences override
-    /// both. May be called again, and then starts over. If there is no such driver, it returns the
-    /// repository's status, puts "FAILED TO GET BOARD-DESCRIPTOR-DRIVER INTERFACE" into `error` and
-    /// changes nothing.
+    /// Determines the figures anew at each call. Gets "board-descr-driver" from the process's
+    /// repository and reads two of its tags: 0x800E, the DSP channels (unknown if 0 or unreadable),
+    /// and 0x801A, the SIP legs (if unreadable, `getDefaultSipLegs`, or 0 in border-controller
+    /// mode). Preferences override both. If there is no such driver, returns the repository's
+    /// status, puts "FAILED TO GET BOARD-DESCRIPTOR-DRIVER INTERFACE" into `error` and changes
+    /// nothing.
     ///
     /// Holds the repository's lock for the lookup and the descriptor's lock for each read, never
-    /// two at a time.
+    /// both at once.
     virtual XCode setup(String& error);
 
     unsigned getDspChannelCount() const override;
     unsigned getSipLegCount() const override;
 
-    /// A header row "VoIP Resource" and, one level deeper, the two figures and the two modes.
+    /// A header row "VoIP Resource" and, one level deeper, the two figures, then whether the board
+    /// transcodes and whether it is in border-controller mode.
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
 

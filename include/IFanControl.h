@@ -4,29 +4,30 @@
 #include "IUnknown.h"
 #include "String.h"
 
-/// The board's fan, in four coarse speeds. Every operation except `isValid` returns a status; a
+/// The board's fan, with four coarse speeds. Every operation except `isValid` returns a status; a
 /// failure has code -1 and no text.
 ///
 /// No operation takes a lock. Hold `getLock()` around calls on a driver that several threads share,
-/// and around `open` while clients use the driver: it replaces the path and the maximum.
+/// and around `open` while clients use the driver, because `open` replaces the path and the
+/// maximum.
 class BOARD_API IFanControl : public IUnknown {
 public:
     static const VELM_UUID& IID();
 
-    /// The comments state what is written for each speed, and the lowest number in the device that
-    /// reads back as that speed. `maximum` is the kernel driver's; all divisions are integer
-    /// divisions, done from left to right.
+    /// Each comment states the number that is written for the speed, and the lowest number in the
+    /// device that reads back as it. `maximum` is the one that the kernel driver reported.
+    /// Divisions are integer divisions, done from left to right.
     ///
     /// A speed can read back as another: with a maximum of 11, HIGH writes 6, which reads back as
     /// FULL. With a maximum below 6 every number reads back as FULL.
     enum FanSpeed : int {
-        FAN_SPEED_FULL = 0, ///< writes maximum; from 5 * (maximum / 6)
-        FAN_SPEED_HIGH = 1, ///< writes maximum / 3 * 2; from 3 * (maximum / 6)
-        FAN_SPEED_LOW = 2,  ///< writes maximum / 3; from maximum / 6
-        FAN_SPEED_OFF = 3,  ///< writes 0
+        FAN_SPEED_FULL = 0, ///< writes maximum; reads back from 5 * (maximum / 6)
+        FAN_SPEED_HIGH = 1, ///< writes maximum / 3 * 2; reads back from 3 * (maximum / 6)
+        FAN_SPEED_LOW = 2,  ///< writes maximum / 3; reads back from maximum / 6
+        FAN_SPEED_OFF = 3,  ///< writes 0; reads back from 0
     };
 
-    /// Whether the driver has ever been connected and its device file could be opened.
+    /// Whether the driver has ever connected and could then open its device file.
     virtual bool isValid() = 0;
 
     /// The kernel driver's description of the fan; "" before the driver is connected. Always
@@ -43,12 +44,12 @@ public:
     /// is not valid.
     virtual XCode getFanSpeed(FanSpeed& speed) = 0;
 
-    /// Sets the speed as a record of 16 bytes; a value outside the enumeration writes the maximum.
-    /// Fails if the driver is not valid or the device file can't be opened; the request is
-    /// remembered anyway.
+    /// Sets the speed by writing a record of 16 bytes. A value outside the enumeration writes the
+    /// maximum. Fails if the driver is not valid or the device file can't be opened; even then,
+    /// `getFanSpeed` returns the requested speed.
     ///
     /// Success does not mean that the device accepted the value: call `getActualFanSpeed` to find
-    /// out. A pwm file of the kernel rejects every value until its enable file holds 1, and always
-    /// rejects values above 255.
+    /// out. A kernel pwm file rejects every value until its enable file holds 1, and always rejects
+    /// values above 255.
     virtual XCode setFanSpeed(FanSpeed speed) = 0;
 };

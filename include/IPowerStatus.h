@@ -8,12 +8,12 @@
 /// -1 and no text.
 ///
 /// No operation takes a lock. Hold `getLock()` around calls on a driver that several threads share,
-/// and around `open` while clients use the driver: it replaces the path.
+/// and around `open` while clients use the driver, because `open` replaces the path.
 class BOARD_API IPowerStatus : public IUnknown {
 public:
     static const VELM_UUID& IID();
 
-    /// Whether the driver has ever been connected and its device file could be opened.
+    /// Whether the driver has ever connected and could then open its device file.
     virtual bool isValid() = 0;
 
     /// The kernel driver's description of the supply; "" before the driver is connected. Always

@@ -5,17 +5,18 @@
 
 /// How much VoIP work the board can carry.
 ///
-/// No operation takes a lock. The figures change only when the host determines them. If it may do
-/// so again while several threads share the driver, host and clients hold `getLock()` around their
-/// calls.
+/// No operation takes a lock. The figures change only when the host determines them. If the host
+/// may do that again while clients on other threads use the driver, host and clients must hold
+/// `getLock()` around their calls.
 class BOARD_API IResourceVoip : public IUnknown {
 public:
     static const VELM_UUID& IID();
 
-    /// DSP channels; 4294967295 (0xFFFFFFFF) if the board does not state them, 0 before the host
-    /// has determined them.
+    /// The number of DSP channels: 0xFFFFFFFF if the board does not state it, 0 before the host has
+    /// determined the figures.
     virtual unsigned getDspChannelCount() const = 0;
 
-    /// Call legs that the board may hold at once; 0 before the host has determined the figures.
+    /// The number of call legs that the board may hold at once; 0 before the host has determined
+    /// the figures.
     virtual unsigned getSipLegCount() const = 0;
 };

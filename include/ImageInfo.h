@@ -4,13 +4,14 @@
 #include "String.h"
 #include "XCode.h"
 
-/// The version of the installed firmware image, read from a small text file that its build wrote.
+/// The version of the installed firmware image, read from a small text file that the build of the
+/// image wrote.
 ///
-/// One object may be used by one thread at a time. The order of the members is part of the binary
+/// Only one thread at a time may use an object. The order of the members is part of the binary
 /// interface.
 class BOARD_API ImageInfo {
 public:
-    /// `path` is the information file, copied; nothing is read yet.
+    /// `path` names the information file. The path is copied; the file is not read yet.
     explicit ImageInfo(const String& path);
     virtual ~ImageInfo();
 
@@ -19,8 +20,8 @@ public:
     /// of 126 bytes; the last of them may be the newline alone. A member whose line is missing
     /// keeps its value. A directory counts as an empty file.
     ///
-    /// If the file can't be opened, it fails with code -1, puts "OPEN '%s' FAILED" with the path
-    /// into `error` and changes no member. Success leaves `error` alone.
+    /// If the file can't be opened, fails with code -1, puts "OPEN '%s' FAILED" with the path into
+    /// `error` and changes no member. Success leaves `error` alone.
     XCode init(String& error);
 
 private:
@@ -38,14 +39,14 @@ public:
     String line8;
     ///@}
 
-    /// "<line 1>-<line 7>/<line 3>" for the kind of build "Branch", "<line 1>/<line 3>" for "Test",
-    /// line 1 alone for any other.
+    /// "<line 1>-<line 7>/<line 3>" if line 2 is "Branch", "<line 1>/<line 3>" if it is "Test",
+    /// otherwise line 1 alone.
     String versionString;
 };
 
-/// Reads the number at the start of a small file, such as an attribute file of the kernel: decimal,
-/// hexadecimal after 0x or octal after 0, with an optional sign, after any white space. It is
-/// clamped to -2147483648..2147483647. Only the first 10 bytes are read; if they hold no number, it
-/// succeeds and leaves `value` alone. Fails with code -1 and no text, and leaves `value` alone, if
-/// the file can't be opened or read, or is empty. Any thread may call it.
+/// Reads the number at the start of a small file, such as a kernel attribute file. White space and
+/// a sign may precede the number. It is hexadecimal after 0x, octal after 0, otherwise decimal, and
+/// is clamped to -2147483648..2147483647. Only the first 10 bytes are read; if they hold no number,
+/// the call succeeds and leaves `value` unchanged. If the file is empty or can't be opened or read,
+/// fails with code -1 and no text, and leaves `value` unchanged. Any thread may call this function.
 BOARD_API XCode readValueFromFile(const String& path, int& value);

@@ -10,18 +10,19 @@
 #include "TYThread.h"
 
 /// An LED sequencer on a thread of its own. It shows steady, blinking, flashing, timed and rolling
-/// patterns from a table of commands; lines of text in the named pipe "/tmp/evt.fifo" start them.
+/// patterns, which the rows of a command table define. A line of text written to the named pipe
+/// "/tmp/evt.fifo" runs a row.
 ///
-/// A line has two words and a number, such as `system boot 0`; a missing number is 0. Once per tick
-/// the service reads at most 80 bytes of lines, and the commands in them show from the next tick
-/// on. A line that is split between two reads becomes two lines. A line that matches no row of the
-/// table is dropped.
+/// A line has two words and a number, such as `system boot 0`; a missing number is 0. Once per
+/// tick, the service reads at most 80 bytes from the pipe; the LEDs show the effect from the next
+/// tick on. A line that continues in the next read becomes two lines. A line that matches no row of
+/// the table is dropped.
 ///
 /// The caller owns both tables and the texts in them; they must outlive the object. The service
-/// logs under "DB_FRAMEWORK", errors at level 3 and traces at level 7. No failure ends it: without
-/// a pipe it still shows its defaults, and without one LED's file it still drives the other LEDs.
-/// Files are opened once per start, so an LED whose driver was removed and came back is not driven
-/// until the next start.
+/// logs under "DB_FRAMEWORK", errors at level 3 and traces at level 7. No failure ends the service:
+/// without a pipe it still shows its defaults, and without one LED's file it still drives the other
+/// LEDs. Files are opened once per start, so an LED whose driver was removed and came back is not
+/// driven until the next start.
 ///
 /// One thread, the owner's, creates, stops, starts, shuts down and releases the object. Everything
 /// else happens on the thread "led", which the constructor starts. The order of virtual operations
@@ -40,7 +41,7 @@ public:
         ACTION_DEFAULTS = 7,  ///< ends all actions and runs the default rows
     };
 
-    /// What to do with the LEDs' state in each tick. Any other value is kept and logged in every
+    /// What to do with the state of the LEDs in each tick. Any other value logs an error in every
     /// tick.
     enum AccessMethod : int {
         ACCESS_FILES = 0, ///< write "1" or "0" to each LED's file
@@ -55,18 +56,18 @@ public:
         std::int32_t number;   ///< the line's third token must be this number
         std::uint32_t ledMask; ///< bit i is LED i
         std::int32_t action;   ///< an ActionKind
-        std::int32_t group;    ///< above 0: first ends what the group's last row started
-        /// Milliseconds, rounded up to whole ticks; 0 lasts until something else ends it. The time
-        /// is converted to microseconds in unsigned 32-bit arithmetic that wraps: above about 71
-        /// minutes it comes out too short. A negative number wraps to an arbitrary time, and its
-        /// group ends it only if it is a roll.
+        std::int32_t group;    ///< if above 0, first ends what the group's last row started
+        /// The duration in milliseconds, rounded up to whole ticks; 0 means until something else
+        /// ends the action. It is converted to microseconds in 32 bits, so a duration above about
+        /// 71 minutes wraps and becomes too short. A negative number wraps to an arbitrary
+        /// duration; another row of the group then ends the action only if it is a roll.
         std::int32_t timeMs;
-        bool isDefault; ///< runs at each start and by ACTION_DEFAULTS
+        bool isDefault; ///< the row runs at each start and by ACTION_DEFAULTS
     };
 
     /// A row of the file table. If several rows have the same mask, the last one counts.
     struct FileNameMap {
-        std::int32_t ledMask; ///< the LED; if it has several bits, any of them lights it
+        std::int32_t ledMask; ///< the LED's bit; if there are several, any of them lights it
         /// A file that accepts "1" and "0"; not null. "1" is full brightness if the LED's maximum
         /// is 1, and almost dark if it is 255.
         const char* fileName;
@@ -87,20 +88,21 @@ public:
     };
 
     /// Starts the service. `tickMs` is the pause between two ticks in milliseconds. It is converted
-    /// to microseconds in 32 bits; if that yields 0, the object logs an error and stays idle. It
-    /// also stays idle, silently, if no thread can be created.
+    /// to microseconds in 32 bits; if that yields 0, the constructor logs an error and starts no
+    /// thread. If the thread can't be created, the constructor logs nothing and the LEDs stay as
+    /// they are.
     ///
     /// A blink period has 33 ticks: tick i shows bit i of `blinkPattern`, and the last tick shows
     /// bit 31 again. The pattern is first loaded after 32 ticks; until then nothing blinks.
     LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files,
             unsigned fileCount, AccessMethod method, unsigned tickMs, unsigned blinkPattern);
 
-    /// Ends the thread. It closes nothing: without a `shutdown` before, the descriptors of the pipe
-    /// and of the LED files stay open for the life of the process.
+    /// Ends the thread but closes nothing. Unless `shutdown` was called before, the descriptors of
+    /// the pipe and of the LED files stay open for the life of the process.
     ~LedCtrl() override;
 
     /// The thread's body: opens the pipe and the files, runs the default rows, then ticks until the
-    /// thread is stopped. Returns only if the tick is 0 microseconds, at once and with a failure.
+    /// thread is stopped. Returns only if the tick is 0 microseconds: immediately, with a failure.
     ///
     /// After `stop()` the service can be started again. A restart closes the pipe and the LED files
     /// that are still open before it opens them again. LEDs that were steady or blinking without a
@@ -110,7 +112,7 @@ public:
     /// Ends the thread, then closes the pipe and the LED files; the LEDs keep their state. A second
     /// call does nothing. On the LED thread, which would wait for itself, it only logs an error.
     ///
-    /// The files are forgotten: a service that is started again drives no LED.
+    /// The list of LED files is cleared, so a service that is started again drives no LED.
     ///
     /// Each start leaves one writing descriptor of the pipe open for the life of the process, so
     /// that readers always have a writer.
@@ -179,14 +181,14 @@ private:
     const CmdDef* m_commands;
     std::uint32_t m_commandCount;
     std::uint32_t m_tickUs;
-    std::map<std::int32_t, FileDesc> m_files; // by mask: the order of opening and writing
+    std::map<std::int32_t, FileDesc> m_files; // keyed by mask; opened and written in this order
     AccessMethod m_accessMethod;
 
 public:
-    /// Suspends the LEDs while it is true. Only the owner sets it; the service never does.
-    /// Meanwhile nothing is written, the blink pattern is frozen and timed actions do not count
-    /// down. The thread still reads the pipe and runs commands; the LEDs show their effect once the
-    /// value is false again.
+    /// While this is true, the LEDs are suspended: nothing is written to them, the blink pattern is
+    /// frozen and timed actions do not count down. The thread still reads the pipe and runs
+    /// commands; the LEDs show the effect once the value is false again. Only the owner sets it;
+    /// the service never does.
     std::atomic<bool> m_suspended;
 
 private:

@@ -10,11 +10,11 @@
 /// Watches the board's service button and tells an observer when it is pressed and how long it was
 /// held.
 ///
-/// The button's driver provides a text file, a character device or a pipe, whose read waits for the
-/// next message: a text that begins with "pressed" or "released". The thread "Button Thread" opens
-/// the file, reads one message, closes the file and starts over without a pause, so a file whose
-/// read does not wait keeps the processor busy. Failures are reported to the event monitor
-/// `MON_EVENT` at level 3.
+/// The button's driver provides a file (a character device or a pipe). A read of the file waits for
+/// the next message, a text that begins with "pressed" or "released". The thread "Button Thread"
+/// opens the file, reads one message, closes the file and starts over without a pause, so a file
+/// whose read does not wait would keep the processor busy. Failures are reported to the event
+/// monitor `MON_EVENT` at level 3.
 ///
 /// The order of members and of virtual operations is part of the binary interface. The owner calls
 /// `start` and the destructor on one thread, never on the button's own. A class that overrides
@@ -47,17 +47,18 @@ public:
     /// Stops the thread.
     ~ServiceButton() override;
 
-    /// Starts the thread; after its end it can be started again. If it is running already or can't
-    /// be created, returns the thread's failure and sets `error` to "START THREAD FAILED". Success
-    /// leaves `error` unchanged.
+    /// Starts the thread, which can be started again after it has ended. If the thread is already
+    /// running or can't be created, returns the thread's failure and sets `error` to "START THREAD
+    /// FAILED". Success leaves `error` unchanged.
     XCode start(String& error);
 
     /// Ends the thread and waits until it has ended; a message that has been read is handled first.
-    /// Reports nothing. May be called on any thread, before `start` and more than once. On the
-    /// button's own thread it only requests the end: the thread ends after the observer returns.
+    /// Sends nothing to the event monitor. May be called on any thread, before `start` and more
+    /// than once. On the button's own thread it only requests the end: the thread ends after the
+    /// observer returns.
     XCode stop();
 
-    /// The thread's body. Returns only after a file error, which it does not retry: reports "FAILED
+    /// The thread's body. Returns only after a file error. It does not retry, but reports "FAILED
     /// TO OPEN BUTTON FILE: %s", "FAILED TO READ FROM BUTTON FILE: %s" or "FAILED TO CLOSE BUTTON
     /// FILE: %s" with the path and returns the failing status.
     XCode runThread() override;

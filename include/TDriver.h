@@ -6,19 +6,20 @@
 
 class TYLock;
 
-/// What all drivers share: query, reference count and lock, for a driver that adds `Interfaces` to
-/// the framework's base `Base`. A driver class derives from this and holds only its own operations.
+/// Implements what all drivers share: query, reference count and lock. `Base` is the framework's
+/// base class of the driver, and `Interfaces` are what the driver adds to it. A driver class
+/// derives from this one and contains only its own operations.
 ///
-/// Every interface inherits IUnknown separately, so each of its operations must be overridden once
-/// for all of them. The order of the bases is part of the binary interface.
+/// Every interface inherits IUnknown separately. This class overrides the operations of IUnknown
+/// once for all interfaces. The order of the bases is part of the binary interface.
 template <class Base, class... Interfaces>
 class BOARD_API TDriver : public Base, public Interfaces... {
 public:
     using Base::Base;
 
     /// Lets `Base` answer first and returns its success unchanged. Otherwise tries `Interfaces` in
-    /// the order given. If none matches, it stores null and returns the plain failure; the failure
-    /// of `Base` is dropped.
+    /// the order given. If none matches, stores null and returns a failure with code -1 and no
+    /// text, whatever `Base` returned.
     XCode queryInterface(const VELM_UUID& iid, void** object) override {
         XCode status = Base::queryInterface(iid, object);
         if (status.isSuccess())
@@ -31,14 +32,15 @@ public:
     }
 
     ///@{
-    /// The base's, shared by all interfaces.
+    /// These call the operation of `Base`, so all interfaces share one count and one lock.
     unsigned addRef() override { return Base::addRef(); }
     unsigned release() override { return Base::release(); }
     TYLock* getLock() override { return Base::getLock(); }
     ///@}
 
 private:
-    /// Returns this object as `Interface` if `iid` identifies that interface.
+    /// Returns whether `iid` identifies `Interface`. If so, stores this object as that interface in
+    /// `*object`, with a new reference, unless `object` is null.
     template <class Interface>
     bool offer(const VELM_UUID& iid, void** object) {
         if (iid != Interface::IID())

@@ -6,36 +6,37 @@
 #include "TDriver.h"
 
 /// What this library's kernel-backed drivers have in common; `Interface` is the interface that a
-/// driver adds to those of the framework. At connection it asks the kernel driver for the path of a
-/// device file and a description. After that, every operation opens the file, reads or writes one
-/// decimal number, and closes the file.
+/// driver adds to those of the framework. When a driver connects, it asks the kernel driver for the
+/// path of a device file and a description. After that, every access to the device opens the file,
+/// reads or writes one decimal number, and closes the file.
 ///
-/// Only this library's drivers can derive from it: the definitions are inside the library, and a
-/// driver's header declares its instance as extern. A driver of your own derives from `TDriver`
-/// over `CKernelDriver`.
+/// Only this library's drivers can derive from this class, because its functions are defined and
+/// instantiated inside the library. Derive a driver of your own from `TDriver<CKernelDriver,
+/// YourInterface>`.
 template <class Interface>
 class BOARD_API TKernelDriver : public TDriver<CKernelDriver, Interface> {
 public:
-    /// For the driver's constructor, which passes its arguments on.
+    /// Takes the arguments of the driver's constructor.
     TKernelDriver(IDriverRepository* repository, const String& driverName,
                   const String& endpointName);
     ~TKernelDriver() override;
 
-    /// Whether the driver has ever been connected and its device file could be opened.
+    /// Whether the driver has ever connected and could then open its device file.
     bool isValid() override;
     /// The kernel driver's description of the device; "" before the driver is connected. Always
     /// succeeds.
     XCode getDescription(String& description) override;
 
 protected:
-    /// The same text for the driver itself.
+    /// The text that `getDescription` returns, for derived classes.
     const String& description() const { return m_description; }
 
-    /// The connect handshake: asks for the path and the description, then checks that the file can
-    /// be opened. The first step that fails ends it with that step's status; earlier answers are
-    /// kept.
+    /// Asks for the path and the description when the driver connects, then checks that the file
+    /// can be opened. If a step fails, returns its status and skips the other steps; answers
+    /// already received are kept.
     XCode handshake();
-    /// The same with one more question before the file is checked.
+    /// The same, but also sends `question` and stores the reply in `answer` before the file is
+    /// checked.
     template <class Answer>
     XCode handshake(KernelMessage question, Answer& answer);
 
