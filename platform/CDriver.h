@@ -10,7 +10,7 @@
 /// object has one reference, which belongs to its creator. Cannot be copied or moved.
 class CDriver : public IDriver {
 public:
-    /// Both are copied.
+    /// Both arguments are copied.
     CDriver(const VELM_UUID& did, const String& driverName);
     ~CDriver() override;
     CDriver(const CDriver&) = delete;

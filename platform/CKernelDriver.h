@@ -13,7 +13,7 @@ class CKernelDriver : public CDriver, public IInfo {
 public:
     /// `driverName` is what `getDriverName` returns, `endpointName` the kernel driver's name on the
     /// message channel. Does not contact the kernel driver. `repository` may be null and is not
-    /// counted.
+    /// owned.
     CKernelDriver(IDriverRepository* repository, const String& driverName,
                   const String& endpointName);
     ~CKernelDriver() override;

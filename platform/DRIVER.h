@@ -4,12 +4,13 @@ class IDriverRepository;
 
 namespace DRIVER {
 
-/// The process's driver repository. Never null; lives as long as the process. Any thread.
+/// The process's driver repository, never null. The default repository lives as long as the
+/// process. Any thread may call this function.
 IDriverRepository* INSTANCE();
 
 /// Replaces the process's repository by the host's own `repository`; null restores the default.
-/// Returns the previous replacement, or null if the default was in use. Not counted: it must
-/// outlive its use.
+/// Returns the previous replacement, or null if the default was in use. `repository` is not owned
+/// and must outlive its use.
 IDriverRepository* SET_INSTANCE(IDriverRepository* repository);
 
 } // namespace DRIVER

@@ -17,7 +17,7 @@ public:
     virtual const String& getDriverName() const = 0;
 
     ///@{
-    /// The repository this driver belongs to, or null. Not counted.
+    /// The repository this driver belongs to, or null. It is not owned.
     virtual IDriverRepository* getDriverRepository() = 0;
     virtual void setDriverRepository(IDriverRepository* repository) = 0;
     ///@}

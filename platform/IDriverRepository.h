@@ -32,7 +32,8 @@ public:
     /// The repository's own lock, for callers that need several calls to be atomic. Never null.
     virtual TYLock* getLock() = 0;
 
-    /// `queryDriver` with a counted reference, which is empty on failure.
+    /// The same as `queryDriver`, but stores the interface in a counted reference, which is empty
+    /// on failure.
     template <class Interface>
     XCode getInterface(const String& name, TYPPtr<Interface>& face) {
         void* object = nullptr;

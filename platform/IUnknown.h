@@ -16,14 +16,15 @@ public:
     /// is null, the call only checks whether the interface exists.
     virtual XCode queryInterface(const VELM_UUID& iid, void** object) = 0;
 
-    /// Takes one reference and returns the new count. Any thread.
+    /// Takes one reference and returns the new count. May be called on any thread.
     virtual unsigned addRef() = 0;
 
     /// Releases one reference and returns the new count. Releasing the last one destroys the
-    /// object. Any thread.
+    /// object. May be called on any thread.
     virtual unsigned release() = 0;
 
-    /// The lock for callers on several threads; null if the object has none.
+    /// The object's lock, for callers that share the object with other threads; null if it has
+    /// none.
     virtual TYLock* getLock();
 
     virtual ~IUnknown();

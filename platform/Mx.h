@@ -6,11 +6,11 @@
 #include "MxMsg.h"
 #include "String.h"
 
-/// A client's end of the kernel message channel. A host publishes the other ends here.
+/// A client's end of the kernel message channel. `publish` creates the other end, an endpoint.
 ///
-/// An endpoint is a named handler. Handlers of one endpoint run one at a time, on the thread that
-/// sends. Any thread may call any operation, but only one thread at a time may use a channel
-/// object.
+/// An endpoint is a handler with a name. Calls to the handler of one endpoint run one at a time,
+/// each on the thread that sends. Any thread may call any operation, but only one thread at a time
+/// may use a channel object.
 class Mx {
 public:
     /// Answers one request by setting a value in `reply`. A reply without a value means that the
@@ -21,8 +21,8 @@ public:
     /// "ENDPOINT '%s' HAS NO HANDLER" if `handler` is empty.
     static XCode publish(const String& endpoint, Handler handler);
 
-    /// Removes the endpoint. When this returns, the handler runs on no other thread and never
-    /// again. Fails with "ENDPOINT '%s' NOT FOUND".
+    /// Removes the endpoint. When this returns, no other thread is running the handler, and it is
+    /// never called again. Fails with "ENDPOINT '%s' NOT FOUND".
     static XCode withdraw(const String& endpoint);
 
     Mx();

@@ -3,7 +3,8 @@
 #include "String.h"
 #include "XCode.h"
 
-/// The preference store: an operator's settings that override the board's own figures. Any thread.
+/// The preference store: an operator's settings that override the board's own figures. Any thread
+/// may call these functions.
 namespace PREFERENCES {
 
 inline constexpr char VOIP_DSP_CHANNELS[] = "voip.dsp-channels";
@@ -18,10 +19,10 @@ XCode LOAD(const String& path, String& error);
 /// Empties the store.
 void CLEAR();
 
-/// Sets `value` to the preference `key`, or to `defaultValue` if it is not set. A text that is not
-/// a number (decimal, or hexadecimal after 0x) and a number outside `minimum`..`maximum` are logged
-/// at level 3 and count as not set. Returns whether it was set. `value` may be the variable that
-/// `defaultValue` came from.
+/// Sets `value` to the preference `key`, or to `defaultValue` if the preference is not set. A
+/// preference that is not a number (decimal, or hexadecimal after 0x) or is outside
+/// `minimum`..`maximum` is logged at level 3 and counts as not set. Returns whether the preference
+/// was set. The variables passed as `value` and `defaultValue` may be the same.
 bool READPREF_UINT(const char* key, unsigned& value, unsigned defaultValue, unsigned minimum,
                    unsigned maximum);
 

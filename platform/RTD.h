@@ -26,8 +26,8 @@ public:
 void VSYSLOG(const String& category, int level, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
-/// Sends log lines to `sink`; null restores standard error. Returns the previous sink. Not owned:
-/// the sink must live until no thread logs any more.
+/// Sends log lines to `sink`; null restores standard error. Returns the previous sink. The sink is
+/// not owned and must live until no thread can still be logging to it.
 LogSink* SET_LOG_SINK(LogSink* sink);
 
 } // namespace RTD

@@ -3,22 +3,22 @@
 #include <cstdarg>
 #include <string>
 
-/// The framework's text string: a value that owns its bytes, zero bytes included.
+/// The framework's text string. It owns its bytes, which may include zero bytes.
 ///
 /// Positions and lengths count bytes. Operations that return `String&` return the string itself.
 /// Throws std::bad_alloc if memory runs out; nothing else fails. Several threads may read a string
-/// at once; a thread that changes it needs it to itself.
+/// at once, but not while another thread changes it.
 class String {
 public:
     String() = default;
 
-    /// A copy of the zero-terminated `text`; null gives the empty string.
+    /// A copy of the zero-terminated `text`; empty if `text` is null.
     String(const char* text) : m_text(text ? text : "") {}
 
-    /// A copy of `length` bytes; null gives the empty string.
+    /// A copy of `length` bytes; empty if `bytes` is null.
     String(const char* bytes, unsigned length) : m_text(bytes ? bytes : "", bytes ? length : 0) {}
 
-    /// The empty string that lives as long as the process.
+    /// An empty string that lives as long as the process.
     static const String& EMPTY();
 
     /// The text that printf would print.
@@ -45,8 +45,8 @@ public:
     bool startsWith(const String& prefix) const;
 
     /// The signed number at the start of the text, after blanks, clamped to 32 bits on every
-    /// machine; 0 if there is none. `base` is 2 to 36, or 0 for the prefixes of C. Base 16 allows
-    /// the prefix "0x".
+    /// machine; 0 if there is none. `base` is 2 to 36, or 0 to choose it by the prefix as C does
+    /// ("0x" or "0"). Base 16 allows the prefix "0x".
     int toInteger(int base = 10) const;
 
     /// The decimal number at the start of the text, after blanks, clamped to 0..4294967295 (a
@@ -55,7 +55,7 @@ public:
 
     friend bool operator==(const String& a, const String& b) { return a.m_text == b.m_text; }
     friend bool operator!=(const String& a, const String& b) { return a.m_text != b.m_text; }
-    /// Compares bytes, so that strings can be keys.
+    /// Compares byte by byte; lets strings be the keys of a map.
     friend bool operator<(const String& a, const String& b) { return a.m_text < b.m_text; }
 
 private:

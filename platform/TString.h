@@ -2,15 +2,15 @@
 
 #include <string>
 
-/// The framework's growable buffer of elements, zeros allowed; `TString<char>` holds tag data and
-/// EEPROM images. A copy shares nothing with its source. If memory runs out, throws
+/// The framework's growable buffer of elements, which may be zero; `TString<char>` holds tag data
+/// and EEPROM images. A copy shares no memory with its source. If memory runs out, throws
 /// std::bad_alloc and changes nothing.
 template <class T>
 class TString {
 public:
     TString() = default;
 
-    /// A copy of `length` elements; null gives an empty buffer.
+    /// A copy of `length` elements; empty if `elements` is null.
     TString(const T* elements, unsigned length) {
         if (elements)
             m_elements.assign(elements, length);
@@ -24,8 +24,8 @@ public:
 
     TString& concat(const TString& other) { return concat(other.data(), other.length()); }
 
-    /// The elements from `start` up to, but not including, `end`; positions outside the buffer are
-    /// skipped.
+    /// The elements from `start` up to, but not including, `end`; positions past the end of the
+    /// buffer are ignored.
     TString substring(unsigned start, unsigned end) const {
         const unsigned last = end < length() ? end : length();
         return start < last ? TString(data() + start, last - start) : TString();
@@ -46,5 +46,5 @@ public:
     }
 
 private:
-    std::basic_string<T> m_elements; // holds the data of most tags without an allocation
+    std::basic_string<T> m_elements; // stores the data of most tags without allocating memory
 };

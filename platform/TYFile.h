@@ -3,25 +3,26 @@
 #include "String.h"
 #include "XCode.h"
 
-/// A file on which a framework thread can wait. One thread at a time.
+/// A file on which a framework thread can wait. Only one thread at a time may use an object.
 class TYFile {
 public:
-    /// Does not open the file yet. `closeAtEnd`: the destructor closes the file. `create`: `open`
-    /// creates a missing file.
+    /// Does not open the file yet. With `closeAtEnd`, the destructor closes the file. With
+    /// `create`, `open` creates a missing file.
     TYFile(const String& path, bool closeAtEnd, bool create);
     ~TYFile();
     TYFile(const TYFile&) = delete;
     TYFile& operator=(const TYFile&) = delete;
 
     /// Opens the file, after closing it if it is open. `flags` are those of open(2) (0 is
-    /// read-only) and `extraFlags` are added to them; `mode` is for a new file. May wait, for
-    /// example for the writer of a pipe; a framework thread can be ended while it waits. Fails with
-    /// a text.
+    /// read-only) and `extraFlags` are added to them; `mode` is the mode of a new file. May wait,
+    /// for example for the writer of a pipe; a framework thread can be ended while it waits. Fails
+    /// with a text.
     XCode open(int flags, unsigned mode, int extraFlags);
 
     /// Reads once, at most `size` bytes, and stores the number of bytes in `count`; 0 is the end of
-    /// the file. With `wait`, waits for data, and a framework thread can be ended meanwhile;
-    /// without it, `count` is 0 if there is no data. Fails with a text and count 0.
+    /// the file. With `wait`, waits for data, and a framework thread can be ended meanwhile.
+    /// Without `wait`, `count` is also 0 if there is no data yet. On failure, the status has a text
+    /// and `count` is 0.
     XCode readOnce(char* buffer, unsigned size, unsigned& count, bool wait);
 
     /// Closes the file. Drops the descriptor even if the system reports an error. Succeeds if the

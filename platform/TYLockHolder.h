@@ -2,7 +2,8 @@
 
 #include "TYLock.h"
 
-/// Holds a lock while it lives. Does nothing for null, because an object may have no lock.
+/// Takes a lock in its constructor and releases it in its destructor. The lock may be null, because
+/// an object may have none.
 class TYLockHolder {
 public:
     explicit TYLockHolder(TYLock* lock) : m_lock(lock) {

@@ -3,7 +3,7 @@
 #include "TYLockHolder.h"
 #include "TYPtr.h"
 
-/// A counted reference to a driver's interface, with access to its lock: `{ auto hold =
+/// A counted reference to a driver's interface, with access to the driver's lock: `{ auto hold =
 /// board.getLock(); board->getTagUInt(...); }`.
 template <class T>
 class TYPPtr : public TYPtr<T> {

@@ -20,14 +20,15 @@ class TYRunnable;
 /// wait.
 ///
 /// Only the owner calls `start`, `detach` and the destructor, one at a time. Once `start` has
-/// returned, any thread, including this one, may call the other operations.
+/// returned, any thread, including the framework thread itself, may call the other operations.
 ///
 /// Framework threads block all signals except those that report a fault, such as SIGSEGV, so the
 /// host receives its signals on its own threads. The framework uses SIGURG to interrupt a waiting
 /// thread; a host must not install a handler for it.
 class TYThread {
 public:
-    /// `runnable` is not owned; null runs this object's own `runThread`. Does not start the thread.
+    /// `runnable` is not owned; it may be null if a derived class overrides `runThread`. Does not
+    /// start the thread.
     explicit TYThread(const String& name, TYRunnable* runnable = nullptr);
 
     /// Stops the thread. A class that overrides `runThread` must call `stop()` in its own
@@ -45,26 +46,27 @@ public:
     /// The kernel's thread ID; 0 if no thread is running.
     virtual int getTid() const;
 
-    /// Starts the thread. `name` replaces the constructor's name in the system's thread list; empty
-    /// keeps it (the system shows 15 bytes). Fails if the thread is already running or cannot be
+    /// Starts the thread. `name`, unless empty, replaces the constructor's name in the system's
+    /// thread list, which shows 15 bytes. Fails if the thread is already running or cannot be
     /// created.
     virtual XCode start(const String& name);
 
     /// Ends the thread and waits until it has ended: at once if the thread is waiting, otherwise at
-    /// its next wait. Safe to call twice or before `start`. On the thread itself, it returns
-    /// immediately, and the thread ends at its next wait.
+    /// its next wait. May be called twice or before `start`. If the thread calls it on itself, it
+    /// returns immediately, and the thread ends at its next wait.
     virtual XCode stop();
 
     /// Detaches the thread: it cannot be joined any more, but `stop()` still ends it.
     virtual XCode detach();
 
     /// Waits for the thread's end and returns the result of its body; success if the thread was
-    /// stopped. Fails on the thread itself, after `detach`, and if no thread was started.
+    /// stopped. Fails if the thread calls it on itself, after `detach`, and if no thread was
+    /// started.
     virtual XCode join();
     /// The same, but gives up and fails after `milliseconds`.
     virtual XCode join(unsigned milliseconds);
 
-    /// The calling thread's stack, one line per frame. Fails on any other thread.
+    /// The stack of this thread, one line per frame. Fails unless this thread itself calls it.
     virtual XCode getBacktrace(String& text) const;
 
     ///@{
@@ -78,8 +80,8 @@ public:
     /// here.
     static void usleep(unsigned microseconds);
 
-    /// While it lives, the calling thread cannot be ended, not even in a wait. Put one on the stack
-    /// around each call into host code.
+    /// As long as an object of this class exists, the thread that created it cannot be ended, not
+    /// even in a wait. Put one on the stack around each call into host code.
     class Undisturbed {
     public:
         Undisturbed();

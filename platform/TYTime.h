@@ -16,7 +16,7 @@ public:
     /// Reads the clock `source` into this object. Fails and changes nothing if `source` is unknown.
     XCode getSystemClock(unsigned source);
 
-    /// The span between two points; seconds wrap in 32 bits.
+    /// The span between two points in time; its seconds wrap in 32 bits.
     friend TYTime operator-(const TYTime& later, const TYTime& earlier);
     friend bool operator==(const TYTime& a, const TYTime& b) {
         return a.seconds == b.seconds && a.nanoseconds == b.nanoseconds;

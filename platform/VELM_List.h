@@ -6,8 +6,8 @@
 #include <utility>
 
 /// A circular, doubly linked list with one sentinel and a count. Elements are held by value. An
-/// iterator is a position: an element, or the sentinel, which is the end. It stays valid until its
-/// element is removed. Cannot be copied; one thread at a time.
+/// iterator is a position: an element, or the sentinel, which is the end. An iterator stays valid
+/// until its element is removed. A list cannot be copied, and only one thread at a time may use it.
 template <class T>
 class VELM_List {
     struct Link {
@@ -85,13 +85,13 @@ public:
     unsigned size() const { return m_count; }
     bool isEmpty() const { return m_count == 0; }
 
-    /// Links `value` in just before `position` (at the end, before the sentinel). Returns its
-    /// position.
+    /// Inserts `value` before `position`, or appends it if `position` is the end. Returns the
+    /// position of the new element.
     Iterator insert(Iterator position, T value) { return emplace(position, std::move(value)); }
 
     Iterator append(T value) { return insert(end(), std::move(value)); }
 
-    /// The same, but constructs the value in place.
+    /// The same as `insert`, but constructs the value in place.
     template <class... Arguments>
     Iterator emplace(Iterator position, Arguments&&... arguments) {
         Link* const element = new Element(std::forward<Arguments>(arguments)...);

@@ -16,7 +16,7 @@ public:
     /// The representation that handles share.
     struct Rep {
         Value value;
-        std::atomic<std::uint32_t> count; ///< references; STATIC_COUNT: never counted, never freed
+        std::atomic<std::uint32_t> count; ///< references; STATIC_COUNT if static and never freed
         const char* name;                 ///< never freed
     };
     static constexpr std::uint32_t STATIC_COUNT = 0xFFFFFFFFU;
@@ -36,10 +36,10 @@ public:
         return value;
     }
 
-    /// A handle to `rep`; counts a reference unless the representation is static.
+    /// A handle to `rep`; takes a reference unless the representation is static.
     explicit VELM_UUID(Rep& rep);
 
-    /// A handle to a new, counted representation. `name` must outlive it.
+    /// A handle to a new representation that counts its references. `name` must outlive it.
     VELM_UUID(const Value& value, const char* name);
 
     VELM_UUID(const VELM_UUID& other);
@@ -67,7 +67,7 @@ private:
 };
 
 /// Defines the function `accessor`, which returns a handle to a static representation. The first
-/// call creates the handle, which is safe on several threads.
+/// call creates the handle; several threads may make the first call at once.
 #define VELM_DEFINE_UUID(accessor, text, name)                                                     \
     const VELM_UUID& accessor {                                                                    \
         constexpr VELM_UUID::Value VALUE = VELM_UUID::parse(text);                                 \

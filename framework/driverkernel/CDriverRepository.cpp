@@ -37,7 +37,7 @@ XCode CDriverRepository::registerDriver(IDriver* driver) {
 }
 
 XCode CDriverRepository::unregisterDriver(const String& name) {
-    TYPtr<IDriver> removed; // released after the lock
+    TYPtr<IDriver> removed; // outlives the lock below, so the driver is released without it
     {
         const TYLockHolder hold(&m_lock);
         const auto found = find(name);
@@ -45,7 +45,8 @@ XCode CDriverRepository::unregisterDriver(const String& name) {
             return notFound(name);
         removed = std::move(*found);
         m_drivers.erase(found);
-        // Under the lock, because another thread may register the driver again right after it.
+        // Still under the lock, because another thread may register the driver again right
+        // afterwards.
         removed->setDriverRepository(nullptr);
     }
     return XCode();

@@ -8,8 +8,9 @@
 #include "TYRecursiveLock.h"
 
 /// The repository behind DRIVER::INSTANCE(). Keeps one counted reference to each driver, in the
-/// order of registration. It releases and queries drivers only while it does not hold its lock: a
-/// driver's destructor or query may take another lock and call the repository again.
+/// order of registration. The repository does not hold its lock while it releases or queries a
+/// driver, because a driver's destructor or query may take another lock and call the repository
+/// again.
 class CDriverRepository : public IDriverRepository {
 public:
     XCode registerDriver(IDriver* driver) override;

@@ -22,7 +22,7 @@ struct Mx::Registry {
 };
 
 Mx::Registry& Mx::registry() {
-    // Never destroyed: drivers that outlive main still use their channels.
+    // Never destroyed: drivers that outlive main may still use their channels.
     static Registry* const registry = new Registry;
     return *registry;
 }
@@ -87,7 +87,7 @@ XCode Mx::sendReceive(const MxMsg& request, MxMsg& reply) {
     MxMsg answer(request.getCode());
     XCode status;
     {
-        const TYThread::Undisturbed undisturbed; // host code: the thread must not be stopped in it
+        const TYThread::Undisturbed undisturbed; // the thread must not be stopped in host code
         status = endpoint->handler(request, answer);
     }
     if (!status.isSuccess())

@@ -26,7 +26,7 @@ void writeToStandardError(const String& category, int level, const String& text)
     // One write per line, so that lines of several threads and processes do not mix.
     const String line = String::format("%s %d: %s\n", category.c_str(), level, text.c_str());
     if (::write(STDERR_FILENO, line.c_str(), line.length()) < 0)
-        return; // nowhere left to report it
+        return; // there is nowhere to report the failure
 }
 
 std::atomic<LogSink*> currentSink{nullptr};
@@ -36,13 +36,13 @@ std::atomic<LogSink*> currentSink{nullptr};
 void VSYSLOG(const String& category, int level, const char* format, ...) {
     LogSink* const sink = currentSink.load(std::memory_order_acquire);
     if (!sink && level > highestLevel())
-        return; // before formatting, so that unread traces cost almost nothing
+        return; // before formatting, so that suppressed traces cost almost nothing
     va_list arguments;
     va_start(arguments, format);
     const String text = String::vformat(format, arguments);
     va_end(arguments);
-    const TYThread::Undisturbed
-        undisturbed; // a sink is host code: the thread must not be stopped in it
+    // The thread must not be stopped in a sink, which is host code.
+    const TYThread::Undisturbed undisturbed;
     if (sink)
         sink->write(category, level, text);
     else

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Formats once if the text fits into `line`, otherwise twice.
+/// Formats into `line` on the stack, and a second time only if the text does not fit.
 __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
     char line[128];
     va_list again;
@@ -53,7 +53,7 @@ String String::vformat(const char* format, va_list arguments) {
 String& String::concatf(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    // Formatted completely first: an argument may point into this text.
+    // Format the whole text before appending it: an argument may point into this string.
     m_text += formatted(format, arguments);
     va_end(arguments);
     return *this;
@@ -82,8 +82,8 @@ bool String::startsWith(const String& prefix) const {
     return m_text.compare(0, prefix.m_text.size(), prefix.m_text) == 0;
 }
 
-// strtoll, not strtol: `long` has 32 bits on the board and may have 64 here, and both must clamp
-// the same way.
+// strtoll, not strtol: `long` has 32 bits on the board and may have 64 elsewhere, but a number must
+// be clamped the same way on every machine.
 int String::toInteger(int base) const {
     const long long value = std::strtoll(m_text.c_str(), nullptr, base);
     return static_cast<int>(std::clamp<long long>(value, std::numeric_limits<std::int32_t>::min(),

@@ -26,7 +26,8 @@ XCode failure(const char* what, int error = 0) {
                  error ? String::format("%s: %s", what, std::strerror(error)) : String(what));
 }
 
-// Faults stay unblocked: a blocked fault kills the process without the host's crash report.
+// Fault signals stay unblocked: a blocked one would kill the process without calling the host's
+// handler, which may write a crash report.
 sigset_t everySignalButFaults() {
     sigset_t signals;
     sigfillset(&signals);
@@ -61,7 +62,7 @@ TYThread::TYThread(const String& name, TYRunnable* runnable) : m_name(name), m_r
 
 TYThread::~TYThread() {
     static_cast<void>(TYThread::stop());
-    // Has an effect only on the thread itself, which can't wait for its own end.
+    // Needed only if the thread destroys its own object: `stop` does not join the calling thread.
     static_cast<void>(TYThread::detach());
 }
 
@@ -79,7 +80,7 @@ void* TYThread::body(void* argument) {
         control->changed.notify_all();
     }
 
-    // A destructor, so that the end is also recorded if host code ends the thread with
+    // A destructor records the end, so that it is also recorded if host code ends the thread with
     // pthread_exit or pthread_cancel.
     struct Ending {
         Control& control;
@@ -104,14 +105,14 @@ XCode TYThread::start(const String& name) {
     if (isAlive())
         return failure("THREAD RUNS ALREADY");
     if (m_control)
-        static_cast<void>(TYThread::detach()); // it ended on its own and was never joined
+        static_cast<void>(TYThread::detach()); // the previous run may not have been joined
 
     waiting::installHandler();
     const auto control = std::make_shared<Control>(*this, name.isEmpty() ? m_name : name);
-    m_control = control; // before the thread exists, which may use it at once
+    m_control = control; // set first, because the new thread may use it at once
     const sigset_t blocked = everySignalButFaults();
     sigset_t former;
-    // The new thread inherits the mask, so it applies from its first instruction.
+    // Set before the new thread is created, because that thread inherits the mask.
     pthread_sigmask(SIG_SETMASK, &blocked, &former);
     int error;
     {

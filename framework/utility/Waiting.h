@@ -3,24 +3,24 @@
 #include <atomic>
 #include <cerrno>
 
-/// How a framework thread waits so that it can be stopped there and nowhere else.
+/// Lets a framework thread be stopped while it waits, and nowhere else.
 ///
 /// The stopping thread sets `stopRequested` and then sends SIGURG repeatedly until the thread has
 /// ended, because one signal may arrive just before the system call and be lost. The signal is
 /// blocked outside the one call that waits, so host code never sees an interrupted call.
 ///
 /// If the call returns a descriptor, the caller stores the descriptor before it checks for a stop,
-/// so the descriptor is not leaked. pthread_cancel could strike before it is stored.
+/// so the descriptor is not leaked. pthread_cancel could end the thread between the two.
 namespace waiting {
 
-/// Shared by a thread and the threads that stop it. Each run of a thread has a new one.
+/// Shared by a thread and the threads that stop it. Each start of a thread creates a new one.
 struct State {
     std::atomic<bool> stopRequested{false};
-    std::atomic<bool> inCall{false}; ///< in the call that waits; a signal works only then
+    std::atomic<bool> inCall{false}; ///< in the waiting call; the signal has an effect only then
 };
 
-/// Thrown to unwind a thread's stack and caught only by the framework. It has no base class, so no
-/// handler for errors catches it.
+/// Thrown to unwind a thread's stack and caught only by the framework. It has no base class, so a
+/// handler for std::exception does not catch it.
 struct ThreadStopped {};
 
 /// The signal that interrupts a wait. It is ignored by default, so a stray one does no harm.
@@ -39,11 +39,13 @@ bool& undisturbed();
 /// Returns whether the calling thread was asked to stop and can be stopped here.
 bool stopRequested();
 
-/// Ends the calling thread if it was asked to stop; returns false otherwise. Returns true if the
-/// stack is being unwound already: a second exception would end the process.
+/// Ends the calling thread by throwing ThreadStopped if it was asked to stop; otherwise returns
+/// false. If the stack is already being unwound, returns true instead of throwing, because a second
+/// exception would end the process.
 bool endIfStopped();
 
-/// Lets the wake signal through while it lives. Does nothing if the thread can't be stopped.
+/// Unblocks the wake signal in its constructor and blocks it again in its destructor. Does nothing
+/// if the thread can't be stopped.
 class Window {
 public:
     Window();

@@ -14,8 +14,8 @@ namespace {
 constexpr std::int32_t INLINE_MIN = -(1 << 30);
 constexpr std::int32_t INLINE_MAX = (1 << 30) - 1;
 
-// Widening first keeps the sign on 64 bits, so the plain failure is the word of all ones there too.
-// The shift is unsigned, because shifting a negative number is undefined.
+// The code is widened as a signed number first, so that code -1 becomes a word with all bits set on
+// 64-bit machines too. The shift is unsigned, because shifting a negative number is undefined.
 std::uintptr_t inlineWord(std::int32_t code) {
     return (static_cast<std::uintptr_t>(static_cast<std::intptr_t>(code)) << 1) | 1U;
 }
@@ -57,7 +57,8 @@ void XCode::dropRecord() noexcept {
 std::int32_t XCode::getCode() const noexcept {
     if (!isInline())
         return record()->code;
-    // Undoes the shift and keeps the sign. 32 bits are enough: an inline code has at most 31.
+    // Undo the shift and keep the sign. The low 32 bits of the word are enough, because an inline
+    // code has at most 31 bits.
     const auto shifted = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_word));
     return (shifted - 1) / 2;
 }
