@@ -3,7 +3,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-/// A driver's device file, open for one operation. Closes it even if memory runs out meanwhile.
+/// A driver's device file, open for one operation. The destructor closes the file, even if an
+/// exception is thrown meanwhile.
 class DeviceDescriptor {
 public:
     DeviceDescriptor(const char* path, int flags) : m_number(::open(path, flags)) {}

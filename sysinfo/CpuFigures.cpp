@@ -27,7 +27,8 @@ const char* skipName(const char* text) {
     return text;
 }
 
-// The standard functions clamp a number that is too long, at a different limit on each word size.
+// Not a standard function: those clamp a number that is too large, at a limit that depends on the
+// word size. Here the number must wrap.
 bool readNumber(const char*& text, std::uint32_t& number) {
     text = skipBlanks(text);
     const bool negative = *text == '-';
@@ -66,7 +67,8 @@ void setShare(const Figures& from, const Figures& to, unsigned short& percent) {
     const auto total = static_cast<std::int32_t>(idle + busy);
     if (idle == 0 || total == 0)
         return;
-    // The lowest number divided by -1 overflows; negated without a division it wraps to itself.
+    // Dividing the lowest number by -1 overflows. Subtracting it from 0 as an unsigned number
+    // wraps.
     const std::uint32_t share =
         total == -1 ? 0U - scaled
                     : static_cast<std::uint32_t>(static_cast<std::int32_t>(scaled) / total);
@@ -80,7 +82,8 @@ bool start(const Ring& ring, const char* line) {
     ring.current = 0;
     ring.busy[0] = figures.busy;
     ring.idle[0] = figures.idle;
-    // Each is advanced before it is used, and then is 5 and 14 slots behind the new sample.
+    // `measure` advances both before it uses them. They are then 5 and 14 slots behind the new
+    // sample.
     ring.index5 = 10;
     ring.index14 = 1;
     return true;

@@ -17,7 +17,7 @@ public:
     const char* get() const { return m_isRead ? m_text : nullptr; }
 
 private:
-    char m_text[256]; // the numbers that matter end well before this
+    char m_text[256]; // long enough for the name and the first four numbers
     bool m_isRead = false;
 };
 

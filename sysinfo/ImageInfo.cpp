@@ -50,7 +50,7 @@ XCode readValueFromFile(const String& path, int& value) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return XCode(XCode::FAILURE);
-    char text[VALUE_WIDTH + 1] = {}; // one byte more than is read: a full buffer has no terminator
+    char text[VALUE_WIDTH + 1] = {}; // one extra byte, because a full read has no terminator
     const ssize_t length = ::read(descriptor, text, VALUE_WIDTH);
     ::close(descriptor);
     if (length < 1)

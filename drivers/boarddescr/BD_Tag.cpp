@@ -16,7 +16,7 @@ XCode Tag::setData(const TString<char>& bytes) {
 
 XCode Tag::setData(const char* bytes, unsigned n) {
     try {
-        TString<char> copy(bytes, n); // `bytes` may point into this tag
+        TString<char> copy(bytes, n); // copied first, because `bytes` may point into this tag
         data = std::move(copy);
         length = n;
     } catch (const std::bad_alloc&) {

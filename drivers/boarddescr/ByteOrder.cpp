@@ -2,7 +2,7 @@
 
 namespace {
 
-// Plain `char` is signed on some machines and unsigned on the board.
+// The cast is needed because plain `char` is signed on some machines and unsigned on the board.
 unsigned byteAt(const char* p, int index) {
     return static_cast<unsigned char>(p[index]);
 }

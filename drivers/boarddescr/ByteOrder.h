@@ -1,8 +1,8 @@
 #pragma once
 
-/// Conversion of the board descriptor's big-endian numbers. "c" is the chunk's byte order, "h" the
-/// host's. Each function reads or writes exactly as many bytes as its type has, at any address;
-/// `width` is ignored.
+/// Conversion of the board descriptor's big-endian numbers. In the names, "c" means the chunk's
+/// byte order and "h" the host's. Each function reads or writes exactly as many bytes as its type
+/// has, at any address; `width` is ignored.
 unsigned cntoh_uint(const char* p, int width);
 unsigned long cntoh_uint32(const char* p, int width); ///< 32 bits, even if `long` has more
 unsigned short cntoh_uint16(const char* p, int width);

@@ -14,7 +14,7 @@ BD::Tag makeTag(BD::TagId id, const TString<char>& data) {
     return tag;
 }
 
-// Kept out of the fast path, a lookup that finds its tag.
+// Marked cold to keep it out of the fast path, which is a lookup that finds its tag.
 [[gnu::cold]] BD::Tag* notFound(BD::TagId id, String& error) {
     error = String::format(CBoardDescr::ERR_TAG_NOT_FOUND, id, BD::TAG_ID_TO_STRING(id).c_str());
     return nullptr;

@@ -38,7 +38,7 @@ unsigned paddingOf(const BD::Tag& tag) {
 } // namespace
 
 XCode CBoardDescr::importBD(const TString<char>& image, String& error) {
-    // A copy: `image` may be the data of a tag in this list.
+    // Copied first, because `image` may be the data of a tag in this list.
     const TString<char> held(image); // NOLINT(performance-unnecessary-copy-initialization)
     m_tags.clear();
     ImageCursor cursor(held);
@@ -64,7 +64,7 @@ XCode CBoardDescr::importBD(const TString<char>& image, String& error) {
         try {
             tag->data.concat(data, dataLength);
         } catch (const std::bad_alloc&) {
-            m_tags.remove(tag); // left in, it would look as if the device held an empty tag
+            m_tags.remove(tag); // else it would look like an empty tag on the device
             throw;
         }
         tag->length = dataLength;
@@ -132,7 +132,7 @@ XCode CBoardDescr::writeRawBD(const TString<char>& image, String& error) {
         error = String::format(OPEN_FAILED, m_devicePath);
         return XCode(XCode::FAILURE);
     }
-    // One call: with two, an interruption between them would leave the EEPROM half written.
+    // Written in one call: an interruption between two calls would leave the EEPROM half written.
     const ssize_t written = ::write(device.number(), image.data(), image.length());
     if (written < 0) {
         error = String::format(WRITE_FAILED, m_devicePath);

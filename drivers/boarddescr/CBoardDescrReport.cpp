@@ -16,14 +16,14 @@ String hexDump(const BD::Tag& tag) {
     return tag.getDataAsHexString(dump);
 }
 
-/// The text up to its first zero byte, such as the one that storing adds to an odd length.
+/// The text up to its first zero byte. A stored text of odd length ends with such a byte.
 String text(const BD::Tag& tag) {
     String value;
     return String(tag.getDataString(value).c_str());
 }
 
-/// Writes the rows of one report: the header, and the tags two levels below it if the report goes
-/// that deep.
+/// Adds the rows of one report to the container: the header and, if the report goes that deep, the
+/// tags two levels below it.
 class Report {
 public:
     Report(InfoContainer& container, unsigned maxLevel, unsigned level, unsigned maxIndex,
@@ -67,7 +67,7 @@ void addTag(Report& report, const CBoardDescr& board, const BD::Tag& tag) {
     case BD::TagKind::MAC: {
         String mac;
         unsigned iface = 0;
-        // A record of the wrong size shows as an empty address.
+        // If the record has the wrong size, the row shows an empty address.
         static_cast<void>(board.getMacAddr(tag, mac, iface));
         report.add(name, String::format("%s iface=%d", mac.c_str(), static_cast<int>(iface)));
         break;

@@ -17,7 +17,8 @@ constexpr unsigned MAC_RECORD_BYTES = 8;
 constexpr BD::TagId PRODUCT_TAG = 45;
 constexpr unsigned PRODUCT_BYTES = BD::meaningOf(PRODUCT_TAG).size;
 
-// The helpers take what `getTag` returned: null if there is no such tag, with `error` already set.
+// In these helpers, `tag` is the result of `getTag`: if there is no such tag, it is null and
+// `error` is already set.
 
 XCode wrongSize(String& error) {
     error = CBoardDescr::ERR_WRONG_TAG_SIZE;
@@ -36,7 +37,7 @@ XCode readNumber(const BD::Tag* tag, unsigned width, Number (BD::Tag::*number)()
     return XCode();
 }
 
-/// Reads the 16-bit half of the product tag that begins at byte `first`.
+/// Reads one 16-bit half of the product tag; `first` is the index of its first byte.
 XCode readProductHalf(const BD::Tag* tag, unsigned first, unsigned& id) {
     if (!tag || tag->length != PRODUCT_BYTES)
         return XCode(XCode::FAILURE);
@@ -132,8 +133,8 @@ XCode CBoardDescr::setMacAddress(unsigned index, const String& mac, unsigned ifa
     if (!tag)
         return XCode(XCode::FAILURE);
 
-    // Two bytes more than the record: the interface number is written four bytes wide after the
-    // address, so the record keeps its upper half. Boards in the field hold records made this way.
+    // Two bytes longer than the stored record: the interface number is written four bytes wide
+    // after the address, but only its upper half is stored. Boards in the field hold such records.
     char record[MAC_RECORD_BYTES + 2] = {};
     StringTokenizer groups(mac, ":");
     for (unsigned k = 0; groups.hasMoreTokens(); ++k) {
@@ -151,14 +152,14 @@ XCode CBoardDescr::insertMacAddress(unsigned index, const String& mac, unsigned 
     const unsigned count = getNumberOfTag(MAC_TAG);
     const unsigned anchor = count == 0 ? 0 : std::min(index, count - 1);
     m_tags.insert(getTagIterator(MAC_TAG, anchor), BD::Tag(MAC_TAG));
-    // If there were MAC tags before, occurrence `count` is the tag that was last until now: it
-    // receives the address and the new tag stays empty. Hosts rely on this.
+    // If there were MAC tags before, occurrence `count` is the one that was already last: it
+    // receives the address, and the new tag stays empty. Hosts rely on this.
     String scratch;
     return setMacAddress(count, mac, iface, scratch);
 }
 
 XCode CBoardDescr::addMacAddress(const String& mac, unsigned iface) {
-    // Not through the virtual table: a board that overrides one of the two keeps the other.
+    // Not a virtual call, so that a board's override of one operation does not change the other.
     return CBoardDescr::insertMacAddress(std::numeric_limits<unsigned>::max(), mac, iface);
 }
 

@@ -3,8 +3,7 @@
 #include "ByteOrder.h"
 #include "TString.h"
 
-/// Reads a descriptor image from front to back and never outside it: `position` never exceeds the
-/// size.
+/// Reads a descriptor image from front to back and never past its end.
 class ImageCursor {
 public:
     explicit ImageCursor(const TString<char>& image) : m_image(image) {}
@@ -12,7 +11,7 @@ public:
     unsigned size() const { return m_image.length(); }
     unsigned position() const { return m_position; }
 
-    /// Whether a chunk could begin here: at least the two bytes of an identifier are left.
+    /// Whether another chunk can begin here, which takes at least the two bytes of an identifier.
     bool hasChunk() const { return left() >= 2; }
 
     /// Consumes a 16-bit number; bytes past the end of the image count as 0.
@@ -22,8 +21,8 @@ public:
         return cntoh_uint16(bytes, 2);
     }
 
-    /// Consumes `count` bytes and returns a pointer to them. Returns null and consumes nothing if
-    /// fewer are left.
+    /// Consumes `count` bytes and returns a pointer to them. If fewer bytes are left, returns null
+    /// and consumes nothing.
     const char* takeBytes(unsigned count) {
         if (left() < count)
             return nullptr;

@@ -32,7 +32,7 @@ XCode CFanControl::getActualFanSpeed(FanSpeed& speed) {
     XCode status = readDevice(RECORD_WIDTH, number);
     if (!status.isSuccess())
         return status;
-    // A negative number becomes a large one: full speed.
+    // A negative number becomes a large one, which means full speed.
     const auto value = static_cast<unsigned>(number);
     const unsigned sixth = m_maxSpeed / 6;
     speed = value < sixth       ? FAN_SPEED_OFF

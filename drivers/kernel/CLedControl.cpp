@@ -17,7 +17,7 @@ constexpr unsigned RECORD_WIDTH = 4;
 constexpr unsigned FIRST_LIT_STATE = 1;
 constexpr unsigned SECOND_LIT_STATE = 2;
 
-/// Counts the information dumps in progress, over all LEDs, for a debugger to look at.
+/// Counts the information dumps in progress for all LEDs, so that a debugger can show the number.
 class DumpInProgress {
 public:
     DumpInProgress() { s_count.fetch_add(1, std::memory_order_relaxed); }
@@ -72,7 +72,7 @@ XCode CLedControl::setLedBiStatus(unsigned int on) {
         return XCode();
     if (on == 0)
         return realSetLedStatus(m_savedStatus);
-    static_cast<void>(getLedStatus(m_savedStatus)); // an LED that can't be read is restored to off
+    static_cast<void>(getLedStatus(m_savedStatus)); // 0 if it can't be read
     return realSetLedStatus(SECOND_LIT_STATE);
 }
 
@@ -90,7 +90,7 @@ XCode CLedControl::setLedToggleStatus(unsigned int status) {
 XCode CLedControl::enableLedToggle() {
     if (m_toggleEnabled)
         return XCode(XCode::FAILURE);
-    m_toggleEnabled = true; // stays on even if the LED can't be read
+    m_toggleEnabled = true; // stays true even if the read below fails
     unsigned shown = 0;
     XCode status = getLedStatus(shown);
     if (!status.isSuccess())
@@ -105,7 +105,8 @@ XCode CLedControl::enableLedToggle() {
 XCode CLedControl::disableLedToggle() {
     if (!m_toggleEnabled)
         return XCode(XCode::FAILURE);
-    // Exactly 1: for an overlay recorded with another value, the remembered state is written.
+    // Only an overlay switched on with the value 1 is restored here. With any other value, the LED
+    // gets the remembered state.
     XCode status = realSetLedStatus(m_biStatus == 1 ? SECOND_LIT_STATE : m_savedStatus);
     if (status.isSuccess())
         m_toggleEnabled = false;

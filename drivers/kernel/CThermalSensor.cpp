@@ -31,7 +31,8 @@ XCode CThermalSensor::getTemperature(float& temperature) {
     int thousandths = 0;
     XCode status = readDevice(RECORD_WIDTH, thousandths);
     if (status.isSuccess()) {
-        // To single precision first: clients compare with figures that were rounded this way.
+        // Round to single precision first: clients compare the temperature with figures that were
+        // rounded this way.
         const auto rounded = static_cast<float>(thousandths);
         temperature = static_cast<float>(static_cast<double>(rounded) * 0.001);
     }

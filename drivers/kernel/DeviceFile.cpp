@@ -30,7 +30,7 @@ bool readDecimal(const char* path, unsigned width, int& number) {
     const DeviceDescriptor file(path, O_RDONLY);
     if (!isOpen(file))
         return false;
-    char text[MAX_WIDTH + 1] = {}; // one byte more than is read: a full record has no terminator
+    char text[MAX_WIDTH + 1] = {}; // one extra byte, because a full record has no terminator
     if (::read(file.number(), text, std::min(width, MAX_WIDTH)) < 0)
         text[0] = '\0';
     number = static_cast<int>(std::clamp<long long>(std::strtol(text, nullptr, 10),
@@ -45,8 +45,8 @@ bool writeDecimal(const char* path, unsigned width, unsigned number) {
         return false;
     char record[MAX_WIDTH] = {};
     std::snprintf(record, sizeof record, "%d", static_cast<std::int32_t>(number));
-    // The result is ignored: by contract a write reports nothing, and reading the device back shows
-    // whether it accepted the number.
+    // The result is ignored: by contract, a write does not report whether the device accepted the
+    // number. To find out, the client reads the device back.
     const auto written = ::write(file.number(), record, std::min(width, MAX_WIDTH));
     static_cast<void>(written);
     return true;

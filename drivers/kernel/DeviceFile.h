@@ -1,7 +1,7 @@
 #pragma once
 
-/// The device files of kernel drivers: one decimal number, read or written in one call. Descriptor
-/// 0 counts as a failure to open, which is part of the contract with these drivers.
+/// Reads and writes the device files of kernel drivers, each of which holds one decimal number. By
+/// contract with the kernel drivers, a file that opens as descriptor 0 counts as not opened.
 namespace devicefile {
 
 /// The width of the widest record in a device file.
@@ -10,13 +10,13 @@ constexpr unsigned MAX_WIDTH = 16;
 /// Whether the file can be opened for reading.
 bool canOpen(const char* path);
 
-/// Reads at most `width` bytes in one call and parses the decimal number at the start of them.
-/// Sets `number` to it, clamped to 32 bits, or to 0 if there is none or the read fails. Returns
-/// false and leaves `number` alone if the file can't be opened.
+/// Reads at most `width` bytes in one call and sets `number` to the decimal number at their start,
+/// clamped to 32 bits, or to 0 if there is none or the read fails. Returns false and leaves
+/// `number` alone if the file can't be opened.
 bool readDecimal(const char* path, unsigned width, int& number);
 
-/// Writes `number` as "%d" prints it, cut to `width` bytes or padded with zero bytes, in one write
-/// whose result is ignored. Returns false if the file can't be opened.
+/// Writes `number` as "%d" prints it, cut to `width` bytes or padded with zero bytes. Writes it in
+/// one call and ignores the result. Returns false if the file can't be opened.
 bool writeDecimal(const char* path, unsigned width, unsigned number);
 
 } // namespace devicefile

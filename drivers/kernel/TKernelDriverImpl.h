@@ -32,7 +32,7 @@ XCode TKernelDriver<Interface>::askPathAndDescription() {
 template <class Interface>
 XCode TKernelDriver<Interface>::tryDevice() {
     if (!devicefile::canOpen(m_path.c_str()))
-        return XCode(XCode::FAILURE); // once valid, a driver stays valid
+        return XCode(XCode::FAILURE); // m_valid is not cleared: once valid, always valid
     m_valid = true;
     return XCode();
 }

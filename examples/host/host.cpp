@@ -23,7 +23,8 @@
 
 namespace {
 
-/// Throws `failure`, followed by the reason if the operation left one in `error` or in its status.
+/// If `status` is a failure, throws `failure` as the message, followed by the reason if `error` or
+/// the status holds one.
 void check(const XCode& status, const std::string& failure, const String& error = String::EMPTY()) {
     if (status.isSuccess())
         return;
@@ -31,7 +32,8 @@ void check(const XCode& status, const std::string& failure, const String& error 
     throw std::runtime_error(reason.isEmpty() ? failure : failure + ": " + reason.c_str());
 }
 
-/// Stands in for a kernel driver: answers what the driver `name` asks when it connects.
+/// Stands in for a kernel driver: answers the questions that the driver `name` asks when it
+/// connects.
 class KernelEndpoint {
 public:
     KernelEndpoint(const char* name, const std::string& device, unsigned maximum) : m_name(name) {
@@ -70,7 +72,8 @@ TYPPtr<Driver> connect(const char* name) {
     return driver;
 }
 
-/// Keeps a driver in the repository, where clients find it by name.
+/// Keeps a driver in the repository as long as this object exists. Clients find the driver by its
+/// name.
 class Registration {
 public:
     explicit Registration(IDriver* driver) : m_name(driver->getDriverName()) {
@@ -127,8 +130,9 @@ void useFan() {
     std::cout << "fan speed " << speed << "\n";
 }
 
-/// Hosts the board until one of `stopSignals` arrives. Objects are destroyed in reverse order, also
-/// after an exception: threads first, then the drivers, last the tables and texts that they use.
+/// Hosts the board until one of `stopSignals` arrives. Even after an exception, objects are
+/// destroyed in reverse order: first the threads, then the drivers, then the tables and texts that
+/// threads and drivers use.
 void host(const std::string& board, const sigset_t& stopSignals) {
     const std::string eeprom = board + "/eeprom.bin";
     const std::string statusLed = board + "/dev/status";

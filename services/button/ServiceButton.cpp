@@ -27,7 +27,7 @@ TYTime now() {
 ServiceButton::ServiceButton(const String& path, Observer* observer)
     : m_thread("Button Thread", this), m_path(path), m_observer(observer) {}
 
-// Not left to the thread's destructor, which runs after the path is destroyed.
+// Stops here, because the destructor of `m_thread` runs only after `m_path` is destroyed.
 ServiceButton::~ServiceButton() {
     static_cast<void>(ServiceButton::stop());
 }

@@ -19,7 +19,7 @@ bool isRoll(std::int32_t action) {
     return action == LedCtrl::ACTION_ROLL_UP || action == LedCtrl::ACTION_ROLL_DOWN;
 }
 
-/// Moves a roll to the next LED of `mask`, at least by one; 0 if the mask is empty.
+/// Moves a roll's `bit` to the next LED of `mask` and returns it; returns 0 if the mask is empty.
 std::uint32_t roll(std::uint32_t& bit, std::uint32_t mask, bool upwards) {
     if (mask == 0)
         return 0;
@@ -69,7 +69,7 @@ void LedCtrl::execute(const CmdDef& cmd, bool asDefault) {
         removeRollAction(cmd);
         break;
     case ACTION_DEFAULTS:
-        if (!asDefault) // a default row of this kind would recurse without end
+        if (!asDefault) // a default row with this action would recurse forever
             setupDefault();
         break;
     default:
@@ -78,8 +78,8 @@ void LedCtrl::execute(const CmdDef& cmd, bool asDefault) {
 }
 
 void LedCtrl::startAction(const CmdDef& cmd) {
-    // In 32 bits, as on the board: a time of more than 71 minutes wraps. The tick is 0 only in a
-    // service that does not run.
+    // Computed in 32 bits on every machine, so a time of more than 71 minutes wraps. The tick is 0
+    // only in a service that has no thread.
     const std::uint32_t timeUs = 1000U * static_cast<std::uint32_t>(cmd.timeMs);
     const std::uint32_t ticks = m_tickUs ? (m_tickUs - 1 + timeUs) / m_tickUs : 0;
     m_actionMask |= cmd.ledMask;
@@ -140,7 +140,8 @@ void LedCtrl::stopAction(const CmdDef& cmd) {
 void LedCtrl::removeRollAction(const CmdDef& cmd) {
     m_actionMask &= ~cmd.ledMask;
     m_groups.erase(cmd.group);
-    // Only the first word and the LEDs count, so that one row can stop any roll of its word.
+    // Only the first word and the LEDs are compared, so that one row can stop a roll of any row
+    // that has them.
     const auto found =
         std::find_if(m_actions.begin(), m_actions.end(), [&](const ActionDesc& action) {
             return std::strcmp(action.cmd->word1, cmd.word1) == 0 &&
@@ -200,8 +201,8 @@ std::uint32_t LedCtrl::nextOutput() {
     }
     const std::uint32_t bits = updateActions();
     const std::uint32_t state = getState();
-    // Read after the actions have advanced: LEDs of an action that has just ended already show
-    // their static state.
+    // m_actionMask is read after the actions have advanced, so that the LEDs of an action that has
+    // just ended already show their static state.
     return (state & ~m_actionMask) | bits;
 }
 
@@ -228,7 +229,7 @@ void LedCtrl::writeFiles(std::uint32_t output) {
             continue;
         const bool isLit = (output & static_cast<std::uint32_t>(mask)) != 0;
         const auto written = ::write(file.fd, isLit ? "1" : "0", 1);
-        static_cast<void>(written); // an LED that fails must not affect the others
+        static_cast<void>(written); // ignored: an LED that fails must not affect the others
     }
 }
 

@@ -22,7 +22,7 @@ constexpr char FIFO_PATH[] = "/tmp/evt.fifo";
 constexpr char TEST_TEXT[] = "test";
 constexpr std::size_t READ_SIZE = 80;
 
-/// The result of one read as a text; empty if nothing could be read.
+/// Reads once from `descriptor` and holds the result as a text, empty if nothing could be read.
 class Input {
 public:
     explicit Input(int descriptor) {
@@ -38,7 +38,7 @@ private:
     bool m_isEmpty;
 };
 
-/// The next word of `line`, empty at its end. Moves `line` past the word.
+/// The next word of `line`; empty if there is none. Moves `line` past the word.
 std::string_view nextWord(const char*& line) {
     constexpr char BLANKS[] = " \t\n\v\f\r";
     line += std::strspn(line, BLANKS);
@@ -75,8 +75,8 @@ void LedCtrl::setupFifo() {
 }
 
 void LedCtrl::testFifo() {
-    // Left open on purpose: as long as the pipe has a writer, a read returns "no data" and not
-    // "end of file" after the last client has closed it.
+    // Left open on purpose: while this writer exists, a read of the empty pipe returns "no data",
+    // not "end of file", after the last client has closed the pipe.
     const int writer = ::open(FIFO_PATH, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     if (writer < 0) {
         VSYSLOG(CATEGORY, ERROR, "error open - test fifo: ");
@@ -92,8 +92,8 @@ void LedCtrl::testFifo() {
 void LedCtrl::openFiles() {
     for (auto& [mask, file] : m_files) {
         closeFormer(file.fd);
-        // O_NONBLOCK has no effect on the kernel's LED files, but a pipe must not block the
-        // service.
+        // O_NONBLOCK has no effect on the kernel's LED files. If the file is a pipe, the flag keeps
+        // it from blocking the service.
         file.fd = ::open(file.fileName, O_RDWR | O_NONBLOCK | O_CLOEXEC);
         if (file.fd < 0)
             VSYSLOG(CATEGORY, ERROR, "unable to open file %s ", file.fileName);

@@ -16,7 +16,7 @@ LedCtrl::LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMa
     if (m_tickUs == 0)
         VSYSLOG(CATEGORY, ERROR, "invalid LED tick period: %u ms", tickMs);
     else
-        static_cast<void>(start(String::EMPTY())); // without a thread the LEDs keep their state
+        static_cast<void>(start(String::EMPTY())); // on failure, the LEDs keep their state
 }
 
 LedCtrl::LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files,
@@ -35,7 +35,7 @@ LedCtrl::~LedCtrl() {
 }
 
 XCode LedCtrl::runThread() {
-    if (m_tickUs == 0) // the loop would have no pause
+    if (m_tickUs == 0) // the loop below would have no pause
         return XCode(XCode::FAILURE);
     setupFifo();
     testFifo();
@@ -58,8 +58,8 @@ void LedCtrl::shutdown() {
         return;
     }
     VSYSLOG(CATEGORY, TRACE, "Shutting down LED Control...");
-    // The thread ends first: a tick could otherwise write to another file that reuses the
-    // descriptor of a closed one.
+    // End the thread before closing the files. Otherwise a tick could write to an unrelated file
+    // that reuses the descriptor of a closed one.
     static_cast<void>(stop());
     if (m_fifoFd > 0)
         ::close(m_fifoFd);
