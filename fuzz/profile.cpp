@@ -72,6 +72,13 @@ void checkProfile(const Profile& profile) {
     checkAll(profile.thermals);
     checkAll(profile.powers);
     checkAll(profile.leds);
+    for (const board::FanProfile& fan : profile.fans)
+        for (const auto* const path : {&fan.enable, &fan.tach})
+            if (*path)
+                checkPath(**path);
+    for (const board::LedDeviceProfile& led : profile.leds)
+        expect(led.on >= 1 && led.on <= 9999 && !(led.biStatus && led.on == 2),
+               "the brightness of a lit LED fits its driver's record");
     if (profile.descriptor) {
         checkPath(profile.descriptor->device);
         expect(profile.descriptor->readChunk >= 1 && profile.descriptor->readChunk <= 65536,

@@ -14,8 +14,8 @@
 #include "PREFERENCES.h"
 #include "base/Error.h"
 #include "base/File.h"
-#include "board/KernelEndpoint.h"
 #include "descriptor/DescriptorSource.h"
+#include "devices/KernelEndpoint.h"
 
 namespace board {
 

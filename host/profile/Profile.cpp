@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t MAX_PROFILE_SIZE = std::size_t{1024} * 1024;
 constexpr std::uint32_t MAX_DESCRIPTOR_SIZE = 65536;
+constexpr std::uint32_t MAX_BRIGHTNESS = 9999; // the LED driver writes four characters
 
 /// The parser destroys its tables by recursion, so a dotted name with very many parts would exhaust
 /// the stack.
@@ -71,6 +72,36 @@ void readDevice(const ProfileReader& reader, DriverNames& names, DeviceProfile& 
         device.description = reader.text("description");
 }
 
+void readFan(const ProfileReader& reader, FanProfile& fan) {
+    fan.maximum = reader.number("maximum");
+    if (reader.has("enable"))
+        fan.enable = reader.device("enable");
+    if (reader.has("manual"))
+        fan.manual = reader.number("manual", 0, INT32_MAX);
+    if (reader.has("automatic"))
+        fan.automatic = reader.number("automatic", 0, INT32_MAX);
+    if (reader.has("on_exit"))
+        fan.onExit = static_cast<FanProfile::OnExit>(reader.word(
+            "on_exit", {{"restore", static_cast<std::int32_t>(FanProfile::OnExit::RESTORE)},
+                        {"keep", static_cast<std::int32_t>(FanProfile::OnExit::KEEP)},
+                        {"full", static_cast<std::int32_t>(FanProfile::OnExit::FULL)}}));
+    if (reader.has("tach"))
+        fan.tach = reader.device("tach");
+}
+
+std::uint32_t readOn(const ProfileReader& reader) {
+    return reader.has("on") ? reader.number("on", 1, MAX_BRIGHTNESS) : 1;
+}
+
+void readLed(const ProfileReader& reader, LedDeviceProfile& led) {
+    constexpr std::uint32_t SECOND_LIT_STATE = 2;
+    led.biStatus = reader.has("bi_status") && reader.boolean("bi_status");
+    led.on = readOn(reader);
+    if (led.biStatus && led.on == SECOND_LIT_STATE)
+        reader.fail("on", "2 is the second lit state of an LED with bi_status (expected another "
+                          "brightness)");
+}
+
 DescriptorProfile readDescriptor(const ProfileReader& reader) {
     DescriptorProfile descriptor;
     descriptor.device = reader.device("device");
@@ -117,8 +148,9 @@ LedSequencerProfile readLeds(const ProfileReader& reader) {
     if (reader.has("access"))
         leds.access = static_cast<LedCtrl::AccessMethod>(reader.wordOrNumber(
             "access", {{"files", LedCtrl::ACCESS_FILES}, {"none", LedCtrl::ACCESS_NONE}}));
-    for (const ProfileReader& file : reader.tables("file", {"mask", "path"}))
-        leds.files.push_back({static_cast<std::int32_t>(file.number("mask")), file.device("path")});
+    for (const ProfileReader& file : reader.tables("file", {"mask", "path", "on"}))
+        leds.files.push_back(
+            {static_cast<std::int32_t>(file.number("mask")), file.device("path"), readOn(file)});
     for (const ProfileReader& command :
          reader.tables("command", {"word1", "word2", "number", "mask", "action", "group", "time_ms",
                                    "default"}))
@@ -133,16 +165,16 @@ Profile Profile::load(const std::string& path) {
     const ProfileSource source{path, std::filesystem::path(path).parent_path()};
     const ProfileReader root(source, document, "",
                              {"fan", "thermal", "power", "led", "descriptor", "voip", "preferences",
-                              "button", "firmware", "leds"});
+                              "button", "firmware", "leds", "simulated"});
     Profile profile;
+    profile.simulated = root.has("simulated") && root.boolean("simulated");
     DriverNames names;
     for (const ProfileReader& reader :
-         root.tables("fan", {"name", "device", "description", "maximum", "enable"})) {
+         root.tables("fan", {"name", "device", "description", "maximum", "enable", "manual",
+                             "automatic", "on_exit", "tach"})) {
         FanProfile& fan = profile.fans.emplace_back();
         readDevice(reader, names, fan);
-        fan.maximum = reader.number("maximum");
-        if (reader.has("enable"))
-            fan.enable = reader.device("enable");
+        readFan(reader, fan);
     }
     for (const ProfileReader& reader :
          root.tables("thermal", {"name", "device", "description", "maximum"})) {
@@ -153,10 +185,10 @@ Profile Profile::load(const std::string& path) {
     for (const ProfileReader& reader : root.tables("power", {"name", "device", "description"}))
         readDevice(reader, names, profile.powers.emplace_back());
     for (const ProfileReader& reader :
-         root.tables("led", {"name", "device", "description", "bi_status"})) {
+         root.tables("led", {"name", "device", "description", "bi_status", "on"})) {
         LedDeviceProfile& led = profile.leds.emplace_back();
         readDevice(reader, names, led);
-        led.biStatus = reader.has("bi_status") && reader.boolean("bi_status");
+        readLed(reader, led);
     }
     if (const auto reader = root.table("descriptor", {"device", "read_chunk", "size"}))
         profile.descriptor = readDescriptor(*reader);

@@ -23,8 +23,19 @@ struct DeviceProfile {
 };
 
 struct FanProfile : DeviceProfile {
+    /// What a host does at its end with a fan that it has set.
+    enum class OnExit : std::int32_t {
+        RESTORE, ///< sets the speed and the mode that it found
+        KEEP,    ///< leaves the fan as it is
+        FULL,    ///< sets full speed
+    };
+
     std::uint32_t maximum = 0;       ///< the value that means full speed
-    std::optional<NamedPath> enable; ///< a file that must hold 1 before the fan obeys
+    std::optional<NamedPath> enable; ///< a file that selects manual or automatic control
+    std::uint32_t manual = 1;        ///< what `enable` must hold before the fan obeys
+    std::uint32_t automatic = 2;     ///< what `enable` holds if the chip controls the fan
+    OnExit onExit = OnExit::RESTORE;
+    std::optional<NamedPath> tach; ///< a file with the speed in revolutions per minute
 };
 
 struct ThermalProfile : DeviceProfile {
@@ -36,6 +47,7 @@ struct PowerProfile : DeviceProfile {};
 /// One LED behind a kernel driver.
 struct LedDeviceProfile : DeviceProfile {
     bool biStatus = false; ///< has two lit states
+    std::uint32_t on = 1;  ///< the brightness that means lit, 1 to 9999; not 2 with two lit states
 };
 
 /// The EEPROM that holds the board descriptor.
@@ -56,6 +68,7 @@ struct LedSequencerProfile {
     struct File {
         std::int32_t mask = 0; ///< the LED, as a bit of 32
         NamedPath path;
+        std::uint32_t on = 1; ///< the brightness that means lit, 1 to 9999
     };
     struct Command {
         std::string word1;
@@ -96,6 +109,7 @@ struct Profile {
     std::optional<NamedPath> button;      ///< a device file
     std::optional<NamedPath> firmware;    ///< the information file
     std::optional<LedSequencerProfile> ledService;
+    bool simulated = false; ///< no value of this board was measured
 
     /// Reads `path`. Throws Error with one line, "FILE:LINE: KEY: what is wrong (expected ...)", if
     /// the file can't be read, is larger than 1 MiB or is not TOML, if a line has more than 256

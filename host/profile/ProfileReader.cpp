@@ -124,9 +124,15 @@ std::int32_t ProfileReader::signedNumber(const char* key) const {
     return static_cast<std::int32_t>(integer(key, INT32_MIN, INT32_MAX));
 }
 
+std::int32_t ProfileReader::word(const char* key, Words words) const {
+    return wordOr(key, words, "");
+}
+
 std::int32_t ProfileReader::wordOrNumber(const char* key, Words words) const {
-    if (!node(key).is_string())
-        return signedNumber(key);
+    return node(key).is_string() ? wordOr(key, words, ", or a number") : signedNumber(key);
+}
+
+std::int32_t ProfileReader::wordOr(const char* key, Words words, const char* alternative) const {
     const std::string value = text(key);
     std::vector<std::string> known;
     for (const auto& [word, number] : words) {
@@ -134,7 +140,7 @@ std::int32_t ProfileReader::wordOrNumber(const char* key, Words words) const {
             return number;
         known.emplace_back(word);
     }
-    fail(key, "'" + value + "' is unknown (expected " + join(known) + ", or a number)" +
+    fail(key, "'" + value + "' is unknown (expected " + join(known) + alternative + ")" +
                   didYouMean(value, known));
 }
 

@@ -46,6 +46,8 @@ public:
     std::uint32_t number(const char* key, std::uint32_t minimum = 0,
                          std::uint32_t maximum = UINT32_MAX) const;
     std::int32_t signedNumber(const char* key) const;
+    /// One of `words`.
+    std::int32_t word(const char* key, Words words) const;
     /// One of `words`, or any signed number.
     std::int32_t wordOrNumber(const char* key, Words words) const;
 
@@ -66,6 +68,7 @@ private:
     std::string lineOf(const toml::source_region& region) const;
     [[noreturn]] void failAt(const toml::source_region& region, const std::string& place,
                              const std::string& what) const;
+    std::int32_t wordOr(const char* key, Words words, const char* alternative) const;
     const toml::node& node(const char* key) const;
     std::int64_t integer(const char* key, std::int64_t minimum, std::int64_t maximum) const;
 

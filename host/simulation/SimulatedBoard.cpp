@@ -16,6 +16,7 @@ namespace board {
 namespace {
 
 constexpr char PROFILE[] = R"(# A simulated board. Paths are relative to this file.
+simulated = true
 
 [[fan]]
 name = "fan"

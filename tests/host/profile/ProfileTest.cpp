@@ -29,6 +29,7 @@ std::string complaintOf(const TempDir& dir, const std::string& text) {
 TEST(Profile, ReadsDefaultsDeviceClassesActionsAndPlainNumbers) {
     const TempDir dir;
     std::string text = "[[fan]]\nname='f'\ndevice='hwmon:tmp105/pwm1'\nmaximum=4294967295\n"
+                       "[[led]]\nname='a'\ndevice='a'\n[[led]]\nname='b'\ndevice='b'\non=9999\n"
                        "[descriptor]\ndevice='/abs'\nread_chunk=1\nsize=65536\n"
                        "[leds]\naccess=7\ntick_ms=4294967\n"
                        "blink_pattern=0xF000000F\n";
@@ -39,6 +40,10 @@ TEST(Profile, ReadsDefaultsDeviceClassesActionsAndPlainNumbers) {
     const Profile profile = Profile::load(dir.path("board.toml"));
     EXPECT_EQ(profile.fans[0].device.path, "hwmon:tmp105/pwm1");
     EXPECT_EQ(profile.fans[0].maximum, 4294967295U);
+    EXPECT_EQ(std::tie(profile.fans[0].manual, profile.fans[0].automatic), std::tuple(1U, 2U));
+    EXPECT_EQ(profile.fans[0].onExit, board::FanProfile::OnExit::RESTORE);
+    EXPECT_EQ(std::tie(profile.leds[0].on, profile.leds[1].on), std::tuple(1U, 9999U));
+    EXPECT_FALSE(profile.simulated);
     EXPECT_EQ(profile.descriptor->device.path, "/abs");
     EXPECT_EQ(profile.descriptor->readChunk, 1U);
     EXPECT_EQ(profile.descriptor->size, 65536U);
@@ -56,13 +61,21 @@ TEST(Profile, ReadsDefaultsDeviceClassesActionsAndPlainNumbers) {
     EXPECT_EQ(std::tie(commands[0].number, commands[0].group, commands[0].timeMs),
               std::tuple(0, 0, 0));
 
-    dir.write("board.toml", "[descriptor]\ndevice='d'\n[voip]\n[leds]\n");
+    dir.write("board.toml", "simulated=true\n[descriptor]\ndevice='d'\n[voip]\n[leds]\n"
+                            "[[leds.file]]\nmask=1\npath='p'\non=255\n[[fan]]\nname='f'\n"
+                            "device='d'\nmaximum=1\nmanual=0\nautomatic=5\non_exit='full'\n"
+                            "tach='led:x'\n");
     const Profile plain = Profile::load(dir.path("board.toml"));
     EXPECT_EQ(plain.descriptor->readChunk, 128U);
     EXPECT_EQ(plain.descriptor->size, 512U);
     EXPECT_FALSE(plain.voip->borderController);
     EXPECT_EQ(plain.voip->defaultSipLegs, 0U);
     EXPECT_EQ(plain.ledService->tickMs, 100U);
+    EXPECT_EQ(plain.ledService->files[0].on, 255U);
+    EXPECT_EQ(std::tie(plain.fans[0].manual, plain.fans[0].automatic), std::tuple(0U, 5U));
+    EXPECT_EQ(plain.fans[0].onExit, board::FanProfile::OnExit::FULL);
+    EXPECT_EQ(plain.fans[0].tach->path, "led:x");
+    EXPECT_TRUE(plain.simulated);
 }
 
 TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
@@ -77,9 +90,17 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
         {fan + "maximum='x'\n", "4: fan[0].maximum: is of type string (expected 0 to 4294967295)"},
         {fan, "1: fan[0].maximum: missing (expected in this table)"},
         {fan + "maxium=1\n", "4: fan[0].maxium: unknown key (expected name, device, description, "
-                             "maximum, enable); did you mean 'maximum'?"},
+                             "maximum, enable, manual, automatic, on_exit, tach); did you mean "
+                             "'maximum'?"},
+        {fan + "maximum=1\non_exit='stop'\n",
+         "5: fan[0].on_exit: 'stop' is unknown (expected restore, keep, full)"},
+        {"[[led]]\nname='l'\ndevice='d'\non=0\n",
+         "4: led[0].on: 0 is out of range (expected 1 to 9999)"},
+        {"[[led]]\nname='l'\ndevice='d'\non=2\nbi_status=true\n",
+         "4: led[0].on: 2 is the second lit state of an LED with bi_status (expected another "
+         "brightness)"},
         {"[[fna]]\n", "1: fna: unknown key (expected fan, thermal, power, led, descriptor, voip, "
-                      "preferences, button, firmware, leds); did you mean 'fan'?"},
+                      "preferences, button, firmware, leds, simulated); did you mean 'fan'?"},
         {"[leds]\naccess='flies'\n", "2: leds.access: 'flies' is unknown (expected files, none, or "
                                      "a number); did you mean 'files'?"},
         {"fan=[1]\n", "1: fan[0]: is of type integer (expected a table)"},
@@ -106,7 +127,7 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
         {"[voip]\nborder_controller=1\n",
          "2: voip.border_controller: is of type integer (expected true or false)"},
         {"\"a\\nb\"=1\n", "1: a\\x0ab: unknown key (expected fan, thermal, power, led, descriptor, "
-                          "voip, preferences, button, firmware, leds)"},
+                          "voip, preferences, button, firmware, leds, simulated)"},
     };
     const TempDir dir;
     for (const auto& each : CASES)

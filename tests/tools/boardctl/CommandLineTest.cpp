@@ -127,7 +127,7 @@ TEST(CommandLine, NamesWhatIsWrongWithABoardAndStartsNothing) {
     expectTranscript(TempDir(), R"sh(
 $ printf "[[fan]]\nname='fan'\ndevice='speed'\nmaximum=255\nspeed=3\n" >board.toml
 $ json fan --board board.toml 2>messages
-{"error":"board.toml:5: fan[0].speed: unknown key (expected name, device, description, maximum, enable)"}
+{"error":"board.toml:5: fan[0].speed: unknown key (expected name, device, description, maximum, enable, manual, automatic, on_exit, tach)"}
 [1]
 $ boardctl sim create sim && boardctl sim create sim
 created sim/board.toml; try: boardctl --board sim/board.toml info

@@ -70,9 +70,9 @@ $ boardctl --board board.toml led status blink 1 1
 ! boardctl: LED 'status': the device holds 0 after another state was written
 [1]
 $ rm dev/status; json --board board.toml led status bi on; boardctl --board board.toml led status
-{"error":"LED 'status': board.toml:22: led[0].device: dev/status: can't open: No such file or directory"}
-! boardctl: LED 'status': board.toml:22: led[0].device: dev/status: can't open: No such file or directory
-! boardctl: 'status': board.toml:22: led[0].device: dev/status: can't open: No such file or directory
+{"error":"LED 'status': board.toml:23: led[0].device: dev/status: can't open: No such file or directory"}
+! boardctl: LED 'status': board.toml:23: led[0].device: dev/status: can't open: No such file or directory
+! boardctl: 'status': board.toml:23: led[0].device: dev/status: can't open: No such file or directory
 [1]
 $ printf "[[led]]\nname='plain'\ndevice='plain'\n" >plain.toml; printf 0 >plain
 $ boardctl --board plain.toml led plain bi on

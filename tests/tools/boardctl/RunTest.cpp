@@ -65,7 +65,7 @@ $ boardctl --board board.toml run --for 0 --format json 2>&1 | steady | sed -n '
 {"event":"ready"}
 {"event":"stopped"}
 $ boardctl --board board.toml sim press
-! boardctl: board.toml:39: button.device: dev/button: nobody watches the button (start `boardctl run` on this board)
+! boardctl: board.toml:40: button.device: dev/button: nobody watches the button (start `boardctl run` on this board)
 [1]
 )sh");
 }
@@ -176,11 +176,11 @@ TEST_F(HostedBoard, PlaysLinesOfOtherProcessesAndReportsItsButton) {
 $ printf 'x%.0s' `seq 300` >/tmp/evt.fifo; printf 'a\0b\n\377\n' >/tmp/evt.fifo; printf '\nline idle\n' >/tmp/evt.fifo
 $ five() { for i in 1 2 3 4 5; do boardctl --board board.toml sim press --for 0 2>log; done; }; five & five & five & wait
 $ boardctl --board board.toml button watch
-! boardctl: board.toml:39: button.device: dev/button: another program watches this button
+! boardctl: board.toml:40: button.device: dev/button: another program watches this button
 [1]
 $ boardctl --board board.toml run --for 0 2>&1 | grep -e another -e watching
 boardctl: leds: leds/power: another program drives the LEDs of this board; they are left alone
-boardctl: button: board.toml:39: button.device: dev/button: another program watches this button
+boardctl: button: board.toml:40: button.device: dev/button: another program watches this button
 $ boardctl run --for 0 2>&1 | grep -e use
 boardctl: leds: /tmp/evt.fifo: the pipe is in use: another LED service reads it; the LEDs run without commands
 )sh");

@@ -1,4 +1,4 @@
-#include "board/KernelEndpoint.h"
+#include "devices/KernelEndpoint.h"
 
 #include <utility>
 

@@ -1,0 +1,110 @@
+#include "devices/HostedFan.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "base/File.h"
+#include "devices/DeviceValue.h"
+
+namespace board {
+
+namespace {
+
+Result<void> putBack(const std::string& path, const Result<std::string>& found) {
+    if (!found)
+        return Fault{"what it held before is not known: " + found.fault()};
+    return writeContent(path, *found);
+}
+
+} // namespace
+
+HostedFan::HostedFan(IDriverRepository* repository, const String& endpoint,
+                     const FanProfile& profile, std::string path, DeviceLocator locator)
+    : CFanControl(repository, profile.name.c_str(), endpoint), m_profile(profile),
+      m_path(std::move(path)), m_locator(std::move(locator)) {}
+
+template <class Use>
+Result<void> HostedFan::withModeFile(Use use) const {
+    return withNamedFile(*m_profile.enable, m_locator, use);
+}
+
+XCode HostedFan::setFanSpeed(FanSpeed speed) {
+    m_fault.reset();
+    if (!m_isManual && isValid()) {
+        const Result<void> taken = takeOver();
+        if (!taken) {
+            m_fault = taken.fault();
+            return XCode(XCode::FAILURE);
+        }
+    }
+    return CFanControl::setFanSpeed(speed);
+}
+
+Result<void> HostedFan::takeOver() {
+    Found found{readContent(m_path), Fault{"there is no file that selects the control"}};
+    if (m_profile.enable) {
+        const Result<void> written = withModeFile([&](const std::string& path) {
+            found.mode = readContent(path);
+            return writeContent(path, std::to_string(m_profile.manual));
+        });
+        if (!written)
+            return written;
+    }
+    if (!m_found)
+        m_found = std::move(found);
+    m_isManual = true;
+    return {};
+}
+
+Result<void> HostedFan::setAutomatic() {
+    if (!m_profile.enable)
+        return Fault{"the profile names no file that selects automatic control (expected the key "
+                     "enable)"};
+    m_isManual = false;
+    return withModeFile([&](const std::string& path) -> Result<void> {
+        const auto wanted = static_cast<std::int32_t>(m_profile.automatic);
+        const Result<void> written = writeContent(path, std::to_string(wanted));
+        if (!written)
+            return written;
+        const Result<std::int32_t> held = readFanMode(path);
+        if (!held)
+            return Fault{held.fault()};
+        if (*held != wanted)
+            return Fault{path + ": holds " + std::to_string(*held) + " after " +
+                         std::to_string(wanted) + " was written"};
+        return {};
+    });
+}
+
+Result<void> HostedFan::giveBack() {
+    if (!m_found)
+        return {};
+    const Found found = *std::exchange(m_found, std::nullopt);
+    m_isManual = false;
+    switch (m_profile.onExit) {
+    case FanProfile::OnExit::KEEP:
+        return {};
+    case FanProfile::OnExit::FULL:
+        errno = 0; // the driver ignores the result of its write, which leaves its reason here
+        if (!CFanControl::setFanSpeed(FAN_SPEED_FULL).isSuccess() || errno != 0)
+            return Fault{m_path + ": can't write: " + reasonOf(errno)};
+        return {};
+    case FanProfile::OnExit::RESTORE:
+        return restore(found);
+    }
+    return {};
+}
+
+/// The speed comes first: some chips accept one only while they are under manual control.
+Result<void> HostedFan::restore(const Found& found) const {
+    const Result<void> speed = putBack(m_path, found.speed);
+    const Result<void> mode =
+        m_profile.enable
+            ? withModeFile([&](const std::string& path) { return putBack(path, found.mode); })
+            : Result<void>();
+    if (!speed && !mode)
+        return Fault{speed.fault() + "; " + mode.fault()};
+    return speed ? mode : speed;
+}
+
+} // namespace board

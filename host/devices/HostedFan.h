@@ -1,0 +1,58 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "CFanControl.h"
+#include "base/Result.h"
+#include "profile/DeviceLocator.h"
+#include "profile/Profile.h"
+
+namespace board {
+
+/// The driver of a fan on a hosted board. It takes the fan off automatic control just before it
+/// sets a speed for the first time, and can give the fan back as it was. Reading changes nothing.
+class HostedFan : public CFanControl {
+public:
+    /// `profile` must outlive the object. `path` is the fan's device file.
+    HostedFan(IDriverRepository* repository, const String& endpoint, const FanProfile& profile,
+              std::string path, DeviceLocator locator);
+
+    /// As in the base, except for the first speed: before it, remembers what the device and the
+    /// file that selects the control hold, and writes the number for manual control. If that
+    /// number can't be written, nothing is set, the request is not remembered, and `fault` says
+    /// why.
+    XCode setFanSpeed(FanSpeed speed) override;
+
+    /// Why the last `setFanSpeed` failed before it reached the device; empty otherwise.
+    const std::optional<std::string>& fault() const { return m_fault; }
+
+    /// Puts the fan under automatic control and reads back that it is. The next speed that is set
+    /// takes it off again.
+    Result<void> setAutomatic();
+
+    /// What the profile asks for at the end of a host. Does nothing unless a speed has been set
+    /// since construction or the last call. A fault tells everything that could not be done.
+    Result<void> giveBack();
+
+private:
+    /// What the files held before the first speed was set.
+    struct Found {
+        Result<std::string> speed;
+        Result<std::string> mode; ///< a fault if there is no such file
+    };
+
+    template <class Use>
+    Result<void> withModeFile(Use use) const;
+    Result<void> takeOver();
+    Result<void> restore(const Found& found) const;
+
+    const FanProfile& m_profile;
+    const std::string m_path;
+    const DeviceLocator m_locator;
+    std::optional<Found> m_found;
+    bool m_isManual = false;
+    std::optional<std::string> m_fault;
+};
+
+} // namespace board
