@@ -15,7 +15,8 @@ import sys
 # floor belongs to its parent.
 FLOORS = [
     ["tools/boardctl"],
-    *([f"host/{room}"] for room in ("simulation", "board", "leds", "button", "descriptor", "devices", "profile", "base")),
+    *([f"host/{room}"] for room in
+      ("simulation", "board", "leds", "button", "descriptor", "devices", "profile", "sysfs", "base")),
     ["drivers/kernel", "drivers/boarddescr", "drivers/resource"],
     ["drivers", "services/led", "services/button", "sysinfo"],
     ["include"],

@@ -84,6 +84,11 @@ off_t trySize(const FileDescriptor& file) {
     return ::lseek(file.number(), 0, SEEK_END);
 }
 
+off_t trySize(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? status.st_size : -1;
+}
+
 mode_t permissionsOf(const FileDescriptor& file) {
     struct stat status {};
     return ::fstat(file.number(), &status) == 0 ? status.st_mode & 07777 : 0;
@@ -208,6 +213,17 @@ std::optional<std::string> tryReadLine(const std::string& path) {
 void expectReadable(const std::string& path) {
     if (::access(path.c_str(), R_OK) != 0)
         failWith(path, "can't open", errno);
+}
+
+void expectWritable(const std::string& path) {
+    constexpr mode_t WRITE = 0222;
+    constexpr char WHAT[] = "can't open for writing";
+    if (::access(path.c_str(), W_OK) != 0)
+        failWith(path, WHAT, errno);
+    struct stat status {};
+    // In the kernel's device tree, nobody may write to such a file, not even root.
+    if (isDevice(path) && ::stat(path.c_str(), &status) == 0 && (status.st_mode & WRITE) == 0)
+        failWith(path, WHAT, EACCES);
 }
 
 bool tryLock(const FileDescriptor& file) {

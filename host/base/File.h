@@ -40,6 +40,8 @@ mode_t permissionsOf(const FileDescriptor& file);
 
 /// The size of a file or a block device, found by moving to its end; -1 on failure.
 off_t trySize(const FileDescriptor& file);
+/// The size that the file system states, without opening the file; -1 on failure.
+off_t trySize(const std::string& path);
 
 /// True for block devices and for files of the kernel's device tree (sysfs), such as an EEPROM. A
 /// sysfs file looks like an ordinary one, but a new file can't take its place. False if the file
@@ -95,6 +97,9 @@ std::optional<std::string> tryReadLine(const std::string& path);
 
 /// Throws Error with the system's reason if the file can't be opened for reading.
 void expectReadable(const std::string& path);
+/// Throws Error with the system's reason if the file can't be opened for writing, as far as its
+/// permissions tell: the file is not opened.
+void expectWritable(const std::string& path);
 
 /// Locks the open file exclusively, without waiting. `errno` is EWOULDBLOCK if another descriptor
 /// holds the lock.

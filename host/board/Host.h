@@ -9,8 +9,8 @@
 #include "CKernelDriver.h"
 #include "CResourceVoip.h"
 #include "TYPPtr.h"
-#include "profile/DeviceLocator.h"
 #include "profile/Profile.h"
+#include "sysfs/DeviceLocator.h"
 
 namespace board {
 

@@ -5,8 +5,8 @@
 
 #include "base/Error.h"
 #include "base/Result.h"
-#include "profile/DeviceLocator.h"
 #include "profile/NamedPath.h"
+#include "sysfs/DeviceLocator.h"
 
 /// The number in a device file. The drivers take a file without a number for one that holds 0, so
 /// the host looks at the file before it believes a driver.

@@ -5,8 +5,8 @@
 
 #include "CFanControl.h"
 #include "base/Result.h"
-#include "profile/DeviceLocator.h"
 #include "profile/Profile.h"
+#include "sysfs/DeviceLocator.h"
 
 namespace board {
 

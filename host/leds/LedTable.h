@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "LedCtrl.h"
-#include "profile/DeviceLocator.h"
 #include "profile/Profile.h"
+#include "sysfs/DeviceLocator.h"
 
 namespace board {
 

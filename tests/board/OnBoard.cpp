@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include "base/File.h"
-#include "profile/DeviceLocator.h"
+#include "sysfs/DeviceLocator.h"
 
 namespace onboard {
 

@@ -4,7 +4,7 @@
 
 #include "base/Error.h"
 #include "output/Messages.h"
-#include "profile/DeviceLocator.h"
+#include "sysfs/DeviceLocator.h"
 
 namespace boardctl {
 

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "sysfs/Monitors.h"
+
+namespace board {
+
+/// Finds devices by name, because the kernel may number them differently at each boot.
+class DeviceLocator {
+public:
+    /// `sysfs` is where the kernel's device tree is mounted. Tests pass another folder.
+    explicit DeviceLocator(std::string sysfs = "/sys") : m_sysfs(std::move(sysfs)) {}
+
+    /// The path that `device` stands for:
+    /// - "hwmon:NAME/FILE" is the file FILE of the hardware monitor whose `name` file holds NAME.
+    ///   If it has no such file, FILE may be a label: the text in the file `temp1_label`, for
+    ///   example, means `temp1_input`.
+    /// - "hwmon:NAME@BUSDEVICE/FILE" chooses among monitors of one name.
+    /// - "led:NAME" is the brightness file of that LED.
+    /// - Anything else is a path and is returned unchanged.
+    /// Throws Error, listing what was found instead, if none or several match.
+    std::string locate(const std::string& device) const;
+
+    /// The name for the file of a monitor that stays the same at each boot, without BUSDEVICE if
+    /// NAME alone is enough. Its path, if no name leads there.
+    std::string nameOf(const Monitor& monitor, const std::string& file) const;
+
+    const std::string& sysfs() const { return m_sysfs; }
+
+private:
+    std::string locateMonitor(const std::string& device, const std::string& words) const;
+    std::string locateLed(const std::string& device, const std::string& name) const;
+
+    std::string m_sysfs;
+};
+
+/// The name of an LED for `locate`.
+std::string nameOfLed(const std::string& led);
+
+} // namespace board

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/Result.h"
+
+namespace board {
+
+/// An input device that has keys.
+struct InputDevice {
+    std::string file;                    ///< such as "/dev/input/event0"
+    Result<std::string> name;            ///< what its driver calls it
+    Result<std::vector<unsigned>> codes; ///< its keys, ascending, in the kernel's numbers
+};
+
+/// All of them, in the kernel's order, which may change at each boot. Only their descriptions are
+/// read: the devices themselves may need rights.
+std::vector<InputDevice> inputDevicesOf(const std::string& sysfs);
+
+/// Ascending numbers for people: "1 to 10, 28".
+std::string rangesOf(const std::vector<unsigned>& numbers);
+
+} // namespace board
