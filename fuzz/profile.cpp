@@ -99,8 +99,8 @@ void checkProfile(const Profile& profile) {
         expect(row.word1.find('\0') == std::string::npos &&
                    row.word2.find('\0') == std::string::npos,
                "words are texts");
-    for (const std::string& mistake : board::checkLeds(leds))
-        expect(mistake.rfind("/proc/self/fd/", 0) == 0, "a mistake in a table has its place");
+    for (const board::ProfileFault& mistake : board::checkLeds(leds))
+        expect(mistake.place.rfind("/proc/self/fd/", 0) == 0, "a mistake in a table has its place");
 }
 
 } // namespace

@@ -31,7 +31,7 @@ class Check {
 public:
     explicit Check(const LedSequencerProfile& profile) : m_profile(profile) {}
 
-    std::vector<std::string> run() {
+    std::vector<ProfileFault> run() {
         if (m_profile.tickUs() == 0)
             note(m_profile.place + ".tick_ms",
                  std::to_string(m_profile.tickMs) +
@@ -48,7 +48,7 @@ public:
 
 private:
     void note(const std::string& place, const std::string& what) {
-        m_notes.push_back(place + ": " + what);
+        m_notes.push_back({place, what});
     }
 
     void checkFile(const LedSequencerProfile::File& file) {
@@ -139,12 +139,12 @@ private:
     std::uint32_t m_shown = 0;
     std::map<std::uint32_t, const LedSequencerProfile::File*> m_files;
     std::map<Key, const Row*> m_rows;
-    std::vector<std::string> m_notes;
+    std::vector<ProfileFault> m_notes;
 };
 
 } // namespace
 
-std::vector<std::string> checkLeds(const LedSequencerProfile& profile) {
+std::vector<ProfileFault> checkLeds(const LedSequencerProfile& profile) {
     return Check(profile).run();
 }
 

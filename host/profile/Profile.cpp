@@ -25,8 +25,9 @@ void refuseDeepNames(const std::string& path, const std::string& text) {
     std::string line;
     for (int number = 1; std::getline(lines, line); ++number)
         if (std::count(line.begin(), line.end(), '.') > MAX_DOTS)
-            throw Error(path + ":" + std::to_string(number) + ": too many dots (expected at most " +
-                        std::to_string(MAX_DOTS) + " in a line)");
+            throw ProfileError(path, {path + ":" + std::to_string(number),
+                                      "too many dots (expected at most " +
+                                          std::to_string(MAX_DOTS) + " in a line)"});
 }
 
 toml::table parse(const std::string& path) {
@@ -44,8 +45,8 @@ toml::table parse(const std::string& path) {
     try {
         return toml::parse(text, path);
     } catch (const toml::parse_error& error) {
-        throw Error(path + ":" + std::to_string(error.source().begin.line) +
-                    ": not TOML: " + printable(std::string(error.description())));
+        throw ProfileError(path, {path + ":" + std::to_string(error.source().begin.line),
+                                  "not TOML: " + printable(std::string(error.description()))});
     }
 }
 

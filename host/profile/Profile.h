@@ -111,10 +111,10 @@ struct Profile {
     std::optional<LedSequencerProfile> ledService;
     bool simulated = false; ///< no value of this board was measured
 
-    /// Reads `path`. Throws Error with one line, "FILE:LINE: KEY: what is wrong (expected ...)", if
-    /// the file can't be read, is larger than 1 MiB or is not TOML, if a line has more than 256
-    /// dots, and for keys that are unknown or missing, wrong types, numbers out of range, and names
-    /// that are empty or not unique.
+    /// Reads `path`. Throws Error if it can't be read, is not a file or is larger than 1 MiB.
+    /// Throws ProfileError with one line, "FILE:LINE: KEY: what is wrong (expected ...)", if it is
+    /// not TOML, if a line has more than 256 dots, and for keys that are unknown or missing, wrong
+    /// types, numbers out of range, and names that are empty or not unique.
     static Profile load(const std::string& path);
 };
 

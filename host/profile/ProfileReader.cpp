@@ -46,7 +46,7 @@ std::string ProfileReader::lineOf(const toml::source_region& region) const {
 
 void ProfileReader::failAt(const toml::source_region& region, const std::string& place,
                            const std::string& what) const {
-    throw Error(lineOf(region) + printable(place + ": " + what));
+    throw ProfileError(m_source.name, {lineOf(region) + printable(place), printable(what)});
 }
 
 void ProfileReader::fail(const char* key, const std::string& what) const {

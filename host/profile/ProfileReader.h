@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "base/Error.h"
 #include "profile/NamedPath.h"
+#include "profile/ProfileError.h"
 #include "profile/Toml.h"
 
 namespace board {
@@ -20,8 +20,8 @@ struct ProfileSource {
     std::filesystem::path folder; ///< that paths in it are relative to
 };
 
-/// One table of the profile, read with checks. Every function throws Error if the profile is wrong,
-/// with one line: "FILE:LINE: KEY: what is wrong (expected ...)".
+/// One table of the profile, read with checks. Every function throws ProfileError if the profile
+/// is wrong, with one line: "FILE:LINE: KEY: what is wrong (expected ...)".
 class ProfileReader {
 public:
     using Keys = std::initializer_list<const char*>;

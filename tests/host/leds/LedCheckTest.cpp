@@ -41,10 +41,11 @@ TEST(LedCheck, ReportsEachMistakeWithItsPlace) {
         {"[[leds.file]]\nmask = 0\npath = 'none'\n", "leds.file[3].path: the mask is 0"},
     };
     for (const auto& each : CASES) {
-        const std::vector<std::string> mistakes = board::checkLeds(ledsOf(FILES + each.text));
+        const auto mistakes = board::checkLeds(ledsOf(FILES + each.text));
         ASSERT_EQ(mistakes.size(), 1U)
-            << each.mistake << (mistakes.empty() ? "" : mistakes.front());
-        EXPECT_NE(mistakes[0].find(each.mistake), std::string::npos) << mistakes[0];
+            << each.mistake << (mistakes.empty() ? "" : mistakes.front().text());
+        const std::string mistake = mistakes.front().text();
+        EXPECT_NE(mistake.find(each.mistake), std::string::npos) << mistake;
     }
     EXPECT_EQ(board::checkLeds(ledsOf("[leds]\ntick_ms = 0\naccess = 2\n")).size(), 2U);
     // A line may end after its first word, and a row that a blank line names is correct too.

@@ -16,7 +16,9 @@ namespace {
 
 int checkTables(const Options& options) {
     const BoardProfile board(options);
-    const std::vector<std::string> mistakes = board::checkLeds(ledTablesOf(board));
+    std::vector<std::string> mistakes;
+    for (const board::ProfileFault& mistake : board::checkLeds(ledTablesOf(board)))
+        mistakes.push_back(mistake.text());
     if (options.json)
         printJson({{"mistakes", mistakes}});
     for (const std::string& mistake : mistakes)
