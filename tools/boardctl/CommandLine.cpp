@@ -45,8 +45,8 @@ int runCommandLine(int argc, char** argv) {
         ->check(oneOf({"text", "json", "metrics", "svg"}))
         ->option_text("text|json|metrics|svg");
     app.footer("Global options: --board FILE, --format FORMAT; see boardctl --help");
-    for (const auto add : {addRun, addInfo, addFan, addTemp, addPower, addLed, addLeds, addButton,
-                           addCpu, addFirmware, addBd, addSim})
+    for (const auto add : {addRun, addInfo, addProbe, addFan, addTemp, addPower, addLed, addLeds,
+                           addButton, addCpu, addFirmware, addBd, addSim})
         add(app, options);
     // The commands have copied the footer. The main help lists these options anyway.
     app.footer("");

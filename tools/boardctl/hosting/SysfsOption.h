@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "program/WordChecks.h"
+
+namespace boardctl {
+
+/// Adds the option that names the root of the kernel's device tree to a command.
+inline void addSysfsOption(CLI::App& command, std::string& sysfs) {
+    command.add_option("--sysfs", sysfs, "Where the kernel's device tree is mounted; default /sys")
+        ->check(notEmpty())
+        ->type_name("DIR");
+}
+
+} // namespace boardctl
