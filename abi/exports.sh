@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Prints what a built library exports, one name per line. Omits names that follow from the others:
-# thunks, types, interface tables.
+# Prints the names that a built library exports, one per line. Omits names that the compiler derives
+# from others: thunks, type information, the virtual tables of interfaces.
 # usage: abi/exports.sh LIBRARY
 set -euo pipefail
 

@@ -1,9 +1,9 @@
 """Prints the memory layout of the classes in the public headers: abi/layout.py LIBRARY... HEADER...
 
-For each class it prints the size, the offsets of the bases and members, and the slots of the
-virtual operations that the class declares. All of it comes from the compiler's debug information,
-which abidw reads. A base that is only plumbing is not shown; its own bases and slots are, as if the
-class itself had them.
+For each class, prints the size, the offsets of the bases and members, and the slots of the virtual
+operations that the class declares. abidw reads all of this from the compiler's debug information. A
+base TDriver<...> is not shown, because it only implements what all drivers share. Its bases and
+slots are shown as if the class itself had them.
 """
 
 import re
@@ -57,7 +57,7 @@ def classes(root):
 
 
 def parts(node, name, plumbing, start=0):
-    """Returns bases, members and slots of a class that begins `start` bytes into the one shown."""
+    """Returns bases, members and slots of a class that is `start` bytes into the class shown."""
     lines = set()
     for base in node.findall("base-class"):
         offset = start + int(base.get("layout-offset-in-bits")) // 8
@@ -90,8 +90,8 @@ def main(files):
     for header in [file for file in files if file.endswith(".h")]:
         with open(header, encoding="utf-8") as file:
             text = file.read()
-        # Code from a header in include/ without an export is compiled into the client, so it is not
-        # part of the binary interface.
+        # If a header in include/ exports nothing, its classes are compiled into the client and are
+        # not part of the binary interface.
         if "BOARD_API" in text or not header.startswith("include/"):
             wanted.update(re.findall(r"^ *(?:class|struct) (?:BOARD_API )?(\w+)(?: : .*)? \{$", text, re.MULTILINE))
     for library in [file for file in files if not file.endswith(".h")]:

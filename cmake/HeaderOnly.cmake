@@ -1,6 +1,6 @@
-# Header-only packages of the building machine, for every target machine. Each is linked into its
-# own folder in the build tree, because the folder that holds them all also holds the C library's
-# headers, which are wrong for a cross compiler.
+# Makes the header-only packages of the build machine usable for every target machine. The folder
+# that holds them (/usr/include) also holds the C library's headers, which are wrong for a cross
+# compiler. The build tree therefore has a folder for each package, with a link to its headers.
 function(board_header_only name header)
     find_path(${name}_FOLDER ${header} REQUIRED NO_CMAKE_FIND_ROOT_PATH)
     get_filename_component(folder ${header} DIRECTORY)

@@ -2,7 +2,7 @@
 if(BOARD_SANITIZE)
     add_compile_options(-fsanitize=${BOARD_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${BOARD_SANITIZE})
-    add_compile_definitions(BOARD_SANITIZED=1) # then tests repeat less
+    add_compile_definitions(BOARD_SANITIZED=1) # tests that repeat something repeat it less often
 else()
     add_compile_definitions(BOARD_SANITIZED=0)
 endif()
@@ -11,8 +11,8 @@ if(BOARD_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# A shared library must link everything that it uses. Not with sanitizers: only the program links
-# their runtime.
+# Makes the linker reject a shared library that does not link everything it uses. With sanitizers,
+# this is impossible, because only the program links their runtime.
 function(board_link_complete target)
     if(NOT BOARD_SANITIZE)
         target_link_options(${target} PRIVATE -Wl,--no-undefined)

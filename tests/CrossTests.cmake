@@ -1,5 +1,5 @@
-# Tests of a cross build: builds GoogleTest from source, because Debian has no library of it for the
-# target.
+# Builds GoogleTest from source for the tests of a cross build, because Debian has no GoogleTest
+# library for the target.
 set(INSTALL_GTEST OFF)
 set(BUILD_GMOCK OFF)
 add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
