@@ -10,11 +10,11 @@ namespace BD {
 
 /// One tag of the board descriptor. Numbers in the data are big-endian.
 struct BOARD_API Tag {
-    /// A tag without data.
+    /// Creates a tag without data.
     explicit Tag(TagId tagId = 0) : id(tagId) {}
 
-    /// Replaces the data with a copy of `bytes` and sets `length` to match. Always succeeds; if
-    /// memory runs out, the tag is left empty.
+    /// Replaces the data with a copy of `bytes` and sets `length` to match. Always returns success;
+    /// if memory runs out, the tag is left empty.
     XCode setData(const TString<char>& bytes);
 
     /// The same for the `n` bytes at `bytes`. If `bytes` is null, the data becomes empty but

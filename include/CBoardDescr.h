@@ -8,8 +8,8 @@
 #include "TDriver.h"
 #include "VELM_List.h"
 
-/// The board descriptor's driver: the tag list in memory, its image in a device file, and two
-/// reports.
+/// The board descriptor's driver: keeps the tag list in memory, loads and stores its image in a
+/// device file, and makes two reports.
 ///
 /// An image is a sequence of chunks from byte 0. A chunk consists of an identifier (2 bytes), the
 /// length of the whole chunk (2 bytes, at least 4) and data. Numbers are big-endian. Identifier
@@ -69,15 +69,16 @@ public:
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
 
-    /// The report of all tags as numbered byte dumps, at the same levels.
+    /// The raw report: a header row and, two levels deeper, a numbered row with a byte dump for
+    /// each tag.
     virtual InfoContainer& getRawInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                                       unsigned maxIndex, unsigned index,
                                       const String& prefix) const;
 
-    /// Appends the whole device file to `image`. Fails without a text if there is no device, and
-    /// otherwise with "FAILED TO OPEN DEVICE '%s'" or "FAILED TO READ DEVICE '%s'". If a read fails
-    /// or std::bad_alloc is thrown, `image` keeps the bytes that were read before. A board that
-    /// keeps its descriptor elsewhere overrides this and `writeRawBD`.
+    /// Appends the whole device file to `image`. Fails without a text if there is no device. Fails
+    /// with "FAILED TO OPEN DEVICE '%s'" or "FAILED TO READ DEVICE '%s'" if that is what happened.
+    /// If a read fails or std::bad_alloc is thrown, `image` keeps the bytes that were read before.
+    /// The class of a board that keeps its descriptor elsewhere overrides this and `writeRawBD`.
     virtual XCode readRawBD(TString<char>& image, String& error);
 
     /// Writes `image` to the start of the device file in one call; the device's bytes after the
@@ -90,9 +91,10 @@ public:
     /// tag is removed or a list is loaded.
     BD::Tag* getTag(BD::TagId id, unsigned index, String& error);
 
-    /// The position of occurrence `index` of `id`, or the end.
+    /// The position of occurrence `index` of `id`; the end of the list if there is none.
     TagList::Iterator getTagIterator(BD::TagId id, unsigned index);
-    /// The position of the first tag with `id` at `from` or after it, or the end.
+    /// The position of the first tag with `id` at or after `from`; the end of the list if there is
+    /// none.
     TagList::Iterator getTagIterator(TagList::Iterator& from, BD::TagId id);
 
     /// All tags in order, read-only.

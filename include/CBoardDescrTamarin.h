@@ -11,7 +11,7 @@ public:
     ~CBoardDescrTamarin() override;
 };
 
-/// Creates the board's descriptor driver, with an empty list. The caller owns its one reference. If
-/// construction throws, the memory is freed and the caller gets the exception. A host that loads
-/// the library at run time looks this function up by name.
+/// Creates the board's descriptor driver, with an empty list. The caller owns the driver's only
+/// reference. If construction throws, the memory is freed and the caller gets the exception. A host
+/// that loads the library at run time looks this function up by name.
 extern "C" BOARD_API CDriver* CREATE_BD();

@@ -40,8 +40,8 @@ public:
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
 
-    /// The SIP legs of a board whose descriptor does not state them. `setup` calls it once the DSP
-    /// channels are known.
+    /// The SIP legs of a board whose descriptor does not state them. `setup` calls this after it
+    /// has determined the DSP channels.
     virtual unsigned getDefaultSipLegs() = 0;
 
     ///@{

@@ -15,8 +15,8 @@
 /// at a time may use an object. The order of the members is part of the binary interface.
 class BOARD_API CpuLoad {
 public:
-    /// The kernel's counters. Only the first line is read: a name, then user, nice, system and idle
-    /// time, then others that are ignored.
+    /// The file with the kernel's counters. Only the first line is read: a name, then user, nice,
+    /// system and idle time, then others that are ignored.
     static constexpr char USAGE_FILE[] = "/proc/stat";
 
     CpuLoad();
@@ -28,12 +28,13 @@ public:
     XCode getCurrentLoad(unsigned long& busy, unsigned long& idle);
 
     /// Takes the first sample; the first `measure` compares its own sample with this one. Call it
-    /// once, before `measure`. Otherwise, `last` begins with the load since the system started, and
-    /// `mid` and `longest` are never set. Fails as `getCurrentLoad` does and then changes nothing.
+    /// once, before `measure`. Otherwise, the first `last` is the load since the system started,
+    /// and `mid` and `longest` are never set. Fails as `getCurrentLoad` does and then changes
+    /// nothing.
     XCode setup();
 
     /// Takes a sample and sets each output to the busy share of its span, 0 to 100: `last` for one
-    /// period, `mid` for 5, `longest` for 14. Until that many periods have passed, `mid` and
+    /// period, `mid` for 5, `longest` for 14. Until 5 or 14 periods have passed, `mid` and
     /// `longest` cover the time since the system started, because missing samples count as 0.
     ///
     /// An output is left unchanged if its span has no idle time, so initialize the variables:

@@ -14,8 +14,8 @@ class BOARD_API IFanControl : public IUnknown {
 public:
     static const VELM_UUID& IID();
 
-    /// Each comment states the number that is written for the speed, and the lowest number in the
-    /// device that reads back as it. `maximum` is the one that the kernel driver reported.
+    /// Each comment below states the number that is written for the speed, and the lowest number in
+    /// the device that reads back as it. `maximum` is the one that the kernel driver reported.
     /// Divisions are integer divisions, done from left to right.
     ///
     /// A speed can read back as another: with a maximum of 11, HIGH writes 6, which reads back as

@@ -34,8 +34,8 @@ public:
     virtual XCode getDescription(String& description) = 0;
 
     /// Reads the state of the LED; `status` is 0 on failure. A device that can be opened but holds
-    /// no number or can't be read counts as 0. For an LED on a bus, a write returns before the
-    /// chip has the new state, so a read may return the old state for some milliseconds.
+    /// no number or can't be read counts as 0. If the LED's chip is on a bus, a write returns
+    /// before the chip has the new state, so a read may return the old state for some milliseconds.
     virtual XCode getLedStatus(unsigned int& status) const = 0;
 
     /// Sets the state. While an overlay is on, only remembers the state and succeeds.

@@ -31,9 +31,9 @@ class BOARD_API LedCtrl : public TYThread {
 public:
     /// What a row of the command table does with its LEDs.
     enum ActionKind : std::int32_t {
-        ACTION_ON = 0,        ///< steady; with a time, lit for that long
-        ACTION_OFF = 1,       ///< ends steady and blinking
-        ACTION_BLINK = 2,     ///< follows the blink pattern; with a time, for that long
+        ACTION_ON = 0,        ///< lit steadily; with a time, only for that long
+        ACTION_OFF = 1,       ///< ends the steady or blinking state
+        ACTION_BLINK = 2,     ///< follows the blink pattern; with a time, only for that long
         ACTION_FLASH = 3,     ///< lit for one tick
         ACTION_ROLL_UP = 4,   ///< one LED of the mask after another, upward; endless without a time
         ACTION_ROLL_DOWN = 5, ///< the same, downward
@@ -62,7 +62,7 @@ public:
         /// 71 minutes wraps and becomes too short. A negative number wraps to an arbitrary
         /// duration; another row of the group then ends the action only if it is a roll.
         std::int32_t timeMs;
-        bool isDefault; ///< the row runs at each start and by ACTION_DEFAULTS
+        bool isDefault; ///< the row runs at each start and on ACTION_DEFAULTS
     };
 
     /// A row of the file table. If several rows have the same mask, the last one counts.
@@ -82,7 +82,7 @@ public:
     /// A running action.
     struct ActionDesc {
         const CmdDef* cmd;       ///< the row that started it, identified by its address
-        std::uint32_t ticksLeft; ///< until it ends, unless it is endless
+        std::uint32_t ticksLeft; ///< ticks until the action ends, unless it is endless
         std::uint32_t rollBit;   ///< the bit that a roll lit last; 1 at first
         bool endless;            ///< a roll without a time
     };
@@ -125,9 +125,9 @@ public:
 protected:
     struct NotStarted {};
 
-    /// Starts no thread. For previews and tests, which tick by themselves, and for hosts that
-    /// override `runThread`. A derived class that starts the thread must call `stop()` in its own
-    /// destructor.
+    /// Does not start the thread. For previews and tests, which call `nextOutput` or `update`
+    /// themselves, and for hosts that override `runThread`. A derived class that starts the thread
+    /// must call `stop()` in its own destructor.
     LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files,
             unsigned fileCount, AccessMethod method, unsigned tickMs, unsigned blinkPattern,
             NotStarted);
@@ -139,7 +139,8 @@ protected:
     void testFifo();
     /// Opens each LED's file.
     void openFiles();
-    /// Reads the pipe once and calls `handle` with each line; does nothing without a pipe or lines.
+    /// Reads the pipe once and calls `handle` with each line; does nothing if there is no pipe or
+    /// no line.
     void readLines(const std::function<void(char* line)>& handle);
     /// Reads the pipe once, logs each line and runs the row that it names.
     void readCmd();
@@ -148,7 +149,7 @@ protected:
     /// Runs the row that `line` names, if any. Always returns 0.
     int handleCmd(char* line);
 
-    /// Runs `cmd`, which must be a row of the table: actions keep its address.
+    /// Runs `cmd`, which must be a row of the table because actions keep its address.
     void executeCmd(const CmdDef& cmd);
     /// Advances one action by a tick and returns the LEDs that it lights.
     std::uint32_t handleAction(ActionDesc& action);
@@ -160,7 +161,8 @@ protected:
     std::uint32_t getState();
     /// Advances everything by one tick and returns the LEDs that are lit in it.
     std::uint32_t nextOutput();
-    /// One tick, unless suspended: passes `nextOutput` to the access method.
+    /// Unless the LEDs are suspended, advances everything by one tick and shows the result by the
+    /// access method.
     void update();
     /// Ends what `cmd` started.
     void stopAction(const CmdDef& cmd);

@@ -63,8 +63,9 @@ public:
     /// FILE: %s" with the path and returns the failing status.
     XCode runThread() override;
 
-    /// Handles one message. The thread's body calls it with 0 to 63 bytes; it cuts longer messages.
-    /// A message that begins with neither word is reported as "INVALID SRV-BUTTON MESSAGE: %s".
+    /// Handles one message. The thread's body calls it with 0 to 63 bytes; longer messages are cut.
+    /// A message that begins with neither "pressed" nor "released" is reported as "INVALID
+    /// SRV-BUTTON MESSAGE: %s".
     virtual void processButtonMessage(const String& message);
 
 private:

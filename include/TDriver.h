@@ -17,8 +17,8 @@ class BOARD_API TDriver : public Base, public Interfaces... {
 public:
     using Base::Base;
 
-    /// Lets `Base` answer first and returns its success unchanged. Otherwise tries `Interfaces` in
-    /// the order given. If none matches, stores null and returns a failure with code -1 and no
+    /// Asks `Base` first and returns its status if that is a success. Otherwise tries `Interfaces`
+    /// in the order given. If none matches, stores null and returns a failure with code -1 and no
     /// text, whatever `Base` returned.
     XCode queryInterface(const VELM_UUID& iid, void** object) override {
         XCode status = Base::queryInterface(iid, object);

@@ -5,10 +5,10 @@
 #include "KernelMessage.h"
 #include "TDriver.h"
 
-/// What this library's kernel-backed drivers have in common; `Interface` is the interface that a
-/// driver adds to those of the framework. When a driver connects, it asks the kernel driver for the
-/// path of a device file and a description. After that, every access to the device opens the file,
-/// reads or writes one decimal number, and closes the file.
+/// Implements what this library's kernel-backed drivers have in common. `Interface` is the
+/// interface that a driver adds to those of the framework. When a driver connects, it asks the
+/// kernel driver for the path of a device file and a description. After that, every access to the
+/// device opens the file, reads or writes one decimal number, and closes the file.
 ///
 /// Only this library's drivers can derive from this class, because its functions are defined and
 /// instantiated inside the library. Derive a driver of your own from `TDriver<CKernelDriver,

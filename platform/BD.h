@@ -6,7 +6,7 @@
 
 namespace BD {
 
-/// A board-descriptor tag's identifier: 32-bit signed in memory, 16 bits in the image.
+/// The identifier of a tag: a signed number of 32 bits in memory, 16 bits in the image.
 using TagId = std::int32_t;
 
 /// The name of a tag's identifier; "Tag<id>" if it has none.

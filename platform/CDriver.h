@@ -6,8 +6,8 @@
 #include "String.h"
 #include "TYRecursiveLock.h"
 
-/// The framework's base of all drivers: identity, name, repository, reference count, lock. A new
-/// object has one reference, which belongs to its creator. Cannot be copied or moved.
+/// The framework's base class of all drivers: identity, name, repository, reference count, lock. A
+/// new object has one reference, which belongs to its creator. Cannot be copied or moved.
 class CDriver : public IDriver {
 public:
     /// Both arguments are copied.
@@ -16,7 +16,7 @@ public:
     CDriver(const CDriver&) = delete;
     CDriver& operator=(const CDriver&) = delete;
 
-    /// Answers IUnknown and IDriver.
+    /// Supports IUnknown and IDriver.
     XCode queryInterface(const VELM_UUID& iid, void** object) override;
     unsigned addRef() override;
     unsigned release() override;

@@ -4,8 +4,8 @@
 #include "IInfo.h"
 #include "Mx.h"
 
-/// The framework's base of kernel-backed drivers: the message channel to the kernel driver, and the
-/// header row of the information dump.
+/// The framework's base class of kernel-backed drivers: the message channel to the kernel driver,
+/// and the header row of the information dump.
 ///
 /// Only the host calls `open` and `close`. Once the driver is open, any thread may call the other
 /// operations.
@@ -18,10 +18,10 @@ public:
                   const String& endpointName);
     ~CKernelDriver() override;
 
-    /// Each kind of driver has its own identity.
+    /// Each kind of driver returns its own identifier.
     const VELM_UUID& getDID() const override = 0;
 
-    /// Answers IInfo and everything that CDriver answers.
+    /// Supports IInfo and the interfaces of CDriver.
     XCode queryInterface(const VELM_UUID& iid, void** object) override;
     unsigned addRef() override;
     unsigned release() override;
@@ -48,8 +48,8 @@ public:
 protected:
     ///@{
     /// Sends `code` without a value, waits for the answer and stores it in `reply`. Fails with a
-    /// message, and leaves `reply` unchanged, if the driver is not open, the endpoint is gone, or
-    /// it does not answer the code with a value of this type.
+    /// message, and leaves `reply` unchanged, if the driver is not open, if the endpoint is gone,
+    /// or if the endpoint does not answer the code with a value of this type.
     XCode sendReceiveMessage(unsigned code, String& reply);
     XCode sendReceiveMessage(unsigned code, bool& reply);
     XCode sendReceiveMessage(unsigned code, int& reply);

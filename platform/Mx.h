@@ -36,7 +36,8 @@ public:
     bool isConnected() const;
 
     /// Sends `request` and waits for the answer. Fails with a text, and leaves `reply` unchanged,
-    /// if the channel is not connected, the endpoint was withdrawn, or it does not know the code.
+    /// if the channel is not connected, the endpoint was withdrawn, or the endpoint does not know
+    /// the code. If the handler itself fails, returns its failure and leaves `reply` unchanged.
     XCode sendReceive(const MxMsg& request, MxMsg& reply);
 
 private:

@@ -81,7 +81,7 @@ public:
     static void usleep(unsigned microseconds);
 
     /// As long as an object of this class exists, the thread that created it cannot be ended, not
-    /// even in a wait. Put one on the stack around each call into host code.
+    /// even in a wait. Create one on the stack around each call into host code.
     class Undisturbed {
     public:
         Undisturbed();

@@ -7,10 +7,10 @@ class String;
 /// The status that nearly every operation returns. Code 0 is success, and -1 is a failure without a
 /// more specific code. A status may carry a message.
 ///
-/// It is one machine word. Without a message, the word is the code shifted left by one with the low
-/// bit set: success is the word 1, and code -1 is the word with all bits set. With a message, or
-/// with a code outside -2^30..2^30-1, the word is a pointer to a record that this object owns.
-/// Copying a status copies its record.
+/// A status is one machine word. Without a message, the word is the code shifted left by one with
+/// the low bit set: success is the word 1, and code -1 is the word with all bits set. With a
+/// message, or with a code outside -2^30..2^30-1, the word is a pointer to a record that this
+/// object owns. Copying a status copies its record.
 class [[nodiscard]] XCode {
 public:
     static constexpr std::int32_t SUCCESS = 0;

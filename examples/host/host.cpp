@@ -95,14 +95,14 @@ public:
     unsigned getDefaultSipLegs() override { return 30; }
 };
 
-/// Called on the button's own thread.
+/// Reports a press, and ends the host on release. Called on the button's own thread.
 class ButtonObserver : public ServiceButton::Observer {
 public:
     void onButtonPressed(const TYTime&) override { std::cout << "pressed" << std::endl; }
     void onButtonReleased(const TYTime&) override { ::kill(::getpid(), SIGTERM); }
 };
 
-/// Shuts the LEDs down and destroys them.
+/// Shuts down the LED service and deletes it.
 struct ReleaseLeds {
     void operator()(LedCtrl* leds) const { leds->release(); }
 };

@@ -51,7 +51,7 @@ struct TYThread::Control {
     pthread_t handle{};
     int tid = 0;
     bool ended = false;
-    bool released = false; // joined or detached: the handle is no longer ours
+    bool released = false; // joined or detached: the handle must not be used
     bool joinable = true;
     XCode result;
 };

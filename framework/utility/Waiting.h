@@ -10,7 +10,8 @@
 /// blocked outside the one call that waits, so host code never sees an interrupted call.
 ///
 /// If the call returns a descriptor, the caller stores the descriptor before it checks for a stop,
-/// so the descriptor is not leaked. pthread_cancel could end the thread between the two.
+/// so the descriptor is not leaked. pthread_cancel could end the thread before the descriptor is
+/// stored.
 namespace waiting {
 
 /// Shared by a thread and the threads that stop it. Each start of a thread creates a new one.
