@@ -1,13 +1,14 @@
-# Completion of boardctl for bash. The tables are generated from its help texts. They map a
-# command to lines of one or more words, in which "@" is a file and "*" anything.
+# Completion of boardctl for bash. completions.py generates the tables from boardctl's help. Each
+# table maps a command to lines of words; the word "@" stands for a file, "*" for any text.
 declare -gA _boardctl_commands _boardctl_options _boardctl_values _boardctl_arguments
 # TABLES
 
 _boardctl() {
     local word=${COMP_WORDS[COMP_CWORD]} command=boardctl option='' known='' row i
     local -a given=() words=() row_words
-    # The words so far: which command, which arguments, and whether an option still needs its value.
-    # The shell splits --board=FILE at the = and makes that a word too.
+    # Goes through the words before the cursor: finds the command, its arguments, and whether the
+    # last word is an option that still needs its value.
+    # The shell splits --board=FILE into three words; the = is one of them.
     for ((i = 1; i < COMP_CWORD; ++i)); do
         local each=${COMP_WORDS[i]}
         if [[ $each == = && $option ]]; then
@@ -54,7 +55,7 @@ _boardctl() {
     done
 }
 
-# The possible values of an option of the command or of the program; empty for a flag.
+# Prints the possible values of an option of the command or of boardctl itself; nothing for a flag.
 _boardctl_value() {
     local path name values
     for path in "$1" boardctl; do

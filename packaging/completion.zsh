@@ -1,6 +1,6 @@
 #compdef boardctl
-# Completion of boardctl for zsh. The tables are generated from its help texts. They map a
-# command to lines of one or more words, in which "@" is a file and "*" anything.
+# Completion of boardctl for zsh. completions.py generates the tables from boardctl's help. Each
+# table maps a command to lines of words; the word "@" stands for a file, "*" for any text.
 local -A _boardctl_commands _boardctl_options _boardctl_values _boardctl_arguments
 # TABLES
 
@@ -8,7 +8,7 @@ local command=boardctl option='' known='' each row i
 local -a given table row_words offered
 local word=${words[CURRENT]}
 
-# The possible values of an option of the command or of the program; empty for a flag.
+# Prints the possible values of an option of the command or of boardctl itself; nothing for a flag.
 _boardctl_value() {
     local line
     for line in ${(f)_boardctl_values[$command]} ${(f)_boardctl_values[boardctl]}; do
@@ -16,7 +16,8 @@ _boardctl_value() {
     done
 }
 
-# The words so far: which command, which arguments, and whether an option still needs its value.
+# Goes through the words before the cursor: finds the command, its arguments, and whether the last
+# word is an option that still needs its value.
 for each in ${words[2,CURRENT-1]}; do
     if [[ -n $option ]]; then
         option=''

@@ -9,12 +9,12 @@ import re
 import subprocess
 import sys
 
-FILES = {"FILE", "IMAGE", "DIR"}  # words in a help text that stand for a file name
+FILES = {"FILE", "IMAGE", "DIR"}  # placeholders in a help text that stand for a file name
 HERE = pathlib.Path(__file__).parent
 
 
 def sections(text):
-    """The entries below each heading of a help text: (left column, description)."""
+    """Returns the entries below each heading of a help text: (left column, description)."""
     found, heading = {}, None
     for line in text.splitlines():
         if re.fullmatch(r"[A-Z][a-z]+:", line):
@@ -23,7 +23,7 @@ def sections(text):
             heading = None
         elif heading is None:
             continue
-        elif line.startswith(" " * 30):  # a continued description, or one below a long left column
+        elif line.startswith(" " * 30):  # the rest of a description
             left, description = heading[-1]
             heading[-1] = (left, f"{description} {line.strip()}".strip())
         else:
@@ -33,7 +33,8 @@ def sections(text):
 
 
 def words_of(kind):
-    """The possible values of an argument, as rows: fixed words, "@" a file, "*" anything else."""
+    """Returns the possible values of an argument as rows of words: "@" is a file, "*" any text, and
+    every other word stands for itself."""
     if kind in FILES:
         return [["@"]]
     return [["*" if re.search(r"[^a-z0-9]", word) else word for word in row.split()]
@@ -72,7 +73,7 @@ class Completions:
         return self.tables("    '{}' '{}'", lambda name, text: f"{name}:{text}")
 
     def tables(self, entry, described):
-        """One table per kind of word, indexed by the path of the command."""
+        """Yields the lines of the tables: one table per kind of word, indexed by the command."""
         for name, rows in (
                 ("commands", [(path, described(name, text)) for path, name, text in self.commands]),
                 ("options", [(path, described(name, text)) for path, names, text, _ in self.options for name in names]),

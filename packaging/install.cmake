@@ -1,5 +1,5 @@
-# What `cmake --install` installs, and where. The framework has separate components, because a board
-# with another framework needs only the library.
+# What `cmake --install` installs, and where. The framework has components of its own, because a
+# board with another framework needs only the library.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 

@@ -14,7 +14,8 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(exact "(= ${PROJECT_VERSION}-1)")
 if(CMAKE_CROSSCOMPILING)
-    # The cross compiler's runtime libraries come from packages that no board has.
+    # States the runtime dependencies by hand: the tool that finds them would name packages of the
+    # cross compiler, which no board has.
     set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE armhf)
     set(runtime "libc6 (>= 2.36), libgcc-s1 (>= 3.5), libstdc++6 (>= 12)")
 else()
