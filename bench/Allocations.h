@@ -2,5 +2,5 @@
 
 #include <cstddef>
 
-/// The number of calls of `new` so far, including those in the loaded libraries.
+/// The number of calls of `operator new` so far, including those by the loaded libraries.
 std::size_t allocations();

@@ -8,8 +8,8 @@ inline void put16(std::string& image, std::size_t value) {
     image += static_cast<char>(value & 0xFFU);
 }
 
-/// 512 bytes with 40 tags as on a board: addresses, numbers, texts. The last, 0x800E, holds 120 DSP
-/// channels.
+/// An image of 512 bytes with 40 tags such as a board has: addresses, numbers, texts. The last tag,
+/// 0x800E, states 120 DSP channels.
 inline std::string makeBoardImage() {
     std::string image;
     const auto add = [&](unsigned id, const std::string& data) {

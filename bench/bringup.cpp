@@ -1,5 +1,5 @@
-// The start of a host process: loads the library, connects four drivers, reads the descriptor and
-// determines the VoIP capacity. The argument is the descriptor's image.
+// Starts like a host process: loads the library, connects four drivers, reads the descriptor and
+// determines the VoIP capacity. The argument is the path of a descriptor image.
 
 #include "CBoardDescr.h"
 #include "CFanControl.h"

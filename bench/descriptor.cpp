@@ -147,7 +147,7 @@ void report(benchmark::State& state) {
 }
 BENCHMARK(report)->Name("formatted report of 40 tags");
 
-/// The same rows, printed into one buffer that is reused for each.
+/// Formats the same rows into two buffers that every row overwrites.
 void reportFloor(benchmark::State& state) {
     const std::vector<Chunk> chunks = copyChunks(makeBoardImage());
     for (auto _ : state)

@@ -1,4 +1,5 @@
-// The floor of every process: the loader's work before and after a C++ program that does nothing.
+// The floor of the process benchmarks: a C++ program that does nothing, so that only the work of
+// the kernel and of the loader is measured.
 
 #include <string>
 

@@ -1,4 +1,4 @@
-"""Measures an idle hosted board: memory, wakeups, processor time."""
+"""Measures an idle host: memory, wakeups, processor time."""
 
 import contextlib
 import glob
@@ -22,8 +22,8 @@ def processor():
 
 
 class Hosted:
-    """Hosts a board of ordinary files until the end of the `with`. Not a simulated board: its host
-    also reads the LEDs' pipes, which costs time and does not happen on a real board."""
+    """Hosts a board until the end of the `with` block. The LEDs of this board are ordinary files.
+    The LEDs of a simulated board are pipes, and its host must read them, which costs time."""
 
     def __init__(self, tree):
         self.boardctl = tree + "/bin/boardctl"
@@ -68,7 +68,7 @@ class Hosted:
 
 
 def peak_memory(tree):
-    """The memory in kB, and that of a program with two idle threads."""
+    """Returns the peak memory, in kB, of an idle host and of a program with two idle threads."""
     with Hosted(tree) as hosted:
         time.sleep(1)
         memory = hosted.memory()
@@ -79,7 +79,7 @@ def peak_memory(tree):
 
 
 def at_rest(tree):
-    """Wakeups per second, and the percentage of a core."""
+    """Returns the wakeups of an idle host per second, and its share of a core in percent."""
     with Hosted(tree) as hosted:
         time.sleep(1)
         wakes, busy, start = hosted.wakes(), hosted.nanoseconds(), time.monotonic()

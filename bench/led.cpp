@@ -1,4 +1,5 @@
-// The LED sequencer: a tick, compared with the writes that it needs, and one command line.
+// The LED sequencer: a tick, compared with the bare writes to the LED files, and the handling of
+// one command line.
 
 #include <cstdlib>
 #include <string>
@@ -62,7 +63,8 @@ private:
     std::vector<LedCtrl::FileNameMap> m_map;
 };
 
-/// Both kinds of roll, blinking and steady actions. None of them ends during the measurement.
+/// A mixture of both kinds of roll, blinking and steady actions. None of them ends during the
+/// measurement.
 std::vector<LedCtrl::CmdDef> actions() {
     std::vector<LedCtrl::CmdDef> rows;
     constexpr std::int32_t KINDS[] = {LedCtrl::ACTION_ROLL_UP, LedCtrl::ACTION_BLINK,

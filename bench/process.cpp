@@ -1,4 +1,4 @@
-// Whole processes, from start to end, compared with a program that does nothing.
+// Whole processes, measured from start to end and compared with a program that does nothing.
 
 #include <cstdlib>
 #include <initializer_list>
@@ -16,7 +16,7 @@
 
 namespace {
 
-/// A program in the same folder as this one.
+/// The path of a program in the folder of this program.
 std::string programNamed(const std::string& name) {
     char path[4096] = {};
     if (::readlink("/proc/self/exe", path, sizeof path - 1) < 0)
@@ -25,7 +25,7 @@ std::string programNamed(const std::string& name) {
     return own.substr(0, own.rfind('/') + 1) + name;
 }
 
-/// Runs it and discards its output. It must succeed.
+/// Runs a program and discards its output. Aborts if the program fails.
 void run(const std::string& program, std::initializer_list<std::string> words) {
     std::vector<char*> arguments{const_cast<char*>(program.c_str())};
     for (const std::string& word : words)

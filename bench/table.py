@@ -1,8 +1,8 @@
 """Runs the benchmarks of a build tree and prints each figure beside its floor.
 
-The floor of a figure NAME is "NAME/floor": the same work done with system calls or the standard
-library alone. Both are measured alternately in the same run, and their smallest times are compared,
-because disturbances only add time.
+The floor of a benchmark NAME is the benchmark "NAME/floor": the same work done with bare system
+calls or the standard library. Both are measured alternately in the same run. Their smallest times
+are compared, because disturbances only add time.
 """
 
 import datetime
@@ -32,13 +32,14 @@ LIMITS = {
     "bring-up": 2,
     "boardctl bd dump": 3,
 }
-# Calls of `new` in all iterations together: running drivers and LEDs need none.
+# Limit for the calls of `operator new` in all iterations together. Drivers and LEDs need none after
+# their first operation.
 MOST_ALLOCATIONS = 0
-# The cost of a load per tag does not grow with the number of tags.
+# The time of a load per tag must not grow with the number of tags.
 PER_TAG = [("load 64 KiB, 1000 tags", 1000), ("load 64 KiB, 10000 tags", 10000)]
 MOST_BYTES = 96 * 1024
 MOST_MEMORY = 2
-MOST_WAKES = 11  # per second; ten are the ticks of the LEDs
+MOST_WAKES = 11  # per second; the LED sequencer alone needs ten, one per tick
 MOST_CORE = 0.2  # percent
 
 
@@ -67,7 +68,7 @@ def row(figure, value, floor, at_most, unit="ns", **more):
 
 
 def size_of(library):
-    """Text, data and bss together."""
+    """Returns the size of text, data and bss together."""
     done = subprocess.run(["size", library], stdout=subprocess.PIPE, text=True, check=True)
     return int(done.stdout.splitlines()[1].split()[3])
 

@@ -1,4 +1,5 @@
-// The floor of a host's memory: a C++ program with two threads that wait until its input ends.
+// The floor of a host's memory: a C++ program with two extra threads, which wait until standard
+// input ends.
 
 #include <thread>
 

@@ -1,5 +1,5 @@
-// Handles arbitrary messages: each is exactly one of a press, a release and a report. Without an
-// observer it is always a report.
+// Passes an arbitrary message to the service button: it must cause exactly one press, release or
+// report. Without an observer, it must cause a report.
 
 #include <cstring>
 

@@ -15,7 +15,7 @@ using fuzz::expect;
 
 namespace {
 
-/// The samples of a meter that reads given lines.
+/// The samples of a CPU load meter. The fuzzer passes it the lines.
 struct Meter {
     std::uint32_t busy[cpufigures::SLOTS] = {};
     std::uint32_t idle[cpufigures::SLOTS] = {};
@@ -29,7 +29,8 @@ struct Sample {
 
 enum class Form { USUAL, TOO_SHORT, STRANGE };
 
-/// Reads the line word by word. STRANGE is a line that the header neither accepts nor rejects.
+/// Reads the line word by word. A line is STRANGE if the header's contract does not define whether
+/// it is accepted.
 Form read(const std::string& line, Sample& sample) {
     std::istringstream words(line);
     std::string word;
@@ -57,7 +58,8 @@ Form read(const std::string& line, Sample& sample) {
     return isUsual ? Form::USUAL : Form::STRANGE;
 }
 
-/// All periods since the start. A period that failed keeps the sample of 15 periods before.
+/// All periods since the start. If the line of a period was rejected, the sample of 15 periods
+/// before stays in its place.
 class History {
 public:
     void add(std::optional<Sample> sample) { m_samples.push_back(sample); }
@@ -95,7 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     bool hasStart = false;
     if (std::getline(lines, line) && !line.empty()) {
         Sample sample{};
-        const Form form = read(line.c_str(), sample); // both end at a zero byte
+        const Form form = read(line.c_str(), sample); // like the meter, ends at a zero byte
         hasStart = cpufigures::start(meter.ring, line.c_str());
         if (form == Form::STRANGE)
             return 0;

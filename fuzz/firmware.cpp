@@ -29,7 +29,7 @@ std::array<std::string, 8> linesOf(const std::string& text) {
         const std::size_t newline = text.find('\n', start);
         const std::size_t end = std::min({newline == std::string::npos ? text.size() : newline + 1,
                                           start + LONGEST, text.size()});
-        line = text.substr(start, end - start).c_str(); // to its first zero byte
+        line = text.substr(start, end - start).c_str(); // ends at the first zero byte
         line.erase(line.begin(), std::find_if_not(line.begin(), line.end(), isBlank));
         while (!line.empty() && isBlank(line.back()))
             line.pop_back();

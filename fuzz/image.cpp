@@ -1,5 +1,6 @@
-// Loads arbitrary bytes as a descriptor image and compares the result with an independent walk over
-// the bytes. Then checks the reports, the edits, and round trips through a file and through JSON.
+// Loads arbitrary bytes as a descriptor image and compares the result with what an independent
+// reader finds. Then checks the typed access, the reports and an edit, and that an image and its
+// JSON form can be converted into each other without loss.
 
 #include <algorithm>
 #include <cstdint>
@@ -24,7 +25,7 @@ struct Chunk {
     bool operator==(const Chunk& other) const { return id == other.id && data == other.data; }
 };
 
-/// An independent reading of an image.
+/// An independent reader of an image.
 struct Walk {
     explicit Walk(const std::string& image) {
         const auto byteAt = [&](std::size_t i) {
@@ -46,9 +47,9 @@ struct Walk {
         }
     }
     std::vector<Chunk> chunks; ///< without the terminator
-    std::size_t end = 0;       ///< of the last of them
+    std::size_t end = 0;       ///< offset of the first byte after the chunks
     bool hasTerminator = false;
-    std::string fault; ///< how the message ends
+    std::string fault; ///< how the error message must end; "" if the image is intact
 };
 
 TString<char> asBytes(const std::string& text) {
@@ -87,7 +88,7 @@ std::string exported(CBoardDescr& descriptor) {
     return asText(image);
 }
 
-/// Every accessor on the tag that is `chunk`, occurrence `index`.
+/// Reads a tag with every typed operation. `index` counts the tags with the chunk's identifier.
 void readTyped(CBoardDescr& descriptor, const Chunk& chunk, unsigned index) {
     const auto id = static_cast<BD::TagId>(chunk.id);
     const std::size_t size = chunk.data.size();
@@ -135,7 +136,7 @@ void readTyped(CBoardDescr& descriptor, const Chunk& chunk, unsigned index) {
 }
 
 void checkAccess(CBoardDescr& descriptor, const std::vector<Chunk>& chunks) {
-    constexpr std::size_t ENOUGH = 24; // each is looked for from the list's start
+    constexpr std::size_t ENOUGH = 24; // not all: each lookup starts at the front of the list
     std::vector<unsigned> count(0x10000);
     for (std::size_t i = 0; i < chunks.size(); ++i) {
         const unsigned index = count[chunks[i].id]++;
@@ -173,7 +174,7 @@ void checkReports(const CBoardDescr& descriptor, const std::vector<Chunk>& chunk
     }
 }
 
-/// The host's value of the image, and its check.
+/// Checks the host's `TagImage` of the image, and the findings of the host's own check.
 void checkImage(const std::string& image, const Walk& walk) {
     const board::TagImage parsed(image);
     expect(parsed.isCorrupt() == !walk.fault.empty(),
@@ -201,7 +202,8 @@ void checkImage(const std::string& image, const Walk& walk) {
     }
 }
 
-/// Tags that are not edited keep their bytes, odd chunks included.
+/// Sets the first tag and removes it. All other tags must keep their bytes, even in chunks of odd
+/// length.
 void checkEdit(const std::string& image, const Walk& walk) {
     const std::string end(TERMINATOR, sizeof TERMINATOR);
     board::DescriptorEdit edit{board::TagImage(image)};

@@ -1,6 +1,6 @@
-// Builds an image from arbitrary text: the result is either one Error or tags, which a dump of
-// their image returns. Then derives tags from the same bytes and writes them as JSON: they are
-// accepted, or rejected if they contain one mistake.
+// Reads arbitrary text as JSON tags: the result is either an Error, or tags that survive being
+// built into an image and dumped. Then derives tags from the same bytes and writes them as JSON,
+// with or without a mistake: the text must be accepted exactly if it has no mistake.
 
 #include <algorithm>
 #include <cstdint>
@@ -31,7 +31,8 @@ std::vector<Entry> entriesOf(const std::vector<BD::Tag>& tags) {
     return entries;
 }
 
-/// The entries that load from an image of `entries`: up to the terminator, padded to even lengths.
+/// The entries that an image of `entries` must load as: up to the terminator, padded to even
+/// lengths.
 std::vector<Entry> loaded(const std::vector<Entry>& entries) {
     std::vector<Entry> good;
     for (const Entry& entry : entries) {
@@ -42,7 +43,7 @@ std::vector<Entry> loaded(const std::vector<Entry>& entries) {
     return good;
 }
 
-/// Whether `text` is accepted; its entries are then in `entries`.
+/// Returns whether `text` is accepted, and then stores its entries in `entries`.
 bool reads(const std::string& text, std::vector<Entry>& entries) {
     std::vector<BD::Tag> tags;
     try {
@@ -86,7 +87,7 @@ enum class Mistake {
     COUNT
 };
 
-/// An entry as a person might write it.
+/// The JSON text of an entry, with the blanks, optional keys and letter case that people may use.
 std::string written(const Entry& entry, FuzzedDataProvider& data, Mistake mistake) {
     const char* const blank = data.PickValueInArray({"", " ", "\n\t"});
     std::string id = std::to_string(mistake == Mistake::ID_TOO_LARGE ? 65535 : entry.id);

@@ -1,6 +1,6 @@
-// Runs an arbitrary table with arbitrary lines and ticks. The lines go through the pipe. A second
-// sequencer runs the rows that this file's own parser finds in the lines, and must show the same.
-// If all rows are static, a model must show the same too.
+// Runs an LED sequencer with an arbitrary table and sends it arbitrary lines through the pipe. This
+// file's own parser finds the row that each line names; a second sequencer runs these rows and must
+// show the same LEDs. If all rows are static, a simple model must show the same too.
 
 #include <algorithm>
 #include <cctype>
@@ -86,7 +86,7 @@ const LedCtrl::CmdDef* rowOf(const std::vector<LedCtrl::CmdDef>& rows, const std
     return nullptr;
 }
 
-/// The service's pipe, in a private /tmp. If the machine does not allow that, it is left alone.
+/// The service's pipe, in a private /tmp. If the machine allows no private /tmp, no pipe is used.
 class Pipe {
 public:
     Pipe() {
@@ -119,7 +119,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     std::vector<Texts> texts(data.ConsumeIntegralInRange<std::size_t>(0, 16));
     std::vector<LedCtrl::CmdDef> rows;
     std::uint32_t named = 0;
-    for (Texts& text : texts) { // not moved from here on: the rows point into them
+    for (Texts& text : texts) { // `texts` must not change later: the rows point into it
         text.word1 = data.ConsumeRandomLengthString(3).c_str();
         text.word2 = data.ConsumeRandomLengthString(3).c_str();
         rows.push_back({text.word1.c_str(), text.word2.c_str(), data.ConsumeIntegralInRange(-1, 2),
@@ -158,7 +158,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                 pipe.write(part);
                 leds.readCmd();
             }
-            std::istringstream lines(part.c_str()); // to its first zero byte
+            std::istringstream lines(part.c_str()); // ends at the first zero byte
             for (std::string line; std::getline(lines, line);) {
                 if (const LedCtrl::CmdDef* const row = line.empty() ? nullptr : rowOf(rows, line)) {
                     twin.executeCmd(*row);

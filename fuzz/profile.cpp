@@ -1,6 +1,6 @@
-// Loads arbitrary bytes as a board profile: the result is one error with file and line, or a
-// profile whose fields are valid. A profile still loads with a comment added, and fails with an
-// unknown key added.
+// Loads arbitrary bytes as a board profile: the result must be one error with file and line, or a
+// profile whose fields are valid. If the profile loads, it must also load with a comment added, and
+// fail with an unknown key added.
 
 #include <algorithm>
 #include <cstdint>
@@ -23,7 +23,7 @@ bool isControl(char c) {
     return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
 }
 
-/// The message of loading `text`, without the file's name; "" if it loads into `profile`.
+/// Loads `text` into `profile`. Returns the error message without the file's name; "" on success.
 std::string load(const std::string& text, Profile& profile) {
     static const int file = ::memfd_create("profile", MFD_CLOEXEC);
     static const std::string path = "/proc/self/fd/" + std::to_string(file);
