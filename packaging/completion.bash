@@ -30,7 +30,7 @@ _boardctl() {
         read -ra words <<<"$known"
     elif [[ $word == -* ]]; then
         mapfile -t words <<<"${_boardctl_options[$command]}"
-        [[ $command == boardctl ]] || words+=(--board --format)
+        [[ $command == boardctl ]] || words+=(--board --sim --format)
     elif [[ ${_boardctl_commands[$command]-} ]]; then
         mapfile -t words <<<"${_boardctl_commands[$command]}"
     else

@@ -42,7 +42,7 @@ if [[ -n $option ]]; then
     offered=(${=known})
 elif [[ $word == -* ]]; then
     table=(${(f)_boardctl_options[$command]})
-    [[ $command == boardctl ]] || table+=(${(M)${(f)_boardctl_options[boardctl]}:#--(board|format):*})
+    [[ $command == boardctl ]] || table+=(${(M)${(f)_boardctl_options[boardctl]}:#--(board|sim|format):*})
     _describe -o option table
     return
 elif [[ -n $_boardctl_commands[$command] ]]; then

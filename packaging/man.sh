@@ -38,11 +38,14 @@ describe() {
 [FILES]
 .TP
 /etc/boarddrivers/board.toml
-Profile of the board that the service hosts.
+Profile of the board that the service hosts, and of every call that names no board.
 .TP
 /tmp/evt.fifo
 Pipe for LED commands to the hosted board, such as \fBsystem boot 0\fR.
 [ENVIRONMENT]
+.TP
+BOARDCTL_BOARD
+Profile of the board, for calls without \fB\-\-board\fR.
 .TP
 BOARD_LOG_LEVEL
 Highest level of log messages shown on standard error: 3 (errors) by default; 7 shows everything.

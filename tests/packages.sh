@@ -28,7 +28,7 @@ mkdir -p "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/info"
 touch "$root/var/lib/dpkg/status"
 dpkg --root="$root" --force-not-root --force-depends --force-architecture --force-script-chrootless --no-triggers \
     --log="$root/log" --install "${packages[@]}" >"$build/dpkg.log" 2>&1 || fail "dpkg failed: $(cat "$build/dpkg.log")"
-report=$("${emulator[@]}" "$root/usr/bin/boardctl" info) || fail "boardctl info failed"
+report=$("${emulator[@]}" "$root/usr/bin/boardctl" --sim info) || fail "boardctl info failed"
 grep -q MacAddress <<<"$report" || fail "boardctl info printed '$report'"
 gzip -dc "$root/usr/share/man/man1/boardctl.1.gz" | man --warnings -l - >/dev/null || fail "man rejects the manual page"
 

@@ -37,10 +37,10 @@ programs=("$bin"/!(boardctl|boardctl_faults|hosted_faults)_tests)
 
 {
     for program in "${programs[@]}"; do echo "${program##*/} $program"; done
-    printf '%s\n' "metrics $bin/boardctl info --format metrics" \
+    printf '%s\n' "metrics $bin/boardctl --sim info --format metrics" \
         "dump $bin/boardctl bd dump $folder/board/eeprom.bin" \
         "set $bin/boardctl ${board[*]} bd set -y 0x800E=uint:121" \
-        "preview $bin/boardctl leds preview --ticks 20" \
+        "preview $bin/boardctl --sim leds preview --ticks 20" \
         "run $bin/boardctl ${board[*]} run --for 1"
 } | xargs -P "$jobs" -L 1 bash -c 'checked "$@"' checked
 echo "valgrind: ${#programs[@]} test programs and 5 commands are clean"

@@ -27,7 +27,9 @@ std::string nameLabel(const std::string& name) {
 /// Writes one family after another. A family without samples gets no header.
 class Families {
 public:
-    Families() { m_text.precision(7); } // the digits of a single-precision number
+    explicit Families(bool isSimulated) : m_isSimulated(isSimulated) {
+        m_text.precision(7); // the digits of a single-precision number
+    }
 
     void begin(const char* name, const char* help) {
         m_name = name;
@@ -36,13 +38,21 @@ public:
 
     template <class Value>
     void add(const std::string& labels, Value value) {
-        m_text << m_head << m_name << labels << " " << value << "\n";
+        m_text << m_head << m_name << allLabels(labels) << " " << value << "\n";
         m_head.clear();
     }
 
     std::string text() const { return m_text.str(); }
 
 private:
+    std::string allLabels(const std::string& labels) const {
+        if (!m_isSimulated)
+            return labels;
+        const std::string others = labels.empty() ? "{" : labels.substr(0, labels.size() - 1) + ",";
+        return others + "simulated=\"true\"}";
+    }
+
+    const bool m_isSimulated;
     std::string m_name;
     std::string m_head;
     std::ostringstream m_text;
@@ -50,8 +60,8 @@ private:
 
 } // namespace
 
-std::string toMetrics(const Report& report) {
-    Families families;
+std::string toMetrics(const Report& report, bool isSimulated) {
+    Families families(isSimulated);
     families.begin("board_temperature_celsius", "Temperature that a sensor of the board reads.");
     for (const TemperatureReading& temperature : report.temperatures)
         if (temperature.value)

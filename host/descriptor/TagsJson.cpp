@@ -33,7 +33,7 @@ public:
             fail("is " + shown(m_json) + " (expected an object with \"id\" and \"data\")");
         for (const auto& item : m_json.items())
             if (item.key() != "id" && item.key() != "name" && item.key() != "length" &&
-                item.key() != "data")
+                item.key() != "data" && item.key() != "simulated")
                 fail("unknown key \"" + item.key() + "\" (expected id, name, length, data)");
     }
 
@@ -114,13 +114,15 @@ ordered_json parse(const std::string& text, const std::string& source) {
 
 } // namespace
 
-std::string tagsToJson(const TagImage& image) {
+std::string tagsToJson(const TagImage& image, bool isSimulated) {
     std::vector<std::string> entries;
-    const auto add = [&entries](const BD::Tag& tag) {
-        const ordered_json entry = {{"id", tag.id},
-                                    {"name", tagName(tag.id)},
-                                    {"length", tag.length},
-                                    {"data", hexDigits(tag)}};
+    const auto add = [&](const BD::Tag& tag) {
+        ordered_json entry = {{"id", tag.id},
+                              {"name", tagName(tag.id)},
+                              {"length", tag.length},
+                              {"data", hexDigits(tag)}};
+        if (isSimulated)
+            entry["simulated"] = true;
         entries.push_back("\n" + entry.dump());
     };
     for (const ImageTag& each : image.tags())

@@ -224,8 +224,8 @@ TEST_P(BoardctlFaults, EndWithTheWholeResultOrAMessageAndEverythingAsItWas) {
 INSTANTIATE_TEST_SUITE_P(
     Commands, BoardctlFaults,
     testing::Values(
-        "info #", "info # --format json", "info # --format metrics", "fan", "fan # --format json",
-        "fan full #", "temp #", "power # --format json", "led status #",
+        "info #", "info # --format json", "info # --format metrics", "fan --sim",
+        "fan # --format json", "fan full #", "temp #", "power # --format json", "led status #",
         "led status 2 # --format json", "led status bi on --for 0.01 #", "led status bi off #",
         "led status blink 2 10 #", "bd show @image", "bd show # --format json", "bd raw @image",
         "bd dump @image", "bd check # --format json", "bd get 45 -i @image --format json",

@@ -16,7 +16,7 @@ namespace support {
 constexpr char TRANSCRIPT_SETTING[] = R"(cd "$1"
 umask 022
 export XDG_STATE_HOME="$1/state"
-unset TERM
+unset TERM BOARDCTL_BOARD
 boardctl() { "$0" "$@"; }
 json() {
     boardctl --format json "$@" >document; status=$?

@@ -29,11 +29,14 @@ int runCommandLine(int argc, char** argv) {
     app.formatter(std::make_shared<HelpFormatter>());
     app.require_subcommand(1);
     app.set_version_flag("--version", "boardctl " BOARDCTL_VERSION, "Print the version and exit");
-    app.fallthrough(); // --board and --format may come before or after the command
+    app.fallthrough(); // these options may come before or after the command
     app.add_option("--board", options.board,
-                   "Board profile (TOML); default: a simulated board made for this call")
+                   "Board profile (TOML); default: the file that $BOARDCTL_BOARD names, else "
+                   "/etc/boarddrivers/board.toml")
         ->check(notEmpty())
         ->type_name("FILE");
+    app.add_flag("--sim", options.sim,
+                 "Use a simulated board, which is made for this call and removed after it");
     app.add_option_function<std::string>(
            "--format",
            [&](const std::string& format) {
@@ -44,13 +47,13 @@ int runCommandLine(int argc, char** argv) {
            "Output format; metrics works only with `info`, svg only with `leds preview`")
         ->check(oneOf({"text", "json", "metrics", "svg"}))
         ->option_text("text|json|metrics|svg");
-    app.footer("Global options: --board FILE, --format FORMAT; see boardctl --help");
+    app.footer("Global options: --board FILE, --sim, --format FORMAT; see boardctl --help");
     for (const auto add : {addRun, addInfo, addProbe, addFan, addTemp, addPower, addLed, addLeds,
                            addButton, addCpu, addFirmware, addBd, addSim})
         add(app, options);
     // The commands have copied the footer. The main help lists these options anyway.
     app.footer("");
-    addExamples(app, {"run --tour                   see each part of a simulated board",
+    addExamples(app, {"run --sim --tour             see each part of a simulated board",
                       "sim create DIR               create a simulated board to keep",
                       "--board DIR/board.toml info  show what its drivers report",
                       "fan --help                   show the options of a command"});
@@ -62,6 +65,8 @@ int runCommandLine(int argc, char** argv) {
         if (options.svg &&
             !(app.got_subcommand("leds") && app.get_subcommand("leds")->got_subcommand("preview")))
             throw WrongCall("--format svg works only with leds preview");
+        if (options.sim && !options.board.empty())
+            throw WrongCall("--board and --sim each choose a board (expected one of them)");
         const int status = options.command();
         return flushOutput() ? status : FAILED;
     } catch (const CLI::CallForHelp&) {

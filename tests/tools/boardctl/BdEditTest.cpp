@@ -30,7 +30,7 @@ $ boardctl --board board.toml bd mac set 0 02:00:00:00:00:0a 515 -y --backup sec
 $ boardctl --board board.toml bd mac add 02:00:00:00:00:0B -y --backup third | head -n 1
 + 5 MacAddress (1): 02000000000b0000
 $ json --board board.toml bd remove MacAddress.1 -y --backup fourth
-{ "image": "eeprom.bin", "device": true, "changes": [ { "position": 4, "id": 1, "name": "MacAddress", "old": "0200000000080001", "new": null } ], "written": true, "backup": "fourth" }
+{ "image": "eeprom.bin", "device": true, "changes": [ { "position": 4, "id": 1, "name": "MacAddress", "old": "0200000000080001", "new": null } ], "written": true, "backup": "fourth", "simulated": true }
 $ for i in first eeprom.bin . gone/backup; do boardctl --board board.toml bd remove 2 -y --backup $i; done
 ! boardctl: first: exists already, and may be the last good image (expected a new file for the backup)
 ! boardctl: eeprom.bin: is the image itself (expected another file for the backup)
@@ -71,10 +71,10 @@ $ boardctl bd add 5=u8:1 -i corrupt --force --backup old
 + 2 Tag0 (0): the terminator
 corrupt: written; the old image is in old
 ! boardctl: CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length (chunkLen=2 is too small) at pos=10; only the tags before the fault are kept
-$ boardctl bd add 5=u8:1 | sed 's,/tmp/board-[^/]*,DIR,'
+$ boardctl --sim bd add 5=u8:1 | sed 's,/tmp/board-[^/]*,DIR,'
 + 7 Tag5 (5): 0100
 DIR/eeprom.bin: written
-! boardctl: no --board and no image: this edits a simulated board, which is removed after the command
+! boardctl: --sim: this edits a simulated board that is removed after the command
 $ env -u XDG_STATE_HOME HOME="$PWD" "$0" bd add 6=u8:1 -i image >gone; ls .local/state/boardctl | cut -c 1-8
 image-20
 $ env -u XDG_STATE_HOME HOME=here "$0" bd add 6=u8:1 -i image
@@ -108,7 +108,7 @@ $ boardctl --board sim/board.toml bd remove 5 --backup 1 <terminal 2>messages
 - 4 Tag5 (5): 53494d2d303030303031  "SIM-000001"
 sim/eeprom.bin: written; the old image is in 1
 $ json --board sim/board.toml bd remove 2 --backup 2 <terminal 2>messages
-{ "image": "sim/eeprom.bin", "device": true, "changes": [ { "position": 3, "id": 2, "name": "Tag2", "old": "c000020a", "new": null } ], "written": true, "backup": "2" }
+{ "image": "sim/eeprom.bin", "device": true, "changes": [ { "position": 3, "id": 2, "name": "Tag2", "old": "c000020a", "new": null } ], "written": true, "backup": "2", "simulated": true }
 )sh");
     ::close(held);
     ::close(terminal);

@@ -55,9 +55,7 @@ $ for i in 'run --for nan' 'cpu --period 0.09' 'cpu --count 0'; do wrong $i; don
 boardctl: --for: 'nan' (expected seconds, 0 to 31622400)
 boardctl: --period: '0.09' (expected seconds, 0.1 to 86400)
 boardctl: --count: '0' (expected 1 to 1000000000)
-$ for i in 'sim press' 'button bridge /dev/null' 'button bridge /dev/null --code 768'; do wrong $i; done
-boardctl: --board is missing: it names the board whose button is pressed (`boardctl sim create DIR` creates a board)
-boardctl: --board is missing: it names the board whose button is pressed
+$ wrong button bridge /dev/null --code 768
 boardctl: --code: '768' (expected 0 to 767)
 $ for i in 'blnk 1 1' 'blink 2' 'bi of' 3 'blink 0 1' 'blink 2 3600001' '1 --for 1'; do wrong led status $i; done
 boardctl: 'blnk' is not an action (expected 0, 1, 2, 'bi on', 'bi off' or 'blink COUNT PERIOD_MS'); did you mean 'blink'?
@@ -123,6 +121,30 @@ boardctl: interface number '65536' is not a number from 0 to 65535 (expected dec
 )sh");
 }
 
+TEST(CommandLine, WorksOnTheBoardThatIsNamedAndMakesOneUpOnlyIfAsked) {
+    expectTranscript(TempDir(), R"sh(
+$ for i in 'info --format json' 'bd show' 'sim press'; do wrong $i; done
+boardctl: no board is named (expected --board FILE, the variable BOARDCTL_BOARD, the file /etc/boarddrivers/board.toml, or --sim for a simulated board)
+boardctl: no board is named (expected --board FILE, the variable BOARDCTL_BOARD, the file /etc/boarddrivers/board.toml, or --sim for a simulated board)
+boardctl: no board is named (expected --board FILE, the variable BOARDCTL_BOARD, the file /etc/boarddrivers/board.toml, or --sim for a simulated board)
+$ wrong --sim temp --board board.toml
+boardctl: --board and --sim each choose a board (expected one of them)
+$ printf "[[power]]\nname='supply'\ndevice='word'\n" >board.toml; printf 7 >word; boardctl sim create sim >messages
+$ export BOARDCTL_BOARD=board.toml; json power; json --sim power; json power --board sim/board.toml
+[ { "name": "supply", "description": "", "status": 7 } ]
+[ { "name": "power", "description": "Supply", "status": 1, "simulated": true } ]
+[ { "name": "power", "description": "Supply", "status": 1, "simulated": true } ]
+$ export BOARDCTL_BOARD=; wrong power
+boardctl: no board is named (expected --board FILE, the variable BOARDCTL_BOARD, the file /etc/boarddrivers/board.toml, or --sim for a simulated board)
+$ json fan full --name x --board sim/board.toml 2>messages
+{"error":"there is no fan 'x' (there are: fan)","simulated":true}
+[1]
+$ boardctl bd dump --sim | tee tags | sed -n 3p; boardctl bd build tags -o image && boardctl bd dump image | sed -n 3p
+{"id":1,"name":"MacAddress","length":8,"data":"0200000000070000","simulated":true},
+{"id":1,"name":"MacAddress","length":8,"data":"0200000000070000"},
+)sh");
+}
+
 TEST(CommandLine, NamesWhatIsWrongWithABoardAndStartsNothing) {
     expectTranscript(TempDir(), R"sh(
 $ printf "[[fan]]\nname='fan'\ndevice='speed'\nmaximum=255\nspeed=3\n" >board.toml
@@ -139,7 +161,7 @@ $ boardctl sim create board.toml
 $ boardctl --board sim info
 ! boardctl: sim: is not a file (expected a board profile); did you mean 'sim/board.toml'?
 [1]
-$ boardctl fan --name "`printf 'a\nb\033'`"
+$ boardctl --sim fan --name "`printf 'a\nb\033'`"
 ! boardctl: there is no fan 'a\x0ab\x1b' (there are: fan)
 [1]
 $ printf '' >board.toml
@@ -157,12 +179,12 @@ boardctl VERSION
 
 TEST(CommandLine, FailsIfItsOutputIsNotAccepted) {
     expectTranscript(TempDir(), R"sh(
-$ for i in info run 'fan --help' --version; do boardctl $i >/dev/full 2>messages; echo $? `head -n 1 messages`; done
+$ for i in 'info --sim' 'run --sim' 'fan --help' --version; do boardctl $i >/dev/full 2>messages; echo $? `head -n 1 messages`; done
 1 boardctl: can't write to standard output: No space left on device
 1 boardctl: can't write to standard output: No space left on device
 1 boardctl: can't write to standard output: No space left on device
 1 boardctl: can't write to standard output: No space left on device
-$ boardctl fan full <&- >&- 2>&-
+$ boardctl fan full --sim <&- >&- 2>&-
 )sh");
 }
 

@@ -57,7 +57,7 @@ TEST(Devices, LedIsSetOverlaidBlinkedAndRestored) {
 $ boardctl sim create sim >messages; ln -s sim/dev .; ln -s sim/board.toml .
 $ boardctl --board board.toml led status 1 >messages
 $ json --board board.toml led status bi on --for 0
-[ { "name": "status", "description": "Status LED", "state": 1 } ]
+[ { "name": "status", "description": "Status LED", "state": 1, "simulated": true } ]
 ! boardctl: LED 'status' shows 2 until the time is up
 $ boardctl --board board.toml led status blink 2 1; tr -d '\000' <dev/status; echo
 status: 1
@@ -70,7 +70,7 @@ $ boardctl --board board.toml led status blink 1 1
 ! boardctl: LED 'status': the device holds 0 after another state was written
 [1]
 $ rm dev/status; json --board board.toml led status bi on; boardctl --board board.toml led status
-{"error":"LED 'status': board.toml:23: led[0].device: dev/status: can't open: No such file or directory"}
+{"error":"LED 'status': board.toml:23: led[0].device: dev/status: can't open: No such file or directory","simulated":true}
 ! boardctl: LED 'status': board.toml:23: led[0].device: dev/status: can't open: No such file or directory
 ! boardctl: 'status': board.toml:23: led[0].device: dev/status: can't open: No such file or directory
 [1]

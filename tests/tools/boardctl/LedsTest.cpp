@@ -11,17 +11,17 @@ $ json --board board.toml leds check
 { "mistakes": [ "board.toml:2: leds.command[0].mask: the roll has no LED: it shows nothing" ] }
 ! boardctl: board.toml:2: leds.command[0].mask: the roll has no LED: it shows nothing
 [1]
-$ json leds preview --ticks 8 --at '1 line call' --at '9 all defaults' --at '3 line idle'
-{ "ticks": 8, "leds": [ { "mask": 1, "wave": "00000000" }, { "mask": 2, "wave": "01100000" }, { "mask": 4, "wave": "00000000" }, { "mask": 16, "wave": "00000000" }, { "mask": 32, "wave": "00000000" }, { "mask": 64, "wave": "00000000" }, { "mask": 128, "wave": "00000000" } ] }
+$ json --sim leds preview --ticks 8 --at '1 line call' --at '9 all defaults' --at '3 line idle'
+{ "ticks": 8, "leds": [ { "mask": 1, "wave": "00000000" }, { "mask": 2, "wave": "01100000" }, { "mask": 4, "wave": "00000000" }, { "mask": 16, "wave": "00000000" }, { "mask": 32, "wave": "00000000" }, { "mask": 64, "wave": "00000000" }, { "mask": 128, "wave": "00000000" } ], "simulated": true }
 ! boardctl: tick 9 is after the last one: 'all defaults' has no effect
-$ boardctl leds preview --ticks 10 --at '2 search start' --at '4 no such row' | tail -n 5
+$ boardctl --sim leds preview --ticks 10 --at '2 search start' --at '4 no such row' | tail -n 5
 bar2   ...#...#..
 bar3   ....#...#.
 bar4   .....#...#
   v tick 2, 200 ms: search start
   v tick 4, 400 ms: no such row
 ! boardctl: 'no such row' matches no row of the table and has no effect
-$ json leds preview --at "1 `printf '%079d' 0`" --at '1 a b' --at '1 c d' 2>&1 >gone
+$ json --sim leds preview --at "1 `printf '%079d' 0`" --at '1 a b' --at '1 c d' 2>&1 >gone
 boardctl: the lines of tick 1 have more than 80 bytes: a board would cut them
 boardctl: '0000000000000000000000000000000000000000000000000000000000000000000000000000000' matches no row of the table and has no effect
 boardctl: 'a b' matches no row of the table and has no effect

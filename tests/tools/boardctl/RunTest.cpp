@@ -44,7 +44,7 @@ protected:
 TEST_F(HostedBoard, PrintsItsDevicesItsReportAndItsServices) {
     expectTranscript(m_dir, R"sh(
 $ boardctl --board board.toml run --for 0 2>&1 | sed '/^ /d' | steady
-board board.toml
+simulated board board.toml
 fan 'fan': connected to 'kernel.fan', Main fan, device file dev/fan
 thermal 'thermal': connected to 'kernel.thermal', Board sensor, device file dev/temperature
 power 'power': connected to 'kernel.power', Supply, device file dev/power
@@ -56,14 +56,14 @@ button: watching dev/button
 ready
 stopped
 $ boardctl --board board.toml run --for 0 --format json 2>&1 | steady | sed -n '2p;6p;8p;/firmware/,$p'
-{"event":"connected","kind":"fan","name":"fan","endpoint":"kernel.fan","device":"dev/fan","description":"Main fan"}
-{"event":"descriptor","tags":7}
-{"event":"row","level":1,"key":"Description","value":"Main fan"}
-{"event":"firmware","version":"5.2-dev/1234","line1":"5.2","line2":"Branch","line3":"1234","line6":"board","line7":"dev","line8":"simulated"}
-{"event":"leds","pipe":"/tmp/evt.fifo","writers":"its owner alone"}
-{"event":"button","device":"dev/button"}
-{"event":"ready"}
-{"event":"stopped"}
+{"event":"connected","kind":"fan","name":"fan","endpoint":"kernel.fan","device":"dev/fan","description":"Main fan","simulated":true}
+{"event":"descriptor","tags":7,"simulated":true}
+{"event":"row","level":1,"key":"Description","value":"Main fan","simulated":true}
+{"event":"firmware","version":"5.2-dev/1234","line1":"5.2","line2":"Branch","line3":"1234","line6":"board","line7":"dev","line8":"simulated","simulated":true}
+{"event":"leds","pipe":"/tmp/evt.fifo","writers":"its owner alone","simulated":true}
+{"event":"button","device":"dev/button","simulated":true}
+{"event":"ready","simulated":true}
+{"event":"stopped","simulated":true}
 $ boardctl --board board.toml sim press
 ! boardctl: board.toml:40: button.device: dev/button: nobody watches the button (start `boardctl run` on this board)
 [1]
@@ -127,7 +127,7 @@ boardctl: TIME button: /dev/null returned no message (expected a device that wai
 
 TEST_F(HostedBoard, PlaysTheTourToItsEnd) {
     expectTranscript(m_dir, R"sh(
-$ boardctl run --tour 2>&1 | steady >log; grep -a -e '^-- ' -e '^fan.*set' -e '^temp' log
+$ boardctl run --sim --tour 2>&1 | steady >log; grep -a -e '^-- ' -e '^fan.*set' -e '^temp' log
 -- The tour: every part of the board in about ten seconds.
 -- The VoIP capacity was read from the board descriptor: 120 DSP channels, 240 SIP legs.
 -- The fan 'fan' is set and read back through its driver.
@@ -181,7 +181,7 @@ $ boardctl --board board.toml button watch
 $ boardctl --board board.toml run --for 0 2>&1 | grep -e another -e watching
 boardctl: leds: leds/power: another program drives the LEDs of this board; they are left alone
 boardctl: button: board.toml:40: button.device: dev/button: another program watches this button
-$ boardctl run --for 0 2>&1 | grep -e use
+$ boardctl run --sim --for 0 2>&1 | grep -e use
 boardctl: leds: /tmp/evt.fifo: the pipe is in use: another LED service reads it; the LEDs run without commands
 )sh");
     ASSERT_TRUE(run.waitForOutput("LED 'line' off"));

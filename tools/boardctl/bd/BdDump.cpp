@@ -15,7 +15,7 @@ struct DumpWords {
 
 int dump(const Options& options, const DumpWords& words) {
     return printImage(options, words.image, [](const board::TagImage& image) {
-        std::cout << board::tagsToJson(image);
+        std::cout << board::tagsToJson(image, worksOnSimulatedBoard());
         return DONE;
     });
 }

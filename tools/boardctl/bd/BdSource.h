@@ -18,7 +18,8 @@ public:
     BdSource(const Options& options, const std::string& image);
 
     const board::DescriptorSource& source() const { return m_source; }
-    bool isSimulated() const { return m_board && m_board->isSimulated(); }
+    /// Whether the image belongs to a simulated board that is removed after the command.
+    bool isScratch() const { return m_board && m_board->scratch(); }
 
 private:
     const std::unique_ptr<BoardProfile> m_board; ///< null for an image file; a simulated board

@@ -86,7 +86,7 @@ int info(const Options& options) {
     if (options.json)
         printJson(reportToJson(report));
     else if (options.metrics)
-        std::cout << board::toMetrics(report);
+        std::cout << board::toMetrics(report, board.isSimulated());
     else
         printRows(dumpOf(report));
 

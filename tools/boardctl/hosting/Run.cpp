@@ -43,11 +43,12 @@ public:
 
     int run() {
         const auto start = Clock::now();
-        m_lines.print(
-            "board",
-            (m_board.isSimulated() ? "a simulated board, made for this run: " : "board ") +
-                m_board.profilePath(),
-            {{"profile", m_board.profilePath()}, {"simulated", m_board.isSimulated()}});
+        m_lines.print("board",
+                      (m_board.scratch()       ? "a simulated board, made for this run: "
+                       : m_board.isSimulated() ? "simulated board "
+                                               : "board ") +
+                          m_board.profilePath(),
+                      {{"profile", m_board.profilePath()}, {"simulated", m_board.isSimulated()}});
         showDevices();
         showReport();
         showFirmware();

@@ -18,7 +18,7 @@ struct CreateWords {
 int create(const Options& options, const CreateWords& words) {
     const auto board = board::SimulatedBoard::create(words.folder);
     if (options.json)
-        printJson({{"profile", board.profile()}});
+        printJson({{"profile", board.profile()}, {"simulated", true}});
     else
         std::cout << "created " << board.profile() << "; try: boardctl --board " << board.profile()
                   << " info\n";

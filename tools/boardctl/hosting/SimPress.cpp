@@ -18,9 +18,6 @@ struct PressWords {
 };
 
 int press(const Options& options, const PressWords& words) {
-    if (options.board.empty())
-        throw WrongCall("--board is missing: it names the board whose button is pressed (`boardctl "
-                        "sim create DIR` creates a board)");
     const BoardProfile board(options);
     board::withPlaceInErrors(board.button(), [&](const std::string& pipe) {
         const board::SimulatedButton button(pipe);
@@ -40,7 +37,7 @@ int press(const Options& options, const PressWords& words) {
 
 void addSimPress(CLI::App& sim, Options& options) {
     const auto [command, words] = addCommand<PressWords>(
-        sim, options, "press", "Press the button of the simulated board that --board names", press);
+        sim, options, "press", "Press the button of a simulated board that is hosted", press);
     command.add_option("--for", words.seconds, "How long to hold it; default 0.1 seconds")
         ->check(seconds())
         ->option_text("SECONDS");

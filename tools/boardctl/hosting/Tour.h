@@ -18,8 +18,9 @@ struct TourStage {
     std::function<bool(std::chrono::milliseconds)> pause;
 };
 
-/// Shows every subsystem of a board in about ten seconds, in plain words. On a real board it only
-/// steps the fans, and restores their speed; it leaves the sensor, the LEDs and the button alone.
+/// Shows every subsystem of a board in about ten seconds, in plain words. Unless the board was made
+/// for this call, it only steps the fans and restores their speed; it leaves the sensor, the LEDs
+/// and the button alone.
 /// False if it ended early.
 bool playTour(const TourStage& stage);
 

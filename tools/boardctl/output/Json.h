@@ -6,6 +6,9 @@ namespace boardctl {
 
 /// Prints one JSON document on standard output; with `indent` -1 on one line. Bytes that are not
 /// UTF-8 become the replacement character.
-void printJson(const nlohmann::ordered_json& json, int indent = 2);
+///
+/// If the program works on a simulated board, `"simulated": true` is added to the object, or to
+/// each object of the array, so that nobody takes a made-up figure for a measured one.
+void printJson(nlohmann::ordered_json json, int indent = 2);
 
 } // namespace boardctl

@@ -1,6 +1,10 @@
 #include "program/Board.h"
 
+#include <cerrno>
+#include <cstdlib>
+
 #include "base/Error.h"
+#include "base/File.h"
 #include "base/Suggestion.h"
 #include "base/Text.h"
 
@@ -8,17 +12,44 @@ namespace boardctl {
 
 namespace {
 
+constexpr char NAMING_VARIABLE[] = "BOARDCTL_BOARD";
+constexpr char USUAL_PROFILE[] = "/etc/boarddrivers/board.toml";
+
+bool isSimulatedBoard = false;
+
+/// False only if there is no such file: one that can't be examined must not be passed over.
+bool mayExist(const char* path) {
+    return board::kindOf(path) != board::FileKind::MISSING || (errno != ENOENT && errno != ENOTDIR);
+}
+
 std::string profilePathFor(const Options& options,
                            const std::unique_ptr<board::ScratchBoard>& scratch) {
-    return scratch ? scratch->board().profile() : options.board;
+    if (scratch)
+        return scratch->board().profile();
+    if (!options.board.empty())
+        return options.board;
+    const char* const named = std::getenv(NAMING_VARIABLE);
+    if (named && *named)
+        return named;
+    if (mayExist(USUAL_PROFILE))
+        return USUAL_PROFILE;
+    throw WrongCall(std::string("no board is named (expected --board FILE, the variable ") +
+                    NAMING_VARIABLE + ", the file " + USUAL_PROFILE +
+                    ", or --sim for a simulated board)");
 }
 
 } // namespace
 
+bool worksOnSimulatedBoard() {
+    return isSimulatedBoard;
+}
+
 BoardProfile::BoardProfile(const Options& options)
-    : m_scratch(options.board.empty() ? std::make_unique<board::ScratchBoard>() : nullptr),
+    : m_scratch(options.sim ? std::make_unique<board::ScratchBoard>() : nullptr),
       m_profilePath(profilePathFor(options, m_scratch)),
-      m_profile(board::Profile::load(m_profilePath)) {}
+      m_profile(board::Profile::load(m_profilePath)) {
+    isSimulatedBoard = m_profile.simulated;
+}
 
 const board::NamedPath& BoardProfile::button() const {
     if (!m_profile.button)

@@ -11,15 +11,23 @@
 
 namespace boardctl {
 
-/// The board a command works on: that of `--board`, or a simulated one that exists as long as this
+/// Whether the program works on a simulated board. False until its profile has been read.
+bool worksOnSimulatedBoard();
+
+/// The board a command works on: that of `--board`, `$BOARDCTL_BOARD` or
+/// /etc/boarddrivers/board.toml, or with `--sim` a simulated one that exists as long as this
 /// object.
 class BoardProfile {
 public:
-    /// Throws board::Error if the profile is missing or wrong.
+    /// Throws WrongCall if no board is named, and board::Error if the profile is missing or wrong.
     explicit BoardProfile(const Options& options);
 
-    bool isSimulated() const { return m_scratch != nullptr; }
-    const board::SimulatedBoard& simulated() const { return m_scratch->board(); }
+    /// True for every simulated board, whether made for this call or kept in a folder.
+    bool isSimulated() const { return m_profile.simulated; }
+    /// The simulated board that was made for this call; null if the call works on another one.
+    const board::SimulatedBoard* scratch() const {
+        return m_scratch ? &m_scratch->board() : nullptr;
+    }
     const std::string& profilePath() const { return m_profilePath; }
     const board::Profile& profile() const { return m_profile; }
 

@@ -4,14 +4,24 @@
 #include <stdexcept>
 #include <string>
 
+#include "base/Error.h"
+
 namespace boardctl {
 
-/// Exit statuses that scripts rely on.
-enum ExitStatus : int { DONE = 0, FAILED = 1, WRONG_CALL = 2 };
+/// Exit statuses that scripts rely on. A command that signal N ends exits with BY_SIGNAL + N.
+enum ExitStatus : int {
+    DONE = 0,
+    FAILED = 1,
+    WRONG_CALL = 2,
+    FOUND = 3,    ///< the command looked and found something wrong
+    DECLINED = 4, ///< the user said no, or there was no terminal to ask on
+    BY_SIGNAL = 128
+};
 
 /// The parsed command line: what all commands share.
 struct Options {
-    std::string board; ///< path of the profile; empty: a simulated board made for the call
+    std::string board; ///< path of the profile; empty if the call names none
+    bool sim = false;  ///< work on a simulated board, made for the call
     bool json = false;
     bool metrics = false; ///< only for `info`
     bool svg = false;     ///< only for `leds preview`
@@ -24,6 +34,11 @@ struct Options {
 /// exits with 2.
 struct WrongCall : std::runtime_error {
     using std::runtime_error::runtime_error;
+};
+
+/// Thrown if the user does not allow the command to go on. The program exits with 4.
+struct Declined : board::Error {
+    using Error::Error;
 };
 
 } // namespace boardctl

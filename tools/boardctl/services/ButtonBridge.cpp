@@ -28,8 +28,6 @@ int bridgeButton(const Options& options, const BridgeWords& words) {
     // A running host reads a message at once. Without a host the bridge looks less and less often.
     constexpr auto FIRST_LOOK = std::chrono::milliseconds(2),
                    LAST_LOOK = std::chrono::milliseconds(256);
-    if (options.board.empty())
-        throw WrongCall("--board is missing: it names the board whose button is pressed");
     const BoardProfile board(options);
     const board::NamedPath& button = board.button();
     board::InputKey key(words.device, words.code);

@@ -48,9 +48,8 @@ int edit(const Options& options, const EditWords& words,
     const BdSource chosen(options, words.image);
     const std::string& path = chosen.source().path();
     board::EditManner manner = words.manner;
-    if (chosen.isSimulated()) {
-        complain("no --board and no image: this edits a simulated board, which is removed after "
-                 "the command");
+    if (chosen.isScratch()) {
+        complain("--sim: this edits a simulated board that is removed after the command");
         manner.keepOld = !manner.backup.empty();
     }
     const auto stepOnGoodTags = [&](board::DescriptorEdit& descriptor) {
@@ -58,7 +57,7 @@ int edit(const Options& options, const EditWords& words,
             complain(*fault + "; only the tags before the fault are kept");
         step(descriptor);
     };
-    const bool asks = !words.yes && !chosen.isSimulated();
+    const bool asks = !words.yes && !chosen.isScratch();
     bool isShown = false;
     const auto confirm = [&](const std::vector<board::TagChange>& changes) {
         if (!asks)
