@@ -1,5 +1,10 @@
 #include "board/Firmware.h"
 
+#include <cctype>
+#include <cerrno>
+
+#include <fcntl.h>
+
 #include "ImageInfo.h"
 #include "base/Error.h"
 #include "base/File.h"
@@ -18,6 +23,39 @@ std::string systemsReason(const std::string& path) {
     return "";
 }
 
+/// The bytes from which the library took its lines: eight lines, or pieces of longer ones.
+std::string lookedAt(const std::string& path) {
+    constexpr std::size_t LINES = 8;
+    constexpr std::size_t LONGEST = 126;
+    char bytes[LINES * LONGEST];
+    const FileDescriptor file = openFile(path, O_RDONLY);
+    const ssize_t count = tryRead(file, bytes, sizeof bytes);
+    if (count < 0)
+        failWith(path, "can't read", errno);
+    const std::string text(bytes, static_cast<std::size_t>(count));
+    std::size_t end = text.find('\n');
+    for (std::size_t line = 1; line < LINES && end != std::string::npos; ++line)
+        end = text.find('\n', end + 1);
+    return text.substr(0, end);
+}
+
+/// The library takes any bytes for lines and cuts them at a zero byte. Throws Error if they are not
+/// text, or name no version.
+void expectInformation(const std::string& path, const FirmwareInfo& firmware) {
+    const std::string text = lookedAt(path);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (std::iscntrl(byte) != 0 && std::isspace(byte) == 0)
+            throw Error(path + ": byte " + std::to_string(i) +
+                        " is not text (expected the lines of a firmware information file)");
+    }
+    const std::string others =
+        firmware.line2 + firmware.line3 + firmware.line6 + firmware.line7 + firmware.line8;
+    if (firmware.line1.empty())
+        throw Error(path + (others.empty() ? ": holds no firmware information"
+                                           : ": line 1 is empty (expected the version)"));
+}
+
 } // namespace
 
 Result<FirmwareInfo> readFirmware(const std::string& path) {
@@ -31,10 +69,11 @@ Result<FirmwareInfo> readFirmware(const std::string& path) {
     const FirmwareInfo firmware{info.versionString.c_str(), info.line1.c_str(), info.line2.c_str(),
                                 info.line3.c_str(),         info.line6.c_str(), info.line7.c_str(),
                                 info.line8.c_str()};
-    const std::string all = firmware.line1 + firmware.line2 + firmware.line3 + firmware.line6 +
-                            firmware.line7 + firmware.line8;
-    if (all.empty())
-        return Fault{path + ": holds no firmware information"};
+    try {
+        expectInformation(path, firmware);
+    } catch (const Error& fault) {
+        return Fault{fault.what()};
+    }
     return firmware;
 }
 

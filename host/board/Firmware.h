@@ -13,8 +13,8 @@ struct FirmwareInfo {
     std::string line1, line2, line3, line6, line7, line8;
 };
 
-/// Reads the information file. Anything but an ordinary file is a fault: a pipe would block the
-/// reader.
+/// Reads the information file. Anything but an ordinary file is a fault, because a pipe would block
+/// the reader. So are bytes in its eight lines that are not text, and an empty first line.
 Result<FirmwareInfo> readFirmware(const std::string& path);
 
 /// The same for the file that a profile names. A fault begins with the place that names it.
