@@ -43,6 +43,17 @@ std::string readUpTo(Read read, std::size_t limit, const std::string& path, cons
     return content;
 }
 
+/// Reads until the end or a signal. Throws Error if there are more than `limit` bytes.
+std::string readWhole(int descriptor, std::size_t limit, const std::string& path) {
+    const auto readOnce = [&](void* bytes, std::size_t size) {
+        return tryReadOnce(descriptor, bytes, size);
+    };
+    std::string content = readUpTo(readOnce, limit, path, "can't read");
+    if (content.size() > limit)
+        failTooLarge(path, limit);
+    return content;
+}
+
 } // namespace
 
 std::string reasonOf(int error) {
@@ -191,14 +202,11 @@ void failTooLarge(const std::string& path, std::size_t limit) {
 }
 
 std::string readFile(const std::string& path, std::size_t limit) {
-    const FileDescriptor file = openFile(path, O_RDONLY);
-    const auto readOnce = [&](void* bytes, std::size_t size) {
-        return tryReadOnce(file.number(), bytes, size);
-    };
-    std::string content = readUpTo(readOnce, limit, path, "can't read");
-    if (content.size() > limit)
-        failTooLarge(path, limit);
-    return content;
+    return readWhole(openFile(path, O_RDONLY).number(), limit, path);
+}
+
+std::string readStandardInput(std::size_t limit) {
+    return readWhole(STDIN_FILENO, limit, "standard input");
 }
 
 std::optional<std::string> tryReadLine(const std::string& path) {

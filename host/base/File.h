@@ -92,6 +92,9 @@ std::string readUpTo(const FileDescriptor& file, std::size_t limit, const std::s
 /// nobody writes to.
 std::string readFile(const std::string& path, std::size_t limit);
 
+/// The same for standard input.
+std::string readStandardInput(std::size_t limit);
+
 /// The first line of a small file, without its end; empty optional if it can't be read.
 std::optional<std::string> tryReadLine(const std::string& path);
 

@@ -28,6 +28,10 @@ DescriptorSource DescriptorSource::ofFile(const std::string& path) {
     return DescriptorSource(path, std::nullopt);
 }
 
+DescriptorSource DescriptorSource::ofStandardInput() {
+    return DescriptorSource("", std::nullopt);
+}
+
 DescriptorSource DescriptorSource::ofBoard(const std::string& path, unsigned readChunk,
                                            unsigned size) {
     expectDescriptorDevice(path);
@@ -45,7 +49,8 @@ std::size_t DescriptorSource::deviceSize(const TagImage& image) const {
 
 TagImage DescriptorSource::load() const {
     if (!m_device)
-        return TagImage(readFile(m_path, MAX_IMAGE_SIZE));
+        return TagImage(m_path.empty() ? readStandardInput(MAX_IMAGE_SIZE)
+                                       : readFile(m_path, MAX_IMAGE_SIZE));
     TString<char> bytes;
     String error;
     CBoardDescr driver(m_path.c_str(), m_device->readChunk, m_device->size);

@@ -20,11 +20,16 @@ public:
     /// An image file, a pipe, or a device that the user named by its path.
     static DescriptorSource ofFile(const std::string& path);
 
+    /// An image on standard input. It can be loaded once, and there is no file that an edit could
+    /// change.
+    static DescriptorSource ofStandardInput();
+
     /// The device that a board's profile names; an ordinary file there is treated as a device too.
     /// The device is read `readChunk` bytes at a time. An image must be smaller than `size` bytes.
     /// Throws Error if the device can't be read or `expectDescriptorDevice` rejects it.
     static DescriptorSource ofBoard(const std::string& path, unsigned readChunk, unsigned size);
 
+    /// Empty for standard input.
     const std::string& path() const { return m_path; }
     bool isDevice() const;
     bool isBoardDevice() const { return m_device.has_value(); }
@@ -32,9 +37,9 @@ public:
     /// The size in bytes of the device that `image` was read from; an image must be smaller.
     std::size_t deviceSize(const TagImage& image) const;
 
-    /// Throws Error if the bytes can't be read, or if a file has more than MAX_IMAGE_SIZE bytes. A
-    /// board's device has no such check here: `ofBoard` has checked its size, and the driver reads
-    /// no more than `size` bytes. A corrupt image is not a failure.
+    /// Throws Error if the bytes can't be read, or if a file or standard input has more than
+    /// MAX_IMAGE_SIZE bytes. A board's device has no such check here: `ofBoard` has checked its
+    /// size, and the driver reads no more than `size` bytes. A corrupt image is not a failure.
     TagImage load() const;
 
 private:
@@ -44,7 +49,7 @@ private:
     };
     DescriptorSource(std::string path, std::optional<BoardDevice> device);
 
-    std::string m_path;
+    std::string m_path; ///< empty: standard input
     std::optional<BoardDevice> m_device;
 };
 

@@ -99,11 +99,11 @@ TEST(BdEdit, AsksBeforeADeviceIsChanged) {
 $ boardctl sim create sim >messages; boardctl --board sim/board.toml bd remove 5
 - 4 Tag5 (5): 53494d2d303030303031  "SIM-000001"
 ! boardctl: sim/eeprom.bin: is a board's device, and standard input is not a terminal to ask on (expected -y); nothing was written
-[1]
+[4]
 $ boardctl --board sim/board.toml bd remove 5 <terminal
 - 4 Tag5 (5): 53494d2d303030303031  "SIM-000001"
 ! Write this to sim/eeprom.bin? [y/N] boardctl: sim/eeprom.bin: nothing was written
-[1]
+[4]
 $ boardctl --board sim/board.toml bd remove 5 --backup 1 <terminal 2>messages
 - 4 Tag5 (5): 53494d2d303030303031  "SIM-000001"
 sim/eeprom.bin: written; the old image is in 1

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 
 #include "bd/BdCommands.h"
@@ -58,7 +59,11 @@ int check(const Options& options, const CheckWords& words) {
             printForPrograms(image, findings);
         else
             printForPeople(image, findings);
-        return DONE;
+        const bool isGood =
+            std::all_of(findings.begin(), findings.end(), [](const board::Finding& finding) {
+                return finding.weight == board::Finding::Weight::NOTE;
+            });
+        return isGood ? DONE : FOUND;
     });
 }
 
@@ -67,7 +72,7 @@ int check(const Options& options, const CheckWords& words) {
 void addBdCheck(CLI::App& bd, Options& options) {
     const auto [command, words] = addCommand<CheckWords>(
         bd, options, "check",
-        "List what is wrong with an image; exits with 1 if it is corrupt, with 0 after warnings",
+        "List what is wrong with an image; exits with 3 if it is corrupt or after a warning",
         check);
     addImageWord(command, words.image);
 }

@@ -26,18 +26,28 @@ void addBdCheck(CLI::App& bd, Options& options);
 
 constexpr char TAG_HELP[] = "ID or ID.N: decimal, 0x hexadecimal or a name; N counts from 0";
 
-/// The image as a positional word.
-inline void addImageWord(CLI::App& command, std::string& image) {
-    command.add_option("IMAGE", image, "Image file; by default the board's descriptor")
-        ->check(notEmpty())
-        ->type_name("FILE");
+/// In place of a file's name: standard input, or for a file that is written standard output.
+constexpr char STANDARD_STREAM[] = "-";
+
+inline void addImage(CLI::App& command, const char* names, std::string& image, const char* text) {
+    command.add_option(names, image, text)->check(notEmpty())->type_name("FILE");
 }
 
-/// The image as an option, for commands with other words.
+constexpr char READ_IMAGE[] = "Image file, - for standard input; by default the board's descriptor";
+
+/// The image to read, for commands that have other words.
 inline void addImageOption(CLI::App& command, std::string& image) {
-    command.add_option("-i,--image", image, "Image file; by default the board's descriptor")
-        ->check(notEmpty())
-        ->type_name("IMAGE");
+    addImage(command, "-i,--image", image, READ_IMAGE);
+}
+
+/// The same for commands that have no other words: the image may also be one.
+inline void addImageWord(CLI::App& command, std::string& image) {
+    addImage(command, "-i,--image,IMAGE", image, READ_IMAGE);
+}
+
+/// The image to edit.
+inline void addEditedImage(CLI::App& command, std::string& image) {
+    addImage(command, "-i,--image", image, "Image file; by default the board's descriptor");
 }
 
 inline CLI::Option* addWord(CLI::App& command, const char* name, std::string& word,

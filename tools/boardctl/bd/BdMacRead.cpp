@@ -80,7 +80,7 @@ void addBdMacRead(CLI::App& mac, Options& options) {
     {
         const auto [command, words] = addCommand<MacWords>(
             mac, options, "list", "List each address with its index and interface number", list);
-        addImageOption(command, words.image);
+        addImageWord(command, words.image);
     }
     const auto [command, words] = addCommand<MacWords>(
         mac, options, "get", "Print one address and its interface number", get);

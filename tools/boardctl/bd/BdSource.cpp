@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "base/Error.h"
+#include "bd/BdCommands.h"
 #include "output/Messages.h"
 #include "sysfs/DeviceLocator.h"
 
@@ -22,11 +23,16 @@ board::DescriptorSource sourceOf(const BoardProfile& chosen) {
     return *source;
 }
 
+board::DescriptorSource sourceOf(const std::string& image) {
+    return image == STANDARD_STREAM ? board::DescriptorSource::ofStandardInput()
+                                    : board::DescriptorSource::ofFile(image);
+}
+
 } // namespace
 
 BdSource::BdSource(const Options& options, const std::string& image)
     : m_board(image.empty() ? std::make_unique<BoardProfile>(options) : nullptr),
-      m_source(m_board ? sourceOf(*m_board) : board::DescriptorSource::ofFile(image)) {}
+      m_source(m_board ? sourceOf(*m_board) : sourceOf(image)) {}
 
 int printImage(const board::DescriptorSource& source,
                const std::function<int(const board::TagImage&)>& print) {
@@ -36,7 +42,7 @@ int printImage(const board::DescriptorSource& source,
         return status;
     static_cast<void>(flushOutput()); // the good tags come before the fault
     complain(*loaded.fault());
-    return FAILED;
+    return status == DONE ? FAILED : status;
 }
 
 int printImage(const Options& options, const std::string& image,

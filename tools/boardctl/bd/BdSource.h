@@ -13,8 +13,9 @@ namespace boardctl {
 /// The descriptor that a command works on.
 class BdSource {
 public:
-    /// The image file `image`, or the device of the board if `image` is empty. The board's other
-    /// devices are not opened. Throws board::Error if the board's device can't be read.
+    /// The image file `image` (STANDARD_STREAM: standard input), or the device of the board if
+    /// `image` is empty. The board's other devices are not opened. Throws board::Error if the
+    /// board's device can't be read.
     BdSource(const Options& options, const std::string& image);
 
     const board::DescriptorSource& source() const { return m_source; }
@@ -28,7 +29,8 @@ private:
 };
 
 /// Loads the image and passes it to `print`, which returns the exit status. A corrupt image is
-/// passed too, with the tags before the fault; its status is FAILED.
+/// passed too, with the tags before the fault; its status is FAILED unless `print` returns another
+/// one than DONE.
 int printImage(const board::DescriptorSource& source,
                const std::function<int(const board::TagImage&)>& print);
 

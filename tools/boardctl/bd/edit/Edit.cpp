@@ -3,35 +3,16 @@
 #include <iostream>
 #include <set>
 
-#include <unistd.h>
-
 #include "bd/BdCommands.h"
 #include "bd/BdSource.h"
 #include "bd/edit/EditOutput.h"
 #include "output/Messages.h"
+#include "output/Prompt.h"
 
 namespace boardctl {
 
-namespace {
-
-/// Asks on standard error, so that standard output holds results only. Throws unless the answer is
-/// yes.
-void askBeforeWriting(const std::string& path) {
-    if (::isatty(STDIN_FILENO) == 0)
-        throw board::Error(path +
-                           ": is a board's device, and standard input is not a terminal to ask on "
-                           "(expected -y); nothing was written");
-    std::cerr << "Write this to " << path << "? [y/N] " << std::flush;
-    std::string answer;
-    std::getline(std::cin, answer);
-    if (answer != "y" && answer != "Y" && answer != "yes")
-        throw board::Error(path + ": nothing was written");
-}
-
-} // namespace
-
 void addEditOptions(CLI::App& command, EditWords& words) {
-    addImageOption(command, words.image);
+    addEditedImage(command, words.image);
     command.add_flag("--force", words.manner.force,
                      "Edit a corrupt image too: keep the tags before the fault, drop the rest");
     command
@@ -45,6 +26,8 @@ void addEditOptions(CLI::App& command, EditWords& words) {
 
 int edit(const Options& options, const EditWords& words,
          const std::function<void(board::DescriptorEdit&)>& step) {
+    if (words.image == STANDARD_STREAM)
+        throw WrongCall("-i -: standard input can't be edited (expected an image file)");
     const BdSource chosen(options, words.image);
     const std::string& path = chosen.source().path();
     board::EditManner manner = words.manner;
@@ -65,7 +48,9 @@ int edit(const Options& options, const EditWords& words,
         printChanges(options.json ? std::cerr : std::cout, changes);
         static_cast<void>(flushOutput());
         isShown = true;
-        askBeforeWriting(path);
+        expectYes("Write this to " + path + "?", path + ": nothing was written",
+                  path + ": is a board's device, and standard input is not a terminal to ask on "
+                         "(expected -y); nothing was written");
     };
     const board::EditOutcome outcome =
         board::editDescriptor(chosen.source(), manner, stepOnGoodTags, confirm);
