@@ -34,7 +34,9 @@ describe() {
     done
     cat <<'TEXT'
 [EXIT STATUS]
-0: success. 1: failure; standard error says why. 2: wrong usage.
+0: done. 1: failed; standard error says why. 2: wrong call. 3: a check or a comparison found
+something wrong. 4: declined at a prompt, or no terminal to ask on. 128+N: ended by signal N.
+Commands that a signal usually ends, such as \fBrun\fR, then exit with 0.
 [FILES]
 .TP
 /etc/boarddrivers/board.toml

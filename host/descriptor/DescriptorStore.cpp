@@ -1,7 +1,6 @@
 #include "descriptor/DescriptorStore.h"
 
-#include <csignal>
-
+#include "base/EndingSignals.h"
 #include "base/Error.h"
 #include "base/File.h"
 #include "base/FileReplacement.h"
@@ -10,24 +9,6 @@
 namespace board {
 
 namespace {
-
-/// Blocks the signals that end a program: a device must not be left between two images.
-class EndingSignalsBlocked {
-public:
-    EndingSignalsBlocked() {
-        sigset_t ending;
-        sigemptyset(&ending);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
-            sigaddset(&ending, signal);
-        ::pthread_sigmask(SIG_BLOCK, &ending, &m_former);
-    }
-    ~EndingSignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &m_former, nullptr); }
-    EndingSignalsBlocked(const EndingSignalsBlocked&) = delete;
-    EndingSignalsBlocked& operator=(const EndingSignalsBlocked&) = delete;
-
-private:
-    sigset_t m_former;
-};
 
 void refuseCharacterDevice(const std::string& path) {
     if (kindOf(path) == FileKind::CHARACTER_DEVICE)
@@ -118,7 +99,7 @@ EditOutcome editDescriptor(const DescriptorSource& source, const EditManner& man
         confirm(outcome.changes);
     if (manner.keepOld)
         outcome.backup = keepImage(old.bytes(), path, manner.backup);
-    const EndingSignalsBlocked untilWritten;
+    const EndingSignalsHeld untilWritten;
     if (outcome.isDevice)
         program(target, path, old.bytes(), content, outcome.backup);
     else

@@ -7,6 +7,7 @@
 #include "program/Commands.h"
 #include "program/Help.h"
 #include "program/Options.h"
+#include "program/StopSignals.h"
 #include "program/WordChecks.h"
 
 namespace boardctl {
@@ -22,6 +23,7 @@ int wrongCall(CLI::App& app, const std::string& what, const CLI::ParseError* err
 } // namespace
 
 int runCommandLine(int argc, char** argv) {
+    const OutputWatch output;
     Options options;
     CLI::App app(
         "Hosts, inspects and edits a board: its drivers, its descriptor, or a simulated board.",
@@ -52,7 +54,8 @@ int runCommandLine(int argc, char** argv) {
                            addButton, addCpu, addFirmware, addBd, addSim})
         add(app, options);
     // The commands have copied the footer. The main help lists these options anyway.
-    app.footer("");
+    app.footer("Exit status: 0 done, 1 failed, 2 wrong call, 3 found something wrong, 4 declined,\n"
+               "128+N ended by signal N.");
     addExamples(app, {"run --sim --tour             see each part of a simulated board",
                       "sim create DIR               create a simulated board to keep",
                       "--board DIR/board.toml info  show what its drivers report",
@@ -68,12 +71,13 @@ int runCommandLine(int argc, char** argv) {
         if (options.sim && !options.board.empty())
             throw WrongCall("--board and --sim each choose a board (expected one of them)");
         const int status = options.command();
-        return flushOutput() ? status : FAILED;
-    } catch (const CLI::CallForHelp&) {
-        std::cout << app.help();
-        return flushOutput() ? DONE : FAILED;
-    } catch (const CLI::CallForVersion& version) {
-        std::cout << version.what() << "\n";
+        const bool isPrinted = flushOutput() || StopSignals::isAsked();
+        return StopSignals::statusAfter(isPrinted ? status : FAILED);
+    } catch (const CLI::Success& question) { // --help or --version
+        if (!app.remaining(true).empty())
+            return wrongCall(app, explained(app, question), &question);
+        const bool isHelp = dynamic_cast<const CLI::CallForHelp*>(&question) != nullptr;
+        std::cout << (isHelp ? app.help() : question.what() + std::string("\n"));
         return flushOutput() ? DONE : FAILED;
     } catch (const CLI::ParseError& error) {
         return wrongCall(app, explained(app, error), &error);
@@ -84,7 +88,7 @@ int runCommandLine(int argc, char** argv) {
         if (options.json)
             printJson({{"error", error.what()}}, -1);
         static_cast<void>(flushOutput());
-        return FAILED;
+        return StopSignals::statusAfter(dynamic_cast<const Declined*>(&error) ? DECLINED : FAILED);
     }
 }
 

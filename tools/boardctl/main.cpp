@@ -1,4 +1,7 @@
+#include <iterator>
+
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include "CommandLine.h"
@@ -8,13 +11,16 @@
 namespace {
 
 /// If standard input, output or error is closed, the next file opened would take its place and be
-/// read or written as such. The drivers also treat descriptor 0 as a failure.
+/// read or written as such. The drivers also treat descriptor 0 as a failure. What takes the place
+/// can't be read or written as the command would, so that it fails instead of losing something.
 void occupyStandardDescriptors() {
-    for (;;) {
-        board::FileDescriptor file = board::tryOpen("/dev/null", O_RDWR);
-        if (!file.isOpen() || file.number() > STDERR_FILENO)
-            return;
-        static_cast<void>(file.release()); // stays open in the standard descriptor's place
+    pollfd standard[] = {{STDIN_FILENO, 0, 0}, {STDOUT_FILENO, 0, 0}, {STDERR_FILENO, 0, 0}};
+    if (::poll(standard, std::size(standard), 0) <= 0)
+        return;
+    for (const pollfd& each : standard) { // an open takes the lowest free place
+        const int flags = each.fd == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+        if ((each.revents & POLLNVAL) != 0)
+            static_cast<void>(board::tryOpen("/dev/null", flags).release());
     }
 }
 

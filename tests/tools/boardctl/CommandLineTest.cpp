@@ -1,3 +1,4 @@
+#include <csignal>
 #include <sched.h>
 
 #include <fcntl.h>
@@ -34,12 +35,18 @@ $ boardctl fan hihg
 ! Usage: boardctl fan [OPTIONS] [SPEED]
 ! For details run `boardctl fan --help`.
 [2]
-$ for i in fna help 'bd mac lst' 'fan full low' 'bd mac list x'; do wrong $i; done
+$ for i in fna help 'bd mac lst' 'fan full low' 'bd mac get 0 x' 'bd show -i a x'; do wrong $i; done
 boardctl: there is no command 'fna'; did you mean 'fan'?
 boardctl: there is no command 'help'; did you mean '--help'?
 boardctl: there is no command 'lst'; did you mean 'list'?
 boardctl: unexpected word 'low'
 boardctl: unexpected word 'x' (use -i to name an image file)
+boardctl: unexpected word 'x' (-i names the image already)
+$ for i in 'fna --help' 'cpu x --help' 'bd get --nosuch --help' 'bd show x -i a'; do wrong $i; done
+boardctl: there is no command 'fna'; did you mean 'fan'?
+boardctl: unexpected word 'x'
+boardctl: there is no option '--nosuch'
+boardctl: --image: is given more than once
 $ for i in '--formt=json info' 'fan --nmae x' 'leds send -a b' 'info --board'; do wrong $i; done
 boardctl: there is no option '--formt'; did you mean '--format'?
 boardctl: there is no option '--nmae'; did you mean '--name'?
@@ -100,6 +107,9 @@ $ wrong bd set 45=text:`head -c 65531 /dev/zero | tr '\000' x`
 boardctl: tag '45': 65531 bytes are too long for a chunk (expected at most 65530)
 $ wrong bd set 45=u8:1 45.0=u8:2
 boardctl: tag 45.0 is assigned twice
+$ for i in 'set 45=u8:1 -i -' 'build - -o - --format json'; do wrong bd $i; done
+boardctl: -i -: standard input can't be edited (expected an image file)
+boardctl: -o - writes the image to standard output, so it excludes --format json
 $ for i in 65535=text: 9.0=u8:1; do wrong bd add $i; done
 boardctl: '65535' is not a tag (expected 1 to 65534, 0x1 to 0xfffe, or a name such as ProductID)
 boardctl: a new tag has a position in the list, not an occurrence (expected ID=TYPE:VALUE)
@@ -184,8 +194,25 @@ $ for i in 'info --sim' 'run --sim' 'fan --help' --version; do boardctl $i >/dev
 1 boardctl: can't write to standard output: No space left on device
 1 boardctl: can't write to standard output: No space left on device
 1 boardctl: can't write to standard output: No space left on device
+$ for i in 1 2 3 4 5 6 7 8; do printf '\000\005\003\004'; head -c 768 /dev/zero; done >image; boardctl bd raw image >/dev/full
+! boardctl: can't write to standard output: No space left on device
+[1]
+$ boardctl --version >&-; boardctl bd raw - <&-
+! boardctl: can't write to standard output: Bad file descriptor
+! boardctl: standard input: can't read: Bad file descriptor
+[1]
 $ boardctl fan full --sim <&- >&- 2>&-
+[1]
 )sh");
+}
+
+TEST(CommandLine, ExitsWithTheNumberOfTheSignalThatEndsIt) {
+    for (const int signal : {SIGINT, SIGHUP}) {
+        support::Program meter({BOARDCTL, "cpu", "--count", "1000000000", "--period", "0.1"});
+        ASSERT_TRUE(meter.waitForOutput("\n"));
+        meter.signal(signal);
+        EXPECT_EQ(meter.finish().status, 128 + signal);
+    }
 }
 
 TEST(CommandLine, StopsWaitingForADeviceIfASignalArrives) {
@@ -198,7 +225,7 @@ TEST(CommandLine, StopsWaitingForADeviceIfASignalArrives) {
     reader.signalUntilEnded(SIGTERM);
     ::close(writer);
     const support::Outcome outcome = reader.finish();
-    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.status, 128 + SIGTERM);
     EXPECT_EQ(outcome.err,
               "boardctl: " + dir.path("pipe") + ": can't read: Interrupted system call\n");
 }

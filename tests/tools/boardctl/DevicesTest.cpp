@@ -115,6 +115,6 @@ TEST(Devices, LedIsRestoredIfASignalEndsTheBlinking) {
     while (std::string(dir.read("sim/dev/status").c_str()) != "1")
         ::sched_yield();
     program.signal(SIGINT);
-    EXPECT_EQ(program.finish().status, 0);
+    EXPECT_EQ(program.finish().status, 128 + SIGINT);
     EXPECT_STREQ(dir.read("sim/dev/status").c_str(), "0");
 }

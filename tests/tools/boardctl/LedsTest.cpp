@@ -10,7 +10,7 @@ $ printf "[leds]\n[[leds.command]]\nword1='a'\nword2='b'\nmask=0\naction='roll-u
 $ json --board board.toml leds check
 { "mistakes": [ "board.toml:2: leds.command[0].mask: the roll has no LED: it shows nothing" ] }
 ! boardctl: board.toml:2: leds.command[0].mask: the roll has no LED: it shows nothing
-[1]
+[3]
 $ json --sim leds preview --ticks 8 --at '1 line call' --at '9 all defaults' --at '3 line idle'
 { "ticks": 8, "leds": [ { "mask": 1, "wave": "00000000" }, { "mask": 2, "wave": "01100000" }, { "mask": 4, "wave": "00000000" }, { "mask": 16, "wave": "00000000" }, { "mask": 32, "wave": "00000000" }, { "mask": 64, "wave": "00000000" }, { "mask": 128, "wave": "00000000" } ], "simulated": true }
 ! boardctl: tick 9 is after the last one: 'all defaults' has no effect
@@ -70,6 +70,13 @@ $ json firmware gone
 [1]
 $ printf '' >info; boardctl firmware info
 ! boardctl: info: holds no firmware information
+[1]
+$ printf '6.0\nTest' >info; boardctl firmware info
+6.0/
+$ for i in '\n\n7' '6.0\0001\n' 'a\r\n\033[1mb'; do printf "$i" >info; boardctl firmware info; done
+! boardctl: info: line 1 is empty (expected the version)
+! boardctl: info: byte 3 is not text (expected the lines of a firmware information file)
+! boardctl: info: byte 3 is not text (expected the lines of a firmware information file)
 [1]
 )sh");
 }

@@ -163,7 +163,9 @@ $ head -n 2 sim/board.toml >less.toml; boardctl --board less.toml run --tour | g
 }
 
 TEST_F(HostedBoard, PlaysLinesOfOtherProcessesAndReportsItsButton) {
-    Program run(words({"run", "--panel"})); // not on a terminal: each change of an LED is a line
+    // Not on a terminal, so each change of an LED is a line. Started as nohup does.
+    Program run({"/bin/sh", "-c", "trap '' HUP; exec \"$@\"", "sh", BOARDCTL, "--board",
+                 m_dir.path("sim/board.toml"), "run", "--panel"});
     ASSERT_TRUE(run.waitForOutput("ready\n"));
     expectTranscript(m_dir, "\n$ boardctl leds send line call\n");
     ASSERT_TRUE(run.waitForOutput("LED 'line' on"));
@@ -203,7 +205,7 @@ TEST_F(HostedBoard, EndsWhenAskedEvenIfNobodyReadsWhatItPrints) {
                  "--board", m_dir.path("board.toml"), "run", "--format", "json"});
     pollfd first{reader, POLLIN, 0};
     ASSERT_EQ(::poll(&first, 1, -1), 1);
-    run.signal(SIGTERM); // once
+    run.signal(SIGHUP); // once
     EXPECT_EQ(run.finish().status, 0);
     ::close(reader);
 }

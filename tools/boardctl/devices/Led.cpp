@@ -6,6 +6,7 @@
 #include "DRIVER.h"
 #include "IDriverRepository.h"
 #include "ILedControl.h"
+#include "base/EndingSignals.h"
 #include "base/Error.h"
 #include "base/Result.h"
 #include "base/Suggestion.h"
@@ -85,6 +86,8 @@ board::Result<void> checkShown(const XCode& written, const Board& board, const s
 
 /// Holds the overlay until a signal or the end of the time, then restores the previous state.
 int holdOverlay(const Options& options, const LedWords& words) {
+    if (!words.seconds)
+        StopSignals::expectAsEnd();
     const Board board(options);
     const auto led = findLed(board, words.name);
     const unsigned former = formerState(board, words.name);
@@ -92,6 +95,7 @@ int holdOverlay(const Options& options, const LedWords& words) {
     const board::LedReading shown = board::awaitLed(
         board.host(), words.name, [](unsigned state) { return state == SECOND_LIT; });
     if (!shown.value || *shown.value != SECOND_LIT) {
+        const board::EndingSignalsHeld whileRestoring;
         static_cast<void>(led->setLedBiStatus(OFF));
         static_cast<void>(
             restore(board, words.name, former)); // best effort: the failure below is what counts
@@ -103,6 +107,7 @@ int holdOverlay(const Options& options, const LedWords& words) {
     complain("LED '" + words.name + "' shows 2 until " +
              (words.seconds ? "the time is up" : "SIGINT (Ctrl-C)"));
     StopSignals::waitUntil(StopSignals::endAfter(words.seconds));
+    const board::EndingSignalsHeld whileRestoring;
     static_cast<void>(led->setLedBiStatus(OFF)); // the LED itself is checked next
     return show(std::vector{restore(board, words.name, former)}, options.json);
 }
@@ -138,6 +143,7 @@ int blink(const Options& options, const LedWords& words, unsigned count, unsigne
                 break;
         }
     progress.clear();
+    const board::EndingSignalsHeld whileRestoring;
     expectDone(led->disableLedToggle(), words.name, "can't restore the previous state");
     const board::LedReading shown = restore(board, words.name, former);
     if (!outcome)

@@ -207,6 +207,7 @@ private:
 };
 
 int run(const Options& options, const RunWords& words) {
+    StopSignals::expectAsEnd();
     return Run(options, words).run();
 }
 
@@ -214,7 +215,7 @@ int run(const Options& options, const RunWords& words) {
 
 void addRun(CLI::App& app, Options& options) {
     const auto [command, words] = addCommand<RunWords>(
-        app, options, "run", "Host the board until SIGINT or SIGTERM and show what happens", run);
+        app, options, "run", "Host the board until a signal ends it, and show what happens", run);
     command.add_option("--for", words.seconds, "End after this long")
         ->check(seconds())
         ->option_text("SECONDS");

@@ -12,6 +12,41 @@
 
 namespace boardctl {
 
+namespace {
+
+int outputError = 0; ///< of the first write that failed
+
+template <class Write>
+auto watched(Write write, decltype(write()) failure) -> decltype(write()) {
+    errno = 0;
+    const auto result = write();
+    if (result == failure && outputError == 0)
+        outputError = errno;
+    return result;
+}
+
+} // namespace
+
+OutputWatch::OutputWatch() : m_output(std::cout.rdbuf(this)) {}
+
+OutputWatch::~OutputWatch() {
+    std::cout.rdbuf(m_output);
+}
+
+OutputWatch::int_type OutputWatch::overflow(int_type character) {
+    return watched([&] { return m_output->sputc(traits_type::to_char_type(character)); },
+                   traits_type::eof());
+}
+
+std::streamsize OutputWatch::xsputn(const char* text, std::streamsize size) {
+    const auto isWhole = [&] { return m_output->sputn(text, size) == size; };
+    return watched(isWhole, false) ? size : 0;
+}
+
+int OutputWatch::sync() {
+    return watched([&] { return m_output->pubsync(); }, -1);
+}
+
 void complain(const std::string& what) {
     if (!StopSignals::waitWritable(STDERR_FILENO))
         return;
@@ -19,14 +54,13 @@ void complain(const std::string& what) {
 }
 
 bool flushOutput() {
-    errno = 0;
     if (std::cout.flush())
         return true;
     static bool isTold = false;
     if (!std::exchange(isTold, true) &&
         !StopSignals::isAsked()) // a write that a stop signal interrupted is not an error
         complain(std::string("can't write to standard output") +
-                 (errno != 0 ? std::string(": ") + board::reasonOf(errno) : ""));
+                 (outputError != 0 ? ": " + board::reasonOf(outputError) : ""));
     return false;
 }
 

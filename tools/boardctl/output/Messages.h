@@ -1,8 +1,26 @@
 #pragma once
 
+#include <streambuf>
 #include <string>
 
 namespace boardctl {
+
+/// Remembers why a write to standard output fails: a stream forgets it before anybody asks. Exists
+/// once, as long as the program prints.
+class OutputWatch : private std::streambuf {
+public:
+    OutputWatch();
+    ~OutputWatch() override;
+    OutputWatch(const OutputWatch&) = delete;
+    OutputWatch& operator=(const OutputWatch&) = delete;
+
+private:
+    int_type overflow(int_type character) override;
+    std::streamsize xsputn(const char* text, std::streamsize size) override;
+    int sync() override;
+
+    std::streambuf* const m_output;
+};
 
 /// Prints a message on standard error.
 void complain(const std::string& what);

@@ -65,11 +65,12 @@ std::string unknownOption(CLI::App& app, const std::string& word) {
     return text;
 }
 
-/// Whether the command of this call takes its image by -i, not as a word.
-bool takesImageOption(const CLI::App& app) {
-    const auto called = app.get_subcommands();
-    return called.empty() ? app.get_option_no_throw("-i") != nullptr
-                          : takesImageOption(*called.front());
+/// Why a word can't be the command's image, if it may have been meant as one.
+std::string imageHint(const CLI::App& command) {
+    const CLI::Option* const image = command.get_option_no_throw("-i");
+    if (!image)
+        return "";
+    return image->count() > 0 ? " (-i names the image already)" : " (use -i to name an image file)";
 }
 
 } // namespace
@@ -103,16 +104,21 @@ std::string explained(CLI::App& app, const CLI::ParseError& error) {
     });
     if (option != words.end()) // the option is the cause; `error` is only a consequence
         return unknownOption(app, *option);
-    if (dynamic_cast<const CLI::RequiredError*>(&error) && lacksCommand(app))
+    const bool isQuestion = dynamic_cast<const CLI::Success*>(&error) != nullptr;
+    if ((dynamic_cast<const CLI::RequiredError*>(&error) || isQuestion) && lacksCommand(app))
         return words.empty() ? "a command is missing" : unknownCommand(app, words.front());
-    if (dynamic_cast<const CLI::ExtrasError*>(&error) && !words.empty())
-        return "unexpected word '" + words.front() + "'" +
-               (takesImageOption(app) ? " (use -i to name an image file)" : "") +
+    if ((dynamic_cast<const CLI::ExtrasError*>(&error) || isQuestion) && !words.empty())
+        return "unexpected word '" + words.front() + "'" + imageHint(innermost(app)) +
                board::didYouMean(words.front(), knownOptions(app));
     const std::string what = error.what();
-    const bool lacksValue = dynamic_cast<const CLI::ArgumentMismatch*>(&error) &&
-                            what.find("missing") != std::string::npos; // not too many
-    return lacksValue ? what.substr(0, what.find(':')) + ": the value is missing" : what;
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error)) {
+        const std::string name = what.substr(0, what.find(':'));
+        if (what.find("missing") != std::string::npos)
+            return name + ": the value is missing";
+        if (what.find("At Most 1 ") != std::string::npos)
+            return name + ": is given more than once";
+    }
+    return what;
 }
 
 std::string adviceAfter(CLI::App& app, const CLI::ParseError* error) {

@@ -18,7 +18,7 @@ public:
 void addExamples(CLI::App& command, std::initializer_list<const char*> calls);
 
 /// Explains to a person what was wrong with the words of the last parse, and what may have been
-/// meant.
+/// meant. `error` is what ended the parse; a call for help counts if some words are unknown.
 std::string explained(CLI::App& app, const CLI::ParseError& error);
 
 /// The text to print after a wrong call: the whole help if a command is missing, else only the

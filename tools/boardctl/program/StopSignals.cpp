@@ -5,17 +5,26 @@
 
 #include <poll.h>
 
+#include "program/Options.h"
+
 namespace boardctl {
 
 namespace {
 
-volatile std::sig_atomic_t asked = 0;
+volatile std::sig_atomic_t asked = 0; ///< the first signal; 0 before it
+bool isExpected = false;
+
+void ask(int signal) {
+    if (asked == 0)
+        asked = signal;
+}
 
 sigset_t askingSignals() {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGHUP);
     return signals;
 }
 
@@ -25,11 +34,13 @@ void StopSignals::install() {
     struct sigaction action {};
     sigemptyset(&action.sa_mask);
     action.sa_flags = 0; // without SA_RESTART, so that a waiting call returns
-    action.sa_handler = [](int) { asked = 1; };
+    action.sa_handler = ask;
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
-    action.sa_handler = [](int) {};
-    sigaction(SIGHUP, &action, nullptr);
+    struct sigaction former {};
+    sigaction(SIGHUP, &action, &former);
+    if (former.sa_handler == SIG_IGN)
+        sigaction(SIGHUP, &former, nullptr);
     // Writes fail instead, with an error that can be reported: if the reader is gone, or if a file
     // reaches its size limit.
     std::signal(SIGPIPE, SIG_IGN);
@@ -38,6 +49,14 @@ void StopSignals::install() {
 
 bool StopSignals::isAsked() {
     return asked != 0;
+}
+
+void StopSignals::expectAsEnd() {
+    isExpected = true;
+}
+
+int StopSignals::statusAfter(int status) {
+    return asked != 0 && !isExpected ? BY_SIGNAL + asked : status;
 }
 
 bool StopSignals::waitWritable(int descriptor) {

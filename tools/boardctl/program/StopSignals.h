@@ -9,8 +9,9 @@ namespace boardctl {
 ///
 /// The signals don't end the program directly, so a command always restores and removes what it
 /// must. But they interrupt a waiting system call, so a blocked device can't keep the program from
-/// exiting. SIGINT and SIGTERM ask the running command to end. SIGHUP is ignored, except that it
-/// interrupts: a host may outlive its terminal.
+/// exiting. Each asks the running command to end, except SIGHUP if it was ignored when the program
+/// started, as nohup arranges. While a command restores a device, it holds them back
+/// (board::EndingSignalsHeld).
 class StopSignals {
 public:
     using Clock = std::chrono::steady_clock;
@@ -35,6 +36,13 @@ public:
 
     /// Whether the program was asked to end.
     static bool isAsked();
+
+    /// Declares that a signal is the usual way to end this command, such as a host: being asked
+    /// does not change its exit status then.
+    static void expectAsEnd();
+    /// The exit status of a command that was to return `status`: it tells which signal ended the
+    /// command, unless the command expected one.
+    static int statusAfter(int status);
     static bool waitFor(Clock::duration span) { return waitUntil(Clock::now() + span); }
 };
 

@@ -25,14 +25,14 @@ int checkTables(const Options& options) {
         complain(mistake);
     if (mistakes.empty() && !options.json)
         std::cout << "no mistakes\n";
-    return mistakes.empty() ? DONE : FAILED;
+    return mistakes.empty() ? DONE : FOUND;
 }
 
 } // namespace
 
 void addLedsCheck(CLI::App& leds, Options& options) {
     addCommand(leds, options, "check",
-               "Look for mistakes in the command table; exit status 1 if there are any",
+               "Look for mistakes in the command table; exit status 3 if there are any",
                checkTables);
 }
 

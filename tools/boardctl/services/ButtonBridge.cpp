@@ -28,6 +28,7 @@ int bridgeButton(const Options& options, const BridgeWords& words) {
     // A running host reads a message at once. Without a host the bridge looks less and less often.
     constexpr auto FIRST_LOOK = std::chrono::milliseconds(2),
                    LAST_LOOK = std::chrono::milliseconds(256);
+    StopSignals::expectAsEnd();
     const BoardProfile board(options);
     const board::NamedPath& button = board.button();
     board::InputKey key(words.device, words.code);
@@ -58,7 +59,7 @@ int bridgeButton(const Options& options, const BridgeWords& words) {
 void addButtonBridge(CLI::App& button, Options& options) {
     const auto [command, words] = addCommand<BridgeWords>(
         button, options, "bridge",
-        "Forward a key of an input device to the board's button, until SIGINT or SIGTERM",
+        "Forward a key of an input device to the board's button, until a signal ends it",
         bridgeButton);
     command.add_option("EVENT_DEVICE", words.device, "The input device, such as /dev/input/event0")
         ->check(notEmpty())

@@ -20,6 +20,7 @@ struct WatchWords {
 };
 
 int watchButton(const Options& options, const WatchWords& words) {
+    StopSignals::expectAsEnd();
     const BoardProfile board(options);
     const board::NamedPath& device = board.button();
     board::EventQueue queue;
@@ -47,7 +48,7 @@ int watchButton(const Options& options, const WatchWords& words) {
 void addButtonWatch(CLI::App& button, Options& options) {
     const auto [command, words] =
         addCommand<WatchWords>(button, options, "watch",
-                               "Show each press and release until SIGINT or SIGTERM", watchButton);
+                               "Show each press and release until a signal ends it", watchButton);
     command.add_option("--for", words.seconds, "End after this time")
         ->check(seconds())
         ->option_text("SECONDS");
