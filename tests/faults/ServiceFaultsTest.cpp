@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "ImageInfo.h"
 #include "LedCtrl.h"
 #include "ServiceButton.h"
 #include "faults/Sweep.h"
@@ -102,17 +101,4 @@ TEST(ServiceFaults, TheButtonReportsAFailureOnceAndRepeatsInterruptedCalls) {
          {"open.* E(IO|NO)", "-1 [012] FAILED TO OPEN" + file},
          {"short", "-1 2 INVALID SRV-BUTTON MESSAGE: p FAILED TO OPEN" + file},
          {"", "-1 2 FAILED TO OPEN" + file}});
-}
-
-TEST(SystemFaults, AValueThatCanNotBeReadIsKept) {
-    const support::TempDir dir;
-    dir.write("value", "0x1F\n");
-    sweep(
-        [&](const Attempt& attempt) {
-            int value = 77;
-            const String path(dir.path("value").c_str());
-            const std::string code = attempt([&] { return readValueFromFile(path, value); });
-            return code + " " + std::to_string(value);
-        },
-        {{"open|read.* E", "-1 77"}, {"short", "0 0"}, {"", "0 31"}});
 }
