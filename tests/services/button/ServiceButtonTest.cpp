@@ -81,6 +81,8 @@ TEST_F(ServiceButtonTest, MeasuresFromTheLastPress) {
         if (next() == "pressed")
             pressedAt = lastTime;
     }
+    ServiceButton("", nullptr).processButtonMessage("pressed");
+    EXPECT_EQ(next(), "3 NO SRV-BUTTON OBSERVER");
 }
 
 TEST_F(ServiceButtonTest, ReportsAMissingFileEvenIfStoppedMeanwhile) {
