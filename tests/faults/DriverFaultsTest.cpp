@@ -3,71 +3,16 @@
 #include <gtest/gtest.h>
 
 #include "CBoardDescrTamarin.h"
-#include "CFanControl.h"
-#include "CLedControl.h"
-#include "TYPPtr.h"
 #include "faults/Faults.h"
 #include "faults/Sweep.h"
 #include "support/DriverFixtures.h"
-#include "support/ScriptedKernel.h"
+#include "support/TempDir.h"
 
 using faults::Attempt;
 using faults::Expected;
 using faults::sweep;
 using support::fromHex;
 using support::str;
-
-namespace {
-
-class DriverFaults : public support::ScriptedKernel {
-protected:
-    DriverFaults() {
-        answer(MAXIMUM, 255U);
-        answer(BI_STATUS, true);
-    }
-
-    /// Sweeps over `step` with a driver whose device holds `content`, and calls `after`. The text
-    /// has the step's code, `value` and what the device holds then.
-    template <class Driver>
-    void sweepDriver(
-        const char* content, const std::function<XCode(Driver&)>& step, const Expected& expected,
-        const std::function<XCode(Driver&)>& after = [](auto&) { return XCode(); }) {
-        sweep(
-            [&](const Attempt& attempt) {
-                dir.write("device", content);
-                const auto driver = TYPPtr<Driver>::adopt(new Driver(nullptr, "driver", ENDPOINT));
-                EXPECT_TRUE(driver->open(error).isSuccess());
-                value = 77;
-                const std::string code = attempt([&] { return step(*driver); });
-                EXPECT_TRUE(after(*driver).isSuccess());
-                return code + " " + std::to_string(value) + " " + held().c_str();
-            },
-            expected);
-    }
-
-    int value = 0;
-};
-
-} // namespace
-
-TEST_F(DriverFaults, OnlyAnOpenThatFailsIsAnErrorAndWhatIsNotReadCountsAsZero) {
-    sweepDriver<CFanControl>(
-        "200",
-        [&](auto& fan) {
-            auto speed = IFanControl::FAN_SPEED_HIGH;
-            const XCode status = fan.getActualFanSpeed(speed);
-            value = speed;
-            return status;
-        },
-        {{"open", "-1 3 200"}, {"read.* E|short", "0 3 200"}, {"", "0 1 200"}});
-    sweepDriver<CFanControl>(
-        "0", [](auto& fan) { return fan.setFanSpeed(IFanControl::FAN_SPEED_HIGH); },
-        {{"open", "-1 77 0"}, {"write.* E", "0 77 0"}, {"short", "0 77 1"}, {"", "0 77 170"}});
-    sweepDriver<CLedControl>(
-        "1", [](auto& led) { return led.setLedBiStatus(1); },
-        {{"open#1|read.* E", "0 77 0"}, {"open#2", "-1 77 1"}, {"", "0 77 1"}},
-        [](auto& led) { return led.setLedBiStatus(0); }); // back to what was read
-}
 
 TEST(DescriptorFaults, KeepTheListOrChangeItAndLoseNothing) {
     const support::TempDir dir;

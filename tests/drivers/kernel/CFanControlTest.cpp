@@ -102,6 +102,17 @@ TEST_F(CFanControlTest, ContentOfTheDeviceIsReportedAsACoarseSpeed) {
         }
 }
 
+TEST_F(CFanControlTest, OnlyAnOpenThatFailsIsAnErrorAndWhatIsNotReadCountsAsZero) {
+    answer(PATH, String(dir.path("").c_str())); // a folder can be opened, but not read
+    connect(255);
+    Fan::FanSpeed speed{};
+    EXPECT_TRUE(fan.getActualFanSpeed(speed).isSuccess());
+    EXPECT_EQ(speed, Fan::FAN_SPEED_OFF);
+    answer(PATH, String("/dev/full"));
+    connect(255);
+    EXPECT_TRUE(fan.setFanSpeed(Fan::FAN_SPEED_HIGH).isSuccess());
+}
+
 TEST_F(CFanControlTest, SpeedIsRememberedAndWrittenAsARecordOfExactlySixteenBytes) {
     const struct {
         unsigned maximum;

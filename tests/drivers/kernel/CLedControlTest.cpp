@@ -98,10 +98,16 @@ TEST_F(CLedControlTest, FailuresKeepTheChangesBeforeThem) {
     EXPECT_EQ(held()[0], '0');
     connect(true);
     EXPECT_EQ(run("enable"), "!") << "the toggle stayed on after the LED could not be read";
-    std::filesystem::rename(dir.path("device"), dir.path("away"));
-    EXPECT_FALSE(led->setLedToggleStatus(1).isSuccess());
-    std::filesystem::rename(dir.path("away"), dir.path("device"));
+    const auto withoutDevice = [&](const char* call) {
+        std::filesystem::rename(dir.path("device"), dir.path("away"));
+        EXPECT_FALSE(perform(call, 1).isSuccess());
+        std::filesystem::rename(dir.path("away"), dir.path("device"));
+    };
+    withoutDevice("toggle");
     EXPECT_EQ(run("toggle 1 disable disable"), "20!") << "the phase has advanced";
+    EXPECT_EQ(run("set 1 bi 1 bi 0"), "121");
+    withoutDevice("bi");
+    EXPECT_EQ(run("bi 0"), "0") << "an LED that can't be read is restored to off";
 }
 
 TEST_F(CLedControlTest, RecordsAreFourBytesWide) {
