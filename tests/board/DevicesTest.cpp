@@ -1,6 +1,7 @@
 #include <string>
 
 #include "OnBoard.h"
+#include "support/TempDir.h"
 
 using namespace onboard;
 
@@ -13,6 +14,7 @@ TEST(DeviceFiles, AcceptClampAndRejectWhatIsWritten) {
         const char* held; ///< afterwards
     } table[] = {
         {PWM_ENABLE, "1", "1", "1"},
+        {PWM_ENABLE, "2", "EINVAL", "1"}, // this driver has no automatic control
         {PWM, "170" + zeros, "16", "170"},
         {PWM, "256", "EINVAL", "170"},
         {PWM, "-1", "EINVAL", "170"},
@@ -32,6 +34,21 @@ TEST(DeviceFiles, AcceptClampAndRejectWhatIsWritten) {
         EXPECT_TRUE(until([&] { return read(row.device) == row.held; }))
             << shown << read(row.device);
     }
+}
+
+TEST(Probe, FindsEachDeviceAndMakesAProfileThatPassesTheCheck) {
+    const std::string found = call({"probe"}).out;
+    for (const char* device :
+         {"hwmon:gpio_fan/fan1_input ", "hwmon:gpio_fan/pwm1 ", "hwmon:tmp105/temp1_input ",
+          "led:line ", "led:pca955x:alarm ", "led:pca955x:power ", "led:status ",
+          "/sys/bus/i2c/devices/1-0050/eeprom ", "/dev/input/event0 "})
+        EXPECT_NE(found.find(std::string("\n  ") + device), std::string::npos) << device << found;
+    const support::TempDir dir;
+    dir.write("board.toml", call({"probe", "--toml"}).out);
+    const std::string profile = dir.path("board.toml");
+    const support::Outcome check =
+        support::Program({"/bin/boardctl", "--board", profile, "check"}).finish();
+    EXPECT_EQ(check.out, profile + ": nothing wrong found\n") << dir.read("board.toml");
 }
 
 TEST(Fan, TurnsAtEachOfTheFourSpeeds) {

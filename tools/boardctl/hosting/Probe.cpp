@@ -7,6 +7,7 @@
 
 #include "base/Error.h"
 #include "base/Text.h"
+#include "board/StarterProfile.h"
 #include "hosting/SysfsOption.h"
 #include "output/Json.h"
 #include "output/Rows.h"
@@ -28,6 +29,7 @@ namespace {
 
 struct ProbeWords {
     std::string sysfs = "/sys";
+    bool toml = false;
 };
 
 /// What a machine has.
@@ -225,9 +227,15 @@ void printForPrograms(const Findings& found) {
 }
 
 int probe(const Options& options, const ProbeWords& words) {
+    if (words.toml && options.json)
+        throw WrongCall("--toml and --format json are two formats (expected one of them)");
     std::error_code error;
     if (!std::filesystem::is_directory(words.sysfs, error))
         throw board::Error(words.sysfs + ": is not a folder (expected the kernel's device tree)");
+    if (words.toml) {
+        std::cout << board::starterProfile(board::DeviceLocator(words.sysfs));
+        return DONE;
+    }
     const Findings found(words.sysfs);
     if (options.json)
         printForPrograms(found);
@@ -246,7 +254,10 @@ void addProbe(CLI::App& app, Options& options) {
         app, options, "probe", "List the sensors, fans, LEDs, EEPROMs and keys of this machine",
         probe);
     addSysfsOption(command, words.sysfs);
-    addExamples(command, {"probe  show what this machine has"});
+    command.add_flag("--toml", words.toml,
+                     "Print a board profile to start from; reads EEPROMs, too");
+    addExamples(command, {"probe                     show what this machine has",
+                          "probe --toml >board.toml  write a profile to start from"});
 }
 
 } // namespace boardctl

@@ -10,6 +10,7 @@ namespace boardctl {
 
 void addRun(CLI::App& app, Options& options);
 void addInfo(CLI::App& app, Options& options);
+void addCheck(CLI::App& app, Options& options);
 void addProbe(CLI::App& app, Options& options);
 
 void addFan(CLI::App& app, Options& options);

@@ -1,0 +1,204 @@
+#include "board/BoardCheck.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+
+#include "PREFERENCES.h"
+#include "base/File.h"
+#include "board/EventTap.h"
+#include "board/Firmware.h"
+#include "descriptor/DescriptorCheck.h"
+#include "descriptor/DescriptorSource.h"
+#include "devices/DeviceValue.h"
+#include "leds/LedCheck.h"
+#include "sysfs/Attributes.h"
+
+namespace board {
+
+namespace {
+
+void expectKind(const std::string& path, std::initializer_list<FileKind> kinds,
+                const std::string& expected) {
+    const FileKind kind = kindOf(path);
+    if (kind == FileKind::MISSING)
+        failWith(path, "can't open", errno);
+    if (std::find(kinds.begin(), kinds.end(), kind) == kinds.end())
+        throw Error(path + ": is not " + expected);
+}
+
+} // namespace
+
+void BoardCheck::add(Level level, const NamedPath& entry, const std::string& what) {
+    m_findings.push_back({level, {entry.place, what}});
+}
+
+/// An Error of `look` is a finding about the entry.
+template <class Look>
+void BoardCheck::look(const NamedPath& entry, Look look) {
+    try {
+        look();
+    } catch (const Error& error) {
+        add(Level::ERROR, entry, error.what());
+    }
+}
+
+/// The path of a device that can be looked at; empty after a finding.
+std::optional<std::string> BoardCheck::deviceOf(const NamedPath& entry) {
+    std::optional<std::string> device;
+    look(entry, [&] {
+        const std::string path = m_locator.locate(entry.path);
+        expectKind(path, {FileKind::REGULAR, FileKind::CHARACTER_DEVICE, FileKind::BLOCK_DEVICE},
+                   "a device file (expected a file or a device)");
+        device = path;
+    });
+    return device;
+}
+
+template <class Value>
+void BoardCheck::expectValue(const NamedPath& entry, const Result<Value>& value) {
+    if (!value)
+        add(Level::ERROR, entry, value.fault());
+}
+
+void BoardCheck::check(const FanProfile& fan) {
+    if (const auto path = deviceOf(fan.device)) {
+        expectValue(fan.device, readFanLevel(*path, fan.maximum));
+        look(fan.device, [&] { expectWritable(*path); });
+    }
+    if (fan.enable)
+        if (const auto path = deviceOf(*fan.enable)) {
+            expectValue(*fan.enable, readFanMode(*path));
+            look(*fan.enable, [&] { expectWritable(*path); });
+        }
+    if (fan.tach)
+        if (const auto path = deviceOf(*fan.tach))
+            expectValue(*fan.tach, readRpm(*path));
+}
+
+void BoardCheck::check(const ThermalProfile& sensor) {
+    if (const auto path = deviceOf(sensor.device))
+        expectValue(sensor.device, readThousandths(*path));
+}
+
+void BoardCheck::check(const PowerProfile& power) {
+    if (const auto path = deviceOf(power.device))
+        expectValue(power.device, readPowerStatus(*path));
+}
+
+void BoardCheck::check(const LedDeviceProfile& led) {
+    if (const auto path = deviceOf(led.device)) {
+        expectValue(led.device, readBrightness(*path));
+        look(led.device, [&] { expectWritable(*path); });
+        expectRange(led.device, *path, led.on, led.biStatus);
+    }
+}
+
+/// The kernel clamps a brightness above its maximum without an error.
+void BoardCheck::expectRange(const NamedPath& entry, const std::string& path, std::uint32_t on,
+                             bool isBiStatus) {
+    const std::string file =
+        (std::filesystem::path(path).parent_path() / "max_brightness").string();
+    if (kindOf(file) == FileKind::MISSING)
+        return;
+    const Result<long long> maximum = readNumber(file);
+    expectValue(entry, maximum);
+    if (maximum && on > *maximum)
+        add(Level::ERROR, entry,
+            "`on` is " + std::to_string(on) + ", but " + file + " holds " +
+                std::to_string(*maximum));
+    if (maximum && isBiStatus && *maximum < 2)
+        add(Level::ERROR, entry,
+            "`bi_status` needs a brightness of 2, but " + file + " holds " +
+                std::to_string(*maximum));
+}
+
+void BoardCheck::check(const DescriptorProfile& descriptor) {
+    look(descriptor.device, [&] {
+        const std::string path = m_locator.locate(descriptor.device.path);
+        const auto source = DescriptorSource::ofBoard(path, descriptor.readChunk, descriptor.size);
+        for (const Finding& finding : checkImage(source.load(), true))
+            if (finding.weight != Finding::Weight::NOTE)
+                add(finding.weight == Finding::Weight::CORRUPT ? Level::ERROR : Level::WARNING,
+                    descriptor.device,
+                    path + ": at " + std::to_string(finding.offset) + ": " + finding.text);
+        const off_t size = trySize(path);
+        if (isDevice(path) && size > 0 && size < static_cast<off_t>(descriptor.size))
+            add(Level::WARNING, descriptor.device,
+                path + ": has " + std::to_string(size) + " bytes, but `size` is " +
+                    std::to_string(descriptor.size) + ": the rest of a longer image is lost");
+    });
+}
+
+void BoardCheck::checkLedTables(const LedSequencerProfile& leds) {
+    if (leds.access == LedCtrl::ACCESS_FILES)
+        for (const LedSequencerProfile::File& file : leds.files)
+            checkLedFile(file);
+    for (ProfileFault& mistake : checkLeds(leds))
+        m_findings.push_back({Level::WARNING, std::move(mistake)});
+}
+
+void BoardCheck::checkLedFile(const LedSequencerProfile::File& file) {
+    look(file.path, [&] {
+        const std::string path = m_locator.locate(file.path.path);
+        // A simulated board's LEDs are pipes.
+        expectKind(path, {FileKind::REGULAR, FileKind::CHARACTER_DEVICE, FileKind::PIPE},
+                   "an LED's file (expected a file, a pipe or a character device)");
+        expectWritable(path);
+        expectRange(file.path, path, file.on, false);
+    });
+}
+
+void BoardCheck::checkPreferences(const NamedPath& file) {
+    look(file, [&] {
+        expectKind(file.path, {FileKind::REGULAR}, "a file (expected lines 'key = value')");
+        // The library logs what it ignores in the file.
+        EventQueue messages;
+        {
+            const EventTap tap(messages);
+            String error;
+            if (!PREFERENCES::LOAD(file.path.c_str(), error).isSuccess())
+                throw Error(error.c_str());
+            unsigned ignored = 0;
+            for (const char* key : {PREFERENCES::VOIP_DSP_CHANNELS, PREFERENCES::VOIP_SIP_LEGS})
+                PREFERENCES::READPREF_UINT(key, ignored, 0, 0, UINT32_MAX);
+            PREFERENCES::CLEAR();
+        }
+        for (const EventQueue::Entry& entry : messages.take().entries)
+            if (const auto* const fault = std::get_if<event::FaultReport>(&entry.event))
+                add(Level::WARNING, file, fault->text);
+    });
+}
+
+void BoardCheck::checkButton(const NamedPath& button) {
+    look(button, [&] {
+        expectKind(button.path, {FileKind::PIPE, FileKind::CHARACTER_DEVICE},
+                   "a button (expected a pipe or a character device)");
+        expectReadable(button.path);
+        if (kindOf(button.path) == FileKind::PIPE) // kept open for writing, too
+            expectWritable(button.path);
+    });
+}
+
+void BoardCheck::check(const Profile& profile) {
+    const auto checkAll = [&](const auto& entries) {
+        for (const auto& entry : entries)
+            check(entry);
+    };
+    checkAll(profile.fans);
+    checkAll(profile.thermals);
+    checkAll(profile.powers);
+    checkAll(profile.leds);
+    if (profile.descriptor)
+        check(*profile.descriptor);
+    if (profile.preferences)
+        checkPreferences(*profile.preferences);
+    if (profile.button)
+        checkButton(*profile.button);
+    if (profile.firmware)
+        expectValue(*profile.firmware, readFirmware(profile.firmware->path));
+    if (profile.ledService)
+        checkLedTables(*profile.ledService);
+}
+
+} // namespace board

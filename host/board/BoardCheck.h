@@ -1,0 +1,64 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Result.h"
+#include "profile/Profile.h"
+#include "profile/ProfileError.h"
+#include "sysfs/DeviceLocator.h"
+
+namespace board {
+
+/// One thing that is wrong with a board's profile, or with a device that it names.
+struct BoardFinding {
+    enum class Level {
+        ERROR,  ///< it does not work
+        WARNING ///< it works, but probably not as intended
+    };
+    Level level;
+    ProfileFault fault;
+};
+
+/// Looks whether a host could use the devices that a profile names: whether they exist, are the
+/// right kind of file, can be read, hold a value that devices of their kind can have, and may be
+/// written if a host writes to them. Nothing is written or opened for writing.
+class BoardCheck {
+public:
+    explicit BoardCheck(DeviceLocator locator = DeviceLocator()) : m_locator(std::move(locator)) {}
+
+    /// Everything in a profile: the devices and files, the LED tables and what the descriptor's
+    /// device holds. Empties the process's preferences, so no host may exist meanwhile.
+    void check(const Profile& profile);
+
+    void check(const FanProfile& fan);
+    void check(const ThermalProfile& sensor);
+    void check(const PowerProfile& power);
+    void check(const LedDeviceProfile& led);
+    void check(const DescriptorProfile& descriptor);
+
+    /// What all checks so far have found, in their order.
+    const std::vector<BoardFinding>& findings() const { return m_findings; }
+
+private:
+    using Level = BoardFinding::Level;
+
+    void add(Level level, const NamedPath& entry, const std::string& what);
+    template <class Look>
+    void look(const NamedPath& entry, Look look);
+    std::optional<std::string> deviceOf(const NamedPath& entry);
+    template <class Value>
+    void expectValue(const NamedPath& entry, const Result<Value>& value);
+    void expectRange(const NamedPath& entry, const std::string& path, std::uint32_t on,
+                     bool isBiStatus);
+    void checkLedTables(const LedSequencerProfile& leds);
+    void checkLedFile(const LedSequencerProfile::File& file);
+    void checkPreferences(const NamedPath& file);
+    void checkButton(const NamedPath& button);
+
+    const DeviceLocator m_locator;
+    std::vector<BoardFinding> m_findings;
+};
+
+} // namespace board
