@@ -30,7 +30,7 @@ int share(const Figures& from, const Figures& to) {
 
 TEST(CpuFigures, AreTheLowBitsOfTheFirstFourNumbers) {
     EXPECT_EQ(figuresOf("cpu  10 20 30 400 5000 6 7 8 0 0\n"), "60 400");
-    EXPECT_EQ(figuresOf("\tcpu 1\t-2 +3\n4x"), "2 4");
+    EXPECT_EQ(figuresOf("\tcpu 1\t-2 +3\n\r4x"), "2 4");
     EXPECT_EQ(figuresOf("cpu 4294967295 4294967296 3 8589934599"), "2 7");
     EXPECT_EQ(figuresOf("cpu 18446744073709551617 0 0 36893488147419103234"), "1 2")
         << "65 and 66 bits";

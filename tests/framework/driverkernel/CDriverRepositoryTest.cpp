@@ -15,7 +15,7 @@ class Driver : public CKernelDriver {
 public:
     explicit Driver(
         const char* name, std::function<void()> atEnd = [] {})
-        : CKernelDriver(nullptr, name, "end"), m_atEnd(std::move(atEnd)) {}
+        : CKernelDriver(DRIVER::INSTANCE(), name, "end"), m_atEnd(std::move(atEnd)) {}
     ~Driver() override { m_atEnd(); }
     const VELM_UUID& getDID() const override { return IDriver::IID(); }
 
@@ -56,6 +56,7 @@ TEST(DriverRepository, KeepsADriverUntilItsLastReferenceIsReleasedOutsideTheLock
 
 TEST(DriverRepository, ReportsADriverThatIsMissingOrRegisteredTwice) {
     Driver driver("one"), same("one"), second("a");
+    EXPECT_EQ(driver.getDriverRepository(), &repository()) << "as constructed";
     ASSERT_TRUE(repository().registerDriver(&driver).isSuccess());
     ASSERT_TRUE(repository().registerDriver(&second).isSuccess());
     EXPECT_EQ(names(), (std::vector<String>{"one", "a"})) << "in order of registration";

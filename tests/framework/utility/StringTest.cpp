@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "StringTokenizer.h"
 #include "TString.h"
 
 TEST(String, ConvertsToTheSame32BitNumbersOnEveryMachine) {
@@ -33,6 +34,8 @@ TEST(String, HoldsAnyBytesAndComparesThem) {
     EXPECT_FALSE(String("a").startsWith(zeros));
     EXPECT_EQ(String(nullptr), String::EMPTY());
     EXPECT_EQ(String(nullptr, 5), String::EMPTY());
+    StringTokenizer words("a:bc:d", ":");
+    EXPECT_EQ(words.nextToken().concat(words.nextToken()), String("abc"));
 }
 
 TEST(String, TrimsBothEndsAndChangesAsciiLettersOnly) {

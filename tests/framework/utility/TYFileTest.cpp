@@ -39,5 +39,6 @@ TEST(TYFile, ReadsWithoutWaitingFailsWithATextAndClosesOnce) {
     EXPECT_TRUE(made.readOnce(buffer, sizeof buffer, count, true).isSuccess()) << "at its end";
     EXPECT_EQ(count, 0U);
     EXPECT_TRUE(made.close().isSuccess());
+    EXPECT_FALSE(made.open(O_RDONLY, 0644, O_EXCL).isSuccess()) << "the file exists by now";
     EXPECT_EQ(support::openDescriptors(), before);
 }

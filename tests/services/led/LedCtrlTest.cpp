@@ -74,6 +74,9 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
          {row(ON, 1, 2), row(OFF, 2, 2), row(ON, 1), row(BLINK, 4, 2), row(BLINK, 4),
           row(ON, 8, 2)},
          "0:1 1:0 2:1 3:5 1:1 4:5 5:9 .:D"},
+        {"off ends what is lit and what blinks",
+         {row(ON, 1), row(BLINK, 2), row(OFF, 3)},
+         "0:1 1:3 .:1 2:0 .:0 .:0"},
         {"ended rows leave their group", {row(ON, 1, 2, 100), row(ON, 2, 2)}, "0:1 .:0 1:2"},
         {"an ending action frees LEDs that another owns too",
          {row(ON, 1), row(BLINK, 1, 0, 100), row(BLINK, 1, 0, 900)},
@@ -98,7 +101,7 @@ TEST(LedCtrl, ShowsWhatEachKindOfCommandShows) {
     };
     for (const auto& each : CASES) {
         Sequencer leds(each.rows);
-        for (int tick = 0; tick < 33; ++tick) // until the blink pattern is loaded
+        for (int tick = 0; tick < 66; ++tick) // until the blink pattern is loaded again
             leds.nextOutput();
         std::istringstream ticks(each.ticks);
         for (std::string tick; ticks >> tick;) {
@@ -139,6 +142,7 @@ TEST(LedCtrl, LogsWhatItDoesWithACommand) {
     leds.update();
     leds.m_suspended = true;
     leds.update();
+    Sequencer({}, {}, LedCtrl::ACCESS_NONE).update(); // logs nothing
     LedCtrl::ActionDesc odd{&rows[1], 1, 1, false};
     EXPECT_EQ(leds.handleAction(odd), 0U);
     leds.executeCmd(rows[2]);
