@@ -103,19 +103,6 @@ TEST_F(LedPipe, ReadsAtMost80BytesPerTickAndAcceptsAnyByte) {
     EXPECT_EQ(::close(next), 0) << "not the service's to close";
 }
 
-TEST_F(LedPipe, LogsThatItsSelfTestFailed) {
-    ASSERT_EQ(::mkfifo(PIPE, 0600), 0);
-    Sequencer leds({});
-    LogRecorder log;
-    leds.testFifo(); // nobody reads the pipe
-    leds.setupFifo();
-    writeToPipe("left"); // older bytes are not the self-test's text
-    leds.testFifo();
-    EXPECT_EQ(log.take(), (Lines{"DB_FRAMEWORK 3: error open - test fifo: ",
-                                 "DB_FRAMEWORK 3: test fifo error"}));
-    leds.shutdown();
-}
-
 TEST_F(LedPipe, RunsByItselfUntilItIsReleased) {
     const TempDir dir;
     dir.write("led", "");
