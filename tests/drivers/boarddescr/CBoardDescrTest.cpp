@@ -1,13 +1,11 @@
 #include "CBoardDescr.h"
 
-#include <cstring>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "CBoardDescrTamarin.h"
-#include "boarddescr/ByteOrder.h"
 #include "support/DriverFixtures.h"
 
 namespace {
@@ -93,24 +91,6 @@ TEST_F(CBoardDescrTest, FactoryMakesAnEmptyDescriptorBoundToTheBoardsEeprom) {
     EXPECT_EQ(str(error), "FAILED TO WRITE DEVICE '/sys/bus/i2c/devices/1-0050/eeprom': "
                           "DEV SIZE=512, BD SIZE=513");
     EXPECT_EQ(driver->release(), 0U);
-}
-
-TEST(ByteOrderTest, NumbersAreBigEndianAtAnyAddressWhateverTheWidthAndNothingBesideIsTouched) {
-    const char bytes[] = "\xFF\xFE\x12\x34\x56";
-    EXPECT_EQ(cntoh_uint(bytes, 1), 0xFFFE1234U);
-    EXPECT_EQ(cntoh_uint32(bytes, 8), 0xFFFE1234UL);
-    EXPECT_EQ(cntoh_uint(bytes + 1, 4), 0xFE123456U);
-    EXPECT_EQ(cntoh_uint16(bytes + 1, 4), 0xFE12);
-    const auto written = [](auto write, auto value) {
-        char around[8];
-        std::memset(around, 0x5A, sizeof around);
-        write(value, around + 1, 8);
-        return toHex(TString<char>(around, sizeof around));
-    };
-    EXPECT_EQ(written(uint_htonc, 0x11F2F344U), "5A 11 F2 F3 44 5A 5A 5A");
-    EXPECT_EQ(written(uint32_htonc, ~0UL - 0xEE), "5A FF FF FF 11 5A 5A 5A");
-    EXPECT_EQ(written(uint16_htonc, static_cast<unsigned short>(0x12FE)),
-              "5A 12 FE 5A 5A 5A 5A 5A");
 }
 
 } // namespace
