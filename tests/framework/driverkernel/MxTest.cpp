@@ -1,7 +1,7 @@
 #include "Mx.h"
 
 #include <atomic>
-#include <future>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -26,28 +26,23 @@ TEST(Mx, EndpointsAreFoundByNameAndPublishedOnce) {
 }
 
 TEST(Mx, WithdrawingWaitsForTheHandlerThatRuns) {
-    std::promise<void> entered, mayLeave;
     std::atomic<bool> left{false};
     std::atomic<int> withdrawing{0};
+    std::thread other;
     ASSERT_TRUE(Mx::publish("slow", [&](const MxMsg&, MxMsg& reply) {
-                    entered.set_value();
-                    mayLeave.get_future().wait();
+                    other = std::thread([&] {
+                        withdrawing = ::gettid();
+                        EXPECT_TRUE(Mx::withdraw("slow").isSuccess());
+                        EXPECT_TRUE(left);
+                    });
+                    support::waitUntilAsleep(withdrawing);
                     left = true;
                     reply.set(1);
                     return XCode();
                 }).isSuccess());
     Mx channel;
-    ASSERT_TRUE(channel.connect("slow").isSuccess());
     MxMsg reply;
-    const auto sender = std::async(
-        std::launch::async, [&] { EXPECT_TRUE(channel.sendReceive(MxMsg(1), reply).isSuccess()); });
-    entered.get_future().wait();
-    auto leftBeforeWithdrawal = std::async(std::launch::async, [&] {
-        withdrawing = ::gettid();
-        EXPECT_TRUE(Mx::withdraw("slow").isSuccess());
-        return left.load();
-    });
-    support::waitUntilAsleep(withdrawing);
-    mayLeave.set_value();
-    EXPECT_TRUE(leftBeforeWithdrawal.get());
+    EXPECT_TRUE(channel.connect("slow").isSuccess());
+    EXPECT_TRUE(channel.sendReceive(MxMsg(1), reply).isSuccess());
+    other.join();
 }
