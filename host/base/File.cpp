@@ -246,6 +246,15 @@ bool tryMakePipe(const std::string& path, mode_t mode) {
     return ::mkfifo(path.c_str(), mode) == 0;
 }
 
+bool tryMakePipe(FileDescriptor& readEnd, FileDescriptor& writeEnd) {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
+        return false;
+    readEnd = FileDescriptor(ends[0]);
+    writeEnd = FileDescriptor(ends[1]);
+    return true;
+}
+
 void makeFolder(const std::string& path) {
     if (::mkdir(path.c_str(), 0777) != 0)
         failWith(path, "can't make the folder", errno);

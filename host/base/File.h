@@ -114,6 +114,9 @@ bool tryLockWaiting(const FileDescriptor& file);
 /// already.
 bool tryMakePipe(const std::string& path, mode_t mode);
 
+/// Creates a pipe without a name. Both ends don't wait.
+bool tryMakePipe(FileDescriptor& readEnd, FileDescriptor& writeEnd);
+
 void makeFolder(const std::string& path);
 /// Creates a folder with a unique name that begins with `start`, for this user only. Returns its
 /// path.

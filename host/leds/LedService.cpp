@@ -14,11 +14,11 @@ namespace {
 /// The sequencer of a hosted board. Each line from the pipe is also an event.
 class HostedLedCtrl final : public LedCtrl {
 public:
-    HostedLedCtrl(const LedTable& table, const LedSequencerProfile& profile, bool takesCommands,
-                  EventQueue& events)
+    HostedLedCtrl(const LedTable& table, const std::vector<FileNameMap>& files,
+                  const LedSequencerProfile& profile, bool takesCommands, EventQueue& events)
         : LedCtrl(table.commands().data(), static_cast<unsigned>(table.commands().size()),
-                  table.files().data(), static_cast<unsigned>(table.files().size()), profile.access,
-                  profile.tickMs, profile.blinkPattern, NotStarted()),
+                  files.data(), static_cast<unsigned>(files.size()), profile.access, profile.tickMs,
+                  profile.blinkPattern, NotStarted()),
           m_tickUs(profile.tickUs()), m_takesCommands(takesCommands), m_events(events) {
         if (!start(String::EMPTY()).isSuccess())
             throw Error("can't create the thread for the LED sequencer");
@@ -66,6 +66,17 @@ FileDescriptor claim(const std::vector<Led>& leds) {
     return FileDescriptor();
 }
 
+/// The files that the sequencer writes 0 and 1 to.
+std::vector<LedCtrl::FileNameMap> filesOf(const LedTable& table, const LedStates& states) {
+    std::vector<LedCtrl::FileNameMap> files = table.files();
+    for (LedCtrl::FileNameMap& file : files)
+        for (std::size_t i = 0; i < table.leds().size(); ++i)
+            if (table.leds()[i].mask == static_cast<std::uint32_t>(file.ledMask) &&
+                states.relayOf(i))
+                file.fileName = states.relayOf(i);
+    return files;
+}
+
 } // namespace
 
 LedService::LedService(const LedSequencerProfile& profile, bool tellsChanges, EventQueue& events,
@@ -81,7 +92,8 @@ LedService::LedService(const LedSequencerProfile& profile, bool tellsChanges, Ev
     } catch (const Error& error) {
         m_faults.push_back(error.what() + std::string("; the LEDs run without commands"));
     }
-    m_leds.reset(new HostedLedCtrl(m_table, profile, m_pipe.has_value(), events));
+    m_leds.reset(new HostedLedCtrl(m_table, filesOf(m_table, m_states), profile, m_pipe.has_value(),
+                                   events));
 }
 
 std::optional<std::string> LedService::writers() const {

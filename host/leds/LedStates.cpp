@@ -9,6 +9,7 @@
 
 #include "base/Error.h"
 #include "base/File.h"
+#include "devices/DeviceValue.h"
 
 namespace board {
 
@@ -21,7 +22,7 @@ LedStates::LedStates(const std::vector<Led>& leds, std::uint32_t tickMs, bool te
     : LedStates(tickMs, tellsChanges, events) {
     for (const Led& led : leds) {
         m_states.push_back({led.name, std::nullopt});
-        m_sources.push_back({led.path, {}, {}});
+        m_sources.push_back({led.path, led.on, {}, {}, {}, {}});
         openPipe(m_sources.back());
     }
     if (!m_end.isOpen())
@@ -40,9 +41,19 @@ std::vector<LedStates::State> LedStates::states() const {
     return m_states;
 }
 
+const char* LedStates::relayOf(std::size_t index) const {
+    const Source& source = m_sources[index];
+    return source.writeEnd.isOpen() ? source.relay.c_str() : nullptr;
+}
+
 void LedStates::openPipe(Source& source) {
-    if (kindOf(source.path) != FileKind::PIPE)
+    if (kindOf(source.path) != FileKind::PIPE) {
+        // If there is no pipe left, the sequencer writes to the file itself: a dim light is better
+        // than none.
+        if (source.on != 1 && !source.path.empty() && tryMakePipe(source.pipe, source.writeEnd))
+            source.relay = "/proc/self/fd/" + std::to_string(source.pipe.number());
         return;
+    }
     // Opened for writing too, so that it never reports an end when the sequencer closes it.
     source.pipe = tryOpen(source.path, O_RDWR | O_NONBLOCK);
     source.stateFile = tryOpen(source.path + ".state", O_WRONLY);
@@ -92,19 +103,29 @@ void LedStates::look(std::size_t index) {
 }
 
 void LedStates::set(std::size_t index, bool isLit) {
-    std::string name;
+    if (m_states[index].isLit == isLit) // only this thread changes it
+        return;
+    const bool isShown = !m_sources[index].writeEnd.isOpen() || passOn(index, isLit);
     {
         const std::lock_guard<std::mutex> hold(m_mutex);
-        if (m_states[index].isLit == isLit)
-            return;
-        m_states[index].isLit = isLit;
-        name = m_states[index].name;
+        m_states[index].isLit = isShown ? std::optional(isLit) : std::nullopt;
     }
+    if (!isShown)
+        return;
     FileDescriptor& stateFile = m_sources[index].stateFile;
     if (stateFile.isOpen() && tryWriteAt(stateFile, isLit ? "1" : "0", 1, 0) < 0)
         stateFile.close(); // a copy that can't be written is dropped; the LED's state is known
     if (m_tellsChanges)
-        m_events.push(event::LedChanged{name, isLit});
+        m_events.push(event::LedChanged{m_states[index].name, isLit});
+}
+
+bool LedStates::passOn(std::size_t index, bool isLit) {
+    Source& source = m_sources[index];
+    const Result<void> written = writeContent(source.path, std::to_string(isLit ? source.on : 0U));
+    if (!written && !source.isFaulty)
+        m_events.push(event::FaultReport{"leds: " + written.fault()});
+    source.isFaulty = !written;
+    return !source.isFaulty;
 }
 
 } // namespace board

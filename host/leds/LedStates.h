@@ -19,6 +19,10 @@ namespace board {
 /// state. Pipes, which a simulated board uses, are drained so that they never fill up. If a file
 /// named after the pipe with ".state" appended exists, the state is copied into that file for other
 /// programs.
+///
+/// The sequencer writes 0 and 1. If an LED's file needs another number to be lit, the sequencer
+/// writes into a pipe of this object, which then writes each change to the file. A file that fails
+/// is tried again in each tick, but reported once.
 class LedStates : private TYRunnable {
 public:
     /// With `tellsChanges`, each change becomes an event. Without it, only pipes are read, and the
@@ -34,17 +38,26 @@ public:
     /// In the order of the LEDs. Any thread.
     std::vector<State> states() const;
 
+    /// The path that the sequencer must write to instead of the file of LED `index`; null if it is
+    /// the file itself. Valid as long as this object.
+    const char* relayOf(std::size_t index) const;
+
 private:
     struct Source {
         std::string path;
+        unsigned on;
         FileDescriptor pipe;      ///< not open for other kinds of files
         FileDescriptor stateFile; ///< not open if there is none
+        FileDescriptor writeEnd;  ///< of a pipe whose content is passed on; else not open
+        std::string relay;        ///< the path of such a pipe
+        bool isFaulty = false;    ///< the last change could not be passed on
     };
 
     LedStates(std::uint32_t tickMs, bool tellsChanges, EventQueue& events);
 
     XCode runThread() override;
-    void openPipe(Source& source);
+    static void openPipe(Source& source);
+    bool passOn(std::size_t index, bool isLit);
     void drain(std::size_t index);
     void look(std::size_t index);
     void set(std::size_t index, bool isLit);

@@ -21,7 +21,7 @@ LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& loca
                               row.action, row.group, row.timeMs, row.isDefault});
     std::map<std::uint32_t, Led> leds;
     for (const LedSequencerProfile::File& file : profile.files) {
-        Led led{static_cast<std::uint32_t>(file.mask), ledNameOf(file.path.path), ""};
+        Led led{static_cast<std::uint32_t>(file.mask), ledNameOf(file.path.path), "", file.on};
         try {
             withPlaceInErrors(file.path, [&](const std::string& named) {
                 led.path = locator.locate(named);

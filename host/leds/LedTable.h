@@ -14,6 +14,7 @@ struct Led {
     std::uint32_t mask;
     std::string name; ///< for people, taken from its file's path
     std::string path; ///< empty if its file was not found
+    unsigned on = 1;  ///< the brightness that means lit
 };
 
 /// A profile's tables in the form that the LED sequencer needs. They point into the profile and

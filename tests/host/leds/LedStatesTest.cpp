@@ -33,3 +33,32 @@ TEST(LedStates, FollowTheLastByteOfAFileAndWhatAPipeDelivers) {
         states += state.name + (state.isLit ? *state.isLit ? " on," : " off," : " ?,");
     EXPECT_EQ(states, "file on,pipe on,unknown ?,");
 }
+
+TEST(LedStates, PassOnWhatTheSequencerWritesAsTheBrightnessOfADimmableLed) {
+    const support::TempDir dir;
+    dir.write("led", "77\n");
+    board::EventQueue events;
+    const board::LedStates leds(
+        {{1, "led", dir.path("led"), 255}, {2, "gone", dir.path("gone"), 255}}, 1, true, events);
+    const auto nextEvent = [&] {
+        pollfd arrived{events.descriptor(), POLLIN, 0};
+        EXPECT_EQ(::poll(&arrived, 1, -1), 1);
+        return events.take().entries.at(0).event;
+    };
+    const auto write = [&](std::size_t led, const char* bytes) {
+        std::ofstream(leds.relayOf(led)) << bytes;
+    };
+    write(0, "0");
+    EXPECT_FALSE(std::get<board::event::LedChanged>(nextEvent()).isLit);
+    EXPECT_EQ(dir.read("led"), "0");
+    write(0, "1");
+    EXPECT_TRUE(std::get<board::event::LedChanged>(nextEvent()).isLit);
+    EXPECT_EQ(dir.read("led"), "255");
+    write(1, "11"); // reported once
+    EXPECT_EQ(std::get<board::event::FaultReport>(nextEvent()).text,
+              "leds: " + dir.path("gone") + ": can't open: No such file or directory");
+    dir.write("gone", "0");
+    write(1, "1");
+    EXPECT_EQ(std::get<board::event::LedChanged>(nextEvent()).name, "gone");
+    EXPECT_EQ(dir.read("gone"), "255");
+}
