@@ -1,33 +1,25 @@
 #include "board/Host.h"
 
 #include <algorithm>
-#include <cerrno>
 
 #include <fcntl.h>
 
-#include "CFanControl.h"
 #include "CLedControl.h"
 #include "CPowerStatus.h"
 #include "CThermalSensor.h"
 #include "DRIVER.h"
 #include "IDriverRepository.h"
 #include "PREFERENCES.h"
+#include "base/EndingSignals.h"
 #include "base/Error.h"
 #include "base/File.h"
 #include "descriptor/DescriptorSource.h"
+#include "devices/HostedFan.h"
 #include "devices/KernelEndpoint.h"
 
 namespace board {
 
 namespace {
-
-/// Takes a fan off automatic control, on boards that need that before the fan obeys.
-void enable(const std::string& path) {
-    constexpr char WHAT[] = "can't enable";
-    const FileDescriptor file = openFile(path, O_WRONLY | O_NONBLOCK, WHAT);
-    if (tryWrite(file, "1", 1) != 1)
-        failWith(path, WHAT, errno);
-}
 
 /// Rejects a file that would block a reader, such as a pipe: a driver must not hang in its first
 /// open. A missing file is left to the driver.
@@ -76,25 +68,28 @@ const char* kindName(DeviceKind kind) {
     return "device";
 }
 
-Host::Host(const Profile& profile, const DeviceLocator& locator) {
+Host::Host(const Profile& profile, const DeviceChoice& choice, const DeviceLocator& locator)
+    : m_locator(locator) {
     for (const FanProfile& fan : profile.fans)
-        addKernelDriver<CFanControl>(DeviceKind::FAN, fan, fan.enable, locator,
-                                     {answer(MSG_GET_MAXIMUM, fan.maximum)});
+        if (choice.includes(DeviceKind::FAN, fan.name))
+            addFan(fan);
     for (const ThermalProfile& sensor : profile.thermals)
-        addKernelDriver<CThermalSensor>(DeviceKind::THERMAL, sensor, {}, locator,
-                                        {answer(MSG_GET_MAXIMUM, sensor.maximum)});
+        if (choice.includes(DeviceKind::THERMAL, sensor.name))
+            addThermal(sensor);
     for (const PowerProfile& power : profile.powers)
-        addKernelDriver<CPowerStatus>(DeviceKind::POWER, power, {}, locator, {});
+        if (choice.includes(DeviceKind::POWER, power.name))
+            addPower(power);
     for (const LedDeviceProfile& led : profile.leds)
-        addKernelDriver<CLedControl>(DeviceKind::LED, led, {}, locator,
-                                     {answer(MSG_GET_BI_STATUS, led.biStatus)});
-    if (profile.descriptor)
-        addDescriptor(*profile.descriptor, locator);
+        if (choice.includes(DeviceKind::LED, led.name))
+            addLed(led);
+    if (profile.descriptor && choice.includes(DeviceKind::DESCRIPTOR, DESCRIPTOR_DRIVER))
+        addDescriptor(*profile.descriptor);
     PREFERENCES::CLEAR(); // the process has one store: an earlier board may have filled it
-    if (profile.preferences)
-        loadPreferences(*profile.preferences);
-    if (profile.voip)
+    if (profile.voip && choice.includes(DeviceKind::VOIP, CAPACITY_DRIVER)) {
+        if (profile.preferences)
+            loadPreferences(*profile.preferences);
         addCapacity(*profile.voip);
+    }
 }
 
 Host::~Host() {
@@ -115,51 +110,107 @@ std::optional<std::string> Host::faultOf(const std::string& name) const {
     return device ? device->fault : std::nullopt;
 }
 
-std::string Host::pathOf(const std::string& name) const {
-    const Device* const device = find(name);
-    return device ? device->path : std::string();
+HostedFan* Host::fan(const std::string& name) const {
+    const auto found =
+        std::find_if(m_fans.begin(), m_fans.end(), [&](const TYPPtr<HostedFan>& each) {
+            return each->getDriverName() == String(name.c_str());
+        });
+    return found != m_fans.end() ? &**found : nullptr;
 }
 
-template <class Driver>
-void Host::addKernelDriver(DeviceKind kind, const DeviceProfile& entry,
-                           const std::optional<NamedPath>& enableFile, const DeviceLocator& locator,
-                           std::vector<MxMsg> answers) {
-    const String endpoint = endpointOf(entry.name);
-    Device device{kind, entry.name, entry.description, "", endpoint.c_str(), std::nullopt};
-    const auto driver =
-        TYPPtr<CKernelDriver>::adopt(new Driver(DRIVER::INSTANCE(), entry.name.c_str(), endpoint));
+std::vector<std::string> Host::giveBack() const {
+    std::vector<std::string> faults;
+    const EndingSignalsHeld whileRestoring;
+    for (const TYPPtr<HostedFan>& fan : m_fans) {
+        const auto hold = fan.getLock();
+        const Result<void> given = fan->giveBack();
+        if (!given)
+            faults.push_back(std::string("fan '") + fan->getDriverName().c_str() +
+                             "': can't be given back: " + given.fault());
+    }
+    return faults;
+}
+
+Device Host::locate(DeviceKind kind, const DeviceProfile& entry) const {
+    Device device{};
+    device.kind = kind;
+    device.name = entry.name;
+    device.description = entry.description;
+    device.endpoint = endpointOf(entry.name).c_str();
     try {
         withPlaceInErrors(entry.device, [&](const std::string& named) {
-            device.path = locator.locate(named);
+            device.path = m_locator.locate(named);
             expectDeviceFile(device.path);
-            expectReadable(device.path);
-        });
-        if (enableFile)
-            withPlaceInErrors(*enableFile, [&](const std::string& named) {
-                const std::string path = locator.locate(named);
-                expectDeviceFile(path);
-                enable(path);
-            });
-        withPlaceInErrors(entry.device, [&](const std::string&) {
-            answers.push_back(answer(MSG_GET_FILE_PATH, device.path.c_str()));
-            answers.push_back(answer(MSG_GET_DESCRIPTION, entry.description.c_str()));
-            m_endpoints.push_back(std::make_unique<KernelEndpoint>(endpoint, answers));
-            String message = "the kernel driver can't be connected";
-            if (!driver->open(message).isSuccess())
-                throw Error(message.c_str());
         });
     } catch (const Error& error) {
         device.fault = error.what();
     }
-    m_kernelDrivers.push_back(driver);
+    return device;
+}
+
+void Host::connect(Device device, const DeviceProfile& entry, CKernelDriver* driver,
+                   std::vector<MxMsg> answers) {
+    m_kernelDrivers.push_back(TYPPtr<CKernelDriver>::adopt(driver));
+    try {
+        withPlaceInErrors(entry.device, [&](const std::string&) {
+            if (device.fault)
+                return;
+            answers.push_back(answer(MSG_GET_FILE_PATH, device.path.c_str()));
+            answers.push_back(answer(MSG_GET_DESCRIPTION, entry.description.c_str()));
+            m_endpoints.push_back(
+                std::make_unique<KernelEndpoint>(endpointOf(entry.name), answers));
+            String message = "the kernel driver can't be connected";
+            if (driver->open(message).isSuccess())
+                return;
+            openFile(device.path, O_RDONLY | O_NONBLOCK); // throws the system's reason
+            throw Error(message.c_str());
+        });
+    } catch (const Error& error) {
+        device.fault = error.what();
+    }
     enroll(std::move(device), *driver);
 }
 
-void Host::addDescriptor(const DescriptorProfile& profile, const DeviceLocator& locator) {
-    Device device{DeviceKind::DESCRIPTOR, DESCRIPTOR_DRIVER, "", "", "", std::nullopt};
+void Host::addFan(const FanProfile& profile) {
+    Device device = locate(DeviceKind::FAN, profile);
+    device.maximum = profile.maximum;
+    device.tach = profile.tach;
+    auto* const driver = new HostedFan(DRIVER::INSTANCE(), endpointOf(profile.name), profile,
+                                       device.path, m_locator);
+    m_fans.emplace_back(driver); // one more reference
+    connect(std::move(device), profile, driver, {answer(MSG_GET_MAXIMUM, profile.maximum)});
+}
+
+void Host::addThermal(const ThermalProfile& profile) {
+    Device device = locate(DeviceKind::THERMAL, profile);
+    device.maximum = profile.maximum;
+    connect(std::move(device), profile,
+            new CThermalSensor(DRIVER::INSTANCE(), profile.name.c_str(), endpointOf(profile.name)),
+            {answer(MSG_GET_MAXIMUM, profile.maximum)});
+}
+
+void Host::addPower(const PowerProfile& profile) {
+    connect(locate(DeviceKind::POWER, profile), profile,
+            new CPowerStatus(DRIVER::INSTANCE(), profile.name.c_str(), endpointOf(profile.name)),
+            {});
+}
+
+void Host::addLed(const LedDeviceProfile& profile) {
+    Device device = locate(DeviceKind::LED, profile);
+    device.on = profile.on;
+    device.biStatus = profile.biStatus;
+    connect(std::move(device), profile,
+            new CLedControl(DRIVER::INSTANCE(), profile.name.c_str(), endpointOf(profile.name)),
+            {answer(MSG_GET_BI_STATUS, profile.biStatus)});
+}
+
+void Host::addDescriptor(const DescriptorProfile& profile) {
+    Device device{};
+    device.kind = DeviceKind::DESCRIPTOR;
+    device.name = DESCRIPTOR_DRIVER;
     try {
         withPlaceInErrors(profile.device, [&](const std::string& named) {
-            device.path = locator.locate(named);
+            device.path = m_locator.locate(named);
             expectDescriptorDevice(device.path);
             m_descriptorPath = device.path;
             expectReadable(device.path);
@@ -176,11 +227,17 @@ void Host::addDescriptor(const DescriptorProfile& profile, const DeviceLocator& 
 
 void Host::addCapacity(const VoipProfile& profile) {
     m_capacity = TYPPtr<CResourceVoip>::adopt(new Capacity(profile));
-    enroll({DeviceKind::VOIP, CAPACITY_DRIVER, "", "", "", std::nullopt}, *m_capacity);
+    Device device{};
+    device.kind = DeviceKind::VOIP;
+    device.name = CAPACITY_DRIVER;
+    enroll(std::move(device), *m_capacity);
 }
 
 void Host::loadPreferences(const NamedPath& file) {
-    Device device{DeviceKind::PREFERENCES, "preferences", "", file.path, "", std::nullopt};
+    Device device{};
+    device.kind = DeviceKind::PREFERENCES;
+    device.name = "preferences";
+    device.path = file.path;
     try {
         withPlaceInErrors(file, [](const std::string& path) {
             const FileKind kind = kindOf(path);

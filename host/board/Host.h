@@ -14,6 +14,7 @@
 
 namespace board {
 
+class HostedFan;
 class KernelEndpoint;
 
 enum class DeviceKind { FAN, THERMAL, POWER, LED, DESCRIPTOR, VOIP, PREFERENCES };
@@ -30,18 +31,38 @@ struct Device {
     std::string path;     ///< the device file; empty if it was not found
     std::string endpoint; ///< the kernel driver on the message channel; empty if there is none
     std::optional<std::string> fault; ///< why the device can't be used
+
+    std::uint32_t maximum = 0;     ///< of a fan or a temperature sensor, from the profile
+    std::uint32_t on = 1;          ///< of an LED: the brightness that means lit
+    bool biStatus = false;         ///< of an LED: has two lit states
+    std::optional<NamedPath> tach; ///< of a fan: a file with its revolutions per minute
+};
+
+/// Which devices of a board a host opens.
+struct DeviceChoice {
+    std::optional<DeviceKind> kind; ///< empty: every kind
+    std::string name;               ///< empty: every name
+
+    bool includes(DeviceKind itsKind, const std::string& itsName) const {
+        return (!kind || *kind == itsKind) && (name.empty() || name == itsName);
+    }
 };
 
 /// The object graph of a host process: publishes an endpoint for each kernel driver of the profile,
 /// makes and connects the drivers, and registers them with the process's repository, where clients
 /// find them by name.
 ///
+/// Only the devices of the choice are opened, and for reading only: nothing on the board changes
+/// until somebody sets a device through its driver. The preferences are read if the VoIP capacity
+/// is among the choice.
+///
 /// A device that can't be used does not affect the others. Its driver is registered anyway and
 /// fails when it is used. The drivers point into this object, so it must outlive every reference to
 /// them. One host at a time in a process. One thread.
 class Host {
 public:
-    explicit Host(const Profile& profile, const DeviceLocator& locator = DeviceLocator());
+    explicit Host(const Profile& profile, const DeviceChoice& choice = {},
+                  const DeviceLocator& locator = DeviceLocator());
 
     /// Takes the drivers out of the repository and closes them.
     ~Host();
@@ -51,11 +72,21 @@ public:
     /// Sorted by kind, and within a kind as in the profile.
     const std::vector<Device>& devices() const { return m_devices; }
 
+    /// Does with each fan that was set what the profile asks for at the end of a host. Returns what
+    /// failed. A program calls it before it ends, unless the fans shall stay as they were set.
+    std::vector<std::string> giveBack() const;
+
+    /// The device of driver `name`; null if it is unknown.
+    const Device* find(const std::string& name) const;
+
+    /// The driver of fan `name`; null if it is unknown.
+    HostedFan* fan(const std::string& name) const;
+
+    /// Finds what the profile names.
+    const DeviceLocator& locator() const { return m_locator; }
+
     /// Why the device of driver `name` can't be used; nothing if it can or is unknown.
     std::optional<std::string> faultOf(const std::string& name) const;
-
-    /// The device file of driver `name`; empty if it was not found or is unknown.
-    std::string pathOf(const std::string& name) const;
 
     /// The board descriptor, empty until its `readBD`; null if the profile has none.
     CBoardDescr* descriptor() const { return m_descriptor.get(); }
@@ -64,21 +95,25 @@ public:
     CResourceVoip* capacity() const { return m_capacity.get(); }
 
 private:
-    template <class Driver>
-    void addKernelDriver(DeviceKind kind, const DeviceProfile& entry,
-                         const std::optional<NamedPath>& enableFile, const DeviceLocator& locator,
-                         std::vector<MxMsg> answers);
-    void addDescriptor(const DescriptorProfile& profile, const DeviceLocator& locator);
+    Device locate(DeviceKind kind, const DeviceProfile& entry) const;
+    void connect(Device device, const DeviceProfile& entry, CKernelDriver* driver,
+                 std::vector<MxMsg> answers);
+    void addFan(const FanProfile& profile);
+    void addThermal(const ThermalProfile& profile);
+    void addPower(const PowerProfile& profile);
+    void addLed(const LedDeviceProfile& profile);
+    void addDescriptor(const DescriptorProfile& profile);
     void addCapacity(const VoipProfile& profile);
     void loadPreferences(const NamedPath& file);
     void enroll(Device device, IDriver& driver);
-    const Device* find(const std::string& name) const;
 
+    const DeviceLocator m_locator;
     std::vector<Device> m_devices;
     std::vector<String> m_registered;
     std::vector<std::unique_ptr<KernelEndpoint>> m_endpoints;
     std::vector<TYPPtr<CKernelDriver>> m_kernelDrivers;
-    std::string m_descriptorPath; // the descriptor's driver keeps a pointer to it
+    std::vector<TYPPtr<HostedFan>> m_fans; // also among the kernel drivers
+    std::string m_descriptorPath;          // the descriptor's driver keeps a pointer to it
     TYPPtr<CBoardDescr> m_descriptor;
     TYPPtr<CResourceVoip> m_capacity;
 };

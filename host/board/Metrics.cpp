@@ -76,12 +76,19 @@ std::string toMetrics(const Report& report, bool isSimulated) {
                                  "}",
                              *fan.value == speed ? 1 : 0);
 
+    families.begin("board_fan_rpm", "Speed of a fan in revolutions per minute.");
+    for (const FanReading& fan : report.fans)
+        if (fan.rpm && *fan.rpm)
+            families.add(nameLabel(fan.name), **fan.rpm);
+
     families.begin("board_power_status", "Status word of a power supply.");
     for (const PowerReading& power : report.powers)
         if (power.value)
             families.add(nameLabel(power.name), *power.value);
 
-    families.begin("board_led_state", "State of an LED: 0 off, 1 and 2 lit.");
+    families.begin("board_led_state",
+                   "State of an LED: 0 off, 1 lit, 2 lit in the second way; any other number, such "
+                   "as 255, is the brightness of a dimmable LED.");
     for (const LedReading& led : report.leds)
         if (led.value)
             families.add(nameLabel(led.name), *led.value);

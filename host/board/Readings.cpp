@@ -4,8 +4,6 @@
 #include <chrono>
 #include <thread>
 
-#include <fcntl.h>
-
 #include "DRIVER.h"
 #include "IDriverRepository.h"
 #include "ILedControl.h"
@@ -14,6 +12,8 @@
 #include "base/Error.h"
 #include "base/File.h"
 #include "board/Host.h"
+#include "devices/DeviceValue.h"
+#include "devices/HostedFan.h"
 
 namespace board {
 
@@ -49,125 +49,125 @@ Result<unsigned> readOnce(ILedControl& led) {
     return state;
 }
 
-// What a driver reports for a device that holds 0, and also for one that can't be read.
-bool isZero(IFanControl::FanSpeed speed) {
-    return speed == IFanControl::FAN_SPEED_OFF;
+Result<std::int32_t> numberIn(const IFanControl&, const Device& device) {
+    return readFanLevel(device.path, device.maximum);
 }
-bool isZero(float celsius) {
-    return celsius == 0.0F;
+Result<std::int32_t> numberIn(const IThermalSensor&, const Device& device) {
+    return readThousandths(device.path);
 }
-bool isZero(unsigned word) {
-    return word == 0;
+Result<std::int32_t> numberIn(const IPowerStatus&, const Device& device) {
+    return readPowerStatus(device.path);
 }
-
-/// A device that has nothing to read just now (EAGAIN) is not at fault.
-Result<void> tryDevice(const std::string& path) {
-    const FileDescriptor file = tryOpen(path, O_RDONLY | O_NONBLOCK);
-    char byte;
-    if (file.isOpen() && (tryRead(file, &byte, 1) >= 0 || errno == EAGAIN))
-        return {};
-    return Fault{path + ": can't read: " + reasonOf(errno)};
+Result<std::int32_t> numberIn(const ILedControl&, const Device& device) {
+    return readBrightness(device.path);
 }
 
-/// Drivers report 0 for an unreadable device, so a 0 counts only after the device itself could be
-/// read.
+/// A driver reports 0 for a device that holds no number or can't be read. So the host looks at the
+/// device first, and at the reason that a failed read of the driver leaves behind.
 template <class Driver>
-auto readSurely(Driver& driver, const std::string& path) -> decltype(readOnce(driver)) {
+auto readSurely(Driver& driver, const Device& device) -> decltype(readOnce(driver)) {
+    const Result<std::int32_t> number = numberIn(driver, device);
+    if (!number)
+        return Fault{number.fault()};
+    errno = 0;
     auto value = readOnce(driver);
-    if (!value || !isZero(*value))
-        return value;
-    const Result<void> device = tryDevice(path);
-    if (!device)
-        return Fault{device.fault()};
-    return readOnce(driver);
+    if (errno != 0)
+        return Fault{device.path + ": can't read: " + reasonOf(errno)};
+    return value;
 }
 
-/// Reads until the state `isReached`, at least twice, however slow this process is. The kernel
+/// Reads until the brightness `isReached`, at least twice, however slow this process is. The kernel
 /// writes to an LED on a bus only after the write call has returned; until then the old state is
 /// read.
-Result<unsigned> readUntil(ILedControl& led, const std::string& path,
+Result<unsigned> readUntil(ILedControl& led, const Device& device,
                            const std::function<bool(unsigned)>& isReached) {
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::milliseconds(200);
-    Result<unsigned> state = readSurely(led, path);
+    Result<unsigned> state = readSurely(led, device);
     for (bool isLast = false; !isLast && state && !isReached(*state);) {
         isLast = Clock::now() >= end;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        state = readSurely(led, path);
+        state = readSurely(led, device);
     }
     return state;
 }
 
-Fault mismatch(const std::string& held, const std::string& written) {
-    return {"the device holds " + held + " after " + written + " was written"};
-}
-
-Result<IFanControl::FanSpeed> setSpeed(IFanControl& fan, const std::string& path,
-                                       IFanControl::FanSpeed speed) {
-    if (!fan.setFanSpeed(speed).isSuccess())
-        return Fault{"the speed can't be written"};
-    Result<IFanControl::FanSpeed> held = readSurely(fan, path);
+Result<IFanControl::FanSpeed> setSpeed(IFanControl& fan, const HostedFan& hosted,
+                                       const Device& device, IFanControl::FanSpeed speed) {
+    const Attempt attempt([&] { return fan.setFanSpeed(speed); });
+    if (hosted.fault())
+        return Fault{*hosted.fault()};
+    if (!attempt.isDone)
+        return Fault{device.path + ": can't write: " + reasonOf(attempt.error)};
+    Result<IFanControl::FanSpeed> held = readSurely(fan, device);
     if (held && *held != speed)
-        return mismatch(speedName(*held), speedName(speed));
+        return attempt.refusal(device, speedName(*held), speedName(speed));
     return held;
 }
 
-Result<unsigned> setState(ILedControl& led, const std::string& path, unsigned state) {
-    if (!led.setLedStatus(state).isSuccess())
-        return Fault{"the state can't be written"};
+Result<unsigned> setBrightness(ILedControl& led, const Device& device, unsigned brightness) {
+    const Attempt attempt([&] { return led.setLedStatus(brightness); });
+    if (!attempt.isDone)
+        return Fault{device.path + ": can't write: " + reasonOf(attempt.error)};
     Result<unsigned> held =
-        readUntil(led, path, [state](unsigned shown) { return shown == state; });
-    if (held && *held != state)
-        return mismatch(std::to_string(*held), std::to_string(state));
+        readUntil(led, device, [brightness](unsigned shown) { return shown == brightness; });
+    if (held && *held != brightness)
+        return attempt.refusal(device, std::to_string(*held), std::to_string(brightness));
     return held;
 }
 
-template <class Driver, class Value>
-void describe(Driver& driver, Reading<Value>& reading) {
-    String description;
-    static_cast<void>(driver.getDescription(description)); // always succeeds
-    reading.description = description.c_str();
+void describe(const Device& device, TemperatureReading& reading) {
+    reading.maximum = device.maximum;
 }
-
-void describe(IThermalSensor& sensor, TemperatureReading& reading) {
-    describe<IThermalSensor, float>(sensor, reading);
-    static_cast<void>(sensor.getMaxTemperature(reading.maximum)); // always succeeds
-}
-
-/// The driver only knows that its device can't be used. The reason comes from the host, or else
-/// from the device file.
-Fault explained(const Host& host, const std::string& name, const std::string& fault) {
-    if (const auto known = host.faultOf(name))
-        return {*known};
-    const std::string path = host.pathOf(name);
-    try {
-        if (!path.empty())
-            expectReadable(path);
-    } catch (const Error& error) {
-        return {fault + ": " + error.what()};
-    }
-    return {fault};
-}
+template <class DeviceReading>
+void describe(const Device&, DeviceReading&) {}
 
 /// Looks driver `name` up as an `Interface` and makes a reading of it. `operation` takes the driver
-/// and the path of its device file and returns the value; the driver's lock is held meanwhile.
+/// and its device and returns the value; the driver's lock is held meanwhile.
 template <class Interface, class DeviceReading, class Operation>
 DeviceReading withDriver(const Host& host, const std::string& name, Operation operation) {
     DeviceReading reading;
     reading.name = name;
+    const Device* const device = host.find(name);
+    if (device) {
+        reading.description = device->description;
+        describe(*device, reading);
+    }
     TYPPtr<Interface> driver;
     const XCode status = DRIVER::INSTANCE()->getInterface(name.c_str(), driver);
     if (!status.isSuccess()) {
         const String& message = status.getMessage();
         reading.value = Fault{message.isEmpty() ? "is another kind of driver" : message.c_str()};
-        return reading;
+    } else if (!device) {
+        reading.value = Fault{"is not a device of this host"};
+    } else if (device->fault) {
+        reading.value = Fault{*device->fault};
+    } else {
+        const auto hold = driver.getLock();
+        reading.value = operation(*driver, *device);
     }
-    const auto hold = driver.getLock();
-    describe(*driver, reading);
-    reading.value = operation(*driver, host.pathOf(name));
-    if (!reading.value)
-        reading.value = explained(host, name, reading.value.fault());
     return reading;
+}
+
+/// The same for an LED, whose brightness `operation` returns.
+template <class Operation>
+LedReading withLed(const Host& host, const std::string& name, Operation operation) {
+    auto reading = withDriver<ILedControl, LedReading>(host, name, operation);
+    if (reading.value) {
+        constexpr unsigned LIT = 1;
+        reading.brightness = *reading.value;
+        if (reading.brightness == host.find(name)->on)
+            reading.value = LIT;
+    }
+    return reading;
+}
+
+template <class Operation>
+FanReading withFan(const Host& host, const std::string& name, Operation operation) {
+    return withDriver<IFanControl, FanReading>(host, name,
+                                               [&](IFanControl& fan, const Device& device) {
+                                                   return operation(fan, *host.fan(name), device);
+                                               });
 }
 
 } // namespace
@@ -183,8 +183,38 @@ IFanControl::FanSpeed speedOf(const std::string& word) {
     throw Error("there is no fan speed '" + word + "' (expected full, high, low or off)");
 }
 
+Attempt::Attempt(const std::function<XCode()>& write) {
+    errno = 0; // a write that fails leaves its reason here
+    isDone = write().isSuccess();
+    error = errno;
+}
+
+Fault Attempt::refusal(const Device& device, const std::string& held,
+                       const std::string& written) const {
+    if (error != 0)
+        return {device.path + ": can't write: " + reasonOf(error) + "; the device holds " + held};
+    return {"the device holds " + held + " after " + written + " was written"};
+}
+
+std::optional<std::string> FanReading::fault() const {
+    const auto level = Reading::fault();
+    if (!rpm || *rpm)
+        return level;
+    return level ? *level + "; " + rpm->fault() : rpm->fault();
+}
+
 FanReading readFan(const Host& host, const std::string& name) {
-    return withDriver<IFanControl, FanReading>(host, name, readSurely<IFanControl>);
+    auto reading = withDriver<IFanControl, FanReading>(host, name, readSurely<IFanControl>);
+    const Device* const device = host.find(name);
+    if (device && device->tach)
+        reading.rpm = withNamedFile(*device->tach, host.locator(),
+                                    [](const std::string& path) -> Result<unsigned> {
+                                        const Result<std::int32_t> rpm = readRpm(path);
+                                        if (!rpm)
+                                            return Fault{rpm.fault()};
+                                        return static_cast<unsigned>(*rpm);
+                                    });
+    return reading;
 }
 
 TemperatureReading readTemperature(const Host& host, const std::string& name) {
@@ -196,26 +226,42 @@ PowerReading readPower(const Host& host, const std::string& name) {
 }
 
 LedReading readLed(const Host& host, const std::string& name) {
-    return withDriver<ILedControl, LedReading>(host, name, readSurely<ILedControl>);
+    return withLed(host, name, readSurely<ILedControl>);
 }
 
 LedReading awaitLed(const Host& host, const std::string& name,
                     const std::function<bool(unsigned)>& isReached) {
-    return withDriver<ILedControl, LedReading>(
-        host, name,
-        [&](ILedControl& led, const std::string& path) { return readUntil(led, path, isReached); });
+    return withLed(host, name, [&](ILedControl& led, const Device& device) {
+        return readUntil(led, device, isReached);
+    });
 }
 
 FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpeed speed) {
-    return withDriver<IFanControl, FanReading>(
-        host, name,
-        [speed](IFanControl& fan, const std::string& path) { return setSpeed(fan, path, speed); });
+    return withFan(host, name, [&](IFanControl& fan, HostedFan& hosted, const Device& device) {
+        return setSpeed(fan, hosted, device, speed);
+    });
+}
+
+FanReading setFanAutomatic(const Host& host, const std::string& name) {
+    return withFan(host, name,
+                   [&](IFanControl& fan, HostedFan& hosted,
+                       const Device& device) -> Result<IFanControl::FanSpeed> {
+                       const Result<void> set = hosted.setAutomatic();
+                       if (!set)
+                           return Fault{set.fault()};
+                       return readSurely(fan, device);
+                   });
 }
 
 LedReading setLed(const Host& host, const std::string& name, unsigned state) {
-    return withDriver<ILedControl, LedReading>(
-        host, name,
-        [state](ILedControl& led, const std::string& path) { return setState(led, path, state); });
+    const Device* const led = host.find(name);
+    return setLedBrightness(host, name, state == 1 && led ? led->on : state);
+}
+
+LedReading setLedBrightness(const Host& host, const std::string& name, unsigned brightness) {
+    return withLed(host, name, [&](ILedControl& led, const Device& device) {
+        return setBrightness(led, device, brightness);
+    });
 }
 
 } // namespace board

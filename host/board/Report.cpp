@@ -1,6 +1,6 @@
 #include "board/Report.h"
 
-#include <algorithm>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -29,24 +29,38 @@ DriverReport reportOf(const Host& host, const String& name) {
 template <class DeviceReading>
 void add(Report& report, std::vector<DeviceReading>& readings, DeviceReading reading) {
     for (DriverReport& driver : report.drivers)
-        if (driver.name == reading.name && !driver.fault && !reading.value)
-            driver.fault = reading.value.fault();
+        if (driver.name == reading.name && !driver.fault)
+            driver.fault = reading.fault();
     readings.push_back(std::move(reading));
 }
 
-/// The rows of an LED that could not be read say "off". If it could be read shortly after, asks for
-/// the rows again.
-void refreshRows(const Host& host, Report& report, const LedReading& led) {
-    if (!led.value || *led.value == 0)
-        return;
-    const auto isOff = [](const InfoContainer::Row& row) {
-        return row.key == "Status" && row.value == "off";
-    };
+/// Replaces the rows of driver `name` by what `change` makes of each. An empty value removes a row.
+void changeRows(Report& report, const std::string& name,
+                const std::function<String(const InfoContainer::Row&)>& change) {
     for (DriverReport& driver : report.drivers) {
-        const auto& rows = driver.rows.getRows();
-        if (driver.name == led.name && std::any_of(rows.begin(), rows.end(), isOff))
-            driver.rows = reportOf(host, led.name.c_str()).rows;
+        if (driver.name != name)
+            continue;
+        InfoContainer rows;
+        for (const InfoContainer::Row& row : driver.rows.getRows()) {
+            const String value = row.level == 0 ? row.value : change(row);
+            if (row.level == 0 || !value.isEmpty())
+                rows.add(row.level, row.index, row.key, value);
+        }
+        driver.rows = std::move(rows);
     }
+}
+
+/// The driver prints "off" for an LED that it could not read, and its own description, which is
+/// empty before it is connected. The reading knows both.
+void addLed(Report& report, const LedReading& led) {
+    add(report, report.leds, led);
+    changeRows(report, led.name, [&](const InfoContainer::Row& row) -> String {
+        if (row.key == "Description")
+            return led.description.c_str();
+        if (row.key == "Status")
+            return !led.value ? "" : *led.value != 0 ? "on" : "off";
+        return row.value;
+    });
 }
 
 void addReading(const Host& host, Report& report, const Device& device) {
@@ -58,13 +72,26 @@ void addReading(const Host& host, Report& report, const Device& device) {
     case DeviceKind::POWER:
         return add(report, report.powers, readPower(host, device.name));
     case DeviceKind::LED:
-        add(report, report.leds, readLed(host, device.name));
-        return refreshRows(host, report, report.leds.back());
+        return addLed(report, readLed(host, device.name));
     case DeviceKind::DESCRIPTOR:
     case DeviceKind::VOIP:
     case DeviceKind::PREFERENCES:
         return; // these have no reading
     }
+}
+
+/// Adds the figures that were determined, and removes the rows of the others: the driver prints the
+/// largest number for unknown channels, and zeros before the capacity has been determined.
+void addCapacity(Report& report, const CResourceVoip& driver, bool isDetermined) {
+    const std::optional<unsigned> channels = dspChannelsOf(driver);
+    if (isDetermined)
+        report.capacity = CapacityReport{channels, driver.getSipLegCount()};
+    changeRows(report, CAPACITY_DRIVER, [&](const InfoContainer::Row& row) -> String {
+        const bool isOfChannels = row.key == "DSP Channels" || row.key == "Transcoding";
+        const bool isKnown =
+            row.key == "Border Controller" || (isDetermined && (channels || !isOfChannels));
+        return isKnown ? row.value : String::EMPTY();
+    });
 }
 
 std::optional<std::string> faultIn(const Result<void>& result) {
@@ -95,6 +122,11 @@ Result<void> settleCapacity(const Host& host) {
     return Fault{error.c_str()};
 }
 
+std::optional<unsigned> dspChannelsOf(const CResourceVoip& capacity) {
+    const unsigned channels = capacity.getDspChannelCount();
+    return channels == UNKNOWN_CHANNELS ? std::nullopt : std::optional(channels);
+}
+
 Report makeReport(const Host& host) {
     Report report;
     const auto descriptor = host.descriptor() ? loadDescriptor(host) : Result<void>();
@@ -111,12 +143,8 @@ Report makeReport(const Host& host) {
     }
     for (const Device& device : host.devices())
         addReading(host, report, device);
-    if (host.capacity() && capacity) {
-        const unsigned channels = host.capacity()->getDspChannelCount();
-        report.capacity =
-            CapacityReport{channels == UNKNOWN_CHANNELS ? std::nullopt : std::optional(channels),
-                           host.capacity()->getSipLegCount()};
-    }
+    if (host.capacity())
+        addCapacity(report, *host.capacity(), static_cast<bool>(capacity));
     return report;
 }
 

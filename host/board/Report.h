@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "CResourceVoip.h"
 #include "InfoContainer.h"
 #include "base/Result.h"
 #include "board/CpuMeter.h"
@@ -17,7 +18,7 @@ class Host;
 /// One driver's part of the report.
 struct DriverReport {
     std::string name;
-    InfoContainer rows;
+    InfoContainer rows;               ///< only what is known
     std::optional<std::string> fault; ///< why the driver or its device does not work
 };
 
@@ -48,6 +49,9 @@ Result<void> loadDescriptor(const Host& host);
 /// Determines the VoIP capacity from the loaded descriptor and the preferences. The host must have
 /// a capacity.
 Result<void> settleCapacity(const Host& host);
+
+/// The DSP channels; empty if the board does not state them.
+std::optional<unsigned> dspChannelsOf(const CResourceVoip& capacity);
 
 /// Loads the descriptor, determines the capacity, and asks every driver of the repository.
 Report makeReport(const Host& host);

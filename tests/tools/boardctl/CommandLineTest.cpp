@@ -30,7 +30,7 @@ Usage: boardctl bd build [OPTIONS] TAGS
 TEST(CommandLine, RejectsAWrongCallWithItsReasonAndTheNearestWord) {
     expectTranscript(TempDir(), R"sh(
 $ boardctl fan hihg
-! boardctl: SPEED: 'hihg' (expected full, high, low or off); did you mean 'high'?
+! boardctl: SPEED: 'hihg' (expected full, high, low, off or auto); did you mean 'high'?
 !
 ! Usage: boardctl fan [OPTIONS] [SPEED]
 ! For details run `boardctl fan --help`.

@@ -14,40 +14,62 @@ using support::TempDir;
 
 TEST(Devices, AreReadAndSetAndReportWhatTheyHold) {
     expectTranscript(TempDir(), R"sh(
-$ printf "[[fan]]\nname='cpu'\ndevice='speed'\ndescription='Main'\nmaximum=255\nenable='manual'\n" >board.toml
+$ printf "[[fan]]\nname='cpu'\ndevice='speed'\ndescription='Main'\nmaximum=255\nenable='mode'\ntach='tach'\n" >board.toml
 $ printf "[[fan]]\nname='deaf'\ndevice='/dev/null'\nmaximum=255\n[[power]]\nname='supply'\ndevice='word'\n" >>board.toml
-$ printf "[[thermal]]\nname='a'\ndevice='heat'\nmaximum=85\n[[thermal]]\nname='b'\ndevice='gone'\nmaximum=90\n" >>board.toml
-$ printf 200 >speed; printf 0 >manual; printf -- -1 >word; printf '45123\n' >heat
-$ boardctl --board board.toml fan high --name cpu && echo `tr '\000' . <speed` `cat manual`
-cpu: high
+$ printf "[[thermal]]\nname='a'\ndevice='heat'\nmaximum=85\n[[thermal]]\nname='b'\ndevice='gone'\nmaximum=90\ndescription='B'\n" >>board.toml
+$ printf 200 >speed; printf 5 >mode; printf -- -1 >word; printf '45123\n' >heat; printf 2340 >tach
+$ boardctl --board board.toml fan --name cpu && cat mode && boardctl --board board.toml fan high --name cpu && echo `tr '\000' . <speed` `cat mode`
+cpu: high, 2340 rpm
+5cpu: high
 170............. 1
+$ rm tach; json fan --name cpu --board board.toml
+[ { "name": "cpu", "description": "Main", "speed": "high", "rpm": null, "error": "board.toml:7: fan[0].tach: tach: can't open: No such file or directory" } ]
+! boardctl: 'cpu': board.toml:7: fan[0].tach: tach: can't open: No such file or directory
+[1]
+$ echo 1200 >tach; json fan auto --name cpu --board board.toml && cat mode && echo
+[ { "name": "cpu", "description": "Main", "speed": "high" } ]
+2
+$ rm mode; boardctl fan low --name cpu --board board.toml; boardctl fan auto --name deaf --board board.toml
+! boardctl: 'cpu': board.toml:6: fan[0].enable: mode: can't open: No such file or directory
+! boardctl: 'deaf': the profile names no file that selects automatic control (expected the key enable)
+[1]
 $ json fan full --name deaf --board board.toml
-[ { "name": "deaf", "description": "", "speed": null, "error": "the device holds off after full was written" } ]
-! boardctl: 'deaf': the device holds off after full was written
+[ { "name": "deaf", "description": "", "speed": null, "error": "/dev/null: holds nothing (expected a number from 0 to 255)" } ]
+! boardctl: 'deaf': /dev/null: holds nothing (expected a number from 0 to 255)
 [1]
 $ wrong fan off --board board.toml
 boardctl: the board has several fans: choose one with --name
 $ boardctl fan --name deff --board board.toml
 ! boardctl: there is no fan 'deff' (there are: cpu, deaf); did you mean 'deaf'?
 [1]
-$ boardctl temp --board board.toml
-a: 45.123 degrees Celsius, maximum 85
-! boardctl: 'b': board.toml:20: thermal[1].device: gone: can't open: No such file or directory
-[1]
 $ json temp --board board.toml
-[ { "name": "a", "description": "", "celsius": 45.123, "maximum": 85 }, { "name": "b", "description": "", "celsius": null, "error": "board.toml:20: thermal[1].device: gone: can't open: No such file or directory", "maximum": 0 } ]
-! boardctl: 'b': board.toml:20: thermal[1].device: gone: can't open: No such file or directory
+[ { "name": "a", "description": "", "celsius": 45.123, "maximum": 85 }, { "name": "b", "description": "B", "celsius": null, "error": "board.toml:21: thermal[1].device: gone: can't open: No such file or directory", "maximum": 90 } ]
+! boardctl: 'b': board.toml:21: thermal[1].device: gone: can't open: No such file or directory
 [1]
 $ json power --board board.toml
-[ { "name": "supply", "description": "", "status": 4294967295 } ]
-$ rm manual; boardctl --board board.toml fan --name cpu
-! boardctl: 'cpu': board.toml:6: fan[0].enable: manual: can't enable: No such file or directory
-[1]
-$ printf "[[fan]]\nname='f'\ndevice='speed'\nmaximum=1\nenable='pipe'\n" >pipe.toml; mkfifo pipe; boardctl --board pipe.toml fan
-! boardctl: 'f': pipe.toml:5: fan[0].enable: pipe: is not a device file (expected a file or a device)
+[ { "name": "supply", "description": "", "status": null, "error": "word: holds '-1' (expected 0 to 9999)" } ]
+! boardctl: 'supply': word: holds '-1' (expected 0 to 9999)
 [1]
 $ rm word; mkfifo word; boardctl --board board.toml power
-! boardctl: 'supply': board.toml:13: power[0].device: word: is not a device file (expected a file or a device)
+! boardctl: 'supply': board.toml:14: power[0].device: word: is not a device file (expected a file or a device)
+[1]
+)sh");
+}
+
+TEST(Devices, GiveTheSystemsReasonForWhatTheyRefuse) {
+    // The kernel lets a process write these files of its own. The first accepts at most 1000, the
+    // second takes 0 for its default, which is not 0.
+    expectTranscript(TempDir(), R"sh(
+$ printf "[[fan]]\nname='score'\ndevice='/proc/self/oom_score_adj'\nmaximum=3000\n" >board.toml
+$ printf "[[fan]]\nname='slack'\ndevice='/proc/self/timerslack_ns'\nmaximum=60000\n" >>board.toml
+$ printf "[[led]]\nname='score'\ndevice='/proc/self/oom_score_adj'\non=1001\nbi_status=true\n" >led.toml
+$ boardctl --board board.toml fan full --name score; boardctl --board board.toml fan off --name slack
+! boardctl: 'score': /proc/self/oom_score_adj: can't write: Invalid argument; the device holds off
+! boardctl: 'slack': the device holds full after off was written
+[1]
+$ boardctl --board led.toml led score 1; boardctl --board led.toml led score blink 1 1
+! boardctl: 'score': /proc/self/oom_score_adj: can't write: Invalid argument; the device holds 0
+! boardctl: LED 'score': /proc/self/oom_score_adj: can't write: Invalid argument; the device holds 0
 [1]
 )sh");
 }
@@ -62,21 +84,25 @@ $ json --board board.toml led status bi on --for 0
 $ boardctl --board board.toml led status blink 2 1; tr -d '\000' <dev/status; echo
 status: 1
 1
-$ rm dev/status; ln -s /dev/null dev/status
-$ boardctl --board board.toml led status bi on
-! boardctl: LED 'status': the device holds 0 after 2 was written
-[1]
-$ boardctl --board board.toml led status blink 1 1
-! boardctl: LED 'status': the device holds 0 after another state was written
-[1]
 $ rm dev/status; json --board board.toml led status bi on; boardctl --board board.toml led status
 {"error":"LED 'status': board.toml:23: led[0].device: dev/status: can't open: No such file or directory","simulated":true}
 ! boardctl: LED 'status': board.toml:23: led[0].device: dev/status: can't open: No such file or directory
 ! boardctl: 'status': board.toml:23: led[0].device: dev/status: can't open: No such file or directory
 [1]
-$ printf "[[led]]\nname='plain'\ndevice='plain'\n" >plain.toml; printf 0 >plain
-$ boardctl --board plain.toml led plain bi on
-! boardctl: LED 'plain': can't show a second lit state
+$ printf "[[led]]\nname='dim'\ndevice='dim'\non=255\n" >dim.toml; printf 77 >dim; echo 255 >max_brightness
+$ boardctl --board dim.toml led dim; boardctl --board dim.toml led dim blink 1 1; tr -d '\000' <dim; echo
+dim: 77
+dim: 77
+77
+$ boardctl --board dim.toml led dim 1 && tr '\000' . <dim && echo && json --board dim.toml led dim
+dim: 1
+255.
+[ { "name": "dim", "description": "", "state": 1 } ]
+$ for i in 2 'bi on' 'bi off'; do boardctl --board dim.toml led dim $i; done; printf 256 >dim; boardctl --board dim.toml led dim
+! boardctl: LED 'dim': has one lit state only (a second one needs bi_status = true in dim.toml)
+! boardctl: LED 'dim': has one lit state only (a second one needs bi_status = true in dim.toml)
+! boardctl: LED 'dim': has one lit state only (a second one needs bi_status = true in dim.toml)
+! boardctl: 'dim': dim: holds '256' (expected 0 to 255)
 [1]
 )sh");
 }
@@ -99,11 +125,12 @@ TEST(Devices, LedMayReadAsBeforeJustAfterAWrite) {
         ::close(device);
         return result.substr(result.find(" 2>messages"));
     };
-    const std::string former = "1\n1\n"; // to remember it: for boardctl and for the driver
-    EXPECT_EQ(led("bi on --for 0", former + "1\n2\n" + "2\n2\n1\n"), " 2>messages\nslow: 1\n");
-    // A 0 takes three reads: the second is the host's look at the device, of one byte.
-    const std::string dark = "0\n00\n";
-    EXPECT_EQ(led("blink 1 2", former + "1\n" + "1\n" + dark + dark + dark + "1\n"),
+    // Each look takes two lines: one for the host and one for the driver.
+    const std::string lit = "1\n1\n", second = "2\n2\n", dark = "0\n0\n";
+    const std::string former = lit + "1\n"; // the driver remembers it too
+    EXPECT_EQ(led("bi on --for 0", former + lit + second + second + second + lit),
+              " 2>messages\nslow: 1\n");
+    EXPECT_EQ(led("blink 1 2", former + lit + lit + dark + dark + dark + lit),
               " 2>messages\nslow: 1\n");
 }
 

@@ -112,9 +112,28 @@ $ json --board board.toml info 2>messages | sed 's/"last": [0-9]*/"last": N/; s/
  { "name": "fan", "rows": [ { "level": 0, "index": 0, "key": "fan", "value": "" } ], "error": "board.toml:3: fan[0].device: gone: can't open: No such file or directory" },
  { "name": "Lü", "rows": [ { "level": 0, "index": 0, "key": "Lü", "value": "" } ] },
  { "name": "board-descr-driver", "rows": [ { "level": 0, "index": 0, "key": "Board Descriptor", "value": "" } ], "error": "board.toml:10: descriptor.device: .: is not a device file (expected a file or a block device)" },
- { "name": "resource-driver", "rows": [ { "level": 0, "index": 0, "key": "VoIP Resource", "value": "" }, { "level": 1, "index": 0, "key": "DSP Channels", "value": "4294967295" }, { "level": 1, "index": 0, "key": "SIP Legs", "value": "0" }, { "level": 1, "index": 0, "key": "Transcoding", "value": "yes" }, { "level": 1, "index": 0, "key": "Border Controller", "value": "no" } ] } ], "fans": [
+ { "name": "resource-driver", "rows": [ { "level": 0, "index": 0, "key": "VoIP Resource", "value": "" }, { "level": 1, "index": 0, "key": "SIP Legs", "value": "0" }, { "level": 1, "index": 0, "key": "Border Controller", "value": "no" } ] } ], "fans": [
  { "name": "fan", "description": "", "speed": null, "error": "board.toml:3: fan[0].device: gone: can't open: No such file or directory" } ], "temperatures": [], "power": [
  { "name": "Lü", "description": "x\u001b[31m\n", "status": 1 } ], "leds": [], "capacity": { "dsp_channels": null, "sip_legs": 0, "error": "the board does not state how many DSP channels it has" }, "cpu": { "last": N }, "firmware": { "version": null, "error": "board.toml:21: firmware.info: .: is not a file (expected text lines)" } }
+$ printf "[[thermal]]\nname='heat'\ndevice='heat'\nmaximum=85\ndescription='T'\n[[led]]\nname='lamp'\n" >bad.toml
+$ printf "device='gone'\ndescription='S'\n[[power]]\nname='plain'\ndevice='supply'\n[voip]\n" >>bad.toml; echo N/A >heat
+$ boardctl --board bad.toml info 2>messages | sed '/^CPU/,$d'; cat messages
+heat
+  Description        T
+  Maximum            85
+plain
+  Status             1
+lamp
+  Description        S
+VoIP Resource
+  Border Controller  no
+boardctl: driver 'heat': heat: holds 'N/A' (expected a number of thousandths of a degree)
+boardctl: driver 'lamp': bad.toml:8: led[0].device: gone: can't open: No such file or directory
+boardctl: driver 'resource-driver': FAILED TO GET BOARD-DESCRIPTOR-DRIVER INTERFACE
+$ boardctl --board bad.toml info --format metrics 2>messages | grep -v -e '#' -e cpu; boardctl --board bad.toml run --for 0 2>messages | grep plain
+board_power_status{name="plain"} 1
+power 'plain': connected to 'kernel.plain', device file supply
+  plain
 $ for i in 'button watch' 'button bridge board.toml'; do boardctl --board board.toml $i; done
 ! boardctl: board.toml:12: button.device: board.toml: is not a button (expected a pipe or a character device)
 ! boardctl: board.toml: is not an input device (expected one such as /dev/input/event0)
@@ -159,6 +178,18 @@ TIME button released,
 $ head -n 2 sim/board.toml >less.toml; boardctl --board less.toml run --tour | grep -e --
 -- The tour: every part of the board in about ten seconds.
 -- That was the tour.
+$ printf "[[fan]]\nname='fan'\ndevice='speed'\nmaximum=255\nenable='mode'\n" >real.toml; echo 130 >speed; echo 2 >mode
+$ boardctl --board real.toml run --tour </dev/null >log; cat speed mode
+130
+2
+! boardctl: real.toml: the tour sets fans of a real board, and standard input is not a terminal to ask on (expected -y)
+$ boardctl --board real.toml run --tour -y | grep ': set'; cat speed mode
+fan 'fan': set to low, reads back low
+fan 'fan': set to high, reads back high
+fan 'fan': set to full, reads back full
+fan 'fan': set to high, reads back high
+130
+2
 )sh");
 }
 

@@ -1,4 +1,5 @@
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,107 +36,131 @@ constexpr unsigned OFF = 0;
 constexpr unsigned LIT = 1;
 constexpr unsigned SECOND_LIT = 2;
 
-TYPPtr<ILedControl> findLed(const Board& board, const std::string& name) {
-    board.devices(board::DeviceKind::LED,
-                  name); // throws, with the LEDs to choose from, if there is no such LED
-    TYPPtr<ILedControl> led;
-    const XCode status = DRIVER::INSTANCE()->getInterface(name.c_str(), led);
-    if (!status.isSuccess())
-        throw board::Error("LED '" + name + "': " + status.getMessage().c_str());
-    if (const auto fault = board.host().faultOf(name))
-        throw board::Error("LED '" + name + "': " + *fault);
-    return led;
+/// A board that opens only this LED.
+class LedBoard : public Board {
+public:
+    LedBoard(const Options& options, const LedWords& words)
+        : Board(options, board::DeviceKind::LED, words.name), m_name(words.name) {}
+
+    const board::Device& device() const { return *host().find(m_name); }
+
+    [[noreturn]] void fail(const std::string& what) const {
+        throw board::Error("LED '" + m_name + "': " + what);
+    }
+
+    /// Brightness 2 is the second lit state, or else just a dim light.
+    void expectSecondState() const {
+        if (!device().biStatus)
+            fail("has one lit state only (a second one needs bi_status = true in " + profilePath() +
+                 ")");
+    }
+
+    TYPPtr<ILedControl> driver() const {
+        TYPPtr<ILedControl> led;
+        const XCode status = DRIVER::INSTANCE()->getInterface(m_name.c_str(), led);
+        if (!status.isSuccess())
+            fail(status.getMessage().c_str());
+        if (device().fault)
+            fail(*device().fault);
+        return led;
+    }
+
+    board::LedReading read() const { return board::readLed(host(), m_name); }
+    board::LedReading set(unsigned state) const { return board::setLed(host(), m_name, state); }
+
+    /// What the LED's device holds now, to be restored later.
+    unsigned brightness() const {
+        const board::LedReading now = read();
+        if (!now.value)
+            fail(now.value.fault());
+        return now.brightness;
+    }
+
+    /// Restores what the device held. The driver may have restored something else: it remembers
+    /// "off" if it failed to read the LED.
+    board::LedReading restore(unsigned former) const {
+        board::LedReading shown = read();
+        if (!shown.value || shown.brightness != former)
+            shown = board::setLedBrightness(host(), m_name, former);
+        return shown;
+    }
+
+    /// A fault unless the device holds what was just written, as far as `isAsWritten` tells.
+    board::Result<void> check(const board::Attempt& attempt, const std::string& written,
+                              const std::function<bool(unsigned)>& isAsWritten) const {
+        if (!attempt.isDone)
+            return board::Fault{"the state can't be written"};
+        const board::LedReading shown = board::awaitLed(host(), m_name, isAsWritten);
+        if (!shown.value)
+            return board::Fault{shown.value.fault()};
+        if (isAsWritten(shown.brightness))
+            return {};
+        return attempt.refusal(device(), std::to_string(shown.brightness), written);
+    }
+
+private:
+    const std::string& m_name;
+};
+
+/// What the driver must be asked for to light the LED for the `i`th time. If it is asked for 1, the
+/// driver itself alternates between the two lit states of an LED that has them.
+unsigned litState(const board::Device& led, unsigned i) {
+    return led.on != LIT && led.biStatus && i % 2 != 0 ? SECOND_LIT : led.on;
 }
 
-void expectDone(const XCode& status, const std::string& name, const char* what) {
-    if (!status.isSuccess())
-        throw board::Error("LED '" + name + "': " + what);
-}
-
-/// The state that the LED shows now, to be restored later.
-unsigned formerState(const Board& board, const std::string& name) {
-    const board::LedReading former = board::readLed(board.host(), name);
-    if (!former.value)
-        throw board::Error("LED '" + name + "': " + former.value.fault());
-    return *former.value;
-}
-
-/// Restores the previous state of the LED. The driver may have restored another one: it remembers
-/// "off" if it failed to read the LED.
-board::LedReading restore(const Board& board, const std::string& name, unsigned former) {
-    board::LedReading shown = board::readLed(board.host(), name);
-    if (!shown.value || *shown.value != former)
-        shown = board::setLed(board.host(), name, former);
-    return shown;
-}
-
-/// A fault unless the LED shows what was just written, lit or dark.
-board::Result<void> checkShown(const XCode& written, const Board& board, const std::string& name,
-                               bool lit) {
-    if (!written.isSuccess())
-        return board::Fault{"the state can't be written"};
-    const auto isAsWritten = [lit](unsigned state) { return (state != OFF) == lit; };
-    const board::LedReading shown = board::awaitLed(board.host(), name, isAsWritten);
-    if (!shown.value)
-        return board::Fault{shown.value.fault()};
-    if (isAsWritten(*shown.value))
-        return {};
-    return board::Fault{"the device holds " + std::to_string(*shown.value) +
-                        " after another state was written"};
-}
-
-/// Holds the overlay until a signal or the end of the time, then restores the previous state.
+/// Holds the overlay until a signal or the end of the time, then restores what was there.
 int holdOverlay(const Options& options, const LedWords& words) {
     if (!words.seconds)
         StopSignals::expectAsEnd();
-    const Board board(options);
-    const auto led = findLed(board, words.name);
-    const unsigned former = formerState(board, words.name);
-    expectDone(led->setLedBiStatus(1), words.name, "can't show a second lit state");
-    const board::LedReading shown = board::awaitLed(
-        board.host(), words.name, [](unsigned state) { return state == SECOND_LIT; });
-    if (!shown.value || *shown.value != SECOND_LIT) {
+    const LedBoard board(options, words);
+    board.expectSecondState();
+    const auto led = board.driver();
+    const unsigned former = board.brightness();
+    const board::Attempt attempt([&] { return led->setLedBiStatus(1); });
+    const board::Result<void> outcome = board.check(
+        attempt, std::to_string(SECOND_LIT), [](unsigned held) { return held == SECOND_LIT; });
+    if (!outcome) {
         const board::EndingSignalsHeld whileRestoring;
         static_cast<void>(led->setLedBiStatus(OFF));
-        static_cast<void>(
-            restore(board, words.name, former)); // best effort: the failure below is what counts
-        throw board::Error("LED '" + words.name + "': " +
-                           (shown.value ? "the device holds " + std::to_string(*shown.value) +
-                                              " after 2 was written"
-                                        : shown.value.fault()));
+        static_cast<void>(board.restore(former)); // best effort: the failure below is what counts
+        board.fail(outcome.fault());
     }
     complain("LED '" + words.name + "' shows 2 until " +
              (words.seconds ? "the time is up" : "SIGINT (Ctrl-C)"));
     StopSignals::waitUntil(StopSignals::endAfter(words.seconds));
     const board::EndingSignalsHeld whileRestoring;
     static_cast<void>(led->setLedBiStatus(OFF)); // the LED itself is checked next
-    return show(std::vector{restore(board, words.name, former)}, options.json);
+    return show(std::vector{board.restore(former)}, options.json);
 }
 
 /// Ends the overlay of another process. This process does not know about it, but it can see that
 /// the LED shows 2.
 int endOverlay(const Options& options, const LedWords& words) {
-    const Board board(options);
-    board.devices(board::DeviceKind::LED, words.name);
-    const board::LedReading shown = board::readLed(board.host(), words.name);
+    const LedBoard board(options, words);
+    board.expectSecondState();
+    const board::LedReading shown = board.read();
     if (!shown.value || *shown.value != SECOND_LIT)
         return show(std::vector{shown}, options.json);
     complain("LED '" + words.name + "' shows 2; switching it off");
-    return show(std::vector{board::setLed(board.host(), words.name, OFF)}, options.json);
+    return show(std::vector{board.set(OFF)}, options.json);
 }
 
 int blink(const Options& options, const LedWords& words, unsigned count, unsigned periodMs) {
-    const Board board(options);
-    const auto led = findLed(board, words.name);
-    const unsigned former = formerState(board, words.name);
-    expectDone(led->enableLedToggle(), words.name, "can't be toggled");
+    const LedBoard board(options, words);
+    const auto led = board.driver();
+    const unsigned former = board.brightness();
+    if (!led->enableLedToggle().isSuccess())
+        board.fail("can't be toggled");
     const auto half = std::chrono::microseconds(periodMs) * 500; // half of 1000 us per ms
     bool stopped = false;
     board::Result<void> outcome;
     Progress progress(count * (periodMs / 1000.0));
     for (unsigned i = 0; i < count && !stopped; ++i)
-        for (const unsigned state : {LIT, OFF}) {
-            outcome = checkShown(led->setLedToggleStatus(state), board, words.name, state != OFF);
+        for (const bool isLit : {true, false}) {
+            const unsigned state = isLit ? litState(board.device(), i) : OFF;
+            outcome = board.check(board::Attempt([&] { return led->setLedToggleStatus(state); }),
+                                  "another state",
+                                  [isLit](unsigned held) { return (held != OFF) == isLit; });
             stopped = !outcome || progress.waitUntil(StopSignals::Clock::now() + half,
                                                      "blink " + std::to_string(i + 1) + " of " +
                                                          std::to_string(count));
@@ -144,10 +169,11 @@ int blink(const Options& options, const LedWords& words, unsigned count, unsigne
         }
     progress.clear();
     const board::EndingSignalsHeld whileRestoring;
-    expectDone(led->disableLedToggle(), words.name, "can't restore the previous state");
-    const board::LedReading shown = restore(board, words.name, former);
+    if (!led->disableLedToggle().isSuccess())
+        board.fail("can't restore the previous state");
+    const board::LedReading shown = board.restore(former);
     if (!outcome)
-        throw board::Error("LED '" + words.name + "': " + outcome.fault());
+        board.fail(outcome.fault());
     return show(std::vector{shown}, options.json);
 }
 
@@ -192,12 +218,10 @@ int led(const Options& options, const LedWords& words) {
     std::optional<unsigned> state;
     if (!action.empty())
         state = stateOf(action);
-    const Board board(options);
-    board.devices(board::DeviceKind::LED,
-                  words.name); // throws, with the LEDs to choose from, if there is no such LED
-    return show(std::vector{state ? board::setLed(board.host(), words.name, *state)
-                                  : board::readLed(board.host(), words.name)},
-                options.json);
+    const LedBoard board(options, words);
+    if (state == SECOND_LIT)
+        board.expectSecondState();
+    return show(std::vector{state ? board.set(*state) : board.read()}, options.json);
 }
 
 } // namespace
@@ -211,10 +235,12 @@ void addLed(CLI::App& app, Options& options) {
         ->required()
         ->type_name("");
     command
-        .add_option("ACTION", words.action,
-                    "Default: read the LED. 0, 1 or 2: set this state. bi on: show 2 until SIGINT "
-                    "or the end of --for, then restore the previous state. bi off: end the overlay "
-                    "of another process. blink: use the driver's toggle mode")
+        .add_option(
+            "ACTION", words.action,
+            "Default: read the LED. 0, 1 or 2: set this state; 2 needs an LED with bi_status. "
+            "bi on: show 2 until SIGINT or the end of --for, then restore the previous "
+            "state. bi off: end the overlay of another process. blink: use the driver's "
+            "toggle mode")
         ->expected(0, 3)
         ->option_text("0|1|2|bi on|bi off|blink COUNT PERIOD_MS");
     command.add_option("--for", words.seconds, "End `bi on` after this time")

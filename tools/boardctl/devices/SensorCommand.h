@@ -20,9 +20,9 @@ void addSensorCommand(CLI::App& app, Options& options, const char* name, board::
                       const char* text,
                       Reading (*read)(const board::Host&, const std::string& device)) {
     const auto readAll = [kind, read](const Options& call, const SensorWords& words) {
-        const Board board(call);
+        const Board board(call, kind, words.name);
         std::vector<Reading> readings;
-        for (const std::string& device : board.devices(kind, words.name))
+        for (const std::string& device : board.names())
             readings.push_back(read(board.host(), device));
         return show(readings, call.json);
     };

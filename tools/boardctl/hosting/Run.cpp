@@ -4,11 +4,13 @@
 
 #include "base/Error.h"
 #include "base/Notification.h"
+#include "base/Text.h"
 #include "board/HostingLoop.h"
 #include "board/Report.h"
 #include "board/Services.h"
 #include "hosting/Tour.h"
 #include "output/EventLines.h"
+#include "output/Prompt.h"
 #include "output/Readings.h"
 #include "output/ReportRows.h"
 #include "output/Rows.h"
@@ -29,6 +31,7 @@ using Clock = StopSignals::Clock;
 struct RunWords {
     std::optional<double> seconds;
     bool tour = false;
+    bool yes = false; ///< the tour may set the fans of a real board
     bool panel = false;
 };
 
@@ -49,6 +52,24 @@ public:
                                                : "board ") +
                           m_board.profilePath(),
                       {{"profile", m_board.profilePath()}, {"simulated", m_board.isSimulated()}});
+        try {
+            hostBoard(start);
+        } catch (...) {
+            static_cast<void>(giveBack());
+            throw;
+        }
+        const bool isGivenBack = giveBack();
+        m_loop.passEventsOn(); // the last events of the services
+        if (!m_lines.isLost())
+            m_lines.print("stopped", "stopped");
+        const bool isHeard = !m_lines.isLost() || StopSignals::isAsked();
+        return isHeard && isGivenBack ? DONE : FAILED;
+    }
+
+private:
+    void hostBoard(Clock::time_point start) {
+        if (m_words.tour && !m_words.yes && !m_board.isSimulated())
+            askBeforeTour();
         showDevices();
         showReport();
         showFirmware();
@@ -64,13 +85,27 @@ public:
             notify("STOPPING=1");
             m_leds = nullptr;
         }
-        m_loop.passEventsOn(); // the last events of the services
-        if (!m_lines.isLost())
-            m_lines.print("stopped", "stopped");
-        return m_lines.isLost() && !StopSignals::isAsked() ? FAILED : DONE;
     }
 
-private:
+    /// The tour makes fans stand still for a moment, which a real board may not bear.
+    void askBeforeTour() {
+        const std::vector<std::string> fans = tourFans(m_board);
+        if (!fans.empty())
+            expectYes("Set " + board::join(fans) + " of " + m_board.profilePath() +
+                          " to each speed in turn?",
+                      m_board.profilePath() + ": the tour was not played",
+                      m_board.profilePath() + ": the tour sets fans of a real board, and standard "
+                                              "input is not a terminal to ask on (expected -y)");
+    }
+
+    /// False if a fan that was set could not be given back.
+    bool giveBack() {
+        const std::vector<std::string> faults = m_board.host().giveBack();
+        for (const std::string& fault : faults)
+            m_lines.fault(fault, {{"kind", "fan"}, {"error", fault}});
+        return faults.empty();
+    }
+
     void showDevices() {
         for (const board::Device& device : m_board.host().devices())
             if (device.kind != board::DeviceKind::DESCRIPTOR) // the report says more about it
@@ -87,7 +122,8 @@ private:
         else if (!device.endpoint.empty())
             m_lines.print("connected",
                           title + ": connected to '" + device.endpoint + "', " +
-                              device.description + ", device file " + device.path,
+                              (device.description.empty() ? "" : device.description + ", ") +
+                              "device file " + device.path,
                           {{"kind", kind},
                            {"name", device.name},
                            {"endpoint", device.endpoint},
@@ -220,6 +256,8 @@ void addRun(CLI::App& app, Options& options) {
         ->check(seconds())
         ->option_text("SECONDS");
     command.add_flag("--tour", words.tour, "Play a tour of the whole board, then end");
+    command.add_flag("-y,--yes", words.yes,
+                     "Let the tour set the fans of a real board without asking");
     command.add_flag(
         "--panel", words.panel,
         "Show the LEDs: live on one line of a terminal, otherwise each change as an event");

@@ -1,6 +1,7 @@
 #include "hosting/Tour.h"
 
 #include "base/Error.h"
+#include "board/Report.h"
 #include "leds/LedPipe.h"
 #include "output/Readings.h"
 #include "simulation/SimulatedButton.h"
@@ -11,6 +12,10 @@ using nlohmann::ordered_json;
 namespace boardctl {
 
 namespace {
+
+bool isWorkingFan(const board::Device& device) {
+    return device.kind == board::DeviceKind::FAN && !device.fault;
+}
 
 class Tour {
 public:
@@ -36,21 +41,22 @@ private:
         const CResourceVoip* const voip = m_stage.board.host().capacity();
         if (!voip)
             return true;
-        const unsigned channels = voip->getDspChannelCount();
-        say("The VoIP capacity was read from the board descriptor: " + std::to_string(channels) +
-            " DSP channels, " + std::to_string(voip->getSipLegCount()) + " SIP legs.");
+        const std::optional<unsigned> channels = board::dspChannelsOf(*voip);
+        say("The VoIP capacity was read from the board descriptor: " +
+            (channels ? std::to_string(*channels) : "an unknown number of") + " DSP channels, " +
+            std::to_string(voip->getSipLegCount()) + " SIP legs.");
         return goesOn(200ms);
     }
 
-    /// Steps each fan through its speeds, slowly enough to follow, then restores the original
-    /// speed.
+    /// Steps each fan through its speeds, slowly enough to follow, then gives them back.
     bool fans() {
-        for (const board::Device& device : m_stage.board.host().devices()) {
-            const bool isWorkingFan = device.kind == board::DeviceKind::FAN && !device.fault;
-            if (isWorkingFan && !fan(device.name))
-                return false;
-        }
-        return true;
+        bool wentOn = true;
+        for (const board::Device& device : m_stage.board.host().devices())
+            if (isWorkingFan(device))
+                wentOn = wentOn && fan(device.name);
+        for (const std::string& fault : m_stage.board.host().giveBack())
+            m_stage.lines.fault(fault, {{"kind", "fan"}, {"error", fault}});
+        return wentOn;
     }
 
     bool fan(const std::string& name) {
@@ -159,6 +165,14 @@ private:
 };
 
 } // namespace
+
+std::vector<std::string> tourFans(const Board& board) {
+    std::vector<std::string> fans;
+    for (const board::Device& device : board.host().devices())
+        if (isWorkingFan(device))
+            fans.push_back("fan '" + device.name + "'");
+    return fans;
+}
 
 bool playTour(const TourStage& stage) {
     return Tour(stage).play();

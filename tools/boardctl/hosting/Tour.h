@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "output/EventLines.h"
 #include "program/Board.h"
@@ -18,10 +20,12 @@ struct TourStage {
     std::function<bool(std::chrono::milliseconds)> pause;
 };
 
+/// The working fans of the board, which a tour sets, each as "fan 'NAME'".
+std::vector<std::string> tourFans(const Board& board);
+
 /// Shows every subsystem of a board in about ten seconds, in plain words. Unless the board was made
-/// for this call, it only steps the fans and restores their speed; it leaves the sensor, the LEDs
-/// and the button alone.
-/// False if it ended early.
+/// for this call, it only steps the fans and gives them back; it leaves the sensor, the LEDs and the
+/// button alone. False if it ended early.
 bool playTour(const TourStage& stage);
 
 } // namespace boardctl

@@ -8,13 +8,12 @@ namespace boardctl {
 
 namespace {
 
-template <class Value>
-ordered_json describe(const board::Reading<Value>& reading, const char* key,
-                      const ordered_json& value) {
-    ordered_json json = {
-        {"name", reading.name}, {"description", reading.description}, {key, value}};
-    if (!reading.value)
-        json["error"] = reading.value.fault();
+template <class Reading>
+ordered_json describe(const Reading& reading, const ordered_json& values) {
+    ordered_json json = {{"name", reading.name}, {"description", reading.description}};
+    json.update(values);
+    if (const auto fault = reading.fault())
+        json["error"] = *fault;
     return json;
 }
 
@@ -28,23 +27,27 @@ double rounded(float celsius) {
 } // namespace
 
 ordered_json toJson(const board::FanReading& fan) {
-    return describe(fan, "speed", fan.value ? ordered_json(board::speedName(*fan.value)) : nullptr);
+    ordered_json values = {
+        {"speed", fan.value ? ordered_json(board::speedName(*fan.value)) : nullptr}};
+    if (fan.rpm)
+        values["rpm"] = *fan.rpm ? ordered_json(**fan.rpm) : nullptr;
+    return describe(fan, values);
 }
 
 ordered_json toJson(const board::TemperatureReading& temperature) {
-    ordered_json json =
-        describe(temperature, "celsius",
-                 temperature.value ? ordered_json(rounded(*temperature.value)) : nullptr);
+    ordered_json json = describe(
+        temperature,
+        {{"celsius", temperature.value ? ordered_json(rounded(*temperature.value)) : nullptr}});
     json["maximum"] = temperature.maximum;
     return json;
 }
 
 ordered_json toJson(const board::PowerReading& power) {
-    return describe(power, "status", power.value ? ordered_json(*power.value) : nullptr);
+    return describe(power, {{"status", power.value ? ordered_json(*power.value) : nullptr}});
 }
 
 ordered_json toJson(const board::LedReading& led) {
-    return describe(led, "state", led.value ? ordered_json(*led.value) : nullptr);
+    return describe(led, {{"state", led.value ? ordered_json(*led.value) : nullptr}});
 }
 
 ordered_json toJson(const board::Result<board::CpuReading>& cpu) {
@@ -76,7 +79,10 @@ std::string toText(const board::Result<board::CpuReading>& cpu) {
 }
 
 std::string toText(const board::FanReading& fan) {
-    return fan.value ? board::speedName(*fan.value) : UNKNOWN;
+    if (!fan.value)
+        return UNKNOWN;
+    const std::string level = board::speedName(*fan.value);
+    return fan.rpm && *fan.rpm ? level + ", " + std::to_string(**fan.rpm) + " rpm" : level;
 }
 
 std::string toText(const board::TemperatureReading& temperature) {

@@ -18,8 +18,8 @@
 namespace boardctl {
 
 /// `{"name":...,"description":...,"speed":...}`; instead of "speed" a sensor has "celsius" and
-/// "maximum", a power supply "status", an LED "state". An unknown value is null, with the reason in
-/// "error".
+/// "maximum", a power supply "status", an LED "state". A fan with a tachometer also has "rpm". An
+/// unknown value is null, with the reason in "error".
 nlohmann::ordered_json toJson(const board::FanReading& fan);
 nlohmann::ordered_json toJson(const board::TemperatureReading& temperature);
 nlohmann::ordered_json toJson(const board::PowerReading& power);
@@ -53,8 +53,8 @@ int show(const std::vector<Reading>& readings, bool asJson) {
     for (const Reading& reading : readings) {
         if (!asJson && reading.value)
             std::cout << board::printable(reading.name) << ": " << toText(reading) << "\n";
-        if (!reading.value) {
-            complain("'" + reading.name + "': " + reading.value.fault());
+        if (const auto fault = reading.fault()) {
+            complain("'" + reading.name + "': " + *fault);
             status = FAILED;
         }
     }

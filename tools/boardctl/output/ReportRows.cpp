@@ -6,13 +6,24 @@ namespace boardctl {
 
 namespace {
 
+/// What is known of a device that can't be read, other than its description.
+template <class Reading>
+void addLimits(InfoContainer&, const Reading&) {}
+void addLimits(InfoContainer& rows, const board::TemperatureReading& temperature) {
+    rows.add(1, 0, "Maximum", std::to_string(temperature.maximum).c_str());
+}
+
 template <class Reading>
 void addRows(InfoContainer& rows, const std::vector<Reading>& readings, const String& driver,
              const char* key) {
     for (const Reading& reading : readings)
         if (driver == String(reading.name.c_str())) {
-            rows.add(1, 0, "Description", reading.description.c_str());
-            rows.add(1, 0, key, toText(reading).c_str());
+            if (!reading.description.empty())
+                rows.add(1, 0, "Description", reading.description.c_str());
+            if (reading.value)
+                rows.add(1, 0, key, toText(reading).c_str());
+            else
+                addLimits(rows, reading);
         }
 }
 
@@ -28,14 +39,13 @@ InfoContainer dumpOf(const board::Report& report) {
         addRows(rows, report.temperatures, driver.name.c_str(), "Temperature");
         addRows(rows, report.powers, driver.name.c_str(), "Status");
     }
-    if (report.cpu) {
+    if (report.cpu && *report.cpu) {
         rows.add(0, 0, "CPU load", "");
         rows.add(1, 0, "Last 100 ms", toText(*report.cpu).c_str());
     }
-    if (report.firmware) {
+    if (report.firmware && *report.firmware) {
         rows.add(0, 0, "Firmware", "");
-        rows.add(1, 0, "Version",
-                 *report.firmware ? (*report.firmware)->version.c_str() : "unknown");
+        rows.add(1, 0, "Version", (*report.firmware)->version.c_str());
     }
     return rows;
 }

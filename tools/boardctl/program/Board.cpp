@@ -1,5 +1,6 @@
 #include "program/Board.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 
@@ -38,6 +39,44 @@ std::string profilePathFor(const Options& options,
                     ", or --sim for a simulated board)");
 }
 
+template <class Entry>
+std::vector<std::string> namesOf(const std::vector<Entry>& entries) {
+    std::vector<std::string> names;
+    for (const Entry& entry : entries)
+        names.push_back(entry.name);
+    return names;
+}
+
+std::vector<std::string> namesOf(const board::Profile& profile, board::DeviceKind kind) {
+    switch (kind) {
+    case board::DeviceKind::FAN:
+        return namesOf(profile.fans);
+    case board::DeviceKind::THERMAL:
+        return namesOf(profile.thermals);
+    case board::DeviceKind::POWER:
+        return namesOf(profile.powers);
+    case board::DeviceKind::LED:
+        return namesOf(profile.leds);
+    default: // the others have no name of their own
+        return {};
+    }
+}
+
+std::vector<std::string> chosen(const BoardProfile& board, board::DeviceKind kind,
+                                const std::string& name) {
+    const std::vector<std::string> all = namesOf(board.profile(), kind);
+    const std::string word = board::kindName(kind);
+    if (all.empty())
+        throw board::Error(board.profilePath() + ": the board has no " + word +
+                           " (expected a table [[" + word + "]])");
+    if (name.empty())
+        return all;
+    if (std::find(all.begin(), all.end(), name) == all.end())
+        throw board::Error("there is no " + word + " '" + name + "' (there are: " +
+                           board::join(all) + ")" + board::didYouMean(name, all));
+    return {name};
+}
+
 } // namespace
 
 bool worksOnSimulatedBoard() {
@@ -57,23 +96,7 @@ const board::NamedPath& BoardProfile::button() const {
     return *m_profile.button;
 }
 
-std::vector<std::string> Board::devices(board::DeviceKind kind, const std::string& name) const {
-    std::vector<std::string> names, ofKind;
-    for (const board::Device& device : m_host.devices()) {
-        if (device.kind != kind)
-            continue;
-        ofKind.push_back(device.name);
-        if (name.empty() || name == device.name)
-            names.push_back(device.name);
-    }
-    const std::string word = board::kindName(kind);
-    if (ofKind.empty())
-        throw board::Error(profilePath() + ": the board has no " + word + " (expected a table [[" +
-                           word + "]])");
-    if (names.empty())
-        throw board::Error("there is no " + word + " '" + name + "' (there are: " +
-                           board::join(ofKind) + ")" + board::didYouMean(name, ofKind));
-    return names;
-}
+Board::Board(const Options& options, board::DeviceKind kind, const std::string& name)
+    : BoardProfile(options), m_names(chosen(*this, kind, name)), m_host(profile(), {kind, name}) {}
 
 } // namespace boardctl

@@ -43,15 +43,20 @@ private:
 /// The same board with its drivers.
 class Board : public BoardProfile {
 public:
+    /// Opens every device.
     explicit Board(const Options& options) : BoardProfile(options), m_host(profile()) {}
+
+    /// Opens only devices of `kind`: all, or only `name` if that is not empty. Throws board::Error
+    /// listing the names to choose from, if there is no such device.
+    Board(const Options& options, board::DeviceKind kind, const std::string& name);
 
     const board::Host& host() const { return m_host; }
 
-    /// The names of the devices of `kind`: all, or only `name` if that is not empty. Throws
-    /// board::Error listing the names to choose from, if there is no such device.
-    std::vector<std::string> devices(board::DeviceKind kind, const std::string& name) const;
+    /// The names of the devices that were chosen; none if every device was.
+    const std::vector<std::string>& names() const { return m_names; }
 
 private:
+    const std::vector<std::string> m_names;
     const board::Host m_host;
 };
 
