@@ -83,6 +83,9 @@ protected:
 
     /// Restores all files, then runs the command with its calls failing as planned.
     Outcome run(const std::string& plan, const std::string& out = "") const {
+        return run(GetParam(), plan, out);
+    }
+    Outcome run(const std::string& command, const std::string& plan, const std::string& out) const {
         for (const auto& [name, content] : files())
             if (m_before.count(name) == 0)
                 fs::remove_all(m_dir.path(name));
@@ -95,10 +98,19 @@ protected:
                                           "FAULTS_TRACE=" + m_trace.path("trace"),
                                           "FAULTS_PLAN=" + plan,
                                           BOARDCTL};
-        std::istringstream line(inFolder(GetParam()));
+        std::istringstream line(inFolder(command));
         for (std::string word; line >> word;)
             words.push_back(word);
         return support::Program(words, out).finish();
+    }
+
+    /// What the last run called.
+    std::vector<std::string> trace() const {
+        std::vector<std::string> calls;
+        std::istringstream lines(m_trace.read("trace"));
+        for (std::string call; std::getline(lines, call);)
+            calls.push_back(call);
+        return calls;
     }
 
     std::string inFolder(const std::string& text) const {
@@ -189,10 +201,7 @@ TEST_P(BoardctlFaults, EndWithTheWholeResultOrAMessageAndEverythingAsItWas) {
     for (const char* const image : {"image", "board/eeprom.bin"})
         if (m_after.at(image) != m_before.at(image))
             m_edited = image;
-    std::vector<std::string> calls;
-    std::istringstream trace(m_trace.read("trace"));
-    for (std::string call; std::getline(trace, call);)
-        calls.push_back(call);
+    const std::vector<std::string> calls = trace();
     ASSERT_FALSE(calls.empty()) << "the calls do not pass the shim";
     std::map<std::string, unsigned> counts;
     std::string last;
@@ -217,6 +226,69 @@ TEST_P(BoardctlFaults, EndWithTheWholeResultOrAMessageAndEverythingAsItWas) {
     EXPECT_EQ(contains(unheard.err, "can't write to standard output"), unheard.status == 1);
     ::close(open);
 }
+
+/// Commands that read, each with the files of the board that it opens.
+class ReadingCommands : public BoardctlFaults {
+protected:
+    ReadingCommands() {
+        const std::string profile = m_dir.read("board/board.toml");
+        const std::string maximum = "maximum = 255\n";
+        m_dir.write("board/board.toml",
+                    std::string(profile).insert(profile.find(maximum) + maximum.size(),
+                                                "enable = 'dev/mode'\ntach = 'dev/tach'\n"));
+        m_dir.write("board/dev/mode", "2\n");
+        m_dir.write("board/dev/tach", "900\n");
+        m_before = files();
+        for (const auto& entry : fs::recursive_directory_iterator(m_dir.path("board")))
+            if (entry.is_regular_file())
+                fs::permissions(entry,
+                                fs::perms::owner_write | fs::perms::group_write |
+                                    fs::perms::others_write,
+                                fs::perm_options::remove);
+    }
+};
+
+TEST_P(ReadingCommands, OpenWhatTheyNameAndNothingForWriting) {
+    // Permissions do not bind the superuser, so what counts is how each file is opened.
+    const std::string command = GetParam().substr(0, GetParam().find(':'));
+    const Outcome outcome = run(command, "none 0 0", "");
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(files(), m_before);
+    const std::string folder = m_dir.path("board/");
+    std::vector<std::string> opened;
+    for (const std::string& call : trace()) {
+        EXPECT_FALSE(contains(call, " for writing")) << call;
+        const auto at = call.find(folder);
+        const std::string file = at == std::string::npos ? "" : call.substr(at + folder.size());
+        if (contains(call.substr(0, at), "open") && !file.empty() &&
+            std::find(opened.begin(), opened.end(), file) == opened.end())
+            opened.push_back(file);
+    }
+    std::string all = command + ":";
+    for (const std::string& file : opened)
+        all += " " + file;
+    EXPECT_EQ(all, GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, ReadingCommands,
+    testing::Values("fan #: board.toml dev/fan dev/tach", "temp #: board.toml dev/temperature",
+                    "power #: board.toml dev/power", "led status #: board.toml dev/status",
+                    "info #: board.toml dev/fan dev/temperature dev/power dev/status eeprom.bin "
+                    "preferences dev/tach image-info",
+                    "info --format metrics #: board.toml dev/fan dev/temperature dev/power "
+                    "dev/status eeprom.bin preferences dev/tach image-info",
+                    "bd show #: board.toml eeprom.bin", "bd raw #: board.toml eeprom.bin",
+                    "bd dump #: board.toml eeprom.bin", "bd check #: board.toml eeprom.bin",
+                    "bd get 45 #: board.toml eeprom.bin", "bd mac list #: board.toml eeprom.bin",
+                    "firmware #: board.toml image-info", "leds check #: board.toml",
+                    "leds preview --ticks 1 #: board.toml"),
+    [](const auto& each) {
+        std::string name = each.param.substr(0, each.param.find(':'));
+        for (char& c : name)
+            c = std::isalnum(c) ? c : '_';
+        return name;
+    });
 
 // In the commands "@" is the folder that they work in and "#" names the simulated board there.
 // The folder also holds an image, a link to it and a list of tags. The output of commands with

@@ -31,7 +31,8 @@ void begin(const Plan& plan);
 /// Stops both.
 void end();
 
-/// What was called between the last `begin` and `end`: each call's name and file.
+/// What was called between the last `begin` and `end`: each call's name and file, and "for writing"
+/// if it opened the file to change it.
 std::vector<std::string> trace();
 
 /// Counts a call and decides on it; sets errno if it fails.

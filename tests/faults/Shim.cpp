@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
 
@@ -47,6 +48,21 @@ Verdict judge(const char* name, int descriptor) {
     std::snprintf(link, sizeof link, "/proc/self/fd/%d", descriptor);
     ::syscall(SYS_readlinkat, -1, link, file, sizeof file - 1); // readlink would be counted
     return faults::judge(name, file);
+}
+
+/// The subject of an open: the path, and whether the file may be changed.
+const char* opened(const char* path, bool mayWrite) {
+    thread_local char subject[104];
+    std::snprintf(subject, sizeof subject, "%s%s", path, mayWrite ? " for writing" : "");
+    return subject;
+}
+
+const char* opened(const char* path, int flags) {
+    return opened(path, (flags & (O_ACCMODE | O_CREAT | O_TRUNC)) != O_RDONLY);
+}
+
+const char* opened(const char* path, const char* how) {
+    return opened(path, std::strpbrk(how, "wa+") != nullptr);
 }
 
 template <class Result>
@@ -115,12 +131,14 @@ Verdict faults::judge(const char* name, const char* file) {
 #define CLOSES errno = verdict == Verdict::FAIL ? (real(fd), std::abs(s_plan.error)) : errno
 
 // A call without a mode leaves garbage in that parameter, and then nobody uses it.
-CALL(int, open, (const char* path, int flags, mode_t mode), (path, flags, mode), path, )
-CALL(int, open64, (const char* path, int flags, mode_t mode), (path, flags, mode), path, )
+CALL(int, open, (const char* path, int flags, mode_t mode), (path, flags, mode),
+     opened(path, flags), )
+CALL(int, open64, (const char* path, int flags, mode_t mode), (path, flags, mode),
+     opened(path, flags), )
 CALL(int, openat, (int at, const char* path, int flags, mode_t mode), (at, path, flags, mode),
-     path, )
-CALL(std::FILE*, fopen, (const char* path, const char* how), (path, how), path, )
-CALL(std::FILE*, fopen64, (const char* path, const char* how), (path, how), path, )
+     opened(path, flags), )
+CALL(std::FILE*, fopen, (const char* path, const char* how), (path, how), opened(path, how), )
+CALL(std::FILE*, fopen64, (const char* path, const char* how), (path, how), opened(path, how), )
 CALL(ssize_t, read, (int fd, void* to, size_t count), (fd, to, count), fd, MOVES)
 CALL(ssize_t, __read_chk, (int fd, void* to, size_t count, size_t), (fd, to, count, count), fd,
      MOVES)
