@@ -34,7 +34,7 @@ expect "--force --format" bd set --fo
 expect "text json metrics svg" info --format ""
 expect "json" info --format = j # as bash cuts --format=j
 expect "u8 u16 u32 uint" bd get --type u
-expect "full high low off" fan ""
+expect "full high low off auto" fan ""
 expect "" fan low ""
 expect "on off" led status bi ""
 expect "" led status blink ""

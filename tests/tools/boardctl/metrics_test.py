@@ -21,7 +21,7 @@ FAN = {f"board_fan_speed_level name=fan speed={speed}": speed == "off" for speed
 SIMULATED = {"board_temperature_celsius name=thermal": 41.5, **FAN, "board_power_status name=power": 1,
              "board_led_state name=status": 0, "board_dsp_channels": 120, "board_sip_legs": 240}
 SIMULATED = {f"{sample} simulated=true": value for sample, value in SIMULATED.items()}
-FAULTY = {'board_power_status name=a "b" \\ \u00e9': 4294967295, "board_sip_legs": 30}
+FAULTY = {'board_power_status name=a "b" \\ \u00e9': 9999, "board_sip_legs": 30}
 
 
 def check(words, expected, status, mark=""):
@@ -37,7 +37,7 @@ def check(words, expected, status, mark=""):
 
 check(["--sim"], SIMULATED, 0, " simulated=true")
 with tempfile.TemporaryDirectory() as folder:
-    for name, content in ("supply", "-1\n"), ("board.toml", PROFILE):
+    for name, content in ("supply", "9999\n"), ("board.toml", PROFILE):
         with open(f"{folder}/{name}", "w", encoding="utf-8") as file:
             file.write(content)
     check(["--board", folder + "/board.toml"], FAULTY, 1)
