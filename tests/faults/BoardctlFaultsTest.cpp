@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <map>
 #include <regex>
 #include <sstream>
@@ -11,21 +10,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "support/Program.h"
-#include "support/TempDir.h"
+#include "faults/BoardctlRuns.h"
 
-namespace fs = std::filesystem;
+using faults::contains;
+using faults::OTHER;
 using support::Outcome;
 
 namespace {
-
-// A product, a MAC address, a text and the terminator, followed by erased bytes.
-const std::string IMAGE = std::string("\x00\x2D\x00\x08\x12\x34\xAB\xCD"
-                                      "\x00\x01\x00\x0C\x02\x00\x00\x00\x00\x07\x00\x00"
-                                      "\x00\x05\x00\x08one\x00"
-                                      "\x00\x00\x00\x04",
-                                      32) +
-                          std::string(32, '\xFF');
 
 /// The ways in which calls fail, by name, as the errors of plans.
 const std::pair<std::regex, std::vector<int>> WAYS[] = {
@@ -41,12 +32,6 @@ const std::pair<std::regex, std::vector<int>> WAYS[] = {
 /// Calls that an edit of an image needs: if one fails, so does the edit.
 const std::regex MUST_SUCCEED("^(p?write|pread|fsync|fchmod|fchown|rename) ");
 
-bool contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
-constexpr char OTHER[] = "<folder or pipe>";
-
 /// Removes what differs from run to run: processor loads and the dates in backup names.
 std::string steady(const std::string& text) {
     static const std::regex CHANGING("[0-9]+ %|\"(last|mid|longest)\": ?[0-9]+|"
@@ -54,71 +39,8 @@ std::string steady(const std::string& text) {
     return std::regex_replace(text, CHANGING, "$1");
 }
 
-class BoardctlFaults : public testing::TestWithParam<std::string> {
+class BoardctlFaults : public faults::BoardctlRuns {
 protected:
-    using Files =
-        std::map<std::string, std::string>; ///< content by path; OTHER if it is not a file
-
-    BoardctlFaults() {
-        m_dir.makeFolder("tmp");
-        m_dir.write("image", IMAGE);
-        m_dir.write("tags.json", R"([{"id":45,"data":"00000000"},{"id":0,"data":""}])");
-        fs::create_symlink("image", m_dir.path("link"));
-        support::Program({BOARDCTL, "sim", "create", m_dir.path("board")}).finish();
-        m_dir.write("board/dev/fan", "170\n");
-        m_dir.write("board/dev/status", "1\n");
-        m_before = files();
-    }
-
-    Files files() const {
-        Files found;
-        for (const auto& entry : fs::recursive_directory_iterator(m_dir.path(""))) {
-            const std::string name = entry.path().string().substr(m_dir.path("").size());
-            found[name] = entry.is_symlink()        ? "<link>"
-                          : entry.is_regular_file() ? m_dir.read(name)
-                                                    : OTHER;
-        }
-        return found;
-    }
-
-    /// Restores all files, then runs the command with its calls failing as planned.
-    Outcome run(const std::string& plan, const std::string& out = "") const {
-        return run(GetParam(), plan, out);
-    }
-    Outcome run(const std::string& command, const std::string& plan, const std::string& out) const {
-        for (const auto& [name, content] : files())
-            if (m_before.count(name) == 0)
-                fs::remove_all(m_dir.path(name));
-            else if (m_before.at(name) != content)
-                m_dir.write(name, m_before.at(name));
-        std::vector<std::string> words = {"/usr/bin/env",
-                                          "LD_PRELOAD=" FAULTS_SHIM,
-                                          "XDG_STATE_HOME=" + m_dir.path("state"),
-                                          "TMPDIR=" + m_dir.path("tmp"),
-                                          "FAULTS_TRACE=" + m_trace.path("trace"),
-                                          "FAULTS_PLAN=" + plan,
-                                          BOARDCTL};
-        std::istringstream line(inFolder(command));
-        for (std::string word; line >> word;)
-            words.push_back(word);
-        return support::Program(words, out).finish();
-    }
-
-    /// What the last run called.
-    std::vector<std::string> trace() const {
-        std::vector<std::string> calls;
-        std::istringstream lines(m_trace.read("trace"));
-        for (std::string call; std::getline(lines, call);)
-            calls.push_back(call);
-        return calls;
-    }
-
-    std::string inFolder(const std::string& text) const {
-        const std::string words =
-            std::regex_replace(text, std::regex("#"), "--board @board/board.toml");
-        return std::regex_replace(words, std::regex("@"), m_dir.path(""));
-    }
-
     /// Checks what is printed and left by a run in which `call` failed.
     void check(const Outcome& outcome, const std::string& call, int error) const {
         const bool isStreaming = contains(GetParam(), "--for 0.02");
@@ -175,9 +97,6 @@ protected:
         }
     }
 
-    const support::TempDir m_dir;
-    const support::TempDir m_trace;
-    Files m_before;
     Files m_after;
     std::string m_printed;
     std::string m_edited; ///< the image that the command changes, if any
@@ -227,72 +146,7 @@ TEST_P(BoardctlFaults, EndWithTheWholeResultOrAMessageAndEverythingAsItWas) {
     ::close(open);
 }
 
-/// Commands that read, each with the files of the board that it opens.
-class ReadingCommands : public BoardctlFaults {
-protected:
-    ReadingCommands() {
-        const std::string profile = m_dir.read("board/board.toml");
-        const std::string maximum = "maximum = 255\n";
-        m_dir.write("board/board.toml",
-                    std::string(profile).insert(profile.find(maximum) + maximum.size(),
-                                                "enable = 'dev/mode'\ntach = 'dev/tach'\n"));
-        m_dir.write("board/dev/mode", "2\n");
-        m_dir.write("board/dev/tach", "900\n");
-        m_before = files();
-        for (const auto& entry : fs::recursive_directory_iterator(m_dir.path("board")))
-            if (entry.is_regular_file())
-                fs::permissions(entry,
-                                fs::perms::owner_write | fs::perms::group_write |
-                                    fs::perms::others_write,
-                                fs::perm_options::remove);
-    }
-};
-
-TEST_P(ReadingCommands, OpenWhatTheyNameAndNothingForWriting) {
-    // Permissions do not bind the superuser, so what counts is how each file is opened.
-    const std::string command = GetParam().substr(0, GetParam().find(':'));
-    const Outcome outcome = run(command, "none 0 0", "");
-    EXPECT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_EQ(files(), m_before);
-    const std::string folder = m_dir.path("board/");
-    std::vector<std::string> opened;
-    for (const std::string& call : trace()) {
-        EXPECT_FALSE(contains(call, " for writing")) << call;
-        const auto at = call.find(folder);
-        const std::string file = at == std::string::npos ? "" : call.substr(at + folder.size());
-        if (contains(call.substr(0, at), "open") && !file.empty() &&
-            std::find(opened.begin(), opened.end(), file) == opened.end())
-            opened.push_back(file);
-    }
-    std::string all = command + ":";
-    for (const std::string& file : opened)
-        all += " " + file;
-    EXPECT_EQ(all, GetParam());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Commands, ReadingCommands,
-    testing::Values("fan #: board.toml dev/fan dev/tach", "temp #: board.toml dev/temperature",
-                    "power #: board.toml dev/power", "led status #: board.toml dev/status",
-                    "info #: board.toml dev/fan dev/temperature dev/power dev/status eeprom.bin "
-                    "preferences dev/tach image-info",
-                    "info --format metrics #: board.toml dev/fan dev/temperature dev/power "
-                    "dev/status eeprom.bin preferences dev/tach image-info",
-                    "bd show #: board.toml eeprom.bin", "bd raw #: board.toml eeprom.bin",
-                    "bd dump #: board.toml eeprom.bin", "bd check #: board.toml eeprom.bin",
-                    "bd get 45 #: board.toml eeprom.bin", "bd mac list #: board.toml eeprom.bin",
-                    "firmware #: board.toml image-info", "leds check #: board.toml",
-                    "leds preview --ticks 1 #: board.toml"),
-    [](const auto& each) {
-        std::string name = each.param.substr(0, each.param.find(':'));
-        for (char& c : name)
-            c = std::isalnum(c) ? c : '_';
-        return name;
-    });
-
-// In the commands "@" is the folder that they work in and "#" names the simulated board there.
-// The folder also holds an image, a link to it and a list of tags. The output of commands with
-// "--for 0.02" differs from run to run.
+// The output of commands with "--for 0.02" differs from run to run.
 INSTANTIATE_TEST_SUITE_P(
     Commands, BoardctlFaults,
     testing::Values(
@@ -309,9 +163,4 @@ INSTANTIATE_TEST_SUITE_P(
         "leds send system ready", "cpu --period 0.1", "cpu --period 0.1 --format json",
         "firmware @board/image-info", "firmware # --format json", "sim create @made", "sim press #",
         "button watch --for 0.02 # --format json", "run --for 0.02 # --format json"),
-    [](const auto& each) {
-        std::string name = each.param;
-        for (char& c : name)
-            c = std::isalnum(c) ? c : '_';
-        return name;
-    });
+    [](const auto& each) { return faults::nameOf(each.param); });
