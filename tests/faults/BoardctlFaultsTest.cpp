@@ -22,7 +22,7 @@ namespace {
 const std::pair<std::regex, std::vector<int>> WAYS[] = {
     {std::regex("p?read"), {EIO, EINTR, 0, -EIO}},
     {std::regex("p?writev?"), {ENOSPC, EINTR, 0, -EIO}},
-    {std::regex("f?open.*"), {ENOENT, EINTR}},
+    {std::regex("(__|f)?open.*"), {ENOENT, EINTR}},
     {std::regex("fsync|flock"), {EIO, EINTR}},
     {std::regex("fstat|rename"), {EIO, -EIO}},
     {std::regex("fgets"), {-EIO}},

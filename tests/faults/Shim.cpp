@@ -137,6 +137,9 @@ CALL(int, open64, (const char* path, int flags, mode_t mode), (path, flags, mode
      opened(path, flags), )
 CALL(int, openat, (int at, const char* path, int flags, mode_t mode), (at, path, flags, mode),
      opened(path, flags), )
+// In an optimized program, opens whose flags the compiler does not know call these instead.
+CALL(int, __open_2, (const char* path, int flags), (path, flags), opened(path, flags), )
+CALL(int, __open64_2, (const char* path, int flags), (path, flags), opened(path, flags), )
 CALL(std::FILE*, fopen, (const char* path, const char* how), (path, how), opened(path, how), )
 CALL(std::FILE*, fopen64, (const char* path, const char* how), (path, how), opened(path, how), )
 CALL(ssize_t, read, (int fd, void* to, size_t count), (fd, to, count), fd, MOVES)
