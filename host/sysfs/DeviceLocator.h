@@ -23,8 +23,8 @@ public:
     /// Throws Error, listing what was found instead, if none or several match.
     std::string locate(const std::string& device) const;
 
-    /// The name for the file of a monitor that stays the same at each boot, without BUSDEVICE if
-    /// NAME alone is enough. Its path, if no name leads there.
+    /// A name for a monitor's file that stays the same at each boot. BUSDEVICE is left out if NAME
+    /// alone is enough. Returns the file's path if no name leads to it.
     std::string nameOf(const Monitor& monitor, const std::string& file) const;
 
     const std::string& sysfs() const { return m_sysfs; }
