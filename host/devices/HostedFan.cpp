@@ -45,7 +45,7 @@ Result<void> HostedFan::takeOver() {
     if (m_profile.enable) {
         const Result<void> written = withModeFile([&](const std::string& path) {
             found.mode = readContent(path);
-            return writeContent(path, std::to_string(m_profile.manual));
+            return writeContent(path, std::to_string(m_profile.manual) + "\n");
         });
         if (!written)
             return written;
@@ -63,7 +63,7 @@ Result<void> HostedFan::setAutomatic() {
     m_isManual = false;
     return withModeFile([&](const std::string& path) -> Result<void> {
         const auto wanted = static_cast<std::int32_t>(m_profile.automatic);
-        const Result<void> written = writeContent(path, std::to_string(wanted));
+        const Result<void> written = writeContent(path, std::to_string(wanted) + "\n");
         if (!written)
             return written;
         const Result<std::int32_t> held = readFanMode(path);

@@ -121,7 +121,8 @@ void LedStates::set(std::size_t index, bool isLit) {
 
 bool LedStates::passOn(std::size_t index, bool isLit) {
     Source& source = m_sources[index];
-    const Result<void> written = writeContent(source.path, std::to_string(isLit ? source.on : 0U));
+    const Result<void> written =
+        writeContent(source.path, std::to_string(isLit ? source.on : 0U) + "\n");
     if (!written && !source.isFaulty)
         m_events.push(event::FaultReport{"leds: " + written.fault()});
     source.isFaulty = !written;

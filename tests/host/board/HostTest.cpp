@@ -50,8 +50,8 @@ TEST(Host, GivesBackTheFansThatItHasSetAsTheProfileAsks) {
         std::string mode;
     } TABLE[] = {
         {"", "77\n", "5\n"},
-        {"on_exit='keep'\n", "85" + std::string(14, '\0'), "3"},
-        {"on_exit='full'\n", "255" + std::string(13, '\0'), "3"},
+        {"on_exit='keep'\n", "85" + std::string(14, '\0'), "3\n"},
+        {"on_exit='full'\n", "255" + std::string(13, '\0'), "3\n"},
     };
     for (const auto& row : TABLE) {
         SCOPED_TRACE(row.onExit);
@@ -67,13 +67,13 @@ TEST(Host, GivesBackTheFansThatItHasSetAsTheProfileAsks) {
         EXPECT_TRUE(host.giveBack().empty());
         EXPECT_EQ(dir.read("speed") + dir.read("mode"), "77\n5\n") << "nothing was set";
         EXPECT_TRUE(board::setFan(host, "fan", IFanControl::FAN_SPEED_FULL).value);
-        EXPECT_EQ(dir.read("mode"), "3");
+        EXPECT_EQ(dir.read("mode"), "3\n");
         EXPECT_TRUE(board::setFan(host, "fan", IFanControl::FAN_SPEED_LOW).value);
         EXPECT_TRUE(host.giveBack().empty());
         EXPECT_EQ(dir.read("speed"), row.speed);
         EXPECT_EQ(dir.read("mode"), row.mode);
         EXPECT_TRUE(board::setFan(host, "fan", IFanControl::FAN_SPEED_OFF).value);
-        EXPECT_EQ(dir.read("mode"), "3") << "it is taken over again";
+        EXPECT_EQ(dir.read("mode"), "3\n") << "it is taken over again";
     }
 }
 

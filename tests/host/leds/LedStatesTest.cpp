@@ -50,15 +50,15 @@ TEST(LedStates, PassOnWhatTheSequencerWritesAsTheBrightnessOfADimmableLed) {
     };
     write(0, "0");
     EXPECT_FALSE(std::get<board::event::LedChanged>(nextEvent()).isLit);
-    EXPECT_EQ(dir.read("led"), "0");
+    EXPECT_EQ(dir.read("led"), "0\n");
     write(0, "1");
     EXPECT_TRUE(std::get<board::event::LedChanged>(nextEvent()).isLit);
-    EXPECT_EQ(dir.read("led"), "255");
+    EXPECT_EQ(dir.read("led"), "255\n");
     write(1, "11"); // reported once
     EXPECT_EQ(std::get<board::event::FaultReport>(nextEvent()).text,
               "leds: " + dir.path("gone") + ": can't open: No such file or directory");
     dir.write("gone", "0");
     write(1, "1");
     EXPECT_EQ(std::get<board::event::LedChanged>(nextEvent()).name, "gone");
-    EXPECT_EQ(dir.read("gone"), "255");
+    EXPECT_EQ(dir.read("gone"), "255\n");
 }

@@ -26,7 +26,7 @@ $ rm tach; json fan --name cpu --board board.toml
 [ { "name": "cpu", "description": "Main", "speed": "high", "rpm": null, "error": "board.toml:7: fan[0].tach: tach: can't open: No such file or directory" } ]
 ! boardctl: 'cpu': board.toml:7: fan[0].tach: tach: can't open: No such file or directory
 [1]
-$ echo 1200 >tach; json fan auto --name cpu --board board.toml && cat mode && echo
+$ echo 1200 >tach; json fan auto --name cpu --board board.toml && cat mode
 [ { "name": "cpu", "description": "Main", "speed": "high" } ]
 2
 $ rm mode; boardctl fan low --name cpu --board board.toml; boardctl fan auto --name deaf --board board.toml

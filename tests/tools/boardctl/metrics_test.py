@@ -12,6 +12,11 @@ maximum = 85
 [[power]]
 name = 'a "b" \\ \u00e9'
 device = "supply"
+[[fan]]
+name = "fan"
+device = "supply"
+maximum = 60000
+tach = "supply"
 [descriptor]
 device = "gone"
 [voip]
@@ -21,7 +26,7 @@ FAN = {f"board_fan_speed_level name=fan speed={speed}": speed == "off" for speed
 SIMULATED = {"board_temperature_celsius name=thermal": 41.5, **FAN, "board_power_status name=power": 1,
              "board_led_state name=status": 0, "board_dsp_channels": 120, "board_sip_legs": 240}
 SIMULATED = {f"{sample} simulated=true": value for sample, value in SIMULATED.items()}
-FAULTY = {'board_power_status name=a "b" \\ \u00e9': 9999, "board_sip_legs": 30}
+FAULTY = {'board_power_status name=a "b" \\ \u00e9': 9999, **FAN, "board_fan_rpm name=fan": 9999, "board_sip_legs": 30}
 
 
 def check(words, expected, status, mark=""):
