@@ -117,10 +117,8 @@ TEST(LedCtrl, ClampsTheNumberOfALineTo32Bits) {
     const std::pair<std::int32_t, std::string> CASES[] = {
         {0, "a b 0x7"},
         {-10, "a b " + std::string(5000, ' ') + "-10x"},
-        {INT32_MAX - 1, "a b 2147483646"},
         {INT32_MAX, "a b 2147483648"},
         {INT32_MAX, "a b 99999999999999999999"},
-        {INT32_MIN + 1, "a b -2147483647"},
         {INT32_MIN, "a b -2147483649"},
         {INT32_MIN, "a b -99999999999999999999"},
     };
