@@ -1,6 +1,7 @@
 #include "output/Messages.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <iostream>
 #include <utility>
 
@@ -20,7 +21,8 @@ template <class Write>
 auto watched(Write write, decltype(write()) failure) -> decltype(write()) {
     errno = 0;
     const auto result = write();
-    if (result == failure && outputError == 0)
+    // A line-buffered stream may keep what it could not write and report success.
+    if ((result == failure || std::ferror(stdout) != 0) && outputError == 0)
         outputError = errno;
     return result;
 }
@@ -54,7 +56,7 @@ void complain(const std::string& what) {
 }
 
 bool flushOutput() {
-    if (std::cout.flush())
+    if (std::cout.flush() && std::ferror(stdout) == 0)
         return true;
     static bool isTold = false;
     if (!std::exchange(isTold, true) &&
