@@ -197,7 +197,7 @@ Fault Attempt::refusal(const Device& device, const std::string& held,
 }
 
 std::optional<std::string> FanReading::fault() const {
-    const auto level = Reading::fault();
+    auto level = Reading::fault();
     if (!rpm || *rpm)
         return level;
     return level ? *level + "; " + rpm->fault() : rpm->fault();

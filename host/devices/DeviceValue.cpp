@@ -92,7 +92,7 @@ Result<std::int32_t> readBrightness(const std::string& path) {
     if (!text)
         return Fault{text.fault()};
     Range range{0, LARGEST_NARROW, NARROW, ""};
-    const Result<std::int32_t> number = parse(path, *text, range);
+    Result<std::int32_t> number = parse(path, *text, range);
     if (!number || *number <= 1) // every LED can have these
         return number;
     const auto folder = std::filesystem::path(path).parent_path();

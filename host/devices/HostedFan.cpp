@@ -43,7 +43,7 @@ XCode HostedFan::setFanSpeed(FanSpeed speed) {
 Result<void> HostedFan::takeOver() {
     Found found{readContent(m_path), Fault{"there is no file that selects the control"}};
     if (m_profile.enable) {
-        const Result<void> written = withModeFile([&](const std::string& path) {
+        Result<void> written = withModeFile([&](const std::string& path) {
             found.mode = readContent(path);
             return writeContent(path, std::to_string(m_profile.manual) + "\n");
         });
@@ -63,7 +63,7 @@ Result<void> HostedFan::setAutomatic() {
     m_isManual = false;
     return withModeFile([&](const std::string& path) -> Result<void> {
         const auto wanted = static_cast<std::int32_t>(m_profile.automatic);
-        const Result<void> written = writeContent(path, std::to_string(wanted) + "\n");
+        Result<void> written = writeContent(path, std::to_string(wanted) + "\n");
         if (!written)
             return written;
         const Result<std::int32_t> held = readFanMode(path);

@@ -143,9 +143,11 @@ std::string DeviceLocator::locateLed(const std::string& device, const std::strin
 }
 
 std::string DeviceLocator::nameOf(const Monitor& monitor, const std::string& file) const {
-    const std::string path = monitor.folder + "/" + file;
+    const std::string ending = "/" + file;
+    std::string path = monitor.folder + ending;
     for (const std::string& name : {textOf(monitor), fullNameOf(monitor)}) {
-        const std::string device = MONITOR + name + "/" + file;
+        std::string device = MONITOR + name;
+        device += ending;
         try {
             if (locate(device) == path)
                 return device;

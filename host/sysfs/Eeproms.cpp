@@ -32,14 +32,15 @@ fs::path resolved(const fs::path& path) {
 std::vector<Eeprom> eepromsOf(const std::string& sysfs) {
     std::vector<Eeprom> eeproms;
     std::vector<fs::path> devices;
-    for (const std::string bus : {"i2c", "spi"}) {
-        const std::string all = sysfs + "/bus/" + bus + "/devices/";
+    for (const char* const bus : {"/bus/i2c/devices/", "/bus/spi/devices/"}) {
+        const std::string all = sysfs + bus;
         for (const std::string& device : entriesOf(all)) {
-            const std::string file = all + device + "/eeprom";
+            const std::string folder = all + device;
+            const std::string file = folder + "/eeprom";
             if (kindOf(file) != FileKind::REGULAR)
                 continue;
             eeproms.push_back(eepromAt(file, "EEPROM"));
-            devices.push_back(resolved(all + device));
+            devices.push_back(resolved(folder));
         }
     }
     const std::string all = sysfs + "/bus/nvmem/devices/";

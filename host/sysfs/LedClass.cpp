@@ -25,9 +25,9 @@ Result<std::string> triggerOf(const std::string& file) {
 
 std::vector<LedEntry> ledsOf(const std::string& sysfs) {
     std::vector<LedEntry> leds;
-    const std::string all = sysfs + "/class/leds";
+    const std::string all = sysfs + "/class/leds/";
     for (const std::string& name : entriesOf(all)) {
-        const std::string folder = all + "/" + name;
+        const std::string folder = all + name;
         leds.push_back({name, folder, readNumber(folder + "/brightness"),
                         readNumber(folder + "/max_brightness"), triggerOf(folder + "/trigger")});
     }

@@ -45,9 +45,9 @@ bool isValue(const std::string& channel, const std::string& attribute,
 
 std::vector<Monitor> monitorsOf(const std::string& sysfs) {
     std::vector<Monitor> monitors;
-    const std::string all = sysfs + "/class/hwmon";
+    const std::string all = sysfs + "/class/hwmon/";
     for (const std::string& entry : entriesOf(all)) {
-        const std::string folder = all + "/" + entry;
+        const std::string folder = all + entry;
         monitors.push_back({folder, linkedName(folder + "/device"), readText(folder + "/name")});
     }
     return monitors;
@@ -71,13 +71,14 @@ std::vector<Sensor> sensorsOf(const Monitor& monitor) {
         const Quantity* const quantity = quantityOf(channel);
         if (!quantity || split == file.size() || !isValue(channel, file.substr(split + 1), files))
             continue;
-        const std::string start = monitor.folder + "/" + channel + "_";
+        const std::string stem = channel + "_";
+        const std::string start = monitor.folder + "/" + stem;
         Sensor sensor{
             file, channel, quantity, std::string(), readNumber(monitor.folder + "/" + file), {}};
-        if (contains(files, channel + "_label"))
+        if (contains(files, stem + "label"))
             sensor.label = readText(start + "label");
         for (const std::string limit : LIMITS)
-            if (contains(files, channel + "_" + limit))
+            if (contains(files, stem + limit))
                 sensor.limits.emplace_back(limit, readNumber(start + limit));
         sensors.push_back(std::move(sensor));
     }
