@@ -64,7 +64,7 @@ std::vector<std::string> namesOf(const board::Profile& profile, board::DeviceKin
 
 std::vector<std::string> chosen(const BoardProfile& board, board::DeviceKind kind,
                                 const std::string& name) {
-    const std::vector<std::string> all = namesOf(board.profile(), kind);
+    std::vector<std::string> all = namesOf(board.profile(), kind);
     const std::string word = board::kindName(kind);
     if (all.empty())
         throw board::Error(board.profilePath() + ": the board has no " + word +

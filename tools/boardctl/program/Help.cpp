@@ -110,7 +110,7 @@ std::string explained(CLI::App& app, const CLI::ParseError& error) {
     if ((dynamic_cast<const CLI::ExtrasError*>(&error) || isQuestion) && !words.empty())
         return "unexpected word '" + words.front() + "'" + imageHint(innermost(app)) +
                board::didYouMean(words.front(), knownOptions(app));
-    const std::string what = error.what();
+    std::string what = error.what();
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error)) {
         const std::string name = what.substr(0, what.find(':'));
         if (what.find("missing") != std::string::npos)
