@@ -10,9 +10,9 @@ namespace board {
 
 namespace {
 
-Result<void> putBack(const std::string& path, const Result<std::string>& found) {
+Result<void> putBackSpeed(const std::string& path, const Result<std::string>& found) {
     if (!found)
-        return Fault{"what it held before is not known: " + found.fault()};
+        return Fault{"the previous speed is not known: " + found.fault()};
     return writeContent(path, *found);
 }
 
@@ -41,10 +41,13 @@ XCode HostedFan::setFanSpeed(FanSpeed speed) {
 }
 
 Result<void> HostedFan::takeOver() {
-    Found found{readContent(m_path), Fault{"there is no file that selects the control"}};
+    Found found{readContent(m_path), std::nullopt};
     if (m_profile.enable) {
-        Result<void> written = withModeFile([&](const std::string& path) {
-            found.mode = readContent(path);
+        Result<void> written = withModeFile([&](const std::string& path) -> Result<void> {
+            const Result<std::string> held = readContent(path);
+            if (!held)
+                return Fault{held.fault()};
+            found.mode = *held;
             return writeContent(path, std::to_string(m_profile.manual) + "\n");
         });
         if (!written)
@@ -97,10 +100,10 @@ Result<void> HostedFan::giveBack() {
 
 /// The speed comes first: some chips accept one only while they are under manual control.
 Result<void> HostedFan::restore(const Found& found) const {
-    const Result<void> speed = putBack(m_path, found.speed);
+    const Result<void> speed = putBackSpeed(m_path, found.speed);
     const Result<void> mode =
-        m_profile.enable
-            ? withModeFile([&](const std::string& path) { return putBack(path, found.mode); })
+        found.mode
+            ? withModeFile([&](const std::string& path) { return writeContent(path, *found.mode); })
             : Result<void>();
     if (!speed && !mode)
         return Fault{speed.fault() + "; " + mode.fault()};

@@ -19,9 +19,9 @@ public:
               std::string path, DeviceLocator locator);
 
     /// As in the base, except for the first speed: before it, remembers what the device and the
-    /// file that selects the control hold, and writes the number for manual control. If that
-    /// number can't be written, nothing is set, the request is not remembered, and `fault` says
-    /// why.
+    /// mode file hold, and writes the number for manual control. If the mode file can't be read or
+    /// written, nothing is set, the request is not remembered, and `fault` says why: a mode that is
+    /// not known could not be given back.
     XCode setFanSpeed(FanSpeed speed) override;
 
     /// Why the last `setFanSpeed` failed before it reached the device; empty otherwise.
@@ -39,7 +39,7 @@ private:
     /// What the files held before the first speed was set.
     struct Found {
         Result<std::string> speed;
-        Result<std::string> mode; ///< a fault if there is no such file
+        std::optional<std::string> mode; ///< empty if the profile names no mode file
     };
 
     template <class Use>
