@@ -27,7 +27,11 @@ using support::WrittenPipe;
 
 namespace {
 
-constexpr unsigned HOUR = 3600U * 1000000U;
+/// Only a stop ends this wait.
+void waitForStop() {
+    constexpr unsigned HOUR = 3600U * 1000000U;
+    TYThread::usleep(HOUR);
+}
 
 /// A thread with its body, and the result that the body returns.
 struct Worker : TYRunnable {
@@ -41,12 +45,12 @@ struct Worker : TYRunnable {
     TYThread thread{"a name of more than fifteen bytes", this}; // destroyed first
 };
 
-/// Waits for an hour in its destructor, then sets a flag. While the stack is unwound the wait must
-/// return early, and must not stop the thread again: that would end the process.
+/// Waits in its destructor, then sets a flag. While the stack is unwound, the wait must return at
+/// once and must not stop the thread again: that would end the process.
 struct Unwound {
     bool& isUnwound;
     ~Unwound() {
-        TYThread::usleep(HOUR);
+        waitForStop();
         isUnwound = true;
     }
 };
@@ -69,7 +73,7 @@ TEST(TYThread, EndsWhereItWaitsAndUnwindsItsStack) {
     const std::pair<const char*, std::function<void()>> waits[] = {
         {"open", [&] { readToEnd(dir.path("silent")); }},
         {"read", [&] { readToEnd(written.path()); }},
-        {"sleep", [] { TYThread::usleep(HOUR); }}};
+        {"sleep", waitForStop}};
     for (const auto& [name, wait] : waits)
         for (const bool isDestroyed : {true, false}) {
             const auto before = openDescriptors();
@@ -122,7 +126,8 @@ TEST(TYThread, IsNotEndedInTheFrameworksWaitsOfHostCode) {
     Worker worker([&](TYThread& self) {
         const auto wait = [&] {
             EXPECT_TRUE(self.stop().isSuccess()); // on the thread itself: only requests the stop
-            TYThread::usleep(1);
+            // The wait takes no time, but could end the thread.
+            TYThread::usleep(0);
             ++finished;
         };
         const Sink sink(wait);
@@ -135,7 +140,7 @@ TEST(TYThread, IsNotEndedInTheFrameworksWaitsOfHostCode) {
         MxMsg reply(0);
         EXPECT_TRUE(channel.connect("waits").isSuccess());
         EXPECT_FALSE(channel.sendReceive(MxMsg(1), reply).isSuccess()) << "not answered";
-        TYThread::usleep(HOUR);
+        waitForStop();
         finished = 0;
     });
     ASSERT_TRUE(worker.thread.start("").isSuccess());
@@ -171,7 +176,7 @@ TEST(TYThread, JoiningReturnsAfterItsTimeoutAndFailsIfItCouldNeverEnd) {
     std::promise<XCode> joinedItself;
     Worker worker([&](TYThread& self) {
         joinedItself.set_value(self.join());
-        TYThread::usleep(HOUR);
+        waitForStop();
     });
     int policy = -1;
     int priority = -1;
@@ -199,7 +204,7 @@ TEST(TYThread, HasItsNameAndItsStackAndBlocksAllSignalsExceptFaults) {
     String trace;
     std::string name;
     Worker worker([&](TYThread& self) {
-        TYThread::usleep(1); // lets one signal in and must block it again
+        TYThread::usleep(0); // takes no time, but unblocks one signal and must block it again
         pthread_sigmask(SIG_SETMASK, nullptr, &inside);
         std::getline(std::ifstream("/proc/thread-self/comm"), name);
         EXPECT_EQ(self.getTid(), ::gettid());

@@ -13,7 +13,7 @@ namespace {
 using namespace support;
 
 /// Observer and event monitor in one, for one event at a time. Each call stops `button` from within
-/// and then waits: the thread goes on only if it can't be ended there.
+/// and then enters a wait of no time: the thread goes on only if it can't be ended there.
 class ServiceButtonTest : public testing::Test,
                           public ServiceButton::Observer,
                           public RTD::Monitor {
@@ -29,7 +29,7 @@ protected:
 
     void tell(const std::string& event, const TYTime& time) {
         EXPECT_TRUE(button.stop().isSuccess());
-        TYThread::usleep(1);
+        TYThread::usleep(0);
         lastTime = std::chrono::seconds(time.seconds) + std::chrono::nanoseconds(time.nanoseconds);
         told.set_value(event);
     }
