@@ -17,8 +17,8 @@ constexpr unsigned MAC_RECORD_BYTES = 8;
 constexpr BD::TagId PRODUCT_TAG = 45;
 constexpr unsigned PRODUCT_BYTES = BD::meaningOf(PRODUCT_TAG).size;
 
-// In these helpers, `tag` is the result of `getTag`: if there is no such tag, it is null and
-// `error` is already set.
+// These helpers take the result of `getTag` as `tag`. A missing tag is null, and then `error` is
+// already set.
 
 XCode wrongSize(String& error) {
     error = CBoardDescr::ERR_WRONG_TAG_SIZE;

@@ -20,8 +20,7 @@ public:
     /// An image file, a pipe, or a device that the user named by its path.
     static DescriptorSource ofFile(const std::string& path);
 
-    /// An image on standard input. It can be loaded once, and there is no file that an edit could
-    /// change.
+    /// An image on standard input. It can be loaded only once and can't be edited.
     static DescriptorSource ofStandardInput();
 
     /// The device that a board's profile names; an ordinary file there is treated as a device too.

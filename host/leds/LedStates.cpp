@@ -48,8 +48,8 @@ const char* LedStates::relayOf(std::size_t index) const {
 
 void LedStates::openPipe(Source& source) {
     if (kindOf(source.path) != FileKind::PIPE) {
-        // If there is no pipe left, the sequencer writes to the file itself: a dim light is better
-        // than none.
+        // If no pipe can be created, the sequencer writes 1 to the file itself: a dim light is
+        // better than none.
         if (source.on != 1 && !source.path.empty() && tryMakePipe(source.pipe, source.writeEnd))
             source.relay = "/proc/self/fd/" + std::to_string(source.pipe.number());
         return;
