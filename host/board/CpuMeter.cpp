@@ -12,7 +12,19 @@ unsigned percent(unsigned short share) {
     return std::min<unsigned>(share, EVERYTHING);
 }
 
+Fault unreadable() {
+    return {std::string(CpuLoad::USAGE_FILE) + ": can't read the processors' times"};
+}
+
 } // namespace
+
+Result<unsigned> cpuLoadSinceBoot() {
+    CpuLoad load; // without `setup`, the first span begins when the system started
+    unsigned short last = 100, mid = 0, longest = 0; // `last` stays if there was no idle time
+    if (!load.measure(last, mid, longest).isSuccess())
+        return unreadable();
+    return percent(last);
+}
 
 CpuMeter::CpuMeter() : m_isSetUp(m_load.setup().isSuccess()) {
     unsigned long idle = 0;
@@ -42,7 +54,7 @@ Result<CpuReading> CpuMeter::next() {
 Fault CpuMeter::restart() {
     m_isSetUp = m_load.setup().isSuccess();
     m_periods = 0;
-    return {std::string(CpuLoad::USAGE_FILE) + ": can't read the processors' times"};
+    return unreadable();
 }
 
 } // namespace board

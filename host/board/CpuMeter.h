@@ -14,6 +14,9 @@ struct CpuReading {
     std::optional<unsigned> longest; ///< over 14 periods, once that many have passed
 };
 
+/// The load since the system started, in percent. Takes one sample, so it does not wait.
+Result<unsigned> cpuLoadSinceBoot();
+
 /// Measures the load of the processors period by period.
 class CpuMeter {
 public:

@@ -100,9 +100,9 @@ std::string toMetrics(const Report& report, bool isSimulated) {
         families.begin("board_sip_legs", "SIP legs that the board may hold at once.");
         families.add("", report.capacity->sipLegs);
     }
-    if (report.cpu && *report.cpu) {
+    if (report.cpuSinceBoot && *report.cpuSinceBoot) {
         families.begin("board_cpu_load_ratio", "Busy share of the processors' time, 0 to 1.");
-        families.add("{span=\"last\"}", (*report.cpu)->last / 100.0);
+        families.add("{span=\"boot\"}", **report.cpuSinceBoot / 100.0);
     }
     return families.text();
 }

@@ -7,7 +7,6 @@
 #include "CResourceVoip.h"
 #include "InfoContainer.h"
 #include "base/Result.h"
-#include "board/CpuMeter.h"
 #include "board/Firmware.h"
 #include "board/Readings.h"
 
@@ -37,8 +36,8 @@ struct Report {
     std::vector<LedReading> leds;
     std::optional<CapacityReport> capacity; ///< empty if there is none or it can't be determined
 
-    // `makeReport` leaves these empty: measuring takes time, and firmware has no driver.
-    std::optional<Result<CpuReading>> cpu;
+    // `makeReport` leaves these empty, because they have no driver.
+    std::optional<Result<unsigned>> cpuSinceBoot; ///< percent
     std::optional<Result<FirmwareInfo>> firmware;
 };
 

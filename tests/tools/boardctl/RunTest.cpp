@@ -107,14 +107,14 @@ $ boardctl --board board.toml info >log
 ! boardctl: driver 'board-descr-driver': board.toml:10: descriptor.device: .: is not a device file (expected a file or a block device)
 ! boardctl: board.toml:21: firmware.info: .: is not a file (expected text lines)
 [1]
-$ json --board board.toml info 2>messages | sed 's/"last": [0-9]*/"last": N/; s/ { "name"/\n&/g'
+$ json --board board.toml info 2>messages | sed 's/"since_boot": [0-9]*/"since_boot": N/; s/ { "name"/\n&/g'
 { "drivers": [
  { "name": "fan", "rows": [ { "level": 0, "index": 0, "key": "fan", "value": "" } ], "error": "board.toml:3: fan[0].device: gone: can't open: No such file or directory" },
  { "name": "Lü", "rows": [ { "level": 0, "index": 0, "key": "Lü", "value": "" } ] },
  { "name": "board-descr-driver", "rows": [ { "level": 0, "index": 0, "key": "Board Descriptor", "value": "" } ], "error": "board.toml:10: descriptor.device: .: is not a device file (expected a file or a block device)" },
  { "name": "resource-driver", "rows": [ { "level": 0, "index": 0, "key": "VoIP Resource", "value": "" }, { "level": 1, "index": 0, "key": "SIP Legs", "value": "0" }, { "level": 1, "index": 0, "key": "Border Controller", "value": "no" } ] } ], "fans": [
  { "name": "fan", "description": "", "speed": null, "error": "board.toml:3: fan[0].device: gone: can't open: No such file or directory" } ], "temperatures": [], "power": [
- { "name": "Lü", "description": "x\u001b[31m\n", "status": 1 } ], "leds": [], "capacity": { "dsp_channels": null, "sip_legs": 0, "error": "the board does not state how many DSP channels it has" }, "cpu": { "last": N }, "firmware": { "version": null, "error": "board.toml:21: firmware.info: .: is not a file (expected text lines)" } }
+ { "name": "Lü", "description": "x\u001b[31m\n", "status": 1 } ], "leds": [], "capacity": { "dsp_channels": null, "sip_legs": 0, "error": "the board does not state how many DSP channels it has" }, "cpu": { "since_boot": N }, "firmware": { "version": null, "error": "board.toml:21: firmware.info: .: is not a file (expected text lines)" } }
 $ printf "[[thermal]]\nname='heat'\ndevice='heat'\nmaximum=85\ndescription='T'\n[[led]]\nname='lamp'\n" >bad.toml
 $ printf "device='gone'\ndescription='S'\n[[power]]\nname='plain'\ndevice='supply'\n[voip]\n" >>bad.toml; echo N/A >heat
 $ boardctl --board bad.toml info 2>messages | sed '/^CPU/,$d'; cat messages

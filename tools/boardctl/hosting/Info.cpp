@@ -1,8 +1,8 @@
-#include <chrono>
 #include <iostream>
 #include <string>
 #include <vector>
 
+#include "board/CpuMeter.h"
 #include "board/Metrics.h"
 #include "board/Report.h"
 #include "output/Json.h"
@@ -13,7 +13,6 @@
 #include "program/Board.h"
 #include "program/Command.h"
 #include "program/Commands.h"
-#include "program/StopSignals.h"
 
 using nlohmann::ordered_json;
 
@@ -44,12 +43,10 @@ ordered_json reportToJson(const board::Report& report) {
                          {"leds", readingsToJson(report.leds)}};
     if (report.capacity)
         json["capacity"] = capacityToJson(*report.capacity);
-    if (report.cpu) {
-        // Two samples make one span.
-        json["cpu"] = {{"last", toJson(*report.cpu)["last"]}};
-        if (!*report.cpu)
-            json["cpu"]["error"] = report.cpu->fault();
-    }
+    if (report.cpuSinceBoot && *report.cpuSinceBoot)
+        json["cpu"] = {{"since_boot", **report.cpuSinceBoot}};
+    else if (report.cpuSinceBoot)
+        json["cpu"] = {{"since_boot", nullptr}, {"error", report.cpuSinceBoot->fault()}};
     if (report.firmware)
         json["firmware"] = toJson(*report.firmware);
     return json;
@@ -64,8 +61,8 @@ int complainOf(const board::Report& report, const board::Host& host) {
     for (const board::DriverReport& driver : report.drivers)
         if (driver.fault)
             faults.push_back("driver '" + driver.name + "': " + *driver.fault);
-    if (report.cpu && !*report.cpu)
-        faults.push_back(report.cpu->fault());
+    if (report.cpuSinceBoot && !*report.cpuSinceBoot)
+        faults.push_back(report.cpuSinceBoot->fault());
     if (report.firmware && !*report.firmware)
         faults.push_back(report.firmware->fault());
     for (const std::string& fault : faults)
@@ -74,15 +71,11 @@ int complainOf(const board::Report& report, const board::Host& host) {
 }
 
 int info(const Options& options) {
-    constexpr auto CPU_SPAN = std::chrono::milliseconds(100);
-    const auto end = StopSignals::Clock::now() + CPU_SPAN;
-    board::CpuMeter meter;
     const Board board(options);
     board::Report report = board::makeReport(board.host());
     if (board.profile().firmware)
         report.firmware = board::readFirmware(*board.profile().firmware);
-    static_cast<void>(StopSignals::waitUntil(end)); // if interrupted, the span is shorter
-    report.cpu = meter.next();
+    report.cpuSinceBoot = board::cpuLoadSinceBoot();
     if (options.json)
         printJson(reportToJson(report));
     else if (options.metrics)

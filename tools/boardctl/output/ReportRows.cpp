@@ -39,9 +39,9 @@ InfoContainer dumpOf(const board::Report& report) {
         addRows(rows, report.temperatures, driver.name.c_str(), "Temperature");
         addRows(rows, report.powers, driver.name.c_str(), "Status");
     }
-    if (report.cpu && *report.cpu) {
+    if (report.cpuSinceBoot && *report.cpuSinceBoot) {
         rows.add(0, 0, "CPU load", "");
-        rows.add(1, 0, "Last 100 ms", toText(*report.cpu).c_str());
+        rows.add(1, 0, "Since boot", (std::to_string(**report.cpuSinceBoot) + " %").c_str());
     }
     if (report.firmware && *report.firmware) {
         rows.add(0, 0, "Firmware", "");
