@@ -86,10 +86,15 @@ const LedCtrl::CmdDef* rowOf(const std::vector<LedCtrl::CmdDef>& rows, const std
     return nullptr;
 }
 
-/// The service's pipe, in a private /tmp. If the machine allows no private /tmp, no pipe is used.
+/// The service's pipe, in a private /tmp. No pipe is used if the machine allows no private /tmp, or
+/// if it would hide the corpus, because the program is below /tmp.
 class Pipe {
 public:
     Pipe() {
+        char program[4096] = {};
+        if (::readlink("/proc/self/exe", program, sizeof program - 1) <= 0 ||
+            std::string(program).rfind("/tmp/", 0) == 0)
+            return;
         if (::unshare(CLONE_NEWNS) != 0 ||
             ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
             ::mount("tmp", "/tmp", "tmpfs", 0, nullptr) != 0)
