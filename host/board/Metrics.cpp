@@ -1,6 +1,10 @@
 #include "board/Metrics.h"
 
+#include <algorithm>
+#include <iomanip>
 #include <sstream>
+
+#include "board/Host.h"
 
 namespace board {
 
@@ -31,9 +35,10 @@ public:
         m_text.precision(7); // the digits of a single-precision number
     }
 
-    void begin(const char* name, const char* help) {
+    void begin(const char* name, const char* help, const char* type = "gauge") {
         m_name = name;
-        m_head = std::string("# HELP ") + name + " " + help + "\n# TYPE " + name + " gauge\n";
+        m_head =
+            std::string("# HELP ") + name + " " + help + "\n# TYPE " + name + " " + type + "\n";
     }
 
     template <class Value>
@@ -58,14 +63,81 @@ private:
     std::ostringstream m_text;
 };
 
+std::string hexLabel(std::uint32_t identifier) {
+    std::ostringstream text;
+    text << "0x" << std::hex << std::setfill('0') << std::setw(4) << identifier;
+    return quoted(text.str());
+}
+
+void addDevices(Families& families, const Host& host, const Report& report) {
+    families.begin("board_device_up", "1 if a device of the board can be used, 0 if not.");
+    for (const Device& device : host.devices()) {
+        const auto driver =
+            std::find_if(report.drivers.begin(), report.drivers.end(),
+                         [&](const DriverReport& any) { return any.name == device.name; });
+        const bool isUp = driver == report.drivers.end() ? !device.fault : !driver->fault;
+        families.add("{kind=" + quoted(kindName(device.kind)) + ",device=" + quoted(device.name) +
+                         "}",
+                     isUp ? 1 : 0);
+    }
+    if (report.firmware)
+        families.add("{kind=\"firmware\",device=\"firmware\"}", *report.firmware ? 1 : 0);
+}
+
+void addIdentity(Families& families, const Report& report) {
+    std::string labels;
+    if (report.platform)
+        labels += "platform=" + hexLabel(*report.platform) + ",";
+    if (report.product)
+        labels += "product=" + hexLabel(*report.product) + ",";
+    if (report.firmware && *report.firmware)
+        labels += "firmware=" + quoted((*report.firmware)->version) + ",";
+    if (labels.empty())
+        return;
+    labels.pop_back();
+    families.begin("board_info",
+                   "Always 1; the labels hold the board's identifiers and firmware version.");
+    families.add("{" + labels + "}", 1);
+}
+
+void addFigures(Families& families, const HostFigures& figures) {
+    families.begin("board_alarm", "1 for each alarm that is in force.");
+    for (const HostFigures::Alarm& alarm : figures.alarms)
+        families.add("{kind=" + quoted(alarm.kind) + ",device=" + quoted(alarm.device) + "}", 1);
+    families.begin("board_host_start_time_seconds",
+                   "When the board's host started, in seconds since 1970.");
+    families.add(
+        "", std::chrono::duration_cast<std::chrono::seconds>(figures.started.time_since_epoch())
+                .count());
+    const auto count = [&](const char* name, const char* help, std::uint64_t value) {
+        families.begin(name, help, "counter");
+        families.add("", value);
+    };
+    count("board_led_lines_total", "Lines from the LED pipe that a row of the table matched.",
+          figures.ledLines);
+    count("board_led_lines_unknown_total", "Lines from the LED pipe that no row matched.",
+          figures.unknownLedLines);
+    count("board_button_presses_total", "Presses of the service button.", figures.buttonPresses);
+    count("board_events_dropped_total", "Events for which the host had no room.",
+          figures.lostEvents);
+}
+
 } // namespace
 
-std::string toMetrics(const Report& report, bool isSimulated) {
+std::string toMetrics(const Host& host, const Report& report, bool isSimulated,
+                      const HostFigures* figures) {
     Families families(isSimulated);
+    addIdentity(families, report);
+    addDevices(families, host, report);
     families.begin("board_temperature_celsius", "Temperature that a sensor of the board reads.");
     for (const TemperatureReading& temperature : report.temperatures)
         if (temperature.value)
             families.add(nameLabel(temperature.name), *temperature.value);
+
+    families.begin("board_temperature_max_celsius",
+                   "Highest temperature that the board's profile allows.");
+    for (const TemperatureReading& temperature : report.temperatures)
+        families.add(nameLabel(temperature.name), temperature.maximum);
 
     families.begin("board_fan_speed_level", "1 for the speed that a fan is in, 0 for the others.");
     for (const FanReading& fan : report.fans)
@@ -104,6 +176,8 @@ std::string toMetrics(const Report& report, bool isSimulated) {
         families.begin("board_cpu_load_ratio", "Busy share of the processors' time, 0 to 1.");
         families.add("{span=\"boot\"}", **report.cpuSinceBoot / 100.0);
     }
+    if (figures)
+        addFigures(families, *figures);
     return families.text();
 }
 

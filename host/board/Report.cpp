@@ -94,6 +94,15 @@ void addCapacity(Report& report, const CResourceVoip& driver, bool isDetermined)
     });
 }
 
+void addIdentity(Report& report, CBoardDescr& descriptor) {
+    String error;
+    unsigned identifier = 0;
+    if (descriptor.getPlatformID(identifier, error).isSuccess())
+        report.platform = identifier;
+    if (descriptor.getProductID(identifier, error).isSuccess())
+        report.product = identifier;
+}
+
 std::optional<std::string> faultIn(const Result<void>& result) {
     return result ? std::nullopt : std::optional(result.fault());
 }
@@ -143,6 +152,8 @@ Report makeReport(const Host& host) {
     }
     for (const Device& device : host.devices())
         addReading(host, report, device);
+    if (host.descriptor() && descriptor)
+        addIdentity(report, *host.descriptor());
     if (host.capacity())
         addCapacity(report, *host.capacity(), static_cast<bool>(capacity));
     return report;

@@ -34,6 +34,8 @@ struct Report {
     std::vector<TemperatureReading> temperatures;
     std::vector<PowerReading> powers;
     std::vector<LedReading> leds;
+    std::optional<unsigned> platform; ///< the identifiers in the descriptor; empty if it has none
+    std::optional<unsigned> product;
     std::optional<CapacityReport> capacity; ///< empty if there is none or it can't be determined
 
     // `makeReport` leaves these empty, because they have no driver.

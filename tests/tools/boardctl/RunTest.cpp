@@ -130,7 +130,12 @@ VoIP Resource
 boardctl: driver 'heat': heat: holds 'N/A' (expected a number of thousandths of a degree)
 boardctl: driver 'lamp': bad.toml:8: led[0].device: gone: can't open: No such file or directory
 boardctl: driver 'resource-driver': FAILED TO GET BOARD-DESCRIPTOR-DRIVER INTERFACE
-$ boardctl --board bad.toml info --format metrics 2>messages | grep -v -e '#' -e cpu; boardctl --board bad.toml run --for 0 2>messages | grep plain
+$ boardctl --board bad.toml info --format metrics | grep -v -e '#' -e cpu; boardctl --board bad.toml run --for 0 2>messages | grep plain
+board_device_up{kind="thermal",device="heat"} 0
+board_device_up{kind="power",device="plain"} 1
+board_device_up{kind="led",device="lamp"} 0
+board_device_up{kind="voip",device="resource-driver"} 0
+board_temperature_max_celsius{name="heat"} 85
 board_power_status{name="plain"} 1
 power 'plain': connected to 'kernel.plain', device file supply
   plain

@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "base/FileReplacement.h"
 #include "board/CpuMeter.h"
 #include "board/Metrics.h"
 #include "board/Report.h"
@@ -13,12 +14,17 @@
 #include "program/Board.h"
 #include "program/Command.h"
 #include "program/Commands.h"
+#include "program/WordChecks.h"
 
 using nlohmann::ordered_json;
 
 namespace boardctl {
 
 namespace {
+
+struct InfoWords {
+    std::string output; ///< empty: standard output
+};
 
 ordered_json capacityToJson(const board::CapacityReport& capacity) {
     ordered_json json = {{"dsp_channels", nullptr}, {"sip_legs", capacity.sipLegs}};
@@ -52,8 +58,8 @@ ordered_json reportToJson(const board::Report& report) {
     return json;
 }
 
-/// Prints a message for everything that the report could not determine. Returns the exit status.
-int complainOf(const board::Report& report, const board::Host& host) {
+/// What the report could not determine.
+std::vector<std::string> faultsIn(const board::Report& report, const board::Host& host) {
     std::vector<std::string> faults;
     for (const board::Device& device : host.devices())
         if (device.kind == board::DeviceKind::PREFERENCES && device.fault) // no driver reports it
@@ -61,35 +67,50 @@ int complainOf(const board::Report& report, const board::Host& host) {
     for (const board::DriverReport& driver : report.drivers)
         if (driver.fault)
             faults.push_back("driver '" + driver.name + "': " + *driver.fault);
-    if (report.cpuSinceBoot && !*report.cpuSinceBoot)
-        faults.push_back(report.cpuSinceBoot->fault());
     if (report.firmware && !*report.firmware)
         faults.push_back(report.firmware->fault());
-    for (const std::string& fault : faults)
-        complain(fault);
-    return faults.empty() ? DONE : FAILED;
+    return faults;
 }
 
-int info(const Options& options) {
+std::string textOf(const board::Report& report, const Options& options, const Board& board) {
+    if (options.json)
+        return jsonText(reportToJson(report));
+    if (options.metrics)
+        return board::toMetrics(board.host(), report, board.isSimulated(), nullptr);
+    return rowsText(dumpOf(report));
+}
+
+int info(const Options& options, const InfoWords& words) {
     const Board board(options);
     board::Report report = board::makeReport(board.host());
     if (board.profile().firmware)
         report.firmware = board::readFirmware(*board.profile().firmware);
     report.cpuSinceBoot = board::cpuLoadSinceBoot();
-    if (options.json)
-        printJson(reportToJson(report));
-    else if (options.metrics)
-        std::cout << board::toMetrics(report, board.isSimulated());
+    const std::string text = textOf(report, options, board);
+    if (words.output.empty())
+        std::cout << text;
     else
-        printRows(dumpOf(report));
-
-    return complainOf(report, board.host());
+        board::replaceFile(words.output, text);
+    std::vector<std::string> faults;
+    if (!options.metrics) // there, a device that is down is a figure
+        faults = faultsIn(report, board.host());
+    if (!*report.cpuSinceBoot)
+        faults.push_back(report.cpuSinceBoot->fault());
+    for (const std::string& fault : faults)
+        complain(fault);
+    return faults.empty() ? DONE : FAILED;
 }
 
 } // namespace
 
 void addInfo(CLI::App& app, Options& options) {
-    addCommand(app, options, "info", "Show everything that the board's drivers report", info);
+    const auto [command, words] = addCommand<InfoWords>(
+        app, options, "info", "Show everything that the board's drivers report", info);
+    command
+        .add_option("-o,--output", words.output,
+                    "Write to FILE, which is replaced as a whole, instead of standard output")
+        ->check(notEmpty())
+        ->option_text("FILE");
 }
 
 } // namespace boardctl

@@ -1,6 +1,7 @@
 #include "output/Json.h"
 
 #include <iostream>
+#include <utility>
 
 #include "program/Board.h"
 
@@ -20,10 +21,14 @@ void markSimulated(ordered_json& json) {
 
 } // namespace
 
-void printJson(ordered_json json, int indent) {
+std::string jsonText(ordered_json json, int indent) {
     if (worksOnSimulatedBoard())
         markSimulated(json);
-    std::cout << json.dump(indent, ' ', false, ordered_json::error_handler_t::replace) << "\n";
+    return json.dump(indent, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
+void printJson(ordered_json json, int indent) {
+    std::cout << jsonText(std::move(json), indent);
 }
 
 } // namespace boardctl

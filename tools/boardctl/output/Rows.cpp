@@ -13,7 +13,7 @@ std::string toStdString(const String& text) {
     return std::string(text.c_str(), text.length());
 }
 
-void printRows(const InfoContainer& rows) {
+std::string rowsText(const InfoContainer& rows) {
     constexpr unsigned INDENT = 2;
     const auto keyOf = [](const InfoContainer::Row& row) {
         return std::string(std::size_t{row.level} * INDENT, ' ') +
@@ -22,14 +22,21 @@ void printRows(const InfoContainer& rows) {
     std::size_t column = 0;
     for (const auto& row : rows.getRows())
         column = std::max(column, board::columnsOf(keyOf(row)));
+    std::string text;
     for (const auto& row : rows.getRows()) {
         const std::string key = keyOf(row);
-        std::cout << key;
-        if (!row.value.isEmpty())
-            std::cout << std::string(column + 2 - board::columnsOf(key), ' ')
-                      << board::printable(toStdString(row.value));
-        std::cout << "\n";
+        text += key;
+        if (!row.value.isEmpty()) {
+            text.append(column + 2 - board::columnsOf(key), ' ');
+            text += board::printable(toStdString(row.value));
+        }
+        text += "\n";
     }
+    return text;
+}
+
+void printRows(const InfoContainer& rows) {
+    std::cout << rowsText(rows);
 }
 
 ordered_json rowsToJson(const InfoContainer& rows) {

@@ -13,6 +13,9 @@ namespace boardctl {
 std::string toStdString(const String& text);
 
 /// For people: indented by level, values in a column.
+std::string rowsText(const InfoContainer& rows);
+
+/// Prints that text on standard output.
 void printRows(const InfoContainer& rows);
 
 nlohmann::ordered_json rowsToJson(const InfoContainer& rows);
