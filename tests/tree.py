@@ -16,7 +16,7 @@ import sys
 FLOORS = [
     ["tools/boardctl"],
     *([f"host/{room}"] for room in
-      ("simulation", "board", "leds", "button", "descriptor", "devices", "profile", "sysfs", "base")),
+      ("snapshot", "simulation", "board", "leds", "button", "descriptor", "devices", "profile", "sysfs", "base")),
     ["drivers/kernel", "drivers/boarddescr", "drivers/resource"],
     ["drivers", "services/led", "services/button", "sysinfo"],
     ["include"],

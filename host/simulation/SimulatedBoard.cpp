@@ -195,7 +195,7 @@ std::string eepromContent() {
     return std::string(std::begin(EEPROM), std::end(EEPROM)) + erased;
 }
 
-void fill(const fs::path& root) {
+void fillUsual(const fs::path& root) {
     makeFolder(root / "dev");
     makeFolder(root / "leds");
     writeFile(root / "dev/fan", "0\n");
@@ -216,6 +216,11 @@ void fill(const fs::path& root) {
 } // namespace
 
 SimulatedBoard SimulatedBoard::create(const std::string& directory) {
+    return create(directory, [](const std::string& root) { fillUsual(root); });
+}
+
+SimulatedBoard SimulatedBoard::create(const std::string& directory,
+                                      const std::function<void(const std::string& root)>& fill) {
     const fs::path root = directory;
     std::error_code error;
     const bool isNew = !fs::exists(root, error);
@@ -229,7 +234,7 @@ SimulatedBoard SimulatedBoard::create(const std::string& directory) {
             (error ? error.message() : "the folder is not empty (expected a new or empty one)"));
 
     try {
-        fill(root);
+        fill(directory);
     } catch (...) {
         for (const fs::path& entry : fs::directory_iterator(root, error))
             fs::remove_all(entry, error);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace board {
@@ -16,6 +17,11 @@ public:
     /// Throws Error with the path and the system's reason. Everything created so far is removed
     /// again.
     static SimulatedBoard create(const std::string& directory);
+
+    /// The same, with `fill` instead of the usual content. `fill` gets the path of the folder, in
+    /// which it must write a profile "board.toml". If it throws, everything is removed again.
+    static SimulatedBoard create(const std::string& directory,
+                                 const std::function<void(const std::string& root)>& fill);
 
     /// The path of the board profile.
     std::string profile() const;

@@ -50,7 +50,7 @@ int runCommandLine(int argc, char** argv) {
         ->check(oneOf({"text", "json", "metrics", "svg"}))
         ->option_text("text|json|metrics|svg");
     app.footer("Global options: --board FILE, --sim, --format FORMAT; see boardctl --help");
-    for (const auto add : {addRun, addInfo, addCheck, addProbe, addFan, addTemp, addPower, addLed,
+    for (const auto add : {addRun, addInfo, addCheck, addProbe, addSnapshot, addFan, addTemp, addPower, addLed,
                            addLeds, addButton, addCpu, addFirmware, addBd, addSim})
         add(app, options);
     // The commands have copied the footer. The main help lists these options anyway.

@@ -12,6 +12,7 @@ void addRun(CLI::App& app, Options& options);
 void addInfo(CLI::App& app, Options& options);
 void addCheck(CLI::App& app, Options& options);
 void addProbe(CLI::App& app, Options& options);
+void addSnapshot(CLI::App& app, Options& options);
 
 void addFan(CLI::App& app, Options& options);
 void addTemp(CLI::App& app, Options& options);

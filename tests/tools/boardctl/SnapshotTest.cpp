@@ -1,0 +1,46 @@
+#include "support/Transcript.h"
+
+using support::expectTranscript;
+using support::TempDir;
+
+TEST(Snapshot, BecomesASimulatedBoardThatHoldsWhatTheBoardHeld) {
+    expectTranscript(TempDir(), R"sh(
+$ mkdir -p real/lamp; cd real; printf 'N/A\n' >heat; printf 7 >speed; printf 5 >mode; printf '\000\055\000\010\022\064\253\315' >eeprom
+$ cd real; echo 1 >lamp/brightness; mkfifo button; printf 'voip.sip-legs = 9\n' >figures
+$ cd real; printf "[[fan]]\nname='cpu'\ndevice='speed'\nmaximum=255\nenable='mode'\n[[thermal]]\nname='a'\ndevice='heat'\nmaximum=85\n" >board.toml
+$ cd real; printf "[[power]]\nname='b'\ndevice='gone'\n[descriptor]\ndevice='eeprom'\nsize=16\n[button]\ndevice='button'\n[voip]\n" >>board.toml
+$ cd real; printf "[preferences]\nfile='figures'\n[leds]\n[[leds.file]]\nmask=1\npath='lamp/brightness'\n" >>board.toml
+$ cd real; printf "[[leds.file]]\nmask=2\npath='led:none'\n[[leds.command]]\nword1='a'\nword2='b'\nmask=1\naction='on'\n" >>board.toml
+$ boardctl --board real/board.toml snapshot -o board.json; boardctl --board real/board.toml snapshot -o - | diff -I time -I since_boot - board.json
+board.json: written; 6 of 8 files of the board could be read
+$ boardctl sim create copy --from board.json && cd copy && ls . dev leds && cat dev/fan0-enable leds/lamp.state && grep -e simul -e lamp board.toml
+created copy/board.toml; try: boardctl --board copy/board.toml info
+.:
+board.toml
+dev
+eeprom.bin
+leds
+preferences
+
+dev:
+button
+fan0
+fan0-enable
+thermal0
+
+leds:
+lamp
+lamp.state
+51simulated = true
+path = 'leds/lamp'
+$ cmp real/eeprom copy/eeprom.bin; for i in real copy; do boardctl --board $i/board.toml info 2>&1 | grep -v 'Since boot' | sed "s,$i/[a-z0-9/.:]*,PATH,"; done | sort | uniq -c | grep -v ' 2 '
+      1 boardctl: driver 'b': PATH power[0].device: copy/dev/power0: can't open: No such file or directory
+      1 boardctl: driver 'b': PATH power[0].device: real/gone: can't open: No such file or directory
+$ for i in '{' '{"profile":{"text":"a=1"},"files":[]}' '{"profile":{"text":""},"files":[{"key":"x","hex":"0"}]}'; do echo "$i" | boardctl sim create no --from -; done; ls no
+! boardctl: standard input: is not JSON (expected a snapshot, as 'boardctl snapshot' writes)
+! boardctl: standard input: its profile: no/board.toml:1: a: unknown key (expected fan, thermal, power, led, descriptor, voip, preferences, button, firmware, leds, simulated)
+! boardctl: standard input: "hex" of x is not hexadecimal (expected a snapshot, as 'boardctl snapshot' writes)
+! ls: cannot access 'no': No such file or directory
+[2]
+)sh");
+}

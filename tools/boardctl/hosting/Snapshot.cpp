@@ -1,0 +1,84 @@
+#include "snapshot/Snapshot.h"
+
+#include <ctime>
+#include <iomanip>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include "base/FileReplacement.h"
+#include "base/Text.h"
+#include "board/CpuMeter.h"
+#include "board/Firmware.h"
+#include "board/Report.h"
+#include "output/Json.h"
+#include "output/Messages.h"
+#include "output/ReportJson.h"
+#include "program/Board.h"
+#include "program/Command.h"
+#include "program/Commands.h"
+#include "program/Help.h"
+#include "program/WordChecks.h"
+#include "snapshot/SnapshotBoard.h"
+
+using nlohmann::ordered_json;
+
+namespace boardctl {
+
+namespace {
+
+struct SnapshotWords {
+    std::string output;
+};
+
+/// The current time, such as "2026-11-22T10:00:00Z".
+std::string timeText() {
+    const std::time_t now = std::time(nullptr);
+    std::tm fields{};
+    std::ostringstream text;
+    text << std::put_time(gmtime_r(&now, &fields), "%Y-%m-%dT%H:%M:%SZ");
+    return text.str();
+}
+
+int snapshot(const Options& options, const SnapshotWords& words) {
+    const Board board(options);
+    board::Report report = board::makeReport(board.host());
+    report.cpuSinceBoot = board::cpuLoadSinceBoot();
+    if (board.profile().firmware)
+        report.firmware = board::readFirmware(*board.profile().firmware);
+    const auto files = board::snapshotFiles(board.profile(), board.host().locator());
+
+    ordered_json json = {{"snapshot", 1}, {"boardctl", BOARDCTL_VERSION}, {"time", timeText()}};
+    json.update(board::toJson(board.profilePath(), files));
+    json["report"] = reportToJson(report);
+    const std::string text = jsonText(json);
+    if (words.output == "-") {
+        std::cout << text;
+        return DONE;
+    }
+    board::replaceFile(words.output, text);
+    std::size_t unread = 0;
+    for (const board::SnapshotFile& file : files)
+        unread += file.content ? 0U : 1U;
+    std::cout << board::printable(words.output) << ": written; " << files.size() - unread << " of "
+              << files.size() << " files of the board could be read\n";
+    return DONE;
+}
+
+} // namespace
+
+void addSnapshot(CLI::App& app, Options& options) {
+    const auto [command, words] = addCommand<SnapshotWords>(
+        app, options, "snapshot",
+        "Write what the board is and holds to one JSON file, for somebody without the board",
+        snapshot);
+    command.add_option("-o,--output", words.output, "The file, which is replaced; - prints it")
+        ->check(notEmpty())
+        ->option_text("FILE")
+        ->required();
+    addExamples(command,
+                {"snapshot -o board.json",
+                 "sim create DIR --from board.json     make a copy of the board elsewhere"});
+}
+
+} // namespace boardctl
