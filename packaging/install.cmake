@@ -47,11 +47,16 @@ install(TARGETS boardctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT b
 file(RELATIVE_PATH up_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
 set_target_properties(boardctl PROPERTIES
     INSTALL_RPATH "$ORIGIN/${up_from_bin};$ORIGIN/${up_from_bin}/boarddrivers")
-configure_file(packaging/boardctl.service.in boardctl.service @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/boardctl.service
-    DESTINATION lib/systemd/system COMPONENT boardctl)
-install(FILES packaging/linux-board.toml
-    DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT boardctl)
+install(CODE "
+    set(folder ${CMAKE_CURRENT_SOURCE_DIR}/packaging/systemd)
+    set(made ${CMAKE_BINARY_DIR}/systemd)
+    set(bin ${CMAKE_INSTALL_BINDIR})" COMPONENT boardctl)
+install(SCRIPT packaging/systemd/units.cmake COMPONENT boardctl)
+set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/boardctl)
+install(FILES packaging/linux-board.toml DESTINATION ${documents}/examples COMPONENT boardctl)
+file(GLOB guides docs/*-guide.md docs/operations.md docs/descriptor.md docs/leds.md docs/*.svg
+    docs/kernel-notes.md)
+install(FILES ${guides} DESTINATION ${documents} COMPONENT boardctl)
 
 # The manual page and the completions are generated from boardctl's help.
 if(BOARD_MAN)
@@ -63,6 +68,13 @@ if(BOARD_MAN)
         DEPENDS boardctl packaging/man.sh)
     add_custom_target(man ALL DEPENDS ${page})
     install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT boardctl)
+    find_program(GZIP gzip REQUIRED)
+    set(profile_page ${CMAKE_BINARY_DIR}/board.toml.5.gz)
+    add_custom_command(OUTPUT ${profile_page}
+        COMMAND ${GZIP} -9 -n -c ${CMAKE_CURRENT_SOURCE_DIR}/packaging/board.toml.5 >${profile_page}
+        DEPENDS packaging/board.toml.5)
+    add_custom_target(profile_page ALL DEPENDS ${profile_page})
+    install(FILES ${profile_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 COMPONENT boardctl)
 
     find_program(PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
     set(completions ${CMAKE_BINARY_DIR}/completions)

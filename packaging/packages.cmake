@@ -66,4 +66,8 @@ if(runtime)
 endif()
 file(WRITE ${CMAKE_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_GROUP_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/triggers)
+set(CPACK_DEBIAN_BOARDCTL_GROUP_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/postinst
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/prerm
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/postrm)
 include(CPack)

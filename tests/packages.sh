@@ -30,11 +30,20 @@ dpkg --root="$root" --force-not-root --force-depends --force-architecture --forc
     --log="$root/log" --install "${packages[@]}" >"$build/dpkg.log" 2>&1 || fail "dpkg failed: $(cat "$build/dpkg.log")"
 report=$("${emulator[@]}" "$root/usr/bin/boardctl" --sim info) || fail "boardctl info failed"
 grep -q MacAddress <<<"$report" || fail "boardctl info printed '$report'"
-gzip -dc "$root/usr/share/man/man1/boardctl.1.gz" | man --warnings -l - >/dev/null || fail "man rejects the manual page"
+for page in man1/boardctl.1 man5/board.toml.5; do
+    warnings=$(gzip -dc "$root/usr/share/man/$page.gz" | man --warnings -l - 2>&1 >/dev/null || echo failed)
+    [[ -z $warnings ]] || fail "man rejects the manual page $page: $warnings"
+done
+
+# A unit must name the program of this installation.
+sed -n 's/^Exec[A-Za-z]*=-\{0,1\}\([^ ]*\) .*/\1/p' "$root"/usr/lib/systemd/system/*.service >"$root/programs"
+while read -r program; do
+    [[ -x $root$program ]] || fail "a unit starts $program, which is not installed"
+done <"$root/programs"
 
 library=$(find "$root" -name libboarddrivers.so.1)
 for file in "${library%.1}" "$root/usr/include/boarddrivers/CBoardDescr.h" \
-    "$root/usr/lib/systemd/system/boardctl.service" "$root/usr/share/bash-completion/completions/boardctl" \
+    "$root/etc/boarddrivers" "$root/usr/share/doc/boardctl/board-guide.md" "$root/usr/share/bash-completion/completions/boardctl" \
     "$root/usr/share/zsh/vendor-completions/_boardctl"; do
     [[ -e $file ]] || fail "there is no $file"
 done

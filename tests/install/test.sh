@@ -39,6 +39,11 @@ expect "boardctl 1.0.0" "$boardctl" --version
 image=$work/board/eeprom.bin
 product="product abcd "
 
+# The units must name the installed program. The trailing colon adds systemd's own units.
+faults=$(SYSTEMD_UNIT_PATH=$prefix/lib/systemd/system: systemd-analyze verify --man=no boardctl.service \
+    boardctl-metrics.service boardctl-metrics.timer boardctl-button-bridge@event0.service 2>&1 || echo failed)
+[[ -z $faults ]] || fail "systemd rejects a unit: $faults"
+
 # With CMake, which finds the library through the prefix alone.
 build_with "$work/cmake" "$source/tests/install" -DCMAKE_PREFIX_PATH="$prefix"
 expect "$product" "$work/cmake/consumer" "$image"
