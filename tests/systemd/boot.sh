@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Makes a copy of this machine's root, installs packages there and becomes its systemd. Runs as the
+# first process in namespaces of its own: tests/systemd/boot.sh PACKAGES WORK
+set -euo pipefail
+
+packages=$1
+work=$2
+
+mount -t tmpfs tmpfs "$work"
+mkdir "$work/upper" "$work/work" "$work/root"
+# What is written goes to `upper`.
+mount -t overlay overlay -o "lowerdir=/,upperdir=$work/upper,workdir=$work/work" "$work/root"
+root=$work/root
+mount -t proc proc "$root/proc"
+mount --rbind /sys "$root/sys"
+mount -t tmpfs tmpfs "$root/sys/fs/cgroup"
+mount -t cgroup2 none "$root/sys/fs/cgroup"
+mount --rbind /dev "$root/dev"
+mount -t tmpfs tmpfs "$root/run"
+mount -t tmpfs tmpfs "$root/tmp"
+mkdir -p "$root/run/packages" "$root/run/systemd/system"
+cp "$packages"/*.deb "$root/run/packages"
+# Starts nothing of this machine but the journal.
+printf '[Unit]\nWants=systemd-journald.service\n' >"$root/run/systemd/system/test.target"
+
+chroot "$root" sh -c 'dpkg --install /run/packages/*.deb'
+chroot "$root" boardctl sim create /run/board
+# The service reads its own profile, so paths that are relative to the simulated board's must name it.
+mkdir -p "$root/etc/boarddrivers"
+sed 's,^\(device\|path\|file\|info\) = ",&/run/board/,' "$root/run/board/board.toml" \
+    >"$root/etc/boarddrivers/board.toml"
+exec chroot "$root" env -i container=test PATH=/usr/sbin:/usr/bin:/sbin:/bin \
+    /lib/systemd/systemd --system --unit=test.target --show-status=0
