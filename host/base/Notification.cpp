@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 
 #include "base/Error.h"
@@ -33,6 +34,13 @@ void notifyInitSystem(const std::string& state) {
                                     reinterpret_cast<const sockaddr*>(&address), size) >= 0;
     if (!sent)
         throw Error(std::string("NOTIFY_SOCKET: ") + path + ": " + reasonOf(errno));
+}
+
+bool isJournal(int descriptor) {
+    const char* const named = std::getenv("JOURNAL_STREAM");
+    struct stat status {};
+    return named && ::fstat(descriptor, &status) == 0 &&
+           std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) == named;
 }
 
 } // namespace board

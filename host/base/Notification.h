@@ -9,4 +9,8 @@ namespace board {
 /// or empty. Throws Error if the message can't be sent.
 void notifyInitSystem(const std::string& state);
 
+/// Whether what is written to the open file goes to the init system's journal, which takes "<3>" at
+/// the start of a line for the priority of an error. The variable JOURNAL_STREAM names that file.
+bool isJournal(int descriptor);
+
 } // namespace board

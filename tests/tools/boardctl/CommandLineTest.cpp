@@ -52,6 +52,9 @@ boardctl: there is no option '--formt'; did you mean '--format'?
 boardctl: there is no option '--nmae'; did you mean '--name'?
 boardctl: there is no option '-a' (put -- before words that begin with a dash)
 boardctl: --board: the value is missing
+$ >journal; JOURNAL_STREAM=`stat -c %d:%i journal` boardctl nosuch 2>journal; head -1 journal; JOURNAL_STREAM=1:2 wrong nosuch
+<3>boardctl: there is no command 'nosuch'
+boardctl: there is no command 'nosuch'
 $ wrong --board '' info
 boardctl: --board: is empty
 $ for i in 'info --format xml' 'fan --format metrics' 'leds check --format svg'; do wrong $i; done

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "base/File.h"
+#include "base/Notification.h"
 #include "base/Text.h"
 #include "program/StopSignals.h"
 
@@ -52,7 +53,8 @@ int OutputWatch::sync() {
 void complain(const std::string& what) {
     if (!StopSignals::waitWritable(STDERR_FILENO))
         return;
-    std::cerr << "boardctl: " << board::printable(what) << "\n";
+    static const bool isJournal = board::isJournal(STDERR_FILENO);
+    std::cerr << (isJournal ? "<3>boardctl: " : "boardctl: ") << board::printable(what) << "\n";
 }
 
 bool flushOutput() {
