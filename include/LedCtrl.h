@@ -87,6 +87,19 @@ public:
         bool endless;            ///< a roll without a time
     };
 
+    /// What the sequencer shows and why. The numbers are copies; the references show later changes
+    /// too.
+    struct View {
+        std::uint32_t steadyMask; ///< lit steadily, unless an action owns them
+        std::uint32_t blinkMask;  ///< blinking, unless an action owns them
+        std::uint32_t flashMask;  ///< lit in the next tick only, unless an action owns them
+        std::uint32_t actionMask; ///< owned by actions, which hide the states above
+        const std::list<ActionDesc>& actions;                ///< the oldest first
+        const std::map<std::int32_t, const CmdDef*>& groups; ///< the last row of each group
+        std::int32_t phase;                                  ///< what blinks is lit if bit 0 is set
+        std::uint32_t phaseCount; ///< ticks since the blink pattern was loaded, 0 to 32
+    };
+
     /// Starts the service. `tickMs` is the pause between two ticks in milliseconds. It is converted
     /// to microseconds in 32 bits; if that yields 0, the constructor logs an error and starts no
     /// thread. If the thread can't be created, the constructor logs nothing and the LEDs stay as
@@ -172,6 +185,10 @@ protected:
     void removeRollAction(const CmdDef& cmd);
     /// Ends all actions and runs the default rows.
     void setupDefault();
+
+    /// The present state. Only on the LED thread, or while there is none; valid as long as the
+    /// object.
+    View view() const;
 
 private:
     bool isOnLedThread() const;

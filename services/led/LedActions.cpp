@@ -241,3 +241,8 @@ void LedCtrl::setupDefault() {
         if (m_commands[i].isDefault)
             execute(m_commands[i], true);
 }
+
+LedCtrl::View LedCtrl::view() const {
+    return {m_steadyMask, m_blinkMask, m_flashMask, m_actionMask,
+            m_actions,    m_groups,    m_phase,     m_phaseCount};
+}
