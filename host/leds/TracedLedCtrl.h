@@ -1,0 +1,73 @@
+#pragma once
+
+#include <functional>
+#include <list>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "LedCtrl.h"
+#include "leds/LedTrace.h"
+
+namespace board {
+
+/// A table's rows without their default marks. A base class, so that they exist before the
+/// sequencer does.
+struct UnmarkedLedRows {
+    explicit UnmarkedLedRows(const LedTable& table);
+    std::vector<LedCtrl::CmdDef> m_rows;
+};
+
+/// The library's sequencer, which can also explain what it shows. It does the same in each tick,
+/// but runs the default rows itself, one by one, because it has to see what each of them changes.
+///
+/// Everything except `explain` belongs to the LED thread, or to the only thread if none is started.
+class TracedLedCtrl : private UnmarkedLedRows, public LedCtrl {
+public:
+    /// Does not start the thread. The tables must outlive the object.
+    TracedLedCtrl(const LedSequencerProfile& profile, const LedTable& table,
+                  const std::vector<FileNameMap>& files);
+
+    /// One explanation for each LED of the table, in its order, as of the last tick. Any thread.
+    std::vector<LedExplanation> explain() const;
+
+protected:
+    /// Runs the default rows, as the service does when it starts.
+    void runDefaults(const TYTime& now);
+    /// Runs the row that `line` names. False if there is none.
+    bool handle(char* line, const TYTime& now);
+    /// Advances everything by one tick and shows the result.
+    void tick();
+
+    /// What is held without a time, in the order of execution. A default row's roll is left out if
+    /// no line names the row.
+    std::vector<LedHold> holds() const;
+    /// True if the result of `holds` may have changed since the last call.
+    bool hasChanged() { return std::exchange(m_hasChanged, false); }
+    /// Holds again what `holds` returned before the service was restarted. Call it after
+    /// `runDefaults`, with the same table.
+    void restore(const std::vector<LedHold>& holds);
+    /// The same if the table has changed since: runs the rows that hold without a time. Calls
+    /// `drop` with each line that no row matches.
+    void rerun(const std::vector<LedHold>& holds, const std::function<void(const LedHold&)>& drop);
+
+private:
+    LedTrace::Run newRun(const CmdDef& row, LedRun::Origin origin, const std::string& line,
+                         const TYTime& since);
+    void runDefaultRows(LedRun::Origin origin, const std::string& line, const TYTime& now);
+    void traceWhile(const CmdDef& row, const LedTrace::Run& run, const std::function<void()>& act);
+    /// Executes a row that is not in the table and in no group.
+    void executeApart(CmdDef row, const LedTrace::Run& run);
+    void setMasks(const LedTrace::Masks& masks);
+
+    const LedSequencerProfile& m_profile;
+    const LedTable& m_table;
+    std::list<CmdDef> m_apart; ///< at addresses that don't change
+    std::uint64_t m_runs = 0;
+    bool m_hasChanged = true;
+    LedTrace m_trace;
+    mutable std::mutex m_mutex; ///< guards the copy
+    LedTrace m_lastTick;        ///< a copy for other threads
+};
+
+} // namespace board

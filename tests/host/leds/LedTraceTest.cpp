@@ -1,0 +1,157 @@
+#include "leds/LedTrace.h"
+
+#include <random>
+#include <set>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "host/leds/LedModel.h"
+#include "leds/TracedLedCtrl.h"
+
+namespace {
+
+using Random = std::mt19937;
+
+unsigned below(Random& random, unsigned limit) {
+    return static_cast<unsigned>(random() % limit);
+}
+
+/// The library's engine as it is, ticked by hand.
+class Plain : public LedCtrl {
+public:
+    explicit Plain(const std::vector<CmdDef>& rows)
+        : LedCtrl(rows.data(), static_cast<unsigned>(rows.size()), nullptr, 0, ACCESS_NONE, 100,
+                  0x5A0FF0A5, NotStarted()) {}
+    using LedCtrl::handleCmd, LedCtrl::nextOutput, LedCtrl::setupDefault;
+};
+
+class Traced : public board::TracedLedCtrl {
+public:
+    Traced(const board::LedSequencerProfile& profile, const board::LedTable& table)
+        : TracedLedCtrl(profile, table, {}) {}
+    using TracedLedCtrl::handle, TracedLedCtrl::holds, TracedLedCtrl::rerun, TracedLedCtrl::restore;
+    using TracedLedCtrl::runDefaults, TracedLedCtrl::tick;
+
+    /// What it shows without a time.
+    std::string state() const {
+        std::ostringstream text;
+        text << std::hex << view().steadyMask << " " << view().blinkMask;
+        std::multiset<std::string> rolls;
+        for (const ActionDesc& action : view().actions)
+            if (action.endless)
+                rolls.insert(action.cmd->word2);
+        for (const std::string& roll : rolls)
+            text << " " << roll;
+        return text.str();
+    }
+};
+
+/// A table in which anything may happen, over seven LEDs of six bits.
+board::LedSequencerProfile randomTable(Random& random, bool hasNegativeTimes) {
+    board::LedSequencerProfile profile;
+    profile.access = LedCtrl::ACCESS_NONE;
+    profile.blinkPattern = 0x5A0FF0A5;
+    for (const std::uint32_t mask : {1U, 2U, 4U, 8U, 16U, 0x80000000U, 0x80000006U})
+        profile.files.push_back({static_cast<std::int32_t>(mask), {"led", ""}, 1});
+    const std::int32_t times[] = {0, 0, 0, 100, 250, 700, hasNegativeTimes ? -500 : 0};
+    const std::uint32_t masks[] = {1, 2, 3, 6, 8, 12, 0x1F, 0x80000001, 0x80000000};
+    for (unsigned row = 2 + below(random, 11); row > 0; --row)
+        profile.commands.push_back(
+            {below(random, 2) != 0 ? "a" : "b", "r" + std::to_string(row), 0,
+             masks[below(random, 9)], static_cast<LedCtrl::ActionKind>(below(random, 9)),
+             static_cast<std::int32_t>(below(random, 4)) - 1, times[below(random, 7)],
+             below(random, 4) == 0, "place " + std::to_string(row)});
+    return profile;
+}
+
+/// A line of the table, or one that matches no row.
+std::string randomLine(Random& random, const board::LedSequencerProfile& profile) {
+    const auto& row = profile.commands[below(random, unsigned(profile.commands.size()))];
+    return row.word1 + " " + row.word2 + (below(random, 9) == 0 ? " 1" : "");
+}
+
+std::string textOf(const board::LedCause& cause, const board::LedSequencerProfile& profile) {
+    const auto& row = profile.commands[cause.run.row];
+    EXPECT_EQ(cause.words, row.word1 + " " + row.word2 + " 0");
+    EXPECT_EQ(cause.place, row.place);
+    return "row " + std::to_string(cause.run.row) + ", line '" +
+           (cause.run.isDefault() ? "default " : "") + cause.run.line + "', tick " +
+           std::to_string(cause.run.since.seconds) + ", left " +
+           (cause.ticksLeft ? std::to_string(*cause.ticksLeft) : "-") +
+           (cause.isShown ? "\n" : ", hidden\n");
+}
+
+std::string textOf(const board::LedExplanation& led, const board::LedSequencerProfile& profile) {
+    std::string text = led.driver ? textOf(*led.driver, profile) : "";
+    for (const board::LedCause& cause : led.covers)
+        text += textOf(cause, profile);
+    return text;
+}
+
+} // namespace
+
+TEST(LedTrace, ExplainsRandomTablesAsAModelDoesAndShowsWhatTheLibraryShows) {
+    for (unsigned seed = 0; seed < 1000; ++seed) {
+        Random random(seed);
+        const board::LedSequencerProfile profile = randomTable(random, true);
+        const board::LedTable table(profile);
+        support::LedModel model(table.commands());
+        Plain plain(table.commands());
+        Traced traced(profile, table);
+        plain.setupDefault();
+        model.runDefaults("");
+        traced.runDefaults(TYTime());
+        const unsigned look = 40 + below(random, 20); // after the blink pattern was loaded
+        for (unsigned tick = 0; tick < look + 10; ++tick) {
+            for (unsigned lines = below(random, 4); tick != 0 && lines > 1; --lines) {
+                std::string line = randomLine(random, profile);
+                const auto row = std::find_if(
+                    profile.commands.begin(), profile.commands.end(),
+                    [&](const auto& each) { return each.word1 + " " + each.word2 == line; });
+                plain.handleCmd(line.data());
+                EXPECT_EQ(traced.handle(line.data(), TYTime(tick, 0)),
+                          row != profile.commands.end());
+                if (row != profile.commands.end())
+                    model.run(std::size_t(row - profile.commands.begin()), line);
+            }
+            const std::uint32_t output = plain.nextOutput();
+            model.tick();
+            traced.tick();
+            if (tick % 7 != seed % 7)
+                continue;
+            for (const board::LedExplanation& led : traced.explain()) {
+                ASSERT_EQ(led.isLit, (output & led.mask) != 0)
+                    << "table " << seed << ", tick " << tick << ", LED " << led.mask;
+                ASSERT_EQ(textOf(led, profile), model.holders(led.mask))
+                    << "table " << seed << ", tick " << tick << ", LED " << led.mask;
+            }
+        }
+    }
+}
+
+TEST(LedTrace, HoldsAgainAfterARestartWhatHeldWithoutATime) {
+    for (unsigned seed = 0; seed < 1000; ++seed) {
+        Random random(seed);
+        const board::LedSequencerProfile profile = randomTable(random, false);
+        const board::LedTable table(profile);
+        Traced before(profile, table), after(profile, table);
+        before.runDefaults(TYTime());
+        for (unsigned tick = 1; tick < 30; ++tick) {
+            std::string line = randomLine(random, profile);
+            if (below(random, 3) != 0)
+                before.handle(line.data(), TYTime(tick, 0));
+            before.tick();
+        }
+        const std::vector<board::LedHold> holds = before.holds();
+        after.runDefaults(TYTime(99, 0));
+        after.restore(holds);
+        std::string lines, linesAfter;
+        for (const board::LedHold& hold : holds)
+            lines += hold.line + "@" + std::to_string(hold.since.seconds) + ",";
+        for (const board::LedHold& hold : after.holds())
+            linesAfter += hold.line + "@" + std::to_string(hold.since.seconds) + ",";
+        ASSERT_EQ(after.state(), before.state()) << "table " << seed << ": " << lines;
+        ASSERT_EQ(linesAfter, lines) << "table " << seed;
+    }
+}
