@@ -20,7 +20,7 @@ struct ButtonReleased {
     std::optional<TYTime> heldFor; ///< empty if the press was not seen
 };
 
-/// A line that came through the LED pipe.
+/// A line that came through the LED pipe and runs a row of the table.
 struct LedCommand {
     std::string line;
 };
@@ -40,10 +40,38 @@ struct LogLine {
     std::string text;
 };
 
+/// A line that came through the LED pipe and that no row of the table matches.
+struct LedCommandUnknown {
+    std::string line;
+};
+
+/// The LED pipe was removed or replaced, so no lines arrive.
+struct LedPipeGone {
+    std::string reason; ///< with the path
+};
+
+/// Lines are read from the LED pipe again.
+struct LedPipeBack {
+    std::string writers; ///< who may write, in words
+};
+
+/// The sequencer can't drive an LED any more.
+struct LedFileGone {
+    std::string name;
+    std::string reason; ///< with the path
+};
+
+/// The sequencer drives the LED again.
+struct LedFileBack {
+    std::string name;
+};
+
 } // namespace event
 
-using Event = std::variant<event::ButtonPressed, event::ButtonReleased, event::LedCommand,
-                           event::LedChanged, event::FaultReport, event::LogLine>;
+using Event =
+    std::variant<event::ButtonPressed, event::ButtonReleased, event::LedCommand, event::LedChanged,
+                 event::FaultReport, event::LogLine, event::LedCommandUnknown, event::LedPipeGone,
+                 event::LedPipeBack, event::LedFileGone, event::LedFileBack>;
 
 /// Carries events from the services' threads to the thread that handles them.
 class EventQueue {

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <optional>
+#include <string>
 #include <utility>
+
+#include <sys/types.h>
 
 namespace board {
 
@@ -33,5 +37,23 @@ public:
 private:
     int m_number = -1;
 };
+
+/// What a path leads to. While a file is open, no other file has its identity.
+struct FileIdentity {
+    dev_t device;
+    ino_t number;
+
+    friend bool operator==(const FileIdentity& a, const FileIdentity& b) {
+        return a.device == b.device && a.number == b.number;
+    }
+    friend bool operator!=(const FileIdentity& a, const FileIdentity& b) { return !(a == b); }
+};
+
+///@{
+/// Empty if it can't be examined; the reason is then in `errno`. The path's symbolic links are
+/// followed.
+std::optional<FileIdentity> tryIdentify(const std::string& path);
+std::optional<FileIdentity> tryIdentify(const FileDescriptor& file);
+///@}
 
 } // namespace board

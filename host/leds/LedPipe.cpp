@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -15,6 +17,10 @@
 namespace board {
 
 namespace {
+
+constexpr char NOT_A_PIPE[] = "is not a pipe (expected a pipe or no file: remove it)";
+/// After so many looks, a claim is tried again on what was rejected: its mode may have changed.
+constexpr unsigned LOOKS_PER_TRY = 16;
 
 [[noreturn]] void fail(const std::string& what) {
     throw Error(std::string(LED_PIPE) + ": " + what);
@@ -29,6 +35,11 @@ FileDescriptor tryOpenPipe(int flags) {
     return tryOpen(LED_PIPE, flags | O_NONBLOCK);
 }
 
+[[noreturn]] void failAsInUse() {
+    throw LedPipeInUse(std::string(LED_PIPE) +
+                       ": the pipe is in use: another LED service reads it");
+}
+
 void checkWord(const std::string& word) {
     if (word.empty())
         throw std::invalid_argument("an empty word can't be sent");
@@ -41,8 +52,14 @@ void checkWord(const std::string& word) {
             "' can't be sent (expected one without blanks and control characters)");
 }
 
-std::string writersOf(const FileDescriptor& pipe) {
-    const mode_t permissions = permissionsOf(pipe);
+/// What the path's mode allows; nothing if it can't be examined.
+mode_t permissionsOfPipe() {
+    std::error_code error;
+    const auto status = std::filesystem::status(LED_PIPE, error);
+    return error ? 0 : static_cast<mode_t>(status.permissions());
+}
+
+std::string writersOf(mode_t permissions) {
     if ((permissions & S_IWOTH) != 0)
         return "everybody";
     return (permissions & S_IWGRP) != 0 ? "its owner and group" : "its owner alone";
@@ -68,16 +85,24 @@ std::string ledLine(const std::string& word1, const std::string& word2,
 }
 
 void sendLedLine(const std::string& line) {
+    const FileKind kind = kindOf(std::string(LED_PIPE));
+    if (kind == FileKind::MISSING) {
+        if (errno == ENOENT)
+            fail("there is no such pipe: no LED service is running (`boardctl run` starts one)");
+        failWithReason("can't examine the pipe");
+    }
+    if (kind != FileKind::PIPE)
+        fail(NOT_A_PIPE);
     const FileDescriptor pipe = tryOpenPipe(O_WRONLY);
     if (!pipe.isOpen()) {
-        if (errno == ENOENT)
-            fail("there is no such pipe: no LED service has run here (`boardctl run` starts one)");
         if (errno == ENXIO)
             fail("nobody reads the pipe: no LED service is running (`boardctl run` starts one)");
+        if (errno == EACCES)
+            fail("no permission to write: " + writersOf(permissionsOfPipe()) + " may");
         failWithReason("can't open the pipe");
     }
     if (kindOf(pipe) != FileKind::PIPE)
-        fail("is not a pipe");
+        fail(NOT_A_PIPE);
     const std::string bytes = line + "\n";
     const ssize_t written = tryWrite(pipe, bytes.data(), bytes.size());
     if (written < 0 && errno == EAGAIN)
@@ -93,16 +118,76 @@ LedPipeClaim::LedPipeClaim() {
     {
         const FileDescriptor writer = tryOpenPipe(O_WRONLY);
         if (writer.isOpen() && kindOf(writer) == FileKind::PIPE)
-            fail("the pipe is in use: another LED service reads it");
+            failAsInUse();
     }
     m_reader = tryOpenPipe(O_RDONLY);
     if (!m_reader.isOpen())
         failWithReason("can't open the pipe");
     if (kindOf(m_reader) != FileKind::PIPE)
-        fail("is not a pipe (expected a pipe or no file)");
+        fail(NOT_A_PIPE);
     if (!tryLock(m_reader))
-        fail("the pipe is in use: another LED service reads it");
-    m_writers = writersOf(m_reader);
+        failAsInUse();
+    m_writer = tryOpenPipe(O_WRONLY);
+    m_identity = tryIdentify(m_reader);
+    m_writers = writersOf(permissionsOf(m_reader));
+}
+
+std::optional<std::string> LedPipeClaim::loss() const {
+    const std::optional<FileIdentity> found = tryIdentify(LED_PIPE);
+    if (!found)
+        return std::string(LED_PIPE) +
+               (errno == ENOENT ? ": was removed" : ": can't be examined: " + reasonOf(errno));
+    if (found == m_identity)
+        return std::nullopt;
+    return std::string(LED_PIPE) + ": was replaced";
+}
+
+LedPipeKeeper::LedPipeKeeper(EventQueue& events) : m_events(events) {
+    try {
+        m_claim.emplace();
+    } catch (const LedPipeInUse& error) {
+        m_fault = error.what();
+        m_isLeftToOthers = true;
+    } catch (const Error& error) {
+        m_fault = error.what();
+        m_rejected = tryIdentify(LED_PIPE);
+    }
+}
+
+std::optional<std::string> LedPipeKeeper::writers() const {
+    return m_fault ? std::nullopt : std::optional(m_claim->writers());
+}
+
+bool LedPipeKeeper::look() {
+    if (m_isLeftToOthers)
+        return false;
+    std::optional<std::string> loss;
+    if (m_claim && !(loss = m_claim->loss())) {
+        if (m_fault) { // somebody has put the claimed pipe back
+            m_fault.reset();
+            m_events.push(event::LedPipeBack{m_claim->writers()});
+        }
+        return false;
+    }
+    if (m_fault && m_rejected == tryIdentify(LED_PIPE) && ++m_looks % LOOKS_PER_TRY != 0)
+        return false;
+    std::string fault;
+    try {
+        LedPipeClaim claim;
+        if (!m_fault)
+            m_events.push(event::LedPipeGone{loss.value()});
+        m_claim = std::move(claim);
+        m_fault.reset();
+        m_events.push(event::LedPipeBack{m_claim->writers()});
+        return true;
+    } catch (const Error& error) {
+        fault = error.what();
+    }
+    m_rejected = tryIdentify(LED_PIPE);
+    if (m_fault != fault)
+        m_events.push(event::LedPipeGone{fault});
+    m_fault = fault;
+    return false;
 }
 
 std::optional<std::string> ledPipeRisk() {

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "base/Error.h"
+#include "base/Events.h"
 #include "base/FileDescriptor.h"
 
 namespace board {
@@ -22,24 +24,63 @@ std::string ledLine(const std::string& word1, const std::string& word2,
                     std::optional<std::int32_t> number);
 
 /// Writes `line` and a newline into the pipe in one piece, without waiting. Throws Error if there
-/// is no pipe, if nobody reads it, or if the line can't be written, for example because the pipe is
-/// full.
+/// is no pipe, if something else is in its place, if nobody reads it, if it is full, or if the user
+/// may not write to it.
 void sendLedLine(const std::string& line);
+
+/// Another service reads the pipe.
+struct LedPipeInUse : Error {
+    using Error::Error;
+};
 
 /// The right to read the pipe. Only one sequencer on a machine can have it, as two would share the
 /// lines between them.
 class LedPipeClaim {
 public:
-    /// Creates the pipe if it is missing. Throws Error if somebody else reads it, if something
-    /// other than a pipe is in its place, or if it can't be created or opened.
+    /// Creates the pipe if it is missing. Throws LedPipeInUse if somebody else reads it, and Error
+    /// if something other than a pipe is in its place, or if it can't be created or opened.
     LedPipeClaim();
+
+    /// Why the path no longer leads to this pipe; empty if it does. One system call.
+    std::optional<std::string> loss() const;
 
     /// Who may write lines, in words: "everybody", "its owner and group" or "its owner alone".
     const std::string& writers() const { return m_writers; }
 
 private:
     FileDescriptor m_reader;
+    /// Kept open: a read of the empty pipe then returns "no data", not "end of file".
+    FileDescriptor m_writer;
+    std::optional<FileIdentity> m_identity;
     std::string m_writers;
+};
+
+/// Keeps a claim on the pipe even if somebody removes or replaces it. One thread at a time.
+class LedPipeKeeper {
+public:
+    /// Claims the pipe if that is possible.
+    explicit LedPipeKeeper(EventQueue& events);
+
+    /// Why there is no claim; empty if there is one.
+    const std::optional<std::string>& fault() const { return m_fault; }
+    /// Who may write lines, in words; empty if there is no claim.
+    std::optional<std::string> writers() const;
+
+    /// Looks whether the path still leads to the claimed pipe. If not, claims the pipe that is
+    /// there, or a new one, under the same conditions as at the start. Each loss is an event, and
+    /// so is its end. While all is well, or while the same thing is in the pipe's place, this costs
+    /// one system call. True if the sequencer must open the pipe now, because it is another one.
+    ///
+    /// If another service had the pipe from the start, it keeps the pipe.
+    bool look();
+
+private:
+    EventQueue& m_events;
+    std::optional<LedPipeClaim> m_claim;
+    std::optional<std::string> m_fault;
+    bool m_isLeftToOthers = false;
+    std::optional<FileIdentity> m_rejected; ///< what was in the pipe's place
+    unsigned m_looks = 0;                   ///< since it was rejected
 };
 
 /// Why another user could put something else in the pipe's place: the names of the kernel's

@@ -6,31 +6,42 @@
 #include <vector>
 
 #include "LedCtrl.h"
-#include "base/FileDescriptor.h"
-#include "leds/LedPipe.h"
+#include "leds/HostedLedCtrl.h"
+#include "leds/LedMemory.h"
 #include "leds/LedStates.h"
 #include "leds/LedTable.h"
 
 namespace board {
 
-/// The LED sequencer of a hosted board. It runs for as long as the object exists; each line from
-/// the pipe is an event.
+/// The LED sequencer of a hosted board. It runs for as long as the object exists. Each line from
+/// the pipe is an event, and so is a pipe or an LED's file that goes or comes back.
 class LedService {
 public:
     /// Starts the sequencer. If another service reads the pipe, it shows its defaults and accepts
     /// no commands. `profile` must outlive the object. Throws Error if another program drives the
     /// LEDs of this board, because each would overwrite the other's states, or if a thread can't be
     /// created.
+    ///
+    /// `memory` is a file that survives a restart of the service, but not of the board. What the
+    /// LEDs hold without a time is kept there, and held again at the next start. If it is empty,
+    /// nothing is remembered.
     LedService(const LedSequencerProfile& profile, bool tellsChanges, EventQueue& events,
-               const DeviceLocator& locator = DeviceLocator());
+               const DeviceLocator& locator = DeviceLocator(), const std::string& memory = "");
 
     /// What does not work: the pipe, or files that were not found.
     const std::vector<std::string>& faults() const { return m_faults; }
 
-    /// Who may send commands, in words; empty if no commands are accepted.
-    std::optional<std::string> writers() const;
+    /// Who could send commands when the service started, in words; empty if nobody could.
+    const std::optional<std::string>& writers() const { return m_writers; }
 
+    ///@{
+    /// Any thread.
     std::vector<LedStates::State> states() const { return m_states.states(); }
+    /// Why each LED shows what it shows, in ascending order of their masks; nothing before the
+    /// first tick is explained. Empty if the profile's tick period can't be used.
+    std::vector<LedExplanation> explain() const;
+    LedCounts counts() const;
+    ///@}
 
 private:
     struct Release {
@@ -38,12 +49,16 @@ private:
     };
 
     const LedTable m_table;
-    const FileDescriptor m_claim; ///< locked: other programs leave these LEDs alone
+    LedClaim m_claim; ///< until the sequencer runs; then its thread uses it
     std::vector<std::string> m_faults;
-    std::optional<LedPipeClaim> m_pipe;
-    /// Outlives the sequencer, which writes into the pipes that this drains.
-    const LedStates m_states;
+    std::optional<std::string> m_writers;
+    ///@{
+    /// They outlive the sequencer, which writes into the pipes that the first one drains.
+    LedStates m_states;
+    std::optional<LedMemoryFile> m_memory;
+    ///@}
     std::unique_ptr<LedCtrl, Release> m_leds;
+    const HostedLedCtrl* m_hosted = nullptr; ///< the same; null if the sequencer is idle
 };
 
 } // namespace board

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -15,7 +16,8 @@ namespace board {
 
 LedStates::LedStates(std::uint32_t tickMs, bool tellsChanges, EventQueue& events)
     : m_tickMs(tickMs), m_tellsChanges(tellsChanges), m_events(events),
-      m_end(FileDescriptor(::eventfd(0, EFD_CLOEXEC))), m_thread("led states", this) {}
+      m_notice(FileDescriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))),
+      m_thread("led states", this) {}
 
 LedStates::LedStates(const std::vector<Led>& leds, std::uint32_t tickMs, bool tellsChanges,
                      EventQueue& events)
@@ -25,15 +27,27 @@ LedStates::LedStates(const std::vector<Led>& leds, std::uint32_t tickMs, bool te
         m_sources.push_back({led.path, led.on, {}, {}, {}, {}});
         openPipe(m_sources.back());
     }
-    if (!m_end.isOpen())
+    if (!m_notice.isOpen())
         throw Error("can't follow the states of the LEDs: " + reasonOf(errno));
     if (!m_thread.start(String::EMPTY()).isSuccess())
         throw Error("can't create the thread for the states of the LEDs");
 }
 
 LedStates::~LedStates() {
-    ::eventfd_write(m_end.number(), 1);
+    {
+        const std::lock_guard<std::mutex> hold(m_mutex);
+        m_isEnding = true;
+    }
+    ::eventfd_write(m_notice.number(), 1);
     static_cast<void>(m_thread.join());
+}
+
+void LedStates::renew(std::size_t index) {
+    {
+        const std::lock_guard<std::mutex> hold(m_mutex);
+        m_sources[index].isRenewed = true;
+    }
+    ::eventfd_write(m_notice.number(), 1);
 }
 
 std::vector<LedStates::State> LedStates::states() const {
@@ -59,25 +73,49 @@ void LedStates::openPipe(Source& source) {
     source.stateFile = tryOpen(source.path + ".state", O_WRONLY);
 }
 
-XCode LedStates::runThread() {
-    std::vector<pollfd> waited{{m_end.number(), POLLIN, 0}};
-    std::vector<std::size_t> drained, looked;
-    for (std::size_t i = 0; i < m_sources.size(); ++i)
-        if (m_sources[i].pipe.isOpen()) {
-            waited.push_back({m_sources[i].pipe.number(), POLLIN, 0});
-            drained.push_back(i);
-        } else if (m_tellsChanges && !m_sources[i].path.empty()) {
-            looked.push_back(i);
-        }
-    const int pause = looked.empty() ? -1 : static_cast<int>(std::min(m_tickMs, 1000U));
-    while (waited.front().revents == 0) {
-        for (const std::size_t index : looked)
-            look(index);
-        if (::poll(waited.data(), waited.size(), pause) > 0)
-            for (std::size_t i = 0; i < drained.size(); ++i)
-                if (waited[i + 1].revents != 0)
-                    drain(drained[i]);
+bool LedStates::hasEnded() {
+    eventfd_t ignored;
+    ::eventfd_read(m_notice.number(), &ignored);
+    const std::lock_guard<std::mutex> hold(m_mutex);
+    return m_isEnding;
+}
+
+void LedStates::reopen() {
+    const std::lock_guard<std::mutex> hold(m_mutex);
+    for (std::size_t i = 0; i < m_sources.size(); ++i) {
+        Source& source = m_sources[i];
+        if (!std::exchange(source.isRenewed, false))
+            continue;
+        m_states[i].isLit.reset();
+        if (source.writeEnd.isOpen())
+            continue; // the sequencer still writes into it
+        source.pipe.close();
+        openPipe(source);
     }
+}
+
+XCode LedStates::runThread() {
+    do {
+        reopen();
+        std::vector<pollfd> waited{{m_notice.number(), POLLIN, 0}};
+        std::vector<std::size_t> drained, looked;
+        for (std::size_t i = 0; i < m_sources.size(); ++i)
+            if (m_sources[i].pipe.isOpen()) {
+                waited.push_back({m_sources[i].pipe.number(), POLLIN, 0});
+                drained.push_back(i);
+            } else if (m_tellsChanges && !m_sources[i].path.empty()) {
+                looked.push_back(i);
+            }
+        const int pause = looked.empty() ? -1 : static_cast<int>(std::min(m_tickMs, 1000U));
+        while (waited.front().revents == 0) {
+            for (const std::size_t index : looked)
+                look(index);
+            if (::poll(waited.data(), waited.size(), pause) > 0)
+                for (std::size_t i = 0; i < drained.size(); ++i)
+                    if (waited[i + 1].revents != 0)
+                        drain(drained[i]);
+        }
+    } while (!hasEnded());
     return XCode();
 }
 

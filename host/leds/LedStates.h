@@ -38,6 +38,10 @@ public:
     /// In the order of the LEDs. Any thread.
     std::vector<State> states() const;
 
+    /// The file of LED `index` is another one now: opens it again if it is a pipe, and passes the
+    /// state on even if it has not changed. Any thread.
+    void renew(std::size_t index);
+
     /// The path that the sequencer must write to instead of the file of LED `index`; null if it is
     /// the file itself. Valid as long as this object.
     const char* relayOf(std::size_t index) const;
@@ -51,11 +55,14 @@ private:
         FileDescriptor writeEnd;  ///< of a pipe whose content is passed on; else not open
         std::string relay;        ///< the path of such a pipe
         bool isFaulty = false;    ///< the last change could not be passed on
+        bool isRenewed = false;   ///< guarded by the mutex: the file is another one
     };
 
     LedStates(std::uint32_t tickMs, bool tellsChanges, EventQueue& events);
 
     XCode runThread() override;
+    bool hasEnded();
+    void reopen();
     static void openPipe(Source& source);
     bool passOn(std::size_t index, bool isLit);
     void drain(std::size_t index);
@@ -66,9 +73,10 @@ private:
     const bool m_tellsChanges;
     EventQueue& m_events;
     std::vector<Source> m_sources;
-    mutable std::mutex m_mutex; // guards the states
+    mutable std::mutex m_mutex; // guards the states, and what is renewed
     std::vector<State> m_states;
-    const FileDescriptor m_end; // becomes readable when the thread must end
+    bool m_isEnding = false;       // guarded by the mutex
+    const FileDescriptor m_notice; // readable when the thread must end or renew a source
     TYThread m_thread;
 };
 

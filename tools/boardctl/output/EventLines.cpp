@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "base/Text.h"
+#include "leds/LedPipe.h"
 #include "output/Json.h"
 #include "output/Messages.h"
 #include "program/StopSignals.h"
@@ -112,6 +113,32 @@ void EventLines::printEvent(const TYTime& time, const board::event::FaultReport&
 
 void EventLines::printEvent(const TYTime&, const board::event::LogLine& line) {
     complain(line.text);
+}
+
+void EventLines::printEvent(const TYTime& time, const board::event::LedCommandUnknown& command) {
+    printTimed(time, "led-command-unknown", "LED command that matches no row: " + command.line,
+               {{"line", command.line}});
+}
+
+void EventLines::printEvent(const TYTime& time, const board::event::LedPipeGone& pipe) {
+    printTimed(time, "led-pipe-gone", "no LED commands arrive: " + pipe.reason,
+               {{"reason", pipe.reason}});
+}
+
+void EventLines::printEvent(const TYTime& time, const board::event::LedPipeBack& pipe) {
+    printTimed(time, "led-pipe-back",
+               "LED commands are read from " + std::string(board::LED_PIPE) + " again, which " +
+                   pipe.writers + " may write",
+               {{"pipe", board::LED_PIPE}, {"writers", pipe.writers}});
+}
+
+void EventLines::printEvent(const TYTime& time, const board::event::LedFileGone& led) {
+    printTimed(time, "led-gone", "LED '" + led.name + "' is gone: " + led.reason,
+               {{"name", led.name}, {"reason", led.reason}});
+}
+
+void EventLines::printEvent(const TYTime& time, const board::event::LedFileBack& led) {
+    printTimed(time, "led-back", "LED '" + led.name + "' is back", {{"name", led.name}});
 }
 
 void EventLines::print(const board::EventQueue::Batch& batch) {

@@ -38,6 +38,11 @@ private:
     void printEvent(const TYTime& time, const board::event::LedChanged& led);
     void printEvent(const TYTime& time, const board::event::FaultReport& event);
     void printEvent(const TYTime& time, const board::event::LogLine& line);
+    void printEvent(const TYTime& time, const board::event::LedCommandUnknown& command);
+    void printEvent(const TYTime& time, const board::event::LedPipeGone& pipe);
+    void printEvent(const TYTime& time, const board::event::LedPipeBack& pipe);
+    void printEvent(const TYTime& time, const board::event::LedFileGone& led);
+    void printEvent(const TYTime& time, const board::event::LedFileBack& led);
     void printTimed(const TYTime& time, const char* event, const std::string& text,
                     const nlohmann::ordered_json& fields);
 

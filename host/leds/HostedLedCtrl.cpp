@@ -1,0 +1,102 @@
+#include "leds/HostedLedCtrl.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/Error.h"
+
+namespace board {
+
+namespace {
+
+constexpr std::uint32_t TICKS_PER_PIPE_LOOK = 4;
+constexpr std::uint32_t FILE_LOOK_US = 2000000;
+
+TYTime now() {
+    TYTime time;
+    static_cast<void>(time.getSystemClock(TYTime::SYSTEM_CLOCK));
+    return time;
+}
+
+} // namespace
+
+HostedLedCtrl::HostedLedCtrl(const LedSequencerProfile& profile, const LedTable& table,
+                             const std::vector<FileNameMap>& files, Parts parts)
+    : TracedLedCtrl(profile, table, files), m_tickUs(profile.tickUs()),
+      m_drivesFiles(profile.access == ACCESS_FILES), m_tableNumber(numberOf(table)),
+      m_ticksPerFileLook(std::max(1U, FILE_LOOK_US / m_tickUs)), m_parts(std::move(parts)) {
+    if (!start(String::EMPTY()).isSuccess())
+        throw Error("can't create the thread for the LED sequencer");
+}
+
+HostedLedCtrl::~HostedLedCtrl() {
+    static_cast<void>(stop());
+}
+
+XCode HostedLedCtrl::runThread() {
+    begin();
+    for (;;) {
+        tick();
+        remember();
+        TYThread::usleep(m_tickUs);
+        look();
+        readLines([this](char* line) { handleLine(line); });
+    }
+}
+
+void HostedLedCtrl::begin() {
+    if (!m_parts.pipe.fault()) {
+        setupFifo();
+        testFifo();
+    }
+    openFiles();
+    m_parts.files.begin();
+    runDefaults(now());
+    recall();
+}
+
+void HostedLedCtrl::recall() {
+    if (!m_parts.memory || !m_parts.memory->former())
+        return;
+    const LedMemory& memory = *m_parts.memory->former();
+    if (memory.table == m_tableNumber)
+        restore(memory.holds);
+    else
+        rerun(memory.holds, [this](const LedHold& hold) {
+            m_parts.events.push(event::FaultReport{"leds: the line '" + hold.line +
+                                                   "' from before the restart is dropped: no row "
+                                                   "of the table matches it any more"});
+        });
+}
+
+void HostedLedCtrl::remember() {
+    if (m_parts.memory && hasChanged())
+        m_parts.memory->keep(toText({m_tableNumber, holds()}));
+}
+
+void HostedLedCtrl::look() {
+    ++m_ticks;
+    if (m_ticks % TICKS_PER_PIPE_LOOK == 0 && m_parts.pipe.look())
+        setupFifo(); // the writer of `testFifo` would stay open for each new pipe
+    if (m_drivesFiles && m_ticks % m_ticksPerFileLook == 0 && m_parts.files.look())
+        openFiles();
+}
+
+void HostedLedCtrl::handleLine(char* line) {
+    const bool isKnown = handle(line, now());
+    {
+        const std::lock_guard<std::mutex> hold(m_mutex);
+        ++(isKnown ? m_counts.handled : m_counts.unknown);
+    }
+    if (isKnown)
+        m_parts.events.push(event::LedCommand{line});
+    else
+        m_parts.events.push(event::LedCommandUnknown{line});
+}
+
+LedCounts HostedLedCtrl::counts() const {
+    const std::lock_guard<std::mutex> hold(m_mutex);
+    return m_counts;
+}
+
+} // namespace board

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Events.h"
+#include "leds/LedFileWatch.h"
+#include "leds/LedMemory.h"
+#include "leds/LedPipe.h"
+#include "leds/TracedLedCtrl.h"
+
+namespace board {
+
+/// How many lines the sequencer has read.
+struct LedCounts {
+    std::uint64_t handled = 0; ///< they ran a row
+    std::uint64_t unknown = 0; ///< no row matched
+};
+
+/// The sequencer of a hosted board. Reports each line from the pipe, and looks after the pipe and
+/// the LEDs' files between two ticks, so that the process does not wake up more often for that.
+class HostedLedCtrl final : public TracedLedCtrl {
+public:
+    /// What the sequencer uses, and how it reports. The pointers and references must outlive it.
+    struct Parts {
+        LedPipeKeeper pipe;
+        LedFileWatch files;
+        LedMemoryFile* memory; ///< null if nothing is remembered
+        EventQueue& events;
+    };
+
+    /// Starts the thread; throws Error if it can't be created.
+    HostedLedCtrl(const LedSequencerProfile& profile, const LedTable& table,
+                  const std::vector<FileNameMap>& files, Parts parts);
+    ~HostedLedCtrl() override;
+
+    /// The base's loop, in which the pipe is optional. The base offers no place for what is added,
+    /// because a new virtual operation would change the library's binary interface.
+    XCode runThread() override;
+
+    /// Any thread.
+    LedCounts counts() const;
+
+private:
+    void begin();
+    void recall();
+    void remember();
+    void look();
+    void handleLine(char* line);
+
+    const std::uint32_t m_tickUs;
+    const bool m_drivesFiles;
+    const std::uint32_t m_tableNumber;
+    const std::uint32_t m_ticksPerFileLook;
+    Parts m_parts;
+    std::uint32_t m_ticks = 0;
+    mutable std::mutex m_mutex; ///< guards the counts
+    LedCounts m_counts;
+};
+
+} // namespace board

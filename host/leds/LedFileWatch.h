@@ -1,0 +1,65 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Events.h"
+#include "base/FileDescriptor.h"
+#include "leds/LedStates.h"
+#include "leds/LedTable.h"
+
+namespace board {
+
+/// The right to drive the LEDs of a board: the first LED's file is locked, as every program does
+/// that drives these LEDs from a profile. One thread at a time.
+class LedClaim {
+public:
+    /// Throws Error if another program has the right. Locks nothing if no file can be opened.
+    explicit LedClaim(const std::vector<Led>& leds);
+
+    /// Locks the file that is there now if it is another one. Throws Error as the constructor does.
+    void renew();
+
+private:
+    void lock();
+
+    const std::vector<Led>& m_leds;
+    FileDescriptor m_file;
+    std::string m_path;
+};
+
+/// Notices when an LED's file goes, because its driver was removed, and when it comes back. Used by
+/// one thread at a time.
+class LedFileWatch {
+public:
+    /// All arguments must outlive the object.
+    LedFileWatch(const std::vector<Led>& leds, LedClaim& claim, LedStates& states,
+                 EventQueue& events)
+        : m_leds(leds), m_claim(claim), m_states(states), m_events(events), m_files(leds.size()) {}
+
+    /// The sequencer has opened the files. One that is missing is known to be gone: the sequencer
+    /// has logged it.
+    void begin();
+
+    /// Looks at each LED's path, with one system call if nothing has changed. An LED that has gone
+    /// or has come back is an event. True if the sequencer must open the files again.
+    bool look();
+
+private:
+    struct File {
+        std::optional<FileIdentity> opened; ///< empty while it is gone
+        std::string fault;                  ///< why it is gone, as it was last reported
+    };
+
+    bool lookAt(std::size_t index);
+    void report(std::size_t index, const std::string& fault);
+
+    const std::vector<Led>& m_leds;
+    LedClaim& m_claim;
+    LedStates& m_states;
+    EventQueue& m_events;
+    std::vector<File> m_files; ///< in the order of the LEDs
+};
+
+} // namespace board
