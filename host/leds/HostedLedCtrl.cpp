@@ -10,7 +10,7 @@ namespace board {
 namespace {
 
 constexpr std::uint32_t TICKS_PER_PIPE_LOOK = 4;
-constexpr std::uint32_t FILE_LOOK_US = 2000000;
+constexpr std::uint32_t FILE_LOOK_US = 1000000;
 
 TYTime now() {
     TYTime time;
@@ -25,6 +25,7 @@ HostedLedCtrl::HostedLedCtrl(const LedSequencerProfile& profile, const LedTable&
     : TracedLedCtrl(profile, table, files), m_tickUs(profile.tickUs()),
       m_drivesFiles(profile.access == ACCESS_FILES), m_tableNumber(numberOf(table)),
       m_ticksPerFileLook(std::max(1U, FILE_LOOK_US / m_tickUs)), m_parts(std::move(parts)) {
+    begin();
     if (!start(String::EMPTY()).isSuccess())
         throw Error("can't create the thread for the LED sequencer");
 }
@@ -34,7 +35,6 @@ HostedLedCtrl::~HostedLedCtrl() {
 }
 
 XCode HostedLedCtrl::runThread() {
-    begin();
     for (;;) {
         tick();
         remember();
@@ -44,6 +44,8 @@ XCode HostedLedCtrl::runThread() {
     }
 }
 
+// Before the thread is started: `testFifo` would drop a line that somebody sends as soon as the
+// service exists.
 void HostedLedCtrl::begin() {
     if (!m_parts.pipe.fault()) {
         setupFifo();

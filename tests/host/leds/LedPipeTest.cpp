@@ -29,9 +29,26 @@ TEST(LedPipeClaim, RejectsAnythingElseInThePipesPlace) {
         }
     };
     ASSERT_EQ(::mkdir(LED_PIPE, 0700), 0);
-    expectFault(": is not a pipe (expected a pipe or no file)");
+    expectFault(": is not a pipe (expected a pipe or no file: remove it)");
     ::rmdir(LED_PIPE);
     ASSERT_EQ(::symlink("/nowhere/at all", LED_PIPE), 0);
     expectFault(": can't open the pipe: No such file or directory");
+    ::unlink(LED_PIPE);
+}
+
+TEST(SendLedLine, NamesWhoMayWriteIfTheUserMayNot) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can become another user";
+    ::unlink(LED_PIPE);
+    ASSERT_TRUE(::mkfifo(LED_PIPE, 0600) == 0 && ::chmod(LED_PIPE, 0600) == 0);
+    ASSERT_EQ(::seteuid(65534), 0);
+    std::string fault;
+    try {
+        board::sendLedLine("a b");
+    } catch (const board::Error& error) {
+        fault = error.what();
+    }
+    ASSERT_EQ(::seteuid(0), 0);
+    EXPECT_EQ(fault, LED_PIPE + std::string(": no permission to write: its owner alone may"));
     ::unlink(LED_PIPE);
 }

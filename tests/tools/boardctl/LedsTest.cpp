@@ -33,13 +33,13 @@ $ test ! -e /tmp/evt.fifo
 TEST(Leds, SendFailsIfNobodyReadsThePipeOrItIsFull) {
     expectTranscript(TempDir(), R"sh(
 $ rm -f /tmp/evt.fifo; boardctl leds send a b
-! boardctl: /tmp/evt.fifo: there is no such pipe: no LED service has run here (`boardctl run` starts one)
+! boardctl: /tmp/evt.fifo: there is no such pipe: no LED service is running (`boardctl run` starts one)
 [1]
 $ mkfifo /tmp/evt.fifo; boardctl leds send a b
 ! boardctl: /tmp/evt.fifo: nobody reads the pipe: no LED service is running (`boardctl run` starts one)
 [1]
 $ rm /tmp/evt.fifo; printf '' >/tmp/evt.fifo; boardctl leds send a b; rm /tmp/evt.fifo
-! boardctl: /tmp/evt.fifo: is not a pipe
+! boardctl: /tmp/evt.fifo: is not a pipe (expected a pipe or no file: remove it)
 $ mkfifo /tmp/evt.fifo; exec 3<>/tmp/evt.fifo; json leds send `printf '%068d' 0` b -01234567; boardctl leds send system ready; head -n 2 <&3 | tail -c 20
 { "sent": "00000000000000000000000000000000000000000000000000000000000000000000 b -1234567" }
 234567

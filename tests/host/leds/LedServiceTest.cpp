@@ -1,0 +1,214 @@
+#include "leds/LedService.h"
+
+#include <filesystem>
+#include <set>
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host/leds/LedTables.h"
+#include "support/Descriptors.h"
+
+using board::LED_PIPE;
+using support::row;
+using support::TempDir;
+
+namespace {
+
+struct Words {
+    std::string operator()(const board::event::LedCommand& e) const { return "line " + e.line; }
+    std::string operator()(const board::event::LedCommandUnknown& e) const {
+        return "unknown " + e.line;
+    }
+    std::string operator()(const board::event::LedChanged& e) const {
+        return e.name + (e.isLit ? " on" : " off");
+    }
+    std::string operator()(const board::event::LedPipeGone& e) const { return "gone " + e.reason; }
+    std::string operator()(const board::event::LedPipeBack& e) const { return "back " + e.writers; }
+    std::string operator()(const board::event::LedFileGone& e) const {
+        return e.name + " gone " + e.reason;
+    }
+    std::string operator()(const board::event::LedFileBack& e) const { return e.name + " back"; }
+    std::string operator()(const board::event::FaultReport& e) const { return "fault " + e.text; }
+    template <class Other>
+    std::string operator()(const Other&) const {
+        return "other";
+    }
+};
+
+class LedServiceTest : public testing::Test {
+protected:
+    LedServiceTest() { ::unlink(LED_PIPE); }
+    ~LedServiceTest() override { std::filesystem::remove_all(LED_PIPE); }
+
+    /// The next event in words, or that none came.
+    std::string next() {
+        if (m_waiting.empty()) {
+            pollfd arrived{m_events.descriptor(), POLLIN, 0};
+            if (::poll(&arrived, 1, 60000) != 1)
+                return "nothing";
+            for (const auto& entry : m_events.take().entries)
+                m_waiting.push_back(std::visit(Words(), entry.event));
+        }
+        std::string event = m_waiting.front();
+        m_waiting.erase(m_waiting.begin());
+        return event;
+    }
+    std::set<std::string> next(int count) {
+        std::set<std::string> events;
+        while (count-- > 0)
+            events.insert(next());
+        return events;
+    }
+
+    /// A table with a tick of 1 ms whose default row lights LED `file`.
+    board::LedSequencerProfile table(const std::string& rows, const std::string& files = "") const {
+        board::LedSequencerProfile profile = support::ledsOf(
+            "[leds]\ntick_ms = 1\n[[leds.file]]\nmask = 1\npath = 'file'\n" + files +
+            row("system boot", "mask = 7\naction = 'on'\ngroup = 1\ndefault = true") + rows);
+        for (auto& file : profile.files)
+            file.path.path = m_dir.path(std::filesystem::path(file.path.path).filename());
+        return profile;
+    }
+
+    const TempDir m_dir;
+    board::EventQueue m_events;
+
+private:
+    std::vector<std::string> m_waiting;
+};
+
+} // namespace
+
+TEST_F(LedServiceTest, MakesThePipeAgainAndReportsEachLossOnce) {
+    const mode_t mask = ::umask(077);
+    const board::LedSequencerProfile profile = table("");
+    const board::LedService leds(profile, false, m_events);
+    const auto expectLine = [&] {
+        board::sendLedLine("system boot");
+        EXPECT_EQ(next(), "line system boot");
+    };
+    const std::string path = LED_PIPE, back = "back its owner alone";
+    expectLine();
+    const auto before = support::openDescriptors();
+    for (int round = 0; round < 3; ++round) {
+        ::unlink(LED_PIPE);
+        EXPECT_EQ(next(), "gone " + path + ": was removed");
+        EXPECT_EQ(next(), back);
+        expectLine();
+    }
+    ASSERT_EQ(::mkfifo(m_dir.path("other").c_str(), 0622), 0);
+    ASSERT_EQ(::chmod(m_dir.path("other").c_str(), 0622), 0);
+    ASSERT_EQ(::rename(m_dir.path("other").c_str(), LED_PIPE), 0);
+    EXPECT_EQ(next(), "gone " + path + ": was replaced");
+    EXPECT_EQ(next(), "back everybody");
+    expectLine();
+    m_dir.write("other", "");
+    ASSERT_EQ(::rename(m_dir.path("other").c_str(), LED_PIPE), 0);
+    EXPECT_EQ(next(), "gone " + path + ": is not a pipe (expected a pipe or no file: remove it)");
+    ::unlink(LED_PIPE);
+    EXPECT_EQ(next(), back);
+    expectLine();
+    EXPECT_EQ(support::openDescriptors(), before);
+    ::umask(mask);
+}
+
+TEST_F(LedServiceTest, PicksUpAPipeThatCouldNotBeMadeAtTheStartButNoneOfAnotherService) {
+    const board::LedSequencerProfile profile = table("");
+    std::filesystem::create_directory(LED_PIPE);
+    const board::LedService leds(profile, false, m_events);
+    EXPECT_EQ(leds.faults().at(0), std::string(LED_PIPE) + ": is not a pipe (expected a pipe or "
+                                                           "no file: remove it); the LEDs run "
+                                                           "without commands");
+    EXPECT_FALSE(leds.writers());
+    ::rmdir(LED_PIPE);
+    EXPECT_EQ(next().substr(0, 4), "back");
+    board::EventQueue events;
+    board::LedPipeKeeper second(events);
+    EXPECT_NE(second.fault().value_or("").find("is in use"), std::string::npos);
+    ::unlink(LED_PIPE);
+    EXPECT_FALSE(second.look());
+}
+
+TEST_F(LedServiceTest, ReportsAndDrivesLedsThatGoAndComeBack) {
+    const auto makeFiles = [&] {
+        m_dir.write("file", "");
+        m_dir.write("dimmable", "");
+        m_dir.makePipe("pipe");
+    };
+    makeFiles();
+    const board::LedSequencerProfile profile =
+        table("", "[[leds.file]]\nmask = 2\npath = 'dimmable'\non = 255\n"
+                  "[[leds.file]]\nmask = 4\npath = 'pipe'\n");
+    const board::LedService leds(profile, true, m_events);
+    std::set<std::string> lit = {"file on", "dimmable on", "pipe on"}, gone;
+    EXPECT_EQ(next(3), lit);
+    const auto before = support::openDescriptors();
+    for (const std::string name : {"file", "dimmable", "pipe"}) {
+        gone.insert(name + " gone " + m_dir.path(name) +
+                    ": can't open for writing: " + "No such file or directory");
+        std::filesystem::remove(m_dir.path(name));
+        lit.insert(name + " back");
+    }
+    EXPECT_EQ(next(3), gone);
+    makeFiles();
+    EXPECT_EQ(next(6), lit);
+    EXPECT_EQ(m_dir.read("dimmable"), "255\n");
+    EXPECT_EQ(support::openDescriptors(), before);
+}
+
+TEST_F(LedServiceTest, TellsKnownFromUnknownLinesAndExplainsTheLeds) {
+    const board::LedSequencerProfile profile = table(row("a b", "mask = 2\naction = 'on'"));
+    const board::LedService leds(profile, false, m_events);
+    for (const char* const line : {"system boot", "no such", "system boot 1"})
+        board::sendLedLine(line);
+    for (const char* const event : {"line system boot", "unknown no such", "unknown system boot 1"})
+        EXPECT_EQ(next(), event);
+    EXPECT_EQ(leds.counts().handled, 1U);
+    EXPECT_EQ(leds.counts().unknown, 2U);
+    while (leds.explain().at(0).driver->run.line.empty()) // the last tick may be an earlier one
+        ::sched_yield();
+    const board::LedExplanation led = leds.explain().at(0);
+    EXPECT_EQ(led.name + " " + led.driver->words, "file system boot 0");
+    EXPECT_TRUE(led.isLit);
+}
+
+TEST_F(LedServiceTest, RemembersWhatHoldsWithoutATime) {
+    m_dir.write("file", "");
+    const std::string memory = m_dir.path("memory"),
+                      ready = row("system ready", "mask = 1\naction = 'off'\n"
+                                                  "group = 1");
+    const board::LedSequencerProfile profile = table(ready), changed = table("");
+    TYTime since;
+    {
+        const board::LedService leds(profile, true, m_events, board::DeviceLocator(), memory);
+        EXPECT_EQ(next(), "file on");
+        board::sendLedLine("system ready");
+        EXPECT_EQ(next(), "line system ready");
+        EXPECT_EQ(next(), "file off");
+        since = leds.explain().at(0).driver->run.since;
+    }
+    const std::string kept = m_dir.read("memory");
+    {
+        m_dir.write("file", "");
+        const board::LedService leds(profile, true, m_events, board::DeviceLocator(), memory);
+        EXPECT_EQ(next(), "file off") << "not the default row, not even for a tick";
+        const board::LedRun run = leds.explain().at(0).driver->run;
+        EXPECT_EQ(run.line, "system ready");
+        EXPECT_EQ(run.origin, board::LedRun::Origin::REMEMBERED);
+        EXPECT_EQ(run.since, since);
+    }
+    EXPECT_EQ(m_dir.read("memory"), kept);
+    {
+        const board::LedService leds(changed, false, m_events, board::DeviceLocator(), memory);
+        EXPECT_EQ(next(), "fault leds: the line 'system ready' from before the restart is "
+                          "dropped: no row of the table matches it any more");
+    }
+    m_dir.write("memory", "rubbish\n");
+    const board::LedService leds(profile, false, m_events, board::DeviceLocator(), memory);
+    EXPECT_EQ(next(), "fault leds: " + memory +
+                          ": line 1 is not from the LED service (expected its header, and a "
+                          "newline at the end of the file); the LEDs start with the default rows");
+}
