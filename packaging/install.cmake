@@ -52,6 +52,8 @@ install(CODE "
     set(made ${CMAKE_BINARY_DIR}/systemd)
     set(bin ${CMAKE_INSTALL_BINDIR})" COMPONENT boardctl)
 install(SCRIPT packaging/systemd/units.cmake COMPONENT boardctl)
+install(FILES packaging/boardctl.tmpfiles.conf
+    DESTINATION lib/tmpfiles.d RENAME boardctl.conf COMPONENT boardctl)
 set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/boardctl)
 install(FILES packaging/linux-board.toml DESTINATION ${documents}/examples COMPONENT boardctl)
 file(GLOB guides docs/*-guide.md docs/operations.md docs/descriptor.md docs/leds.md docs/*.svg

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <map>
+#include <string_view>
 
 #include "base/Error.h"
 
@@ -14,6 +15,19 @@ std::string ledNameOf(const std::string& path) {
     constexpr char CLASS[] = "led:"; // a name that has not been resolved to a path
     return path.rfind(CLASS, 0) == 0 ? path.substr(sizeof CLASS - 1) : file.filename().string();
 }
+
+namespace {
+
+/// Where the kernel will show an LED that a profile names and that does not exist yet; empty for
+/// anything else.
+std::string futurePathOf(const std::string& device, const DeviceLocator& locator) {
+    constexpr std::string_view CLASS = "led:";
+    if (device.rfind(CLASS, 0) != 0 || device.find('/') != std::string::npos)
+        return "";
+    return locator.sysfs() + "/class/leds/" + device.substr(CLASS.size()) + "/brightness";
+}
+
+} // namespace
 
 LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& locator) {
     for (const LedSequencerProfile::Command& row : profile.commands)
@@ -29,6 +43,7 @@ LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& loca
             });
         } catch (const Error& error) {
             m_faults.push_back(error.what());
+            led.path = futurePathOf(file.path.path, locator);
         }
         leds[led.mask] = led;
     }

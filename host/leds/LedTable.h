@@ -13,7 +13,7 @@ namespace board {
 struct Led {
     std::uint32_t mask;
     std::string name; ///< for people, taken from its file's path
-    std::string path; ///< empty if its file was not found
+    std::string path; ///< empty if its file was not found and can't appear later
     unsigned on = 1;  ///< the brightness that means lit
 };
 
@@ -21,7 +21,8 @@ struct Led {
 /// into this object; both must outlive the sequencer.
 class LedTable {
 public:
-    /// Looks up the paths of the files. A file that is not found is left out.
+    /// Looks up the paths of the files. A file that is not found is left out, unless it is the
+    /// kernel's file of an LED: then its driver may be loaded later.
     explicit LedTable(const LedSequencerProfile& profile,
                       const DeviceLocator& locator = DeviceLocator());
     LedTable(const LedTable&) = delete;

@@ -69,7 +69,8 @@ protected:
             "[leds]\ntick_ms = 1\n[[leds.file]]\nmask = 1\npath = 'file'\n" + files +
             row("system boot", "mask = 7\naction = 'on'\ngroup = 1\ndefault = true") + rows);
         for (auto& file : profile.files)
-            file.path.path = m_dir.path(std::filesystem::path(file.path.path).filename());
+            if (file.path.path.rfind("led:", 0) != 0)
+                file.path.path = m_dir.path(std::filesystem::path(file.path.path).filename());
         return profile;
     }
 
@@ -141,8 +142,9 @@ TEST_F(LedServiceTest, ReportsAndDrivesLedsThatGoAndComeBack) {
     makeFiles();
     const board::LedSequencerProfile profile =
         table("", "[[leds.file]]\nmask = 2\npath = 'dimmable'\non = 255\n"
-                  "[[leds.file]]\nmask = 4\npath = 'pipe'\n");
-    const board::LedService leds(profile, true, m_events);
+                  "[[leds.file]]\nmask = 4\npath = 'pipe'\n"
+                  "[[leds.file]]\nmask = 3\npath = 'led:late'\n");
+    const board::LedService leds(profile, true, m_events, board::DeviceLocator(m_dir.path("sys")));
     std::set<std::string> lit = {"file on", "dimmable on", "pipe on"}, gone;
     EXPECT_EQ(next(3), lit);
     const auto before = support::openDescriptors();
@@ -154,9 +156,12 @@ TEST_F(LedServiceTest, ReportsAndDrivesLedsThatGoAndComeBack) {
     }
     EXPECT_EQ(next(3), gone);
     makeFiles();
-    EXPECT_EQ(next(6), lit);
+    m_dir.makeFolder("sys/class/leds/late"); // its driver was not loaded at the start
+    m_dir.write("sys/class/leds/late/brightness", "");
+    lit.insert({"late back", "late on"});
+    EXPECT_EQ(next(8), lit);
     EXPECT_EQ(m_dir.read("dimmable"), "255\n");
-    EXPECT_EQ(support::openDescriptors(), before);
+    EXPECT_EQ(support::openDescriptors(), before + 1);
 }
 
 TEST_F(LedServiceTest, TellsKnownFromUnknownLinesAndExplainsTheLeds) {

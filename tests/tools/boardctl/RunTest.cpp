@@ -92,6 +92,7 @@ boardctl: driver 'board-descr-driver': board.toml:10: descriptor.device: .: is n
 boardctl: firmware: board.toml:21: firmware.info: .: is not a file (expected text lines)
 boardctl: leds: board.toml:16: leds.file[0].path: led:none at all: there is no LED 'none at all' (there are: ...)
 boardctl: button: board.toml:12: button.device: board.toml: is not a button (expected a pipe or a character device)
+boardctl: TIME unable to open file /sys/class/leds/none at all/brightness
 boardctl: TIME unable to open file dark
 $ boardctl --board board.toml run --for 0 --format json 2>log | grep 'fault.*[0-9]:' | steady | cut -d : -f 2-4 | cut -c 1-40
 "fault","kind":"fan","name":"fan","error
@@ -100,6 +101,7 @@ $ boardctl --board board.toml run --for 0 --format json 2>log | grep 'fault.*[0-
 "fault","kind":"firmware","error":"board
 "fault","kind":"leds","error":"board.tom
 "fault","kind":"button","error":"board.t
+"fault","time":"TIME","error":"unable to
 "fault","time":"TIME","error":"unable to
 $ boardctl --board board.toml info >log
 ! boardctl: preferences: board.toml:23: preferences.file: .: is not a file (expected lines 'key = value')
