@@ -1,0 +1,164 @@
+#include "base/LocalSocket.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "base/Error.h"
+#include "base/File.h"
+
+namespace board {
+
+namespace {
+
+constexpr mode_t SOCKET_MODE = 0660, FOLDER_MODE = 0750;
+constexpr int MOST_WAITING = 64;
+
+std::string folderOf(const std::string& path) {
+    const auto slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+/// The address of a path. If the path is too long for an address, it leads through the descriptor
+/// of the folder, which must stay open.
+class Address {
+public:
+    explicit Address(const std::string& path) {
+        std::string name = path;
+        if (name.size() >= sizeof m_address.sun_path) {
+            m_folder = tryOpen(folderOf(path), O_PATH | O_DIRECTORY);
+            if (!m_folder.isOpen())
+                return;
+            name = "/proc/self/fd/" + std::to_string(m_folder.number()) + "/" +
+                   path.substr(path.rfind('/') + 1);
+        }
+        if (name.size() >= sizeof m_address.sun_path) {
+            errno = ENAMETOOLONG;
+            return;
+        }
+        m_address.sun_family = AF_UNIX;
+        std::memcpy(m_address.sun_path, name.c_str(), name.size() + 1);
+        m_size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size() + 1);
+    }
+
+    /// Calls `bind` or `connect`. Returns -1 on failure.
+    template <class Call>
+    int pass(const Call& call, const FileDescriptor& socket) const {
+        // Without an address, the reason is still that of the constructor.
+        return m_size == 0
+                   ? -1
+                   : call(socket.number(), reinterpret_cast<const sockaddr*>(&m_address), m_size);
+    }
+
+private:
+    FileDescriptor m_folder;
+    sockaddr_un m_address{};
+    socklen_t m_size = 0; ///< 0 without an address
+};
+
+FileDescriptor trySocket(int flags) {
+    return FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0));
+}
+
+/// Opens the folder of a socket, and makes it if it is missing. Held locked while a socket is made,
+/// so that two programs don't take one another's new socket for an abandoned one.
+FileDescriptor lockedFolder(const std::string& path) {
+    const std::string folder = folderOf(path);
+    if (::mkdir(folder.c_str(), FOLDER_MODE) == 0) {
+        // mkdir has also applied the umask.
+        if (::chmod(folder.c_str(), FOLDER_MODE) != 0)
+            failWith(folder, "can't set the mode of the folder", errno);
+    } else if (errno != EEXIST) {
+        failWith(folder, "can't make the folder", errno);
+    }
+    FileDescriptor descriptor = openFile(folder, O_RDONLY | O_DIRECTORY, "can't open the folder");
+    if (!tryLockWaiting(descriptor))
+        failWith(folder, "can't lock the folder", errno);
+    return descriptor;
+}
+
+/// Removes the socket of a program that has ended.
+void removeAbandoned(const std::string& path) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0)
+        return;
+    if (!S_ISSOCK(status.st_mode))
+        throw Error(path + ": is not a socket (expected a socket or no file)");
+    const FileDescriptor probe = trySocket(SOCK_NONBLOCK);
+    if (!probe.isOpen())
+        failWith(path, "can't create a socket", errno);
+    if (Address(path).pass(::connect, probe) == 0 || errno == EAGAIN)
+        throw Error(path + ": another program listens on this socket");
+    if (errno != ECONNREFUSED)
+        failWith(path, "can't tell whether a program listens on this socket", errno);
+    if (::unlink(path.c_str()) != 0)
+        failWith(path, "can't remove the socket of a program that has ended", errno);
+}
+
+} // namespace
+
+LocalListener::LocalListener(const std::string& path)
+    : m_path(path), m_socket(trySocket(SOCK_NONBLOCK)) {
+    constexpr char WHAT[] = "can't listen on this socket";
+    if (!m_socket.isOpen())
+        failWith(path, WHAT, errno);
+    const FileDescriptor folder = lockedFolder(path);
+    removeAbandoned(path);
+    // The file gets the mode of the socket, less the umask. It is never open to everybody.
+    if (!trySetMode(m_socket, SOCKET_MODE) || Address(path).pass(::bind, m_socket) != 0)
+        failWith(path, WHAT, errno);
+    struct stat status {};
+    if (::chmod(path.c_str(), SOCKET_MODE) != 0 || ::lstat(path.c_str(), &status) != 0 ||
+        ::listen(m_socket.number(), MOST_WAITING) != 0) {
+        const int error = errno;
+        throw Error(path + ": " + WHAT + ": " + reasonOf(error) + discard(path));
+    }
+    m_device = status.st_dev;
+    m_inode = status.st_ino;
+}
+
+LocalListener::~LocalListener() {
+    // As long as the socket is open, no other file gets its inode.
+    struct stat status {};
+    if (::lstat(m_path.c_str(), &status) == 0 && status.st_dev == m_device &&
+        status.st_ino == m_inode)
+        static_cast<void>(::unlink(m_path.c_str()));
+}
+
+FileDescriptor LocalListener::tryAccept() const {
+    int number;
+    do
+        number = ::accept4(m_socket.number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    while (number < 0 && (errno == EINTR || errno == ECONNABORTED));
+    return FileDescriptor(number);
+}
+
+FileDescriptor tryConnect(const std::string& path, std::chrono::milliseconds limit) {
+    FileDescriptor socket = trySocket(0);
+    timeval span{};
+    span.tv_sec = static_cast<time_t>(limit.count() / 1000);
+    span.tv_usec = static_cast<suseconds_t>(limit.count() % 1000 * 1000);
+    if (!socket.isOpen() ||
+        ::setsockopt(socket.number(), SOL_SOCKET, SO_SNDTIMEO, &span, sizeof span) != 0 ||
+        Address(path).pass(::connect, socket) != 0 ||
+        ::fcntl(socket.number(), F_SETFL, O_NONBLOCK) != 0)
+        socket.close();
+    return socket;
+}
+
+ssize_t trySend(const FileDescriptor& socket, const void* bytes, std::size_t size) {
+    ssize_t sent;
+    do
+        sent = ::send(socket.number(), bytes, size, MSG_NOSIGNAL | MSG_DONTWAIT);
+    while (sent < 0 && errno == EINTR);
+    return sent;
+}
+
+} // namespace board

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "TYTime.h"
+
+namespace board {
+
+/// What a host tells about itself. The names and types in the JSON are those of
+/// org.boarddrivers.Host.varlink. The status server asks on its own thread, for each call that it
+/// answers, so an answer must not wait for a device. A std::exception becomes the reply to that
+/// call alone.
+class StatusAnswers {
+public:
+    virtual ~StatusAnswers() = default;
+
+    /// The object that the method Status returns.
+    virtual nlohmann::ordered_json status() const = 0;
+    /// An array of all LEDs of the sequencer, each of the type Led; empty without a sequencer.
+    virtual nlohmann::ordered_json leds() const = 0;
+    /// The text that the method Metrics returns.
+    virtual std::string metrics() const = 0;
+};
+
+/// A calendar time as the answers state it: in UTC and to the millisecond, by RFC 3339.
+std::string utcText(const TYTime& time);
+
+} // namespace board

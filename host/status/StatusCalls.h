@@ -1,0 +1,34 @@
+#pragma once
+
+#include "status/StatusAnswers.h"
+#include "status/Varlink.h"
+
+namespace board {
+
+/// The methods of a host's status socket: org.boarddrivers.Host and org.varlink.service.
+class StatusCalls {
+public:
+    /// `answers` must outlive the object.
+    explicit StatusCalls(const StatusAnswers& answers) : m_answers(answers) {}
+
+    /// The reply to a call; the first one if more follow, which only events do then. It is made
+    /// even if the client wants none.
+    varlink::Reply reply(const varlink::Request& request) const;
+
+private:
+    struct Method;
+    static const Method METHODS[];
+
+    varlink::Reply leds(const nlohmann::json& parameters) const;
+
+    const StatusAnswers& m_answers;
+};
+
+/// A reply with an event, or with null, to a client that monitors events. `lost` is how many events
+/// it missed before this one.
+varlink::Reply eventReply(const nlohmann::ordered_json& event, unsigned lost);
+
+/// The reply to a client that is one too many.
+varlink::Reply tooManyClients(std::size_t maximum);
+
+} // namespace board

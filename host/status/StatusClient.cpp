@@ -1,0 +1,147 @@
+#include "status/StatusClient.h"
+
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+#include "base/File.h"
+#include "base/LocalSocket.h"
+#include "base/Text.h"
+#include "status/StatusPlaces.h"
+
+using nlohmann::json;
+using nlohmann::ordered_json;
+
+namespace board {
+
+namespace {
+
+constexpr std::size_t LARGEST_REPLY = 4U << 20U;
+
+/// No program listens on the socket.
+struct NobodyThere : Error {
+    using Error::Error;
+};
+
+FileDescriptor connect(const std::string& path) {
+    FileDescriptor socket = tryConnect(path, StatusClient::LIMIT);
+    if (socket.isOpen())
+        return socket;
+    if (errno == ENOENT || errno == ECONNREFUSED || errno == ENOTDIR)
+        throw NobodyThere(path + ": no host answers");
+    if (errno == EAGAIN)
+        throw Error(path + ": the host does not accept a connection");
+    failWith(path, "can't connect to the host", errno);
+}
+
+} // namespace
+
+StatusClient::StatusClient(std::string path, Wait wait)
+    : m_path(std::move(path)), m_wait(std::move(wait)), m_socket(connect(m_path)),
+      m_input(LARGEST_REPLY) {}
+
+void StatusClient::fail(const std::string& what) const {
+    throw Error(m_path + ": " + what);
+}
+
+void StatusClient::send(const varlink::Request& request) {
+    const std::string bytes = varlink::toBytes(request);
+    const ssize_t sent = trySend(m_socket, bytes.data(), bytes.size());
+    // A host that has closed the connection has said why, which is still to be read.
+    if (sent < 0 && errno != EPIPE && errno != ECONNRESET)
+        failWith(m_path, "can't send to the host", errno);
+    if (sent >= 0 && static_cast<std::size_t>(sent) != bytes.size())
+        fail("the host does not read what is sent");
+}
+
+std::optional<varlink::Reply> StatusClient::receive(std::optional<Clock::time_point> end) {
+    for (;;) {
+        if (const auto message = m_input.take()) {
+            auto reply = varlink::parseReply(*message);
+            if (!reply)
+                fail("answers with something other than a Varlink reply");
+            if (!reply->error.empty())
+                throw CallError(m_path + ": the host answers with the error " + reply->error + " " +
+                                    reply->parameters.dump(-1, ' ', false,
+                                                           ordered_json::error_handler_t::replace),
+                                *reply);
+            return reply;
+        }
+        if (m_input.isTooLong())
+            fail("the host's reply is too long");
+        char chunk[65536];
+        const ssize_t count = tryRead(m_socket, chunk, sizeof chunk);
+        if (count > 0) {
+            m_input.append(chunk, static_cast<std::size_t>(count));
+            continue;
+        }
+        if (count == 0 || errno == ECONNRESET)
+            fail("the host has ended or closed the connection");
+        if (errno != EAGAIN)
+            failWith(m_path, "can't read from the host", errno);
+        if (end && Clock::now() >= *end)
+            fail("the host does not answer");
+        if (m_wait(end, m_socket.number()))
+            return std::nullopt;
+    }
+}
+
+varlink::Reply StatusClient::awaitReply() {
+    auto reply = receive(Clock::now() + LIMIT);
+    if (!reply)
+        fail("interrupted before the host has answered");
+    return std::move(*reply);
+}
+
+ordered_json StatusClient::call(const std::string& method, const json& parameters) {
+    varlink::Request request;
+    request.method = "org.boarddrivers.Host." + method;
+    request.parameters = parameters;
+    send(request);
+    return awaitReply().parameters;
+}
+
+void StatusClient::monitor() {
+    varlink::Request request;
+    request.method = "org.boarddrivers.Host.Monitor";
+    request.more = true;
+    send(request);
+    static_cast<void>(awaitReply());
+}
+
+std::optional<StatusClient::Event> StatusClient::next() {
+    auto reply = receive(std::nullopt);
+    if (!reply)
+        return std::nullopt;
+    Event event;
+    event.event = std::move(reply->parameters["event"]);
+    const auto lost = reply->parameters.find("lost");
+    if (lost != reply->parameters.end() && lost->is_number_integer())
+        event.lost = lost->get<long long>();
+    return event;
+}
+
+FoundHost findHost(const std::string& profile, bool isSimulated, const StatusClient::Wait& wait) {
+    const std::string wanted = reportedProfile(profile);
+    const std::vector<std::string> places = statusPlaces(profile, isSimulated);
+    std::string reasons;
+    for (const std::string& place : places)
+        try {
+            StatusClient client(place, wait);
+            ordered_json status = client.call("Status");
+            const auto hosted = status.find("profile");
+            if (hosted != status.end() && *hosted == wanted)
+                return {std::move(client), std::move(status)};
+            reasons +=
+                "; " + place + " answers for another profile" +
+                (hosted != status.end() && hosted->is_string() ? ", " + hosted->get<std::string>()
+                                                               : "");
+        } catch (const NobodyThere&) { // the usual case, which the message below covers
+        } catch (const Error& error) {
+            reasons += std::string("; ") + error.what();
+        }
+    throw Error("no host of " + profile + " answers at " + joinChoices(places) +
+                " (start one with `boardctl --board " + profile + " run`)" + reasons);
+}
+
+} // namespace board

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "base/Error.h"
+#include "base/FileDescriptor.h"
+#include "status/Varlink.h"
+
+namespace board {
+
+/// A connection to a running host's status socket. One thread.
+class StatusClient {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// Waits until the time, if there is one, or until the descriptor is readable. True if the
+    /// program has been asked to end.
+    using Wait = std::function<bool(std::optional<Clock::time_point> end, int descriptor)>;
+
+    /// How long the host may take to accept a connection or to answer a call.
+    static constexpr std::chrono::seconds LIMIT{5};
+
+    /// The host answered with an error that its interface description declares.
+    struct CallError : Error {
+        CallError(const std::string& text, const varlink::Reply& reply)
+            : Error(text), name(reply.error), parameters(reply.parameters) {}
+        std::string name;
+        nlohmann::ordered_json parameters;
+    };
+
+    /// Connects to the host at `path`. Throws Error if none listens there, and if the connection is
+    /// not accepted in time.
+    StatusClient(std::string path, Wait wait);
+
+    const std::string& path() const { return m_path; }
+
+    /// Calls a method of org.boarddrivers.Host. Throws CallError, and Error if the host does not
+    /// answer in time, has ended or does not speak Varlink, or if the program is asked to end.
+    nlohmann::ordered_json call(const std::string& method,
+                                const nlohmann::json& parameters = nlohmann::json::object());
+
+    /// What happened on the board.
+    struct Event {
+        nlohmann::ordered_json event; ///< null if there is none, but some were lost
+        long long lost = 0;           ///< how many were missed before this event
+    };
+    /// Asks for events, and returns once the host will send each. No call may follow.
+    void monitor();
+    /// Waits for the next event; empty if the program is asked to end. Throws Error if the host has
+    /// ended.
+    std::optional<Event> next();
+
+private:
+    void send(const varlink::Request& request);
+    varlink::Reply awaitReply();
+    std::optional<varlink::Reply> receive(std::optional<Clock::time_point> end);
+    [[noreturn]] void fail(const std::string& what) const;
+
+    const std::string m_path;
+    const Wait m_wait;
+    FileDescriptor m_socket;
+    varlink::MessageBuffer m_input;
+};
+
+/// A host that answers, and the reply to its method Status.
+struct FoundHost {
+    StatusClient client;
+    nlohmann::ordered_json status;
+};
+
+/// Connects to the host of a profile. Throws Error if none answers, which says how to start one, or
+/// why a host that may be the one can't be asked.
+FoundHost findHost(const std::string& profile, bool isSimulated, const StatusClient::Wait& wait);
+
+} // namespace board

@@ -1,0 +1,55 @@
+#include "status/StatusPlaces.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include "base/Error.h"
+
+namespace board {
+
+namespace {
+
+std::string variable(const char* name) {
+    const char* const value = std::getenv(name);
+    return value ? value : "";
+}
+
+/// Differs for different paths, and may be shorter than they are: "board-" and a hash (FNV-1a).
+std::string nameFor(const std::string& path) {
+    std::uint64_t hash = 0xcbf29ce484222325;
+    for (const char c : path)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+    char name[32];
+    std::snprintf(name, sizeof name, "board-%016llx", static_cast<unsigned long long>(hash));
+    return name;
+}
+
+} // namespace
+
+std::string reportedProfile(const std::string& profile) {
+    std::error_code error;
+    const auto path = std::filesystem::canonical(profile, error);
+    if (error)
+        throw Error(profile + ": can't find the file: " + error.message());
+    return path.string();
+}
+
+std::vector<std::string> statusPlaces(const std::string& profile, bool isSimulated) {
+    const std::string path = reportedProfile(profile);
+    std::vector<std::string> places;
+    // systemd separates several folders by colons.
+    const std::string ofService = variable("RUNTIME_DIRECTORY");
+    if (!ofService.empty())
+        places.push_back(ofService.substr(0, ofService.find(':')) + "/host");
+    if (isSimulated)
+        places.push_back(std::filesystem::path(path).replace_filename("host.socket").string());
+    const std::string ofUser = variable("XDG_RUNTIME_DIR");
+    if (!ofUser.empty())
+        places.push_back(ofUser + "/boarddrivers/" + nameFor(path) + ".socket");
+    places.emplace_back("/run/boarddrivers/host");
+    return places;
+}
+
+} // namespace board

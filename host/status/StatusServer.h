@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <list>
+#include <string>
+
+#include "base/LocalSocket.h"
+#include "status/StatusCalls.h"
+#include "status/Varlink.h"
+
+namespace board {
+
+/// Answers Varlink calls on a host's status socket, without ever waiting for a client.
+///
+/// At most 64 clients are connected. The next one is told so and disconnected. A client that sends
+/// something other than a request, or more than 64 KiB without an end, is disconnected. Requests of
+/// one client are answered in order: the next one is read once the client has read all replies, so
+/// that a client that does not read costs the memory of one reply.
+///
+/// A client that monitors events and does not read keeps up to 64 KiB of them, in addition to what
+/// its socket holds. Later events are counted instead, and the client is told the number as soon as
+/// it reads again. Whatever it sends is left unread.
+///
+/// One thread.
+class StatusServer {
+public:
+    static constexpr std::size_t MOST_CLIENTS = 64;
+    static constexpr std::size_t LARGEST_REQUEST = 65536;
+    static constexpr std::size_t MOST_WAITING_EVENTS = 65536; ///< bytes of them for one client
+
+    /// Listens on `path`. `answers` must outlive the server. Throws Error as LocalListener does.
+    StatusServer(const std::string& path, const StatusAnswers& answers);
+
+    /// Readable while `serve` has something to do.
+    int descriptor() const { return m_poll.number(); }
+    const std::string& path() const { return m_listener.path(); }
+    std::size_t clients() const { return m_clients.size(); }
+
+    /// Handles part of what is ready: at most one request of each of some clients.
+    void serve();
+
+    /// Sends an object to all clients that monitor events, as far as they read.
+    void publish(const nlohmann::ordered_json& event);
+
+private:
+    struct Client {
+        explicit Client(FileDescriptor accepted) : socket(std::move(accepted)) {}
+
+        FileDescriptor socket; ///< not open once the connection has ended
+        varlink::MessageBuffer input{LARGEST_REQUEST};
+        std::string output;      ///< what the socket had no room for
+        bool hasSentAll = false; ///< the client will send nothing more
+        bool isMonitor = false;  ///< gets events
+        unsigned lost = 0;       ///< events that it missed since its last reply
+        unsigned awaited = 0;    ///< what `descriptor` waits for on its behalf
+    };
+
+    void acceptClients();
+    void attend(Client& client, unsigned events);
+    static void receive(Client& client);
+    void answerNext(Client& client) const;
+    static void send(Client& client);
+    void awaitMore(Client& client);
+    void removeEnded();
+
+    const StatusCalls m_calls;
+    const LocalListener m_listener;
+    const FileDescriptor m_poll; ///< of the listener and all clients
+    std::list<Client> m_clients;
+    bool m_mayAccept = true; ///< a client may be waiting to be accepted
+};
+
+} // namespace board

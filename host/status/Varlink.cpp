@@ -1,0 +1,105 @@
+#include "status/Varlink.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace board::varlink {
+
+namespace {
+
+// Deeper nesting would exhaust the stack where JSON is handled by recursion.
+constexpr int DEEPEST = 32;
+
+/// The object that `text` holds; empty if it holds anything else.
+template <class Json>
+std::optional<Json> parseObject(const std::string& text) {
+    bool isTooDeep = false;
+    const auto filter = [&](int depth, typename Json::parse_event_t, Json&) {
+        isTooDeep = isTooDeep || depth > DEEPEST;
+        return !isTooDeep;
+    };
+    Json json = Json::parse(text, filter, false);
+    return isTooDeep || !json.is_object() ? std::nullopt : std::optional(std::move(json));
+}
+
+/// Stores the member `key` in `value`, if there is one. False if its type is wrong.
+template <class Json, class Value>
+bool readMember(const Json& message, const char* key, bool (Json::*hasType)() const noexcept,
+                Value& value) {
+    const auto member = message.find(key);
+    if (member == message.end() || member->is_null())
+        return true;
+    if (!((*member).*hasType)())
+        return false;
+    member->get_to(value);
+    return true;
+}
+
+template <class Json>
+std::string dumped(const Json& message) {
+    return message.dump(-1, ' ', false, Json::error_handler_t::replace) + '\0';
+}
+
+} // namespace
+
+std::optional<Request> parseRequest(const std::string& text) {
+    using nlohmann::json;
+    const auto message = parseObject<json>(text);
+    Request request;
+    const bool isRequest =
+        message && message->contains("method") && !message->at("method").is_null() &&
+        readMember(*message, "method", &json::is_string, request.method) &&
+        readMember(*message, "parameters", &json::is_object, request.parameters) &&
+        readMember(*message, "oneway", &json::is_boolean, request.oneway) &&
+        readMember(*message, "more", &json::is_boolean, request.more) &&
+        readMember(*message, "upgrade", &json::is_boolean, request.upgrade);
+    return isRequest ? std::optional(std::move(request)) : std::nullopt;
+}
+
+std::optional<Reply> parseReply(const std::string& text) {
+    using json = nlohmann::ordered_json;
+    const auto message = parseObject<json>(text);
+    Reply reply;
+    const bool isReply = message &&
+                         readMember(*message, "parameters", &json::is_object, reply.parameters) &&
+                         readMember(*message, "continues", &json::is_boolean, reply.continues) &&
+                         readMember(*message, "error", &json::is_string, reply.error);
+    return isReply ? std::optional(std::move(reply)) : std::nullopt;
+}
+
+std::string toBytes(const Request& request) {
+    nlohmann::ordered_json message = {{"method", request.method}};
+    if (!request.parameters.empty())
+        message["parameters"] = request.parameters;
+    for (const auto& [key, isSet] :
+         {std::pair("oneway", request.oneway), std::pair("more", request.more),
+          std::pair("upgrade", request.upgrade)})
+        if (isSet)
+            message[key] = true;
+    return dumped(message);
+}
+
+std::string toBytes(const Reply& reply) {
+    nlohmann::ordered_json message;
+    if (!reply.error.empty())
+        message["error"] = reply.error;
+    message["parameters"] = reply.parameters;
+    if (reply.continues)
+        message["continues"] = true;
+    return dumped(message);
+}
+
+bool MessageBuffer::isTooLong() const {
+    return std::min(m_bytes.find('\0'), m_bytes.size()) > m_limit;
+}
+
+std::optional<std::string> MessageBuffer::take() {
+    const auto end = m_bytes.find('\0');
+    if (end == std::string::npos)
+        return std::nullopt;
+    std::string message = m_bytes.substr(0, end);
+    m_bytes.erase(0, end + 1);
+    return message;
+}
+
+} // namespace board::varlink
