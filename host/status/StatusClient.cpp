@@ -36,8 +36,8 @@ FileDescriptor connect(const std::string& path) {
 
 } // namespace
 
-StatusClient::StatusClient(std::string path, Wait wait)
-    : m_path(std::move(path)), m_wait(std::move(wait)), m_socket(connect(m_path)),
+StatusClient::StatusClient(std::string path, Wait wait, Clock::duration limit)
+    : m_path(std::move(path)), m_wait(std::move(wait)), m_limit(limit), m_socket(connect(m_path)),
       m_input(LARGEST_REPLY) {}
 
 void StatusClient::fail(const std::string& what) const {
@@ -87,7 +87,7 @@ std::optional<varlink::Reply> StatusClient::receive(std::optional<Clock::time_po
 }
 
 varlink::Reply StatusClient::awaitReply() {
-    auto reply = receive(Clock::now() + LIMIT);
+    auto reply = receive(Clock::now() + m_limit);
     if (!reply)
         fail("interrupted before the host has answered");
     return std::move(*reply);

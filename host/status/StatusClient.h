@@ -22,7 +22,7 @@ public:
     /// program has been asked to end.
     using Wait = std::function<bool(std::optional<Clock::time_point> end, int descriptor)>;
 
-    /// How long the host may take to accept a connection or to answer a call.
+    /// How long the host may take to accept a connection, and by default to answer a call.
     static constexpr std::chrono::seconds LIMIT{5};
 
     /// The host answered with an error that its interface description declares.
@@ -33,9 +33,9 @@ public:
         nlohmann::ordered_json parameters;
     };
 
-    /// Connects to the host at `path`. Throws Error if none listens there, and if the connection is
-    /// not accepted in time.
-    StatusClient(std::string path, Wait wait);
+    /// Connects to the host at `path`, which may take `limit` to answer a call. Throws Error if
+    /// none listens there, and if the connection is not accepted in time.
+    StatusClient(std::string path, Wait wait, Clock::duration limit = LIMIT);
 
     const std::string& path() const { return m_path; }
 
@@ -63,6 +63,7 @@ private:
 
     const std::string m_path;
     const Wait m_wait;
+    const Clock::duration m_limit;
     FileDescriptor m_socket;
     varlink::MessageBuffer m_input;
 };
