@@ -50,8 +50,9 @@ int runCommandLine(int argc, char** argv) {
         ->check(oneOf({"text", "json", "metrics", "svg"}))
         ->option_text("text|json|metrics|svg");
     app.footer("Global options: --board FILE, --sim, --format FORMAT; see boardctl --help");
-    for (const auto add : {addRun, addInfo, addCheck, addProbe, addSnapshot, addFan, addTemp, addPower, addLed,
-                           addLeds, addButton, addCpu, addFirmware, addBd, addSim})
+    for (const auto add :
+         {addRun, addStatus, addWatch, addInfo, addCheck, addProbe, addSnapshot, addFan, addTemp,
+          addPower, addLed, addLeds, addButton, addCpu, addFirmware, addBd, addSim})
         add(app, options);
     // The commands have copied the footer. The main help lists these options anyway.
     app.footer("Exit status: 0 done, 1 failed, 2 wrong call, 3 found something wrong, 4 declined,\n"

@@ -9,6 +9,8 @@
 namespace boardctl {
 
 void addRun(CLI::App& app, Options& options);
+void addStatus(CLI::App& app, Options& options);
+void addWatch(CLI::App& app, Options& options);
 void addInfo(CLI::App& app, Options& options);
 void addCheck(CLI::App& app, Options& options);
 void addProbe(CLI::App& app, Options& options);
@@ -23,6 +25,7 @@ void addLeds(CLI::App& app, Options& options);
 void addLedsCheck(CLI::App& leds, Options& options);
 void addLedsPreview(CLI::App& leds, Options& options);
 void addLedsSend(CLI::App& leds, Options& options);
+void addLedsWhy(CLI::App& leds, Options& options);
 
 void addButton(CLI::App& app, Options& options);
 void addButtonWatch(CLI::App& button, Options& options);

@@ -4,9 +4,9 @@
 namespace boardctl {
 
 void addLeds(CLI::App& app, Options& options) {
-    CLI::App& leds =
-        addGroup(app, "leds", "The LED sequencer: check its tables, preview them, send it lines");
-    for (const auto add : {addLedsCheck, addLedsPreview, addLedsSend})
+    CLI::App& leds = addGroup(
+        app, "leds", "The LED sequencer: check and preview its tables, send it lines, ask it why");
+    for (const auto add : {addLedsCheck, addLedsPreview, addLedsSend, addLedsWhy})
         add(leds, options);
 }
 

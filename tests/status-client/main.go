@@ -1,0 +1,217 @@
+// A client of a host's status socket that shares no code with the host: it uses Debian's Varlink
+// library. Calls every method, and compares each reply with the interface description that the host
+// itself returns: every field of a reply is declared, and every declared field is there, with its
+// type.
+//
+// usage: status-client SOCKET [COMMAND [ARGUMENT...]]
+// COMMAND must cause an event on the board. It runs once the client monitors events.
+package main
+
+import (
+	"bytes"
+	"context"
+	"encoding/json"
+	"fmt"
+	"os"
+	"os/exec"
+	"reflect"
+	"strings"
+
+	"github.com/varlink/go/varlink"
+	"github.com/varlink/go/varlink/idl"
+)
+
+const host = "org.boarddrivers.Host"
+
+var background = context.Background()
+var faults = 0
+
+func fault(format string, values ...interface{}) {
+	fmt.Fprintf(os.Stderr, format+"\n", values...)
+	faults++
+}
+
+func must(err error, what string) {
+	if err != nil {
+		fmt.Fprintf(os.Stderr, "%s: %v\n", what, err)
+		os.Exit(1)
+	}
+}
+
+func connect() *varlink.Connection {
+	connection, err := varlink.NewConnection(background, "unix:"+os.Args[1])
+	must(err, os.Args[1])
+	return connection
+}
+
+// The description of an interface. The library's parser accepts only names in lower case.
+func describe(connection *varlink.Connection, name string) *idl.IDL {
+	text, err := connection.GetInterfaceDescription(background, name)
+	must(err, name)
+	description, err := idl.New(strings.Replace(text, "interface "+name, "interface "+strings.ToLower(name), 1))
+	must(err, "the description of "+name)
+	return description
+}
+
+// Complains of everything in `value` that is not of the type.
+func check(description *idl.IDL, place string, value interface{}, kind *idl.Type) {
+	isGood := true
+	switch kind.Kind {
+	case idl.TypeBool:
+		_, isGood = value.(bool)
+	case idl.TypeInt, idl.TypeFloat:
+		number, isNumber := value.(json.Number)
+		isGood = isNumber && (kind.Kind == idl.TypeFloat || !strings.ContainsAny(number.String(), ".eE"))
+	case idl.TypeString:
+		_, isGood = value.(string)
+	case idl.TypeObject:
+		_, isGood = value.(map[string]interface{})
+	case idl.TypeEnum:
+		isGood = false
+		for _, field := range kind.Fields {
+			isGood = isGood || value == field.Name
+		}
+	case idl.TypeMaybe:
+		if value != nil {
+			check(description, place, value, kind.ElementType)
+		}
+	case idl.TypeArray:
+		var elements []interface{}
+		elements, isGood = value.([]interface{})
+		for i, element := range elements {
+			check(description, fmt.Sprintf("%s[%d]", place, i), element, kind.ElementType)
+		}
+	case idl.TypeAlias:
+		for _, alias := range description.Aliases {
+			if alias.Name == kind.Alias {
+				check(description, place, value, alias.Type)
+				return
+			}
+		}
+		fault("%s: its type %s is not declared", place, kind.Alias)
+	case idl.TypeStruct:
+		var members map[string]interface{}
+		members, isGood = value.(map[string]interface{})
+		declared := map[string]bool{}
+		for _, field := range kind.Fields {
+			declared[field.Name] = true
+			if member, isThere := members[field.Name]; isThere {
+				check(description, place+"."+field.Name, member, field.Type)
+			} else if isGood {
+				fault("%s: the declared field %s is missing", place, field.Name)
+			}
+		}
+		for name := range members {
+			if !declared[name] {
+				fault("%s: the field %s is not declared", place, name)
+			}
+		}
+	default:
+		fault("%s: the test does not know its kind of type", place)
+	}
+	if !isGood {
+		fault("%s: %v is not of the declared type", place, value)
+	}
+}
+
+func decode(bytesOfValue []byte) (value interface{}) {
+	decoder := json.NewDecoder(bytes.NewReader(bytesOfValue))
+	decoder.UseNumber()
+	must(decoder.Decode(&value), "a reply")
+	return value
+}
+
+// Calls a method that must fail, and compares the error with `expected`, or with its declaration.
+func expectError(connection *varlink.Connection, method string, parameters interface{}, expected interface{}, description *idl.IDL) {
+	var reply json.RawMessage
+	err := connection.Call(background, method, parameters, &reply)
+	declared, isDeclared := err.(*varlink.Error)
+	if name, isName := expected.(string); !isName {
+		if !reflect.DeepEqual(err, expected) {
+			fault("%s fails with %#v (expected %#v)", method, err, expected)
+		}
+	} else if !isDeclared || declared.Name != name {
+		fault("%s fails with %v (expected %s)", method, err, name)
+	} else {
+		for _, each := range description.Errors {
+			if strings.HasSuffix(name, "."+each.Name) {
+				check(description, name, decode(*declared.Parameters.(*json.RawMessage)), each.Type)
+				return
+			}
+		}
+		fault("the error %s is not declared", name)
+	}
+}
+
+// The next reply to a call that was sent.
+func receive(next func(context.Context, interface{}) (uint64, error), method string) (interface{}, bool) {
+	var reply json.RawMessage
+	flags, err := next(background, &reply)
+	must(err, method)
+	return decode(reply), flags&varlink.Continues != 0
+}
+
+func main() {
+	connection := connect()
+	var vendor, product, version, url string
+	var interfaces []string
+	must(connection.GetInfo(background, &vendor, &product, &version, &url, &interfaces), "GetInfo")
+	if fmt.Sprint(interfaces) != "[org.varlink.service "+host+"]" {
+		fault("the interfaces are %v", interfaces)
+	}
+	description, service := describe(connection, host), describe(connection, "org.varlink.service")
+	must(func() error { _, err := connection.Send(background, host+".Status", nil, varlink.Oneway); return err }(), "oneway")
+
+	calls := 0
+	for _, method := range description.Methods {
+		flags := uint64(0)
+		if method.Name == "Monitor" {
+			continue
+		}
+		next, err := connection.Send(background, host+"."+method.Name, nil, flags)
+		must(err, method.Name)
+		reply, continues := receive(next, method.Name)
+		check(description, method.Name, reply, method.Out)
+		if continues {
+			fault("%s promises another reply", method.Name)
+		}
+		calls++
+	}
+	var info json.RawMessage
+	must(connection.Call(background, "org.varlink.service.GetInfo", nil, &info), "GetInfo")
+	check(service, "GetInfo", decode(info), service.Methods[0].Out)
+
+	expectError(connection, "org.none.Status", nil, &varlink.InterfaceNotFound{Interface: "org.none"}, service)
+	expectError(connection, host+".None", nil, &varlink.MethodNotFound{Method: host + ".None"}, service)
+	expectError(connection, host+".Leds", map[string]int{"name": 1}, &varlink.InvalidParameter{Parameter: "name"}, service)
+	expectError(connection, host+".Monitor", nil, "org.varlink.service.ExpectedMore", service)
+	expectError(connection, host+".Leds", map[string]string{"name": "no such LED"}, host+".NoSuchLed", description)
+
+	next, err := connection.Send(background, host+".Monitor", nil, varlink.More)
+	must(err, "Monitor")
+	for _, method := range description.Methods {
+		if method.Name != "Monitor" {
+			continue
+		}
+		reply, continues := receive(next, method.Name)
+		check(description, "Monitor", reply, method.Out)
+		for continues && len(os.Args) > 2 {
+			must(exec.Command(os.Args[2], os.Args[3:]...).Run(), os.Args[2])
+			reply, continues = receive(next, method.Name)
+			check(description, "Monitor", reply, method.Out)
+			event, _ := reply.(map[string]interface{})["event"].(map[string]interface{})
+			for _, key := range []string{"event", "time", "text"} {
+				if _, isText := event[key].(string); !isText {
+					fault("the event %v has no %s", event, key)
+				}
+			}
+			break
+		}
+		calls++
+	}
+	must(connection.Close(), "close")
+	fmt.Printf("%d methods answer as declared, with %d faults\n", calls, faults)
+	if faults > 0 || calls != len(description.Methods) {
+		os.Exit(1)
+	}
+}

@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Builds the foreign client of the status socket, and runs it against a host with canned answers.
+# usage: tests/status-client/test.sh GO CANNED_HOST BUILD_FOLDER
+set -euo pipefail
+
+mkdir -p "$3"
+# Debian's library is in a folder of this kind. Without modules, nothing is downloaded.
+GOCACHE=$3/cache GOPATH=/usr/share/gocode GO111MODULE=off GOFLAGS='' \
+    "$1" build -o "$3/status-client" "$(dirname "$0")/main.go"
+
+folder=$(mktemp -d)
+host=
+end() {
+    [[ -z $host ]] || kill "$host" 2>/dev/null || true
+    rm -rf "$folder"
+}
+trap end EXIT
+touch "$folder/board.toml"
+mkfifo "$folder/in" "$folder/out"
+"$2" "$folder/board.toml" "$folder/host" <"$folder/in" >"$folder/out" &
+host=$!
+exec 3>"$folder/in" 4<"$folder/out"
+read -r _ <&4
+"$3/status-client" "$folder/host" \
+    sh -c "echo '{\"event\":\"gone\",\"time\":\"2026-05-31T10:00:00.000Z\",\"text\":\"fan is gone\"}' >'$folder/in'"
+exec 3>&-
+wait "$host"
+host=
