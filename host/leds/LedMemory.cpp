@@ -14,7 +14,7 @@ namespace board {
 namespace {
 
 constexpr char HEADER[] = "LEDs held by the LED service, table ";
-constexpr std::size_t MOST_HOLDS = 512, MOST_BYTES = 128 * 1024;
+constexpr std::size_t MOST_HOLDS = 512, MOST_BYTES = std::size_t{128} * 1024;
 
 [[noreturn]] void fail(std::size_t line, const char* expected) {
     throw Error("line " + std::to_string(line) + " is not from the LED service (expected " +
