@@ -23,20 +23,20 @@ protected:
 TEST_F(RunningHost, ShowsWhatItKnows) {
     expectTranscript(m_dir, R"sh(
 $ . ./host; boardctl --board board.toml status | sed "s=$PWD/==; s/2026-05-31/DATE/g"; exec 3>&-; wait
-Board                board.toml, simulated
-Host                 version 1.0.0, started at DATET08:00:00.000Z
-LED sequencer        running, commands are read from /tmp/evt.fifo
-LED lines            4 handled, 1 matched no row
-Button               watched, 2 presses so far
-CPU load             3 %
+Board                       board.toml, simulated
+Host                        version 1.0.0, started at DATET08:00:00.000Z
+LED sequencer               running, commands are read from /tmp/evt.fifo
+LED lines                   4 handled, 1 matched no row
+Button                      watched, 2 presses so far
+CPU load                    3 %
 Devices
-  thermal 'thermal'  up since DATET08:00:00.000Z, 99.5 celsius, Board\x1b sensor
-  fan 'fan'          down since DATET09:00:00.000Z, can't open: No such file or directory
+  thermal 'thermal'         up since DATET08:00:00.000Z, 99.5 celsius, Board\x1b sensor
+  fan 'fan'                 down since DATET09:00:00.000Z, can't open: No such file or directory
 Alarms
-  thermal            thermal is above its maximum of 85, since DATET10:00:00.000Z
+  thermal                   thermal is above its maximum of 85, since DATET10:00:00.000Z
 LEDs
-  power              on, row 7 'line call 0', on, started by 'line call' at DATET08:00:00.000Z, ends in 1200 ms (12 ticks)
-  line               unknown
+  power                     on, row 7 'line call 0' (on), started by 'line call' at DATET08:00:00.000Z, ends in 1200 ms (12 ticks)
+  line                      unknown
 Last events
   DATET09:30:00.000Z  LED command: line call
 $ rm in out; . ./host; json --board board.toml status | cut -c 1-30; exec 3>&-; wait
@@ -48,8 +48,8 @@ TEST_F(RunningHost, ExplainsItsLeds) {
     expectTranscript(m_dir, R"sh(
 $ . ./host; for i in '' line pwer; do boardctl --board board.toml leds why $i; done; json --board board.toml leds why line; exec 3>&-; wait
 power        on
-  driven by  row 7 'line call 0', on, started by 'line call' at 2026-05-31T08:00:00.000Z, ends in 1200 ms (12 ticks)
-  covers     row 0 'system boot 0', blink, started as a default at 2026-05-31T08:00:00.000Z
+  driven by  row 7 'line call 0' (on), started by 'line call' at 2026-05-31T08:00:00.000Z, ends in 1200 ms (12 ticks)
+  covers     row 0 'system boot 0' (blink), started as a default at 2026-05-31T08:00:00.000Z
 line         unknown
   driven by  nothing
 line         unknown
@@ -61,12 +61,12 @@ line         unknown
 
 TEST_F(RunningHost, IsWatchedUntilItEndsOrASignalComes) {
     expectTranscript(m_dir, R"sh(
-$ . ./host; mkfifo log; boardctl --board board.toml watch 2>log & exec 4<log; read -r line <&4; echo '{"event":"gone","time":"NOW","text":"fan\\n is gone"}' >&3; echo '{"event":"new"}' >&3; exec 3>&-; wait $!; echo $?; sed "s=$PWD/==" <&4; wait
+$ . ./host; mkfifo log; "$0" --board board.toml watch 2>log 3>&- & exec 4<log; read -r line <&4; echo '{"event":"gone","time":"NOW","text":"fan\\n is gone"}' >&3; echo '{"event":"new"}' >&3; exec 3>&-; wait $!; echo $?; sed "s=$PWD/==" <&4; wait
 NOW fan\x0a is gone
  {"event":"new"}
 1
 boardctl: host.socket: the host has ended or closed the connection
-$ rm in out log; . ./host; mkfifo log lines; boardctl --format json --board board.toml watch 2>log >lines & exec 4<log 5<lines; read -r line <&4; echo '{"event":"gone","text":"fan"}' >&3; head -n 1 <&5; kill $!; wait $!; echo $?; exec 3>&-; wait
+$ rm in out log; . ./host; mkfifo log lines; "$0" --format json --board board.toml watch 2>log >lines 3>&- & exec 4<log 5<lines; read -r line <&4; echo '{"event":"gone","text":"fan"}' >&3; head -n 1 <&5; kill $!; wait $!; echo $?; exec 3>&-; wait
 {"event":"gone","text":"fan","simulated":true}
 0
 )sh");

@@ -30,8 +30,8 @@ ordered_json listOf(const ordered_json& object, const char* key) {
 std::string driveText(const ordered_json& drive) {
     const std::string line = textOf(drive, "line"), ticks = textOf(drive, "ticks_left");
     std::string text = "row " + textOf(drive, "row") + " '" + textOf(drive, "word1") + " " +
-                       textOf(drive, "word2") + " " + textOf(drive, "number") + "', " +
-                       textOf(drive, "action") + ", started " +
+                       textOf(drive, "word2") + " " + textOf(drive, "number") + "' (" +
+                       textOf(drive, "action") + "), started " +
                        (line.empty() ? "as a default" : "by '" + line + "'") + " at " +
                        textOf(drive, "since");
     if (!ticks.empty())
