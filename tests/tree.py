@@ -16,8 +16,8 @@ import sys
 FLOORS = [
     ["tools/boardctl"],
     *([f"host/{room}"] for room in
-      ("snapshot", "simulation", "status", "board", "leds", "button", "descriptor", "devices", "profile",
-       "sysfs", "base")),
+      ("snapshot", "simulation", "status", "watch", "board", "leds", "button", "descriptor", "devices",
+       "profile", "sysfs", "base")),
     ["drivers/kernel", "drivers/boarddescr", "drivers/resource"],
     ["drivers", "services/led", "services/button", "sysinfo"],
     ["include"],

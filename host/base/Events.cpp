@@ -23,11 +23,16 @@ FileDescriptor makeDescriptor() {
 
 } // namespace
 
+TYTime calendarTime() {
+    TYTime now;
+    static_cast<void>(now.getSystemClock(TYTime::SYSTEM_CLOCK));
+    return now;
+}
+
 EventQueue::EventQueue() : m_descriptor(makeDescriptor()) {}
 
 void EventQueue::push(Event event) {
-    TYTime now;
-    static_cast<void>(now.getSystemClock(TYTime::SYSTEM_CLOCK));
+    const TYTime now = calendarTime();
     const std::lock_guard<std::mutex> hold(m_mutex);
     if (m_batch.entries.size() < MOST_WAITING)
         m_batch.entries.push_back({now, std::move(event)});

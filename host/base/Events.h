@@ -30,6 +30,75 @@ struct LedChanged {
     bool isLit;
 };
 
+/// A sensor's temperature has risen above its maximum.
+struct TemperatureOver {
+    std::string name;
+    double celsius;
+    unsigned maximum; ///< degrees Celsius
+};
+
+/// It has fallen below the maximum again, by more than the hysteresis.
+struct TemperatureBack {
+    std::string name;
+    double celsius;
+    unsigned maximum;
+};
+
+/// A device can't be read.
+struct DeviceGone {
+    std::string kind; ///< "fan", "thermal", "power", "led" or "descriptor"
+    std::string name;
+    std::string reason;
+};
+
+struct DeviceBack {
+    std::string kind;
+    std::string name;
+};
+
+/// The status word of a power supply has become 0.
+struct PowerLost {
+    std::string name;
+};
+
+struct PowerBack {
+    std::string name;
+    unsigned status;
+};
+
+/// A fan does not hold the speed that this process has set.
+struct FanAstray {
+    std::string name;
+    std::string set;  ///< "full", "high", "low" or "off"
+    std::string held; ///< the same words
+};
+
+/// The fan holds the speed that was set, or no speed that was set is in force any more.
+struct FanFollows {
+    std::string name;
+    std::optional<std::string> set; ///< empty if no speed is in force
+    std::string held;
+};
+
+/// A fan does not turn although it is not off.
+struct FanStopped {
+    std::string name;
+    std::string level; ///< "full", "high" or "low"
+};
+
+/// The fan turns again, or it is off.
+struct FanTurns {
+    std::string name;
+    std::string level;
+    unsigned rpm;
+};
+
+/// The device of the board descriptor holds something else than before.
+struct DescriptorChanged {
+    unsigned tags;                    ///< how many differ, were added or are gone
+    std::optional<std::string> fault; ///< why it is corrupt
+};
+
 /// Something does not work, in words for people.
 struct FaultReport {
     std::string text;
@@ -70,8 +139,14 @@ struct LedFileBack {
 
 using Event =
     std::variant<event::ButtonPressed, event::ButtonReleased, event::LedCommand, event::LedChanged,
+                 event::TemperatureOver, event::TemperatureBack, event::DeviceGone,
+                 event::DeviceBack, event::PowerLost, event::PowerBack, event::FanAstray,
+                 event::FanFollows, event::FanStopped, event::FanTurns, event::DescriptorChanged,
                  event::FaultReport, event::LogLine, event::LedCommandUnknown, event::LedPipeGone,
                  event::LedPipeBack, event::LedFileGone, event::LedFileBack>;
+
+/// The time by the calendar clock.
+TYTime calendarTime();
 
 /// Carries events from the services' threads to the thread that handles them.
 class EventQueue {

@@ -15,7 +15,6 @@
 #include "base/File.h"
 #include "descriptor/DescriptorSource.h"
 #include "devices/HostedFan.h"
-#include "devices/KernelEndpoint.h"
 
 namespace board {
 
@@ -42,30 +41,32 @@ private:
     const unsigned m_defaultSipLegs;
 };
 
-String endpointOf(const std::string& driverName) {
-    return String::format("kernel.%s", driverName.c_str());
+Device describe(DeviceKind kind, const DeviceProfile& entry) {
+    Device device{};
+    device.kind = kind;
+    device.name = entry.name;
+    device.description = entry.description;
+    device.endpoint = DriverConnection::endpointOf(entry).c_str();
+    return device;
+}
+
+/// Which file was found at `path`, if the profile does not name that path itself.
+std::optional<FileIdentity> identityIfNamed(const NamedPath& named, const std::string& path) {
+    return named.path == path ? std::nullopt : identityOf(path);
+}
+
+template <class Devices>
+auto findNamed(Devices& devices, const std::string& name) -> decltype(devices.begin()) {
+    return std::find_if(devices.begin(), devices.end(),
+                        [&](const Device& device) { return device.name == name; });
 }
 
 } // namespace
 
 const char* kindName(DeviceKind kind) {
-    switch (kind) {
-    case DeviceKind::FAN:
-        return "fan";
-    case DeviceKind::THERMAL:
-        return "thermal";
-    case DeviceKind::POWER:
-        return "power";
-    case DeviceKind::LED:
-        return "led";
-    case DeviceKind::DESCRIPTOR:
-        return "descriptor";
-    case DeviceKind::VOIP:
-        return "voip";
-    case DeviceKind::PREFERENCES:
-        return "preferences";
-    }
-    return "device";
+    constexpr const char* NAMES[] = {"fan",        "thermal", "power",      "led",
+                                     "descriptor", "voip",    "preferences"};
+    return NAMES[static_cast<std::size_t>(kind)];
 }
 
 Host::Host(const Profile& profile, const DeviceChoice& choice, const DeviceLocator& locator)
@@ -95,13 +96,10 @@ Host::Host(const Profile& profile, const DeviceChoice& choice, const DeviceLocat
 Host::~Host() {
     for (const String& name : m_registered)
         static_cast<void>(DRIVER::INSTANCE()->unregisterDriver(name));
-    for (const TYPPtr<CKernelDriver>& driver : m_kernelDrivers)
-        driver->close();
 }
 
 const Device* Host::find(const std::string& name) const {
-    const auto found = std::find_if(m_devices.begin(), m_devices.end(),
-                                    [&](const Device& device) { return device.name == name; });
+    const auto found = findNamed(m_devices, name);
     return found != m_devices.end() ? &*found : nullptr;
 }
 
@@ -131,12 +129,14 @@ std::vector<std::string> Host::giveBack() const {
     return faults;
 }
 
-Device Host::locate(DeviceKind kind, const DeviceProfile& entry) const {
-    Device device{};
-    device.kind = kind;
-    device.name = entry.name;
-    device.description = entry.description;
-    device.endpoint = endpointOf(entry.name).c_str();
+void Host::locate(Device& device, const DeviceProfile& entry) const {
+    device.fault.reset();
+    device.tachPath.clear();
+    try {
+        if (device.tach)
+            device.tachPath = m_locator.locate(device.tach->path);
+    } catch (const Error&) { // a reading reports it
+    }
     try {
         withPlaceInErrors(entry.device, [&](const std::string& named) {
             device.path = m_locator.locate(named);
@@ -145,62 +145,90 @@ Device Host::locate(DeviceKind kind, const DeviceProfile& entry) const {
     } catch (const Error& error) {
         device.fault = error.what();
     }
-    return device;
+    device.identity = identityIfNamed(entry.device, device.path);
+    if (device.tach)
+        device.tachIdentity = identityIfNamed(*device.tach, device.tachPath);
 }
 
 void Host::connect(Device device, const DeviceProfile& entry, CKernelDriver* driver,
                    std::vector<MxMsg> answers) {
-    m_kernelDrivers.push_back(TYPPtr<CKernelDriver>::adopt(driver));
-    try {
-        withPlaceInErrors(entry.device, [&](const std::string&) {
-            if (device.fault)
-                return;
-            answers.push_back(answer(MSG_GET_FILE_PATH, device.path.c_str()));
-            answers.push_back(answer(MSG_GET_DESCRIPTION, entry.description.c_str()));
-            m_endpoints.push_back(
-                std::make_unique<KernelEndpoint>(endpointOf(entry.name), answers));
-            String message = "the kernel driver can't be connected";
-            if (driver->open(message).isSuccess())
-                return;
-            openFile(device.path, O_RDONLY | O_NONBLOCK); // throws the system's reason
-            throw Error(message.c_str());
-        });
-    } catch (const Error& error) {
-        device.fault = error.what();
-    }
+    connect(m_connections.emplace_back(entry, driver, std::move(answers)), device);
     enroll(std::move(device), *driver);
 }
 
+void Host::connect(DriverConnection& connection, Device& device) {
+    if (device.fault)
+        return;
+    try {
+        withPlaceInErrors(connection.entry().device,
+                          [&](const std::string&) { connection.open(device.path); });
+    } catch (const Error& error) {
+        device.fault = error.what();
+    }
+}
+
+void Host::reconnect(const std::string& name) {
+    const auto device = findNamed(m_devices, name);
+    const bool isRegistered =
+        std::find(m_registered.begin(), m_registered.end(), name.c_str()) != m_registered.end();
+    if (device == m_devices.end() || !isRegistered)
+        return;
+    if (device->kind == DeviceKind::DESCRIPTOR && !m_descriptorPath.empty())
+        locateDescriptor(*device, *m_descriptorProfile);
+    const auto connection =
+        std::find_if(m_connections.begin(), m_connections.end(),
+                     [&](const DriverConnection& each) { return each.entry().name == name; });
+    if (connection == m_connections.end())
+        return;
+    locate(*device, connection->entry());
+    if (HostedFan* const moved = fan(name))
+        moved->moveTo(device->path);
+    connect(*connection, *device);
+}
+
+bool Host::hasMoved(const Device& device) {
+    return (device.identity && identityOf(device.path) != device.identity) ||
+           (device.tachIdentity && identityOf(device.tachPath) != device.tachIdentity);
+}
+
 void Host::addFan(const FanProfile& profile) {
-    Device device = locate(DeviceKind::FAN, profile);
+    Device device = describe(DeviceKind::FAN, profile);
     device.maximum = profile.maximum;
     device.tach = profile.tach;
-    auto* const driver = new HostedFan(DRIVER::INSTANCE(), endpointOf(profile.name), profile,
-                                       device.path, m_locator);
+    locate(device, profile);
+    auto* const driver = new HostedFan(DRIVER::INSTANCE(), DriverConnection::endpointOf(profile),
+                                       profile, device.path, m_locator);
     m_fans.emplace_back(driver); // one more reference
     connect(std::move(device), profile, driver, {answer(MSG_GET_MAXIMUM, profile.maximum)});
 }
 
 void Host::addThermal(const ThermalProfile& profile) {
-    Device device = locate(DeviceKind::THERMAL, profile);
+    Device device = describe(DeviceKind::THERMAL, profile);
     device.maximum = profile.maximum;
+    locate(device, profile);
     connect(std::move(device), profile,
-            new CThermalSensor(DRIVER::INSTANCE(), profile.name.c_str(), endpointOf(profile.name)),
+            new CThermalSensor(DRIVER::INSTANCE(), profile.name.c_str(),
+                               DriverConnection::endpointOf(profile)),
             {answer(MSG_GET_MAXIMUM, profile.maximum)});
 }
 
 void Host::addPower(const PowerProfile& profile) {
-    connect(locate(DeviceKind::POWER, profile), profile,
-            new CPowerStatus(DRIVER::INSTANCE(), profile.name.c_str(), endpointOf(profile.name)),
+    Device device = describe(DeviceKind::POWER, profile);
+    locate(device, profile);
+    connect(std::move(device), profile,
+            new CPowerStatus(DRIVER::INSTANCE(), profile.name.c_str(),
+                             DriverConnection::endpointOf(profile)),
             {});
 }
 
 void Host::addLed(const LedDeviceProfile& profile) {
-    Device device = locate(DeviceKind::LED, profile);
+    Device device = describe(DeviceKind::LED, profile);
     device.on = profile.on;
     device.biStatus = profile.biStatus;
+    locate(device, profile);
     connect(std::move(device), profile,
-            new CLedControl(DRIVER::INSTANCE(), profile.name.c_str(), endpointOf(profile.name)),
+            new CLedControl(DRIVER::INSTANCE(), profile.name.c_str(),
+                            DriverConnection::endpointOf(profile)),
             {answer(MSG_GET_BI_STATUS, profile.biStatus)});
 }
 
@@ -208,21 +236,28 @@ void Host::addDescriptor(const DescriptorProfile& profile) {
     Device device{};
     device.kind = DeviceKind::DESCRIPTOR;
     device.name = DESCRIPTOR_DRIVER;
-    try {
-        withPlaceInErrors(profile.device, [&](const std::string& named) {
-            device.path = m_locator.locate(named);
-            expectDescriptorDevice(device.path);
-            m_descriptorPath = device.path;
-            expectReadable(device.path);
-        });
-    } catch (const Error& error) {
-        device.fault = error.what();
-    }
+    m_descriptorProfile = &profile;
+    locateDescriptor(device, profile);
     m_descriptor = TYPPtr<CBoardDescr>::adopt(
         m_descriptorPath.empty()
             ? new CBoardDescr
             : new CBoardDescr(m_descriptorPath.c_str(), profile.readChunk, profile.size));
     enroll(std::move(device), *m_descriptor);
+}
+
+void Host::locateDescriptor(Device& device, const DescriptorProfile& profile) {
+    device.fault.reset();
+    try {
+        withPlaceInErrors(profile.device, [&](const std::string& named) {
+            device.path = m_locator.locate(named);
+            expectDescriptorDevice(device.path);
+            if (!m_descriptor)
+                m_descriptorPath = device.path;
+            expectReadable(device.path);
+        });
+    } catch (const Error& error) {
+        device.fault = error.what();
+    }
 }
 
 void Host::addCapacity(const VoipProfile& profile) {

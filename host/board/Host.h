@@ -6,16 +6,16 @@
 #include <vector>
 
 #include "CBoardDescr.h"
-#include "CKernelDriver.h"
 #include "CResourceVoip.h"
 #include "TYPPtr.h"
+#include "base/File.h"
+#include "devices/DriverConnection.h"
 #include "profile/Profile.h"
 #include "sysfs/DeviceLocator.h"
 
 namespace board {
 
 class HostedFan;
-class KernelEndpoint;
 
 enum class DeviceKind { FAN, THERMAL, POWER, LED, DESCRIPTOR, VOIP, PREFERENCES };
 
@@ -36,6 +36,10 @@ struct Device {
     std::uint32_t on = 1;          ///< of an LED: the brightness that means lit
     bool biStatus = false;         ///< of an LED: has two lit states
     std::optional<NamedPath> tach; ///< of a fan: a file with its revolutions per minute
+    std::string tachPath;          ///< where that file is; empty if it was not found
+
+    /// Which files were found, if the profile names them by their class.
+    std::optional<FileIdentity> identity, tachIdentity;
 };
 
 /// Which devices of a board a host opens.
@@ -61,6 +65,7 @@ struct DeviceChoice {
 /// them. One host at a time in a process. One thread.
 class Host {
 public:
+    /// `profile` must outlive the object.
     explicit Host(const Profile& profile, const DeviceChoice& choice = {},
                   const DeviceLocator& locator = DeviceLocator());
 
@@ -71,6 +76,19 @@ public:
 
     /// Sorted by kind, and within a kind as in the profile.
     const std::vector<Device>& devices() const { return m_devices; }
+
+    /// Looks for a device again and connects its driver to what it finds, so that a device that was
+    /// missing, or that the kernel has made anew, can be used. Clients keep their driver: it is the
+    /// same object, and its lock is held while it is connected. What the driver of an LED remembers
+    /// of its overlays, and the speed that was set for a fan, stay. Does nothing if `name` is
+    /// unknown, if its driver is not the one in the repository, or if it has no device. The driver
+    /// of a descriptor keeps its path, so a descriptor whose path could not be used when this
+    /// object was made stays unusable.
+    void reconnect(const std::string& name);
+
+    /// True if the profile names a file of the device by its class ("hwmon:...", "led:..."), and
+    /// the path that was found for it now leads to another file or to none. Does not search.
+    static bool hasMoved(const Device& device);
 
     /// Does with each fan that was set what the profile asks for at the end of a host. Returns what
     /// failed. A program calls it before it ends, unless the fans shall stay as they were set.
@@ -95,14 +113,16 @@ public:
     CResourceVoip* capacity() const { return m_capacity.get(); }
 
 private:
-    Device locate(DeviceKind kind, const DeviceProfile& entry) const;
+    void locate(Device& device, const DeviceProfile& entry) const;
     void connect(Device device, const DeviceProfile& entry, CKernelDriver* driver,
                  std::vector<MxMsg> answers);
+    static void connect(DriverConnection& connection, Device& device);
     void addFan(const FanProfile& profile);
     void addThermal(const ThermalProfile& profile);
     void addPower(const PowerProfile& profile);
     void addLed(const LedDeviceProfile& profile);
     void addDescriptor(const DescriptorProfile& profile);
+    void locateDescriptor(Device& device, const DescriptorProfile& profile);
     void addCapacity(const VoipProfile& profile);
     void loadPreferences(const NamedPath& file);
     void enroll(Device device, IDriver& driver);
@@ -110,10 +130,10 @@ private:
     const DeviceLocator m_locator;
     std::vector<Device> m_devices;
     std::vector<String> m_registered;
-    std::vector<std::unique_ptr<KernelEndpoint>> m_endpoints;
-    std::vector<TYPPtr<CKernelDriver>> m_kernelDrivers;
-    std::vector<TYPPtr<HostedFan>> m_fans; // also among the kernel drivers
-    std::string m_descriptorPath;          // the descriptor's driver keeps a pointer to it
+    std::vector<DriverConnection> m_connections;
+    std::vector<TYPPtr<HostedFan>> m_fans; // also among the connections
+    const DescriptorProfile* m_descriptorProfile = nullptr;
+    std::string m_descriptorPath; // the descriptor's driver keeps a pointer to it
     TYPPtr<CBoardDescr> m_descriptor;
     TYPPtr<CResourceVoip> m_capacity;
 };

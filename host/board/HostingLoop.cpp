@@ -1,30 +1,24 @@
 #include "board/HostingLoop.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace board {
 
-namespace {
-
-constexpr auto CPU_PERIOD = std::chrono::seconds(5);
-
-} // namespace
-
 HostingLoop::HostingLoop(Waiter& waiter, Listener& listener)
-    : m_waiter(waiter), m_listener(listener), m_tap(m_queue) {}
+    : m_waiter(waiter), m_listener(listener), m_tap(m_queue) {
+    m_poller.add(m_queue.descriptor(), [this] { passEventsOn(); });
+}
+
+void HostingLoop::every(Clock::duration period, std::function<void()> action) {
+    m_routines.push_back({period, m_waiter.now() + period, std::move(action)});
+}
 
 bool HostingLoop::runUntil(std::optional<Clock::time_point> end) {
-    if (!m_nextCpu)
-        m_nextCpu = m_waiter.now() + CPU_PERIOD;
     while (m_listener.isListening()) {
-        const auto next = end ? std::min(*end, *m_nextCpu) : *m_nextCpu;
-        const bool isAskedToStop = m_waiter.waitUntil(next, m_queue.descriptor());
-        passEventsOn();
-        if (m_waiter.now() >= *m_nextCpu) {
-            while (*m_nextCpu <= m_waiter.now()) // missed measurements are skipped
-                *m_nextCpu += CPU_PERIOD;
-            m_listener.onCpuLoad(m_meter.next());
-        }
+        const bool isAskedToStop = m_waiter.waitUntil(nextOf(end), m_poller.descriptor());
+        m_poller.serve();
+        doWhatIsDue();
         m_listener.onRoundEnd();
         if (isAskedToStop)
             return true;
@@ -32,6 +26,28 @@ bool HostingLoop::runUntil(std::optional<Clock::time_point> end) {
             return !m_listener.isListening();
     }
     return true;
+}
+
+std::optional<HostingLoop::Clock::time_point>
+HostingLoop::nextOf(std::optional<Clock::time_point> end) const {
+    std::optional<Clock::time_point> next = end;
+    for (const Routine& routine : m_routines)
+        next = next ? std::min(*next, routine.next) : routine.next;
+    return next;
+}
+
+void HostingLoop::doWhatIsDue() {
+    bool isDone = false;
+    for (Routine& routine : m_routines) {
+        const auto late = m_waiter.now() - routine.next;
+        if (late < Clock::duration::zero())
+            continue;
+        routine.next += (late / routine.period + 1) * routine.period;
+        routine.action();
+        isDone = true;
+    }
+    if (isDone) // before the next wait, which would end at once
+        passEventsOn();
 }
 
 void HostingLoop::passEventsOn() {

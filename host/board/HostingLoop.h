@@ -1,17 +1,18 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <optional>
+#include <vector>
 
 #include "base/Events.h"
-#include "base/Result.h"
-#include "board/CpuMeter.h"
+#include "base/Poller.h"
 #include "board/EventTap.h"
 
 namespace board {
 
-/// The loop of a process that hosts a board: passes events on as they arrive and measures the load
-/// of the processors every five seconds. One thread.
+/// The loop of a process that hosts a board: passes events on as they arrive, serves descriptors,
+/// and does what is due from time to time. One thread.
 class HostingLoop {
 public:
     using Clock = std::chrono::steady_clock;
@@ -22,29 +23,36 @@ public:
     public:
         virtual ~Waiter() = default;
         virtual Clock::time_point now() = 0;
-        /// Waits until `end`, or until `descriptor` is readable if that comes first. True if the
-        /// program has been asked to stop.
-        virtual bool waitUntil(Clock::time_point end, int descriptor) = 0;
+        /// Waits until `end`, forever without one, or until `descriptor` is readable if that comes
+        /// first. True if the program has been asked to stop.
+        virtual bool waitUntil(std::optional<Clock::time_point> end, int descriptor) = 0;
     };
 
-    /// Receives the events and measurements, on the loop's thread.
+    /// Receives the events, on the loop's thread.
     class Listener {
     public:
         virtual ~Listener() = default;
         virtual void onEvents(const EventQueue::Batch& batch) = 0;
-        virtual void onCpuLoad(const Result<CpuReading>& load) = 0;
-        /// Called once after everything that arrived during one wait.
+        /// Called once after everything that arrived or was due during one wait.
         virtual void onRoundEnd() = 0;
         /// False ends the loop: nobody is left to receive events.
         virtual bool isListening() const = 0;
     };
 
-    /// From now on, everything that the library logs and reports becomes an event. Takes the first
-    /// sample of the load. Both arguments must outlive the loop.
+    /// From now on, everything that the library logs and reports becomes an event. Both arguments
+    /// must outlive the loop.
     HostingLoop(Waiter& waiter, Listener& listener);
 
     /// Where services put their events.
     EventQueue& events() { return m_queue; }
+
+    /// Where others add descriptors that the loop shall serve, also from an action of the loop.
+    Poller& poller() { return m_poller; }
+
+    /// Calls `action` every `period`, first when one has passed. If the loop is late, it skips what
+    /// it has missed. Actions are called in the order in which they were added, and must not add
+    /// others. The period is longer than 0.
+    void every(Clock::duration period, std::function<void()> action);
 
     /// Runs until `end`, or forever if it is empty. True if the loop ended early, because the
     /// program has been asked to stop or nobody is listening.
@@ -54,12 +62,20 @@ public:
     void passEventsOn();
 
 private:
+    struct Routine {
+        Clock::duration period;
+        Clock::time_point next;
+        std::function<void()> action;
+    };
+    std::optional<Clock::time_point> nextOf(std::optional<Clock::time_point> end) const;
+    void doWhatIsDue();
+
     Waiter& m_waiter;
     Listener& m_listener;
     EventQueue m_queue;
     const EventTap m_tap;
-    CpuMeter m_meter;
-    std::optional<Clock::time_point> m_nextCpu; ///< empty before the first run
+    Poller m_poller;
+    std::vector<Routine> m_routines;
 };
 
 } // namespace board

@@ -170,6 +170,11 @@ FanReading withFan(const Host& host, const std::string& name, Operation operatio
                                                });
 }
 
+/// The file that was found, so that it is not searched again for each reading.
+NamedPath tachOf(const Device& device) {
+    return {device.tachPath.empty() ? device.tach->path : device.tachPath, device.tach->place};
+}
+
 } // namespace
 
 const char* speedName(IFanControl::FanSpeed speed) {
@@ -207,7 +212,7 @@ FanReading readFan(const Host& host, const std::string& name) {
     auto reading = withDriver<IFanControl, FanReading>(host, name, readSurely<IFanControl>);
     const Device* const device = host.find(name);
     if (device && device->tach)
-        reading.rpm = withNamedFile(*device->tach, host.locator(),
+        reading.rpm = withNamedFile(tachOf(*device), host.locator(),
                                     [](const std::string& path) -> Result<unsigned> {
                                         const Result<std::int32_t> rpm = readRpm(path);
                                         if (!rpm)

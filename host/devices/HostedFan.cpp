@@ -37,7 +37,30 @@ XCode HostedFan::setFanSpeed(FanSpeed speed) {
             return XCode(XCode::FAILURE);
         }
     }
-    return CFanControl::setFanSpeed(speed);
+    XCode status = CFanControl::setFanSpeed(speed);
+    if (status.isSuccess())
+        m_inForce = speed;
+    return status;
+}
+
+std::uint32_t HostedFan::levelOf(FanSpeed speed) const {
+    const std::uint32_t third = m_profile.maximum / 3;
+    switch (speed) {
+    case FAN_SPEED_OFF:
+        return 0;
+    case FAN_SPEED_LOW:
+        return third;
+    case FAN_SPEED_HIGH:
+        return 2 * third;
+    case FAN_SPEED_FULL:
+        break;
+    }
+    return m_profile.maximum;
+}
+
+void HostedFan::moveTo(std::string path) {
+    m_path = std::move(path);
+    m_isManual = false;
 }
 
 Result<void> HostedFan::takeOver() {
@@ -64,6 +87,7 @@ Result<void> HostedFan::setAutomatic() {
         return Fault{"the profile names no file that selects automatic control (expected the key "
                      "enable)"};
     m_isManual = false;
+    m_inForce.reset();
     return withModeFile([&](const std::string& path) -> Result<void> {
         const auto wanted = static_cast<std::int32_t>(m_profile.automatic);
         Result<void> written = writeContent(path, std::to_string(wanted) + "\n");
@@ -84,6 +108,7 @@ Result<void> HostedFan::giveBack() {
         return {};
     const Found found = *std::exchange(m_found, std::nullopt);
     m_isManual = false;
+    m_inForce.reset();
     switch (m_profile.onExit) {
     case FanProfile::OnExit::KEEP:
         return {};

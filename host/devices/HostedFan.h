@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -27,6 +28,17 @@ public:
     /// Why the last `setFanSpeed` failed before it reached the device; empty otherwise.
     const std::optional<std::string>& fault() const { return m_fault; }
 
+    /// The speed that was set last, as long as it is in force: neither `setAutomatic` nor
+    /// `giveBack` has ended it. The device may hold another.
+    const std::optional<FanSpeed>& speedInForce() const { return m_inForce; }
+
+    /// What the driver writes to the device for `speed`.
+    std::uint32_t levelOf(FanSpeed speed) const;
+
+    /// From now on the device file is `path`: the kernel has made the device anew, and may have
+    /// made it automatic. The next speed that is set takes it off automatic control again.
+    void moveTo(std::string path);
+
     /// Puts the fan under automatic control and reads back that it is. The next speed that is set
     /// takes it off again.
     Result<void> setAutomatic();
@@ -48,10 +60,11 @@ private:
     Result<void> restore(const Found& found) const;
 
     const FanProfile& m_profile;
-    const std::string m_path;
+    std::string m_path;
     const DeviceLocator m_locator;
     std::optional<Found> m_found;
     bool m_isManual = false;
+    std::optional<FanSpeed> m_inForce;
     std::optional<std::string> m_fault;
 };
 

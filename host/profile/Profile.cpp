@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <iterator>
 #include <map>
 #include <sstream>
 
@@ -15,6 +18,7 @@ namespace {
 
 constexpr std::size_t MAX_PROFILE_SIZE = std::size_t{1024} * 1024;
 constexpr std::uint32_t MAX_DESCRIPTOR_SIZE = 65536;
+constexpr std::uint32_t MAX_HYSTERESIS = 1000; // degrees
 constexpr std::uint32_t MAX_BRIGHTNESS = 9999; // the LED driver writes four characters
 
 /// The parser destroys its tables by recursion, so a dotted name with very many parts would exhaust
@@ -159,6 +163,51 @@ LedSequencerProfile readLeds(const ProfileReader& reader) {
     return leds;
 }
 
+/// The number that `word` is, in decimal digits; empty if it is none of 32 bits.
+std::optional<std::int32_t> toNumber(const std::string& word) {
+    std::int32_t number = 0;
+    const char* const end = word.data() + word.size();
+    const auto [last, error] = std::from_chars(word.data(), end, number);
+    return error == std::errc() && last == end ? std::optional(number) : std::nullopt;
+}
+
+LedLineProfile readLedLine(const ProfileReader& reader, const char* key) {
+    constexpr std::size_t MOST_BYTES = 79; // the sequencer reads 80, with the newline
+    const std::string line = reader.text(key);
+    const auto isControl = [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return byte < ' ' || byte == 0x7F;
+    };
+    std::istringstream text(line);
+    const std::vector<std::string> words(std::istream_iterator<std::string>(text), {});
+    const bool isLine = (words.size() == 2 || (words.size() == 3 && toNumber(words[2]))) &&
+                        std::none_of(line.begin(), line.end(), isControl);
+    if (!isLine)
+        reader.fail(key, "'" + line +
+                             "' is not a line for the LEDs (expected two words and, if "
+                             "the row has one, a number)");
+    LedLineProfile read{words[0], words[1], std::nullopt, reader.where(key)};
+    if (words.size() == 3)
+        read.number = toNumber(words[2]);
+    if (join(words, " ").size() > MOST_BYTES)
+        reader.fail(key, "has " + std::to_string(line.size()) + " bytes (expected at most " +
+                             std::to_string(MOST_BYTES) + ")");
+    return read;
+}
+
+WatchProfile readWatch(const ProfileReader& reader) {
+    constexpr double SHORTEST = 0.1, LONGEST = 86400, MS = 1000;
+    WatchProfile watch;
+    if (reader.has("period_s"))
+        watch.period = std::chrono::milliseconds(
+            std::lround(reader.decimal("period_s", SHORTEST, LONGEST) * MS));
+    if (reader.has("on_alarm"))
+        watch.onAlarm = readLedLine(reader, "on_alarm");
+    if (reader.has("on_clear"))
+        watch.onClear = readLedLine(reader, "on_clear");
+    return watch;
+}
+
 } // namespace
 
 Profile Profile::load(const std::string& path) {
@@ -166,7 +215,7 @@ Profile Profile::load(const std::string& path) {
     const ProfileSource source{path, std::filesystem::path(path).parent_path()};
     const ProfileReader root(source, document, "",
                              {"fan", "thermal", "power", "led", "descriptor", "voip", "preferences",
-                              "button", "firmware", "leds", "simulated"});
+                              "button", "firmware", "leds", "watch", "simulated"});
     Profile profile;
     profile.simulated = root.has("simulated") && root.boolean("simulated");
     DriverNames names;
@@ -178,10 +227,12 @@ Profile Profile::load(const std::string& path) {
         readFan(reader, fan);
     }
     for (const ProfileReader& reader :
-         root.tables("thermal", {"name", "device", "description", "maximum"})) {
+         root.tables("thermal", {"name", "device", "description", "maximum", "hysteresis"})) {
         ThermalProfile& thermal = profile.thermals.emplace_back();
         readDevice(reader, names, thermal);
         thermal.maximum = reader.number("maximum");
+        if (reader.has("hysteresis"))
+            thermal.hysteresis = reader.number("hysteresis", 0, MAX_HYSTERESIS);
     }
     for (const ProfileReader& reader : root.tables("power", {"name", "device", "description"}))
         readDevice(reader, names, profile.powers.emplace_back());
@@ -209,6 +260,8 @@ Profile Profile::load(const std::string& path) {
     if (const auto reader =
             root.table("leds", {"tick_ms", "blink_pattern", "access", "file", "command"}))
         profile.ledService = readLeds(*reader);
+    if (const auto reader = root.table("watch", {"period_s", "on_alarm", "on_clear"}))
+        profile.watch = readWatch(*reader);
     return profile;
 }
 

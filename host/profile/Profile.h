@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -39,7 +40,8 @@ struct FanProfile : DeviceProfile {
 };
 
 struct ThermalProfile : DeviceProfile {
-    std::uint32_t maximum = 0; ///< highest temperature, in the unit that clients expect
+    std::uint32_t maximum = 0;    ///< highest temperature, in the unit that clients expect
+    std::uint32_t hysteresis = 2; ///< degrees below `maximum` at which an alarm ends
 };
 
 struct PowerProfile : DeviceProfile {};
@@ -93,6 +95,21 @@ struct LedSequencerProfile {
     std::vector<Command> commands;
 };
 
+/// A line for the LED sequencer: words that its pipe can carry, and fit into one line.
+struct LedLineProfile {
+    std::string word1;
+    std::string word2;
+    std::optional<std::int32_t> number;
+    std::string place; ///< "FILE:LINE: KEY", for messages
+};
+
+/// How a host watches its devices.
+struct WatchProfile {
+    std::chrono::milliseconds period{5000}; ///< between two looks, 100 ms to a day
+    std::optional<LedLineProfile> onAlarm;  ///< handled when the first alarm begins
+    std::optional<LedLineProfile> onClear;  ///< handled when the last alarm ends
+};
+
 /// What a board is, from a TOML file. Every path in it is relative to that file; here they are
 /// resolved.
 ///
@@ -109,6 +126,7 @@ struct Profile {
     std::optional<NamedPath> button;      ///< a device file
     std::optional<NamedPath> firmware;    ///< the information file
     std::optional<LedSequencerProfile> ledService;
+    WatchProfile watch;
     bool simulated = false; ///< no value of this board was measured
 
     /// Reads `path`. Throws Error if it can't be read, is not a file or is larger than 1 MiB.

@@ -84,7 +84,7 @@ NamedPath ProfileReader::path(const char* key) const {
     const std::string value = text(key);
     if (value.empty())
         fail(key, "is empty (expected a path)");
-    return {(m_source.folder / value).string(), lineOf(node(key).source()) + placeOf(key)};
+    return {(m_source.folder / value).string(), where(key)};
 }
 
 NamedPath ProfileReader::device(const char* key) const {
@@ -122,6 +122,21 @@ std::uint32_t ProfileReader::number(const char* key, std::uint32_t minimum,
 
 std::int32_t ProfileReader::signedNumber(const char* key) const {
     return static_cast<std::int32_t>(integer(key, INT32_MIN, INT32_MAX));
+}
+
+double ProfileReader::decimal(const char* key, double minimum, double maximum) const {
+    const toml::node& value = node(key);
+    std::ostringstream range;
+    range << " (expected " << minimum << " to " << maximum << ")";
+    if (!value.is_number())
+        fail(key, "is of type " + typeOf(value) + range.str());
+    const double number = value.value<double>().value_or(0);
+    if (!(number >= minimum && number <= maximum)) { // NaN is neither
+        std::ostringstream text;
+        text << number << " is out of range";
+        fail(key, text.str() + range.str());
+    }
+    return number;
 }
 
 std::int32_t ProfileReader::word(const char* key, Words words) const {

@@ -46,6 +46,8 @@ public:
     std::uint32_t number(const char* key, std::uint32_t minimum = 0,
                          std::uint32_t maximum = UINT32_MAX) const;
     std::int32_t signedNumber(const char* key) const;
+    /// A number with or without decimals.
+    double decimal(const char* key, double minimum, double maximum) const;
     /// One of `words`.
     std::int32_t word(const char* key, Words words) const;
     /// One of `words`, or any signed number.
@@ -58,6 +60,9 @@ public:
 
     /// The table's place, for messages: "FILE:LINE: TABLE".
     std::string where() const { return lineOf(m_table.source()) + m_place; }
+
+    /// The place of `key`, which the table has: "FILE:LINE: KEY".
+    std::string where(const char* key) const { return lineOf(node(key).source()) + placeOf(key); }
 
     /// The full name of `key`, such as "fan[0].name".
     std::string placeOf(const std::string& key) const;

@@ -19,6 +19,7 @@
 #include "program/Commands.h"
 #include "program/StopSignals.h"
 #include "program/WordChecks.h"
+#include "watch/Watch.h"
 
 using nlohmann::ordered_json;
 
@@ -30,6 +31,7 @@ using Clock = StopSignals::Clock;
 
 struct RunWords {
     std::optional<double> seconds;
+    std::optional<double> cpu; ///< seconds between two lines about the load
     bool tour = false;
     bool yes = false; ///< the tour may set the fans of a real board
     bool panel = false;
@@ -42,7 +44,7 @@ public:
         : m_words(words), m_showsLeds(words.panel || words.tour),
           m_drawsPanel(m_showsLeds && !options.json && Panel::isPossible()),
           m_lines(options.json, m_drawsPanel ? &m_panel : nullptr), m_loop(*this, *this),
-          m_board(options) {}
+          m_board(options), m_watch(m_board.host(), m_board.profile(), m_loop.events()) {}
 
     int run() {
         const auto start = Clock::now();
@@ -71,18 +73,22 @@ private:
         if (m_words.tour && !m_words.yes && !m_board.isSimulated())
             askBeforeTour();
         showDevices();
+        m_watch.look();
+        m_loop.passEventsOn(); // what does not work
         showReport();
         showFirmware();
         {
             const board::Services services(m_board.profile(), m_showsLeds, m_loop.events());
             m_leds = services.leds();
             showServices(services);
+            m_watch.sendLedLinesTo([&](const std::string& line) { sendToLeds(services, line); });
             m_lines.print("ready", "ready");
             notify("READY=1");
             host(services, start);
             if (m_drawsPanel)
                 m_panel.clear();
             notify("STOPPING=1");
+            m_watch.sendLedLinesTo(nullptr);
             m_leds = nullptr;
         }
     }
@@ -116,10 +122,10 @@ private:
         const std::string kind = board::kindName(device.kind);
         const std::string title =
             device.kind == board::DeviceKind::PREFERENCES ? kind : kind + " '" + device.name + "'";
-        if (device.fault)
+        if (device.fault && !m_watch.watches(device.name))
             m_lines.fault(title + ": " + *device.fault,
                           {{"kind", kind}, {"name", device.name}, {"error", *device.fault}});
-        else if (!device.endpoint.empty())
+        else if (!device.fault && !device.endpoint.empty())
             m_lines.print("connected",
                           title + ": connected to '" + device.endpoint + "', " +
                               (device.description.empty() ? "" : device.description + ", ") +
@@ -131,12 +137,12 @@ private:
                            {"description", device.description}});
     }
 
-    /// Loads the descriptor, determines the capacity and shows the whole report.
+    /// Loads the descriptor, determines the capacity and shows the whole report. The watch has told
+    /// already which devices are gone.
     void showReport() {
         const board::Report report = board::makeReport(m_board.host());
         for (const board::DriverReport& driver : report.drivers)
-            if (driver.fault && (driver.name == board::DESCRIPTOR_DRIVER ||
-                                 driver.fault != m_board.host().faultOf(driver.name)))
+            if (driver.fault && !m_watch.isGone(driver.name))
                 m_lines.fault("driver '" + driver.name + "': " + *driver.fault,
                               {{"name", driver.name}, {"error", *driver.fault}});
         const auto isUnread = [](const board::DriverReport& driver) {
@@ -192,6 +198,19 @@ private:
                           {{"device", m_board.profile().button->path}});
     }
 
+    /// A line that a profile sends when an alarm begins or ends.
+    void sendToLeds(const board::Services& services, const std::string& line) {
+        try {
+            // Somebody else may read the pipe.
+            if (!services.leds() || !services.leds()->writers())
+                throw board::Error("no LED service of this host takes commands");
+            board::sendLedLine(line);
+        } catch (const board::Error& error) {
+            m_loop.events().push(
+                board::event::FaultReport{"leds: '" + line + "' can't be sent: " + error.what()});
+        }
+    }
+
     void notify(const char* state) {
         try {
             if (m_isNotifying)
@@ -203,6 +222,9 @@ private:
     }
 
     void host(const board::Services& services, Clock::time_point start) {
+        m_loop.every(m_board.profile().watch.period, [this] { m_watch.look(); });
+        if (m_words.cpu)
+            m_loop.every(StopSignals::spanOf(*m_words.cpu), [this] { showLoad(m_meter.next()); });
         const TourStage stage{m_board, m_lines, services.leds() && services.leds()->writers(),
                               services.watchesButton(), [&](std::chrono::milliseconds span) {
                                   return m_loop.runUntil(Clock::now() + span);
@@ -216,15 +238,16 @@ private:
             static_cast<void>(m_loop.runUntil(end));
     }
 
+    void showLoad(const board::Result<board::CpuReading>& load) {
+        m_lines.printTimed("cpu", "CPU load " + (load ? toText(load) : load.fault()), toJson(load));
+    }
+
     Clock::time_point now() override { return Clock::now(); }
-    bool waitUntil(Clock::time_point end, int descriptor) override {
+    bool waitUntil(std::optional<Clock::time_point> end, int descriptor) override {
         return StopSignals::waitUntil(end, descriptor);
     }
 
     void onEvents(const board::EventQueue::Batch& batch) override { m_lines.print(batch); }
-    void onCpuLoad(const board::Result<board::CpuReading>& load) override {
-        m_lines.printTimed("cpu", "CPU load " + (load ? toText(load) : load.fault()), toJson(load));
-    }
     void onRoundEnd() override {
         if (m_drawsPanel && m_leds)
             m_panel.draw(m_leds->states());
@@ -238,7 +261,9 @@ private:
     Panel m_panel;
     EventLines m_lines;
     board::HostingLoop m_loop;
-    const Board m_board;
+    Board m_board;
+    board::Watch m_watch;
+    board::CpuMeter m_meter;
     const board::LedService* m_leds = nullptr; ///< null unless the services run
 };
 
@@ -254,6 +279,9 @@ void addRun(CLI::App& app, Options& options) {
         app, options, "run", "Host the board until a signal ends it, and show what happens", run);
     command.add_option("--for", words.seconds, "End after this long")
         ->check(seconds())
+        ->option_text("SECONDS");
+    command.add_option("--cpu", words.cpu, "Print the CPU load at this interval")
+        ->check(seconds(0.1, 86400))
         ->option_text("SECONDS");
     command.add_flag("--tour", words.tour, "Play a tour of the whole board, then end");
     command.add_flag("-y,--yes", words.yes,

@@ -18,13 +18,15 @@ public:
     void print(const char* event, const std::string& text,
                const nlohmann::ordered_json& fields = nlohmann::ordered_json::object());
 
-    /// Like `print`, with the current time before the text and among the fields.
+    /// Like the first `print`, with the current time before the text and among the fields.
     void printTimed(const char* event, const std::string& text,
                     const nlohmann::ordered_json& fields);
 
     /// Prints a fault on standard error; with JSON also as a "fault" event with `fields`.
     void fault(const std::string& text, const nlohmann::ordered_json& fields);
 
+    /// Prints what has happened on the board, with its time. What does not work goes to standard
+    /// error, with JSON to both. A panel shows the LEDs, so their changes are not printed then.
     void print(const board::EventQueue::Batch& batch);
 
     /// True if standard output can't be written any more.
@@ -32,19 +34,8 @@ public:
 
 private:
     void print(const board::EventQueue::Entry& entry);
-    void printEvent(const TYTime& time, const board::event::ButtonPressed& pressed);
-    void printEvent(const TYTime& time, const board::event::ButtonReleased& released);
-    void printEvent(const TYTime& time, const board::event::LedCommand& command);
-    void printEvent(const TYTime& time, const board::event::LedChanged& led);
-    void printEvent(const TYTime& time, const board::event::FaultReport& event);
-    void printEvent(const TYTime& time, const board::event::LogLine& line);
-    void printEvent(const TYTime& time, const board::event::LedCommandUnknown& command);
-    void printEvent(const TYTime& time, const board::event::LedPipeGone& pipe);
-    void printEvent(const TYTime& time, const board::event::LedPipeBack& pipe);
-    void printEvent(const TYTime& time, const board::event::LedFileGone& led);
-    void printEvent(const TYTime& time, const board::event::LedFileBack& led);
-    void printTimed(const TYTime& time, const char* event, const std::string& text,
-                    const nlohmann::ordered_json& fields);
+    void complainAbout(const char* event, const std::string& text,
+                       const nlohmann::ordered_json& fields);
 
     const bool m_json;
     Panel* const m_panel;

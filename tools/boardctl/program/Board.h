@@ -51,13 +51,14 @@ public:
     Board(const Options& options, board::DeviceKind kind, const std::string& name);
 
     const board::Host& host() const { return m_host; }
+    board::Host& host() { return m_host; }
 
     /// The names of the devices that were chosen; none if every device was.
     const std::vector<std::string>& names() const { return m_names; }
 
 private:
     const std::vector<std::string> m_names;
-    const board::Host m_host;
+    board::Host m_host;
 };
 
 } // namespace boardctl

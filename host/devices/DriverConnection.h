@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "CKernelDriver.h"
+#include "MxMsg.h"
+#include "TYPPtr.h"
+#include "devices/KernelEndpoint.h"
+#include "profile/Profile.h"
+
+namespace board {
+
+/// A kernel-backed driver with the endpoint that answers it. Closes the driver at its end.
+class DriverConnection {
+public:
+    /// Takes over the reference to `driver`, which is closed and uses `endpointOf(entry)`. The
+    /// endpoint will answer with `answers`, the description in `entry` and a path. `entry` must
+    /// outlive the object.
+    DriverConnection(const DeviceProfile& entry, CKernelDriver* driver, std::vector<MxMsg> answers);
+    ~DriverConnection();
+    DriverConnection(DriverConnection&&) = default;
+    DriverConnection& operator=(DriverConnection&&) = delete;
+
+    /// Connects the driver to the device file `path`, also if it is connected to another. Holds the
+    /// driver's lock meanwhile. Throws Error with the system's reason if that fails.
+    void open(const std::string& path);
+
+    const DeviceProfile& entry() const { return *m_entry; }
+
+    /// The name of the endpoint.
+    static String endpointOf(const DeviceProfile& entry);
+
+private:
+    const DeviceProfile* m_entry;
+    TYPPtr<CKernelDriver> m_driver;
+    std::vector<MxMsg> m_answers; ///< without the path
+    std::unique_ptr<KernelEndpoint> m_endpoint;
+};
+
+} // namespace board

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "base/Events.h"
+#include "base/Result.h"
+#include "profile/Profile.h"
+
+namespace board {
+
+/// Tells whether somebody has changed the board descriptor on its device. Keeps the part of the
+/// image that a load reads: at most 64 KiB.
+class DescriptorWatch {
+public:
+    /// `profile` must outlive the object.
+    explicit DescriptorWatch(const DescriptorProfile& profile) : m_profile(profile) {}
+
+    /// Compares the device at `path` with what the last call has seen there, and says what has
+    /// changed; nothing the first time. Loads the image only if its bytes differ. A change while
+    /// another program holds the device's lock is left for a later call, when the writer is done.
+    /// A fault tells why the device can't be read.
+    Result<std::optional<event::DescriptorChanged>> look(const std::string& path);
+
+private:
+    struct Seen {
+        std::string bytes; ///< what a load reads
+        bool isWhole;      ///< the device holds nothing else
+    };
+
+    const DescriptorProfile& m_profile;
+    std::optional<Seen> m_seen; ///< empty before the device could be read
+};
+
+} // namespace board

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "board/CpuMeter.h"
+#include "board/Host.h"
+#include "board/Readings.h"
+#include "profile/Profile.h"
+#include "watch/Alarms.h"
+#include "watch/DescriptorWatch.h"
+
+namespace board {
+
+/// What a watch knows about a device.
+struct WatchedDevice {
+    DeviceKind kind;
+    std::string name;
+    /// As it was read last, with the fault if it could not be read. A descriptor has none.
+    std::variant<std::monostate, FanReading, TemperatureReading, PowerReading, LedReading> reading;
+    std::optional<std::string> fault; ///< why the device can't be read
+    TYTime since;                     ///< since when it can or can't be read, by the calendar clock
+};
+
+/// Looks at the fans, sensors, supplies, LEDs and the descriptor of a hosted board. Each change
+/// since the last look becomes one event; the first look compares with a board on which everything
+/// works. A device that can't be read is searched and connected again at each look.
+///
+/// A sensor is over its maximum until it is below the maximum minus the hysteresis. A fan follows
+/// if it holds the speed that this process has set; if none is in force, every speed is right. A
+/// fan that has just been switched on may stand still for one look. While a device can't be read,
+/// its other alarms stay as they are.
+///
+/// One thread. Memory is bounded by the number of devices.
+class Watch {
+public:
+    /// Takes a line for the LED sequencer. The sequencer handles it like a line from its pipe.
+    using LedLineSink = std::function<void(const std::string& line)>;
+
+    /// All arguments must outlive the object.
+    Watch(Host& host, const Profile& profile, EventQueue& events);
+
+    void look();
+
+    /// Where the lines go that the profile names for the begin of the first alarm and the end of
+    /// the last one; an empty function drops them. The first line is due at once if there are
+    /// alarms.
+    void sendLedLinesTo(LedLineSink sink);
+
+    /// Sorted as in the host. All of them work before the first look.
+    const std::vector<WatchedDevice>& devices() const { return m_devices; }
+
+    bool watches(const std::string& name) const { return find(name) != nullptr; }
+    /// The device `name` could not be read at the last look.
+    bool isGone(const std::string& name) const;
+
+    const std::vector<Alarm>& alarms() const { return m_alarms.all(); }
+
+    /// The load of the processors between the last two looks.
+    const Result<CpuReading>& load() const { return m_load; }
+
+private:
+    const WatchedDevice* find(const std::string& name) const;
+    void lookAt(WatchedDevice& device);
+    void lookAtFan(WatchedDevice& device);
+    void lookAtThermal(WatchedDevice& device);
+    void lookAtPower(WatchedDevice& device);
+    void lookAtDescriptor(WatchedDevice& device);
+    template <class Reading>
+    const Reading* read(WatchedDevice& device,
+                        Reading (*readOnce)(const Host&, const std::string&));
+    void note(WatchedDevice& device, std::optional<std::string> fault);
+    void pickDescriptorUp() const;
+    void showAlarms();
+
+    Host& m_host;
+    const Profile& m_profile;
+    EventQueue& m_events;
+    Alarms m_alarms;
+    std::vector<WatchedDevice> m_devices;
+    std::optional<DescriptorWatch> m_descriptor;
+    CpuMeter m_meter;
+    Result<CpuReading> m_load = Fault{"has not been measured"};
+    LedLineSink m_sink;
+    bool m_showsAlarm = false; ///< the LEDs were told about an alarm
+};
+
+} // namespace board
