@@ -76,14 +76,14 @@ EventWords words(const event::TemperatureBack& back) {
 
 EventWords words(const event::DeviceGone& gone) {
     return {"device-gone",
-            titleOf(gone.kind, gone.name) + " is gone: " + gone.reason,
+            titleOf(gone.kind, gone.name) + " can't be used: " + gone.reason,
             {{"kind", gone.kind}, {"name", gone.name}, {"error", gone.reason}},
             true};
 }
 
 EventWords words(const event::DeviceBack& back) {
     return {"device-back",
-            titleOf(back.kind, back.name) + " is back",
+            titleOf(back.kind, back.name) + " can be used again",
             {{"kind", back.kind}, {"name", back.name}}};
 }
 

@@ -44,6 +44,8 @@ TEST(Profile, ReadsDefaultsDeviceClassesActionsAndPlainNumbers) {
     EXPECT_EQ(profile.fans[0].onExit, board::FanProfile::OnExit::RESTORE);
     EXPECT_EQ(std::tie(profile.leds[0].on, profile.leds[1].on), std::tuple(1U, 9999U));
     EXPECT_FALSE(profile.simulated);
+    EXPECT_EQ(profile.watch.period, std::chrono::seconds(5));
+    EXPECT_FALSE(profile.watch.onAlarm || profile.watch.onClear);
     EXPECT_EQ(profile.descriptor->device.path, "/abs");
     EXPECT_EQ(profile.descriptor->readChunk, 1U);
     EXPECT_EQ(profile.descriptor->size, 65536U);
@@ -64,7 +66,9 @@ TEST(Profile, ReadsDefaultsDeviceClassesActionsAndPlainNumbers) {
     dir.write("board.toml", "simulated=true\n[descriptor]\ndevice='d'\n[voip]\n[leds]\n"
                             "[[leds.file]]\nmask=1\npath='p'\non=255\n[[fan]]\nname='f'\n"
                             "device='d'\nmaximum=1\nmanual=0\nautomatic=5\non_exit='full'\n"
-                            "tach='led:x'\n");
+                            "tach='led:x'\n[[thermal]]\nname='t'\ndevice='d'\nmaximum=1\n"
+                            "hysteresis=0\n[watch]\nperiod_s=0.25\non_alarm=' a  b '\n"
+                            "on_clear='a b -7'\n");
     const Profile plain = Profile::load(dir.path("board.toml"));
     EXPECT_EQ(plain.descriptor->readChunk, 128U);
     EXPECT_EQ(plain.descriptor->size, 512U);
@@ -76,10 +80,19 @@ TEST(Profile, ReadsDefaultsDeviceClassesActionsAndPlainNumbers) {
     EXPECT_EQ(plain.fans[0].onExit, board::FanProfile::OnExit::FULL);
     EXPECT_EQ(plain.fans[0].tach->path, "led:x");
     EXPECT_TRUE(plain.simulated);
+    EXPECT_EQ(plain.thermals[0].hysteresis, 0U);
+    EXPECT_EQ(plain.watch.period, std::chrono::milliseconds(250));
+    const auto& onAlarm = *plain.watch.onAlarm;
+    EXPECT_EQ(std::tie(onAlarm.word1, onAlarm.word2), std::tuple("a", "b"));
+    EXPECT_FALSE(onAlarm.number);
+    EXPECT_EQ(plain.watch.onClear->number, -7);
 }
 
 TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
     const std::string fan = "[[fan]]\nname='f'\ndevice='d'\n";
+    const std::string noLine =
+        " is not a line for the LEDs (expected two words and, if the row has "
+        "one, a number)";
     const struct {
         std::string text;
         std::string complaint;
@@ -99,8 +112,9 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
         {"[[led]]\nname='l'\ndevice='d'\non=2\nbi_status=true\n",
          "4: led[0].on: 2 is the second lit state of an LED with bi_status (expected another "
          "brightness)"},
-        {"[[fna]]\n", "1: fna: unknown key (expected fan, thermal, power, led, descriptor, voip, "
-                      "preferences, button, firmware, leds, simulated); did you mean 'fan'?"},
+        {"[[fna]]\n",
+         "1: fna: unknown key (expected fan, thermal, power, led, descriptor, voip, "
+         "preferences, button, firmware, leds, watch, simulated); did you mean 'fan'?"},
         {"[leds]\naccess='flies'\n", "2: leds.access: 'flies' is unknown (expected files, none, or "
                                      "a number); did you mean 'files'?"},
         {"fan=[1]\n", "1: fan[0]: is of type integer (expected a table)"},
@@ -127,7 +141,21 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
         {"[voip]\nborder_controller=1\n",
          "2: voip.border_controller: is of type integer (expected true or false)"},
         {"\"a\\nb\"=1\n", "1: a\\x0ab: unknown key (expected fan, thermal, power, led, descriptor, "
-                          "voip, preferences, button, firmware, leds, simulated)"},
+                          "voip, preferences, button, firmware, leds, watch, simulated)"},
+        {"[[thermal]]\nname='t'\ndevice='d'\nmaximum=1\nhysteresis=1001\n",
+         "5: thermal[0].hysteresis: 1001 is out of range (expected 0 to 1000)"},
+        {"[watch]\nperiod_s=0.05\n",
+         "2: watch.period_s: 0.05 is out of range (expected 0.1 to 86400)"},
+        {"[watch]\nperiod_s=nan\n",
+         "2: watch.period_s: nan is out of range (expected 0.1 to 86400)"},
+        {"[watch]\nperiod_s='5'\n", "2: watch.period_s: is of type string (expected 0.1 to 86400)"},
+        {"[watch]\non_alarm='alarm'\n", "2: watch.on_alarm: 'alarm'" + noLine},
+        {"[watch]\non_alarm='a b 2147483648'\n", "2: watch.on_alarm: 'a b 2147483648'" + noLine},
+        {"[watch]\non_clear='a b 1 2'\n", "2: watch.on_clear: 'a b 1 2'" + noLine},
+        {"[watch]\non_clear=\"a\\tb\"\n", "2: watch.on_clear: 'a\\x09b'" + noLine},
+        {"[watch]\non_alarm='a " + std::string(77, 'b') + "'\n", ""},
+        {"[watch]\non_alarm='a " + std::string(78, 'b') + "'\n",
+         "2: watch.on_alarm: has 80 bytes (expected at most 79)"},
     };
     const TempDir dir;
     for (const auto& each : CASES)

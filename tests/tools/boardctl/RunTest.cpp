@@ -1,5 +1,6 @@
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <regex>
 
 #include <fcntl.h>
@@ -86,18 +87,18 @@ $ printf "[leds]\n[[leds.file]]\nmask=1\npath='led:none at all'\n[[leds.file]]\n
 $ printf "[firmware]\ninfo='.'\n[preferences]\nfile='.'\n[voip]\n" >>board.toml
 $ boardctl --board board.toml run --for 0 2>messages | sed -n 2p; steady <messages
 power 'Lü': connected to 'kernel.Lü', x\x1b[31m\x0a, device file supply
-boardctl: fan 'fan': board.toml:3: fan[0].device: gone: can't open: No such file or directory
 boardctl: preferences: board.toml:23: preferences.file: .: is not a file (expected lines 'key = value')
-boardctl: driver 'board-descr-driver': board.toml:10: descriptor.device: .: is not a device file (expected a file or a block device)
+boardctl: TIME fan 'fan' can't be used: board.toml:3: fan[0].device: gone: can't open: No such file or directory
+boardctl: TIME descriptor can't be used: board.toml:10: descriptor.device: .: is not a device file (expected a file or a block device)
 boardctl: firmware: board.toml:21: firmware.info: .: is not a file (expected text lines)
 boardctl: leds: board.toml:16: leds.file[0].path: led:none at all: there is no LED 'none at all' (there are: ...)
 boardctl: button: board.toml:12: button.device: board.toml: is not a button (expected a pipe or a character device)
 boardctl: TIME unable to open file /sys/class/leds/none at all/brightness
 boardctl: TIME unable to open file dark
-$ boardctl --board board.toml run --for 0 --format json 2>log | grep 'fault.*[0-9]:' | steady | cut -d : -f 2-4 | cut -c 1-40
-"fault","kind":"fan","name":"fan","error
+$ boardctl --board board.toml run --for 0 --format json 2>log | grep -e 'fault.*[0-9]:' -e gone | steady | cut -d : -f 2-4 | cut -c 1-40
 "fault","kind":"preferences","name":"pre
-"fault","name":"board-descr-driver","err
+"device-gone","time":"TIME","kind":"fan"
+"device-gone","time":"TIME","kind":"desc
 "fault","kind":"firmware","error":"board
 "fault","kind":"leds","error":"board.tom
 "fault","kind":"button","error":"board.t
@@ -232,6 +233,28 @@ boardctl: leds: /tmp/evt.fifo: the pipe is in use: another LED service reads it;
         "[0-9-]{10}T[0-9:]{8}\\.[0-9]{3}[+-][0-9]{4} button (pressed|released, held [0-9.e-]+ s)");
     const std::sregex_iterator first(outcome.out.begin(), outcome.out.end(), stamped);
     EXPECT_EQ(std::distance(first, {}), 30) << outcome.out;
+}
+
+TEST_F(HostedBoard, WatchesItsDevicesAndShowsAnAlarmOnItsLeds) {
+    expectTranscript(m_dir, R"sh(
+$ printf '[watch]\nperiod_s = 0.1\non_alarm = "line call"\non_clear = "line idle"\n' >>board.toml
+)sh");
+    const auto setTemperature = [&](const std::string& text) { // in one step
+        m_dir.write("new", text);
+        std::filesystem::rename(m_dir.path("new"), m_dir.path("sim/dev/temperature"));
+    };
+    Program run(words({"run", "--panel", "--cpu", "0.1"}));
+    ASSERT_TRUE(run.waitForOutput("ready\n"));
+    setTemperature("99000\n");
+    ASSERT_TRUE(run.waitForOutput("LED 'line' on"));
+    setTemperature("41500\n");
+    ASSERT_TRUE(run.waitForOutput("41.500 degrees Celsius, below its maximum of 85\n"));
+    ASSERT_TRUE(run.waitForOutput("LED 'line' off"));
+    ASSERT_TRUE(run.waitForOutput("CPU load "));
+    run.signalUntilEnded(SIGINT);
+    EXPECT_NE(run.finish().err.find(
+                  " thermal 'thermal': 99.000 degrees Celsius, over its maximum of 85\n"),
+              std::string::npos);
 }
 
 TEST_F(HostedBoard, EndsWhenAskedEvenIfNobodyReadsWhatItPrints) {
