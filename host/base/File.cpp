@@ -100,13 +100,6 @@ off_t trySize(const std::string& path) {
     return ::stat(path.c_str(), &status) == 0 ? status.st_size : -1;
 }
 
-std::optional<FileIdentity> identityOf(const std::string& path) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0)
-        return std::nullopt;
-    return FileIdentity{status.st_dev, status.st_ino};
-}
-
 mode_t permissionsOf(const FileDescriptor& file) {
     struct stat status {};
     return ::fstat(file.number(), &status) == 0 ? status.st_mode & 07777 : 0;

@@ -35,19 +35,6 @@ FileKind kindOf(const FileDescriptor& file);
 /// The kind in the `st_mode` of a stat call.
 FileKind kindOf(mode_t mode);
 
-/// Which file a path leads to. The same name leads to another file if a device was removed and
-/// added again.
-struct FileIdentity {
-    dev_t device;
-    ino_t inode;
-    friend bool operator==(const FileIdentity& a, const FileIdentity& b) {
-        return a.device == b.device && a.inode == b.inode;
-    }
-    friend bool operator!=(const FileIdentity& a, const FileIdentity& b) { return !(a == b); }
-};
-/// Empty if the path can't be examined.
-std::optional<FileIdentity> identityOf(const std::string& path);
-
 /// The permission bits; 0 if the open file can't be examined.
 mode_t permissionsOf(const FileDescriptor& file);
 

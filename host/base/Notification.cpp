@@ -8,6 +8,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include "base/Error.h"
 #include "base/File.h"
@@ -34,6 +35,17 @@ void notifyInitSystem(const std::string& state) {
                                     reinterpret_cast<const sockaddr*>(&address), size) >= 0;
     if (!sent)
         throw Error(std::string("NOTIFY_SOCKET: ") + path + ": " + reasonOf(errno));
+}
+
+std::optional<std::chrono::microseconds> watchdogPeriod() {
+    const char* const period = std::getenv("WATCHDOG_USEC");
+    const char* const process = std::getenv("WATCHDOG_PID");
+    if (!period || (process && std::to_string(::getpid()) != process))
+        return std::nullopt;
+    const long long microseconds = std::atoll(period);
+    if (microseconds <= 0)
+        return std::nullopt;
+    return std::chrono::microseconds(microseconds);
 }
 
 bool isJournal(int descriptor) {

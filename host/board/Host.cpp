@@ -52,7 +52,7 @@ Device describe(DeviceKind kind, const DeviceProfile& entry) {
 
 /// Which file was found at `path`, if the profile does not name that path itself.
 std::optional<FileIdentity> identityIfNamed(const NamedPath& named, const std::string& path) {
-    return named.path == path ? std::nullopt : identityOf(path);
+    return named.path == path ? std::nullopt : tryIdentify(path);
 }
 
 template <class Devices>
@@ -187,8 +187,8 @@ void Host::reconnect(const std::string& name) {
 }
 
 bool Host::hasMoved(const Device& device) {
-    return (device.identity && identityOf(device.path) != device.identity) ||
-           (device.tachIdentity && identityOf(device.tachPath) != device.tachIdentity);
+    return (device.identity && tryIdentify(device.path) != device.identity) ||
+           (device.tachIdentity && tryIdentify(device.tachPath) != device.tachIdentity);
 }
 
 void Host::addFan(const FanProfile& profile) {

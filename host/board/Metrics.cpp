@@ -1,7 +1,6 @@
 #include "board/Metrics.h"
 
 #include <algorithm>
-#include <iomanip>
 #include <sstream>
 
 #include "board/Host.h"
@@ -63,12 +62,6 @@ private:
     std::ostringstream m_text;
 };
 
-std::string hexLabel(std::uint32_t identifier) {
-    std::ostringstream text;
-    text << "0x" << std::hex << std::setfill('0') << std::setw(4) << identifier;
-    return quoted(text.str());
-}
-
 void addDevices(Families& families, const Host& host, const Report& report) {
     families.begin("board_device_up", "1 if a device of the board can be used, 0 if not.");
     for (const Device& device : host.devices()) {
@@ -86,10 +79,10 @@ void addDevices(Families& families, const Host& host, const Report& report) {
 
 void addIdentity(Families& families, const Report& report) {
     std::string labels;
-    if (report.platform)
-        labels += "platform=" + hexLabel(*report.platform) + ",";
-    if (report.product)
-        labels += "product=" + hexLabel(*report.product) + ",";
+    if (report.identity.platform)
+        labels += "platform=" + quoted(identifierText(*report.identity.platform)) + ",";
+    if (report.identity.product)
+        labels += "product=" + quoted(identifierText(*report.identity.product)) + ",";
     if (report.firmware && *report.firmware)
         labels += "firmware=" + quoted((*report.firmware)->version) + ",";
     if (labels.empty())

@@ -94,15 +94,6 @@ void addCapacity(Report& report, const CResourceVoip& driver, bool isDetermined)
     });
 }
 
-void addIdentity(Report& report, CBoardDescr& descriptor) {
-    String error;
-    unsigned identifier = 0;
-    if (descriptor.getPlatformID(identifier, error).isSuccess())
-        report.platform = identifier;
-    if (descriptor.getProductID(identifier, error).isSuccess())
-        report.product = identifier;
-}
-
 std::optional<std::string> faultIn(const Result<void>& result) {
     return result ? std::nullopt : std::optional(result.fault());
 }
@@ -131,6 +122,22 @@ Result<void> settleCapacity(const Host& host) {
     return Fault{error.c_str()};
 }
 
+BoardIdentity identityOf(CBoardDescr& descriptor) {
+    const TYLockHolder hold(descriptor.getLock());
+    BoardIdentity identity;
+    String error;
+    unsigned identifier = 0;
+    if (descriptor.getPlatformID(identifier, error).isSuccess())
+        identity.platform = identifier;
+    if (descriptor.getProductID(identifier, error).isSuccess())
+        identity.product = identifier;
+    return identity;
+}
+
+std::string identifierText(unsigned identifier) {
+    return String::format("0x%04x", identifier).c_str();
+}
+
 std::optional<unsigned> dspChannelsOf(const CResourceVoip& capacity) {
     const unsigned channels = capacity.getDspChannelCount();
     return channels == UNKNOWN_CHANNELS ? std::nullopt : std::optional(channels);
@@ -153,7 +160,7 @@ Report makeReport(const Host& host) {
     for (const Device& device : host.devices())
         addReading(host, report, device);
     if (host.descriptor() && descriptor)
-        addIdentity(report, *host.descriptor());
+        report.identity = identityOf(*host.descriptor());
     if (host.capacity())
         addCapacity(report, *host.capacity(), static_cast<bool>(capacity));
     return report;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "CBoardDescr.h"
 #include "CResourceVoip.h"
 #include "InfoContainer.h"
 #include "base/Result.h"
@@ -27,6 +28,12 @@ struct CapacityReport {
     unsigned sipLegs = 0;
 };
 
+/// The identifiers in a board descriptor; empty if it has none.
+struct BoardIdentity {
+    std::optional<unsigned> platform;
+    std::optional<unsigned> product;
+};
+
 /// Everything that the drivers of a hosted board report.
 struct Report {
     std::vector<DriverReport> drivers; ///< in the order of the repository
@@ -34,8 +41,7 @@ struct Report {
     std::vector<TemperatureReading> temperatures;
     std::vector<PowerReading> powers;
     std::vector<LedReading> leds;
-    std::optional<unsigned> platform; ///< the identifiers in the descriptor; empty if it has none
-    std::optional<unsigned> product;
+    BoardIdentity identity;
     std::optional<CapacityReport> capacity; ///< empty if there is none or it can't be determined
 
     // `makeReport` leaves these empty, because they have no driver.
@@ -50,6 +56,12 @@ Result<void> loadDescriptor(const Host& host);
 /// Determines the VoIP capacity from the loaded descriptor and the preferences. The host must have
 /// a capacity.
 Result<void> settleCapacity(const Host& host);
+
+/// The identifiers in the tags that the descriptor holds now. Holds its lock.
+BoardIdentity identityOf(CBoardDescr& descriptor);
+
+/// An identifier as it is printed, such as "0x12ab".
+std::string identifierText(unsigned identifier);
 
 /// The DSP channels; empty if the board does not state them.
 std::optional<unsigned> dspChannelsOf(const CResourceVoip& capacity);

@@ -4,10 +4,12 @@
 
 namespace board {
 
-Services::Services(const Profile& profile, bool tellsLeds, EventQueue& events) {
+Services::Services(const Profile& profile, bool tellsLeds, EventQueue& events,
+                   const std::string& ledMemory) {
     try {
         if (profile.ledService)
-            m_leds = std::make_unique<LedService>(*profile.ledService, tellsLeds, events);
+            m_leds = std::make_unique<LedService>(*profile.ledService, tellsLeds, events,
+                                                  DeviceLocator(), ledMemory);
     } catch (const Error& error) {
         m_failures.push_back({Kind::LEDS, error.what()});
     }

@@ -17,8 +17,10 @@ namespace board {
 class Services {
 public:
     /// `profile` and `events` must outlive the object. With `tellsLeds`, each change of an LED is
-    /// an event.
-    Services(const Profile& profile, bool tellsLeds, EventQueue& events);
+    /// an event. `ledMemory` is the file in which the LED sequencer remembers what LEDs hold over a
+    /// restart; empty for none.
+    Services(const Profile& profile, bool tellsLeds, EventQueue& events,
+             const std::string& ledMemory = "");
 
     enum class Kind { LEDS, BUTTON };
 

@@ -147,10 +147,8 @@ EventWords words(const event::LedCommandUnknown& command) {
 }
 
 EventWords words(const event::LedPipeGone& pipe) {
-    return {"led-pipe-gone",
-            "no LED commands arrive: " + pipe.reason,
-            {{"error", pipe.reason}},
-            true};
+    return {
+        "led-pipe-gone", "no LED commands arrive: " + pipe.reason, {{"error", pipe.reason}}, true};
 }
 
 EventWords words(const event::LedPipeBack& pipe) {

@@ -1,24 +1,27 @@
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <optional>
 
 #include "base/Error.h"
 #include "base/Notification.h"
 #include "base/Text.h"
+#include "board/Firmware.h"
 #include "board/HostingLoop.h"
-#include "board/Report.h"
 #include "board/Services.h"
+#include "hosting/BringUp.h"
 #include "hosting/Tour.h"
 #include "output/EventLines.h"
 #include "output/Prompt.h"
 #include "output/Readings.h"
-#include "output/ReportRows.h"
-#include "output/Rows.h"
 #include "program/Board.h"
 #include "program/Command.h"
 #include "program/Commands.h"
 #include "program/StopSignals.h"
 #include "program/WordChecks.h"
+#include "status/HostStatus.h"
+#include "status/StatusPlaces.h"
+#include "status/StatusServer.h"
 #include "watch/Watch.h"
 
 using nlohmann::ordered_json;
@@ -44,7 +47,8 @@ public:
         : m_words(words), m_showsLeds(words.panel || words.tour),
           m_drawsPanel(m_showsLeds && !options.json && Panel::isPossible()),
           m_lines(options.json, m_drawsPanel ? &m_panel : nullptr), m_loop(*this, *this),
-          m_board(options), m_watch(m_board.host(), m_board.profile(), m_loop.events()) {}
+          m_board(options), m_watch(m_board.host(), m_board.profile(), m_loop.events()),
+          m_status(m_board.profilePath(), m_board.profile(), m_board.host(), m_watch) {}
 
     int run() {
         const auto start = Clock::now();
@@ -72,25 +76,65 @@ private:
     void hostBoard(Clock::time_point start) {
         if (m_words.tour && !m_words.yes && !m_board.isSimulated())
             askBeforeTour();
-        showDevices();
+        const BringUp bringUp(m_board, m_watch, m_lines);
+        bringUp.showDevices();
         m_watch.look();
         m_loop.passEventsOn(); // what does not work
-        showReport();
-        showFirmware();
+        bringUp.showReport();
+        if (m_board.profile().firmware) {
+            const auto firmware = board::readFirmware(*m_board.profile().firmware);
+            m_status.setFirmware(firmware);
+            bringUp.showFirmware(firmware);
+        }
         {
-            const board::Services services(m_board.profile(), m_showsLeds, m_loop.events());
+            const board::Services services(m_board.profile(), m_showsLeds, m_loop.events(),
+                                           ledMemory());
             m_leds = services.leds();
-            showServices(services);
+            m_status.setServices(&services);
+            bringUp.showServices(services);
             m_watch.sendLedLinesTo([&](const std::string& line) { sendToLeds(services, line); });
+            answerCalls();
             m_lines.print("ready", "ready");
             notify("READY=1");
+            tellSummary();
             host(services, start);
             if (m_drawsPanel)
                 m_panel.clear();
             notify("STOPPING=1");
             m_watch.sendLedLinesTo(nullptr);
+            m_status.setServices(nullptr);
             m_leds = nullptr;
         }
+    }
+
+    /// Beside the socket, if the init system has made a folder that it keeps until the board boots.
+    static std::string ledMemory() {
+        const char* const folder = std::getenv("RUNTIME_DIRECTORY");
+        return folder && *folder ? std::string(folder) + "/leds" : "";
+    }
+
+    /// Listens for programs that ask what this host knows. Without them, it works all the same.
+    void answerCalls() {
+        try {
+            const auto places = board::statusPlaces(m_board.profilePath(), m_board.isSimulated());
+            m_server.emplace(places.front(), m_status);
+            m_loop.poller().add(m_server->descriptor(), [this] { m_server->serve(); });
+            m_lines.print("status", "status: 'boardctl status' is answered on " + m_server->path(),
+                          {{"socket", m_server->path()}});
+        } catch (const board::Error& error) {
+            m_server.reset();
+            m_lines.fault(std::string("status: ") + error.what(),
+                          {{"kind", "status"}, {"error", error.what()}});
+        }
+    }
+
+    /// What the init system shows about the service.
+    void tellSummary() {
+        std::string summary = m_status.summary();
+        if (summary == m_summary)
+            return;
+        m_summary = std::move(summary);
+        notify("STATUS=" + m_summary);
     }
 
     /// The tour makes fans stand still for a moment, which a real board may not bear.
@@ -112,92 +156,6 @@ private:
         return faults.empty();
     }
 
-    void showDevices() {
-        for (const board::Device& device : m_board.host().devices())
-            if (device.kind != board::DeviceKind::DESCRIPTOR) // the report says more about it
-                showDevice(device);
-    }
-
-    void showDevice(const board::Device& device) {
-        const std::string kind = board::kindName(device.kind);
-        const std::string title =
-            device.kind == board::DeviceKind::PREFERENCES ? kind : kind + " '" + device.name + "'";
-        if (device.fault && !m_watch.watches(device.name))
-            m_lines.fault(title + ": " + *device.fault,
-                          {{"kind", kind}, {"name", device.name}, {"error", *device.fault}});
-        else if (!device.fault && !device.endpoint.empty())
-            m_lines.print("connected",
-                          title + ": connected to '" + device.endpoint + "', " +
-                              (device.description.empty() ? "" : device.description + ", ") +
-                              "device file " + device.path,
-                          {{"kind", kind},
-                           {"name", device.name},
-                           {"endpoint", device.endpoint},
-                           {"device", device.path},
-                           {"description", device.description}});
-    }
-
-    /// Loads the descriptor, determines the capacity and shows the whole report. The watch has told
-    /// already which devices are gone.
-    void showReport() {
-        const board::Report report = board::makeReport(m_board.host());
-        for (const board::DriverReport& driver : report.drivers)
-            if (driver.fault && !m_watch.isGone(driver.name))
-                m_lines.fault("driver '" + driver.name + "': " + *driver.fault,
-                              {{"name", driver.name}, {"error", *driver.fault}});
-        const auto isUnread = [](const board::DriverReport& driver) {
-            return driver.name == board::DESCRIPTOR_DRIVER && driver.fault;
-        };
-        if (m_board.host().descriptor() &&
-            std::none_of(report.drivers.begin(), report.drivers.end(), isUnread)) {
-            CBoardDescr& descriptor = *m_board.host().descriptor();
-            const unsigned tags =
-                descriptor.getTags().size() - descriptor.getNumberOfTag(0); // terminators
-            m_lines.print("descriptor", "descriptor: " + std::to_string(tags) + " tags",
-                          {{"tags", tags}});
-        }
-        const InfoContainer dump = dumpOf(report);
-        for (const auto& row : dump.getRows())
-            m_lines.print("row",
-                          std::string(2 * (std::size_t{row.level} + 1), ' ') +
-                              toStdString(row.key) +
-                              (row.value.isEmpty() ? "" : ": " + toStdString(row.value)),
-                          {{"level", row.level},
-                           {"key", toStdString(row.key)},
-                           {"value", toStdString(row.value)}});
-    }
-
-    void showFirmware() {
-        if (!m_board.profile().firmware)
-            return;
-        const auto firmware = board::readFirmware(*m_board.profile().firmware);
-        if (firmware)
-            m_lines.print("firmware", "firmware: " + firmware->version, toJson(firmware));
-        else
-            m_lines.fault("firmware: " + firmware.fault(),
-                          {{"kind", "firmware"}, {"error", firmware.fault()}});
-    }
-
-    void showServices(const board::Services& services) {
-        for (const board::Services::Failure& failure : services.failures()) {
-            const std::string kind =
-                failure.service == board::Services::Kind::LEDS ? "leds" : "button";
-            m_lines.fault(kind + ": " + failure.text, {{"kind", kind}, {"error", failure.text}});
-        }
-        if (services.leds() && services.leds()->writers()) {
-            const std::string writers = *services.leds()->writers();
-            m_lines.print("leds",
-                          "leds: commands are read from " + std::string(board::LED_PIPE) +
-                              ", which " + writers + " may write",
-                          {{"pipe", board::LED_PIPE}, {"writers", writers}});
-            if (const auto risk = board::ledPipeRisk())
-                m_lines.fault("leds: " + *risk, {{"kind", "leds"}, {"error", *risk}});
-        }
-        if (services.watchesButton())
-            m_lines.print("button", "button: watching " + m_board.profile().button->path,
-                          {{"device", m_board.profile().button->path}});
-    }
-
     /// A line that a profile sends when an alarm begins or ends.
     void sendToLeds(const board::Services& services, const std::string& line) {
         try {
@@ -211,7 +169,7 @@ private:
         }
     }
 
-    void notify(const char* state) {
+    void notify(const std::string& state) {
         try {
             if (m_isNotifying)
                 board::notifyInitSystem(state);
@@ -223,6 +181,8 @@ private:
 
     void host(const board::Services& services, Clock::time_point start) {
         m_loop.every(m_board.profile().watch.period, [this] { m_watch.look(); });
+        if (const auto period = board::watchdogPeriod())
+            m_loop.every(*period / 2, [this] { notify("WATCHDOG=1"); });
         if (m_words.cpu)
             m_loop.every(StopSignals::spanOf(*m_words.cpu), [this] { showLoad(m_meter.next()); });
         const TourStage stage{m_board, m_lines, services.leds() && services.leds()->writers(),
@@ -247,8 +207,17 @@ private:
         return StopSignals::waitUntil(end, descriptor);
     }
 
-    void onEvents(const board::EventQueue::Batch& batch) override { m_lines.print(batch); }
+    void onEvents(const board::EventQueue::Batch& batch) override {
+        m_lines.print(batch);
+        m_status.noteLost(batch.lost);
+        for (const board::EventQueue::Entry& entry : batch.entries) {
+            const ordered_json event = m_status.note(entry);
+            if (m_server)
+                m_server->publish(event);
+        }
+    }
     void onRoundEnd() override {
+        tellSummary();
         if (m_drawsPanel && m_leds)
             m_panel.draw(m_leds->states());
     }
@@ -263,6 +232,9 @@ private:
     board::HostingLoop m_loop;
     Board m_board;
     board::Watch m_watch;
+    board::HostStatus m_status;
+    std::optional<board::StatusServer> m_server;
+    std::string m_summary; ///< what the init system was told last
     board::CpuMeter m_meter;
     const board::LedService* m_leds = nullptr; ///< null unless the services run
 };

@@ -93,10 +93,9 @@ private:
     }
 
     static std::string deviceText(const ordered_json& device) {
-        const std::string value = textOf(device, "value"), unit = textOf(device, "unit");
         return textOf(device, "state") + " since " + textOf(device, "since") +
-               withComma(value.empty() || unit.empty() ? value : value + " " + unit) +
-               withComma(textOf(device, "fault")) + withComma(textOf(device, "description"));
+               withComma(textOf(device, "text")) + withComma(textOf(device, "fault")) +
+               withComma(textOf(device, "description"));
     }
 
     InfoContainer m_rows;

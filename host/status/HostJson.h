@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "board/Host.h"
+#include "leds/LedTrace.h"
+#include "watch/Watch.h"
+
+/// Parts of a host's answers, as org.boarddrivers.Host.varlink describes them.
+namespace board {
+
+/// The type Device. `watched` is null for a device that no watch looks at; such a device has been
+/// as it is since `started`.
+nlohmann::ordered_json toJson(const Device& device, const WatchedDevice* watched,
+                              const TYTime& started);
+
+/// The type Alarm. `device` is null if it is unknown.
+nlohmann::ordered_json toJson(const Alarm& alarm, const Device* device);
+
+/// The word for a kind of alarm, such as "device-gone".
+const char* kindName(Alarm::Kind kind);
+
+/// The type Led. `profile` is that of the sequencer.
+nlohmann::ordered_json toJson(const LedExplanation& led, const LedSequencerProfile& profile);
+
+/// The type Cpu.
+nlohmann::ordered_json toJson(const Result<CpuReading>& load);
+
+template <class Value>
+nlohmann::ordered_json orNull(const std::optional<Value>& value) {
+    return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
+}
+
+} // namespace board

@@ -1,0 +1,180 @@
+#include "status/HostStatus.h"
+
+#include <utility>
+
+#include "base/Text.h"
+#include "board/Metrics.h"
+#include "board/Report.h"
+#include "leds/LedPipe.h"
+#include "status/Descriptions.h"
+#include "status/HostJson.h"
+#include "status/StatusPlaces.h"
+#include "watch/EventWords.h"
+
+using nlohmann::ordered_json;
+
+namespace board {
+
+namespace {
+
+/// How many events are kept for Status.
+constexpr std::size_t MOST_EVENTS = 50;
+
+} // namespace
+
+HostStatus::HostStatus(const std::string& profilePath, const Profile& profile, Host& host,
+                       const Watch& watch)
+    : m_profilePath(reportedProfile(profilePath)), m_profile(profile), m_host(host), m_watch(watch),
+      m_started(calendarTime()) {}
+
+ordered_json HostStatus::note(const EventQueue::Entry& entry) {
+    if (std::holds_alternative<event::ButtonPressed>(entry.event)) {
+        ++m_presses;
+        m_isPressed = true;
+    } else if (std::holds_alternative<event::ButtonReleased>(entry.event)) {
+        m_isPressed = false;
+    } else if (const auto* const gone = std::get_if<event::LedPipeGone>(&entry.event)) {
+        m_pipeFault = gone->reason;
+    } else if (std::holds_alternative<event::LedPipeBack>(entry.event)) {
+        m_pipeFault.reset();
+    }
+    const EventWords words = wordsOf(entry.event);
+    ordered_json event = {
+        {"event", words.type}, {"time", utcText(entry.time)}, {"text", words.text}};
+    event.update(words.fields);
+    m_events.push_back(event);
+    if (m_events.size() > MOST_EVENTS)
+        m_events.pop_front();
+    return event;
+}
+
+std::string HostStatus::summary() const {
+    const std::size_t devices = m_watch.devices().size(), alarms = m_watch.alarms().size();
+    std::string text = std::to_string(devices) + (devices == 1 ? " device, " : " devices, ");
+    if (alarms == 0)
+        return text + "no alarm";
+    std::vector<std::string> texts;
+    for (const Alarm& alarm : m_watch.alarms())
+        texts.push_back(printable(alarm.text));
+    text += std::to_string(alarms) + (alarms == 1 ? " alarm: " : " alarms: ");
+    return text + join(texts, "; ");
+}
+
+ordered_json HostStatus::status() const {
+    ordered_json product = nullptr;
+    if (m_host.descriptor())
+        if (const auto identifier = identityOf(*m_host.descriptor()).product)
+            product = identifierText(*identifier);
+    ordered_json alarms = ordered_json::array();
+    for (const Alarm& alarm : m_watch.alarms())
+        alarms.push_back(toJson(alarm, m_host.find(alarm.device)));
+    const LedCounts lines = ledCounts();
+    return {{"product", product},
+            {"profile", m_profilePath},
+            {"simulated", m_profile.simulated},
+            {"version", STATUS_VERSION},
+            {"started", utcText(m_started)},
+            {"devices", devicesJson()},
+            {"alarms", alarms},
+            {"leds", ledServiceJson()},
+            {"button", buttonJson()},
+            {"cpu", toJson(m_watch.load())},
+            {"counters",
+             {{"led_lines_handled", lines.handled},
+              {"led_lines_unknown", lines.unknown},
+              {"button_presses", m_presses},
+              {"events_dropped", m_lost}}},
+            {"events", m_events}};
+}
+
+ordered_json HostStatus::devicesJson() const {
+    ordered_json devices = ordered_json::array();
+    for (const WatchedDevice& watched : m_watch.devices())
+        if (const Device* const device = m_host.find(watched.name))
+            devices.push_back(toJson(*device, &watched, m_started));
+    for (const Device& device : m_host.devices())
+        if (device.kind == DeviceKind::PREFERENCES)
+            devices.push_back(toJson(device, nullptr, m_started));
+    return devices;
+}
+
+std::optional<std::string> HostStatus::failureOf(Services::Kind service) const {
+    std::vector<std::string> texts;
+    if (m_services)
+        for (const Services::Failure& failure : m_services->failures())
+            if (failure.service == service)
+                texts.push_back(failure.text);
+    return texts.empty() ? std::nullopt : std::optional(join(texts, "; "));
+}
+
+ordered_json HostStatus::ledServiceJson() const {
+    if (!m_profile.ledService)
+        return nullptr;
+    const LedService* const leds = m_services ? m_services->leds() : nullptr;
+    const bool hasPipe = leds && leds->writers() && !m_pipeFault;
+    const auto fault = m_pipeFault ? m_pipeFault : failureOf(Services::Kind::LEDS);
+    return {{"running", leds != nullptr},
+            {"pipe", hasPipe ? ordered_json(LED_PIPE) : ordered_json(nullptr)},
+            {"fault", orNull(fault)}};
+}
+
+ordered_json HostStatus::buttonJson() const {
+    if (!m_profile.button)
+        return nullptr;
+    return {{"watched", m_services && m_services->watchesButton()},
+            {"pressed", orNull(m_isPressed)},
+            {"fault", orNull(failureOf(Services::Kind::BUTTON))}};
+}
+
+ordered_json HostStatus::leds() const {
+    ordered_json leds = ordered_json::array();
+    if (!m_services || !m_services->leds())
+        return leds;
+    for (const LedExplanation& led : m_services->leds()->explain())
+        leds.push_back(toJson(led, *m_profile.ledService));
+    return leds;
+}
+
+LedCounts HostStatus::ledCounts() const {
+    return m_services && m_services->leds() ? m_services->leds()->counts() : LedCounts();
+}
+
+std::string HostStatus::metrics() const {
+    Report report;
+    for (const WatchedDevice& device : m_watch.devices()) {
+        report.drivers.push_back({device.name, {}, device.fault});
+        if (const auto* const fan = std::get_if<FanReading>(&device.reading))
+            report.fans.push_back(*fan);
+        else if (const auto* const sensor = std::get_if<TemperatureReading>(&device.reading))
+            report.temperatures.push_back(*sensor);
+        else if (const auto* const power = std::get_if<PowerReading>(&device.reading))
+            report.powers.push_back(*power);
+        else if (const auto* const led = std::get_if<LedReading>(&device.reading))
+            report.leds.push_back(*led);
+    }
+    if (m_host.descriptor())
+        report.identity = identityOf(*m_host.descriptor());
+    if (m_host.capacity()) {
+        const Result<void> settled = settleCapacity(m_host);
+        report.drivers.push_back(
+            {CAPACITY_DRIVER, {}, settled ? std::nullopt : std::optional(settled.fault())});
+        if (settled)
+            report.capacity = CapacityReport{dspChannelsOf(*m_host.capacity()),
+                                             m_host.capacity()->getSipLegCount()};
+    }
+    report.firmware = m_firmware;
+    report.cpuSinceBoot = cpuLoadSinceBoot();
+
+    HostFigures figures;
+    figures.started = std::chrono::system_clock::from_time_t(m_started.seconds);
+    for (const Alarm& alarm : m_watch.alarms())
+        figures.alarms.push_back({kindName(alarm.kind), alarm.device});
+    const LedCounts lines = ledCounts();
+    figures.ledLines = lines.handled;
+    figures.unknownLedLines = lines.unknown;
+    figures.buttonPresses = m_presses;
+    figures.lostEvents = m_lost;
+    return toMetrics(m_host, report, m_profile.simulated, &figures);
+}
+
+} // namespace board

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <string>
+
+#include "base/Events.h"
+#include "base/Result.h"
+#include "board/Firmware.h"
+#include "board/Services.h"
+#include "status/StatusAnswers.h"
+#include "watch/Watch.h"
+
+namespace board {
+
+/// What a host process knows about its board: what its watch saw last, what its services do, and
+/// what has happened since it started. No answer touches a device. One thread.
+class HostStatus : public StatusAnswers {
+public:
+    /// All arguments must outlive the object.
+    HostStatus(const std::string& profilePath, const Profile& profile, Host& host,
+               const Watch& watch);
+
+    /// The services, for as long as they run; null before and after.
+    void setServices(const Services* services) { m_services = services; }
+
+    void setFirmware(Result<FirmwareInfo> firmware) { m_firmware = std::move(firmware); }
+
+    /// Keeps and counts an event. Returns it as the method Monitor sends it.
+    nlohmann::ordered_json note(const EventQueue::Entry& entry);
+
+    /// Events for which the queue had no room.
+    void noteLost(unsigned count) { m_lost += count; }
+
+    /// One line: "5 devices, 1 alarm: ...".
+    std::string summary() const;
+
+    nlohmann::ordered_json status() const override;
+    nlohmann::ordered_json leds() const override;
+    std::string metrics() const override;
+
+private:
+    nlohmann::ordered_json devicesJson() const;
+    nlohmann::ordered_json ledServiceJson() const;
+    nlohmann::ordered_json buttonJson() const;
+    LedCounts ledCounts() const;
+    std::optional<std::string> failureOf(Services::Kind service) const;
+
+    const std::string m_profilePath;
+    const Profile& m_profile;
+    Host& m_host;
+    const Watch& m_watch;
+    const TYTime m_started;
+    const Services* m_services = nullptr;
+    std::optional<Result<FirmwareInfo>> m_firmware;
+    std::deque<nlohmann::ordered_json> m_events; ///< the last ones, the oldest first
+    std::optional<bool> m_isPressed;
+    std::optional<std::string> m_pipeFault; ///< why no LED commands arrive any more
+    std::uint64_t m_presses = 0;
+    std::uint64_t m_lost = 0;
+};
+
+} // namespace board
