@@ -149,6 +149,22 @@ void BoardCheck::checkLedFile(const LedSequencerProfile::File& file) {
     });
 }
 
+void BoardCheck::checkWatch(const Profile& profile) {
+    for (const auto& line : {profile.watch.onAlarm, profile.watch.onClear}) {
+        const auto isNamed = [&](const LedSequencerProfile::Command& row) {
+            return row.word1 == line->word1 && row.word2 == line->word2 &&
+                   row.number == line->number.value_or(0);
+        };
+        if (!line)
+            continue;
+        if (!profile.ledService)
+            m_findings.push_back({Level::WARNING, {line->place, "there is no table [leds]"}});
+        else if (const auto& rows = profile.ledService->commands;
+                 std::none_of(rows.begin(), rows.end(), isNamed))
+            m_findings.push_back({Level::WARNING, {line->place, "no row of [leds] has this line"}});
+    }
+}
+
 void BoardCheck::checkPreferences(const NamedPath& file) {
     look(file, [&] {
         expectKind(file.path, {FileKind::REGULAR}, "a file (expected lines 'key = value')");
@@ -199,6 +215,7 @@ void BoardCheck::check(const Profile& profile) {
         expectValue(*profile.firmware, readFirmware(profile.firmware->path));
     if (profile.ledService)
         checkLedTables(*profile.ledService);
+    checkWatch(profile);
 }
 
 } // namespace board

@@ -54,6 +54,7 @@ private:
                      bool isBiStatus);
     void checkLedTables(const LedSequencerProfile& leds);
     void checkLedFile(const LedSequencerProfile::File& file);
+    void checkWatch(const Profile& profile);
     void checkPreferences(const NamedPath& file);
     void checkButton(const NamedPath& button);
 
