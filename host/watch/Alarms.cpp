@@ -32,8 +32,10 @@ void Alarms::judge(Alarm::Kind kind, const std::string& device, bool isInForce, 
         m_alarms.erase(found);
     else if (wasInForce)
         found->text = wordsOf(begins).text; // figures and reasons change while an alarm lasts
-    else
-        m_alarms.push_back({kind, device, wordsOf(begins).text, calendarTime()});
+    else {
+        EventWords words = wordsOf(begins);
+        m_alarms.push_back({kind, device, words.type, std::move(words.text), calendarTime()});
+    }
     if (isInForce != wasInForce)
         m_events.push(isInForce ? std::move(begins) : std::move(ends));
 }

@@ -12,6 +12,7 @@ struct Alarm {
     enum class Kind { DEVICE_GONE, TEMPERATURE_OVER, POWER_LOST, FAN_ASTRAY, FAN_STOPPED };
     Kind kind;
     std::string device; ///< the name of its driver
+    const char* type;   ///< of the event that began it, such as "device-gone"
     std::string text;   ///< for people, names the device
     TYTime since;       ///< by the calendar clock
 };

@@ -111,6 +111,7 @@ TEST_F(Watch, TellsOnceThatADeviceIsGoneAndBack) {
         EXPECT_EQ(look(), Lines{row.title + " can't be used: board.toml:" + row.place + ": " +
                                 row.file + ": can't open: No such file or directory"});
         ASSERT_EQ(m_watch->alarms().size(), 1U);
+        EXPECT_STREQ(m_watch->alarms()[0].type, "device-gone");
         const TYTime since = m_watch->alarms()[0].since;
         EXPECT_EQ(look(), Lines());
         EXPECT_EQ(m_watch->alarms()[0].since, since);
