@@ -43,7 +43,10 @@ Watch::Watch(Host& host, const Profile& profile, EventQueue& events)
 void Watch::look() {
     for (WatchedDevice& device : m_devices)
         lookAt(device);
-    m_load = m_meter.next();
+    if (m_meter)
+        m_load = m_meter->next();
+    else
+        m_meter.emplace(); // a span from the start to the first look is too short
     showAlarms();
 }
 

@@ -45,8 +45,8 @@ public:
 
     void look();
 
-    /// Where the lines go that the profile names for the begin of the first alarm and the end of
-    /// the last one; an empty function drops them. The first line is due at once if there are
+    /// Where the lines go that the profile names for the beginning of the first alarm and the end
+    /// of the last one; an empty function drops them. The first line is due at once if there are
     /// alarms.
     void sendLedLinesTo(LedLineSink sink);
 
@@ -59,7 +59,7 @@ public:
 
     const std::vector<Alarm>& alarms() const { return m_alarms.all(); }
 
-    /// The load of the processors between the last two looks.
+    /// The load of the processors between the last two looks; a fault before the second.
     const Result<CpuReading>& load() const { return m_load; }
 
 private:
@@ -82,7 +82,7 @@ private:
     Alarms m_alarms;
     std::vector<WatchedDevice> m_devices;
     std::optional<DescriptorWatch> m_descriptor;
-    CpuMeter m_meter;
+    std::optional<CpuMeter> m_meter;
     Result<CpuReading> m_load = Fault{"has not been measured"};
     LedLineSink m_sink;
     bool m_showsAlarm = false; ///< the LEDs were told about an alarm
