@@ -261,6 +261,10 @@ TEST_F(Watch, FollowsADeviceWhoseNumberChanges) {
     fs::rename(m_dir.path("unloaded"), m_dir.path("sys/class/hwmon/hwmon7"));
     EXPECT_EQ(look(), (Lines{"fan 'fan' can be used again", "thermal 'heat' can be used again"}));
     EXPECT_EQ(celsius(), 50.0F);
+    EXPECT_TRUE(board::setFan(*m_host, "fan", IFanControl::FAN_SPEED_FULL).value);
+    EXPECT_EQ(m_dir.read("sys/class/hwmon/hwmon7/pwm1"), "255" + std::string(13, '\0'));
+    EXPECT_TRUE(m_host->giveBack().empty());
+    EXPECT_EQ(m_dir.read("sys/class/hwmon/hwmon7/pwm1"), "85");
 }
 
 TEST_F(Watch, SendsALineWhenTheFirstAlarmBeginsAndTheLastOneEnds) {
