@@ -113,12 +113,10 @@ std::optional<StatusClient::Event> StatusClient::next() {
     auto reply = receive(std::nullopt);
     if (!reply)
         return std::nullopt;
-    Event event;
-    event.event = std::move(reply->parameters["event"]);
     const auto lost = reply->parameters.find("lost");
-    if (lost != reply->parameters.end() && lost->is_number_integer())
-        event.lost = lost->get<long long>();
-    return event;
+    const bool isCounted = lost != reply->parameters.end() && lost->is_number_integer();
+    const long long count = isCounted ? lost->get<long long>() : 0;
+    return Event{std::move(reply->parameters["event"]), count};
 }
 
 FoundHost findHost(const std::string& profile, bool isSimulated, const StatusClient::Wait& wait) {

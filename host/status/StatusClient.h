@@ -47,7 +47,7 @@ public:
     /// What happened on the board.
     struct Event {
         nlohmann::ordered_json event; ///< null if there is none, but some were lost
-        long long lost = 0;           ///< how many were missed before this event
+        long long lost;               ///< how many were missed before this event
     };
     /// Asks for events, and returns once the host will send each. No call may follow.
     void monitor();
