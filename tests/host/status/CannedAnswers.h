@@ -13,80 +13,40 @@ public:
     explicit CannedAnswers(std::string profile) : m_profile(std::move(profile)) {}
 
     nlohmann::ordered_json status() const override {
-        return {{"product", nullptr},
-                {"profile", m_profile},
-                {"simulated", true},
-                {"version", "1.0.0"},
-                {"started", "2026-05-31T08:00:00.000Z"},
-                {"devices",
-                 {{{"kind", "thermal"},
-                   {"name", "thermal"},
-                   {"description", "Board\x1b sensor"},
-                   {"path", "dev/temperature"},
-                   {"state", "up"},
-                   {"value", 99.5},
-                   {"unit", "celsius"},
-                   {"text", "41.500 degrees Celsius"},
-                   {"fault", nullptr},
-                   {"since", "2026-05-31T08:00:00.000Z"}},
-                  {{"kind", "fan"},
-                   {"name", "fan"},
-                   {"description", ""},
-                   {"path", "dev/fan"},
-                   {"state", "down"},
-                   {"value", nullptr},
-                   {"unit", nullptr},
-                   {"text", nullptr},
-                   {"fault", "can't open: No such file or directory"},
-                   {"since", "2026-05-31T09:00:00.000Z"}}}},
-                {"alarms",
-                 {{{"kind", "over-maximum"},
-                   {"device", "thermal"},
-                   {"text", "thermal is above its maximum of 85"},
-                   {"since", "2026-05-31T10:00:00.000Z"}}}},
-                {"leds", {{"running", true}, {"pipe", "/tmp/evt.fifo"}, {"fault", nullptr}}},
-                {"button", {{"watched", true}, {"pressed", false}, {"fault", nullptr}}},
-                {"cpu", {{"last", 3}, {"mid", 2}, {"longest", nullptr}, {"fault", nullptr}}},
-                {"counters",
-                 {{"led_lines_handled", 4},
-                  {"led_lines_unknown", 1},
-                  {"button_presses", 2},
-                  {"events_dropped", 0}}},
-                {"events",
-                 {{{"event", "led-command"},
-                   {"time", "2026-05-31T09:30:00.000Z"},
-                   {"text", "LED command: line call"},
-                   {"line", "line call"}}}}};
+        auto status = nlohmann::ordered_json::parse(R"({"product":null,"profile":"",
+"simulated":true,"version":"1.0.0","started":"2026-05-31T08:00:00.000Z","devices":[
+{"kind":"thermal","name":"thermal","description":"Board\u001b sensor","path":"dev/temperature",
+ "state":"up","value":99.5,"unit":"celsius","level":null,"maximum":85,"fault":null,
+ "since":"2026-05-31T08:00:00.000Z"},
+{"kind":"fan","name":"fan","description":"","path":"dev/fan","state":"down","value":null,
+ "unit":null,"level":null,"maximum":null,"fault":"can't open: No such file or directory",
+ "since":"2026-05-31T09:00:00.000Z"},
+{"kind":"led","name":"status","description":"","path":"dev/status","state":"up","value":1,
+ "unit":"state","level":null,"maximum":null,"fault":null,"since":"2026-05-31T08:00:00.000Z"}],
+"alarms":[{"kind":"temperature-over","device":"thermal","text":"thermal is over its maximum of 85",
+ "since":"2026-05-31T10:00:00.000Z"}],
+"leds":{"running":true,"pipe":"/tmp/evt.fifo","faults":["no file"]},
+"button":{"watched":true,"pressed":false,"fault":null},
+"cpu":{"last":3,"mid":2,"longest":null,"fault":null},
+"counters":{"led_lines_handled":4,"led_lines_unknown":1,"button_presses":2,"events_dropped":0},
+"events":[{"event":"led-command","time":"2026-05-31T09:30:00.000Z",
+ "text":"LED command: line call","line":"line call"}]})");
+        status["profile"] = m_profile;
+        return status;
     }
 
     nlohmann::ordered_json leds() const override {
-        const nlohmann::ordered_json boot = {{"row", 0},
-                                             {"word1", "system"},
-                                             {"word2", "boot"},
-                                             {"number", 0},
-                                             {"action", "blink"},
-                                             {"line", nullptr},
-                                             {"since", "2026-05-31T08:00:00.000Z"},
-                                             {"ticks_left", nullptr},
-                                             {"ms_left", nullptr}};
-        nlohmann::ordered_json call = boot;
-        call.update({{"row", 7},
-                     {"word1", "line"},
-                     {"word2", "call"},
-                     {"action", "on"},
-                     {"line", "line call"},
-                     {"ticks_left", 12},
-                     {"ms_left", 1200}});
-        return {{{"name", "power"},
-                 {"mask", 1},
-                 {"lit", true},
-                 {"drive", call},
-                 {"covers", nlohmann::ordered_json::array({boot})}},
-                {{"name", "line"},
-                 {"mask", 2},
-                 {"lit", nullptr},
-                 {"drive", nullptr},
-                 {"covers", nlohmann::ordered_json::array()}}};
+        return nlohmann::ordered_json::parse(R"([{"name":"power","mask":1,"lit":true,"drive":
+{"row":7,"place":"board.toml:90: leds.command[7]","word1":"line","word2":"call","number":0,
+ "action":"on","origin":"line","line":"line call","since":"2026-05-31T09:30:00.000Z",
+ "ticks_left":12,"ms_left":1200,"shown":true},"covers":[
+{"row":0,"place":"board.toml:50: leds.command[0]","word1":"system","word2":"boot","number":0,
+ "action":"blink","origin":"start","line":null,"since":"2026-05-31T08:00:00.000Z",
+ "ticks_left":null,"ms_left":null,"shown":false},
+{"row":2,"place":"board.toml:60: leds.command[2]","word1":"a","word2":"b","number":-1,
+ "action":"on","origin":"remembered","line":"a b -1","since":"2026-05-30T08:00:00.000Z",
+ "ticks_left":null,"ms_left":null,"shown":false}]},
+{"name":"line","mask":2,"lit":false,"drive":null,"covers":[]}])");
     }
 
     std::string metrics() const override {

@@ -25,18 +25,19 @@ TEST_F(RunningHost, ShowsWhatItKnows) {
 $ . ./host; boardctl --board board.toml status | sed "s=$PWD/==; s/2026-05-31/DATE/g"; exec 3>&-; wait
 Board                       board.toml, simulated
 Host                        version 1.0.0, started at DATET08:00:00.000Z
-LED sequencer               running, commands are read from /tmp/evt.fifo
+LED sequencer               running, commands are read from /tmp/evt.fifo, no file
 LED lines                   4 handled, 1 matched no row
 Button                      watched, 2 presses so far
 CPU load                    3 %
 Devices
-  thermal 'thermal'         up since DATET08:00:00.000Z, 99.5 celsius, Board\x1b sensor
+  thermal 'thermal'         up since DATET08:00:00.000Z, 99.5 celsius, maximum 85, Board\x1b sensor
   fan 'fan'                 down since DATET09:00:00.000Z, can't open: No such file or directory
+  led 'status'              up since DATET08:00:00.000Z, state 1
 Alarms
-  thermal                   thermal is above its maximum of 85, since DATET10:00:00.000Z
+  thermal                   thermal is over its maximum of 85, since DATET10:00:00.000Z
 LEDs
-  power                     on, row 7 'line call 0' (on), started by 'line call' at DATET08:00:00.000Z, ends in 1200 ms (12 ticks)
-  line                      unknown
+  power                     on, row 7 'line call 0' (on), by 'line call' since DATET09:30:00.000Z, ends in 1200 ms (12 ticks)
+  line                      off
 Last events
   DATET09:30:00.000Z  LED command: line call
 $ rm in out; . ./host; json --board board.toml status | cut -c 1-30; exec 3>&-; wait
@@ -48,13 +49,14 @@ TEST_F(RunningHost, ExplainsItsLeds) {
     expectTranscript(m_dir, R"sh(
 $ . ./host; for i in '' line pwer; do boardctl --board board.toml leds why $i; done; json --board board.toml leds why line; exec 3>&-; wait
 power        on
-  driven by  row 7 'line call 0' (on), started by 'line call' at 2026-05-31T08:00:00.000Z, ends in 1200 ms (12 ticks)
-  covers     row 0 'system boot 0' (blink), started as a default at 2026-05-31T08:00:00.000Z
-line         unknown
+  driven by  row 7 'line call 0' (on), by 'line call' since 2026-05-31T09:30:00.000Z, ends in 1200 ms (12 ticks)
+  covers     row 0 'system boot 0' (blink), as a default since 2026-05-31T08:00:00.000Z
+  covers     row 2 'a b -1' (on), by 'a b -1' since 2026-05-30T08:00:00.000Z, from before the host was restarted
+line         off
   driven by  nothing
-line         unknown
+line         off
   driven by  nothing
-{ "leds": [ { "name": "line", "mask": 2, "lit": null, "drive": null, "covers": [] } ], "simulated": true }
+{ "leds": [ { "name": "line", "mask": 2, "lit": false, "drive": null, "covers": [] } ], "simulated": true }
 ! boardctl: the sequencer has no LED 'pwer' (there are: power, line); did you mean 'power'?
 )sh");
 }

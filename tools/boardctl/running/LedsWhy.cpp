@@ -39,11 +39,7 @@ ordered_json leds(board::StatusClient& client, const std::string& name) {
 InfoContainer rowsOf(const ordered_json& leds) {
     InfoContainer rows;
     for (const ordered_json& led : leds) {
-        const std::string lit = textOf(led, "lit");
-        rows.add(0, 0, textOf(led, "name").c_str(),
-                 lit == "true"    ? "on"
-                 : lit == "false" ? "off"
-                                  : "unknown");
+        rows.add(0, 0, textOf(led, "name").c_str(), litText(led).c_str());
         const auto drive = led.find("drive");
         rows.add(1, 0, "driven by",
                  drive != led.end() && drive->is_object() ? driveText(*drive).c_str() : "nothing");

@@ -27,13 +27,22 @@ ordered_json listOf(const ordered_json& object, const char* key) {
     return member != object.end() && member->is_array() ? *member : ordered_json::array();
 }
 
+std::string litText(const ordered_json& led) {
+    return textOf(led, "lit") == "true" ? "on" : "off";
+}
+
 std::string driveText(const ordered_json& drive) {
-    const std::string line = textOf(drive, "line"), ticks = textOf(drive, "ticks_left");
+    const std::string line = "'" + textOf(drive, "line") + "'", origin = textOf(drive, "origin"),
+                      ticks = textOf(drive, "ticks_left");
     std::string text = "row " + textOf(drive, "row") + " '" + textOf(drive, "word1") + " " +
                        textOf(drive, "word2") + " " + textOf(drive, "number") + "' (" +
-                       textOf(drive, "action") + "), started " +
-                       (line.empty() ? "as a default" : "by '" + line + "'") + " at " +
+                       textOf(drive, "action") + "), " +
+                       (origin == "start"      ? "as a default since "
+                        : origin == "defaults" ? "as a default by " + line + " since "
+                                               : "by " + line + " since ") +
                        textOf(drive, "since");
+    if (origin == "remembered")
+        text += ", from before the host was restarted";
     if (!ticks.empty())
         text += ", ends in " + textOf(drive, "ms_left") + " ms (" + ticks + " ticks)";
     return text;

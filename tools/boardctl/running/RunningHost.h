@@ -21,6 +21,9 @@ std::string textOf(const nlohmann::ordered_json& object, const char* key);
 /// The elements of the member; none if it is not an array.
 nlohmann::ordered_json listOf(const nlohmann::ordered_json& object, const char* key);
 
+/// "on" or "off".
+std::string litText(const nlohmann::ordered_json& led);
+
 /// The row that drives an LED: what it is, what started it and when it ends.
 std::string driveText(const nlohmann::ordered_json& drive);
 

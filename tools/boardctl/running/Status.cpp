@@ -33,12 +33,9 @@ public:
                 textOf(alarm, "text") + ", since " + textOf(alarm, "since"));
         });
         addList("LEDs", leds, [&](const ordered_json& led) {
-            const std::string lit = textOf(led, "lit");
             const auto drive = led.find("drive");
             add(1, textOf(led, "name"),
-                std::string(lit == "true"    ? "on"
-                            : lit == "false" ? "off"
-                                             : "unknown") +
+                litText(led) +
                     (drive != led.end() && drive->is_object() ? ", " + driveText(*drive) : ""));
         });
         addList("Last events", listOf(status, "events"), [&](const ordered_json& event) {
@@ -67,10 +64,12 @@ private:
                            counters = status.value("counters", ordered_json());
         if (leds.is_object()) {
             const std::string pipe = textOf(leds, "pipe");
+            std::string faults;
+            for (const ordered_json& fault : listOf(leds, "faults"))
+                faults += withComma(fault.is_string() ? fault.get<std::string>() : "");
             add(0, "LED sequencer",
                 std::string(textOf(leds, "running") == "true" ? "running" : "not running") +
-                    (pipe.empty() ? "" : ", commands are read from " + pipe) +
-                    withComma(textOf(leds, "fault")));
+                    (pipe.empty() ? "" : ", commands are read from " + pipe) + faults);
             add(0, "LED lines",
                 textOf(counters, "led_lines_handled") + " handled, " +
                     textOf(counters, "led_lines_unknown") + " matched no row");
@@ -93,9 +92,16 @@ private:
     }
 
     static std::string deviceText(const ordered_json& device) {
+        const std::string value = textOf(device, "value"), unit = textOf(device, "unit"),
+                          maximum = textOf(device, "maximum");
+        const bool isCount = unit == "celsius" || unit == "rpm";
         return textOf(device, "state") + " since " + textOf(device, "since") +
-               withComma(textOf(device, "text")) + withComma(textOf(device, "fault")) +
-               withComma(textOf(device, "description"));
+               withComma(textOf(device, "level")) +
+               withComma(value.empty() ? ""
+                         : isCount     ? value + " " + unit
+                                       : unit + " " + value) +
+               withComma(maximum.empty() ? "" : "maximum " + maximum) +
+               withComma(textOf(device, "fault")) + withComma(textOf(device, "description"));
     }
 
     InfoContainer m_rows;
