@@ -122,7 +122,7 @@ std::optional<StatusClient::Event> StatusClient::next() {
 FoundHost findHost(const std::string& profile, bool isSimulated, const StatusClient::Wait& wait) {
     const std::string wanted = reportedProfile(profile);
     const std::vector<std::string> places = statusPlaces(profile, isSimulated);
-    std::string reasons;
+    std::string others, failures;
     for (const std::string& place : places)
         try {
             StatusClient client(place, wait);
@@ -130,16 +130,18 @@ FoundHost findHost(const std::string& profile, bool isSimulated, const StatusCli
             const auto hosted = status.find("profile");
             if (hosted != status.end() && *hosted == wanted)
                 return {std::move(client), std::move(status)};
-            reasons +=
+            others +=
                 "; " + place + " answers for another profile" +
                 (hosted != status.end() && hosted->is_string() ? ", " + hosted->get<std::string>()
                                                                : "");
         } catch (const NobodyThere&) { // the usual case, which the message below covers
         } catch (const Error& error) {
-            reasons += std::string("; ") + error.what();
+            failures += std::string(failures.empty() ? "" : "; ") + error.what();
         }
+    if (!failures.empty())
+        throw Error("can't ask a host of " + profile + ": " + failures);
     throw Error("no host of " + profile + " answers at " + joinChoices(places) +
-                " (start one with `boardctl --board " + profile + " run`)" + reasons);
+                " (start one with `boardctl --board " + profile + " run`)" + others);
 }
 
 } // namespace board

@@ -25,6 +25,7 @@ const host = "org.boarddrivers.Host"
 
 var background = context.Background()
 var faults = 0
+var last interface{} // the reply that was received last
 
 func fault(format string, values ...interface{}) {
 	fmt.Fprintf(os.Stderr, format+"\n", values...)
@@ -143,12 +144,24 @@ func expectError(connection *varlink.Connection, method string, parameters inter
 	}
 }
 
-// The next reply to a call that was sent.
-func receive(next func(context.Context, interface{}) (uint64, error), method string) (interface{}, bool) {
+// Receives the next reply to a call, checks it, and returns whether another one follows.
+func receive(description *idl.IDL, method *idl.Method, next func(context.Context, interface{}) (uint64, error)) bool {
 	var reply json.RawMessage
 	flags, err := next(background, &reply)
-	must(err, method)
-	return decode(reply), flags&varlink.Continues != 0
+	must(err, method.Name)
+	last = decode(reply)
+	check(description, method.Name, last, method.Out)
+	return flags&varlink.Continues != 0
+}
+
+func methodOf(description *idl.IDL, name string) *idl.Method {
+	for _, method := range description.Methods {
+		if method.Name == name {
+			return method
+		}
+	}
+	must(fmt.Errorf("is not declared"), name)
+	return nil
 }
 
 func main() {
@@ -160,26 +173,21 @@ func main() {
 		fault("the interfaces are %v", interfaces)
 	}
 	description, service := describe(connection, host), describe(connection, "org.varlink.service")
-	must(func() error { _, err := connection.Send(background, host+".Status", nil, varlink.Oneway); return err }(), "oneway")
-
-	calls := 0
+	_, err := connection.Send(background, host+".Status", nil, varlink.Oneway)
+	must(err, "a call without a reply")
 	for _, method := range description.Methods {
-		flags := uint64(0)
 		if method.Name == "Monitor" {
 			continue
 		}
-		next, err := connection.Send(background, host+"."+method.Name, nil, flags)
+		next, err := connection.Send(background, host+"."+method.Name, nil, 0)
 		must(err, method.Name)
-		reply, continues := receive(next, method.Name)
-		check(description, method.Name, reply, method.Out)
-		if continues {
+		if receive(description, method, next) {
 			fault("%s promises another reply", method.Name)
 		}
-		calls++
 	}
-	var info json.RawMessage
-	must(connection.Call(background, "org.varlink.service.GetInfo", nil, &info), "GetInfo")
-	check(service, "GetInfo", decode(info), service.Methods[0].Out)
+	info, err := connection.Send(background, "org.varlink.service.GetInfo", nil, 0)
+	must(err, "GetInfo")
+	receive(service, methodOf(service, "GetInfo"), info)
 
 	expectError(connection, "org.none.Status", nil, &varlink.InterfaceNotFound{Interface: "org.none"}, service)
 	expectError(connection, host+".None", nil, &varlink.MethodNotFound{Method: host + ".None"}, service)
@@ -187,31 +195,26 @@ func main() {
 	expectError(connection, host+".Monitor", nil, "org.varlink.service.ExpectedMore", service)
 	expectError(connection, host+".Leds", map[string]string{"name": "no such LED"}, host+".NoSuchLed", description)
 
+	monitor := methodOf(description, "Monitor")
 	next, err := connection.Send(background, host+".Monitor", nil, varlink.More)
 	must(err, "Monitor")
-	for _, method := range description.Methods {
-		if method.Name != "Monitor" {
-			continue
+	if !receive(description, monitor, next) {
+		fault("Monitor promises no event")
+	} else if len(os.Args) > 2 {
+		must(exec.Command(os.Args[2], os.Args[3:]...).Run(), os.Args[2])
+		if !receive(description, monitor, next) {
+			fault("Monitor promises no further event")
 		}
-		reply, continues := receive(next, method.Name)
-		check(description, "Monitor", reply, method.Out)
-		for continues && len(os.Args) > 2 {
-			must(exec.Command(os.Args[2], os.Args[3:]...).Run(), os.Args[2])
-			reply, continues = receive(next, method.Name)
-			check(description, "Monitor", reply, method.Out)
-			event, _ := reply.(map[string]interface{})["event"].(map[string]interface{})
-			for _, key := range []string{"event", "time", "text"} {
-				if _, isText := event[key].(string); !isText {
-					fault("the event %v has no %s", event, key)
-				}
+		event, _ := last.(map[string]interface{})["event"].(map[string]interface{})
+		for _, key := range []string{"event", "time", "text"} {
+			if _, isText := event[key].(string); !isText {
+				fault("the event %v has no %s", event, key)
 			}
-			break
 		}
-		calls++
 	}
 	must(connection.Close(), "close")
-	fmt.Printf("%d methods answer as declared, with %d faults\n", calls, faults)
-	if faults > 0 || calls != len(description.Methods) {
+	if faults > 0 {
 		os.Exit(1)
 	}
+	fmt.Printf("%d methods answer as declared\n", len(description.Methods))
 }

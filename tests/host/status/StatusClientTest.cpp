@@ -127,16 +127,12 @@ TEST_F(StatusClientTest, NamesWhatIsWrongWithTheHost) {
 }
 
 TEST_F(StatusClientTest, ReadsWhyItIsRefused) {
-    board::StatusServer server(m_dir.path("host"), m_answers);
+    board::StatusServer server(path("host.socket"), m_answers);
     std::list<support::ScriptedClient> clients;
     for (std::size_t i = 0; i < board::StatusServer::MOST_CLIENTS; ++i)
         clients.emplace_back(server);
-    StatusClient client(server.path(), servedBy(server));
-    support::settle(server);
-    try {
-        client.call("Status");
-        ADD_FAILURE();
-    } catch (const StatusClient::CallError& error) {
-        EXPECT_EQ(error.name, "org.boarddrivers.Host.TooManyClients");
-    }
+    EXPECT_EQ(failureOf([&] { board::findHost(m_profile, true, servedBy(server)); }),
+              "can't ask a host of " + m_profile + ": " + server.path() +
+                  ": the host answers with the error org.boarddrivers.Host.TooManyClients "
+                  R"({"maximum":64})");
 }
