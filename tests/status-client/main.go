@@ -14,14 +14,13 @@ import (
 	"fmt"
 	"os"
 	"os/exec"
-	"reflect"
 	"strings"
 
 	"github.com/varlink/go/varlink"
 	"github.com/varlink/go/varlink/idl"
 )
 
-const host = "org.boarddrivers.Host"
+const host, standard = "org.boarddrivers.Host", "org.varlink.service"
 
 var background = context.Background()
 var faults = 0
@@ -49,7 +48,7 @@ func connect() *varlink.Connection {
 func describe(connection *varlink.Connection, name string) *idl.IDL {
 	text, err := connection.GetInterfaceDescription(background, name)
 	must(err, name)
-	description, err := idl.New(strings.Replace(text, "interface "+name, "interface "+strings.ToLower(name), 1))
+	description, err := idl.New(strings.Replace(text, name, strings.ToLower(name), 1))
 	must(err, "the description of "+name)
 	return description
 }
@@ -62,7 +61,8 @@ func check(description *idl.IDL, place string, value interface{}, kind *idl.Type
 		_, isGood = value.(bool)
 	case idl.TypeInt, idl.TypeFloat:
 		number, isNumber := value.(json.Number)
-		isGood = isNumber && (kind.Kind == idl.TypeFloat || !strings.ContainsAny(number.String(), ".eE"))
+		isWhole := !strings.ContainsAny(number.String(), ".eE")
+		isGood = isNumber && (isWhole || kind.Kind == idl.TypeFloat)
 	case idl.TypeString:
 		_, isGood = value.(string)
 	case idl.TypeObject:
@@ -122,30 +122,19 @@ func decode(bytesOfValue []byte) (value interface{}) {
 	return value
 }
 
-// Calls a method that must fail, and compares the error with `expected`, or with its declaration.
-func expectError(connection *varlink.Connection, method string, parameters interface{}, expected interface{}, description *idl.IDL) {
+// Calls a method that must fail with the error of that name.
+func expectError(connection *varlink.Connection, method, name string, parameters interface{}) {
 	var reply json.RawMessage
 	err := connection.Call(background, method, parameters, &reply)
-	declared, isDeclared := err.(*varlink.Error)
-	if name, isName := expected.(string); !isName {
-		if !reflect.DeepEqual(err, expected) {
-			fault("%s fails with %#v (expected %#v)", method, err, expected)
-		}
-	} else if !isDeclared || declared.Name != name {
+	if err == nil || err.Error() != name {
 		fault("%s fails with %v (expected %s)", method, err, name)
-	} else {
-		for _, each := range description.Errors {
-			if strings.HasSuffix(name, "."+each.Name) {
-				check(description, name, decode(*declared.Parameters.(*json.RawMessage)), each.Type)
-				return
-			}
-		}
-		fault("the error %s is not declared", name)
 	}
 }
 
+type receiver = func(context.Context, interface{}) (uint64, error)
+
 // Receives the next reply to a call, checks it, and returns whether another one follows.
-func receive(description *idl.IDL, method *idl.Method, next func(context.Context, interface{}) (uint64, error)) bool {
+func receive(description *idl.IDL, method *idl.Method, next receiver) bool {
 	var reply json.RawMessage
 	flags, err := next(background, &reply)
 	must(err, method.Name)
@@ -169,10 +158,10 @@ func main() {
 	var vendor, product, version, url string
 	var interfaces []string
 	must(connection.GetInfo(background, &vendor, &product, &version, &url, &interfaces), "GetInfo")
-	if fmt.Sprint(interfaces) != "[org.varlink.service "+host+"]" {
+	if fmt.Sprint(interfaces) != "["+standard+" "+host+"]" {
 		fault("the interfaces are %v", interfaces)
 	}
-	description, service := describe(connection, host), describe(connection, "org.varlink.service")
+	description, service := describe(connection, host), describe(connection, standard)
 	_, err := connection.Send(background, host+".Status", nil, varlink.Oneway)
 	must(err, "a call without a reply")
 	for _, method := range description.Methods {
@@ -185,15 +174,15 @@ func main() {
 			fault("%s promises another reply", method.Name)
 		}
 	}
-	info, err := connection.Send(background, "org.varlink.service.GetInfo", nil, 0)
+	info, err := connection.Send(background, standard+".GetInfo", nil, 0)
 	must(err, "GetInfo")
 	receive(service, methodOf(service, "GetInfo"), info)
 
-	expectError(connection, "org.none.Status", nil, &varlink.InterfaceNotFound{Interface: "org.none"}, service)
-	expectError(connection, host+".None", nil, &varlink.MethodNotFound{Method: host + ".None"}, service)
-	expectError(connection, host+".Leds", map[string]int{"name": 1}, &varlink.InvalidParameter{Parameter: "name"}, service)
-	expectError(connection, host+".Monitor", nil, "org.varlink.service.ExpectedMore", service)
-	expectError(connection, host+".Leds", map[string]string{"name": "no such LED"}, host+".NoSuchLed", description)
+	expectError(connection, "org.none.Status", standard+".InterfaceNotFound", nil)
+	expectError(connection, host+".None", standard+".MethodNotFound", nil)
+	expectError(connection, host+".Leds", standard+".InvalidParameter", map[string]int{"name": 1})
+	expectError(connection, host+".Monitor", standard+".ExpectedMore", nil)
+	expectError(connection, host+".Leds", host+".NoSuchLed", map[string]string{"name": "none"})
 
 	monitor := methodOf(description, "Monitor")
 	next, err := connection.Send(background, host+".Monitor", nil, varlink.More)

@@ -21,8 +21,8 @@ mkfifo "$folder/in" "$folder/out"
 host=$!
 exec 3>"$folder/in" 4<"$folder/out"
 read -r _ <&4
-"$3/status-client" "$folder/host" \
-    sh -c "echo '{\"event\":\"gone\",\"time\":\"2026-05-31T10:00:00.000Z\",\"text\":\"fan is gone\"}' >'$folder/in'"
+echo '{"event":"gone","time":"2026-05-31T10:00:00.000Z","text":"fan is gone"}' >"$folder/event"
+"$3/status-client" "$folder/host" sh -c "cat '$folder/event' >'$folder/in'"
 exec 3>&-
 wait "$host"
 host=
