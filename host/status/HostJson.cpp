@@ -10,50 +10,58 @@ namespace board {
 
 namespace {
 
-/// A device as people and programs are told its name: one that a board has once is called by its
-/// kind.
-std::string nameOf(const Device& device) {
-    const bool isOnlyOne =
-        device.kind == DeviceKind::DESCRIPTOR || device.kind == DeviceKind::PREFERENCES;
-    return isOnlyOne ? kindName(device.kind) : device.name;
-}
-
+/// What a device held at the last look: the members "value" and "unit", "level" and "maximum".
 struct Measured {
     ordered_json value = nullptr;
     ordered_json unit = nullptr;
-    ordered_json text = nullptr;
+    ordered_json level = nullptr;
+    ordered_json maximum = nullptr;
 };
 
 struct Measure {
     Measured operator()(std::monostate) const { return {}; }
     Measured operator()(const FanReading& fan) const {
-        if (!fan.value)
-            return {};
-        const std::string speed = speedName(*fan.value);
-        if (!fan.rpm || !*fan.rpm)
-            return {nullptr, nullptr, speed};
-        return {**fan.rpm, "rpm", speed + ", " + std::to_string(**fan.rpm) + " rpm"};
+        Measured measured;
+        if (fan.value)
+            measured.level = speedName(*fan.value);
+        if (fan.rpm && *fan.rpm) {
+            measured.value = **fan.rpm;
+            measured.unit = "rpm";
+        }
+        return measured;
     }
     Measured operator()(const TemperatureReading& sensor) const {
-        if (!sensor.value)
-            return {};
         constexpr double THOUSANDTHS = 1000;
-        const double celsius = static_cast<double>(*sensor.value);
-        return {
-            std::round(celsius * THOUSANDTHS) / THOUSANDTHS, "celsius",
-            String::format("%.3f degrees Celsius, maximum %u", celsius, sensor.maximum).c_str()};
+        Measured measured;
+        measured.maximum = sensor.maximum;
+        if (sensor.value) {
+            const double celsius = static_cast<double>(*sensor.value);
+            measured.value = std::round(celsius * THOUSANDTHS) / THOUSANDTHS;
+            measured.unit = "celsius";
+        }
+        return measured;
     }
     Measured operator()(const PowerReading& power) const {
-        if (!power.value)
-            return {};
-        return {*power.value, "status", "status " + std::to_string(*power.value)};
+        return power.value ? Measured{*power.value, "status", nullptr, nullptr} : Measured();
     }
     Measured operator()(const LedReading& led) const {
-        if (!led.value)
-            return {};
-        return {*led.value, "state", "state " + std::to_string(*led.value)};
+        return led.value ? Measured{*led.value, "state", nullptr, nullptr} : Measured();
     }
 };
+
+const char* originName(LedRun::Origin origin) {
+    switch (origin) {
+    case LedRun::Origin::START:
+        return "start";
+    case LedRun::Origin::LINE:
+        return "line";
+    case LedRun::Origin::DEFAULTS:
+        return "defaults";
+    case LedRun::Origin::REMEMBERED:
+        return "remembered";
+    }
+    return "start";
+}
 
 const char* actionName(LedCtrl::ActionKind action) {
     switch (action) {
@@ -87,51 +95,39 @@ ordered_json toJson(const LedCause& cause, const LedSequencerProfile& profile) {
             {"word2", row.word2},
             {"number", row.number},
             {"action", actionName(row.action)},
-            {"line", cause.run.isDefault() ? ordered_json(nullptr) : ordered_json(cause.run.line)},
+            {"origin", originName(cause.run.origin)},
+            {"line", cause.run.line.empty() ? ordered_json(nullptr) : ordered_json(cause.run.line)},
             {"since", utcText(cause.run.since)},
             {"ticks_left", orNull(cause.ticksLeft)},
-            {"ms_left", milliseconds}};
+            {"ms_left", milliseconds},
+            {"shown", cause.isShown}};
 }
 
 } // namespace
 
 ordered_json toJson(const Device& device, const WatchedDevice* watched, const TYTime& started) {
     const std::optional<std::string>& fault = watched ? watched->fault : device.fault;
-    const Measured measured =
-        watched && !fault ? std::visit(Measure(), watched->reading) : Measured();
+    Measured measured = watched ? std::visit(Measure(), watched->reading) : Measured();
+    if (fault)
+        measured = {nullptr, nullptr, nullptr, measured.maximum};
     return {{"kind", kindName(device.kind)},
-            {"name", nameOf(device)},
+            {"name", device.name},
             {"description", device.description},
             {"path", device.path},
             {"state", fault ? "down" : "up"},
             {"value", measured.value},
             {"unit", measured.unit},
-            {"text", measured.text},
+            {"level", measured.level},
+            {"maximum", measured.maximum},
             {"fault", orNull(fault)},
             {"since", utcText(watched ? watched->since : started)}};
 }
 
-ordered_json toJson(const Alarm& alarm, const Device* device) {
-    return {{"kind", kindName(alarm.kind)},
-            {"device", device ? nameOf(*device) : alarm.device},
+ordered_json toJson(const Alarm& alarm) {
+    return {{"kind", alarm.type},
+            {"device", alarm.device},
             {"text", alarm.text},
             {"since", utcText(alarm.since)}};
-}
-
-const char* kindName(Alarm::Kind kind) {
-    switch (kind) {
-    case Alarm::Kind::DEVICE_GONE:
-        return "device-gone";
-    case Alarm::Kind::TEMPERATURE_OVER:
-        return "temperature-over";
-    case Alarm::Kind::POWER_LOST:
-        return "power-lost";
-    case Alarm::Kind::FAN_ASTRAY:
-        return "fan-astray";
-    case Alarm::Kind::FAN_STOPPED:
-        return "fan-stopped";
-    }
-    return "";
 }
 
 ordered_json toJson(const LedExplanation& led, const LedSequencerProfile& profile) {

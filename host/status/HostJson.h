@@ -17,11 +17,8 @@ namespace board {
 nlohmann::ordered_json toJson(const Device& device, const WatchedDevice* watched,
                               const TYTime& started);
 
-/// The type Alarm. `device` is null if it is unknown.
-nlohmann::ordered_json toJson(const Alarm& alarm, const Device* device);
-
-/// The word for a kind of alarm, such as "device-gone".
-const char* kindName(Alarm::Kind kind);
+/// The type Alarm.
+nlohmann::ordered_json toJson(const Alarm& alarm);
 
 /// The type Led. `profile` is that of the sequencer.
 nlohmann::ordered_json toJson(const LedExplanation& led, const LedSequencerProfile& profile);

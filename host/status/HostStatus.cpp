@@ -27,6 +27,11 @@ HostStatus::HostStatus(const std::string& profilePath, const Profile& profile, H
     : m_profilePath(reportedProfile(profilePath)), m_profile(profile), m_host(host), m_watch(watch),
       m_started(calendarTime()) {}
 
+void HostStatus::setServices(const Services* services) {
+    m_services = services;
+    m_takesLines = services && services->leds() && services->leds()->writers();
+}
+
 ordered_json HostStatus::note(const EventQueue::Entry& entry) {
     if (std::holds_alternative<event::ButtonPressed>(entry.event)) {
         ++m_presses;
@@ -35,8 +40,10 @@ ordered_json HostStatus::note(const EventQueue::Entry& entry) {
         m_isPressed = false;
     } else if (const auto* const gone = std::get_if<event::LedPipeGone>(&entry.event)) {
         m_pipeFault = gone->reason;
+        m_takesLines = false;
     } else if (std::holds_alternative<event::LedPipeBack>(entry.event)) {
         m_pipeFault.reset();
+        m_takesLines = true;
     }
     const EventWords words = wordsOf(entry.event);
     ordered_json event = {
@@ -67,7 +74,7 @@ ordered_json HostStatus::status() const {
             product = identifierText(*identifier);
     ordered_json alarms = ordered_json::array();
     for (const Alarm& alarm : m_watch.alarms())
-        alarms.push_back(toJson(alarm, m_host.find(alarm.device)));
+        alarms.push_back(toJson(alarm));
     const LedCounts lines = ledCounts();
     return {{"product", product},
             {"profile", m_profilePath},
@@ -98,32 +105,34 @@ ordered_json HostStatus::devicesJson() const {
     return devices;
 }
 
-std::optional<std::string> HostStatus::failureOf(Services::Kind service) const {
-    std::vector<std::string> texts;
+std::vector<std::string> HostStatus::faultsOf(Services::Kind service) const {
+    std::vector<std::string> faults;
     if (m_services)
         for (const Services::Failure& failure : m_services->failures())
             if (failure.service == service)
-                texts.push_back(failure.text);
-    return texts.empty() ? std::nullopt : std::optional(join(texts, "; "));
+                faults.push_back(failure.text);
+    return faults;
 }
 
 ordered_json HostStatus::ledServiceJson() const {
     if (!m_profile.ledService)
         return nullptr;
     const LedService* const leds = m_services ? m_services->leds() : nullptr;
-    const bool hasPipe = leds && leds->writers() && !m_pipeFault;
-    const auto fault = m_pipeFault ? m_pipeFault : failureOf(Services::Kind::LEDS);
+    std::vector<std::string> faults = faultsOf(Services::Kind::LEDS);
+    if (m_pipeFault)
+        faults.push_back(*m_pipeFault);
     return {{"running", leds != nullptr},
-            {"pipe", hasPipe ? ordered_json(LED_PIPE) : ordered_json(nullptr)},
-            {"fault", orNull(fault)}};
+            {"pipe", m_takesLines ? ordered_json(LED_PIPE) : ordered_json(nullptr)},
+            {"faults", faults}};
 }
 
 ordered_json HostStatus::buttonJson() const {
     if (!m_profile.button)
         return nullptr;
+    const std::vector<std::string> faults = faultsOf(Services::Kind::BUTTON);
     return {{"watched", m_services && m_services->watchesButton()},
             {"pressed", orNull(m_isPressed)},
-            {"fault", orNull(failureOf(Services::Kind::BUTTON))}};
+            {"fault", faults.empty() ? ordered_json(nullptr) : ordered_json(join(faults, "; "))}};
 }
 
 ordered_json HostStatus::leds() const {
@@ -168,7 +177,7 @@ std::string HostStatus::metrics() const {
     HostFigures figures;
     figures.started = std::chrono::system_clock::from_time_t(m_started.seconds);
     for (const Alarm& alarm : m_watch.alarms())
-        figures.alarms.push_back({kindName(alarm.kind), alarm.device});
+        figures.alarms.push_back({alarm.type, alarm.device});
     const LedCounts lines = ledCounts();
     figures.ledLines = lines.handled;
     figures.unknownLedLines = lines.unknown;

@@ -3,6 +3,7 @@
 #include <deque>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/Events.h"
 #include "base/Result.h"
@@ -22,7 +23,7 @@ public:
                const Watch& watch);
 
     /// The services, for as long as they run; null before and after.
-    void setServices(const Services* services) { m_services = services; }
+    void setServices(const Services* services);
 
     void setFirmware(Result<FirmwareInfo> firmware) { m_firmware = std::move(firmware); }
 
@@ -44,7 +45,7 @@ private:
     nlohmann::ordered_json ledServiceJson() const;
     nlohmann::ordered_json buttonJson() const;
     LedCounts ledCounts() const;
-    std::optional<std::string> failureOf(Services::Kind service) const;
+    std::vector<std::string> faultsOf(Services::Kind service) const;
 
     const std::string m_profilePath;
     const Profile& m_profile;
@@ -55,7 +56,8 @@ private:
     std::optional<Result<FirmwareInfo>> m_firmware;
     std::deque<nlohmann::ordered_json> m_events; ///< the last ones, the oldest first
     std::optional<bool> m_isPressed;
-    std::optional<std::string> m_pipeFault; ///< why no LED commands arrive any more
+    bool m_takesLines = false;              ///< from the LED pipe
+    std::optional<std::string> m_pipeFault; ///< why it does not any more
     std::uint64_t m_presses = 0;
     std::uint64_t m_lost = 0;
 };

@@ -1,17 +1,14 @@
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <regex>
 
 #include <fcntl.h>
 #include <nlohmann/json.hpp>
 #include <poll.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include "support/Transcript.h"
+#include "HostedBoard.h"
 
 using nlohmann::json;
 using support::expectTranscript;
@@ -19,28 +16,7 @@ using support::Outcome;
 using support::Program;
 using support::TempDir;
 
-namespace {
-
-constexpr char PIPE[] = "/tmp/evt.fifo";
-
-/// A simulated board in the folder "sim", and the pipe out of the way.
-class HostedBoard : public testing::Test {
-protected:
-    void SetUp() override {
-        expectTranscript(m_dir,
-                         "\n$ rm -f /tmp/evt.fifo; boardctl sim create sim >log; ln -s sim/* .\n");
-    }
-    void TearDown() override { ::unlink(PIPE); }
-
-    std::vector<std::string> words(std::vector<std::string> more) const {
-        more.insert(more.begin(), {BOARDCTL, "--board", m_dir.path("sim/board.toml")});
-        return more;
-    }
-
-    const TempDir m_dir;
-};
-
-} // namespace
+using support::HostedBoard;
 
 TEST_F(HostedBoard, PrintsItsDevicesItsReportAndItsServices) {
     expectTranscript(m_dir, R"sh(
@@ -235,28 +211,6 @@ boardctl: leds: /tmp/evt.fifo: the pipe is in use: another LED service reads it;
     EXPECT_EQ(std::distance(first, {}), 30) << outcome.out;
 }
 
-TEST_F(HostedBoard, WatchesItsDevicesAndShowsAnAlarmOnItsLeds) {
-    expectTranscript(m_dir, R"sh(
-$ printf '[watch]\nperiod_s = 0.1\non_alarm = "line call"\non_clear = "line idle"\n' >>board.toml
-)sh");
-    const auto setTemperature = [&](const std::string& text) { // in one step
-        m_dir.write("new", text);
-        std::filesystem::rename(m_dir.path("new"), m_dir.path("sim/dev/temperature"));
-    };
-    Program run(words({"run", "--panel", "--cpu", "0.1"}));
-    ASSERT_TRUE(run.waitForOutput("ready\n"));
-    setTemperature("99000\n");
-    ASSERT_TRUE(run.waitForOutput("LED 'line' on"));
-    setTemperature("41500\n");
-    ASSERT_TRUE(run.waitForOutput("41.500 degrees Celsius, below its maximum of 85\n"));
-    ASSERT_TRUE(run.waitForOutput("LED 'line' off"));
-    ASSERT_TRUE(run.waitForOutput("CPU load "));
-    run.signalUntilEnded(SIGINT);
-    EXPECT_NE(run.finish().err.find(
-                  " thermal 'thermal': 99.000 degrees Celsius, over its maximum of 85\n"),
-              std::string::npos);
-}
-
 TEST_F(HostedBoard, EndsWhenAskedEvenIfNobodyReadsWhatItPrints) {
     const std::string sink = m_dir.path("sink");
     ASSERT_EQ(::mkfifo(sink.c_str(), 0600), 0);
@@ -269,27 +223,6 @@ TEST_F(HostedBoard, EndsWhenAskedEvenIfNobodyReadsWhatItPrints) {
     run.signal(SIGHUP); // once
     EXPECT_EQ(run.finish().status, 0);
     ::close(reader);
-}
-
-TEST_F(HostedBoard, TellsTheInitSystemThatItIsReadyAndThatItStops) {
-    const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    m_dir.path("notify").copy(address.sun_path, sizeof address.sun_path - 1);
-    ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    expectTranscript(m_dir, R"sh(
-$ NOTIFY_SOCKET=$PWD/notify boardctl --board board.toml run --for 0 >log 2>messages
-$ NOTIFY_SOCKET=`printf %0108d 0` boardctl --board board.toml run --for 0 2>&1 >log | grep NOTIFY | cut -c 1-46
-boardctl: NOTIFY_SOCKET: the path is too long:
-$ NOTIFY_SOCKET=@gone boardctl --board board.toml run --for 0 2>&1 >log | grep NOTIFY
-boardctl: NOTIFY_SOCKET: @gone: Connection refused
-)sh");
-    char text[32];
-    for (const std::string expected : {"READY=1", "STOPPING=1"}) {
-        const ssize_t count = ::recv(socket, text, sizeof text, MSG_DONTWAIT);
-        EXPECT_EQ(std::string(text, count > 0 ? static_cast<std::size_t>(count) : 0), expected);
-    }
-    ::close(socket);
 }
 
 TEST_F(HostedBoard, GoesOnWithoutAButtonThatDisappears) {

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "support/Transcript.h"
+
+namespace support {
+
+/// A simulated board in the folder "sim", and the pipe out of the way.
+class HostedBoard : public testing::Test {
+protected:
+    void SetUp() override {
+        expectTranscript(m_dir,
+                         "\n$ rm -f /tmp/evt.fifo; boardctl sim create sim >log; ln -s sim/* .\n");
+    }
+    void TearDown() override { ::unlink("/tmp/evt.fifo"); }
+
+    std::vector<std::string> words(std::vector<std::string> more) const {
+        more.insert(more.begin(), {BOARDCTL, "--board", m_dir.path("sim/board.toml")});
+        return more;
+    }
+
+    const TempDir m_dir;
+};
+
+} // namespace support

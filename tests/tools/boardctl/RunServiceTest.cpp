@@ -1,0 +1,77 @@
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include "HostedBoard.h"
+
+using support::expectTranscript;
+using support::HostedBoard;
+using support::Program;
+
+TEST_F(HostedBoard, WatchesItsDevicesShowsAnAlarmOnItsLedsAndAnswers) {
+    expectTranscript(m_dir, R"sh(
+$ printf '[watch]\nperiod_s = 0.1\non_alarm = "line call"\non_clear = "line idle"\n' >>board.toml
+)sh");
+    const auto setTemperature = [&](const std::string& text) { // in one step
+        m_dir.write("new", text);
+        std::filesystem::rename(m_dir.path("new"), m_dir.path("sim/dev/temperature"));
+    };
+    Program run(words({"run", "--panel", "--cpu", "0.1"}));
+    ASSERT_TRUE(run.waitForOutput("ready\n"));
+    setTemperature("99000\n");
+    ASSERT_TRUE(run.waitForOutput("LED 'line' on"));
+    expectTranscript(m_dir, R"sh(
+$ ask() { boardctl --board board.toml --format json "$@"; }; ask status | grep -A 2 -e '"alarms"' -e '"counters"' -e '"device": "thermal"' | cut -c 1-60
+"alarms": [
+{
+"kind": "temperature-over",
+"device": "thermal",
+"text": "thermal 'thermal': 99.000 degrees Celsius, over it
+"since": "TIME"
+--
+"counters": {
+"led_lines_handled": 1,
+"led_lines_unknown": 0,
+)sh");
+    setTemperature("41500\n");
+    ASSERT_TRUE(run.waitForOutput("41.500 degrees Celsius, below its maximum of 85\n"));
+    ASSERT_TRUE(run.waitForOutput("LED 'line' off"));
+    ASSERT_TRUE(run.waitForOutput("CPU load "));
+    run.signalUntilEnded(SIGINT);
+    EXPECT_NE(run.finish().err.find(
+                  " thermal 'thermal': 99.000 degrees Celsius, over its maximum of 85\n"),
+              std::string::npos);
+}
+
+TEST_F(HostedBoard, TellsTheInitSystemWhatItDoes) {
+    const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    m_dir.path("notify").copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    expectTranscript(m_dir, R"sh(
+$ NOTIFY_SOCKET=$PWD/notify boardctl --board board.toml run --for 0 >log 2>messages
+$ NOTIFY_SOCKET=`printf %0108d 0` boardctl --board board.toml run --for 0 2>&1 >log | grep NOTIFY | cut -c 1-46
+boardctl: NOTIFY_SOCKET: the path is too long:
+$ NOTIFY_SOCKET=@gone boardctl --board board.toml run --for 0 2>&1 >log | grep NOTIFY
+boardctl: NOTIFY_SOCKET: @gone: Connection refused
+)sh");
+    const auto told = [&] {
+        char text[64];
+        const ssize_t count = ::recv(socket, text, sizeof text, 0);
+        return std::string(text, count > 0 ? static_cast<std::size_t>(count) : 0);
+    };
+    EXPECT_EQ(told(), "READY=1");
+    EXPECT_EQ(told(), "STATUS=5 devices, no alarm");
+    EXPECT_EQ(told(), "STOPPING=1");
+    Program run({"/usr/bin/env", "NOTIFY_SOCKET=" + m_dir.path("notify"), "WATCHDOG_USEC=20000",
+                 BOARDCTL, "--board", m_dir.path("board.toml"), "run"});
+    EXPECT_EQ(told(), "READY=1");
+    EXPECT_EQ(told(), "STATUS=5 devices, no alarm");
+    EXPECT_EQ(told(), "WATCHDOG=1");
+    run.signalUntilEnded(SIGINT);
+    ::close(socket);
+}
