@@ -114,15 +114,12 @@ TEST_F(StatusClientTest, NamesWhatIsWrongWithTheHost) {
           {std::string("{}"), "the host has ended or closed the connection"}}) {
         while (listener.tryAccept().isOpen()) {
         }
-        EXPECT_EQ(failureOf([&] {
-                      StatusClient client(place, ready);
-                      board::FileDescriptor host = listener.tryAccept();
-                      ASSERT_EQ(board::trySend(host, bytes.data(), bytes.size()),
-                                static_cast<ssize_t>(bytes.size()));
-                      host.close();
-                      client.call("Status");
-                  }),
-                  place + ": " + fault);
+        StatusClient client(place, ready);
+        board::FileDescriptor host = listener.tryAccept();
+        ASSERT_EQ(board::trySend(host, bytes.data(), bytes.size()),
+                  static_cast<ssize_t>(bytes.size()));
+        host.close();
+        EXPECT_EQ(failureOf([&] { client.call("Status"); }), place + ": " + fault);
     }
 }
 
