@@ -20,7 +20,7 @@ using support::HostedBoard;
 
 TEST_F(HostedBoard, PrintsItsDevicesItsReportAndItsServices) {
     expectTranscript(m_dir, R"sh(
-$ boardctl --board board.toml run --for 0 2>&1 | sed '/^ /d' | steady
+$ boardctl --board board.toml run --for 0 2>&1 | sed "/^ /d; s=$PWD/==" | steady
 simulated board board.toml
 fan 'fan': connected to 'kernel.fan', Main fan, device file dev/fan
 thermal 'thermal': connected to 'kernel.thermal', Board sensor, device file dev/temperature
@@ -30,15 +30,17 @@ descriptor: 7 tags
 firmware: 5.2-dev/1234
 leds: commands are read from /tmp/evt.fifo, which its owner alone may write
 button: watching dev/button
+status: 'boardctl status' is answered on sim/host.socket
 ready
 stopped
-$ boardctl --board board.toml run --for 0 --format json 2>&1 | steady | sed -n '2p;6p;8p;/firmware/,$p'
+$ boardctl --board board.toml run --for 0 --format json 2>&1 | steady | sed -n "s=$PWD/==; 2p;6p;8p;/firmware/,$ p"
 {"event":"connected","kind":"fan","name":"fan","endpoint":"kernel.fan","device":"dev/fan","description":"Main fan","simulated":true}
 {"event":"descriptor","tags":7,"simulated":true}
 {"event":"row","level":1,"key":"Description","value":"Main fan","simulated":true}
 {"event":"firmware","version":"5.2-dev/1234","line1":"5.2","line2":"Branch","line3":"1234","line6":"board","line7":"dev","line8":"simulated","simulated":true}
 {"event":"leds","pipe":"/tmp/evt.fifo","writers":"its owner alone","simulated":true}
 {"event":"button","device":"dev/button","simulated":true}
+{"event":"status","socket":"sim/host.socket","simulated":true}
 {"event":"ready","simulated":true}
 {"event":"stopped","simulated":true}
 $ boardctl --board board.toml sim press
@@ -195,9 +197,10 @@ $ five() { for i in 1 2 3 4 5; do boardctl --board board.toml sim press --for 0 
 $ boardctl --board board.toml button watch
 ! boardctl: board.toml:40: button.device: dev/button: another program watches this button
 [1]
-$ boardctl --board board.toml run --for 0 2>&1 | grep -e another -e watching
+$ boardctl --board board.toml run --for 0 2>&1 | sed "s=$PWD/==" | grep -e another -e watching
 boardctl: leds: leds/power: another program drives the LEDs of this board; they are left alone
 boardctl: button: board.toml:40: button.device: dev/button: another program watches this button
+boardctl: status: sim/host.socket: another program listens on this socket
 $ boardctl run --sim --for 0 2>&1 | grep -e use
 boardctl: leds: /tmp/evt.fifo: the pipe is in use: another LED service reads it; the LEDs run without commands
 )sh");

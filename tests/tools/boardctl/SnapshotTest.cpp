@@ -38,7 +38,7 @@ $ cmp real/eeprom copy/eeprom.bin; for i in real copy; do boardctl --board $i/bo
       1 boardctl: driver 'b': PATH power[0].device: real/gone: can't open: No such file or directory
 $ for i in '{' '{"profile":{"text":"a=1"},"files":[]}' '{"profile":{"text":""},"files":[{"key":"x","hex":"0"}]}'; do echo "$i" | boardctl sim create no --from -; done; ls no
 ! boardctl: standard input: is not JSON (expected a snapshot, as 'boardctl snapshot' writes)
-! boardctl: standard input: its profile: no/board.toml:1: a: unknown key (expected fan, thermal, power, led, descriptor, voip, preferences, button, firmware, leds, simulated)
+! boardctl: standard input: its profile: no/board.toml:1: a: unknown key (expected fan, thermal, power, led, descriptor, voip, preferences, button, firmware, leds, watch, simulated)
 ! boardctl: standard input: "hex" of x is not hexadecimal (expected a snapshot, as 'boardctl snapshot' writes)
 ! ls: cannot access 'no': No such file or directory
 [2]
