@@ -19,6 +19,13 @@ fi
 promtool=$folder/usr/bin/promtool
 
 "$boardctl" --sim --format metrics info | "$promtool" check metrics
+"$boardctl" sim create "$folder/board" >/dev/null
+coproc host { exec "$boardctl" --board "$folder/board/board.toml" run 2>&1; }
+while read -r line && [[ $line != ready ]]; do :; done <&"${host[0]}"
+"$boardctl" --board "$folder/board/board.toml" --format metrics status | "$promtool" check metrics
+# shellcheck disable=SC2154 # coproc sets it
+kill "$host_PID"
+rm -r "$folder/board"
 # shellcheck disable=SC2016 # these are backticks of Markdown
 sed -n '/^```yaml$/,/^```$/{/^```/!p}' "$page" >"$folder/rules.yml"
 "$promtool" check rules "$folder/rules.yml" >"$folder/rules.log" 2>&1 || {

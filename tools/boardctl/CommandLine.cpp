@@ -46,7 +46,8 @@ int runCommandLine(int argc, char** argv) {
                options.metrics = format == "metrics";
                options.svg = format == "svg";
            },
-           "Output format; metrics works only with `info`, svg only with `leds preview`")
+           "Output format; metrics works only with `info` and `status`, svg only with `leds "
+           "preview`")
         ->check(oneOf({"text", "json", "metrics", "svg"}))
         ->option_text("text|json|metrics|svg");
     app.footer("Global options: --board FILE, --sim, --format FORMAT; see boardctl --help");
@@ -64,8 +65,8 @@ int runCommandLine(int argc, char** argv) {
 
     try {
         app.parse(argc, argv);
-        if (options.metrics && !app.got_subcommand("info"))
-            throw WrongCall("--format metrics works only with info");
+        if (options.metrics && !app.got_subcommand("info") && !app.got_subcommand("status"))
+            throw WrongCall("--format metrics works only with info and status");
         if (options.svg &&
             !(app.got_subcommand("leds") && app.get_subcommand("leds")->got_subcommand("preview")))
             throw WrongCall("--format svg works only with leds preview");

@@ -59,7 +59,7 @@ $ wrong --board '' info
 boardctl: --board: is empty
 $ for i in 'info --format xml' 'fan --format metrics' 'leds check --format svg'; do wrong $i; done
 boardctl: --format: 'xml' (expected text, json, metrics or svg)
-boardctl: --format metrics works only with info
+boardctl: --format metrics works only with info and status
 boardctl: --format svg works only with leds preview
 $ for i in 'run --for nan' 'cpu --period 0.09' 'cpu --count 0'; do wrong $i; done
 boardctl: --for: 'nan' (expected seconds, 0 to 31622400)

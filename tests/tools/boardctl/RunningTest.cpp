@@ -42,6 +42,8 @@ Last events
   DATET09:30:00.000Z  LED command: line call
 $ rm in out; . ./host; json --board board.toml status | cut -c 1-30; exec 3>&-; wait
 { "product": null, "profile": 
+$ rm in out; . ./host; boardctl --board board.toml --format metrics status -o figures; cat figures; exec 3>&-; wait
+board_info 1
 )sh");
 }
 

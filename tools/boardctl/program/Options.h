@@ -23,7 +23,7 @@ struct Options {
     std::string board; ///< path of the profile; empty if the call names none
     bool sim = false;  ///< work on a simulated board, made for the call
     bool json = false;
-    bool metrics = false; ///< only for `info`
+    bool metrics = false; ///< only for `info` and `status`
     bool svg = false;     ///< only for `leds preview`
 
     /// Runs the command and returns the exit status. Set while the command line is parsed.

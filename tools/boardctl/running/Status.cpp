@@ -1,9 +1,12 @@
+#include <iostream>
 #include <string>
 
+#include "base/FileReplacement.h"
 #include "output/Json.h"
 #include "output/Rows.h"
 #include "program/Command.h"
 #include "program/Commands.h"
+#include "program/WordChecks.h"
 #include "running/RunningHost.h"
 
 using nlohmann::ordered_json;
@@ -107,19 +110,38 @@ private:
     InfoContainer m_rows;
 };
 
-int status(const Options& options) {
-    board::FoundHost host = runningHost(options);
+struct StatusWords {
+    std::string output; ///< empty: standard output
+};
+
+std::string answerOf(board::FoundHost& host, const Options& options) {
     if (options.json)
-        printJson(host.status);
+        return jsonText(host.status);
+    if (options.metrics)
+        return textOf(host.client.call("Metrics"), "text");
+    return rowsText(StatusRows(host.status, listOf(host.client.call("Leds"), "leds")).rows());
+}
+
+int status(const Options& options, const StatusWords& words) {
+    board::FoundHost host = runningHost(options);
+    const std::string text = answerOf(host, options);
+    if (words.output.empty())
+        std::cout << text;
     else
-        printRows(StatusRows(host.status, listOf(host.client.call("Leds"), "leds")).rows());
+        board::replaceFile(words.output, text);
     return DONE;
 }
 
 } // namespace
 
 void addStatus(CLI::App& app, Options& options) {
-    addCommand(app, options, "status", "Show what the running host of the board knows", status);
+    const auto [command, words] = addCommand<StatusWords>(
+        app, options, "status", "Show what the running host of the board knows", status);
+    command
+        .add_option("-o,--output", words.output,
+                    "Write to FILE, which is replaced as a whole, instead of standard output")
+        ->check(notEmpty())
+        ->option_text("FILE");
 }
 
 } // namespace boardctl
