@@ -91,6 +91,7 @@ ordered_json toJson(const LedCause& cause, const LedSequencerProfile& profile) {
     if (cause.ticksLeft)
         milliseconds = std::uint64_t{*cause.ticksLeft} * profile.tickMs;
     return {{"row", cause.run.row},
+            {"place", cause.place},
             {"word1", row.word1},
             {"word2", row.word2},
             {"number", row.number},

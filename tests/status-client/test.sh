@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds the foreign client of the status socket, and runs it against a host with canned answers.
-# usage: tests/status-client/test.sh GO CANNED_HOST BUILD_FOLDER
+# Builds the foreign client of the status socket, and runs it against a host with canned answers and
+# one that hosts a simulated board.
+# usage: tests/status-client/test.sh GO CANNED_HOST BUILD_FOLDER BOARDCTL
 set -euo pipefail
 
 mkdir -p "$3"
@@ -24,5 +25,16 @@ read -r _ <&4
 echo '{"event":"gone","time":"2026-05-31T10:00:00.000Z","text":"fan is gone"}' >"$folder/event"
 "$3/status-client" "$folder/host" sh -c "cat '$folder/event' >'$folder/in'"
 exec 3>&-
+wait "$host"
+host=
+
+"$4" sim create "$folder/board" >/dev/null
+rm "$folder/board/dev/power" # an alarm
+"$4" --board "$folder/board/board.toml" run >"$folder/out" 2>&1 &
+host=$!
+exec 4<"$folder/out"
+while read -r line <&4 && [[ $line != ready ]]; do :; done
+"$3/status-client" "$folder/board/host.socket"
+kill "$host"
 wait "$host"
 host=
