@@ -49,6 +49,9 @@ public:
         const ordered_json json = ordered_json::parse(text, nullptr, false);
         if (json.is_discarded())
             fail("is not JSON");
+        if (member(json, "snapshot") != SNAPSHOT_VERSION)
+            throw Error(m_name + ": is a snapshot of another version (expected " +
+                        std::to_string(SNAPSHOT_VERSION) + ")");
         m_profile = textOf(member(member(json, "profile"), "text"), "profile.text");
         const ordered_json& files = member(json, "files");
         if (!files.is_array())

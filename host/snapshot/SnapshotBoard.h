@@ -10,6 +10,9 @@
 
 namespace board {
 
+/// The member "snapshot" of a snapshot. Another number means that its other members differ.
+constexpr int SNAPSHOT_VERSION = 1;
+
 /// The members "profile" (`{"path":..., "text":...}`) and "files" of a snapshot. An element of
 /// "files" has "key" and "path", and either "text", or "hex" if the content is not plain text, or
 /// "error" if it could not be read.

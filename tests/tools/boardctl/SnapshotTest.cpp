@@ -36,8 +36,9 @@ path = 'leds/lamp'
 $ cmp real/eeprom copy/eeprom.bin; for i in real copy; do boardctl --board $i/board.toml info 2>&1 | grep -v 'Since boot' | sed "s,$i/[a-z0-9/.:]*,PATH,"; done | sort | uniq -c | grep -v ' 2 '
       1 boardctl: driver 'b': PATH power[0].device: copy/dev/power0: can't open: No such file or directory
       1 boardctl: driver 'b': PATH power[0].device: real/gone: can't open: No such file or directory
-$ for i in '{' '{"profile":{"text":"a=1"},"files":[]}' '{"profile":{"text":""},"files":[{"key":"x","hex":"0"}]}'; do echo "$i" | boardctl sim create no --from -; done; ls no
+$ for i in '{' '{"snapshot":2}' '{"snapshot":1,"profile":{"text":"a=1"},"files":[]}' '{"snapshot":1,"profile":{"text":""},"files":[{"key":"x","hex":"0"}]}'; do echo "$i" | boardctl sim create no --from -; done; ls no
 ! boardctl: standard input: is not JSON (expected a snapshot, as 'boardctl snapshot' writes)
+! boardctl: standard input: is a snapshot of another version (expected 1)
 ! boardctl: standard input: its profile: no/board.toml:1: a: unknown key (expected fan, thermal, power, led, descriptor, voip, preferences, button, firmware, leds, watch, simulated)
 ! boardctl: standard input: "hex" of x is not hexadecimal (expected a snapshot, as 'boardctl snapshot' writes)
 ! ls: cannot access 'no': No such file or directory

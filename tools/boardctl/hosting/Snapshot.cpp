@@ -48,7 +48,9 @@ int snapshot(const Options& options, const SnapshotWords& words) {
         report.firmware = board::readFirmware(*board.profile().firmware);
     const auto files = board::snapshotFiles(board.profile(), board.host().locator());
 
-    ordered_json json = {{"snapshot", 1}, {"boardctl", BOARDCTL_VERSION}, {"time", timeText()}};
+    ordered_json json = {{"snapshot", board::SNAPSHOT_VERSION},
+                         {"boardctl", BOARDCTL_VERSION},
+                         {"time", timeText()}};
     json.update(board::toJson(board.profilePath(), files));
     json["report"] = reportToJson(report);
     const std::string text = jsonText(json);
