@@ -1,11 +1,14 @@
 #include "board/Services.h"
 
+#include <algorithm>
+
 #include "base/Error.h"
 
 namespace board {
 
 Services::Services(const Profile& profile, bool tellsLeds, EventQueue& events,
-                   const std::string& ledMemory) {
+                   const std::string& ledMemory)
+    : m_profile(profile), m_events(events) {
     try {
         if (profile.ledService)
             m_leds = std::make_unique<LedService>(*profile.ledService, tellsLeds, events,
@@ -13,17 +16,47 @@ Services::Services(const Profile& profile, bool tellsLeds, EventQueue& events,
     } catch (const Error& error) {
         m_failures.push_back({Kind::LEDS, error.what()});
     }
-    if (m_leds)
+    if (m_leds) {
         for (const std::string& fault : m_leds->faults())
             m_failures.push_back({Kind::LEDS, fault});
-    try {
-        if (profile.button)
-            withPlaceInErrors(*profile.button, [&](const std::string&) {
-                m_button = std::make_unique<ButtonService>(*profile.button, events);
-            });
-    } catch (const Error& error) {
-        m_failures.push_back({Kind::BUTTON, error.what()});
+        if (m_leds->pipeFault())
+            m_failures.push_back({Kind::PIPE, *m_leds->pipeFault()});
     }
+    if (const auto fault = startButton())
+        m_failures.push_back({Kind::BUTTON, *fault});
+}
+
+std::optional<std::string> Services::startButton() {
+    if (!m_profile.button)
+        return std::nullopt;
+    m_buttonFile = tryIdentify(m_profile.button->path);
+    try {
+        withPlaceInErrors(*m_profile.button, [&](const std::string&) {
+            m_button = std::make_unique<ButtonService>(*m_profile.button, m_events);
+        });
+    } catch (const Error& error) {
+        return error.what();
+    }
+    return std::nullopt;
+}
+
+void Services::lookAtButton() {
+    // A device that has failed is left alone until it is another one.
+    if (!m_profile.button || (m_button && tryIdentify(m_profile.button->path) == m_buttonFile))
+        return;
+    const bool wasStarted = m_button != nullptr;
+    m_button.reset();
+    m_failures.erase(
+        std::remove_if(m_failures.begin(), m_failures.end(),
+                       [](const Failure& failure) { return failure.service == Kind::BUTTON; }),
+        m_failures.end());
+    const auto fault = startButton();
+    if (fault)
+        m_failures.push_back({Kind::BUTTON, *fault});
+    if (fault && wasStarted)
+        m_events.push(event::DeviceGone{"button", "button", *fault});
+    if (!fault)
+        m_events.push(event::DeviceBack{"button", "button"});
 }
 
 } // namespace board

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "base/Events.h"
+#include "base/FileDescriptor.h"
 #include "button/ButtonService.h"
 #include "leds/LedService.h"
 #include "profile/Profile.h"
@@ -22,7 +24,7 @@ public:
     Services(const Profile& profile, bool tellsLeds, EventQueue& events,
              const std::string& ledMemory = "");
 
-    enum class Kind { LEDS, BUTTON };
+    enum class Kind { LEDS, PIPE, BUTTON };
 
     /// A service that does not work, or works only in part.
     struct Failure {
@@ -33,12 +35,21 @@ public:
 
     /// Null if the board has no LED tables or the sequencer can't run.
     const LedService* leds() const { return m_leds.get(); }
-    bool watchesButton() const { return m_button != nullptr; }
+    bool watchesButton() const { return m_button && m_button->isWatching(); }
+
+    /// Starts the button monitor if its device has appeared, or is another one than before. A
+    /// change is an event.
+    void lookAtButton();
 
 private:
+    std::optional<std::string> startButton();
+
+    const Profile& m_profile;
+    EventQueue& m_events;
     std::vector<Failure> m_failures;
     std::unique_ptr<LedService> m_leds;
-    std::unique_ptr<ButtonService> m_button; // last: it ends first
+    std::optional<FileIdentity> m_buttonFile; ///< when the monitor was started
+    std::unique_ptr<ButtonService> m_button;  // last: it ends first
 };
 
 } // namespace board

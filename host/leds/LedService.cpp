@@ -1,5 +1,6 @@
 #include "leds/LedService.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/Error.h"
@@ -32,7 +33,7 @@ LedService::LedService(const LedSequencerProfile& profile, bool tellsChanges, Ev
     LedPipeKeeper pipe(events);
     m_writers = pipe.writers();
     if (pipe.fault())
-        m_faults.push_back(*pipe.fault() + "; the LEDs run without commands");
+        m_pipeFault = *pipe.fault() + "; the LEDs run without commands";
     if (!memory.empty())
         m_memory.emplace(memory, events);
     auto* const hosted =
@@ -41,6 +42,14 @@ LedService::LedService(const LedSequencerProfile& profile, bool tellsChanges, Ev
                            m_memory ? &*m_memory : nullptr, events});
     m_leds.reset(hosted);
     m_hosted = hosted;
+}
+
+bool LedService::remembers(const std::string& line) const {
+    if (!m_memory || !m_memory->former())
+        return false;
+    const std::vector<LedHold>& holds = m_memory->former()->holds;
+    return std::any_of(holds.begin(), holds.end(),
+                       [&](const LedHold& hold) { return hold.line == line; });
 }
 
 std::vector<LedExplanation> LedService::explain() const {

@@ -28,11 +28,16 @@ public:
     LedService(const LedSequencerProfile& profile, bool tellsChanges, EventQueue& events,
                const DeviceLocator& locator = DeviceLocator(), const std::string& memory = "");
 
-    /// What does not work: the pipe, or files that were not found.
+    /// Files that were not found.
     const std::vector<std::string>& faults() const { return m_faults; }
+    /// Why the sequencer accepted no commands when it started; empty if it did.
+    const std::optional<std::string>& pipeFault() const { return m_pipeFault; }
 
     /// Who could send commands when the service started, in words; empty if nobody could.
     const std::optional<std::string>& writers() const { return m_writers; }
+
+    /// Whether `line` held something without a time when the service was restarted.
+    bool remembers(const std::string& line) const;
 
     ///@{
     /// Any thread.
@@ -50,7 +55,8 @@ private:
 
     const LedTable m_table;
     LedClaim m_claim; ///< until the sequencer runs; then its thread uses it
-    std::vector<std::string> m_faults;
+    const std::vector<std::string> m_faults;
+    std::optional<std::string> m_pipeFault;
     std::optional<std::string> m_writers;
     ///@{
     /// They outlive the sequencer, which writes into the pipes that the first one drains.

@@ -20,6 +20,26 @@ namespace {
 /// How many events are kept for Status.
 constexpr std::size_t MOST_EVENTS = 50;
 
+/// What is wrong with the device, without the figures, which would change at each look.
+std::string briefOf(const Alarm& alarm, const Profile& profile) {
+    switch (alarm.kind) {
+    case Alarm::Kind::DEVICE_GONE:
+        return "gone";
+    case Alarm::Kind::TEMPERATURE_OVER:
+        for (const ThermalProfile& sensor : profile.thermals)
+            if (sensor.name == alarm.device)
+                return "over " + std::to_string(sensor.maximum);
+        return "over its maximum";
+    case Alarm::Kind::POWER_LOST:
+        return "lost";
+    case Alarm::Kind::FAN_ASTRAY:
+        return "does not follow";
+    case Alarm::Kind::FAN_STOPPED:
+        return "stands still";
+    }
+    return alarm.type;
+}
+
 } // namespace
 
 HostStatus::HostStatus(const std::string& profilePath, const Profile& profile, Host& host,
@@ -30,6 +50,8 @@ HostStatus::HostStatus(const std::string& profilePath, const Profile& profile, H
 void HostStatus::setServices(const Services* services) {
     m_services = services;
     m_takesLines = services && services->leds() && services->leds()->writers();
+    if (services && services->leds())
+        m_pipeFault = services->leds()->pipeFault();
 }
 
 ordered_json HostStatus::note(const EventQueue::Entry& entry) {
@@ -44,6 +66,10 @@ ordered_json HostStatus::note(const EventQueue::Entry& entry) {
     } else if (std::holds_alternative<event::LedPipeBack>(entry.event)) {
         m_pipeFault.reset();
         m_takesLines = true;
+    } else if (const auto* const led = std::get_if<event::LedFileGone>(&entry.event)) {
+        m_ledFaults[led->name] = led->reason;
+    } else if (const auto* const found = std::get_if<event::LedFileBack>(&entry.event)) {
+        m_ledFaults.erase(found->name);
     }
     const EventWords words = wordsOf(entry.event);
     ordered_json event = {
@@ -56,13 +82,13 @@ ordered_json HostStatus::note(const EventQueue::Entry& entry) {
 }
 
 std::string HostStatus::summary() const {
-    const std::size_t devices = m_watch.devices().size(), alarms = m_watch.alarms().size();
+    const std::size_t devices = m_host.devices().size(), alarms = m_watch.alarms().size();
     std::string text = std::to_string(devices) + (devices == 1 ? " device, " : " devices, ");
     if (alarms == 0)
         return text + "no alarm";
     std::vector<std::string> texts;
     for (const Alarm& alarm : m_watch.alarms())
-        texts.push_back(printable(alarm.text));
+        texts.push_back(printable(alarm.device) + " " + briefOf(alarm, m_profile));
     text += std::to_string(alarms) + (alarms == 1 ? " alarm: " : " alarms: ");
     return text + join(texts, "; ");
 }
@@ -121,6 +147,8 @@ ordered_json HostStatus::ledServiceJson() const {
     std::vector<std::string> faults = faultsOf(Services::Kind::LEDS);
     if (m_pipeFault)
         faults.push_back(*m_pipeFault);
+    for (const auto& [name, fault] : m_ledFaults)
+        faults.push_back("LED '" + name + "': " + fault);
     return {{"running", leds != nullptr},
             {"pipe", m_takesLines ? ordered_json(LED_PIPE) : ordered_json(nullptr)},
             {"faults", faults}};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,7 +34,7 @@ public:
     /// Events for which the queue had no room.
     void noteLost(unsigned count) { m_lost += count; }
 
-    /// One line: "5 devices, 1 alarm: ...".
+    /// One line: "7 devices, 1 alarm: thermal over 85".
     std::string summary() const;
 
     nlohmann::ordered_json status() const override;
@@ -56,8 +57,9 @@ private:
     std::optional<Result<FirmwareInfo>> m_firmware;
     std::deque<nlohmann::ordered_json> m_events; ///< the last ones, the oldest first
     std::optional<bool> m_isPressed;
-    bool m_takesLines = false;              ///< from the LED pipe
-    std::optional<std::string> m_pipeFault; ///< why it does not any more
+    bool m_takesLines = false;                      ///< from the LED pipe
+    std::optional<std::string> m_pipeFault;         ///< why it does not
+    std::map<std::string, std::string> m_ledFaults; ///< by the name of an LED whose file is gone
     std::uint64_t m_presses = 0;
     std::uint64_t m_lost = 0;
 };

@@ -25,7 +25,7 @@ double rounded(double celsius) {
 }
 
 std::string titleOf(const std::string& kind, const std::string& name) {
-    return kind == "descriptor" ? kind : kind + " '" + name + "'";
+    return kind == "descriptor" || kind == "button" ? kind : kind + " '" + name + "'";
 }
 
 template <class Measured>

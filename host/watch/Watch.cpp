@@ -192,9 +192,9 @@ void Watch::pickDescriptorUp() const {
             m_events.push(event::FaultReport{step.fault()});
 }
 
-void Watch::sendLedLinesTo(LedLineSink sink) {
+void Watch::sendLedLinesTo(LedLineSink sink, bool showsAlarm) {
     m_sink = std::move(sink);
-    m_showsAlarm = false;
+    m_showsAlarm = showsAlarm;
     showAlarms();
 }
 

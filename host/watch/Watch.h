@@ -47,8 +47,9 @@ public:
 
     /// Where the lines go that the profile names for the beginning of the first alarm and the end
     /// of the last one; an empty function drops them. The first line is due at once if there are
-    /// alarms.
-    void sendLedLinesTo(LedLineSink sink);
+    /// alarms. With `showsAlarm`, the LEDs show an alarm already, from before a restart: then the
+    /// second line is due at once if there are none.
+    void sendLedLinesTo(LedLineSink sink, bool showsAlarm = false);
 
     /// Sorted as in the host. All of them work before the first look.
     const std::vector<WatchedDevice>& devices() const { return m_devices; }

@@ -126,9 +126,9 @@ TEST_F(LedServiceTest, PicksUpAPipeThatCouldNotBeMadeAtTheStartButNoneOfAnotherS
     const board::LedSequencerProfile profile = table("");
     std::filesystem::create_directory(LED_PIPE);
     const board::LedService leds(profile, false, m_events);
-    EXPECT_EQ(leds.faults().at(0), std::string(LED_PIPE) + ": is not a pipe (expected a pipe or "
-                                                           "no file: remove it); the LEDs run "
-                                                           "without commands");
+    EXPECT_EQ(leds.pipeFault(), std::string(LED_PIPE) + ": is not a pipe (expected a pipe or no "
+                                                        "file: remove it); the LEDs run without "
+                                                        "commands");
     EXPECT_FALSE(leds.writers());
     ::rmdir(LED_PIPE);
     EXPECT_EQ(next().substr(0, 4), "back");

@@ -41,6 +41,42 @@ line         on
               std::string::npos);
 }
 
+TEST_F(HostedBoard, PicksUpItsButtonAndPipeAndEndsAnAlarmOfAnEarlierHostOnItsLeds) {
+    expectTranscript(m_dir, R"sh(
+$ printf '[watch]\nperiod_s = 0.1\non_alarm = "line call"\non_clear = "line idle"\n' >>board.toml
+$ mkdir memory; echo 99000 >sim/dev/temperature
+)sh");
+    const std::vector<std::string> hosting{"/usr/bin/env",
+                                           "RUNTIME_DIRECTORY=" + m_dir.path("memory"),
+                                           BOARDCTL,
+                                           "--board",
+                                           m_dir.path("board.toml"),
+                                           "run"};
+    Program first(hosting);
+    ASSERT_TRUE(first.waitForOutput("LED command: line call\n"));
+    first.signalUntilEnded(SIGINT);
+    expectTranscript(m_dir, R"sh(
+$ rm /tmp/evt.fifo; echo x >/tmp/evt.fifo; mv sim/dev/button button
+)sh");
+    Program second(hosting);
+    ASSERT_TRUE(second.waitForOutput("ready\n"));
+    expectTranscript(m_dir, R"sh(
+$ rm /tmp/evt.fifo; mv button sim/dev/button
+)sh");
+    ASSERT_TRUE(second.waitForOutput("LED commands are read from"));
+    ASSERT_TRUE(second.waitForOutput("button can be used again\n"));
+    expectTranscript(m_dir, R"sh(
+$ RUNTIME_DIRECTORY=memory boardctl --board board.toml status | grep -e sequencer -e Button
+LED sequencer                      running, commands are read from /tmp/evt.fifo
+Button                             watched, 0 presses so far
+)sh");
+    second.signalUntilEnded(SIGINT);
+    m_dir.write("sim/dev/temperature", "41500\n");
+    Program third(hosting);
+    ASSERT_TRUE(third.waitForOutput("LED command: line idle\n"));
+    third.signalUntilEnded(SIGINT);
+}
+
 TEST_F(HostedBoard, TellsTheInitSystemWhatItDoes) {
     const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     sockaddr_un address{};
@@ -60,12 +96,12 @@ boardctl: NOTIFY_SOCKET: @gone: Connection refused
         return std::string(text, count > 0 ? static_cast<std::size_t>(count) : 0);
     };
     EXPECT_EQ(told(), "READY=1");
-    EXPECT_EQ(told(), "STATUS=5 devices, no alarm");
+    EXPECT_EQ(told(), "STATUS=7 devices, no alarm");
     EXPECT_EQ(told(), "STOPPING=1");
     Program run({"/usr/bin/env", "NOTIFY_SOCKET=" + m_dir.path("notify"), "WATCHDOG_USEC=20000",
                  BOARDCTL, "--board", m_dir.path("board.toml"), "run"});
     EXPECT_EQ(told(), "READY=1");
-    EXPECT_EQ(told(), "STATUS=5 devices, no alarm");
+    EXPECT_EQ(told(), "STATUS=7 devices, no alarm");
     EXPECT_EQ(told(), "WATCHDOG=1");
     run.signalUntilEnded(SIGINT);
     ::close(socket);

@@ -72,7 +72,8 @@ void BringUp::showFirmware(const board::Result<board::FirmwareInfo>& firmware) c
 
 void BringUp::showServices(const board::Services& services) const {
     for (const board::Services::Failure& failure : services.failures()) {
-        const std::string kind = failure.service == board::Services::Kind::LEDS ? "leds" : "button";
+        const std::string kind =
+            failure.service == board::Services::Kind::BUTTON ? "button" : "leds";
         m_lines.fault(kind + ": " + failure.text, {{"kind", kind}, {"error", failure.text}});
     }
     if (services.leds() && services.leds()->writers()) {

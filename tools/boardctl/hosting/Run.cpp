@@ -11,6 +11,7 @@
 #include "board/Services.h"
 #include "hosting/BringUp.h"
 #include "hosting/Tour.h"
+#include "leds/LedPipe.h"
 #include "output/EventLines.h"
 #include "output/Prompt.h"
 #include "output/Readings.h"
@@ -87,12 +88,12 @@ private:
             bringUp.showFirmware(firmware);
         }
         {
-            const board::Services services(m_board.profile(), m_showsLeds, m_loop.events(),
-                                           ledMemory());
+            board::Services services(m_board.profile(), m_showsLeds, m_loop.events(), ledMemory());
             m_leds = services.leds();
             m_status.setServices(&services);
             bringUp.showServices(services);
-            m_watch.sendLedLinesTo([&](const std::string& line) { sendToLeds(services, line); });
+            m_watch.sendLedLinesTo([&](const std::string& line) { sendToLeds(services, line); },
+                                   ledsHoldAlarm());
             answerCalls();
             m_lines.print("ready", "ready");
             notify("READY=1");
@@ -111,6 +112,13 @@ private:
     static std::string ledMemory() {
         const char* const folder = std::getenv("RUNTIME_DIRECTORY");
         return folder && *folder ? std::string(folder) + "/leds" : "";
+    }
+
+    /// The LEDs hold the line about an alarm, from before the service was restarted.
+    bool ledsHoldAlarm() const {
+        const auto& line = m_board.profile().watch.onAlarm;
+        return m_leds && line &&
+               m_leds->remembers(board::ledLine(line->word1, line->word2, line->number));
     }
 
     /// Listens for programs that ask what this host knows. Without them, it works all the same.
@@ -179,8 +187,11 @@ private:
         }
     }
 
-    void host(const board::Services& services, Clock::time_point start) {
-        m_loop.every(m_board.profile().watch.period, [this] { m_watch.look(); });
+    void host(board::Services& services, Clock::time_point start) {
+        m_loop.every(m_board.profile().watch.period, [&] {
+            m_watch.look();
+            services.lookAtButton();
+        });
         if (const auto period = board::watchdogPeriod())
             m_loop.every(*period / 2, [this] { notify("WATCHDOG=1"); });
         if (m_words.cpu)
