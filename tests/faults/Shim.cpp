@@ -169,6 +169,14 @@ CALL(int, mknod, (const char* path, mode_t mode, dev_t device), (path, mode, dev
 CALL(int, mkostemp, (char* path, int flags), (path, flags), path, )
 CALL(char*, mkdtemp, (char* path), (path), path, )
 CALL(int, eventfd, (unsigned count, int flags), (count, flags), "eventfd", )
+CALL(int, socket, (int domain, int type, int protocol), (domain, type, protocol), "socket", )
+CALL(int, bind, (int fd, const void* address, unsigned size), (fd, address, size), fd, )
+CALL(int, listen, (int fd, int backlog), (fd, backlog), fd, )
+CALL(int, accept4, (int fd, void* address, void* size, int flags), (fd, address, size, flags), fd, )
+CALL(int, epoll_create1, (int flags), (flags), "epoll", )
+CALL(int, epoll_ctl, (int fd, int operation, int which, void* event), (fd, operation, which, event),
+     fd, )
+CALL(int, epoll_wait, (int fd, void* events, int most, int ms), (fd, events, most, ms), fd, )
 
 // NOLINTEND(bugprone-macro-parentheses)
 
@@ -181,10 +189,10 @@ constexpr long SECOND = 1000000000;
 std::atomic<long> s_leapt{0}; ///< how far the program's time is ahead, in nanoseconds
 
 __attribute__((constructor)) void beginAsTheEnvironmentSays() {
-    static char name[12];
+    static char name[16];
     faults::Plan plan{name, 0, 0};
     ::alarm(PATIENCE_SECONDS); // a program that hangs ends by a signal, which is not a result
-    if (std::sscanf(std::getenv("FAULTS_PLAN"), "%11s %u %d", name, &plan.call, &plan.error) == 3)
+    if (std::sscanf(std::getenv("FAULTS_PLAN"), "%15s %u %d", name, &plan.call, &plan.error) == 3)
         faults::begin(plan);
 }
 
