@@ -34,6 +34,11 @@ FileDescriptor connect(const std::string& path) {
     failWith(path, "can't connect to the host", errno);
 }
 
+/// The value as a host sends it: JSON can't hold bytes that are not UTF-8.
+std::string asSent(const ordered_json& value) {
+    return value.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+}
+
 } // namespace
 
 StatusClient::StatusClient(std::string path, Wait wait, Clock::duration limit)
@@ -62,8 +67,7 @@ std::optional<varlink::Reply> StatusClient::receive(std::optional<Clock::time_po
                 fail("answers with something other than a Varlink reply");
             if (!reply->error.empty())
                 throw CallError(m_path + ": the host answers with the error " + reply->error + " " +
-                                    reply->parameters.dump(-1, ' ', false,
-                                                           ordered_json::error_handler_t::replace),
+                                    asSent(reply->parameters),
                                 *reply);
             return reply;
         }
@@ -110,6 +114,8 @@ void StatusClient::monitor() {
 }
 
 std::optional<StatusClient::Event> StatusClient::next() {
+    if (m_wait(Clock::now(), m_socket.number())) // also if events never stop coming
+        return std::nullopt;
     auto reply = receive(std::nullopt);
     if (!reply)
         return std::nullopt;
@@ -128,7 +134,7 @@ FoundHost findHost(const std::string& profile, bool isSimulated, const StatusCli
             StatusClient client(place, wait);
             ordered_json status = client.call("Status");
             const auto hosted = status.find("profile");
-            if (hosted != status.end() && *hosted == wanted)
+            if (hosted != status.end() && asSent(*hosted) == asSent(wanted))
                 return {std::move(client), std::move(status)};
             others +=
                 "; " + place + " answers for another profile" +

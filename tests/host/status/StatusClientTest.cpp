@@ -77,6 +77,14 @@ TEST_F(StatusClientTest, FindsTheHostOfTheProfileBehindThatOfAnother) {
     EXPECT_EQ(found.status, m_answers.status());
 }
 
+TEST_F(StatusClientTest, FindsTheHostOfAProfileWhosePathIsNotUtf8) {
+    const std::string profile = path("\xFF.toml");
+    m_dir.write("\xFF.toml", "");
+    const support::CannedAnswers answers(profile);
+    board::StatusServer server(board::statusPlaces(profile, true)[0], answers);
+    EXPECT_EQ(board::findHost(profile, true, servedBy(server)).client.path(), server.path());
+}
+
 TEST_F(StatusClientTest, ReceivesEventsUntilTheHostOrTheProgramEnds) {
     auto server = std::make_unique<board::StatusServer>(m_dir.path("host"), m_answers);
     bool isAsked = false;
@@ -93,6 +101,10 @@ TEST_F(StatusClientTest, ReceivesEventsUntilTheHostOrTheProgramEnds) {
     EXPECT_EQ(event->lost, 0);
     isAsked = true;
     EXPECT_FALSE(client.next());
+    server->publish({{"event", "y"}});
+    EXPECT_FALSE(client.next());
+    isAsked = false;
+    EXPECT_TRUE(client.next());
     server.reset();
     EXPECT_EQ(failureOf([&] { client.next(); }),
               m_dir.path("host") + ": the host has ended or closed the connection");
