@@ -156,9 +156,10 @@ private:
 
     void moveLed(toml::table& entry, std::size_t index) {
         std::string name = ledNameOf(entry["path"].value_or(std::string()));
-        if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos ||
-            !m_ledNames.insert(name).second)
+        if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos)
             name = "led" + std::to_string(index);
+        for (std::size_t number = index; !takeLedName(name); ++number)
+            name = "led" + std::to_string(number);
         const std::string* const state =
             m_source.contentOf("leds.file[" + std::to_string(index) + "].path");
         if (state) { // otherwise the LED is missing, as on the board
@@ -169,6 +170,15 @@ private:
         entry.insert_or_assign("path", "leds/" + name);
     }
 
+    /// False if another LED has one of the two files that an LED of this name would have.
+    bool takeLedName(const std::string& name) {
+        const std::string state = name + ".state";
+        if (m_ledFiles.count(name) != 0 || m_ledFiles.count(state) != 0)
+            return false;
+        m_ledFiles.insert({name, state});
+        return true;
+    }
+
     void makePipe(const std::string& file) const {
         if (!tryMakePipe((m_root / file).string(), 0666))
             failWith((m_root / file).string(), "can't make the pipe", errno);
@@ -176,7 +186,7 @@ private:
 
     const fs::path m_root;
     const Source& m_source;
-    std::set<std::string> m_ledNames;
+    std::set<std::string> m_ledFiles;
 };
 
 } // namespace
