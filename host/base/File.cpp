@@ -228,6 +228,8 @@ void expectWritable(const std::string& path) {
     constexpr char WHAT[] = "can't open for writing";
     if (::access(path.c_str(), W_OK) != 0)
         failWith(path, WHAT, errno);
+    if (kindOf(path) == FileKind::FOLDER)
+        failWith(path, WHAT, EISDIR);
     struct stat status {};
     // In the kernel's device tree, nobody may write to such a file, not even root.
     if (isDevice(path) && ::stat(path.c_str(), &status) == 0 && (status.st_mode & WRITE) == 0)

@@ -117,6 +117,8 @@ LedMemoryFile::LedMemoryFile(const std::string& path, EventQueue& events)
     try {
         if (kindOf(path) == FileKind::MISSING)
             writeFile(path, "");
+        else if (kindOf(path) != FileKind::REGULAR) // opening a pipe would wait for a writer
+            throw Error(path + ": is not a file");
         m_lastText = readFile(path, MOST_BYTES);
         if (!m_lastText.empty())
             m_former = ledMemoryFrom(m_lastText);

@@ -161,6 +161,11 @@ TEST_F(LedServiceTest, ReportsAndDrivesLedsThatGoAndComeBack) {
         lit.insert(name + " back");
     }
     EXPECT_EQ(next(3), gone);
+    m_dir.makeFolder("file");
+    EXPECT_EQ(next(),
+              "file gone " + m_dir.path("file") + ": can't open for writing: Is a directory");
+    std::filesystem::remove(m_dir.path("file"));
+    EXPECT_EQ(next().substr(0, 9), "file gone");
     makeFiles();
     m_dir.makeFolder("sys/class/leds/late"); // its driver was not loaded at the start
     m_dir.write("sys/class/leds/late/brightness", "");
@@ -219,8 +224,13 @@ TEST_F(LedServiceTest, RemembersWhatHoldsWithoutATime) {
                           "dropped: no row of the table matches it any more");
     }
     m_dir.write("memory", "rubbish\n");
-    const board::LedService leds(profile, false, m_events, board::DeviceLocator(), memory);
-    EXPECT_EQ(next(), "fault leds: " + memory +
-                          ": line 1 is not from the LED service (expected its header, and a "
-                          "newline at the end of the file); the LEDs start with the default rows");
+    const std::string pipe = m_dir.path("pipe"), start = "; the LEDs start with the default rows";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const auto& [file, fault] :
+         {std::pair(memory, ": line 1 is not from the LED service (expected its header, and a "
+                            "newline at the end of the file)"),
+          {pipe, ": is not a file"}}) {
+        const board::LedService leds(profile, false, m_events, board::DeviceLocator(), file);
+        EXPECT_EQ(next(), "fault leds: " + file + fault + start);
+    }
 }
