@@ -1,5 +1,6 @@
 #include "base/Notification.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
@@ -45,7 +46,8 @@ std::optional<std::chrono::microseconds> watchdogPeriod() {
     const long long microseconds = std::atoll(period);
     if (microseconds <= 0)
         return std::nullopt;
-    return std::chrono::microseconds(microseconds);
+    constexpr long long LEAST = 2000, MOST = 86'400'000'000; // to be halved, and to be added to now
+    return std::chrono::microseconds(std::clamp(microseconds, LEAST, MOST));
 }
 
 bool isJournal(int descriptor) {

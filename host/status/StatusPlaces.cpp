@@ -28,6 +28,11 @@ std::string nameFor(const std::string& path) {
 
 } // namespace
 
+std::string serviceFolder() {
+    const std::string folders = variable("RUNTIME_DIRECTORY");
+    return folders.substr(0, folders.find(':'));
+}
+
 std::string reportedProfile(const std::string& profile) {
     std::error_code error;
     const auto path = std::filesystem::canonical(profile, error);
@@ -39,10 +44,9 @@ std::string reportedProfile(const std::string& profile) {
 std::vector<std::string> statusPlaces(const std::string& profile, bool isSimulated) {
     const std::string path = reportedProfile(profile);
     std::vector<std::string> places;
-    // systemd separates several folders by colons.
-    const std::string ofService = variable("RUNTIME_DIRECTORY");
+    const std::string ofService = serviceFolder();
     if (!ofService.empty())
-        places.push_back(ofService.substr(0, ofService.find(':')) + "/host");
+        places.push_back(ofService + "/host");
     if (isSimulated)
         places.push_back(std::filesystem::path(path).replace_filename("host.socket").string());
     const std::string ofUser = variable("XDG_RUNTIME_DIR");

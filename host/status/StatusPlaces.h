@@ -5,9 +5,13 @@
 
 namespace board {
 
+/// The folder that the init system has made for this service and keeps until the board boots: the
+/// first one in $RUNTIME_DIRECTORY, where systemd separates several by colons. Empty without one.
+std::string serviceFolder();
+
 /// The paths of the sockets where a host of this profile may answer. A host listens on the first
 /// one; a client tries them in order, because its environment may differ from the host's.
-/// - $RUNTIME_DIRECTORY/host, if the variable is set, as systemd does
+/// - "host" in the folder of the service, if there is one
 /// - host.socket beside the profile, if the board is simulated
 /// - $XDG_RUNTIME_DIR/boarddrivers/NAME.socket, if the variable is set; the name is derived from
 ///   the profile's path

@@ -89,6 +89,13 @@ $ NOTIFY_SOCKET=`printf %0108d 0` boardctl --board board.toml run --for 0 2>&1 >
 boardctl: NOTIFY_SOCKET: the path is too long:
 $ NOTIFY_SOCKET=@gone boardctl --board board.toml run --for 0 2>&1 >log | grep NOTIFY
 boardctl: NOTIFY_SOCKET: @gone: Connection refused
+$ for i in 1 9223372036854775807 no; do WATCHDOG_USEC=$i boardctl --board board.toml run --for 0 >log; done; tail -n 1 log
+stopped
+$ mkdir a b; RUNTIME_DIRECTORY=$PWD/a:$PWD/b boardctl --board board.toml run --for 0 >log; ls a b
+a:
+leds
+
+b:
 )sh");
     const auto told = [&] {
         char text[64];

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <optional>
 
 #include "base/Error.h"
@@ -108,10 +107,9 @@ private:
         }
     }
 
-    /// Beside the socket, if the init system has made a folder that it keeps until the board boots.
     static std::string ledMemory() {
-        const char* const folder = std::getenv("RUNTIME_DIRECTORY");
-        return folder && *folder ? std::string(folder) + "/leds" : "";
+        const std::string folder = board::serviceFolder();
+        return folder.empty() ? "" : folder + "/leds";
     }
 
     /// The LEDs hold the line about an alarm, from before the service was restarted.
