@@ -34,6 +34,9 @@ public:
     /// Events for which the queue had no room.
     void noteLost(unsigned count) { m_lost += count; }
 
+    /// The LED sequencer reads lines from its pipe, as far as is known from the events.
+    bool takesLedLines() const { return m_takesLines; }
+
     /// One line: "7 devices, 1 alarm: thermal over 85".
     std::string summary() const;
 

@@ -202,10 +202,9 @@ void Watch::showAlarms() {
     const bool isAlarmed = !m_alarms.all().empty();
     if (!m_sink || isAlarmed == m_showsAlarm)
         return;
-    m_showsAlarm = isAlarmed;
     const auto& line = isAlarmed ? m_profile.watch.onAlarm : m_profile.watch.onClear;
-    if (line)
-        m_sink(ledLine(line->word1, line->word2, line->number));
+    if (!line || m_sink(ledLine(line->word1, line->word2, line->number)))
+        m_showsAlarm = isAlarmed;
 }
 
 } // namespace board

@@ -37,8 +37,9 @@ struct WatchedDevice {
 /// One thread. Memory is bounded by the number of devices.
 class Watch {
 public:
-    /// Takes a line for the LED sequencer. The sequencer handles it like a line from its pipe.
-    using LedLineSink = std::function<void(const std::string& line)>;
+    /// Takes a line for the LED sequencer, which handles it like a line from its pipe. False if it
+    /// can't be sent now: the next look tries again, if the line still applies.
+    using LedLineSink = std::function<bool(const std::string& line)>;
 
     /// All arguments must outlive the object.
     Watch(Host& host, const Profile& profile, EventQueue& events);

@@ -270,10 +270,17 @@ TEST_F(Watch, FollowsADeviceWhoseNumberChanges) {
 TEST_F(Watch, SendsALineWhenTheFirstAlarmBeginsAndTheLastOneEnds) {
     host(BOARD + std::string("[watch]\non_alarm='alarm on 3'\non_clear='alarm off'\n"));
     Lines sent;
-    const auto send = [&](const std::string& line) { sent.push_back(line); };
+    bool isTaken = false;
+    const auto send = [&](const std::string& line) {
+        if (isTaken)
+            sent.push_back(line);
+        return isTaken;
+    };
     m_dir.write("mains", "0");
     EXPECT_EQ(look().size(), 1U);
     m_watch->sendLedLinesTo(send);
+    isTaken = true;
+    EXPECT_EQ(look().size(), 0U);
     EXPECT_EQ(sent, Lines{"alarm on 3"}) << "the alarm began before";
     EXPECT_EQ(lookAfter("heat", "90000").size(), 1U);
     EXPECT_EQ(lookAfter("mains", "1").size(), 1U);

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
+#include <utility>
 
 #include "base/Error.h"
 #include "base/Notification.h"
@@ -91,7 +92,7 @@ private:
             m_leds = services.leds();
             m_status.setServices(&services);
             bringUp.showServices(services);
-            m_watch.sendLedLinesTo([&](const std::string& line) { sendToLeds(services, line); },
+            m_watch.sendLedLinesTo([this](const std::string& line) { return sendToLeds(line); },
                                    ledsHoldAlarm());
             answerCalls();
             m_lines.print("ready", "ready");
@@ -162,16 +163,21 @@ private:
         return faults.empty();
     }
 
-    /// A line that a profile sends when an alarm begins or ends.
-    void sendToLeds(const board::Services& services, const std::string& line) {
+    /// A line that a profile sends when an alarm begins or ends. False if it can't be sent, which
+    /// is reported once.
+    bool sendToLeds(const std::string& line) {
         try {
             // Somebody else may read the pipe.
-            if (!services.leds() || !services.leds()->writers())
+            if (!m_status.takesLedLines())
                 throw board::Error("no LED service of this host takes commands");
             board::sendLedLine(line);
+            m_lineFault.clear();
+            return true;
         } catch (const board::Error& error) {
-            m_loop.events().push(
-                board::event::FaultReport{"leds: '" + line + "' can't be sent: " + error.what()});
+            const std::string fault = "leds: '" + line + "' can't be sent: " + error.what();
+            if (std::exchange(m_lineFault, fault) != fault)
+                m_loop.events().push(board::event::FaultReport{fault});
+            return false;
         }
     }
 
@@ -243,7 +249,8 @@ private:
     board::Watch m_watch;
     board::HostStatus m_status;
     std::optional<board::StatusServer> m_server;
-    std::string m_summary; ///< what the init system was told last
+    std::string m_lineFault; ///< why the last line of the watch could not be sent
+    std::string m_summary;   ///< what the init system was told last
     board::CpuMeter m_meter;
     const board::LedService* m_leds = nullptr; ///< null unless the services run
 };
