@@ -67,8 +67,8 @@ public:
     void giveTo(uid_t owner, gid_t group, mode_t mode) const {
         struct stat made {};
         // A service may not be allowed to change owners at all, even to what they are.
-        const bool isTheirs = ::fstat(m_file.number(), &made) == 0 && made.st_uid == owner &&
-                              made.st_gid == group;
+        const bool isTheirs =
+            ::fstat(m_file.number(), &made) == 0 && made.st_uid == owner && made.st_gid == group;
         if (!isTheirs && ::fchown(m_file.number(), owner, group) != 0)
             failWith(m_path, "can't give the new file to the owner of the old one", errno);
         setMode(mode);
