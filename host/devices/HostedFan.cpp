@@ -28,6 +28,12 @@ Result<void> HostedFan::withModeFile(Use use) const {
     return withNamedFile(*m_profile.enable, m_locator, use);
 }
 
+/// Looks the device up again: by now, the path may be that of another one.
+template <class Use>
+Result<void> HostedFan::withDeviceFile(Use use) const {
+    return withNamedFile(m_profile.device, m_locator, use);
+}
+
 XCode HostedFan::setFanSpeed(FanSpeed speed) {
     m_fault.reset();
     if (!m_isManual && isValid()) {
@@ -113,10 +119,14 @@ Result<void> HostedFan::giveBack() {
     case FanProfile::OnExit::KEEP:
         return {};
     case FanProfile::OnExit::FULL:
-        errno = 0; // the driver ignores the result of its write, which leaves its reason here
-        if (!CFanControl::setFanSpeed(FAN_SPEED_FULL).isSuccess() || errno != 0)
-            return Fault{m_path + ": can't write: " + reasonOf(errno)};
-        return {};
+        return withDeviceFile([&](const std::string& path) -> Result<void> {
+            if (path != m_path)
+                return writeContent(path, std::to_string(m_profile.maximum) + "\n");
+            errno = 0; // the driver ignores the result of its write, which leaves its reason here
+            if (!CFanControl::setFanSpeed(FAN_SPEED_FULL).isSuccess() || errno != 0)
+                return Fault{m_path + ": can't write: " + reasonOf(errno)};
+            return {};
+        });
     case FanProfile::OnExit::RESTORE:
         return restore(found);
     }
@@ -125,7 +135,8 @@ Result<void> HostedFan::giveBack() {
 
 /// The speed comes first: some chips accept one only while they are under manual control.
 Result<void> HostedFan::restore(const Found& found) const {
-    const Result<void> speed = putBackSpeed(m_path, found.speed);
+    const Result<void> speed =
+        withDeviceFile([&](const std::string& path) { return putBackSpeed(path, found.speed); });
     const Result<void> mode =
         found.mode
             ? withModeFile([&](const std::string& path) { return writeContent(path, *found.mode); })

@@ -56,6 +56,8 @@ private:
 
     template <class Use>
     Result<void> withModeFile(Use use) const;
+    template <class Use>
+    Result<void> withDeviceFile(Use use) const;
     Result<void> takeOver();
     Result<void> restore(const Found& found) const;
 

@@ -86,8 +86,10 @@ TEST(Host, GivesBackAFansModeEvenIfItsSpeedCanNotBe) {
     const board::Host host(profile);
     EXPECT_TRUE(board::setFan(host, "fan", IFanControl::FAN_SPEED_FULL).value);
     std::filesystem::remove(dir.path("speed"));
-    EXPECT_EQ(host.giveBack(), std::vector{"fan 'fan': can't be given back: " + dir.path("speed") +
-                                           ": can't open: No such file or directory"});
+    EXPECT_EQ(host.giveBack(),
+              std::vector{"fan 'fan': can't be given back: " + dir.path("board.toml") +
+                          ":3: fan[0].device: " + dir.path("speed") +
+                          ": can't open: No such file or directory"});
     EXPECT_EQ(dir.read("mode"), "5\n");
     std::filesystem::remove(dir.path("mode"));
     EXPECT_EQ(board::setFan(host, "fan", IFanControl::FAN_SPEED_LOW).value.fault(),

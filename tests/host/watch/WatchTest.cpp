@@ -263,8 +263,12 @@ TEST_F(Watch, FollowsADeviceWhoseNumberChanges) {
     EXPECT_EQ(celsius(), 50.0F);
     EXPECT_TRUE(board::setFan(*m_host, "fan", IFanControl::FAN_SPEED_FULL).value);
     EXPECT_EQ(m_dir.read("sys/class/hwmon/hwmon7/pwm1"), "255" + std::string(13, '\0'));
+    move("hwmon7", "hwmon8"); // and another one comes in its place before the next look
+    makeMonitor("hwmon7", "other");
+    m_dir.write("sys/class/hwmon/hwmon7/pwm1", "55");
     EXPECT_TRUE(m_host->giveBack().empty());
-    EXPECT_EQ(m_dir.read("sys/class/hwmon/hwmon7/pwm1"), "85");
+    EXPECT_EQ(m_dir.read("sys/class/hwmon/hwmon8/pwm1"), "85");
+    EXPECT_EQ(m_dir.read("sys/class/hwmon/hwmon7/pwm1"), "55");
 }
 
 TEST_F(Watch, SendsALineWhenTheFirstAlarmBeginsAndTheLastOneEnds) {
