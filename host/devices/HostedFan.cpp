@@ -36,6 +36,15 @@ Result<void> HostedFan::withDeviceFile(Use use) const {
 
 XCode HostedFan::setFanSpeed(FanSpeed speed) {
     m_fault.reset();
+    const Result<void> isThere = withDeviceFile([&](const std::string& path) -> Result<void> {
+        if (path == m_path)
+            return {};
+        return Fault{"the device has moved from " + m_path + " to " + path + " (try again later)"};
+    });
+    if (isValid() && !isThere) {
+        m_fault = isThere.fault();
+        return XCode(XCode::FAILURE);
+    }
     if (!m_isManual && isValid()) {
         const Result<void> taken = takeOver();
         if (!taken) {

@@ -22,7 +22,8 @@ public:
     /// As in the base, except for the first speed: before it, remembers what the device and the
     /// mode file hold, and writes the number for manual control. If the mode file can't be read or
     /// written, nothing is set, the request is not remembered, and `fault` says why: a mode that is
-    /// not known could not be given back.
+    /// not known could not be given back. It is the same if the device has moved since `moveTo`: by
+    /// now, the path may be that of another one.
     XCode setFanSpeed(FanSpeed speed) override;
 
     /// Why the last `setFanSpeed` failed before it reached the device; empty otherwise.

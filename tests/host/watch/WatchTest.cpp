@@ -266,6 +266,8 @@ TEST_F(Watch, FollowsADeviceWhoseNumberChanges) {
     move("hwmon7", "hwmon8"); // and another one comes in its place before the next look
     makeMonitor("hwmon7", "other");
     m_dir.write("sys/class/hwmon/hwmon7/pwm1", "55");
+    EXPECT_NE(board::setFan(*m_host, "fan", IFanControl::FAN_SPEED_LOW).value.fault().find("moved"),
+              std::string::npos);
     EXPECT_TRUE(m_host->giveBack().empty());
     EXPECT_EQ(m_dir.read("sys/class/hwmon/hwmon8/pwm1"), "85");
     EXPECT_EQ(m_dir.read("sys/class/hwmon/hwmon7/pwm1"), "55");
