@@ -12,10 +12,7 @@ namespace {
 
 /// What a device held at the last look: the members "value" and "unit", "level" and "maximum".
 struct Measured {
-    ordered_json value = nullptr;
-    ordered_json unit = nullptr;
-    ordered_json level = nullptr;
-    ordered_json maximum = nullptr;
+    ordered_json value, unit, level, maximum; // null at first
 };
 
 struct Measure {

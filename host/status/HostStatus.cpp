@@ -148,7 +148,7 @@ ordered_json HostStatus::ledServiceJson() const {
     if (m_pipeFault)
         faults.push_back(*m_pipeFault);
     for (const auto& [name, fault] : m_ledFaults)
-        faults.push_back("LED '" + name + "': " + fault);
+        faults.push_back(String::format("LED '%s': %s", name.c_str(), fault.c_str()).c_str());
     return {{"running", leds != nullptr},
             {"pipe", m_takesLines ? ordered_json(LED_PIPE) : ordered_json(nullptr)},
             {"faults", faults}};
