@@ -11,38 +11,35 @@ namespace board {
 namespace {
 
 /// What a device held at the last look: the members "value" and "unit", "level" and "maximum".
-struct Measured {
-    ordered_json value, unit, level, maximum; // null at first
-};
-
 struct Measure {
-    Measured operator()(std::monostate) const { return {}; }
-    Measured operator()(const FanReading& fan) const {
-        Measured measured;
+    ordered_json operator()(std::monostate) const { return members(nullptr, nullptr); }
+    ordered_json operator()(const FanReading& fan) const {
+        const bool hasSpeed = fan.rpm && *fan.rpm;
+        ordered_json json = hasSpeed ? members(**fan.rpm, "rpm") : members(nullptr, nullptr);
         if (fan.value)
-            measured.level = speedName(*fan.value);
-        if (fan.rpm && *fan.rpm) {
-            measured.value = **fan.rpm;
-            measured.unit = "rpm";
-        }
-        return measured;
+            json["level"] = speedName(*fan.value);
+        return json;
     }
-    Measured operator()(const TemperatureReading& sensor) const {
+    ordered_json operator()(const TemperatureReading& sensor) const {
         constexpr double THOUSANDTHS = 1000;
-        Measured measured;
-        measured.maximum = sensor.maximum;
+        ordered_json json = members(nullptr, nullptr);
         if (sensor.value) {
             const double celsius = static_cast<double>(*sensor.value);
-            measured.value = std::round(celsius * THOUSANDTHS) / THOUSANDTHS;
-            measured.unit = "celsius";
+            json = members(std::round(celsius * THOUSANDTHS) / THOUSANDTHS, "celsius");
         }
-        return measured;
+        json["maximum"] = sensor.maximum;
+        return json;
     }
-    Measured operator()(const PowerReading& power) const {
-        return power.value ? Measured{*power.value, "status", nullptr, nullptr} : Measured();
+    ordered_json operator()(const PowerReading& power) const {
+        return power.value ? members(*power.value, "status") : members(nullptr, nullptr);
     }
-    Measured operator()(const LedReading& led) const {
-        return led.value ? Measured{*led.value, "state", nullptr, nullptr} : Measured();
+    ordered_json operator()(const LedReading& led) const {
+        return led.value ? members(*led.value, "state") : members(nullptr, nullptr);
+    }
+
+private:
+    static ordered_json members(const ordered_json& value, const ordered_json& unit) {
+        return {{"value", value}, {"unit", unit}, {"level", nullptr}, {"maximum", nullptr}};
     }
 };
 
@@ -105,20 +102,17 @@ ordered_json toJson(const LedCause& cause, const LedSequencerProfile& profile) {
 
 ordered_json toJson(const Device& device, const WatchedDevice* watched, const TYTime& started) {
     const std::optional<std::string>& fault = watched ? watched->fault : device.fault;
-    Measured measured = watched ? std::visit(Measure(), watched->reading) : Measured();
+    ordered_json json = {{"kind", kindName(device.kind)},
+                         {"name", device.name},
+                         {"description", device.description},
+                         {"path", device.path},
+                         {"state", fault ? "down" : "up"}};
+    json.update(watched ? std::visit(Measure(), watched->reading) : Measure()({}));
     if (fault)
-        measured = {nullptr, nullptr, nullptr, measured.maximum};
-    return {{"kind", kindName(device.kind)},
-            {"name", device.name},
-            {"description", device.description},
-            {"path", device.path},
-            {"state", fault ? "down" : "up"},
-            {"value", measured.value},
-            {"unit", measured.unit},
-            {"level", measured.level},
-            {"maximum", measured.maximum},
-            {"fault", orNull(fault)},
-            {"since", utcText(watched ? watched->since : started)}};
+        json["value"] = json["unit"] = json["level"] = nullptr;
+    json["fault"] = orNull(fault);
+    json["since"] = utcText(watched ? watched->since : started);
+    return json;
 }
 
 ordered_json toJson(const Alarm& alarm) {
