@@ -107,7 +107,7 @@ ordered_json toJson(const Device& device, const WatchedDevice* watched, const TY
                          {"description", device.description},
                          {"path", device.path},
                          {"state", fault ? "down" : "up"}};
-    json.update(watched ? std::visit(Measure(), watched->reading) : Measure()({}));
+    json.update(watched ? std::visit(Measure(), watched->reading) : Measure()(std::monostate()));
     if (fault)
         json["value"] = json["unit"] = json["level"] = nullptr;
     json["fault"] = orNull(fault);
