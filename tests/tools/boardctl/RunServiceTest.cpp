@@ -2,7 +2,9 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include <fcntl.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 
 #include "HostedBoard.h"
@@ -112,4 +114,40 @@ b:
     EXPECT_EQ(told(), "WATCHDOG=1");
     run.signalUntilEnded(SIGINT);
     ::close(socket);
+}
+
+TEST_F(HostedBoard, AnswersEvenIfNobodyReadsWhatItPrints) {
+    const std::string sink = m_dir.path("sink");
+    ASSERT_EQ(::mkfifo(sink.c_str(), 0600), 0);
+    const int reader = ::open(sink.c_str(), O_RDWR | O_CLOEXEC);
+    expectTranscript(m_dir, "\n$ sed -i 's/tick_ms.*/tick_ms = 1/' sim/board.toml; printf '[watch]\\nperiod_s = 0.1\\n' >>sim/board.toml\n");
+    Program run({"/bin/sh", "-c", "out=$1; shift; exec \"$@\" >\"$out\" 2>&1", "sh", sink, BOARDCTL,
+                 "--board", m_dir.path("board.toml"), "run", "--format", "json"});
+    std::string printed;
+    char chunk[4096];
+    while (printed.find("\"ready\"") == std::string::npos) {
+        const ssize_t count = ::read(reader, chunk, sizeof chunk);
+        ASSERT_GT(count, 0);
+        printed.append(chunk, static_cast<std::size_t>(count));
+    }
+    ASSERT_GT(::fcntl(reader, F_SETPIPE_SZ, 4096), 0); // filled by the events of 100 lines
+    expectTranscript(m_dir, R"sh(
+$ for i in 1 2 3 4 5 6 7 8 9 10; do printf 'a b\na b\na b\na b\na b\na b\na b\na b\na b\na b\n' >/tmp/evt.fifo; done
+$ ask() { boardctl --board board.toml status --format json; }; until ask | grep -q 'led_lines_unknown": 100'; do :; done
+)sh");
+    // Nothing is lost.
+    printed.clear();
+    std::size_t lines = 0;
+    while (lines < 100) {
+        const ssize_t count = ::read(reader, chunk, sizeof chunk);
+        ASSERT_GT(count, 0);
+        printed.append(chunk, static_cast<std::size_t>(count));
+        lines = 0;
+        for (std::size_t at = 0;
+             (at = printed.find("led-command-unknown", at)) != std::string::npos; ++at)
+            ++lines;
+    }
+    run.signalUntilEnded(SIGINT);
+    ::close(reader);
+    EXPECT_EQ(run.finish().status, 0);
 }

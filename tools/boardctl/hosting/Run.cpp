@@ -67,6 +67,7 @@ public:
         }
         const bool isGivenBack = giveBack();
         m_loop.passEventsOn(); // the last events of the services
+        m_lines.printRest();
         if (!m_lines.isLost())
             m_lines.print("stopped", "stopped");
         const bool isHeard = !m_lines.isLost() || StopSignals::isAsked();
@@ -214,7 +215,9 @@ private:
     }
 
     void showLoad(const board::Result<board::CpuReading>& load) {
-        m_lines.printTimed("cpu", "CPU load " + (load ? toText(load) : load.fault()), toJson(load));
+        if (EventLines::isReady())
+            m_lines.printTimed("cpu", "CPU load " + (load ? toText(load) : load.fault()),
+                               toJson(load));
     }
 
     Clock::time_point now() override { return Clock::now(); }
@@ -223,7 +226,7 @@ private:
     }
 
     void onEvents(const board::EventQueue::Batch& batch) override {
-        m_lines.print(batch);
+        m_lines.offer(batch); // a reader who has stopped must not stop the board
         m_status.noteLost(batch.lost);
         for (const board::EventQueue::Entry& entry : batch.entries) {
             const ordered_json event = m_status.note(entry);
@@ -233,7 +236,8 @@ private:
     }
     void onRoundEnd() override {
         tellSummary();
-        if (m_drawsPanel && m_leds)
+        m_lines.printWaiting();
+        if (m_drawsPanel && m_leds && EventLines::isReady())
             m_panel.draw(m_leds->states());
     }
     bool isListening() const override { return !m_lines.isLost(); }

@@ -77,6 +77,35 @@ void EventLines::print(const board::EventQueue::Entry& entry) {
         print(words.type, text, fields);
 }
 
+bool EventLines::isReady() {
+    return StopSignals::isWritable(STDOUT_FILENO) && StopSignals::isWritable(STDERR_FILENO);
+}
+
+void EventLines::offer(const board::EventQueue::Batch& batch) {
+    constexpr std::size_t MOST_WAITING = 4096;
+    for (const board::EventQueue::Entry& entry : batch.entries)
+        if (m_waiting.entries.size() < MOST_WAITING)
+            m_waiting.entries.push_back(entry);
+        else
+            ++m_waiting.lost;
+    m_waiting.lost += batch.lost;
+    printWaiting();
+}
+
+void EventLines::printWaiting() {
+    std::size_t printed = 0;
+    for (; printed < m_waiting.entries.size() && isReady(); ++printed)
+        print(m_waiting.entries[printed]);
+    const auto first = m_waiting.entries.begin();
+    m_waiting.entries.erase(first, first + static_cast<std::ptrdiff_t>(printed));
+    if (m_waiting.entries.empty() && m_waiting.lost != 0 && isReady())
+        printRest();
+}
+
+void EventLines::printRest() {
+    print(std::exchange(m_waiting, {}));
+}
+
 void EventLines::print(const board::EventQueue::Batch& batch) {
     for (const board::EventQueue::Entry& entry : batch.entries)
         print(entry);

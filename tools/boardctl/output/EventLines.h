@@ -29,6 +29,17 @@ public:
     /// error, with JSON to both. A panel shows the LEDs, so their changes are not printed then.
     void print(const board::EventQueue::Batch& batch);
 
+    /// The same without waiting for the reader: what can't be printed now is kept for
+    /// `printWaiting`. A few thousand events are kept; the rest is counted.
+    void offer(const board::EventQueue::Batch& batch);
+    /// Prints what is kept, as far as that is possible without waiting.
+    void printWaiting();
+    /// Prints what is kept, however long the reader takes.
+    void printRest();
+
+    /// Whether something can be printed without waiting, also a fault.
+    static bool isReady();
+
     /// True if standard output can't be written any more.
     bool isLost() const { return m_isLost; }
 
@@ -40,6 +51,7 @@ private:
     const bool m_json;
     Panel* const m_panel;
     bool m_isLost = false;
+    board::EventQueue::Batch m_waiting;
 };
 
 } // namespace boardctl

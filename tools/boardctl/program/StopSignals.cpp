@@ -75,6 +75,11 @@ bool StopSignals::waitWritable(int descriptor) {
     return ready > 0;
 }
 
+bool StopSignals::isWritable(int descriptor) {
+    pollfd output{descriptor, POLLOUT, 0};
+    return ::poll(&output, 1, 0) > 0;
+}
+
 bool StopSignals::waitUntil(std::optional<Clock::time_point> end, int descriptor) {
     // The signals are blocked while `asked` is tested and open only during the wait, so none gets
     // lost in between.

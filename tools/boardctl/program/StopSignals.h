@@ -33,6 +33,8 @@ public:
     /// Waits until `descriptor` is writable. Returns false if the program is asked to end first: a
     /// blocked reader must not keep it from exiting.
     static bool waitWritable(int descriptor);
+    /// Whether `descriptor` is writable now.
+    static bool isWritable(int descriptor);
 
     /// Whether the program was asked to end.
     static bool isAsked();
