@@ -9,6 +9,8 @@ bin=$(realpath -- "${1-"$(dirname -- "$0")/../build/host"}")/bin
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 export GTEST_BRIEF=1
+# If no descriptor is left, the kernel lets a connection wait; valgrind accepts and closes it.
+export GTEST_FILTER=-StatusServerTest.WaitsWithoutSpinningIfNoDescriptorIsLeft
 
 # checked NAME COMMAND...: runs the command under valgrind with its output in a log called NAME, and
 # prints the log if it fails. Does not replace a test program's own operators new and delete: some
@@ -41,6 +43,7 @@ programs=("$bin"/!(boardctl|boardctl_faults|hosted_faults)_tests)
         "dump $bin/boardctl bd dump $folder/board/eeprom.bin" \
         "set $bin/boardctl ${board[*]} bd set -y 0x800E=uint:121" \
         "preview $bin/boardctl --sim leds preview --ticks 20" \
+        "snapshot $bin/boardctl --sim snapshot -o $folder/snapshot" \
         "run $bin/boardctl ${board[*]} run --for 1"
 } | xargs -P "$jobs" -L 1 bash -c 'checked "$@"' checked
-echo "valgrind: ${#programs[@]} test programs and 5 commands are clean"
+echo "valgrind: ${#programs[@]} test programs and 6 commands are clean"
