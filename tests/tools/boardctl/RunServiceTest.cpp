@@ -120,7 +120,8 @@ TEST_F(HostedBoard, AnswersEvenIfNobodyReadsWhatItPrints) {
     const std::string sink = m_dir.path("sink");
     ASSERT_EQ(::mkfifo(sink.c_str(), 0600), 0);
     const int reader = ::open(sink.c_str(), O_RDWR | O_CLOEXEC);
-    expectTranscript(m_dir, "\n$ sed -i 's/tick_ms.*/tick_ms = 1/' sim/board.toml; printf '[watch]\\nperiod_s = 0.1\\n' >>sim/board.toml\n");
+    expectTranscript(m_dir, "\n$ sed -i 's/tick_ms.*/tick_ms = 1/' sim/board.toml; printf "
+                            "'[watch]\\nperiod_s = 0.1\\n' >>sim/board.toml\n");
     Program run({"/bin/sh", "-c", "out=$1; shift; exec \"$@\" >\"$out\" 2>&1", "sh", sink, BOARDCTL,
                  "--board", m_dir.path("board.toml"), "run", "--format", "json"});
     std::string printed;
