@@ -134,7 +134,7 @@ TEST_F(HostedBoard, AnswersEvenIfNobodyReadsWhatItPrints) {
     ASSERT_GT(::fcntl(reader, F_SETPIPE_SZ, 4096), 0); // filled by the events of 100 lines
     expectTranscript(m_dir, R"sh(
 $ for i in 1 2 3 4 5 6 7 8 9 10; do printf 'a b\na b\na b\na b\na b\na b\na b\na b\na b\na b\n' >/tmp/evt.fifo; done
-$ ask() { boardctl --board board.toml status --format json; }; until ask | grep -q 'led_lines_unknown": 100'; do :; done
+$ ask() { boardctl --board board.toml status --format json; }; until ask >answer; grep -q 'led_lines_unknown": 100' answer; do :; done
 )sh");
     // Nothing is lost.
     printed.clear();
