@@ -13,6 +13,7 @@ namespace {
 
 constexpr unsigned LINE_SIZE = 127;
 constexpr unsigned VALUE_WIDTH = 10;
+constexpr unsigned LINES = 8;
 
 void readLine(std::FILE* file, String& line) {
     char text[LINE_SIZE];
@@ -32,6 +33,9 @@ XCode ImageInfo::init(String& error) {
         error = String::format("OPEN '%s' FAILED", m_path.c_str());
         return XCode(XCode::FAILURE);
     }
+    // With a buffer of its own, a stream does not ask the system for the file's preferred size.
+    char buffer[LINES * (LINE_SIZE - 1)]; // all that is read
+    static_cast<void>(std::setvbuf(file, buffer, _IOFBF, sizeof buffer));
     String skipped;
     for (String* const line : {&line1, &line2, &line3, &skipped, &skipped, &line6, &line7, &line8})
         readLine(file, *line);

@@ -27,11 +27,13 @@ auto repeatInterrupted(Call call) -> decltype(call()) {
     return result;
 }
 
+/// Reads to the end, or as far as `size` if that is not 0.
 template <class Read>
-std::string readUpTo(Read read, std::size_t limit, const std::string& path, const char* what) {
+std::string readUpTo(Read read, std::size_t limit, const std::string& path, const char* what,
+                     std::size_t size = 0) {
     std::string content;
     char chunk[4096];
-    while (content.size() <= limit) {
+    while (content.size() <= limit && (size == 0 || content.size() < size)) {
         const ssize_t count = read(chunk, sizeof chunk);
         if (count < 0)
             failWith(path, what, errno);
@@ -44,11 +46,12 @@ std::string readUpTo(Read read, std::size_t limit, const std::string& path, cons
 }
 
 /// Reads until the end or a signal. Throws Error if there are more than `limit` bytes.
-std::string readWhole(int descriptor, std::size_t limit, const std::string& path) {
-    const auto readOnce = [&](void* bytes, std::size_t size) {
-        return tryReadOnce(descriptor, bytes, size);
+std::string readWhole(int descriptor, std::size_t limit, const std::string& path,
+                      std::size_t size = 0) {
+    const auto readOnce = [&](void* bytes, std::size_t most) {
+        return tryReadOnce(descriptor, bytes, most);
     };
-    std::string content = readUpTo(readOnce, limit, path, "can't read");
+    std::string content = readUpTo(readOnce, limit, path, "can't read", size);
     if (content.size() > limit)
         failTooLarge(path, limit);
     return content;
@@ -65,8 +68,18 @@ void failWith(const std::string& path, const std::string& what, int error) {
 }
 
 FileKind kindOf(const std::string& path) {
+    std::size_t size = 0;
+    return kindOf(path, size);
+}
+
+FileKind kindOf(const std::string& path, std::size_t& size) {
     struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 ? kindOf(status.st_mode) : FileKind::MISSING;
+    if (::stat(path.c_str(), &status) != 0) {
+        size = 0;
+        return FileKind::MISSING;
+    }
+    size = static_cast<std::size_t>(status.st_size);
+    return kindOf(status.st_mode);
 }
 
 FileKind kindOf(const FileDescriptor& file) {
@@ -203,6 +216,10 @@ void failTooLarge(const std::string& path, std::size_t limit) {
 
 std::string readFile(const std::string& path, std::size_t limit) {
     return readWhole(openFile(path, O_RDONLY).number(), limit, path);
+}
+
+std::string readFile(const std::string& path, std::size_t limit, std::size_t size) {
+    return readWhole(openFile(path, O_RDONLY).number(), limit, path, size);
 }
 
 std::string readStandardInput(std::size_t limit) {

@@ -30,6 +30,8 @@ enum class FileKind { MISSING, REGULAR, FOLDER, PIPE, CHARACTER_DEVICE, BLOCK_DE
 /// Follows symbolic links. MISSING if the path can't be examined for any reason, which is then in
 /// `errno`.
 FileKind kindOf(const std::string& path);
+/// The same; also stores the size that the file system states, 0 if the file can't be examined.
+FileKind kindOf(const std::string& path, std::size_t& size);
 /// OTHER if the open file can't be examined; the reason is then in `errno`.
 FileKind kindOf(const FileDescriptor& file);
 /// The kind in the `st_mode` of a stat call.
@@ -91,6 +93,10 @@ std::string readUpTo(const FileDescriptor& file, std::size_t limit, const std::s
 /// read. A signal that the program handles interrupts the read, because the file may be a pipe that
 /// nobody writes to.
 std::string readFile(const std::string& path, std::size_t limit);
+
+/// The same for a file that has `size` bytes: once they are read, no further read looks for its
+/// end. If `size` is 0, the file may have more, as files of the kernel do.
+std::string readFile(const std::string& path, std::size_t limit, std::size_t size);
 
 /// The same for standard input.
 std::string readStandardInput(std::size_t limit);

@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <cerrno>
+#include <optional>
 
 #include <fcntl.h>
 
@@ -23,13 +24,19 @@ std::string systemsReason(const std::string& path) {
     return "";
 }
 
-/// The bytes from which the library took its lines: eight lines, or pieces of longer ones.
-std::string lookedAt(const std::string& path) {
+/// The bytes from which the library takes its lines: eight lines, or pieces of longer ones. Empty
+/// if the file can't be opened, which the library will report. Throws Error for pipes and folders:
+/// only a file has positions that can be read.
+std::optional<std::string> look(const std::string& path) {
     constexpr std::size_t LINES = 8;
     constexpr std::size_t LONGEST = 126;
     char bytes[LINES * LONGEST];
-    const FileDescriptor file = openFile(path, O_RDONLY);
-    const ssize_t count = tryRead(file, bytes, sizeof bytes);
+    const FileDescriptor file = tryOpen(path, O_RDONLY | O_NONBLOCK);
+    if (!file.isOpen())
+        return std::nullopt;
+    const ssize_t count = tryReadAt(file, bytes, sizeof bytes, 0);
+    if (count < 0 && (errno == ESPIPE || errno == EISDIR))
+        throw Error(path + ": is not a file (expected text lines)");
     if (count < 0)
         failWith(path, "can't read", errno);
     const std::string text(bytes, static_cast<std::size_t>(count));
@@ -41,8 +48,8 @@ std::string lookedAt(const std::string& path) {
 
 /// The library takes any bytes for lines and cuts them at a zero byte. Throws Error if they are not
 /// text, or name no version.
-void expectInformation(const std::string& path, const FirmwareInfo& firmware) {
-    const std::string text = lookedAt(path);
+void expectInformation(const std::string& path, const std::string& text,
+                       const FirmwareInfo& firmware) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
         if (std::iscntrl(byte) != 0 && std::isspace(byte) == 0)
@@ -59,22 +66,20 @@ void expectInformation(const std::string& path, const FirmwareInfo& firmware) {
 } // namespace
 
 Result<FirmwareInfo> readFirmware(const std::string& path) {
-    const FileKind kind = kindOf(path);
-    if (kind != FileKind::MISSING && kind != FileKind::REGULAR)
-        return Fault{path + ": is not a file (expected text lines)"};
-    ImageInfo info(path.c_str());
-    String error;
-    if (!info.init(error).isSuccess())
-        return Fault{error.c_str() + systemsReason(path)};
-    const FirmwareInfo firmware{info.versionString.c_str(), info.line1.c_str(), info.line2.c_str(),
-                                info.line3.c_str(),         info.line6.c_str(), info.line7.c_str(),
-                                info.line8.c_str()};
     try {
-        expectInformation(path, firmware);
+        const std::optional<std::string> text = look(path);
+        ImageInfo info(path.c_str());
+        String error;
+        if (!info.init(error).isSuccess())
+            return Fault{error.c_str() + systemsReason(path)};
+        FirmwareInfo firmware{info.versionString.c_str(), info.line1.c_str(), info.line2.c_str(),
+                              info.line3.c_str(),         info.line6.c_str(), info.line7.c_str(),
+                              info.line8.c_str()};
+        expectInformation(path, text.value_or(""), firmware);
+        return firmware;
     } catch (const Error& fault) {
         return Fault{fault.what()};
     }
-    return firmware;
 }
 
 Result<FirmwareInfo> readFirmware(const NamedPath& file) {

@@ -35,7 +35,8 @@ void refuseDeepNames(const std::string& path, const std::string& text) {
 }
 
 toml::table parse(const std::string& path) {
-    const FileKind kind = kindOf(path);
+    std::size_t size = 0;
+    const FileKind kind = kindOf(path, size);
     if (kind == FileKind::MISSING)
         failWith(path, "can't open", errno);
     if (kind != FileKind::REGULAR) {
@@ -44,7 +45,7 @@ toml::table parse(const std::string& path) {
             path + ": is not a file (expected a board profile)" +
             (kindOf(inside) != FileKind::MISSING ? "; did you mean '" + inside + "'?" : ""));
     }
-    const std::string text = readFile(path, MAX_PROFILE_SIZE);
+    const std::string text = readFile(path, MAX_PROFILE_SIZE, size);
     refuseDeepNames(path, text);
     try {
         return toml::parse(text, path);
