@@ -153,11 +153,10 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         host = Host(boardctl, folder)
         try:
-            descriptors = host.descriptors()
             load(host, 2)  # allocates what is allocated once, at the first use
-            before = settle(host, descriptors)
+            before, descriptors = settle(host)
             answered = load(host, seconds)
-            grown = settle(host, descriptors) - before
+            grown = settle(host, descriptors)[0] - before
         except BaseException:
             host.process.kill()
             raise
@@ -170,15 +169,18 @@ def main():
           f"memory grew by {grown} kB, descriptors are {descriptors} as before")
 
 
-def settle(host, descriptors):
-    """Waits until the host has closed all connections; returns its memory then."""
-    end = time.monotonic() + 30
-    while host.descriptors() != descriptors:
+def settle(host, descriptors=None):
+    """Waits until the host has closed all connections: until it has so many descriptors, or until their number
+    stays the same. Returns the memory and the number then."""
+    end, now, same = time.monotonic() + 30, None, 0
+    while now != descriptors if descriptors else same < 20:
         if time.monotonic() > end:
-            raise SystemExit(f"soak: the host has {host.descriptors()} descriptors (expected {descriptors})")
+            raise SystemExit(f"soak: the host has {now} descriptors (expected {descriptors})")
         time.sleep(0.05)
+        before, now = now, host.descriptors()
+        same = same + 1 if now == before else 0
     host.read_events()
-    return host.memory()
+    return host.memory(), now
 
 
 main()
