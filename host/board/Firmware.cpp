@@ -2,7 +2,6 @@
 
 #include <cctype>
 #include <cerrno>
-#include <optional>
 
 #include <fcntl.h>
 
@@ -27,13 +26,13 @@ std::string systemsReason(const std::string& path) {
 /// The bytes from which the library takes its lines: eight lines, or pieces of longer ones. Empty
 /// if the file can't be opened, which the library will report. Throws Error for pipes and folders:
 /// only a file has positions that can be read.
-std::optional<std::string> look(const std::string& path) {
+std::string look(const std::string& path) {
     constexpr std::size_t LINES = 8;
     constexpr std::size_t LONGEST = 126;
     char bytes[LINES * LONGEST];
     const FileDescriptor file = tryOpen(path, O_RDONLY | O_NONBLOCK);
     if (!file.isOpen())
-        return std::nullopt;
+        return "";
     const ssize_t count = tryReadAt(file, bytes, sizeof bytes, 0);
     if (count < 0 && (errno == ESPIPE || errno == EISDIR))
         throw Error(path + ": is not a file (expected text lines)");
@@ -44,6 +43,19 @@ std::optional<std::string> look(const std::string& path) {
     for (std::size_t line = 1; line < LINES && end != std::string::npos; ++line)
         end = text.find('\n', end + 1);
     return text.substr(0, end);
+}
+
+/// A copy of the texts, so that it outlives `info`.
+FirmwareInfo copyOf(const ImageInfo& info) {
+    FirmwareInfo copy;
+    copy.version = info.versionString.c_str();
+    copy.line1 = info.line1.c_str();
+    copy.line2 = info.line2.c_str();
+    copy.line3 = info.line3.c_str();
+    copy.line6 = info.line6.c_str();
+    copy.line7 = info.line7.c_str();
+    copy.line8 = info.line8.c_str();
+    return copy;
 }
 
 /// The library takes any bytes for lines and cuts them at a zero byte. Throws Error if they are not
@@ -67,15 +79,13 @@ void expectInformation(const std::string& path, const std::string& text,
 
 Result<FirmwareInfo> readFirmware(const std::string& path) {
     try {
-        const std::optional<std::string> text = look(path);
+        const std::string text = look(path);
         ImageInfo info(path.c_str());
         String error;
         if (!info.init(error).isSuccess())
             return Fault{error.c_str() + systemsReason(path)};
-        FirmwareInfo firmware{info.versionString.c_str(), info.line1.c_str(), info.line2.c_str(),
-                              info.line3.c_str(),         info.line6.c_str(), info.line7.c_str(),
-                              info.line8.c_str()};
-        expectInformation(path, text.value_or(""), firmware);
+        FirmwareInfo firmware = copyOf(info);
+        expectInformation(path, text, firmware);
         return firmware;
     } catch (const Error& fault) {
         return Fault{fault.what()};
