@@ -44,10 +44,12 @@ done
 for program in "$build"/bin/*_tests; do
     "$strip" -o "$root/tests/$(basename "$program")" "$program"
 done
-"$strip" -o "$root/bin/boardctl" "$build/bin/boardctl"
-cp "$here/../../packaging/linux-board.toml" "$root/etc/board.toml"
-# The tests of the program expect it here.
+# The tests of boardctl expect the programs in `emulated`.
 mkdir -p "$root$build/emulated"
-ln -s /bin/boardctl "$root$build/emulated/boardctl"
+for program in boardctl canned-host; do
+    "$strip" -o "$root/bin/$program" "$build/bin/$program"
+    ln -s "/bin/$program" "$root$build/emulated/$program"
+done
+cp "$here/../../packaging/linux-board.toml" "$root/etc/board.toml"
 
 (cd "$root" && find . | cpio -o -H newc -R 0:0 --quiet) | gzip -1 >"$folder/initrd.gz"

@@ -24,6 +24,12 @@ protected:
         return more;
     }
 
+    /// The words of a `run` with environment variables, which are written as in a shell.
+    std::vector<std::string> runWith(const std::string& variables) const {
+        return {"/bin/sh", "-c", "export " + variables + "; exec \"$0\" --board \"$1\" run",
+                BOARDCTL, m_dir.path("board.toml")};
+    }
+
     const TempDir m_dir;
 };
 

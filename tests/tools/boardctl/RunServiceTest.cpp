@@ -26,7 +26,7 @@ $ printf '[watch]\nperiod_s = 0.1\non_alarm = "line call"\non_clear = "line idle
     setTemperature("99000\n");
     ASSERT_TRUE(run.waitForOutput("LED 'line' on"));
     expectTranscript(m_dir, R"sh(
-$ boardctl --board board.toml --format json status | tr -d ' \n' | grep -o -e '"alarms":..[^}]*of85' -e '"counters".*dropped":.'
+$ boardctl --board board.toml --format json status | tr -d ' \n' | grep -oE '"alarms":..[^}]*of85|"counters".*dropped":.'
 "alarms":[{"kind":"temperature-over","device":"thermal","text":"thermal'thermal':99.000degreesCelsius,overitsmaximumof85
 "counters":{"led_lines_handled":1,"led_lines_unknown":0,"button_presses":0,"events_dropped":0
 $ boardctl --board board.toml leds why line | cut -c 1-59
@@ -48,12 +48,7 @@ TEST_F(HostedBoard, PicksUpItsButtonAndPipeAndEndsAnAlarmOfAnEarlierHostOnItsLed
 $ printf '[watch]\nperiod_s = 0.1\non_alarm = "line call"\non_clear = "line idle"\n' >>board.toml
 $ mkdir memory; echo 99000 >sim/dev/temperature
 )sh");
-    const std::vector<std::string> hosting{"/usr/bin/env",
-                                           "RUNTIME_DIRECTORY=" + m_dir.path("memory"),
-                                           BOARDCTL,
-                                           "--board",
-                                           m_dir.path("board.toml"),
-                                           "run"};
+    const auto hosting = runWith("RUNTIME_DIRECTORY=" + m_dir.path("memory"));
     Program first(hosting);
     ASSERT_TRUE(first.waitForOutput("LED command: line call\n"));
     first.signalUntilEnded(SIGINT);
@@ -107,8 +102,7 @@ b:
     EXPECT_EQ(told(), "READY=1");
     EXPECT_EQ(told(), "STATUS=7 devices, no alarm");
     EXPECT_EQ(told(), "STOPPING=1");
-    Program run({"/usr/bin/env", "NOTIFY_SOCKET=" + m_dir.path("notify"), "WATCHDOG_USEC=20000",
-                 BOARDCTL, "--board", m_dir.path("board.toml"), "run"});
+    Program run(runWith("WATCHDOG_USEC=20000 NOTIFY_SOCKET=" + m_dir.path("notify")));
     EXPECT_EQ(told(), "READY=1");
     EXPECT_EQ(told(), "STATUS=7 devices, no alarm");
     EXPECT_EQ(told(), "WATCHDOG=1");

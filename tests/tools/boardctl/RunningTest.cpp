@@ -65,7 +65,7 @@ line         off
 
 TEST_F(RunningHost, IsWatchedUntilItEndsOrASignalComes) {
     expectTranscript(m_dir, R"sh(
-$ . ./host; mkfifo log; "$0" --board board.toml watch 2>log 3>&- & exec 4<log; read -r line <&4; echo '{"event":"gone","time":"NOW","text":"fan\\n is gone"}' >&3; echo '{"event":"new"}' >&3; exec 3>&-; wait $!; echo $?; sed "s=$PWD/==" <&4; wait
+$ . ./host; mkfifo log; "$0" --board board.toml watch 2>log 3>&- & exec 4<log; read -r line <&4; printf '%s\n' '{"event":"gone","time":"NOW","text":"fan\n is gone"}' '{"event":"new"}' >&3; exec 3>&-; wait $!; echo $?; sed "s=$PWD/==" <&4; wait
 NOW fan\x0a is gone
  {"event":"new"}
 1

@@ -11,7 +11,7 @@ $ cd real; printf "[[fan]]\nname='cpu'\ndevice='speed'\nmaximum=255\nenable='mod
 $ cd real; printf "[[power]]\nname='b'\ndevice='gone'\n[descriptor]\ndevice='eeprom'\nsize=16\n[button]\ndevice='button'\n[voip]\n" >>board.toml
 $ cd real; printf "[preferences]\nfile='figures'\n[leds]\n[[leds.file]]\nmask=1\npath='lamp/brightness'\n" >>board.toml
 $ cd real; printf "[[leds.file]]\nmask=2\npath='led:none'\n[[leds.command]]\nword1='a'\nword2='b'\nmask=1\naction='on'\n" >>board.toml
-$ boardctl --board real/board.toml snapshot -o board.json; boardctl --board real/board.toml snapshot -o - | diff -I time -I since_boot - board.json
+$ boardctl --board real/board.toml snapshot -o board.json; boardctl --board real/board.toml snapshot -o - >again; for i in board.json again; do sed '/time/d; /since_boot/d' $i >$i.steady; done; diff board.json.steady again.steady
 board.json: written; 6 of 8 files of the board could be read
 $ boardctl sim create copy --from board.json && cd copy && ls . dev leds && cat dev/fan0-enable leds/lamp.state && grep -e simul -e lamp board.toml
 created copy/board.toml; try: boardctl --board copy/board.toml info
@@ -36,13 +36,11 @@ path = 'leds/lamp'
 $ cmp real/eeprom copy/eeprom.bin; for i in real copy; do boardctl --board $i/board.toml info 2>&1 | grep -v 'Since boot' | sed "s,$i/[a-z0-9/.:]*,PATH,"; done | sort | uniq -c | grep -v ' 2 '
       1 boardctl: driver 'b': PATH power[0].device: copy/dev/power0: can't open: No such file or directory
       1 boardctl: driver 'b': PATH power[0].device: real/gone: can't open: No such file or directory
-$ for i in '{' '{"snapshot":2}' '{"snapshot":1,"profile":{"text":"a=1"},"files":[]}' '{"snapshot":1,"profile":{"text":""},"files":[{"key":"x","hex":"0"}]}'; do echo "$i" | boardctl sim create no --from -; done; ls no
+$ for i in '{' '{"snapshot":2}' '{"snapshot":1,"profile":{"text":"a=1"},"files":[]}' '{"snapshot":1,"profile":{"text":""},"files":[{"key":"x","hex":"0"}]}'; do echo "$i" | boardctl sim create no --from -; done; test ! -e no
 ! boardctl: standard input: is not JSON (expected a snapshot, as 'boardctl snapshot' writes)
 ! boardctl: standard input: is a snapshot of another version (expected 1)
 ! boardctl: standard input: its profile: no/board.toml:1: a: unknown key (expected fan, thermal, power, led, descriptor, voip, preferences, button, firmware, leds, watch, simulated)
 ! boardctl: standard input: "hex" of x is not hexadecimal (expected a snapshot, as 'boardctl snapshot' writes)
-! ls: cannot access 'no': No such file or directory
-[2]
 )sh");
 }
 
@@ -50,9 +48,9 @@ TEST(Snapshot, GivesEachLedFilesOfItsOwn) {
     expectTranscript(TempDir(), R"sh(
 $ for i in led1 z/led1 a a.state; do mkdir -p $i; echo 1 >$i/brightness; printf "[[leds.file]]\nmask=$((n = 2 * n + 1))\npath='$i/brightness'\n"; done >files
 $ printf "[leds]\n[[leds.command]]\nword1='a'\nword2='b'\nmask=1\naction='on'\n" | cat - files >board.toml
-$ boardctl --board board.toml snapshot -o board.json && boardctl sim create copy --from board.json && ls -m copy/leds
+$ boardctl --board board.toml snapshot -o board.json && boardctl sim create copy --from board.json && cd copy/leds && echo *
 board.json: written; 4 of 4 files of the board could be read
 created copy/board.toml; try: boardctl --board copy/board.toml info
-a, a.state, led1, led1.state, led2, led2.state, led3, led3.state
+a a.state led1 led1.state led2 led2.state led3 led3.state
 )sh");
 }
