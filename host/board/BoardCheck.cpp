@@ -158,10 +158,12 @@ void BoardCheck::checkWatch(const Profile& profile) {
         if (!line)
             continue;
         if (!profile.ledService)
-            m_findings.push_back({Level::WARNING, {line->place, "there is no table [leds]"}});
+            m_findings.push_back(
+                {Level::WARNING, {line->place, "has no effect: there is no table [leds]"}});
         else if (const auto& rows = profile.ledService->commands;
                  std::none_of(rows.begin(), rows.end(), isNamed))
-            m_findings.push_back({Level::WARNING, {line->place, "no row of [leds] has this line"}});
+            m_findings.push_back(
+                {Level::WARNING, {line->place, "has no effect: no row of [leds] has this line"}});
     }
 }
 

@@ -20,7 +20,8 @@ Fault unreadable() {
 
 Result<unsigned> cpuLoadSinceBoot() {
     CpuLoad load; // without `setup`, the first span begins when the system started
-    unsigned short last = 100, mid = 0, longest = 0; // `last` stays if there was no idle time
+    // `measure` leaves `last` alone if there was no idle time: the load was 100 percent.
+    unsigned short last = 100, mid = 0, longest = 0;
     if (!load.measure(last, mid, longest).isSuccess())
         return unreadable();
     return percent(last);

@@ -88,7 +88,8 @@ void sendLedLine(const std::string& line) {
     const FileKind kind = kindOf(std::string(LED_PIPE));
     if (kind == FileKind::MISSING) {
         if (errno == ENOENT)
-            fail("there is no such pipe: no LED service is running (`boardctl run` starts one)");
+            fail("the pipe does not exist, so no LED service is running (`boardctl run` starts "
+                 "one)");
         failWithReason("can't examine the pipe");
     }
     if (kind != FileKind::PIPE)
@@ -96,7 +97,7 @@ void sendLedLine(const std::string& line) {
     const FileDescriptor pipe = tryOpenPipe(O_WRONLY);
     if (!pipe.isOpen()) {
         if (errno == ENXIO)
-            fail("nobody reads the pipe: no LED service is running (`boardctl run` starts one)");
+            fail("nobody reads the pipe, so no LED service is running (`boardctl run` starts one)");
         if (errno == EACCES)
             fail("no permission to write: " + writersOf(permissionsOfPipe()) + " may");
         failWithReason("can't open the pipe");

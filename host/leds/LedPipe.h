@@ -23,9 +23,9 @@ constexpr std::size_t MAX_LED_LINE = 80;
 std::string ledLine(const std::string& word1, const std::string& word2,
                     std::optional<std::int32_t> number);
 
-/// Writes `line` and a newline into the pipe in one piece, without waiting. Throws Error if there
-/// is no pipe, if something else is in its place, if nobody reads it, if it is full, or if the user
-/// may not write to it.
+/// Writes `line` and a newline into the pipe in one piece, without waiting. Throws Error if the
+/// pipe does not exist, is full, has no reader or may not be written by this user, and if its path
+/// leads to something other than a pipe.
 void sendLedLine(const std::string& line);
 
 /// Another service reads the pipe.
@@ -41,10 +41,10 @@ public:
     /// if something other than a pipe is in its place, or if it can't be created or opened.
     LedPipeClaim();
 
-    /// Why the path no longer leads to this pipe; empty if it does. One system call.
+    /// Why the path no longer leads to this pipe. Empty if it still does. Costs one system call.
     std::optional<std::string> loss() const;
 
-    /// Who may write lines, in words: "everybody", "its owner and group" or "its owner alone".
+    /// Who may write lines: "everybody", "its owner and group" or "its owner alone".
     const std::string& writers() const { return m_writers; }
 
 private:
@@ -61,9 +61,10 @@ public:
     /// Claims the pipe if that is possible.
     explicit LedPipeKeeper(EventQueue& events);
 
-    /// Why there is no claim; empty if there is one.
+    /// Why no lines arrive through the pipe: it could not be claimed, or has been lost since. Empty
+    /// while the claim holds.
     const std::optional<std::string>& fault() const { return m_fault; }
-    /// Who may write lines, in words; empty if there is no claim.
+    /// LedPipeClaim::writers while the claim holds, otherwise empty.
     std::optional<std::string> writers() const;
 
     /// Looks whether the path still leads to the claimed pipe. If not, claims the pipe that is

@@ -26,8 +26,8 @@ nlohmann::ordered_json toJson(const std::string& profilePath,
 /// that could not be read is missing here too. Each LED of the sequencer and the button is a pipe,
 /// as in every simulated board.
 ///
-/// Throws Error, which begins with `source`, if the text is no snapshot, and as
-/// SimulatedBoard::create does.
+/// Throws Error if the text is not a snapshot; `source` names the text in the message. Also throws
+/// what SimulatedBoard::create throws.
 SimulatedBoard createFromSnapshot(const std::string& directory, const std::string& text,
                                   const std::string& source);
 

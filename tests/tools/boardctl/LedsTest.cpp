@@ -33,10 +33,10 @@ $ test ! -e /tmp/evt.fifo
 TEST(Leds, SendFailsIfNobodyReadsThePipeOrItIsFull) {
     expectTranscript(TempDir(), R"sh(
 $ rm -f /tmp/evt.fifo; boardctl leds send a b
-! boardctl: /tmp/evt.fifo: there is no such pipe: no LED service is running (`boardctl run` starts one)
+! boardctl: /tmp/evt.fifo: the pipe does not exist, so no LED service is running (`boardctl run` starts one)
 [1]
 $ mkfifo /tmp/evt.fifo; boardctl leds send a b
-! boardctl: /tmp/evt.fifo: nobody reads the pipe: no LED service is running (`boardctl run` starts one)
+! boardctl: /tmp/evt.fifo: nobody reads the pipe, so no LED service is running (`boardctl run` starts one)
 [1]
 $ rm /tmp/evt.fifo; printf '' >/tmp/evt.fifo; boardctl leds send a b; rm /tmp/evt.fifo
 ! boardctl: /tmp/evt.fifo: is not a pipe (expected a pipe or no file: remove it)
