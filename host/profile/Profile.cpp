@@ -10,6 +10,7 @@
 
 #include "base/File.h"
 #include "base/Text.h"
+#include "profile/LedActions.h"
 #include "profile/ProfileReader.h"
 
 namespace board {
@@ -126,15 +127,7 @@ LedSequencerProfile::Command readCommand(const ProfileReader& reader) {
     if (reader.has("number"))
         command.number = reader.signedNumber("number");
     command.mask = reader.number("mask");
-    command.action = static_cast<LedCtrl::ActionKind>(
-        reader.wordOrNumber("action", {{"on", LedCtrl::ACTION_ON},
-                                       {"off", LedCtrl::ACTION_OFF},
-                                       {"blink", LedCtrl::ACTION_BLINK},
-                                       {"flash", LedCtrl::ACTION_FLASH},
-                                       {"roll-up", LedCtrl::ACTION_ROLL_UP},
-                                       {"roll-down", LedCtrl::ACTION_ROLL_DOWN},
-                                       {"roll-stop", LedCtrl::ACTION_ROLL_STOP},
-                                       {"defaults", LedCtrl::ACTION_DEFAULTS}}));
+    command.action = static_cast<LedCtrl::ActionKind>(reader.wordOrNumber("action", LED_ACTIONS));
     if (reader.has("group"))
         command.group = reader.signedNumber("group");
     if (reader.has("time_ms"))

@@ -2,7 +2,9 @@
 
 #include <cmath>
 
+#include "profile/LedActions.h"
 #include "status/StatusAnswers.h"
+#include "watch/OrNull.h"
 
 using nlohmann::ordered_json;
 
@@ -58,24 +60,9 @@ const char* originName(LedRun::Origin origin) {
 }
 
 const char* actionName(LedCtrl::ActionKind action) {
-    switch (action) {
-    case LedCtrl::ACTION_ON:
-        return "on";
-    case LedCtrl::ACTION_OFF:
-        return "off";
-    case LedCtrl::ACTION_BLINK:
-        return "blink";
-    case LedCtrl::ACTION_FLASH:
-        return "flash";
-    case LedCtrl::ACTION_ROLL_UP:
-        return "roll-up";
-    case LedCtrl::ACTION_ROLL_DOWN:
-        return "roll-down";
-    case LedCtrl::ACTION_ROLL_STOP:
-        return "roll-stop";
-    case LedCtrl::ACTION_DEFAULTS:
-        return "defaults";
-    }
+    for (const auto& [name, kind] : LED_ACTIONS)
+        if (kind == action)
+            return name;
     return "unknown";
 }
 

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include <nlohmann/json.hpp>
 
 #include "board/Host.h"
@@ -25,10 +22,5 @@ nlohmann::ordered_json toJson(const LedExplanation& led, const LedSequencerProfi
 
 /// The type Cpu.
 nlohmann::ordered_json toJson(const Result<CpuReading>& load);
-
-template <class Value>
-nlohmann::ordered_json orNull(const std::optional<Value>& value) {
-    return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
-}
 
 } // namespace board

@@ -10,6 +10,7 @@
 #include "status/HostJson.h"
 #include "status/StatusPlaces.h"
 #include "watch/EventWords.h"
+#include "watch/OrNull.h"
 
 using nlohmann::ordered_json;
 

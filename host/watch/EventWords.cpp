@@ -5,6 +5,7 @@
 
 #include "String.h"
 #include "leds/LedPipe.h"
+#include "watch/OrNull.h"
 
 using nlohmann::ordered_json;
 
@@ -108,9 +109,7 @@ EventWords words(const event::FanFollows& follows) {
     return {"fan-follows",
             titleOf("fan", follows.name) + " holds " + follows.held +
                 (follows.set ? ", as it was set" : "; no speed is set any more"),
-            {{"name", follows.name},
-             {"set", follows.set ? ordered_json(*follows.set) : nullptr},
-             {"speed", follows.held}}};
+            {{"name", follows.name}, {"set", orNull(follows.set)}, {"speed", follows.held}}};
 }
 
 EventWords words(const event::FanStopped& stopped) {

@@ -1,20 +1,18 @@
-#include <iostream>
 #include <string>
 #include <vector>
 
-#include "base/FileReplacement.h"
 #include "board/CpuMeter.h"
 #include "board/Metrics.h"
 #include "board/Report.h"
 #include "output/Json.h"
 #include "output/Messages.h"
+#include "output/OutputFile.h"
 #include "output/ReportJson.h"
 #include "output/ReportRows.h"
 #include "output/Rows.h"
 #include "program/Board.h"
 #include "program/Command.h"
 #include "program/Commands.h"
-#include "program/WordChecks.h"
 
 namespace boardctl {
 
@@ -52,11 +50,7 @@ int info(const Options& options, const InfoWords& words) {
     if (board.profile().firmware)
         report.firmware = board::readFirmware(*board.profile().firmware);
     report.cpuSinceBoot = board::cpuLoadSinceBoot();
-    const std::string text = textOf(report, options, board);
-    if (words.output.empty())
-        std::cout << text;
-    else
-        board::replaceFile(words.output, text);
+    printOrReplace(words.output, textOf(report, options, board));
     std::vector<std::string> faults;
     if (!options.metrics) // there, a device that is down is a figure
         faults = faultsIn(report, board.host());
@@ -72,11 +66,7 @@ int info(const Options& options, const InfoWords& words) {
 void addInfo(CLI::App& app, Options& options) {
     const auto [command, words] = addCommand<InfoWords>(
         app, options, "info", "Show everything that the board's drivers report", info);
-    command
-        .add_option("-o,--output", words.output,
-                    "Write to FILE, which is replaced as a whole, instead of standard output")
-        ->check(notEmpty())
-        ->option_text("FILE");
+    addOutputOption(command, words.output);
 }
 
 } // namespace boardctl

@@ -2,6 +2,9 @@
 
 #include <cmath>
 
+#include "watch/OrNull.h"
+
+using board::orNull;
 using nlohmann::ordered_json;
 
 namespace boardctl {
@@ -53,9 +56,6 @@ ordered_json toJson(const board::LedReading& led) {
 ordered_json toJson(const board::Result<board::CpuReading>& cpu) {
     if (!cpu)
         return {{"last", nullptr}, {"mid", nullptr}, {"longest", nullptr}, {"error", cpu.fault()}};
-    const auto orNull = [](const std::optional<unsigned>& value) {
-        return value ? ordered_json(*value) : ordered_json(nullptr);
-    };
     return {{"last", cpu->last}, {"mid", orNull(cpu->mid)}, {"longest", orNull(cpu->longest)}};
 }
 

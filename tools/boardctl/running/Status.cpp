@@ -1,12 +1,10 @@
-#include <iostream>
 #include <string>
 
-#include "base/FileReplacement.h"
 #include "output/Json.h"
+#include "output/OutputFile.h"
 #include "output/Rows.h"
 #include "program/Command.h"
 #include "program/Commands.h"
-#include "program/WordChecks.h"
 #include "running/RunningHost.h"
 
 using nlohmann::ordered_json;
@@ -124,11 +122,7 @@ std::string answerOf(board::FoundHost& host, const Options& options) {
 
 int status(const Options& options, const StatusWords& words) {
     board::FoundHost host = runningHost(options);
-    const std::string text = answerOf(host, options);
-    if (words.output.empty())
-        std::cout << text;
-    else
-        board::replaceFile(words.output, text);
+    printOrReplace(words.output, answerOf(host, options));
     return DONE;
 }
 
@@ -137,11 +131,7 @@ int status(const Options& options, const StatusWords& words) {
 void addStatus(CLI::App& app, Options& options) {
     const auto [command, words] = addCommand<StatusWords>(
         app, options, "status", "Show what the running host of the board knows", status);
-    command
-        .add_option("-o,--output", words.output,
-                    "Write to FILE, which is replaced as a whole, instead of standard output")
-        ->check(notEmpty())
-        ->option_text("FILE");
+    addOutputOption(command, words.output);
 }
 
 } // namespace boardctl
