@@ -151,17 +151,12 @@ void BoardCheck::checkLedFile(const LedSequencerProfile::File& file) {
 
 void BoardCheck::checkWatch(const Profile& profile) {
     for (const auto& line : {profile.watch.onAlarm, profile.watch.onClear}) {
-        const auto isNamed = [&](const LedSequencerProfile::Command& row) {
-            return row.word1 == line->word1 && row.word2 == line->word2 &&
-                   row.number == line->number.value_or(0);
-        };
         if (!line)
             continue;
         if (!profile.ledService)
             m_findings.push_back(
                 {Level::WARNING, {line->place, "has no effect: there is no table [leds]"}});
-        else if (const auto& rows = profile.ledService->commands;
-                 std::none_of(rows.begin(), rows.end(), isNamed))
+        else if (!hasRow(*profile.ledService, line->word1, line->word2, line->number))
             m_findings.push_back(
                 {Level::WARNING, {line->place, "has no effect: no row of [leds] has this line"}});
     }

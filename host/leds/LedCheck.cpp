@@ -148,4 +148,13 @@ std::vector<ProfileFault> checkLeds(const LedSequencerProfile& profile) {
     return Check(profile).run();
 }
 
+bool hasRow(const LedSequencerProfile& profile, const std::string& word1, const std::string& word2,
+            std::optional<std::int32_t> number) {
+    return std::any_of(profile.commands.begin(), profile.commands.end(),
+                       [&](const LedSequencerProfile::Command& row) {
+                           return row.word1 == word1 && row.word2 == word2 &&
+                                  row.number == number.value_or(0);
+                       });
+}
+
 } // namespace board

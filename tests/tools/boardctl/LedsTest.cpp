@@ -30,7 +30,7 @@ $ test ! -e /tmp/evt.fifo
 )sh");
 }
 
-TEST(Leds, SendFailsIfNobodyReadsThePipeOrItIsFull) {
+TEST(Leds, SendFailsIfNoRowMatchesNobodyReadsThePipeOrItIsFull) {
     expectTranscript(TempDir(), R"sh(
 $ rm -f /tmp/evt.fifo; boardctl leds send a b
 ! boardctl: /tmp/evt.fifo: the pipe does not exist, so no LED service is running (`boardctl run` starts one)
@@ -44,6 +44,11 @@ $ mkfifo /tmp/evt.fifo; exec 3<>/tmp/evt.fifo; json leds send `printf '%068d' 0`
 { "sent": "00000000000000000000000000000000000000000000000000000000000000000000 b -1234567" }
 234567
 system ready
+$ printf "[leds]\ncommand = [{ word1 = 'a', word2 = 'b', mask = 1, action = 'on' }]\n" >board.toml
+$ exec 3<>/tmp/evt.fifo; export BOARDCTL_BOARD=board.toml; boardctl leds send a b 1 || echo $?; boardctl leds send a b; head -n 1 <&3
+1
+a b
+! boardctl: board.toml: no row of [leds] matches 'a b 1', so it was not sent
 $ exec 3<>/tmp/evt.fifo; head -c 65536 /dev/zero >&3; boardctl leds send a b; rm /tmp/evt.fifo
 ! boardctl: /tmp/evt.fifo: the pipe is full: its reader can't keep up
 )sh");

@@ -1,14 +1,18 @@
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
+#include "base/Error.h"
+#include "leds/LedCheck.h"
 #include "leds/LedPipe.h"
 #include "output/Json.h"
 #include "program/Command.h"
 #include "program/Commands.h"
 #include "program/Help.h"
 #include "program/WordChecks.h"
+#include "sequencer/LedTables.h"
 
 namespace boardctl {
 
@@ -19,6 +23,15 @@ struct SendWords {
     std::optional<std::int32_t> number;
 };
 
+/// The board that the call names; null if it names none.
+std::unique_ptr<BoardProfile> namedBoard(const Options& options) {
+    try {
+        return std::make_unique<BoardProfile>(options);
+    } catch (const WrongCall&) {
+        return nullptr;
+    }
+}
+
 int send(const Options& options, const SendWords& words) {
     std::string line;
     try {
@@ -26,6 +39,10 @@ int send(const Options& options, const SendWords& words) {
     } catch (const std::invalid_argument& error) {
         throw WrongCall(error.what());
     }
+    if (const auto board = namedBoard(options))
+        if (!board::hasRow(ledTablesOf(*board), words.word1, words.word2, words.number))
+            throw board::Error(board->profilePath() + ": no row of [leds] matches '" + line +
+                               "', so it was not sent");
     board::sendLedLine(line);
     if (options.json)
         printJson({{"sent", line}});
