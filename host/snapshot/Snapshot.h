@@ -12,16 +12,16 @@ namespace board {
 /// A file that a board's profile names, as it was at one moment.
 struct SnapshotFile {
     std::string key;  ///< the profile's entry, such as "fan[0].device"
-    std::string path; ///< where the file was found; as the profile names it if it was not
+    std::string path; ///< where it was found, or as the profile names it if it was not found
     Result<std::string> content = Fault{"has not been read"};
 };
 
-/// Reads every file that the profile names, in the order of its sections, but not the button's
+/// Reads every file that the profile names, in the order of its sections, except the button's
 /// device: reading that would take its messages from whoever waits for them. Opens the files for
 /// reading only, never waits, and reads no pipe. The LED pipe of a simulated board has its state in
 /// a file beside it, whose content stands for the pipe.
 ///
-/// A file that can't be read, or is larger than 1 MiB, has a fault instead of a content.
+/// A file that can't be read, or is larger than 1 MiB, has a fault instead of its content.
 std::vector<SnapshotFile> snapshotFiles(const Profile& profile,
                                         const DeviceLocator& locator = DeviceLocator());
 

@@ -10,7 +10,7 @@
 
 namespace board {
 
-/// The member "snapshot" of a snapshot. Another number means that its other members differ.
+/// The member "snapshot" of a snapshot. It changes when the meaning of other members changes.
 constexpr int SNAPSHOT_VERSION = 1;
 
 /// The members "profile" (`{"path":..., "text":...}`) and "files" of a snapshot. An element of

@@ -31,10 +31,10 @@ public:
     /// Keeps and counts an event. Returns it as the method Monitor sends it.
     nlohmann::ordered_json note(const EventQueue::Entry& entry);
 
-    /// Events for which the queue had no room.
+    /// Counts events for which the queue had no room.
     void noteLost(unsigned count) { m_lost += count; }
 
-    /// The LED sequencer reads lines from its pipe, as far as is known from the events.
+    /// Whether the LED sequencer reads lines from its pipe, as far as the events tell.
     bool takesLedLines() const { return m_takesLines; }
 
     /// One line: "7 devices, 1 alarm: thermal over 85".

@@ -11,8 +11,8 @@ public:
     /// `answers` must outlive the object.
     explicit StatusCalls(const StatusAnswers& answers) : m_answers(answers) {}
 
-    /// The reply to a call; the first one if more follow, which only events do then. It is made
-    /// even if the client wants none.
+    /// The reply to a call. For a call of Monitor, this is the first reply; `eventReply` makes the
+    /// others. Made even if the client wants no reply.
     varlink::Reply reply(const varlink::Request& request) const;
 
 private:

@@ -74,8 +74,8 @@ struct FoundHost {
     nlohmann::ordered_json status;
 };
 
-/// Connects to the host of a profile. Throws Error if none answers, which says how to start one, or
-/// why a host that may be the one can't be asked.
+/// Connects to the host of a profile. Throws Error if no host answers. The message says how to
+/// start one, or why a host that may be the right one can't be asked.
 FoundHost findHost(const std::string& profile, bool isSimulated, const StatusClient::Wait& wait);
 
 } // namespace board

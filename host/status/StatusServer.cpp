@@ -73,7 +73,7 @@ void StatusServer::acceptClients() {
         if (!control(m_poll, EPOLL_CTL_ADD, client.socket.number(), client.awaited, &client))
             m_clients.pop_back();
     }
-    // Announces those who still wait again.
+    // If more connections wait, `descriptor` becomes readable again.
     static_cast<void>(control(m_poll, EPOLL_CTL_MOD, m_listener.descriptor(), LISTENING, nullptr));
 }
 
@@ -138,9 +138,9 @@ void StatusServer::send(Client& client) {
 void StatusServer::awaitMore(Client& client) {
     unsigned awaited = EPOLLIN;
     if (!client.output.empty() || (!client.isMonitor && client.input.hasMessage()))
-        awaited = EPOLLOUT; // a request that has arrived is the turn of the next call
+        awaited = EPOLLOUT; // if a request has arrived, the next `serve` handles it
     else if (client.isMonitor)
-        awaited = 0; // its end is always announced
+        awaited = 0; // the end of a connection is announced nevertheless
     else if (client.hasSentAll)
         client.socket.close();
     if (!client.socket.isOpen() || awaited == client.awaited)

@@ -7,7 +7,7 @@
 
 namespace board {
 
-/// Something about a device that somebody should look at, for as long as it lasts.
+/// A fault of a device, for as long as it lasts.
 struct Alarm {
     enum class Kind { DEVICE_GONE, TEMPERATURE_OVER, POWER_LOST, FAN_ASTRAY, FAN_STOPPED };
     Kind kind;

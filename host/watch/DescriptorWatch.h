@@ -16,10 +16,10 @@ public:
     /// `profile` must outlive the object.
     explicit DescriptorWatch(const DescriptorProfile& profile) : m_profile(profile) {}
 
-    /// Compares the device at `path` with what the last call has seen there, and says what has
-    /// changed; nothing the first time. Loads the image only if its bytes differ. A change while
-    /// another program holds the device's lock is left for a later call, when the writer is done.
-    /// A fault tells why the device can't be read.
+    /// Compares the device at `path` with what the previous call read there, and returns the
+    /// change. Empty if there is none, and for the first call. Loads the image only if its bytes
+    /// differ. While another program holds the device's lock, a change is left for a later call,
+    /// when the writer is done. A fault tells why the device can't be read.
     Result<std::optional<event::DescriptorChanged>> look(const std::string& path);
 
 private:

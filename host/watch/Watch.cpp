@@ -81,7 +81,7 @@ void Watch::lookAt(WatchedDevice& device) {
     }
 }
 
-/// Null if the device can't be read, even after it was searched again.
+/// Null if the device can't be read, even after it was looked up again.
 template <class Reading>
 const Reading* Watch::read(WatchedDevice& device,
                            Reading (*readOnce)(const Host&, const std::string&)) {

@@ -19,7 +19,8 @@ namespace board {
 struct WatchedDevice {
     DeviceKind kind;
     std::string name;
-    /// As it was read last, with the fault if it could not be read. A descriptor has none.
+    /// The last one, which contains the fault if the device could not be read. A descriptor has
+    /// none.
     std::variant<std::monostate, FanReading, TemperatureReading, PowerReading, LedReading> reading;
     std::optional<std::string> fault; ///< why the device can't be read
     TYTime since;                     ///< since when it can or can't be read, by the calendar clock
@@ -27,7 +28,7 @@ struct WatchedDevice {
 
 /// Looks at the fans, sensors, supplies, LEDs and the descriptor of a hosted board. Each change
 /// since the last look becomes one event; the first look compares with a board on which everything
-/// works. A device that can't be read is searched and connected again at each look.
+/// works. A device that can't be read is looked up and connected again at each look.
 ///
 /// A sensor is over its maximum until it is below the maximum minus the hysteresis. A fan follows
 /// if it holds the speed that this process has set; if none is in force, every speed is right. A
@@ -46,17 +47,17 @@ public:
 
     void look();
 
-    /// Where the lines go that the profile names for the beginning of the first alarm and the end
-    /// of the last one; an empty function drops them. The first line is due at once if there are
-    /// alarms. With `showsAlarm`, the LEDs show an alarm already, from before a restart: then the
-    /// second line is due at once if there are none.
+    /// Passes the profile's lines to `sink`: `on_alarm` when the first alarm begins, `on_clear`
+    /// when the last one ends. An empty function drops them. `showsAlarm` means that the LEDs show
+    /// an alarm already, from before a restart. The line that applies is passed at once: `on_alarm`
+    /// if there are alarms that the LEDs don't show, `on_clear` if they show one and there is none.
     void sendLedLinesTo(LedLineSink sink, bool showsAlarm = false);
 
-    /// Sorted as in the host. All of them work before the first look.
+    /// In the host's order. Before the first look, all of them count as working.
     const std::vector<WatchedDevice>& devices() const { return m_devices; }
 
     bool watches(const std::string& name) const { return find(name) != nullptr; }
-    /// The device `name` could not be read at the last look.
+    /// Whether the device could not be read at the last look.
     bool isGone(const std::string& name) const;
 
     const std::vector<Alarm>& alarms() const { return m_alarms.all(); }
