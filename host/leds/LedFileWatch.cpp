@@ -44,6 +44,7 @@ void LedFileWatch::begin() {
 void LedFileWatch::report(std::size_t index, const std::string& fault) {
     File& file = m_files[index];
     file.opened.reset();
+    m_states.lose(index);
     if (file.fault != fault)
         m_events.push(event::LedFileGone{m_leds[index].name, fault});
     file.fault = fault;

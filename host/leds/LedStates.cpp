@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -42,10 +41,19 @@ LedStates::~LedStates() {
     static_cast<void>(m_thread.join());
 }
 
+void LedStates::lose(std::size_t index) {
+    mark(index, Presence::GONE);
+}
+
 void LedStates::renew(std::size_t index) {
+    mark(index, Presence::RENEWED);
+}
+
+void LedStates::mark(std::size_t index, Presence presence) {
     {
         const std::lock_guard<std::mutex> hold(m_mutex);
-        m_sources[index].isRenewed = true;
+        m_sources[index].presence = presence;
+        m_states[index].isLit.reset();
     }
     ::eventfd_write(m_notice.number(), 1);
 }
@@ -84,14 +92,19 @@ void LedStates::reopen() {
     const std::lock_guard<std::mutex> hold(m_mutex);
     for (std::size_t i = 0; i < m_sources.size(); ++i) {
         Source& source = m_sources[i];
-        if (!std::exchange(source.isRenewed, false))
+        if (source.presence != Presence::RENEWED)
             continue;
-        m_states[i].isLit.reset();
+        source.presence = Presence::HERE;
         if (source.writeEnd.isOpen())
             continue; // the sequencer still writes into it
         source.pipe.close();
         openPipe(source);
     }
+}
+
+bool LedStates::isHere(std::size_t index) const {
+    const std::lock_guard<std::mutex> hold(m_mutex);
+    return m_sources[index].presence == Presence::HERE;
 }
 
 XCode LedStates::runThread() {
@@ -103,7 +116,7 @@ XCode LedStates::runThread() {
             if (m_sources[i].pipe.isOpen()) {
                 waited.push_back({m_sources[i].pipe.number(), POLLIN, 0});
                 drained.push_back(i);
-            } else if (m_tellsChanges && !m_sources[i].path.empty()) {
+            } else if (m_tellsChanges && !m_sources[i].path.empty() && isHere(i)) {
                 looked.push_back(i);
             }
         const int pause = looked.empty() ? -1 : static_cast<int>(std::min(m_tickMs, 1000U));
@@ -140,20 +153,26 @@ void LedStates::look(std::size_t index) {
         set(index, byte != '0');
 }
 
+// Until the thread has opened a renewed file, what it reads may be of the former one, or would be
+// told a second time afterwards. It is dropped; what the LED shows then is read again.
+bool LedStates::isNews(std::size_t index, bool isLit) const {
+    return m_sources[index].presence == Presence::HERE && m_states[index].isLit != isLit;
+}
+
 void LedStates::set(std::size_t index, bool isLit) {
-    if (m_states[index].isLit == isLit) // only this thread changes it
+    std::unique_lock<std::mutex> hold(m_mutex);
+    if (!isNews(index, isLit))
         return;
+    hold.unlock();
     const bool isShown = !m_sources[index].writeEnd.isOpen() || passOn(index, isLit);
-    {
-        const std::lock_guard<std::mutex> hold(m_mutex);
-        m_states[index].isLit = isShown ? std::optional(isLit) : std::nullopt;
-    }
-    if (!isShown)
-        return;
     FileDescriptor& stateFile = m_sources[index].stateFile;
-    if (stateFile.isOpen() && tryWriteAt(stateFile, isLit ? "1" : "0", 1, 0) < 0)
+    if (isShown && stateFile.isOpen() && tryWriteAt(stateFile, isLit ? "1" : "0", 1, 0) < 0)
         stateFile.close(); // a copy that can't be written is dropped; the LED's state is known
-    if (m_tellsChanges)
+    hold.lock();
+    if (!isNews(index, isLit))
+        return;
+    m_states[index].isLit = isShown ? std::optional(isLit) : std::nullopt;
+    if (isShown && m_tellsChanges) // under the lock, so that it is never told after a loss
         m_events.push(event::LedChanged{m_states[index].name, isLit});
 }
 

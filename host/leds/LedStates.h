@@ -38,8 +38,12 @@ public:
     /// In the order of the LEDs. Any thread.
     std::vector<State> states() const;
 
-    /// The file of LED `index` is another one now: opens it again if it is a pipe, and passes the
-    /// state on even if it has not changed. Any thread.
+    /// The file of LED `index` is gone: its state is unknown, and the LED is left alone until
+    /// `renew`. Any thread.
+    void lose(std::size_t index);
+
+    /// The file of LED `index` is another one now: opens it again if it is a pipe, and tells and
+    /// passes on the state once more even if it has not changed. Any thread.
     void renew(std::size_t index);
 
     /// The path that the sequencer must write to instead of the file of LED `index`; null if it is
@@ -47,36 +51,40 @@ public:
     const char* relayOf(std::size_t index) const;
 
 private:
+    enum class Presence { HERE, GONE, RENEWED };
     struct Source {
         std::string path;
         unsigned on;
-        FileDescriptor pipe;      ///< not open for other kinds of files
-        FileDescriptor stateFile; ///< not open if there is none
-        FileDescriptor writeEnd;  ///< of a pipe whose content is passed on; else not open
-        std::string relay;        ///< the path of such a pipe
-        bool isFaulty = false;    ///< the last change could not be passed on
-        bool isRenewed = false;   ///< guarded by the mutex: the file is another one
+        FileDescriptor pipe;                ///< not open for other kinds of files
+        FileDescriptor stateFile;           ///< not open if there is none
+        FileDescriptor writeEnd;            ///< of a pipe whose content is passed on; else not open
+        std::string relay;                  ///< the path of such a pipe
+        bool isFaulty = false;              ///< the last change could not be passed on
+        Presence presence = Presence::HERE; ///< of the file; guarded by the mutex
     };
 
     LedStates(std::uint32_t tickMs, bool tellsChanges, EventQueue& events);
 
     XCode runThread() override;
     bool hasEnded();
+    void mark(std::size_t index, Presence presence);
     void reopen();
+    bool isHere(std::size_t index) const;
     static void openPipe(Source& source);
     bool passOn(std::size_t index, bool isLit);
     void drain(std::size_t index);
     void look(std::size_t index);
+    bool isNews(std::size_t index, bool isLit) const; ///< the mutex is held
     void set(std::size_t index, bool isLit);
 
     const std::uint32_t m_tickMs;
     const bool m_tellsChanges;
     EventQueue& m_events;
     std::vector<Source> m_sources;
-    mutable std::mutex m_mutex; // guards the states, and what is renewed
+    mutable std::mutex m_mutex; // guards the states, and what is gone
     std::vector<State> m_states;
     bool m_isEnding = false;       // guarded by the mutex
-    const FileDescriptor m_notice; // readable when the thread must end or renew a source
+    const FileDescriptor m_notice; // readable when a source changes or the thread must end
     TYThread m_thread;
 };
 
