@@ -52,7 +52,8 @@ void HostedLedCtrl::begin() {
         testFifo();
     }
     openFiles();
-    m_parts.files.begin();
+    if (m_drivesFiles)
+        m_parts.files.begin();
     runDefaults(now());
     recall();
 }

@@ -32,13 +32,20 @@ void LedClaim::renew() {
 }
 
 void LedFileWatch::begin() {
-    for (std::size_t i = 0; i < m_leds.size(); ++i)
+    for (std::size_t i = 0; i < m_leds.size(); ++i) {
+        const Led& led = m_leds[i];
         try {
-            expectWritable(m_leds[i].path);
-            m_files[i].opened = tryIdentify(m_leds[i].path);
+            if (led.path.empty())
+                continue;
+            expectWritable(led.path);
+            m_files[i].opened = tryIdentify(led.path);
         } catch (const Error& error) {
-            m_files[i].fault = error.what();
+            m_files[i].fault = error.what(); // what later looks find
+            m_states.lose(i);
+            m_events.push(
+                event::LedFileGone{led.name, led.fault.empty() ? error.what() : led.fault});
         }
+    }
 }
 
 void LedFileWatch::report(std::size_t index, const std::string& fault) {

@@ -38,8 +38,7 @@ public:
                  EventQueue& events)
         : m_leds(leds), m_claim(claim), m_states(states), m_events(events), m_files(leds.size()) {}
 
-    /// The sequencer has opened the files. One that is missing is known to be gone: the sequencer
-    /// has logged it.
+    /// The sequencer has opened the files. One that is missing is an event.
     void begin();
 
     /// Looks at each LED's path, with one system call if nothing has changed. An LED that has gone

@@ -28,7 +28,7 @@ public:
     LedService(const LedSequencerProfile& profile, bool tellsChanges, EventQueue& events,
                const DeviceLocator& locator = DeviceLocator(), const std::string& memory = "");
 
-    /// Files that were not found.
+    /// Files that were not found and are left out. One that can appear later is an event instead.
     const std::vector<std::string>& faults() const { return m_faults; }
     /// Why the sequencer accepted no commands when it started; empty if it did.
     const std::optional<std::string>& pipeFault() const { return m_pipeFault; }

@@ -42,8 +42,11 @@ LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& loca
                 led.name = ledNameOf(led.path);
             });
         } catch (const Error& error) {
-            m_faults.push_back(error.what());
-            led.path = futurePathOf(file.path.path, locator);
+            led.fault = error.what();
+            if (profile.access == LedCtrl::ACCESS_FILES) // otherwise nobody picks the file up
+                led.path = futurePathOf(file.path.path, locator);
+            if (led.path.empty())
+                m_faults.push_back(led.fault);
         }
         leds[led.mask] = led;
     }

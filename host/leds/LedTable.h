@@ -12,9 +12,10 @@ namespace board {
 /// An LED of the board as the sequencer drives it.
 struct Led {
     std::uint32_t mask;
-    std::string name; ///< for people, taken from its file's path
-    std::string path; ///< empty if its file was not found and can't appear later
-    unsigned on = 1;  ///< the brightness that means lit
+    std::string name;       ///< for people, taken from its file's path
+    std::string path;       ///< empty if its file was not found and can't appear later
+    unsigned on = 1;        ///< the brightness that means lit
+    std::string fault = {}; ///< why its file was not found, if it can appear later
 };
 
 /// A profile's tables in the form that the LED sequencer needs. They point into the profile and
@@ -35,7 +36,7 @@ public:
     /// one counts.
     const std::vector<Led>& leds() const { return m_leds; }
 
-    /// Which files were not found and why, each with its place in the profile.
+    /// Which files were not found and are left out, and why, each with its place in the profile.
     const std::vector<std::string>& faults() const { return m_faults; }
 
 private:

@@ -68,11 +68,12 @@ protected:
         return events;
     }
 
-    /// A table with a tick of 1 ms whose default row lights LED `file`.
+    /// A table with a tick of 1 ms whose default row lights LED `file`, which it makes.
     board::LedSequencerProfile table(const std::string& rows, const std::string& files = "") const {
         board::LedSequencerProfile profile = support::ledsOf(
             "[leds]\ntick_ms = 1\n[[leds.file]]\nmask = 1\npath = 'file'\n" + files +
             row("system boot", "mask = 7\naction = 'on'\ngroup = 1\ndefault = true") + rows);
+        m_dir.write("file", "");
         for (auto& file : profile.files)
             if (file.path.path.rfind("led:", 0) != 0)
                 file.path.path = m_dir.path(std::filesystem::path(file.path.path).filename());
@@ -153,6 +154,8 @@ TEST_F(LedServiceTest, ReportsAndDrivesLedsThatGoAndComeBack) {
     std::optional<board::LedService> leds(std::in_place, profile, true, m_events,
                                           board::DeviceLocator(m_dir.path("sys")));
     std::set<std::string> lit = {"file on", "dimmable on", "pipe on"}, gone;
+    EXPECT_EQ(next(), "late gone " + profile.files.back().path.place +
+                          ": led:late: there is no LED 'late' (there are: none)");
     EXPECT_EQ(next(3), lit);
     for (const std::string name : {"file", "dimmable", "pipe"}) {
         gone.insert(name + " gone " + m_dir.path(name) +
