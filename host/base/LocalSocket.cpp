@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -20,6 +21,7 @@ namespace {
 
 constexpr mode_t SOCKET_MODE = 0660, FOLDER_MODE = 0750;
 constexpr int MOST_WAITING = 64;
+constexpr std::chrono::milliseconds NEXT_TRY{5};
 
 std::string folderOf(const std::string& path) {
     const auto slash = path.rfind('/');
@@ -68,8 +70,10 @@ FileDescriptor trySocket(int flags) {
 }
 
 /// Opens the folder of a socket, and makes it if it is missing. Held locked while a socket is made,
-/// so that two programs don't take one another's new socket for an abandoned one.
-FileDescriptor lockedFolder(const std::string& path) {
+/// so that two programs don't take one another's new socket for an abandoned one. Such a lock is
+/// short; a program that has another purpose for it may hold it for ever.
+FileDescriptor lockedFolder(const std::string& path, std::chrono::milliseconds patience) {
+    using Clock = std::chrono::steady_clock;
     const std::string folder = folderOf(path);
     if (::mkdir(folder.c_str(), FOLDER_MODE) == 0) {
         // mkdir has also applied the umask.
@@ -79,8 +83,15 @@ FileDescriptor lockedFolder(const std::string& path) {
         failWith(folder, "can't make the folder", errno);
     }
     FileDescriptor descriptor = openFile(folder, O_RDONLY | O_DIRECTORY, "can't open the folder");
-    if (!tryLockWaiting(descriptor))
-        failWith(folder, "can't lock the folder", errno);
+    const Clock::time_point end = Clock::now() + patience;
+    while (!tryLock(descriptor)) {
+        if (errno != EWOULDBLOCK)
+            failWith(folder, "can't lock the folder", errno);
+        if (Clock::now() >= end)
+            throw Error(folder + ": another program keeps this folder locked (`lslocks` lists who; "
+                                 "the lock is needed to make the socket in it)");
+        std::this_thread::sleep_for(NEXT_TRY);
+    }
     return descriptor;
 }
 
@@ -104,12 +115,12 @@ void removeAbandoned(const std::string& path) {
 
 } // namespace
 
-LocalListener::LocalListener(const std::string& path)
+LocalListener::LocalListener(const std::string& path, std::chrono::milliseconds patience)
     : m_path(path), m_socket(trySocket(SOCK_NONBLOCK)) {
     constexpr char WHAT[] = "can't listen on this socket";
     if (!m_socket.isOpen())
         failWith(path, WHAT, errno);
-    const FileDescriptor folder = lockedFolder(path);
+    const FileDescriptor folder = lockedFolder(path, patience);
     removeAbandoned(path);
     // The file gets the mode of the socket, less the umask. It is never open to everybody.
     if (!trySetMode(m_socket, SOCKET_MODE) || Address(path).pass(::bind, m_socket) != 0)

@@ -19,9 +19,10 @@ class LocalListener {
 public:
     /// Makes the file for its owner and group only (mode 0660), in a folder that is made (mode
     /// 0750) if it is missing. Replaces the socket file of a program that has ended. Throws Error
-    /// if another program listens there, if something other than a socket has that name, or if the
-    /// system fails.
-    explicit LocalListener(const std::string& path);
+    /// if another program listens there, if something other than a socket has that name, if another
+    /// program locks the folder for longer than `patience`, or if the system fails.
+    explicit LocalListener(const std::string& path,
+                           std::chrono::milliseconds patience = std::chrono::seconds(3));
     ~LocalListener();
     LocalListener(const LocalListener&) = delete;
     LocalListener& operator=(const LocalListener&) = delete;

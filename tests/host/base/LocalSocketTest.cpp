@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -58,6 +59,11 @@ TEST(LocalListener, ReplacesOnlyTheSocketOfAProgramThatHasEnded) {
     dir.write("file", "");
     EXPECT_EQ(support::failureOf([&] { LocalListener third(dir.path("file")); }),
               dir.path("file") + ": is not a socket (expected a socket or no file)");
+    const board::FileDescriptor folder = board::tryOpen(dir.path(""), O_RDONLY | O_DIRECTORY);
+    ASSERT_TRUE(board::tryLock(folder));
+    EXPECT_EQ(support::failureOf([&] { LocalListener fourth(path, std::chrono::seconds(0)); }),
+              dir.path("") + ": another program keeps this folder locked (`lslocks` lists who; the "
+                             "lock is needed to make the socket in it)");
 }
 
 TEST(LocalListener, RemovesItsFileUnlessAnotherTookItsPlace) {
