@@ -12,9 +12,9 @@ namespace board {
 
 namespace {
 
-constexpr std::size_t MOST_WAITING = 4096;
+constexpr std::size_t MOST_EVENTS_WAITING = 4096;
 
-FileDescriptor makeDescriptor() {
+FileDescriptor makeEventDescriptor() {
     FileDescriptor descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!descriptor.isOpen())
         throw Error("can't create an event descriptor: " + reasonOf(errno));
@@ -29,12 +29,12 @@ TYTime calendarTime() {
     return now;
 }
 
-EventQueue::EventQueue() : m_descriptor(makeDescriptor()) {}
+EventQueue::EventQueue() : m_descriptor(makeEventDescriptor()) {}
 
 void EventQueue::push(Event event) {
     const TYTime now = calendarTime();
     const std::lock_guard<std::mutex> hold(m_mutex);
-    if (m_batch.entries.size() < MOST_WAITING)
+    if (m_batch.entries.size() < MOST_EVENTS_WAITING)
         m_batch.entries.push_back({now, std::move(event)});
     else
         ++m_batch.lost;

@@ -20,7 +20,7 @@ namespace board {
 namespace {
 
 constexpr mode_t SOCKET_MODE = 0660, FOLDER_MODE = 0750;
-constexpr int MOST_WAITING = 64;
+constexpr int MOST_CLIENTS_WAITING = 64;
 constexpr std::chrono::milliseconds NEXT_TRY{5};
 
 std::string folderOf(const std::string& path) {
@@ -127,7 +127,7 @@ LocalListener::LocalListener(const std::string& path, std::chrono::milliseconds 
         failWith(path, WHAT, errno);
     struct stat status {};
     if (::chmod(path.c_str(), SOCKET_MODE) != 0 || ::lstat(path.c_str(), &status) != 0 ||
-        ::listen(m_socket.number(), MOST_WAITING) != 0) {
+        ::listen(m_socket.number(), MOST_CLIENTS_WAITING) != 0) {
         const int error = errno;
         throw Error(path + ": " + WHAT + ": " + reasonOf(error) + discard(path));
     }

@@ -15,7 +15,7 @@ namespace {
 
 constexpr unsigned ID_SHIFT = 32;
 
-FileDescriptor makeDescriptor() {
+FileDescriptor makeEpoll() {
     FileDescriptor descriptor(::epoll_create1(EPOLL_CLOEXEC));
     if (!descriptor.isOpen())
         throw Error("can't create a descriptor to wait for others: " + reasonOf(errno));
@@ -24,7 +24,7 @@ FileDescriptor makeDescriptor() {
 
 } // namespace
 
-Poller::Poller() : m_descriptor(makeDescriptor()) {}
+Poller::Poller() : m_descriptor(makeEpoll()) {}
 
 void Poller::control(int operation, int descriptor, std::uint32_t events, std::uint32_t id) const {
     epoll_event event{};

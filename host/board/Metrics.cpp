@@ -10,7 +10,7 @@ namespace board {
 namespace {
 
 /// A label's value, escaped as the format requires.
-std::string quoted(const std::string& text) {
+std::string labelText(const std::string& text) {
     std::string escaped = "\"";
     for (const char c : text) {
         if (c == '\n')
@@ -24,7 +24,7 @@ std::string quoted(const std::string& text) {
 }
 
 std::string nameLabel(const std::string& name) {
-    return "{name=" + quoted(name) + "}";
+    return "{name=" + labelText(name) + "}";
 }
 
 /// Writes one family after another. A family without samples gets no header.
@@ -69,8 +69,8 @@ void addDevices(Families& families, const Host& host, const Report& report) {
             std::find_if(report.drivers.begin(), report.drivers.end(),
                          [&](const DriverReport& any) { return any.name == device.name; });
         const bool isUp = driver == report.drivers.end() ? !device.fault : !driver->fault;
-        families.add("{kind=" + quoted(kindName(device.kind)) + ",device=" + quoted(device.name) +
-                         "}",
+        families.add("{kind=" + labelText(kindName(device.kind)) +
+                         ",device=" + labelText(device.name) + "}",
                      isUp ? 1 : 0);
     }
     if (report.firmware)
@@ -80,11 +80,11 @@ void addDevices(Families& families, const Host& host, const Report& report) {
 void addIdentity(Families& families, const Report& report) {
     std::string labels;
     if (report.identity.platform)
-        labels += "platform=" + quoted(identifierText(*report.identity.platform)) + ",";
+        labels += "platform=" + labelText(identifierText(*report.identity.platform)) + ",";
     if (report.identity.product)
-        labels += "product=" + quoted(identifierText(*report.identity.product)) + ",";
+        labels += "product=" + labelText(identifierText(*report.identity.product)) + ",";
     if (report.firmware && *report.firmware)
-        labels += "firmware=" + quoted((*report.firmware)->version) + ",";
+        labels += "firmware=" + labelText((*report.firmware)->version) + ",";
     if (labels.empty())
         return;
     labels.pop_back();
@@ -96,7 +96,8 @@ void addIdentity(Families& families, const Report& report) {
 void addFigures(Families& families, const HostFigures& figures) {
     families.begin("board_alarm", "1 for each alarm that is in force.");
     for (const HostFigures::Alarm& alarm : figures.alarms)
-        families.add("{kind=" + quoted(alarm.kind) + ",device=" + quoted(alarm.device) + "}", 1);
+        families.add("{kind=" + labelText(alarm.kind) + ",device=" + labelText(alarm.device) + "}",
+                     1);
     families.begin("board_host_start_time_seconds",
                    "When the board's host started, in seconds since 1970.");
     families.add(
@@ -137,8 +138,8 @@ std::string toMetrics(const Host& host, const Report& report, bool isSimulated,
         for (const auto speed : {IFanControl::FAN_SPEED_FULL, IFanControl::FAN_SPEED_HIGH,
                                  IFanControl::FAN_SPEED_LOW, IFanControl::FAN_SPEED_OFF})
             if (fan.value)
-                families.add("{name=" + quoted(fan.name) + ",speed=" + quoted(speedName(speed)) +
-                                 "}",
+                families.add("{name=" + labelText(fan.name) +
+                                 ",speed=" + labelText(speedName(speed)) + "}",
                              *fan.value == speed ? 1 : 0);
 
     families.begin("board_fan_rpm", "Speed of a fan in revolutions per minute.");

@@ -28,7 +28,7 @@ constexpr long long DEGREE = 1000, HOTTEST = 1000; // a degree's steps; what a s
 constexpr long long BRIGHTEST = 9999;              // that an LED's driver can write
 constexpr long long LARGEST_DESCRIPTOR = 65536;
 
-std::string quoted(const std::string& text) {
+std::string tomlText(const std::string& text) {
     std::string result = "\"";
     for (const char c : printable(text)) {
         if (c == '"' || c == '\\')
@@ -89,14 +89,14 @@ private:
         std::string lines = begin("fan", fan.device) + line("maximum", "255");
         if (pwm.mode) {
             fan.enable = {m_locator.nameOf(monitor, pwm.enable), ""};
-            lines += line("enable", quoted(fan.enable->path));
+            lines += line("enable", tomlText(fan.enable->path));
             constexpr long long USUAL = 2; // drivers with several automatic modes count on
             if (*pwm.mode && **pwm.mode > USUAL)
                 lines += line("automatic", std::to_string(**pwm.mode));
         }
         if (!pwm.tach.empty()) {
             fan.tach = {m_locator.nameOf(monitor, pwm.tach), ""};
-            lines += line("tach", quoted(fan.tach->path));
+            lines += line("tach", tomlText(fan.tach->path));
         }
         addChecked(lines, fan);
     }
@@ -130,7 +130,7 @@ private:
     void addDescriptor(const Eeprom& eeprom) {
         DescriptorProfile descriptor;
         descriptor.device.path = eeprom.file;
-        std::string lines = "[descriptor]\n" + line("device", quoted(eeprom.file));
+        std::string lines = "[descriptor]\n" + line("device", tomlText(eeprom.file));
         if (!eeprom.size)
             return leaveOut(lines, eeprom.size.fault());
         lines += line("size", std::to_string(*eeprom.size));
@@ -168,8 +168,8 @@ private:
         std::string name = wanted;
         for (int number = 2; !m_names.insert(name).second; ++number)
             name = wanted + std::to_string(number);
-        return "[[" + kind + "]]\n" + line("name", quoted(name)) +
-               line("device", quoted(device.path), comment);
+        return "[[" + kind + "]]\n" + line("name", tomlText(name)) +
+               line("device", tomlText(device.path), comment);
     }
 
     void leaveOut(const std::string& lines, const std::string& reason) {

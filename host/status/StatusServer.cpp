@@ -41,9 +41,9 @@ StatusServer::StatusServer(const std::string& path, const StatusAnswers& answers
 }
 
 void StatusServer::serve() {
-    constexpr int MOST_EVENTS = 16; // the rest is still ready in the next call
-    epoll_event events[MOST_EVENTS];
-    const int count = ::epoll_wait(m_poll.number(), events, MOST_EVENTS, 0);
+    constexpr int MOST_READY = 16; // the rest is still ready in the next call
+    epoll_event events[MOST_READY];
+    const int count = ::epoll_wait(m_poll.number(), events, MOST_READY, 0);
     for (int i = 0; i < count; ++i)
         if (auto* const client = static_cast<Client*>(events[i].data.ptr))
             attend(*client, events[i].events);

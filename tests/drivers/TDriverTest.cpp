@@ -23,7 +23,7 @@ struct TalkativeBase : CDriver {
     }
 };
 
-struct Capacity final : TDriver<TalkativeBase, IResourceVoip> {
+struct TalkativeVoip final : TDriver<TalkativeBase, IResourceVoip> {
     using TDriver::TDriver;
     unsigned getDspChannelCount() const override { return 0; }
     unsigned getSipLegCount() const override { return 0; }
@@ -60,7 +60,6 @@ TEST(TDriver, EachDriverHasItsIdentityAndInterfaces) {
 
 TEST(TDriver, KernelDriverReportsItsNameWithinTheLimits) {
     const CFanControl fan(nullptr, "fan", "");
-    using Rows = std::vector<std::string>;
     for (const auto& [at, rows] : {std::pair(Place{1, 1, 2, 2}, Rows{"1.2 > fan="}),
                                    {Place{~0U, ~0U, ~0U, 0}, Rows{"4294967295.0 > fan="}},
                                    {Place{0, 1, 2, 2}, Rows{}},
@@ -69,7 +68,7 @@ TEST(TDriver, KernelDriverReportsItsNameWithinTheLimits) {
 }
 
 TEST(TDriver, ReturnsTheBasesSuccessAsItIsAndDropsItsFailure) {
-    Capacity capacity(DID_Resource(), "capacity");
+    TalkativeVoip capacity(DID_Resource(), "capacity");
     EXPECT_EQ(str(capacity.queryInterface(IDriver::IID(), nullptr).getMessage()), "ANSWERED");
     EXPECT_EQ(str(capacity.queryInterface(IResourceVoip::IID(), nullptr).getMessage()), "");
     void* object = &capacity;

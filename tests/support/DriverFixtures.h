@@ -59,13 +59,15 @@ inline void expectPlainFailure(const XCode& status) {
 /// The arguments of a report: maximum level, level, maximum index, index.
 using Place = std::array<unsigned, 4>;
 
+using Rows = std::vector<std::string>;
+
 /// The rows of a report with the prefix "> ", each formatted as "<level>.<index> <key>=<value>".
 template <class Object>
-std::vector<std::string> reportOf(const Object& object, const Place& at,
-                                  decltype(&Object::getInfo) form = &Object::getInfo) {
+Rows reportOf(const Object& object, const Place& at,
+              decltype(&Object::getInfo) form = &Object::getInfo) {
     InfoContainer container;
     EXPECT_EQ(&(object.*form)(container, at[0], at[1], at[2], at[3], "> "), &container);
-    std::vector<std::string> rows;
+    Rows rows;
     for (const auto& row : container.getRows())
         rows.push_back(str(String::format("%u.%u ", row.level, row.index)) + str(row.key) + "=" +
                        str(row.value));

@@ -1,6 +1,9 @@
 #include "CommandLine.h"
 
 #include <iostream>
+#include <optional>
+#include <set>
+#include <string_view>
 
 #include "output/Json.h"
 #include "output/Messages.h"
@@ -14,20 +17,17 @@ namespace boardctl {
 
 namespace {
 
-int wrongCall(CLI::App& app, const std::string& what, const CLI::ParseError* error = nullptr) {
-    complain(what);
-    std::cerr << "\n" << adviceAfter(app, error);
-    return WRONG_CALL;
-}
+constexpr struct {
+    const char* name;
+    void (*add)(CLI::App& app, Options& options);
+} COMMANDS[] = {
+    {"run", addRun},       {"status", addStatus}, {"watch", addWatch},       {"info", addInfo},
+    {"check", addCheck},   {"probe", addProbe},   {"snapshot", addSnapshot}, {"fan", addFan},
+    {"temp", addTemp},     {"power", addPower},   {"led", addLed},           {"leds", addLeds},
+    {"button", addButton}, {"cpu", addCpu},       {"firmware", addFirmware}, {"bd", addBd},
+    {"sim", addSim}};
 
-} // namespace
-
-int runCommandLine(int argc, char** argv) {
-    const OutputWatch output;
-    Options options;
-    CLI::App app(
-        "Hosts, inspects and edits a board: its drivers, its descriptor, or a simulated board.",
-        "boardctl");
+void addGlobalOptions(CLI::App& app, Options& options) {
     app.formatter(std::make_shared<HelpFormatter>());
     app.require_subcommand(1);
     app.set_version_flag("--version", "boardctl " BOARDCTL_VERSION, "Print the version and exit");
@@ -50,11 +50,14 @@ int runCommandLine(int argc, char** argv) {
            "preview`")
         ->check(oneOf({"text", "json", "metrics", "svg"}))
         ->option_text("text|json|metrics|svg");
+}
+
+/// Adds the commands whose names are among `words`; without `words`, all.
+void addCommands(CLI::App& app, Options& options, const std::set<std::string_view>& words) {
     app.footer("Global options: --board FILE, --sim, --format FORMAT; see boardctl --help");
-    for (const auto add :
-         {addRun, addStatus, addWatch, addInfo, addCheck, addProbe, addSnapshot, addFan, addTemp,
-          addPower, addLed, addLeds, addButton, addCpu, addFirmware, addBd, addSim})
-        add(app, options);
+    for (const auto& [name, add] : COMMANDS)
+        if (words.empty() || words.count(name) != 0)
+            add(app, options);
     // The commands have copied the footer. The main help lists these options anyway.
     app.footer("Exit status: 0 done, 1 failed, 2 wrong call, 3 found something wrong, 4 declined,\n"
                "128+N ended by signal N.");
@@ -62,27 +65,51 @@ int runCommandLine(int argc, char** argv) {
                       "sim create DIR               create a simulated board to keep",
                       "--board DIR/board.toml info  show what its drivers report",
                       "fan --help                   show the options of a command"});
+}
 
+int wrongCall(CLI::App& app, const std::string& what, const CLI::ParseError* error = nullptr) {
+    complain(what);
+    std::cerr << "\n" << adviceAfter(app, error);
+    return WRONG_CALL;
+}
+
+/// Answers a line that no command can be called with: it asks for help, or is wrong.
+int answer(CLI::App& app, const CLI::ParseError& error) {
+    const bool isQuestion = dynamic_cast<const CLI::Success*>(&error) != nullptr; // or --version
+    if (!isQuestion || !app.remaining(true).empty())
+        return wrongCall(app, explained(app, error), &error);
+    const bool isHelp = dynamic_cast<const CLI::CallForHelp*>(&error) != nullptr;
+    std::cout << (isHelp ? app.help() : error.what() + std::string("\n"));
+    return flushOutput() ? DONE : FAILED;
+}
+
+/// Calls the command of a line that has been parsed.
+int call(const CLI::App& app, const Options& options) {
+    if (options.metrics && !app.got_subcommand("info") && !app.got_subcommand("status"))
+        throw WrongCall("--format metrics works only with info and status");
+    if (options.svg &&
+        !(app.got_subcommand("leds") && app.get_subcommand("leds")->got_subcommand("preview")))
+        throw WrongCall("--format svg works only with leds preview");
+    if (options.sim && !options.board.empty())
+        throw WrongCall("--board and --sim each choose a board (expected one of them)");
+    const int status = options.command();
+    const bool isPrinted = flushOutput() || StopSignals::isAsked();
+    return StopSignals::statusAfter(isPrinted ? status : FAILED);
+}
+
+/// Empty if no command can be called and `words` are not empty: it takes all commands to say why.
+std::optional<int> tryRun(int argc, char** argv, const std::set<std::string_view>& words) {
+    Options options;
+    CLI::App app(
+        "Hosts, inspects and edits a board: its drivers, its descriptor, or a simulated board.",
+        "boardctl");
+    addGlobalOptions(app, options);
+    addCommands(app, options, words);
     try {
         app.parse(argc, argv);
-        if (options.metrics && !app.got_subcommand("info") && !app.got_subcommand("status"))
-            throw WrongCall("--format metrics works only with info and status");
-        if (options.svg &&
-            !(app.got_subcommand("leds") && app.get_subcommand("leds")->got_subcommand("preview")))
-            throw WrongCall("--format svg works only with leds preview");
-        if (options.sim && !options.board.empty())
-            throw WrongCall("--board and --sim each choose a board (expected one of them)");
-        const int status = options.command();
-        const bool isPrinted = flushOutput() || StopSignals::isAsked();
-        return StopSignals::statusAfter(isPrinted ? status : FAILED);
-    } catch (const CLI::Success& question) { // --help or --version
-        if (!app.remaining(true).empty())
-            return wrongCall(app, explained(app, question), &question);
-        const bool isHelp = dynamic_cast<const CLI::CallForHelp*>(&question) != nullptr;
-        std::cout << (isHelp ? app.help() : question.what() + std::string("\n"));
-        return flushOutput() ? DONE : FAILED;
+        return call(app, options);
     } catch (const CLI::ParseError& error) {
-        return wrongCall(app, explained(app, error), &error);
+        return words.empty() ? std::optional(answer(app, error)) : std::nullopt;
     } catch (const WrongCall& error) {
         return wrongCall(app, error.what());
     } catch (const std::exception& error) { // board::Error, or the system ran out of something
@@ -92,6 +119,16 @@ int runCommandLine(int argc, char** argv) {
         static_cast<void>(flushOutput());
         return StopSignals::statusAfter(dynamic_cast<const Declined*>(&error) ? DECLINED : FAILED);
     }
+}
+
+} // namespace
+
+int runCommandLine(int argc, char** argv) {
+    const OutputWatch output;
+    // A host runs for years: the commands that are not called take no memory from it.
+    const std::set<std::string_view> words(argv, argv + argc);
+    const std::optional<int> status = tryRun(argc, argv, words);
+    return status ? *status : tryRun(argc, argv, {}).value();
 }
 
 } // namespace boardctl

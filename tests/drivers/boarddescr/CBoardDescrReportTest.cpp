@@ -11,7 +11,6 @@
 namespace {
 
 using namespace support;
-using Rows = std::vector<std::string>;
 
 constexpr unsigned MAX = 0xFFFFFFFFU;
 

@@ -122,7 +122,6 @@ TEST_F(CLedControlTest, RecordsAreFourBytesWide) {
 }
 
 TEST_F(CLedControlTest, DumpShowsHeaderDescriptionAndStatusWithinTheLimits) {
-    using Rows = std::vector<std::string>;
     EXPECT_EQ(reportOf(*led, {1, 0, 0, 0}),
               (Rows{"0.0 > led=", "1.0 Description=", "1.0 Status=off"}))
         << "not valid";

@@ -98,7 +98,6 @@ TEST_F(CResourceVoipTest, HoldsEachLockInTurnAndKeepsItsFiguresIfTheDescriptorIs
 }
 
 TEST_F(CResourceVoipTest, ReportsWithinTheLimits) {
-    using Rows = std::vector<std::string>;
     Capacity capacity(true);
     EXPECT_EQ(reportOf(capacity, {2, 1, 3, 3}),
               (Rows{"1.3 > VoIP Resource=", "2.3 DSP Channels=0", "2.3 SIP Legs=0",

@@ -11,12 +11,12 @@
 
 namespace {
 
-class Driver : public CKernelDriver {
+class EndedDriver : public CKernelDriver {
 public:
-    explicit Driver(
+    explicit EndedDriver(
         const char* name, std::function<void()> atEnd = [] {})
         : CKernelDriver(DRIVER::INSTANCE(), name, "end"), m_atEnd(std::move(atEnd)) {}
-    ~Driver() override { m_atEnd(); }
+    ~EndedDriver() override { m_atEnd(); }
     const VELM_UUID& getDID() const override { return IDriver::IID(); }
 
 private:
@@ -37,7 +37,7 @@ std::vector<String> names() {
 
 TEST(DriverRepository, KeepsADriverUntilItsLastReferenceIsReleasedOutsideTheLock) {
     std::vector<String> left = {"never set"};
-    auto* const driver = new Driver("kept", [&] { std::thread([&] { left = names(); }).join(); });
+    auto* const driver = new EndedDriver("kept", [&] { std::thread([&] { left = names(); }).join(); });
     ASSERT_TRUE(repository().registerDriver(driver).isSuccess());
     EXPECT_EQ(driver->getDriverRepository(), &repository());
     EXPECT_EQ(driver->release(), 1U) << "the repository has its own reference";
@@ -55,7 +55,7 @@ TEST(DriverRepository, KeepsADriverUntilItsLastReferenceIsReleasedOutsideTheLock
 }
 
 TEST(DriverRepository, ReportsADriverThatIsMissingOrRegisteredTwice) {
-    Driver driver("one"), same("one"), second("a");
+    EndedDriver driver("one"), same("one"), second("a");
     EXPECT_EQ(driver.getDriverRepository(), &repository()) << "as constructed";
     ASSERT_TRUE(repository().registerDriver(&driver).isSuccess());
     ASSERT_TRUE(repository().registerDriver(&second).isSuccess());
@@ -86,7 +86,7 @@ TEST(DriverRepository, CanBeReplaced) {
 }
 
 TEST(DriverRepository, EachOperationWaitsForTheLock) {
-    Driver driver("one");
+    EndedDriver driver("one");
     TYPPtr<IInfo> info;
     const std::function<void()> operations[] = {
         [&] { EXPECT_TRUE(repository().registerDriver(&driver).isSuccess()); },

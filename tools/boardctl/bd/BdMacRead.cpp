@@ -14,7 +14,7 @@ namespace boardctl {
 
 namespace {
 
-struct MacWords {
+struct MacReadWords {
     std::string image;
     std::string index;
 };
@@ -46,7 +46,7 @@ ordered_json printMac(const Options& options, const BD::Tag* tag, std::size_t in
     return entry;
 }
 
-int list(const Options& options, const MacWords& words) {
+int listAddresses(const Options& options, const MacReadWords& words) {
     return printImage(options, words.image, [&](const board::TagImage& image) {
         int status = DONE;
         ordered_json json = ordered_json::array();
@@ -60,7 +60,7 @@ int list(const Options& options, const MacWords& words) {
     });
 }
 
-int get(const Options& options, const MacWords& words) {
+int getAddress(const Options& options, const MacReadWords& words) {
     const unsigned index = orWrongCall(
         [&] { return board::parseNumber(words.index, board::MAX_IMAGE_SIZE, "address"); });
     return printImage(options, words.image, [&](const board::TagImage& image) {
@@ -78,12 +78,12 @@ int get(const Options& options, const MacWords& words) {
 
 void addBdMacRead(CLI::App& mac, Options& options) {
     {
-        const auto [command, words] = addCommand<MacWords>(
-            mac, options, "list", "List each address with its index and interface number", list);
+        const auto [command, words] = addCommand<MacReadWords>(
+            mac, options, "list", "List each address with its index and interface number", listAddresses);
         addImageWord(command, words.image);
     }
-    const auto [command, words] = addCommand<MacWords>(
-        mac, options, "get", "Print one address and its interface number", get);
+    const auto [command, words] = addCommand<MacReadWords>(
+        mac, options, "get", "Print one address and its interface number", getAddress);
     addWord(command, "INDEX", words.index, "Which address, counted from 0")->required();
     addImageOption(command, words.image);
 }

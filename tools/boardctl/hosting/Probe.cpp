@@ -159,7 +159,7 @@ void put(ordered_json& json, const std::string& key, const Result<Value>& value)
     put(json, key, value, [](const Value& plain) { return plain; });
 }
 
-ordered_json toJson(const board::Sensor& sensor, const std::string& device) {
+ordered_json sensorJson(const board::Sensor& sensor, const std::string& device) {
     const auto inUnits = [&](long long steps) -> ordered_json {
         if (sensor.quantity->decimals == 0)
             return steps;
@@ -175,10 +175,10 @@ ordered_json toJson(const board::Sensor& sensor, const std::string& device) {
     return json;
 }
 
-ordered_json toJson(const Findings& found, const board::Monitor& monitor) {
+ordered_json monitorJson(const Findings& found, const board::Monitor& monitor) {
     ordered_json sensors = ordered_json::array(), pwms = ordered_json::array();
     for (const board::Sensor& sensor : board::sensorsOf(monitor))
-        sensors.push_back(toJson(sensor, found.locator.nameOf(monitor, sensor.file)));
+        sensors.push_back(sensorJson(sensor, found.locator.nameOf(monitor, sensor.file)));
     for (const board::Pwm& pwm : board::pwmsOf(monitor)) {
         ordered_json& json =
             pwms.emplace_back(ordered_json{{"device", found.locator.nameOf(monitor, pwm.file)}});
@@ -205,7 +205,7 @@ void printForPrograms(const Findings& found) {
                          {"eeproms", ordered_json::array()},
                          {"inputs", ordered_json::array()}};
     for (const board::Monitor& monitor : found.monitors)
-        json["monitors"].push_back(toJson(found, monitor));
+        json["monitors"].push_back(monitorJson(found, monitor));
     for (const board::LedEntry& led : found.leds) {
         ordered_json& entry =
             json["leds"].emplace_back(ordered_json{{"device", board::nameOfLed(led.name)}});

@@ -25,7 +25,7 @@ std::optional<unsigned> interfaceOf(const MacWords& words) {
         [&] { return board::parseNumber(words.interface, MAX_INTERFACE, "interface number"); });
 }
 
-int set(const Options& options, const MacWords& words) {
+int setAddress(const Options& options, const MacWords& words) {
     const unsigned index = orWrongCall(
         [&] { return board::parseNumber(words.index, board::MAX_IMAGE_SIZE, "address"); });
     const std::string mac = macOf(words);
@@ -35,7 +35,7 @@ int set(const Options& options, const MacWords& words) {
     });
 }
 
-int add(const Options& options, const MacWords& words) {
+int addAddress(const Options& options, const MacWords& words) {
     const std::string mac = macOf(words);
     const unsigned interface = interfaceOf(words).value_or(0);
     return edit(options, words,
@@ -51,7 +51,7 @@ void addMacWord(CLI::App& command, MacWords& words) {
 void addBdMacEdit(CLI::App& mac, Options& options) {
     {
         const auto [command, words] =
-            addCommand<MacWords>(mac, options, "set", "Overwrite an address", set);
+            addCommand<MacWords>(mac, options, "set", "Overwrite an address", setAddress);
         addWord(command, "INDEX", words.index, "Which address, counted from 0")->required();
         addMacWord(command, words);
         addWord(command, "INTERFACE", words.interface,
@@ -59,7 +59,7 @@ void addBdMacEdit(CLI::App& mac, Options& options) {
         addEditOptions(command, words);
     }
     const auto [command, words] =
-        addCommand<MacWords>(mac, options, "add", "Add an address after the last one", add);
+        addCommand<MacWords>(mac, options, "add", "Add an address after the last one", addAddress);
     addMacWord(command, words);
     addWord(command, "INTERFACE", words.interface,
             "The interface number, 0 to 65535; by default 0");

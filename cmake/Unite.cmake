@@ -1,0 +1,19 @@
+# Most of the time that a source takes is spent on the headers that it includes. With BOARD_UNITE,
+# the sources of a folder compile as one. Their local names must therefore differ.
+#
+# board_unite(<target>) does this for a target of the calling folder. The sources in the calling
+# folder itself compile alone.
+function(board_unite target)
+    if(NOT BOARD_UNITE)
+        return()
+    endif()
+    get_target_property(sources ${target} SOURCES)
+    foreach(source ${sources})
+        get_filename_component(folder ${source} DIRECTORY)
+        if(folder)
+            string(MAKE_C_IDENTIFIER ${folder} group)
+            set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group})
+        endif()
+    endforeach()
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+endfunction()
