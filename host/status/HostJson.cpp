@@ -1,10 +1,8 @@
 #include "status/HostJson.h"
 
-#include <cmath>
-
 #include "profile/LedActions.h"
 #include "status/StatusAnswers.h"
-#include "watch/OrNull.h"
+#include "watch/JsonValues.h"
 
 using nlohmann::ordered_json;
 
@@ -23,12 +21,9 @@ struct Measure {
         return json;
     }
     ordered_json operator()(const TemperatureReading& sensor) const {
-        constexpr double THOUSANDTHS = 1000;
         ordered_json json = members(nullptr, nullptr);
-        if (sensor.value) {
-            const double celsius = static_cast<double>(*sensor.value);
-            json = members(std::round(celsius * THOUSANDTHS) / THOUSANDTHS, "celsius");
-        }
+        if (sensor.value)
+            json = members(roundedCelsius(*sensor.value), "celsius");
         json["maximum"] = sensor.maximum;
         return json;
     }

@@ -10,7 +10,7 @@
 #include "status/HostJson.h"
 #include "status/StatusPlaces.h"
 #include "watch/EventWords.h"
-#include "watch/OrNull.h"
+#include "watch/JsonValues.h"
 
 using nlohmann::ordered_json;
 

@@ -1,11 +1,10 @@
 #include "watch/EventWords.h"
 
-#include <cmath>
 #include <ctime>
 
 #include "String.h"
 #include "leds/LedPipe.h"
-#include "watch/OrNull.h"
+#include "watch/JsonValues.h"
 
 using nlohmann::ordered_json;
 
@@ -19,12 +18,6 @@ double secondsOf(const TYTime& span) {
     return (span.seconds * static_cast<double>(MS) + ms) / MS;
 }
 
-/// Sensors measure thousandths.
-double rounded(double celsius) {
-    constexpr double THOUSANDTHS = 1000;
-    return std::round(celsius * THOUSANDTHS) / THOUSANDTHS;
-}
-
 std::string titleOf(const std::string& kind, const std::string& name) {
     return kind == "descriptor" || kind == "button" ? kind : kind + " '" + name + "'";
 }
@@ -32,14 +25,15 @@ std::string titleOf(const std::string& kind, const std::string& name) {
 template <class Measured>
 EventWords temperatureWords(const char* type, const char* relation, const Measured& sensor,
                             bool isTrouble) {
-    return {
-        type,
-        titleOf("thermal", sensor.name) +
-            String::format(": %.3f degrees Celsius, %s its maximum of %u", sensor.celsius, relation,
-                           sensor.maximum)
-                .c_str(),
-        {{"name", sensor.name}, {"celsius", rounded(sensor.celsius)}, {"maximum", sensor.maximum}},
-        isTrouble};
+    return {type,
+            titleOf("thermal", sensor.name) +
+                String::format(": %.3f degrees Celsius, %s its maximum of %u", sensor.celsius,
+                               relation, sensor.maximum)
+                    .c_str(),
+            {{"name", sensor.name},
+             {"celsius", roundedCelsius(sensor.celsius)},
+             {"maximum", sensor.maximum}},
+            isTrouble};
 }
 
 EventWords words(const event::ButtonPressed&) {

@@ -1,11 +1,9 @@
 #include "snapshot/Snapshot.h"
 
-#include <ctime>
-#include <iomanip>
 #include <iostream>
-#include <sstream>
 #include <string>
 
+#include "base/Events.h"
 #include "base/FileReplacement.h"
 #include "base/Text.h"
 #include "board/CpuMeter.h"
@@ -20,6 +18,7 @@
 #include "program/Help.h"
 #include "program/WordChecks.h"
 #include "snapshot/SnapshotBoard.h"
+#include "status/StatusAnswers.h"
 
 using nlohmann::ordered_json;
 
@@ -31,15 +30,6 @@ struct SnapshotWords {
     std::string output;
 };
 
-/// The current time, such as "2026-11-22T10:00:00Z".
-std::string timeText() {
-    const std::time_t now = std::time(nullptr);
-    std::tm fields{};
-    std::ostringstream text;
-    text << std::put_time(gmtime_r(&now, &fields), "%Y-%m-%dT%H:%M:%SZ");
-    return text.str();
-}
-
 int snapshot(const Options& options, const SnapshotWords& words) {
     const Board board(options);
     board::Report report = board::makeReport(board.host());
@@ -50,7 +40,7 @@ int snapshot(const Options& options, const SnapshotWords& words) {
 
     ordered_json json = {{"snapshot", board::SNAPSHOT_VERSION},
                          {"boardctl", BOARDCTL_VERSION},
-                         {"time", timeText()}};
+                         {"time", board::utcText(board::calendarTime())}};
     json.update(board::toJson(board.profilePath(), files));
     json["report"] = reportToJson(report);
     const std::string text = jsonText(json);

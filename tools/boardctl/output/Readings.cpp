@@ -1,10 +1,9 @@
 #include "output/Readings.h"
 
-#include <cmath>
-
-#include "watch/OrNull.h"
+#include "watch/JsonValues.h"
 
 using board::orNull;
+using board::roundedCelsius;
 using nlohmann::ordered_json;
 
 namespace boardctl {
@@ -22,11 +21,6 @@ ordered_json describe(const Reading& reading, const ordered_json& values) {
 
 const char* const UNKNOWN = "unknown";
 
-// Sensors measure thousandths. A float printed in full would show digits that nobody measured.
-double rounded(float celsius) {
-    return std::round(static_cast<double>(celsius) * 1000) / 1000;
-}
-
 } // namespace
 
 ordered_json toJson(const board::FanReading& fan) {
@@ -38,9 +32,10 @@ ordered_json toJson(const board::FanReading& fan) {
 }
 
 ordered_json toJson(const board::TemperatureReading& temperature) {
-    ordered_json json = describe(
-        temperature,
-        {{"celsius", temperature.value ? ordered_json(rounded(*temperature.value)) : nullptr}});
+    ordered_json json =
+        describe(temperature,
+                 {{"celsius", temperature.value ? ordered_json(roundedCelsius(*temperature.value))
+                                                : nullptr}});
     json["maximum"] = temperature.maximum;
     return json;
 }
@@ -88,7 +83,7 @@ std::string toText(const board::FanReading& fan) {
 std::string toText(const board::TemperatureReading& temperature) {
     if (!temperature.value)
         return UNKNOWN;
-    return String::format("%.3f degrees Celsius, maximum %u", rounded(*temperature.value),
+    return String::format("%.3f degrees Celsius, maximum %u", roundedCelsius(*temperature.value),
                           temperature.maximum)
         .c_str();
 }

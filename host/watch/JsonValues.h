@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cmath>
+#include <optional>
+
+#include <nlohmann/json.hpp>
+
+/// Values as they are in JSON.
+namespace board {
+
+/// The value; null if there is none.
+template <class Value>
+nlohmann::ordered_json orNull(const std::optional<Value>& value) {
+    return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
+}
+
+/// A temperature in degrees. Sensors measure thousandths, so other digits would be made up.
+inline double roundedCelsius(double celsius) {
+    constexpr double THOUSANDTHS = 1000;
+    return std::round(celsius * THOUSANDTHS) / THOUSANDTHS;
+}
+
+} // namespace board
