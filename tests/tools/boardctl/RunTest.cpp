@@ -69,19 +69,21 @@ boardctl: preferences: board.toml:23: preferences.file: .: is not a file (expect
 boardctl: TIME fan 'fan' can't be used: board.toml:3: fan[0].device: gone: can't open: No such file or directory
 boardctl: TIME descriptor can't be used: board.toml:10: descriptor.device: .: is not a device file (expected a file or a block device)
 boardctl: firmware: board.toml:21: firmware.info: .: is not a file (expected text lines)
-boardctl: leds: board.toml:16: leds.file[0].path: led:none at all: there is no LED 'none at all' (there are: ...)
 boardctl: button: board.toml:12: button.device: board.toml: is not a button (expected a pipe or a character device)
 boardctl: TIME unable to open file /sys/class/leds/none at all/brightness
 boardctl: TIME unable to open file dark
+boardctl: TIME LED 'none at all' is gone: board.toml:16: leds.file[0].path: led:none at all: there is no LED 'none at all' (there are: ...)
+boardctl: TIME LED 'dark' is gone: dark: can't open for writing: No such file or directory
 $ boardctl --board board.toml run --for 0 --format json 2>log | grep -e 'fault.*[0-9]:' -e gone | steady | cut -d : -f 2-4 | cut -c 1-40
 "fault","kind":"preferences","name":"pre
 "device-gone","time":"TIME","kind":"fan"
 "device-gone","time":"TIME","kind":"desc
 "fault","kind":"firmware","error":"board
-"fault","kind":"leds","error":"board.tom
 "fault","kind":"button","error":"board.t
 "fault","time":"TIME","error":"unable to
 "fault","time":"TIME","error":"unable to
+"led-gone","time":"TIME","name":"none at
+"led-gone","time":"TIME","name":"dark","
 $ boardctl --board board.toml info >log
 ! boardctl: preferences: board.toml:23: preferences.file: .: is not a file (expected lines 'key = value')
 ! boardctl: driver 'fan': board.toml:3: fan[0].device: gone: can't open: No such file or directory
