@@ -14,6 +14,7 @@
 
 #include "base/Error.h"
 #include "base/File.h"
+#include "base/Text.h"
 
 namespace board {
 
@@ -23,9 +24,10 @@ constexpr mode_t SOCKET_MODE = 0660, FOLDER_MODE = 0750;
 constexpr int MOST_CLIENTS_WAITING = 64;
 constexpr std::chrono::milliseconds NEXT_TRY{5};
 
-std::string folderOf(const std::string& path) {
-    const auto slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+/// As folderOf(), but never empty.
+std::string placeOf(const std::string& path) {
+    const std::string folder = folderOf(path);
+    return folder.empty() ? "./" : folder;
 }
 
 /// The address of a path. If the path is too long for an address, it leads through the descriptor
@@ -35,7 +37,7 @@ public:
     explicit Address(const std::string& path) {
         std::string name = path;
         if (name.size() >= sizeof m_address.sun_path) {
-            m_folder = tryOpen(folderOf(path), O_PATH | O_DIRECTORY);
+            m_folder = tryOpen(placeOf(path), O_PATH | O_DIRECTORY);
             if (!m_folder.isOpen())
                 return;
             name = "/proc/self/fd/" + std::to_string(m_folder.number()) + "/" +
@@ -74,7 +76,7 @@ FileDescriptor trySocket(int flags) {
 /// short; a program that has another purpose for it may hold it for ever.
 FileDescriptor lockedFolder(const std::string& path, std::chrono::milliseconds patience) {
     using Clock = std::chrono::steady_clock;
-    const std::string folder = folderOf(path);
+    const std::string folder = placeOf(path);
     if (::mkdir(folder.c_str(), FOLDER_MODE) == 0) {
         // mkdir has also applied the umask.
         if (::chmod(folder.c_str(), FOLDER_MODE) != 0)

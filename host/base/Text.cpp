@@ -64,4 +64,12 @@ std::string joinChoices(const std::vector<std::string>& words) {
     return joined;
 }
 
+std::string folderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1); // without a slash, npos + 1 is 0
+}
+
+std::string fileNameOf(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
 } // namespace board

@@ -30,4 +30,10 @@ std::string join(const List& list, const char* separator = ", ") {
 /// The words of a choice: "a, b or c".
 std::string joinChoices(const std::vector<std::string>& words);
 
+/// The part of a path before the name of the file: "a/b/" of "a/b/c". Empty if there is none.
+std::string folderOf(const std::string& path);
+
+/// The name of the file at the end of a path: "c" of "a/b/c".
+std::string fileNameOf(const std::string& path);
+
 } // namespace board

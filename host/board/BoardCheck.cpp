@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 
 #include "PREFERENCES.h"
 #include "base/File.h"
+#include "base/Text.h"
 #include "board/EventTap.h"
 #include "board/Firmware.h"
 #include "descriptor/DescriptorCheck.h"
@@ -97,8 +97,7 @@ void BoardCheck::check(const LedDeviceProfile& led) {
 /// The kernel clamps a brightness above its maximum without an error.
 void BoardCheck::expectRange(const NamedPath& entry, const std::string& path, std::uint32_t on,
                              bool isBiStatus) {
-    const std::string file =
-        (std::filesystem::path(path).parent_path() / "max_brightness").string();
+    const std::string file = folderOf(path) + "max_brightness";
     if (kindOf(file) == FileKind::MISSING)
         return;
     const Result<long long> maximum = readNumber(file);

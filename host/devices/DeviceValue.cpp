@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <limits>
 #include <string_view>
 
@@ -95,8 +94,7 @@ Result<std::int32_t> readBrightness(const std::string& path) {
     Result<std::int32_t> number = parse(path, *text, range);
     if (!number || *number <= 1) // every LED can have these
         return number;
-    const auto folder = std::filesystem::path(path).parent_path();
-    if (const auto maximum = readNumber((folder / "max_brightness").string(), {1, MOST, WIDE, ""}))
+    if (const auto maximum = readNumber(folderOf(path) + "max_brightness", {1, MOST, WIDE, ""}))
         range.maximum = std::min(range.maximum, *maximum);
     return parse(path, *text, range);
 }

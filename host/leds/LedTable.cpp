@@ -1,19 +1,21 @@
 #include "leds/LedTable.h"
 
-#include <filesystem>
 #include <map>
 #include <string_view>
 
 #include "base/Error.h"
+#include "base/Text.h"
 
 namespace board {
 
 std::string ledNameOf(const std::string& path) {
-    const std::filesystem::path file(path);
-    if (file.filename() == "brightness" && file.has_parent_path())
-        return file.parent_path().filename().string();
+    std::string name = fileNameOf(path), folder = folderOf(path);
+    if (name == "brightness" && !folder.empty()) {
+        folder.pop_back();
+        return fileNameOf(folder);
+    }
     constexpr char CLASS[] = "led:"; // a name that has not been resolved to a path
-    return path.rfind(CLASS, 0) == 0 ? path.substr(sizeof CLASS - 1) : file.filename().string();
+    return path.rfind(CLASS, 0) == 0 ? path.substr(sizeof CLASS - 1) : name;
 }
 
 namespace {

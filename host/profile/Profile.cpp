@@ -206,7 +206,7 @@ WatchProfile readWatch(const ProfileReader& reader) {
 
 Profile Profile::load(const std::string& path) {
     const toml::table document = parse(path);
-    const ProfileSource source{path, std::filesystem::path(path).parent_path()};
+    const ProfileSource source{path, folderOf(path)};
     const ProfileReader root(source, document, "",
                              {"fan", "thermal", "power", "led", "descriptor", "voip", "preferences",
                               "button", "firmware", "leds", "watch", "simulated"});

@@ -84,7 +84,7 @@ NamedPath ProfileReader::path(const char* key) const {
     const std::string value = text(key);
     if (value.empty())
         fail(key, "is empty (expected a path)");
-    return {(m_source.folder / value).string(), where(key)};
+    return {value.front() == '/' ? value : m_source.folder + value, where(key)};
 }
 
 NamedPath ProfileReader::device(const char* key) const {

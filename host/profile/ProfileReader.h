@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <initializer_list>
 #include <optional>
 #include <string>
@@ -16,8 +15,8 @@ namespace board {
 
 /// The profile file that is being read.
 struct ProfileSource {
-    std::string name;             ///< as the user named it
-    std::filesystem::path folder; ///< that paths in it are relative to
+    std::string name;   ///< as the user named it
+    std::string folder; ///< that paths in it are relative to, with a slash; or empty
 };
 
 /// One table of the profile, read with checks. Every function throws ProfileError if the profile

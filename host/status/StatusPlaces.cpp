@@ -1,11 +1,14 @@
 #include "status/StatusPlaces.h"
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
+#include <memory>
 
 #include "base/Error.h"
+#include "base/File.h"
+#include "base/Text.h"
 
 namespace board {
 
@@ -34,11 +37,11 @@ std::string serviceFolder() {
 }
 
 std::string reportedProfile(const std::string& profile) {
-    std::error_code error;
-    const auto path = std::filesystem::canonical(profile, error);
-    if (error)
-        throw Error(profile + ": can't find the file: " + error.message());
-    return path.string();
+    const std::unique_ptr<char, decltype(&std::free)> path(::realpath(profile.c_str(), nullptr),
+                                                           std::free);
+    if (!path)
+        failWith(profile, "can't find the file", errno);
+    return path.get();
 }
 
 std::vector<std::string> statusPlaces(const std::string& profile, bool isSimulated) {
@@ -48,7 +51,7 @@ std::vector<std::string> statusPlaces(const std::string& profile, bool isSimulat
     if (!ofService.empty())
         places.push_back(ofService + "/host");
     if (isSimulated)
-        places.push_back(std::filesystem::path(path).replace_filename("host.socket").string());
+        places.push_back(folderOf(path) + "host.socket");
     const std::string ofUser = variable("XDG_RUNTIME_DIR");
     if (!ofUser.empty())
         places.push_back(ofUser + "/boarddrivers/" + nameFor(path) + ".socket");

@@ -1,6 +1,7 @@
 #include <iterator>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -24,9 +25,17 @@ void occupyStandardDescriptors() {
     }
 }
 
+/// The threads of a host allocate little: a heap for each would only take memory, for years.
+void shareHeap() {
+#ifdef M_ARENA_MAX
+    ::mallopt(M_ARENA_MAX, 1);
+#endif
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    shareHeap();
     occupyStandardDescriptors();
     boardctl::StopSignals::install();
     return boardctl::runCommandLine(argc, argv);
