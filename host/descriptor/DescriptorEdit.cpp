@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/Error.h"
+#include "descriptor/DescriptorCheck.h"
 
 namespace board {
 
@@ -13,16 +14,6 @@ BD::Tag makeTag(BD::TagId id, const TString<char>& data) {
     BD::Tag tag(id);
     static_cast<void>(tag.setData(data)); // always succeeds
     return tag;
-}
-
-BD::Tag makeMacTag(const std::string& mac, unsigned interface) {
-    CBoardDescr single;
-    String error;
-    static_cast<void>(single.addTag(MAC_TAG, TString<char>())); // always succeeds
-    // The library stores the upper 16 bits of the number that it receives.
-    if (!single.setMacAddress(0, mac.c_str(), interface << 16, error).isSuccess())
-        throw Error(error.c_str());
-    return *single.getTags().begin();
 }
 
 /// The interface number of MAC address `index`. Throws if the tag is not an address record.
@@ -55,7 +46,7 @@ void DescriptorEdit::replace(std::size_t position, const BD::Tag& tag) {
     EditedTag& edited = m_tags[position];
     if (tag.data == edited.tag.data || stored.data == edited.tag.data)
         return;
-    m_changes.push_back({position, edited.tag, stored});
+    m_changes.push_back({position, edited.tag, stored, wrongSizeOf(tag)});
     edited = {stored, imageOf({stored})};
 }
 
@@ -63,11 +54,68 @@ void DescriptorEdit::insertAt(std::size_t position, const BD::Tag& tag) {
     const BD::Tag stored = asLoaded(tag);
     m_tags.insert(m_tags.begin() + static_cast<std::ptrdiff_t>(position),
                   {stored, imageOf({stored})});
-    m_changes.push_back({position, std::nullopt, stored});
+    m_changes.push_back({position, std::nullopt, stored, wrongSizeOf(tag)});
+}
+
+std::vector<std::size_t> DescriptorEdit::positionsOf(BD::TagId id) const {
+    std::vector<std::size_t> positions;
+    for (std::size_t position = 0; position < m_tags.size(); ++position)
+        if (m_tags[position].tag.id == id)
+            positions.push_back(position);
+    return positions;
+}
+
+std::optional<std::size_t> DescriptorEdit::placeToPut(const Assignment& assignment) const {
+    const auto& [id, index] = assignment.place;
+    std::vector<std::size_t> positions = positionsOf(id);
+    const auto interface = interfaceToPut(assignment);
+    if (!interface) {
+        if (index > positions.size())
+            throw Error("tag " + std::to_string(id) + "." + std::to_string(index) +
+                        " can't be added: there are " + std::to_string(positions.size()) +
+                        " tags with this identifier (expected occurrence " +
+                        std::to_string(positions.size()) + " or lower)");
+        return index < positions.size() ? std::optional(positions[index]) : std::nullopt;
+    }
+    const auto isOther = [&](std::size_t position) {
+        const auto found = macOf(m_tags[position].tag);
+        return !found || found->interface != *interface;
+    };
+    positions.erase(std::remove_if(positions.begin(), positions.end(), isOther), positions.end());
+    for (const std::size_t position : positions)
+        if (m_tags[position].tag.data == assignment.data)
+            return position;
+    if (positions.size() > 1)
+        throw Error(std::to_string(positions.size()) + " addresses have the interface number " +
+                    std::to_string(*interface) +
+                    " (expected an occurrence, such as MacAddress.0=mac:...)");
+    if (!positions.empty())
+        return positions.front();
+    const auto isSameAddress = [&](const EditedTag& each) {
+        constexpr std::size_t ADDRESS_BYTES = 6;
+        return each.tag.id == MAC_TAG && macOf(each.tag) &&
+               std::equal(each.tag.data.data(), each.tag.data.data() + ADDRESS_BYTES,
+                          assignment.data.data());
+    };
+    if (const auto twin = std::find_if(m_tags.begin(), m_tags.end(), isSameAddress);
+        twin != m_tags.end())
+        throw Error(
+            "the address belongs to another interface already: " + macOf(twin->tag)->word() +
+            " (expected a new address, or an occurrence to replace, such as "
+            "MacAddress.0=mac:...)");
+    return std::nullopt;
 }
 
 void DescriptorEdit::set(const Assignment& assignment) {
     replace(positionOf(assignment.place), makeTag(assignment.place.id, assignment.data));
+}
+
+void DescriptorEdit::put(const Assignment& assignment) {
+    const BD::Tag tag = makeTag(assignment.place.id, assignment.data);
+    if (const auto position = placeToPut(assignment))
+        replace(*position, tag);
+    else
+        insertAt(tag.id == MAC_TAG ? endOfMacs() : m_tags.size(), tag);
 }
 
 void DescriptorEdit::add(const Assignment& assignment) {
@@ -88,16 +136,18 @@ void DescriptorEdit::setMac(unsigned index, const std::string& mac,
                             std::optional<unsigned> interface) {
     const std::size_t position = positionOf({MAC_TAG, index});
     const unsigned number = interface ? *interface : interfaceOf(m_tags[position].tag, index);
-    replace(position, makeMacTag(mac, number));
+    replace(position, makeTag(MAC_TAG, macData(mac, number)));
 }
 
 void DescriptorEdit::addMac(const std::string& mac, unsigned interface) {
     // The library's own operation overwrites the last address and leaves an empty tag, which hosts
     // rely on. Here every address stays.
-    const auto last = std::find_if(m_tags.rbegin(), m_tags.rend(),
-                                   [](const EditedTag& each) { return each.tag.id == MAC_TAG; });
-    const auto behindLast = static_cast<std::size_t>(m_tags.rend() - last);
-    insertAt(last == m_tags.rend() ? m_tags.size() : behindLast, makeMacTag(mac, interface));
+    insertAt(endOfMacs(), makeTag(MAC_TAG, macData(mac, interface)));
+}
+
+std::size_t DescriptorEdit::endOfMacs() const {
+    const std::vector<std::size_t> positions = positionsOf(MAC_TAG);
+    return positions.empty() ? m_tags.size() : positions.back() + 1;
 }
 
 std::vector<TagChange> DescriptorEdit::changes() const {

@@ -14,6 +14,10 @@ struct TagChange {
     std::size_t position; ///< in the whole list, counted from 0, at the time of the change
     std::optional<BD::Tag> before;
     std::optional<BD::Tag> after; ///< as it will load: odd data has its padding
+
+    /// "2 bytes (expected 4)" if the new data, without padding, has a size that the tag's meaning
+    /// does not have.
+    std::optional<std::string> wrongSize = std::nullopt;
 };
 
 /// The tags of an image while they are being changed.
@@ -31,6 +35,12 @@ public:
 
     /// Replaces a tag's data; the tag keeps its position.
     void set(const Assignment& assignment);
+    /// Sets a tag, or adds it if it is missing: an address after the last one, any other tag before
+    /// the terminator. Without an occurrence, an address replaces the one with the same interface
+    /// number. Throws Error if several have that number and none of them is the new address, if the
+    /// address to add belongs to another interface already, or if an occurrence before the named
+    /// one is missing too.
+    void put(const Assignment& assignment);
     /// Adds a tag before the terminator.
     void add(const Assignment& assignment);
     /// Inserts a tag at `position` in the whole list, or before the terminator if `position` is at
@@ -56,6 +66,11 @@ private:
     };
     /// Throws if there is no such tag.
     std::size_t positionOf(const TagPlace& place) const;
+    std::vector<std::size_t> positionsOf(BD::TagId id) const;
+    /// Where `put` sets a tag; empty if it adds one.
+    std::optional<std::size_t> placeToPut(const Assignment& assignment) const;
+    /// The position after the last MAC address; the end if there is none.
+    std::size_t endOfMacs() const;
     void replace(std::size_t position, const BD::Tag& tag);
     void insertAt(std::size_t position, const BD::Tag& tag);
 

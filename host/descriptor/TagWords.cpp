@@ -94,6 +94,16 @@ TString<char> bytesOfHex(const std::string& digits) {
     return TString<char>(bytes.data(), static_cast<unsigned>(bytes.size()));
 }
 
+/// "ADDRESS/INTERFACE".
+TString<char> macDataOf(const std::string& value) {
+    const auto slash = value.find('/');
+    const std::string mac = parseMac(value.substr(0, slash));
+    if (slash == std::string::npos)
+        throw Error(quoted(value) + " has no interface number (expected one after the address, "
+                                    "such as 02:00:00:00:00:07/3)");
+    return macData(mac, parseNumber(value.substr(slash + 1), UINT16_MAX, "interface number"));
+}
+
 TString<char> dataOf(TagType type, const std::string& value) {
     switch (type) {
     case TagType::U8:
@@ -105,6 +115,8 @@ TString<char> dataOf(TagType type, const std::string& value) {
         return bigEndian(parseNumber(value, UINT32_MAX, "32-bit value"), 4);
     case TagType::TEXT:
         return TString<char>(value.data(), static_cast<unsigned>(value.size()));
+    case TagType::MAC:
+        return macDataOf(value);
     case TagType::HEX:
         break;
     }
@@ -136,8 +148,8 @@ TagPlace parseTagPlace(const std::string& word) {
 }
 
 TagType parseTagType(const std::string& word) {
-    const std::vector<std::string> words = {"u8",   "u16",  "u32",
-                                            "uint", "text", "hex"}; // in the order of TagType
+    const std::vector<std::string> words = {"u8",   "u16", "u32", "uint",
+                                            "text", "hex", "mac"}; // in the order of TagType
     const auto found = std::find(words.begin(), words.end(), word);
     if (found != words.end())
         return static_cast<TagType>(found - words.begin());
@@ -161,7 +173,9 @@ Assignment parseAssignment(const std::string& word) {
                                  word.substr(colon + 1));
     } catch (const Error& error) {
         throw Error("tag " + quoted(tag) + ": " + error.what() +
-                    (assignment.place.id == MAC_TAG ? "; `boardctl bd mac` writes addresses" : ""));
+                    (assignment.place.id == MAC_TAG
+                         ? "; an address is written as MacAddress=mac:02:00:00:00:00:07/3"
+                         : ""));
     }
     const std::size_t size = assignment.data.length();
     if (size > MAX_TAG_DATA)
@@ -192,6 +206,15 @@ std::string parseMac(const std::string& word) {
     return word;
 }
 
+TString<char> macData(const std::string& mac, unsigned interface) {
+    std::string digits = mac;
+    digits.erase(std::remove(digits.begin(), digits.end(), ':'), digits.end());
+    TString<char> data = bytesOfHex(digits);
+    const TString<char> number = bigEndian(interface, 2);
+    data.concat(number.data(), number.length());
+    return data;
+}
+
 std::size_t decodeHex(const std::string& digits, std::string& bytes) {
     for (std::size_t i = 0; i < digits.size(); i += 2) {
         const int high = digitOf(digits[i]);
@@ -216,6 +239,20 @@ std::optional<MacAddress> macOf(const BD::Tag& tag) {
     if (!CBoardDescr().getMacAddr(tag, mac, interface).isSuccess())
         return std::nullopt;
     return MacAddress{mac.c_str(), interface};
+}
+
+std::optional<unsigned> interfaceToPut(const Assignment& assignment) {
+    BD::Tag tag(assignment.place.id);
+    static_cast<void>(tag.setData(assignment.data)); // always succeeds
+    const auto address = tag.id == MAC_TAG && !assignment.hasIndex ? macOf(tag) : std::nullopt;
+    return address ? std::optional(address->interface) : std::nullopt;
+}
+
+std::string placeWords(const Assignment& assignment) {
+    if (const auto interface = interfaceToPut(assignment))
+        return "the address of interface " + std::to_string(*interface);
+    const auto& [id, index] = assignment.place;
+    return "tag " + std::to_string(id) + "." + std::to_string(index);
 }
 
 std::string textOf(const BD::Tag& tag) {

@@ -18,8 +18,8 @@ struct TagPlace {
 };
 
 /// How a tag's data is written and read. Numbers are big-endian; a `uint` is written as 4 bytes and
-/// read from 1, 2 or 4.
-enum class TagType { U8, U16, U32, UINT, TEXT, HEX };
+/// read from 1, 2 or 4. A `mac` is an address and an interface number in 8 bytes.
+enum class TagType { U8, U16, U32, UINT, TEXT, HEX, MAC };
 
 /// A tag and its new data.
 struct Assignment {
@@ -34,14 +34,23 @@ struct Assignment {
 TagPlace parseTagPlace(const std::string& word);
 
 /// "ID=TYPE:VALUE" or "ID.N=TYPE:VALUE". Types are u8, u16, u32, uint (decimal or with 0x), text
-/// (the bytes unchanged) and hex (pairs of digits). Data that does not fit a chunk is rejected.
+/// (the bytes unchanged), hex (pairs of digits) and mac (ADDRESS/INTERFACE, such as
+/// 02:00:00:00:00:07/3). Data that does not fit a chunk is rejected.
 Assignment parseAssignment(const std::string& word);
+
+/// What the assignment names, for messages: "tag 5.0", or "the address of interface 3" if it puts
+/// an address without naming an occurrence.
+std::string placeWords(const Assignment& assignment);
 
 TagType parseTagType(const std::string& word);
 
 /// Checks that `word` is a MAC address that a board may have: six groups of two hexadecimal digits
 /// separated by colons; not multicast, broadcast or all zero. Returns the word unchanged.
 std::string parseMac(const std::string& word);
+
+/// The data of a MAC address tag: the six bytes of the address, then the interface number. `mac` is
+/// what parseMac returns; `interface` is at most 65535.
+TString<char> macData(const std::string& mac, unsigned interface);
 
 /// A decimal number, or a hexadecimal one with 0x, up to `maximum`; `what` names it in the message.
 unsigned parseNumber(const std::string& word, unsigned maximum, const std::string& what);
@@ -57,9 +66,16 @@ std::string hexDigits(const BD::Tag& tag);
 struct MacAddress {
     std::string mac; ///< "02:00:00:00:00:07", digits in upper case
     unsigned interface = 0;
+
+    /// As an assignment takes it: "02:00:00:00:00:07/3".
+    std::string word() const { return mac + "/" + std::to_string(interface); }
 };
 /// The address in the data; empty if the data is not 8 bytes long.
 std::optional<MacAddress> macOf(const BD::Tag& tag);
+
+/// The interface number by which `bd put` finds the address that it replaces; empty if the
+/// assignment names an occurrence or is not an address.
+std::optional<unsigned> interfaceToPut(const Assignment& assignment);
 
 /// The data as text, without zero bytes at the end: storing pads data of odd length with one.
 std::string textOf(const BD::Tag& tag);

@@ -6,8 +6,8 @@ namespace boardctl {
 
 void addBd(CLI::App& app, Options& options) {
     CLI::App& bd = addGroup(app, "bd", "The board descriptor: show, check, build and edit it");
-    for (const auto add :
-         {addBdShow, addBdDump, addBdBuild, addBdGet, addBdSet, addBdAdd, addBdInsert, addBdRemove})
+    for (const auto add : {addBdShow, addBdDump, addBdBuild, addBdGet, addBdPut, addBdSet, addBdAdd,
+                           addBdInsert, addBdRemove})
         add(bd, options);
     CLI::App& mac = addGroup(bd, "mac", "The MAC addresses in the descriptor");
     for (const auto add : {addBdMacRead, addBdMacEdit})

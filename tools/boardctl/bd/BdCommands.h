@@ -18,6 +18,7 @@ void addBdBuild(CLI::App& bd, Options& options);
 void addBdGet(CLI::App& bd, Options& options);
 void addBdSet(CLI::App& bd, Options& options);
 void addBdAdd(CLI::App& bd, Options& options);
+void addBdPut(CLI::App& bd, Options& options);
 void addBdInsert(CLI::App& bd, Options& options);
 void addBdRemove(CLI::App& bd, Options& options);
 void addBdMacRead(CLI::App& mac, Options& options); ///< list, get

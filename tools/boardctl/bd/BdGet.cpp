@@ -39,6 +39,10 @@ ordered_json valueOf(const BD::Tag& tag, board::TagType type) {
         return numberIf(tag.length <= 4);
     case board::TagType::TEXT:
         return board::textOf(tag);
+    case board::TagType::MAC:
+        if (const auto address = board::macOf(tag))
+            return address->word();
+        throw board::Error(CBoardDescr::ERR_WRONG_TAG_SIZE);
     case board::TagType::HEX:
         break;
     }
@@ -84,7 +88,7 @@ void addBdGet(CLI::App& bd, Options& options) {
     const auto [command, words] = addCommand<GetWords>(bd, options, "get", "Read one tag", get);
     addWord(command, "TAG", words.tag, TAG_HELP)->required();
     command.add_option("--type", words.type, "How to read the data; by default hex")
-        ->option_text("u8|u16|u32|uint|text|hex");
+        ->option_text("u8|u16|u32|uint|text|hex|mac");
     addImageOption(command, words.image);
     addExamples(command,
                 {"bd get ProductID", "bd get MacAddress.1 -i image.bin", "bd get 2 --type u32"});

@@ -71,8 +71,8 @@ int edit(const Options& options, const EditWords& words,
 void addAssignments(CLI::App& command, std::vector<std::string>& assignments) {
     command
         .add_option("ASSIGNMENT", assignments,
-                    "TYPE is u8, u16, u32, uint (4 bytes), text or hex. Several assignments are "
-                    "written together or not at all")
+                    "TYPE is u8, u16, u32, uint (4 bytes), text, hex or mac (ADDRESS/INTERFACE). "
+                    "Several assignments are written together or not at all")
         ->type_name("ID=TYPE:VALUE")
         ->required()
         ->check(notEmpty());
@@ -87,6 +87,18 @@ std::vector<board::Assignment> parseForExistingTags(const std::vector<std::strin
         if (!places.insert({place.id, place.index}).second)
             throw WrongCall("tag " + std::to_string(place.id) + "." + std::to_string(place.index) +
                             " is assigned twice");
+    }
+    return assignments;
+}
+
+std::vector<board::Assignment> parseToPut(const std::vector<std::string>& words) {
+    std::vector<board::Assignment> assignments;
+    std::set<std::string> places;
+    for (const std::string& word : words) {
+        assignments.push_back(orWrongCall([&] { return board::parseAssignment(word); }));
+        const std::string place = board::placeWords(assignments.back());
+        if (!places.insert(place).second)
+            throw WrongCall(place + " is assigned twice");
     }
     return assignments;
 }

@@ -6,8 +6,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "descriptor/DescriptorStore.h"
 #include "descriptor/TagWords.h"
+#include "descriptor/store/DescriptorStore.h"
 #include "program/Options.h"
 
 /// What the commands that edit a descriptor have in common.
@@ -30,6 +30,9 @@ void addAssignments(CLI::App& command, std::vector<std::string>& assignments);
 
 /// Assignments to tags that exist; a tag may be named once. Throws WrongCall.
 std::vector<board::Assignment> parseForExistingTags(const std::vector<std::string>& words);
+/// Assignments to tags that may be missing; a tag, or the address of an interface, may be named
+/// once. Throws WrongCall.
+std::vector<board::Assignment> parseToPut(const std::vector<std::string>& words);
 /// Assignments that make new tags, which have no occurrence yet. Throws WrongCall.
 std::vector<board::Assignment> parseForNewTags(const std::vector<std::string>& words);
 

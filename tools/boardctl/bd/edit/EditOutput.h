@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "descriptor/DescriptorStore.h"
+#include "descriptor/store/DescriptorStore.h"
 
 namespace boardctl {
 

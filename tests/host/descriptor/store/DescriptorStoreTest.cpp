@@ -1,4 +1,4 @@
-#include "descriptor/DescriptorStore.h"
+#include "descriptor/store/DescriptorStore.h"
 
 #include <filesystem>
 #include <thread>

@@ -1,4 +1,4 @@
-#include "descriptor/ImageBackup.h"
+#include "descriptor/store/ImageBackup.h"
 
 #include <cerrno>
 #include <cstdlib>

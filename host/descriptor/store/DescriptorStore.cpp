@@ -1,10 +1,10 @@
-#include "descriptor/DescriptorStore.h"
+#include "descriptor/store/DescriptorStore.h"
 
 #include "base/EndingSignals.h"
 #include "base/Error.h"
 #include "base/File.h"
 #include "base/FileReplacement.h"
-#include "descriptor/ImageBackup.h"
+#include "descriptor/store/ImageBackup.h"
 
 namespace board {
 
