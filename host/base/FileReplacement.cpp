@@ -192,6 +192,28 @@ void FileReplacement::writeInPlace(const std::string& bytes) const {
     static_cast<void>(::posix_fadvise(m_lock.number(), 0, 0, POSIX_FADV_DONTNEED));
 }
 
+LineFile::LineFile(const std::string& path)
+    : m_path(path), m_file(::open(path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0666)) {
+    if (!m_file.isOpen())
+        failWith(path, "can't open", errno);
+}
+
+void LineFile::append(const std::string& line) const {
+    const off_t size = trySize(m_file); // -1 for a pipe or a terminal
+    char last = '\n';
+    if (size > 0 && tryReadAt(m_file, &last, 1, size - 1) != 1)
+        failWith(m_path, "can't read the last line", errno);
+    const std::string bytes = (last == '\n' ? "" : "\n") + line + "\n";
+    const ssize_t written = tryWrite(m_file, bytes.data(), bytes.size());
+    if (written < 0)
+        failWith(m_path, "can't append", errno);
+    if (static_cast<std::size_t>(written) != bytes.size())
+        throw Error(m_path + ": accepted only " + std::to_string(written) + " of " +
+                    std::to_string(bytes.size()) + " bytes");
+    if (!trySync(m_file) && errno != EINVAL)
+        failWith(m_path, "can't sync", errno);
+}
+
 void replaceFile(const std::string& path, const std::string& bytes) {
     FileReplacement(path).commit(bytes);
 }

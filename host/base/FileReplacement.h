@@ -46,6 +46,22 @@ private:
     bool m_inPlace = false;
 };
 
+/// A file of lines to which programs append, such as the record of a station. Several may do so at
+/// the same time: a line is written in one call.
+class LineFile {
+public:
+    /// Opens the file; creates it if it is missing. Throws Error if that is not possible.
+    explicit LineFile(const std::string& path);
+
+    /// Appends the line and a newline, and syncs. If a power failure has cut off the last line, the
+    /// new one still begins on its own line. Throws Error on failure.
+    void append(const std::string& line) const;
+
+private:
+    const std::string m_path;
+    const FileDescriptor m_file;
+};
+
 /// Locks, replaces and unlocks in one call.
 void replaceFile(const std::string& path, const std::string& bytes);
 

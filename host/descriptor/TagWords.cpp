@@ -241,6 +241,15 @@ std::optional<MacAddress> macOf(const BD::Tag& tag) {
     return MacAddress{mac.c_str(), interface};
 }
 
+std::string serialOf(const TagImage& image) {
+    for (const ImageTag& each : image.tags())
+        if (each.tag.id == SERIAL_TAG) {
+            std::string text = textOf(each.tag);
+            return printable(text) == text ? text : "";
+        }
+    return "";
+}
+
 std::optional<unsigned> interfaceToPut(const Assignment& assignment) {
     BD::Tag tag(assignment.place.id);
     static_cast<void>(tag.setData(assignment.data)); // always succeeds

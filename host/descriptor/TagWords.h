@@ -7,6 +7,14 @@
 
 namespace board {
 
+class TagImage;
+
+/// The tag that holds a unit's serial number as a text, by the convention of this project's boards.
+constexpr BD::TagId SERIAL_TAG = 5;
+
+/// The unit's serial number; empty if the image holds none, or one that can't be printed.
+std::string serialOf(const TagImage& image);
+
 /// The name of an identifier: "ProductID", or "Tag5" if it has none.
 std::string tagName(BD::TagId id);
 

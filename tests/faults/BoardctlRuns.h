@@ -23,6 +23,12 @@ inline const std::string IMAGE = std::string("\x00\x2D\x00\x08\x12\x34\xAB\xCD"
                                              32) +
                                  std::string(32, '\xFF');
 
+// Longer than a page of an EEPROM.
+inline const std::string OTHER_IMAGE = std::string("\x00\x2D\x00\x08\x56\x78\x00\x01"
+                                                   "\x00\x05\x00\x44",
+                                                   12) +
+                                       std::string(64, 'x') + std::string("\x00\x00\x00\x04", 4);
+
 inline bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
@@ -41,6 +47,7 @@ protected:
         m_dir.makeFolder("tmp");
         m_dir.write("image", IMAGE);
         m_dir.write("tags.json", R"([{"id":45,"data":"00000000"},{"id":0,"data":""}])");
+        m_dir.write("other", OTHER_IMAGE);
         std::filesystem::create_symlink("image", m_dir.path("link"));
         support::Program({BOARDCTL, "sim", "create", m_dir.path("board")}).finish();
         m_dir.write("board/dev/fan", "170\n");
@@ -65,11 +72,21 @@ protected:
     }
     support::Outcome run(const std::string& command, const std::string& plan,
                          const std::string& out) const {
+        restore();
+        return runAgain(command, plan, out);
+    }
+
+    void restore() const {
         for (const auto& [name, content] : files())
             if (m_before.count(name) == 0)
                 std::filesystem::remove_all(m_dir.path(name));
             else if (m_before.at(name) != content)
                 m_dir.write(name, m_before.at(name));
+    }
+
+    /// Runs the command with the files that are there.
+    support::Outcome runAgain(const std::string& command, const std::string& plan,
+                              const std::string& out = "") const {
         std::vector<std::string> words = {"/usr/bin/env",
                                           "LD_PRELOAD=" FAULTS_SHIM,
                                           "XDG_STATE_HOME=" + m_dir.path("state"),

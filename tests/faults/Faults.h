@@ -20,10 +20,15 @@ struct Plan {
     const char* name; ///< of the call that fails, such as "read"
     unsigned call;    ///< which one of that name, counted from 1; 0: none
     int error;        ///< its errno; 0: it moves one byte only. If negative, all later calls of the
-                      ///< name fail too, and so does every removal of a file
+                      ///< name fail too, and so does every removal of a file; KILLED or more:
+                      ///< the program is killed
 };
 
-enum class Verdict { PASS, FAIL, SHORT };
+/// As the error of a plan: kills the program with SIGKILL once the call is done. A call that writes
+/// moves only as many bytes as the error exceeds this number.
+constexpr int KILLED = 1000;
+
+enum class Verdict { PASS, FAIL, SHORT, KILL };
 
 /// Starts to count calls and to make them fail as planned.
 void begin(const Plan& plan);

@@ -1,6 +1,7 @@
 #include "faults/Faults.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -48,6 +49,22 @@ Verdict judge(const char* name, int descriptor) {
     std::snprintf(link, sizeof link, "/proc/self/fd/%d", descriptor);
     ::syscall(SYS_readlinkat, -1, link, file, sizeof file - 1); // readlink would be counted
     return faults::judge(name, file);
+}
+
+/// How many of `count` bytes a call moves.
+template <class Count>
+Count moved(Verdict verdict, Count count) {
+    const auto most = static_cast<Count>(s_plan.error - faults::KILLED);
+    if (verdict == Verdict::KILL && count > most)
+        return most;
+    return verdict == Verdict::SHORT && count > 1 ? 1 : count;
+}
+
+template <class Result>
+Result orDie(Verdict verdict, Result result) {
+    if (verdict == Verdict::KILL)
+        ::raise(SIGKILL);
+    return result;
 }
 
 /// The subject of an open: the path, and whether the file may be changed.
@@ -107,6 +124,8 @@ Verdict faults::judge(const char* name, const char* file) {
         return Verdict::PASS;
     if (s_plan.error == 0)
         return Verdict::SHORT;
+    if (s_plan.error >= KILLED)
+        return Verdict::KILL;
     errno = std::abs(s_plan.error);
     return Verdict::FAIL;
 }
@@ -123,10 +142,11 @@ Verdict faults::judge(const char* name, const char* file) {
             ::dlsym(RTLD_NEXT, #name)); /* NOLINT(bugprone-reserved-identifier) */                 \
         const Verdict verdict = judge(#name, subject);                                             \
         __VA_ARGS__;                                                                               \
-        return verdict == Verdict::FAIL ? failure<Result>() : real arguments;                      \
+        return verdict == Verdict::FAIL ? failure<Result>()                                        \
+                                        : orDie<Result>(verdict, real arguments);                  \
     }
 
-#define MOVES count = verdict == Verdict::SHORT && count > 1 ? 1 : count
+#define MOVES count = moved(verdict, count)
 // A close releases the descriptor even if it fails.
 #define CLOSES errno = verdict == Verdict::FAIL ? (real(fd), std::abs(s_plan.error)) : errno
 

@@ -1,24 +1,18 @@
 #include "descriptor/store/DescriptorStore.h"
 
-#include "base/EndingSignals.h"
+#include <algorithm>
+
 #include "base/Error.h"
-#include "base/File.h"
-#include "base/FileReplacement.h"
+#include "base/Text.h"
 #include "descriptor/store/ImageBackup.h"
+#include "descriptor/store/StateFolder.h"
 
 namespace board {
 
 namespace {
 
-void refuseCharacterDevice(const std::string& path) {
-    if (kindOf(path) == FileKind::CHARACTER_DEVICE)
-        throw Error(path + ": is a character device (expected an image file or a block device)");
-}
-
-[[noreturn]] void refuseTooLarge(const std::string& path, std::size_t size,
-                                 const std::string& expected) {
-    throw Error(path + ": the image would have " + std::to_string(size) + " bytes (expected " +
-                expected + ")");
+bool hasRoomBehind(const TagImage& image) {
+    return image.isCorrupt() || image.bytes().size() > image.usedBytes();
 }
 
 /// The new content of an image file. A dump of a whole device stays as large as the device.
@@ -26,7 +20,7 @@ std::string fileContent(const TagImage& old, std::string image) {
     constexpr char ERASED = '\xFF';
     const std::string& former = old.bytes();
     const std::size_t used = old.isCorrupt() ? former.size() : old.usedBytes();
-    if (!old.isCorrupt() && former.size() == used)
+    if (!hasRoomBehind(old))
         return image;
     const char blank = former.size() > used && former.back() == '\0' ? '\0' : ERASED;
     if (image.size() < used)
@@ -36,76 +30,122 @@ std::string fileContent(const TagImage& old, std::string image) {
     return image;
 }
 
-/// Writes the image to a device and reads it back; if that fails, writes the old image back.
-void program(FileReplacement& device, const std::string& path, const std::string& old,
-             const std::string& image, const std::string& backup) {
-    const auto holds = [&](const std::string& expected) {
-        return device.content(MAX_IMAGE_SIZE).compare(0, expected.size(), expected) == 0;
-    };
-    std::string reason;
+/// The new content for a write, and what will be written of it.
+std::string writtenContent(const DescriptorTarget& target, const std::string& image,
+                           const std::optional<char>& fill) {
+    const std::string& former = target.old().bytes();
+    std::string content = image;
+    if (former.size() <= image.size())
+        return content;
+    if (fill)
+        content.resize(former.size(), *fill);
+    else if (!target.isDevice() && hasRoomBehind(target.old()))
+        content += former.substr(image.size());
+    return content;
+}
+
+void refuseWrongSizes(const std::string& path, const std::vector<TagChange>& changes) {
+    std::vector<std::string> wrong;
+    for (const TagChange& each : changes)
+        if (each.wrongSize)
+            wrong.push_back(tagName(each.after->id) + " would have " + *each.wrongSize);
+    if (!wrong.empty())
+        throw Error(path + ": " + join(wrong, ", ") +
+                    "; nothing was written (--force writes it anyway)");
+}
+
+/// A journal needs the state folder. A user who names the backup may have none.
+bool canKeepJournal(const StoreManner& manner) {
+    if (!manner.keepOld)
+        return false;
     try {
-        device.commit(image);
-        if (holds(image))
-            return;
-        reason = path + ": does not hold what was written";
-    } catch (const Error& error) {
-        reason = error.what();
+        static_cast<void>(stateFolder());
+        return true;
+    } catch (const Error&) {
+        return false; // without a named backup, that has failed already
     }
-    const std::string former = old.substr(0, image.size());
-    bool isRestored = false;
+}
+
+void note(const DescriptorTarget& target, StoreOutcome& outcome) {
+    outcome.isDevice = target.isDevice();
+    outcome.isTorn = target.isTorn();
+    outcome.before = target.found();
+}
+
+void store(DescriptorTarget& target, const StoreManner& manner, const std::string& content,
+           const Confirm& confirm, StoreOutcome& outcome) {
+    if (manner.dryRun) {
+        outcome.result = StoreResult::UNCHANGED;
+        return;
+    }
+    if (target.isDevice())
+        confirm(outcome);
+    if (manner.keepOld)
+        outcome.backup = keepImage(target.old().bytes(), target.path(), manner.backup);
+    const bool keepsJournal = target.isDevice() && canKeepJournal(manner);
     try {
-        device.commit(former);
-    } catch (const Error&) { // only what the device now holds matters
+        target.write(content, keepsJournal, outcome.backup, outcome.result);
+    } catch (const Error&) {
+        try {
+            outcome.after = target.content();
+        } catch (const Error&) { // the first failure is reported
+        }
+        throw;
     }
-    try {
-        isRestored = holds(former);
-    } catch (const Error&) { // reported below
-    }
-    throw Error(reason +
-                (isRestored ? "; the old image is in place again"
-                            : "; THE OLD IMAGE COULD NOT BE WRITTEN BACK EITHER") +
-                (backup.empty() ? "" : " and is kept in " + backup));
+    outcome.after = content;
+    if (const std::string& old = target.old().bytes();
+        target.isDevice() && old.size() > content.size())
+        *outcome.after += old.substr(content.size());
 }
 
 } // namespace
 
-EditOutcome editDescriptor(const DescriptorSource& source, const EditManner& manner,
-                           const std::function<void(DescriptorEdit&)>& step,
-                           const std::function<void(const std::vector<TagChange>&)>& confirm) {
-    const std::string& path = source.path();
-    refuseCharacterDevice(path);
-    FileReplacement target(path, source.isBoardDevice() ? FileReplacement::Manner::IN_PLACE
-                                                        : FileReplacement::Manner::BY_KIND);
-    DescriptorEdit edit(TagImage(target.content(MAX_IMAGE_SIZE)));
+void editDescriptor(const DescriptorSource& source, const StoreManner& manner,
+                    const std::function<void(DescriptorEdit&)>& step, const Confirm& confirm,
+                    StoreOutcome& outcome) {
+    DescriptorTarget target(source, manner.dryRun);
+    note(target, outcome);
+    DescriptorEdit edit(target.old());
     const TagImage& old = edit.original();
     if (old.isCorrupt() && !manner.force)
         throw Error(*old.fault() +
                     " (nothing was changed; --force keeps the tags before the fault)");
     step(edit);
-
-    EditOutcome outcome;
-    outcome.isDevice = target.isInPlace();
     outcome.changes = edit.changes();
-    if (outcome.changes.empty())
-        return outcome;
-    const std::string content = outcome.isDevice ? edit.image() : fileContent(old, edit.image());
-    if (const std::size_t room = source.deviceSize(old); outcome.isDevice && content.size() >= room)
-        refuseTooLarge(path, content.size(), "fewer than the device's " + std::to_string(room));
-    if (content.size() > MAX_IMAGE_SIZE)
-        refuseTooLarge(path, content.size(), "at most " + std::to_string(MAX_IMAGE_SIZE));
-    if (manner.dryRun)
-        return outcome;
-    if (outcome.isDevice)
-        confirm(outcome.changes);
-    if (manner.keepOld)
-        outcome.backup = keepImage(old.bytes(), path, manner.backup);
-    const EndingSignalsHeld untilWritten;
-    if (outcome.isDevice)
-        program(target, path, old.bytes(), content, outcome.backup);
-    else
-        target.commit(content);
-    outcome.isWritten = true;
-    return outcome;
+    outcome.image = edit.image();
+    if (!manner.force)
+        refuseWrongSizes(target.path(), outcome.changes);
+    if (outcome.changes.empty() && !target.isTorn()) {
+        outcome.result = StoreResult::UNCHANGED;
+        outcome.after = outcome.before;
+        return;
+    }
+    const std::string content = outcome.isDevice ? outcome.image : fileContent(old, outcome.image);
+    target.expectRoom(content);
+    store(target, manner, content, confirm, outcome);
+}
+
+void writeDescriptor(const DescriptorSource& source, const StoreManner& manner,
+                     const TagImage& image, const Confirm& confirm, StoreOutcome& outcome) {
+    DescriptorTarget target(source, manner.dryRun);
+    note(target, outcome);
+    outcome.image = terminated(image);
+    target.expectRoom(outcome.image);
+    const std::string content = writtenContent(target, outcome.image, manner.fill);
+    const std::string& former = target.found();
+    const bool isInPlace =
+        target.isDevice() ? former.compare(0, content.size(), content) == 0 : former == content;
+    if (isInPlace && !target.isTorn()) {
+        outcome.result = StoreResult::UNCHANGED;
+        outcome.after = outcome.before;
+        return;
+    }
+    store(target, manner, content, confirm, outcome);
+}
+
+std::string terminated(const TagImage& image) {
+    return image.bytes().substr(0, image.terminator().value_or(image.usedBytes())) +
+           imageOf({BD::Tag(TERMINATOR_TAG)});
 }
 
 } // namespace board

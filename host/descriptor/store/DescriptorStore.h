@@ -1,29 +1,41 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "descriptor/DescriptorEdit.h"
 #include "descriptor/DescriptorSource.h"
+#include "descriptor/store/DescriptorTarget.h"
 
 namespace board {
 
-/// Options of an edit.
-struct EditManner {
-    bool force = false;  ///< edit a corrupt image too; the tags before the fault stay
+/// Options of an edit or a write.
+struct StoreManner {
+    bool force = false;  ///< store what would be refused otherwise: tags of a wrong size, and a
+                         ///< corrupt image's tags before the fault
     bool dryRun = false; ///< find out what would change, write nothing
     bool keepOld = true; ///< keep the old image before anything is written
     std::string backup;  ///< the file for it; empty: a dated one in the state folder
+    std::optional<char> fill; ///< for a write: clears everything behind the image with this byte
 };
 
-/// The result of an edit.
-struct EditOutcome {
+/// What an edit or a write did. Filled step by step, so after an Error it tells how far that came.
+struct StoreOutcome {
+    StoreResult result = StoreResult::FAILED;
     bool isDevice = false;
-    bool isWritten = false;
-    std::vector<TagChange> changes; ///< if none, nothing was written
-    std::string backup;             ///< the file with the old image; empty if it was not kept
+    bool isTorn = false; ///< an earlier write to the device was interrupted; repaired if this one
+                         ///< succeeds
+    std::vector<TagChange> changes;    ///< of an edit
+    std::string image;                 ///< the new image
+    std::string backup;                ///< the file with the old image; empty if it was not kept
+    std::optional<std::string> before; ///< all bytes before
+    std::optional<std::string> after;  ///< all bytes afterwards; empty if they can't be read
 };
+
+/// Called before a device is changed; if it throws, nothing is written.
+using Confirm = std::function<void(const StoreOutcome&)>;
 
 /// Changes the tags of an image and stores it, all under one lock: reads, lets `step` edit, keeps
 /// the old image, writes, reads back and compares. An image file is replaced whole and keeps its
@@ -31,11 +43,20 @@ struct EditOutcome {
 /// the bytes after the image stay. If the device then holds something else, the old image is
 /// written back.
 ///
-/// `confirm` is called before a device is changed; if it throws, nothing is written. Throws Error
-/// for a corrupt image without `force`, an image that is too large, and everything that can't be
-/// read, kept or written. What `step` throws passes through.
-EditOutcome editDescriptor(const DescriptorSource& source, const EditManner& manner,
-                           const std::function<void(DescriptorEdit&)>& step,
-                           const std::function<void(const std::vector<TagChange>&)>& confirm);
+/// If an earlier change of the device was interrupted, the edit starts from the image before that.
+/// Throws Error for what `manner` does not force, an image that is too large, and everything that
+/// can't be read, kept or written. What `step` throws passes through.
+void editDescriptor(const DescriptorSource& source, const StoreManner& manner,
+                    const std::function<void(DescriptorEdit&)>& step, const Confirm& confirm,
+                    StoreOutcome& outcome);
+
+/// Stores the tags of `image` and a terminator in the same way. The bytes behind them stay, on a
+/// device and in a file that is larger than its image, unless `manner.fill` clears them. Writes
+/// nothing if all bytes are in place already.
+void writeDescriptor(const DescriptorSource& source, const StoreManner& manner,
+                     const TagImage& image, const Confirm& confirm, StoreOutcome& outcome);
+
+/// The bytes of an image that holds the tags of `image` and ends with one terminator.
+std::string terminated(const TagImage& image);
 
 } // namespace board

@@ -1,12 +1,18 @@
 #include "descriptor/store/ImageBackup.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <map>
+#include <regex>
+#include <tuple>
 
 #include "base/Error.h"
 #include "base/File.h"
+#include "descriptor/TagImage.h"
+#include "descriptor/TagWords.h"
+#include "descriptor/store/StateFolder.h"
 
 namespace fs = std::filesystem;
 
@@ -14,44 +20,37 @@ namespace board {
 
 namespace {
 
-fs::path stateFolder() {
-    const char* const state = std::getenv("XDG_STATE_HOME");
-    const char* const home = std::getenv("HOME");
-    fs::path folder;
-    if (state && state[0] == '/')
-        folder = fs::path(state);
-    else if (home && home[0] == '/')
-        folder = fs::path(home) / ".local/state";
-    else
-        throw Error("no folder for a backup (expected XDG_STATE_HOME or HOME to name a folder, or "
-                    "--backup FILE)");
-    folder /= "boardctl";
-    std::error_code error;
-    fs::create_directories(folder, error);
-    if (error)
-        throw Error(folder.string() + ": can't make the folder for backups: " + error.message() +
-                    " (expected a folder that can be written, or --backup FILE)");
-    return folder;
+/// The text without what a file's name should not contain, and not too long for one.
+std::string forName(std::string text) {
+    constexpr std::size_t LONGEST = 60;
+    for (char& c : text)
+        if ((c < '0' || c > '9') && (c < 'A' || c > 'Z') && (c < 'a' || c > 'z') && c != '.' &&
+            c != '_')
+            c = '-';
+    return text.substr(0, LONGEST);
 }
 
-std::string dated(const std::string& image) {
+/// All EEPROMs are named "eeprom"; the folder tells which one it is.
+std::string deviceName(const std::string& image) {
+    const fs::path path = fs::path(image).lexically_normal();
+    const std::string file = path.filename().string();
+    const std::string folder = path.parent_path().filename().string();
+    const bool isNamedByFolder = (file == "eeprom" || file == "nvmem") && !folder.empty();
+    return forName(isNamedByFolder ? folder + "-" + file : file);
+}
+
+std::string serialName(const std::string& bytes) {
+    const std::string serial = forName(serialOf(TagImage(bytes)));
+    return serial.empty() ? "" : "-" + serial;
+}
+
+std::string now() {
     const std::time_t now = std::time(nullptr);
     std::tm utc{};
     ::gmtime_r(&now, &utc);
-    char date[] = "-YYYYMMDDTHHMMSSZ";
-    std::strftime(date, sizeof date, "-%Y%m%dT%H%M%SZ", &utc);
-    return fs::path(image).filename().string() + date;
-}
-
-/// Writes a new file with a unique name that begins with `start`; returns the name.
-std::string writeNew(const std::string& start, const std::string& bytes) {
-    std::string name;
-    const FileDescriptor file = createUnique(start, name, start, "can't make the backup");
-    if (!tryWriteAll(file, bytes) || !trySetMode(file, modeOfNewFile()) || !trySync(file)) {
-        const int error = errno;
-        throw Error(start + ": can't write the backup: " + reasonOf(error) + discard(name));
-    }
-    return name;
+    char date[] = "YYYYMMDDTHHMMSSZ";
+    std::strftime(date, sizeof date, "%Y%m%dT%H%M%SZ", &utc);
+    return date;
 }
 
 /// The path of the backup `file` after following symbolic links. It must not exist yet, or be
@@ -79,15 +78,60 @@ std::string targetFor(const std::string& image, const std::string& file) {
 
 std::string keepImage(const std::string& bytes, const std::string& image, const std::string& file) {
     if (file.empty())
-        return writeNew((stateFolder() / dated(image)).string(), bytes);
+        return writeNewFile(stateFolder() + "/" + deviceName(image) + serialName(bytes) + "-" +
+                                now(),
+                            bytes, "backup");
     const std::string target = targetFor(image, file);
-    const std::string written = writeNew(target, bytes);
+    const std::string written = writeNewFile(target, bytes, "backup");
     if (!tryRename(written, target)) {
         const int error = errno;
         throw Error(file + ": can't rename the backup into place: " + reasonOf(error) +
                     discard(written));
     }
     return file;
+}
+
+std::vector<Backup> listBackups() {
+    static const std::regex NAME("(.+)-(\\d{8}T\\d{6}Z)\\.\\w{6}");
+    const std::optional<std::string> folder = stateFolderPath();
+    std::vector<Backup> backups;
+    if (!folder || kindOf(*folder) == FileKind::MISSING)
+        return backups;
+    std::error_code error;
+    std::map<std::string, fs::file_time_type> changed; // two may have been made in one second
+    for (fs::directory_iterator each(*folder, error); !error && each != fs::directory_iterator();
+         each.increment(error)) {
+        const std::string name = each->path().filename().string();
+        std::smatch parts;
+        if (!std::regex_match(name, parts, NAME) || !each->is_regular_file(error))
+            continue;
+        const std::string bytes = readFile(each->path().string(), MAX_IMAGE_SIZE);
+        const TagImage image(bytes);
+        const std::string serial = serialName(bytes);
+        std::string device = parts[1];
+        const std::size_t start = device.size() - std::min(device.size(), serial.size());
+        if (!serial.empty() && device.compare(start, serial.size(), serial) == 0)
+            device.erase(start);
+        changed[each->path().string()] = each->last_write_time(error);
+        backups.push_back({each->path().string(), device, serialOf(image), parts[2], bytes.size(),
+                           image.tags().size()});
+    }
+    if (error)
+        throw Error(*folder + ": can't list the backups: " + error.message());
+    std::sort(backups.begin(), backups.end(), [&](const Backup& a, const Backup& b) {
+        return std::tie(b.time, changed.at(b.file), b.file) <
+               std::tie(a.time, changed.at(a.file), a.file);
+    });
+    return backups;
+}
+
+std::vector<Backup> backupsBeyond(const std::vector<Backup>& all, std::size_t count) {
+    std::map<std::string, std::size_t> kept;
+    std::vector<Backup> beyond;
+    for (const Backup& each : all)
+        if (kept[each.device]++ >= count)
+            beyond.push_back(each);
+    return beyond;
 }
 
 } // namespace board

@@ -1,14 +1,34 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 namespace board {
 
 /// Writes the bytes of an image to a backup file and syncs it. Returns the file's name.
 ///
-/// `file` must not exist yet, or be empty. If no `file` is named, the backup is named after `image`
-/// and the date, in the folder "boardctl" of the user's state ($XDG_STATE_HOME, or .local/state in
-/// the home folder). Throws Error if the backup can't be written.
+/// `file` must not exist yet, or be empty. If no `file` is named, the backup goes to the state
+/// folder; its name tells the device or file `image`, the unit's serial number if the image holds
+/// one, and the date. Throws Error if the backup can't be written.
 std::string keepImage(const std::string& bytes, const std::string& image, const std::string& file);
+
+/// A backup in the state folder.
+struct Backup {
+    std::string file;   ///< its path
+    std::string device; ///< what it is a backup of: "eeprom.bin", or "1-0050-eeprom" for an EEPROM
+    std::string serial; ///< of the unit; empty if the image holds none
+    std::string time;   ///< when it was made, in UTC: "20261122T130000Z"
+    std::size_t size;   ///< in bytes
+    std::size_t tags;   ///< how many load
+};
+
+/// The backups in the state folder, the newest first; none if there is no such folder. Throws Error
+/// if the folder or a backup can't be read.
+std::vector<Backup> listBackups();
+
+/// The backups to remove so that each device keeps its newest `count`. `all` is in the order of
+/// `listBackups`.
+std::vector<Backup> backupsBeyond(const std::vector<Backup>& all, std::size_t count);
 
 } // namespace board

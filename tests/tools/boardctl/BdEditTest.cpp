@@ -20,9 +20,9 @@ $ boardctl --board board.toml bd add -y 10=u8:255 11=u16:0x1234 12=u32:429496729
 + 11 Tag14 (14): 613d623a6300  "a=b:c"
 + 12 Tag15 (15): empty
 eeprom.bin: written; the old image is in state/boardctl/eeprom.bin-DATE
-$ boardctl --board board.toml bd insert 0 -y --backup first 0xFFFE=hex:80ff Tag9=u8:0
+$ boardctl --board board.toml bd insert 0 -y --force --backup first 0xFFFE=hex:80ff Tag9=u8:0
 + 0 Tag65534 (65534): 80ff
-+ 1 Tag9 (9): 0000  <- 2 bytes (expected 4)
++ 1 Tag9 (9): 0000  <- 1 byte (expected 4)
 eeprom.bin: written; the old image is in first
 $ boardctl --board board.toml bd mac set 0 02:00:00:00:00:0a 515 -y --backup second | head -n 2
 - 3 MacAddress (1): 0200000000070000
@@ -30,7 +30,7 @@ $ boardctl --board board.toml bd mac set 0 02:00:00:00:00:0a 515 -y --backup sec
 $ boardctl --board board.toml bd mac add 02:00:00:00:00:0B -y --backup third | head -n 1
 + 5 MacAddress (1): 02000000000b0000
 $ json --board board.toml bd remove MacAddress.1 -y --backup fourth
-{ "image": "eeprom.bin", "device": true, "changes": [ { "position": 4, "id": 1, "name": "MacAddress", "old": "0200000000080001", "new": null } ], "written": true, "backup": "fourth", "simulated": true }
+{ "image": "eeprom.bin", "device": true, "result": "written", "changes": [ { "position": 4, "id": 1, "name": "MacAddress", "old": "0200000000080001", "new": null } ], "written": true, "backup": "fourth", "simulated": true }
 $ for i in first eeprom.bin . gone/backup; do boardctl --board board.toml bd remove 2 -y --backup $i; done
 ! boardctl: first: exists already, and may be the last good image (expected a new file for the backup)
 ! boardctl: eeprom.bin: is the image itself (expected another file for the backup)
@@ -38,10 +38,10 @@ $ for i in first eeprom.bin . gone/backup; do boardctl --board board.toml bd rem
 ! boardctl: gone/backup: can't make the backup: No such file or directory
 [1]
 $ printf "[descriptor]\ndevice='eeprom'\nsize=1018\n" >new.toml; printf '\000\000\000\004' >old
-$ for i in 2016 2018; do cp old eeprom; boardctl --board new.toml bd add -y --backup $i 9=hex:`printf %0${i}d 0` | tail -n 1; done
+$ for i in 2016 2018; do cp old eeprom; boardctl --board new.toml bd add -y --backup $i 19=hex:`printf %0${i}d 0` | tail -n 1; done
 eeprom: written; the old image is in 2016
 ! boardctl: eeprom: the image would have 1018 bytes (expected fewer than the device's 1018)
-$ cp old eeprom; ulimit -f 1; boardctl --board new.toml bd add -y --backup all 9=hex:`printf %01200d 0`
+$ cp old eeprom; ulimit -f 1; boardctl --board new.toml bd add -y --backup all 19=hex:`printf %01200d 0`
 ! boardctl: eeprom: accepted only 512 of 608 bytes; the old image is in place again and is kept in all
 [1]
 $ cmp -n 4 eeprom old; cmp all old
@@ -57,7 +57,7 @@ TEST(BdEdit, WritesAChangeOnlyIfItIsOneAndCanBeKept) {
 $ printf '[{"id":45,"data":"1234abcd"},{"id":5,"data":"6f6e651b"},{"id":0,"data":""}]' >tags
 $ boardctl bd build tags -o image; cp image before
 $ json bd set 5=text:two -i image --dry-run
-{ "image": "image", "device": false, "changes": [ { "position": 1, "id": 5, "name": "Tag5", "old": "6f6e651b", "new": "74776f00" } ], "written": false, "backup": null }
+{ "image": "image", "device": false, "result": "unchanged", "changes": [ { "position": 1, "id": 5, "name": "Tag5", "old": "6f6e651b", "new": "74776f00" } ], "written": false, "backup": null }
 $ boardctl bd set 5=hex:6f6e651b -i image
 image: already up to date; nothing was written
 $ boardctl bd set 45=u8:1 6=u8:1 -i image
@@ -75,12 +75,12 @@ $ boardctl --sim bd add 5=u8:1 | sed 's,/tmp/board-[^/]*,DIR,'
 + 7 Tag5 (5): 0100
 DIR/eeprom.bin: written
 ! boardctl: --sim: this edits a simulated board that is removed after the command
-$ env -u XDG_STATE_HOME HOME="$PWD" "$0" bd add 6=u8:1 -i image >gone; ls .local/state/boardctl | cut -c 1-8
+$ env -u XDG_STATE_HOME HOME="$PWD" "$0" bd add 19=u8:1 -i image >gone; ls .local/state/boardctl | cut -c 1-8
 image-20
-$ env -u XDG_STATE_HOME HOME=here "$0" bd add 6=u8:1 -i image
+$ env -u XDG_STATE_HOME HOME=here "$0" bd add 19=u8:1 -i image
 ! boardctl: no folder for a backup (expected XDG_STATE_HOME or HOME to name a folder, or --backup FILE)
 [1]
-$ boardctl bd add 6=u8:1 -i image --backup new >/dev/full; boardctl bd get 6.1 -i image
+$ boardctl bd add 19=u8:1 -i image --backup new >/dev/full; boardctl bd get 19.1 -i image
 0100
 ! boardctl: can't write to standard output: No space left on device
 ! boardctl: image: was written anyway; the old image is in new
@@ -108,7 +108,7 @@ $ boardctl --board sim/board.toml bd remove 5 --backup 1 <terminal 2>messages
 - 4 Tag5 (5): 53494d2d303030303031  "SIM-000001"
 sim/eeprom.bin: written; the old image is in 1
 $ json --board sim/board.toml bd remove 2 --backup 2 <terminal 2>messages
-{ "image": "sim/eeprom.bin", "device": true, "changes": [ { "position": 3, "id": 2, "name": "Tag2", "old": "c000020a", "new": null } ], "written": true, "backup": "2", "simulated": true }
+{ "image": "sim/eeprom.bin", "device": true, "result": "written", "changes": [ { "position": 3, "id": 2, "name": "Tag2", "old": "c000020a", "new": null } ], "written": true, "backup": "2", "simulated": true }
 )sh");
     ::close(held);
     ::close(terminal);

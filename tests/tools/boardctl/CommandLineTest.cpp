@@ -16,8 +16,8 @@ Usage: boardctl bd set [OPTIONS] ASSIGNMENT...
 
 Positionals:
   ASSIGNMENT ID=TYPE:VALUE ... REQUIRED
-                              TYPE is u8, u16, u32, uint (4 bytes), text or
-                              hex. Several assignments are written together or
+                              TYPE is u8, u16, u32, uint (4 bytes), text,
+                              hex or mac (ADDRESS/INTERFACE). Several
 $ for i in run info 'leds preview' 'button bridge' 'bd build'; do boardctl $i --help | grep -e ^Usage -e '.\{80\}'; done
 Usage: boardctl run [OPTIONS]
 Usage: boardctl info [OPTIONS]
@@ -94,10 +94,10 @@ TEST(CommandLine, RejectsTagsAndValuesThatMakeNoSense) {
     expectTranscript(TempDir(), R"sh(
 $ for i in 45 45=i8:1 45=u23:1 45.x=u8:1 1=02:00:00:00:00:07; do wrong bd set $i; done
 boardctl: '45' is not an assignment (expected ID=TYPE:VALUE, such as ProductID=hex:1234abcd)
-boardctl: tag '45': type 'i8' is unknown (expected u8, u16, u32, uint, text or hex)
-boardctl: tag '45': type 'u23' is unknown (expected u8, u16, u32, uint, text or hex); did you mean 'u32'?
+boardctl: tag '45': type 'i8' is unknown (expected u8, u16, u32, uint, text, hex or mac)
+boardctl: tag '45': type 'u23' is unknown (expected u8, u16, u32, uint, text, hex or mac); did you mean 'u32'?
 boardctl: occurrence 'x' is not a number from 0 to 65535 (expected decimal digits, or hexadecimal ones with 0x)
-boardctl: tag '1': type '02' is unknown (expected u8, u16, u32, uint, text or hex); `boardctl bd mac` writes addresses
+boardctl: tag '1': type '02' is unknown (expected u8, u16, u32, uint, text, hex or mac); an address is written as MacAddress=mac:02:00:00:00:00:07/3
 $ for i in u8:256 u16:65536 u32:4294967296 uint: u8:0x hex:123 hex:g1; do wrong bd set 45=$i | sed 's/ (.*//'; done
 boardctl: tag '45': u8 value '256' is not a number from 0 to 255
 boardctl: tag '45': u16 value '65536' is not a number from 0 to 65535
@@ -108,8 +108,14 @@ boardctl: tag '45': '123' is not hexadecimal at character 3
 boardctl: tag '45': 'g1' is not hexadecimal at character 0
 $ wrong bd set 45=text:`head -c 65531 /dev/zero | tr '\000' x`
 boardctl: tag '45': 65531 bytes are too long for a chunk (expected at most 65530)
+$ for i in 02:00:00:00:00:07 02:00:00:00:00/1 02:00:00:00:00:07/65536; do wrong bd put 1=mac:$i | sed 's/ (.*//'; done
+boardctl: tag '1': '02:00:00:00:00:07' has no interface number
+boardctl: tag '1': '02:00:00:00:00' is not a MAC address
+boardctl: tag '1': interface number '65536' is not a number from 0 to 65535
 $ wrong bd set 45=u8:1 45.0=u8:2
 boardctl: tag 45.0 is assigned twice
+$ wrong bd put 1=mac:02:00:00:00:00:07/3 1=hex:0200000000080003
+boardctl: the address of interface 3 is assigned twice
 $ for i in 'set 45=u8:1 -i -' 'build - -o - --format json'; do wrong bd $i; done
 boardctl: -i -: standard input can't be edited (expected an image file)
 boardctl: -o - writes the image to standard output, so it excludes --format json

@@ -12,7 +12,8 @@ void addBd(CLI::App& app, Options& options) {
     CLI::App& mac = addGroup(bd, "mac", "The MAC addresses in the descriptor");
     for (const auto add : {addBdMacRead, addBdMacEdit})
         add(mac, options);
-    addBdCheck(bd, options);
+    for (const auto add : {addBdWrite, addBdBackups, addBdCheck})
+        add(bd, options);
 }
 
 } // namespace boardctl

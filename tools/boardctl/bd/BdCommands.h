@@ -23,6 +23,8 @@ void addBdInsert(CLI::App& bd, Options& options);
 void addBdRemove(CLI::App& bd, Options& options);
 void addBdMacRead(CLI::App& mac, Options& options); ///< list, get
 void addBdMacEdit(CLI::App& mac, Options& options); ///< set, add
+void addBdWrite(CLI::App& bd, Options& options);
+void addBdBackups(CLI::App& bd, Options& options);
 void addBdCheck(CLI::App& bd, Options& options);
 
 constexpr char TAG_HELP[] = "ID or ID.N: decimal, 0x hexadecimal or a name; N counts from 0";

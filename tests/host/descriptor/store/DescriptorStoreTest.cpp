@@ -8,13 +8,13 @@
 
 using board::DescriptorEdit;
 using board::DescriptorSource;
-using board::EditManner;
+using board::StoreManner;
 using namespace support;
 
 namespace {
 
 void addOne(DescriptorEdit& edit) {
-    edit.add(board::parseAssignment("9=u16:1"));
+    edit.add(board::parseAssignment("19=u16:1"));
 }
 void removeMac(DescriptorEdit& edit) {
     edit.remove({board::MAC_TAG, 0});
@@ -23,17 +23,19 @@ void removeMac(DescriptorEdit& edit) {
 void edit(
     const DescriptorSource& source, void (*step)(DescriptorEdit&), const std::string& backup = "",
     const std::function<void()>& beforeWriting = [] {}) {
-    EditManner manner;
+    StoreManner manner;
     manner.keepOld = !backup.empty();
     manner.backup = backup;
-    board::editDescriptor(source, manner, step, [&](const auto&) { beforeWriting(); });
+    board::StoreOutcome outcome;
+    board::editDescriptor(
+        source, manner, step, [&](const auto&) { beforeWriting(); }, outcome);
 }
 
 } // namespace
 
 TEST(DescriptorStore, KeepsTheSizeOfAnImageFileThatHasRoomAndWhatLiesBehindADevices) {
     const std::string room = "FF FF FF FF FF FF FF FF ", zeros = "00 00 00 ",
-                      added = "00 09 00 06 00 01 ";
+                      added = "00 13 00 06 00 01 ";
     const struct {
         std::string before;
         void (*step)(DescriptorEdit&);

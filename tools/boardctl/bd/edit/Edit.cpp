@@ -11,10 +11,9 @@
 
 namespace boardctl {
 
-void addEditOptions(CLI::App& command, EditWords& words) {
+void addStoreOptions(CLI::App& command, EditWords& words, const char* force) {
     addEditedImage(command, words.image);
-    command.add_flag("--force", words.manner.force,
-                     "Edit a corrupt image too: keep the tags before the fault, drop the rest");
+    command.add_flag("--force", words.manner.force, force);
     command
         .add_option("--backup", words.manner.backup,
                     "New file for the old image; by default a dated one in the user's state folder")
@@ -22,48 +21,97 @@ void addEditOptions(CLI::App& command, EditWords& words) {
         ->type_name("FILE");
     command.add_flag("--dry-run", words.manner.dryRun, "Show the change, write nothing");
     command.add_flag("-y,--yes", words.yes, "Write a board's device without asking");
+    command.add_flag("-q,--quiet", words.quiet, "Print nothing for people if all went well");
+}
+
+void addEditOptions(CLI::App& command, EditWords& words) {
+    addStoreOptions(command, words,
+                    "Write tags of a wrong size; edit a corrupt image too: keep the tags before "
+                    "the fault, drop the rest");
 }
 
 int edit(const Options& options, const EditWords& words,
          const std::function<void(board::DescriptorEdit&)>& step) {
     if (words.image == STANDARD_STREAM)
         throw WrongCall("-i -: standard input can't be edited (expected an image file)");
-    const BdSource chosen(options, words.image);
-    const std::string& path = chosen.source().path();
-    board::EditManner manner = words.manner;
-    if (chosen.isScratch()) {
-        complain("--sim: this edits a simulated board that is removed after the command");
-        manner.keepOld = !manner.backup.empty();
-    }
     const auto stepOnGoodTags = [&](board::DescriptorEdit& descriptor) {
         if (const auto& fault = descriptor.original().fault())
             complain(*fault + "; only the tags before the fault are kept");
         step(descriptor);
     };
-    const bool asks = !words.yes && !chosen.isScratch();
-    bool isShown = false;
-    const auto confirm = [&](const std::vector<board::TagChange>& changes) {
-        if (!asks)
-            return;
-        printChanges(options.json ? std::cerr : std::cout, changes);
-        static_cast<void>(flushOutput());
-        isShown = true;
-        expectYes("Write this to " + path + "?", path + ": nothing was written",
-                  path + ": is a board's device, and standard input is not a terminal to ask on "
-                         "(expected -y); nothing was written");
+    const auto storing = [&](const board::DescriptorSource& source,
+                             const board::StoreManner& manner, const board::Confirm& confirm,
+                             board::StoreOutcome& outcome) {
+        board::editDescriptor(source, manner, stepOnGoodTags, confirm, outcome);
     };
-    const board::EditOutcome outcome =
-        board::editDescriptor(chosen.source(), manner, stepOnGoodTags, confirm);
+    return store(options, words, true, storing, [](const auto&...) {});
+}
+
+int store(const Options& options, const EditWords& words, bool isEdit, const Storing& storing,
+          const Recording& recording) {
+    board::StoreOutcome outcome;
+    std::string path = words.image;
+    bool isShown = words.quiet;
+    const auto show = [&](std::ostream& out) {
+        if (isEdit)
+            printChanges(out, outcome.changes);
+        else
+            out << path << ": " << sizeOf(outcome.image) << "\n";
+        isShown = true;
+    };
+    int status = DONE;
+    std::string error;
+    try {
+        const BdSource chosen(options, words.image);
+        path = chosen.source().path();
+        board::StoreManner manner = words.manner;
+        if (chosen.isScratch()) {
+            complain("--sim: this edits a simulated board that is removed after the command");
+            manner.keepOld = !manner.backup.empty();
+        }
+        const auto confirm = [&](const board::StoreOutcome& outcomeSoFar) {
+            if (outcomeSoFar.isTorn)
+                complain(path + ": an earlier write was interrupted; this one repairs it");
+            if (words.yes || chosen.isScratch())
+                return;
+            show(options.json ? std::cerr : std::cout);
+            static_cast<void>(flushOutput());
+            expectYes("Write this to " + path + "?", path + ": nothing was written",
+                      path + ": is a board's device, and standard input is not a terminal to ask "
+                             "on (expected -y); nothing was written");
+        };
+        storing(chosen.source(), manner, confirm, outcome);
+    } catch (const Declined& refusal) {
+        outcome.result = board::StoreResult::DECLINED;
+        outcome.after = outcome.before;
+        error = refusal.what();
+        status = DECLINED;
+    } catch (const board::Error& failure) {
+        error = failure.what();
+        status = FAILED;
+    }
+    const bool isWritten = outcome.result == board::StoreResult::WRITTEN;
+    try {
+        recording(path, outcome, error);
+    } catch (const board::Error& failure) {
+        const bool isFirst = error.empty();
+        error += (isFirst ? "" : "; ") + std::string(failure.what()) +
+                 (isFirst && isWritten ? "; " + path + ": was written anyway" : "");
+        status = isFirst ? FAILED : status;
+    }
+    if (!error.empty())
+        complain(error);
     if (options.json) {
-        printOutcomeAsJson(path, outcome);
-    } else {
+        printOutcomeAsJson(path, outcome, isEdit, error);
+    } else if (error.empty()) {
         if (!isShown)
-            printChanges(std::cout, outcome.changes);
-        printOutcome(path, outcome, manner.dryRun);
+            show(std::cout);
+        if (!words.quiet)
+            printOutcome(path, outcome, words.manner.dryRun);
     }
     if (flushOutput())
-        return DONE;
-    if (outcome.isWritten) // standard output failed, so the message goes here
+        return status;
+    if (isWritten) // standard output failed, so the message goes here
         complain(path + ": was written anyway" + backupNote(outcome));
     return FAILED;
 }

@@ -3,8 +3,8 @@
 #include <iostream>
 
 #include "base/Text.h"
-#include "descriptor/DescriptorCheck.h"
 #include "descriptor/TagWords.h"
+#include "descriptor/store/Sha256.h"
 #include "output/Json.h"
 
 using nlohmann::ordered_json;
@@ -36,6 +36,8 @@ ordered_json changesToJson(const std::vector<board::TagChange>& changes) {
             entry["old"] = board::hexDigits(*change.before);
         if (change.after)
             entry["new"] = board::hexDigits(*change.after);
+        if (change.wrongSize)
+            entry["wrong_size"] = *change.wrongSize;
         json.push_back(std::move(entry));
     }
     return json;
@@ -47,37 +49,70 @@ void printChanges(std::ostream& out, const std::vector<board::TagChange>& change
     for (const board::TagChange& change : changes) {
         if (change.before)
             out << "- " << change.position << " " << shown(*change.before) << "\n";
-        if (change.after) {
-            const auto wrongSize = board::wrongSizeOf(*change.after);
+        if (change.after)
             out << "+ " << change.position << " " << shown(*change.after)
-                << (wrongSize ? "  <- " + *wrongSize : "") << "\n";
-        }
+                << (change.wrongSize ? "  <- " + *change.wrongSize : "") << "\n";
     }
 }
 
-void printOutcome(const std::string& path, const board::EditOutcome& outcome, bool isDryRun) {
+void printOutcome(const std::string& path, const board::StoreOutcome& outcome, bool isDryRun) {
     std::cout << path << ": ";
-    if (outcome.changes.empty())
-        std::cout << "already up to date; nothing was written\n";
-    else if (isDryRun)
-        std::cout << "dry run; nothing was written\n";
-    else
+    if (outcome.result == board::StoreResult::WRITTEN)
         std::cout << "written" << backupNote(outcome) << "\n";
+    else
+        std::cout << (isDryRun && outcome.before != outcome.after ? "dry run"
+                                                                  : "already up to date")
+                  << "; nothing was written\n";
 }
 
-void printOutcomeAsJson(const std::string& path, const board::EditOutcome& outcome) {
-    ordered_json json = {{"image", path},
-                         {"device", outcome.isDevice},
-                         {"changes", changesToJson(outcome.changes)},
-                         {"written", outcome.isWritten},
-                         {"backup", nullptr}};
-    if (!outcome.backup.empty())
-        json["backup"] = outcome.backup;
+const char* nameOf(board::StoreResult result) {
+    switch (result) {
+    case board::StoreResult::UNCHANGED:
+        return "unchanged";
+    case board::StoreResult::WRITTEN:
+        return "written";
+    case board::StoreResult::RESTORED:
+        return "restored";
+    case board::StoreResult::DECLINED:
+        return "declined";
+    case board::StoreResult::FAILED:
+        break;
+    }
+    return "failed";
+}
+
+ordered_json checksumOf(const std::optional<std::string>& bytes) {
+    return bytes ? ordered_json(board::sha256(*bytes)) : ordered_json(nullptr);
+}
+
+void printOutcomeAsJson(const std::string& path, const board::StoreOutcome& outcome, bool isEdit,
+                        const std::string& error) {
+    ordered_json json = {
+        {"image", path}, {"device", outcome.isDevice}, {"result", nameOf(outcome.result)}};
+    if (isEdit) {
+        json["changes"] = changesToJson(outcome.changes);
+    } else {
+        json["size"] = outcome.image.size();
+        json["sha256_before"] = checksumOf(outcome.before);
+        json["sha256_after"] = checksumOf(outcome.after);
+    }
+    json["written"] = outcome.result == board::StoreResult::WRITTEN;
+    json["backup"] = outcome.backup.empty() ? ordered_json(nullptr) : ordered_json(outcome.backup);
+    if (outcome.isTorn)
+        json["interrupted"] = true;
+    if (!error.empty())
+        json["error"] = error;
     printJson(json);
 }
 
-std::string backupNote(const board::EditOutcome& outcome) {
+std::string backupNote(const board::StoreOutcome& outcome) {
     return outcome.backup.empty() ? "" : "; the old image is in " + outcome.backup;
+}
+
+std::string sizeOf(const std::string& image) {
+    const std::size_t tags = board::TagImage(image).tags().size();
+    return std::to_string(tags) + (tags == 1 ? " tag" : " tags") + " in " +
+           std::to_string(image.size()) + " bytes";
 }
 
 } // namespace boardctl

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "descriptor/store/DescriptorStore.h"
 
@@ -12,12 +15,22 @@ namespace boardctl {
 void printChanges(std::ostream& out, const std::vector<board::TagChange>& changes);
 
 /// What was done, for people.
-void printOutcome(const std::string& path, const board::EditOutcome& outcome, bool isDryRun);
+void printOutcome(const std::string& path, const board::StoreOutcome& outcome, bool isDryRun);
 
-/// What was done, with the changes, for programs.
-void printOutcomeAsJson(const std::string& path, const board::EditOutcome& outcome);
+/// What was done, for programs: "unchanged", "written", "restored", "failed" or "declined".
+const char* nameOf(board::StoreResult result);
+/// The SHA-256 of the bytes; null if they are not known.
+nlohmann::ordered_json checksumOf(const std::optional<std::string>& bytes);
+
+/// With the changes of an edit, or with the size and checksums of a whole image that is written.
+/// `error` is empty if all went well.
+void printOutcomeAsJson(const std::string& path, const board::StoreOutcome& outcome, bool isEdit,
+                        const std::string& error);
 
 /// "; the old image is in FILE" if there is a backup; else empty.
-std::string backupNote(const board::EditOutcome& outcome);
+std::string backupNote(const board::StoreOutcome& outcome);
+
+/// "7 tags in 74 bytes".
+std::string sizeOf(const std::string& image);
 
 } // namespace boardctl

@@ -1,0 +1,129 @@
+#include "descriptor/store/WriteJournal.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "base/Error.h"
+#include "base/File.h"
+#include "descriptor/TagImage.h"
+#include "descriptor/TagWords.h"
+#include "descriptor/store/Sha256.h"
+#include "descriptor/store/StateFolder.h"
+
+namespace fs = std::filesystem;
+
+namespace board {
+
+namespace {
+
+/// The device stores a write in this order only within a sector; a block device may store the
+/// sectors themselves in any order.
+constexpr std::size_t SECTOR = 512;
+
+/// How the names of a device's journals begin. The part after the dash tells devices apart whose
+/// files have the same name.
+std::string nameFor(const std::string& device) {
+    std::error_code error;
+    const fs::path path = fs::weakly_canonical(device, error);
+    const std::string whole = error ? device : path.string();
+    constexpr std::size_t DIGITS = 16;
+    return "unfinished-" + sha256(whole).substr(0, DIGITS);
+}
+
+std::string hexOf(const std::string& bytes) {
+    std::string digits;
+    digits.reserve(2 * bytes.size());
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        digits += "0123456789abcdef"[byte >> 4];
+        digits += "0123456789abcdef"[byte & 0xFU];
+    }
+    return digits;
+}
+
+/// Empty if the journal itself was cut off: then its write never began.
+std::optional<UnfinishedWrite> readJournal(const std::string& file) {
+    constexpr std::size_t LARGEST = std::size_t{5} * MAX_IMAGE_SIZE;
+    const std::string text = readFile(file, LARGEST);
+    const auto json = nlohmann::json::parse(text, nullptr, false);
+    UnfinishedWrite write;
+    const auto take = [&json](const char* key, std::string& bytes) {
+        const auto found = json.is_object() ? json.find(key) : json.end();
+        return found != json.end() && found->is_string() &&
+               decodeHex(found->get<std::string>(), bytes) == std::string::npos;
+    };
+    const bool isWhole = take("old", write.old) && take("new", write.image);
+    return isWhole ? std::optional(write) : std::nullopt;
+}
+
+std::string whole(const UnfinishedWrite& write) {
+    std::string bytes = write.old;
+    return bytes.replace(0, write.image.size(), write.image);
+}
+
+bool isMixture(const std::string& bytes, const UnfinishedWrite& write) {
+    const std::string written = whole(write);
+    if (bytes.size() > write.old.size()) // a file in place of a device grows
+        return written.compare(0, bytes.size(), bytes) == 0;
+    if (bytes.size() < write.old.size())
+        return false;
+    for (std::size_t start = 0; start < bytes.size(); start += SECTOR) {
+        std::size_t at = start;
+        const std::size_t end = std::min(start + SECTOR, bytes.size());
+        while (at < end && bytes[at] == written[at])
+            ++at;
+        if (bytes.compare(at, end - at, write.old, at, end - at) != 0)
+            return false;
+    }
+    return true;
+}
+
+std::vector<std::string> journalsOf(const std::string& device) {
+    std::vector<std::string> files;
+    const std::optional<std::string> folder = stateFolderPath();
+    if (!folder || kindOf(*folder) == FileKind::MISSING)
+        return files;
+    const std::string start = nameFor(device) + ".";
+    std::error_code error;
+    for (fs::directory_iterator each(*folder, error); !error && each != fs::directory_iterator();
+         each.increment(error))
+        if (each->path().filename().string().rfind(start, 0) == 0)
+            files.push_back(each->path().string());
+    if (error)
+        throw Error(*folder + ": can't look for an interrupted write: " + error.message());
+    return files;
+}
+
+} // namespace
+
+WriteJournal::WriteJournal(const std::string& device, const UnfinishedWrite& write)
+    : m_file(
+          writeNewFile(stateFolder() + "/" + nameFor(device),
+                       nlohmann::ordered_json{{"device", fs::absolute(device).string()},
+                                              {"old", hexOf(write.old)},
+                                              {"new", hexOf(write.image)}}
+                           .dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace),
+                       "journal")) {}
+
+std::string WriteJournal::remove() const {
+    return discard(m_file);
+}
+
+std::optional<UnfinishedWrite> findUnfinished(const std::string& device, const std::string& bytes,
+                                              bool isReading) {
+    std::optional<UnfinishedWrite> found;
+    for (const std::string& file : journalsOf(device)) {
+        const std::optional<UnfinishedWrite> write = readJournal(file);
+        const bool isOver = !write || bytes == write->old || bytes == whole(*write);
+        if (isOver && !isReading)
+            static_cast<void>(discard(file)); // the next run tries again
+        else if (!isOver && isMixture(bytes, *write))
+            found = write;
+    }
+    return found;
+}
+
+} // namespace board

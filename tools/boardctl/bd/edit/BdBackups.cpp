@@ -1,0 +1,91 @@
+#include <iostream>
+
+#include "base/File.h"
+#include "base/Text.h"
+#include "bd/BdCommands.h"
+#include "descriptor/TagWords.h"
+#include "descriptor/store/ImageBackup.h"
+#include "output/Json.h"
+#include "output/Messages.h"
+#include "program/Command.h"
+#include "program/Help.h"
+
+using nlohmann::ordered_json;
+
+namespace boardctl {
+
+namespace {
+
+struct BackupsWords {
+    std::string keep;
+    bool quiet = false;
+};
+
+ordered_json toJson(const board::Backup& backup) {
+    return {{"file", backup.file},
+            {"device", backup.device},
+            {"serial", backup.serial.empty() ? ordered_json(nullptr) : ordered_json(backup.serial)},
+            {"time", backup.time},
+            {"size", backup.size},
+            {"tags", backup.tags}};
+}
+
+void print(const board::Backup& backup, const char* start) {
+    std::cout << start << backup.time << "  " << board::printable(backup.device) << "  "
+              << (backup.serial.empty() ? "-" : backup.serial) << "  " << backup.tags
+              << (backup.tags == 1 ? " tag" : " tags") << "  " << board::printable(backup.file)
+              << "\n";
+}
+
+/// Removes a backup. Returns whether that worked.
+bool remove(const board::Backup& backup) {
+    const std::string fault = board::discard(backup.file);
+    if (!fault.empty())
+        complain(fault.substr(2)); // it is meant to follow another message and "; "
+    return fault.empty();
+}
+
+int backups(const Options& options, const BackupsWords& words) {
+    std::vector<board::Backup> listed = board::listBackups();
+    int status = DONE;
+    if (!words.keep.empty()) {
+        constexpr unsigned MOST = 1000000;
+        const unsigned keep =
+            orWrongCall([&] { return board::parseNumber(words.keep, MOST, "number of backups"); });
+        listed = board::backupsBeyond(listed, keep);
+        std::vector<board::Backup> removed;
+        for (const board::Backup& each : listed)
+            if (remove(each))
+                removed.push_back(each);
+            else
+                status = FAILED;
+        listed = std::move(removed);
+    }
+    if (options.json) {
+        ordered_json json = ordered_json::array();
+        for (const board::Backup& each : listed)
+            json.push_back(toJson(each));
+        printJson(json);
+    } else if (!words.quiet) {
+        for (const board::Backup& each : listed)
+            print(each, words.keep.empty() ? "" : "removed ");
+    }
+    return status;
+}
+
+} // namespace
+
+void addBdBackups(CLI::App& bd, Options& options) {
+    const auto [command, words] = addCommand<BackupsWords>(
+        bd, options, "backups", "List the images that edits and writes have kept, newest first",
+        backups);
+    command
+        .add_option("--keep", words.keep,
+                    "Remove all but the newest N of each device, and list those that are removed")
+        ->check(notEmpty())
+        ->type_name("N");
+    command.add_flag("-q,--quiet", words.quiet, "List nothing");
+    addExamples(command, {"bd backups", "bd backups --keep 100"});
+}
+
+} // namespace boardctl

@@ -1,0 +1,123 @@
+#include "base/File.h"
+#include "base/Text.h"
+#include "bd/BdCommands.h"
+#include "bd/edit/Edit.h"
+#include "bd/edit/StationRecord.h"
+#include "descriptor/DescriptorCheck.h"
+#include "descriptor/TagsJson.h"
+#include "program/Command.h"
+#include "program/Help.h"
+
+namespace boardctl {
+
+namespace {
+
+constexpr std::size_t MAX_JSON_SIZE = std::size_t{16} * 1024 * 1024;
+
+struct WriteWords : EditWords {
+    std::string source, fill, record;
+};
+
+/// A list of tags is text, which holds no zero byte; an image of even one tag holds some, unless it
+/// has no terminator.
+bool isJson(const std::string& bytes) {
+    const std::size_t first = bytes.find_first_not_of(" \t\r\n");
+    return first != std::string::npos && (bytes[first] == '[' || bytes[first] == '{') &&
+           bytes.find('\0') == std::string::npos;
+}
+
+[[noreturn]] void refuse(const std::string& source, const std::string& why,
+                         const std::string& forced) {
+    throw board::Error(source + ": " + why + "; nothing was written (--force writes " + forced +
+                       ")");
+}
+
+/// The image in `bytes`, which came from `source`. Throws board::Error for one that should not be
+/// on a device, unless `force`.
+board::TagImage imageFrom(const std::string& bytes, const std::string& source, bool force) {
+    if (bytes.empty())
+        throw board::Error(source + ": is empty (expected an image or a JSON list of tags)");
+    const bool isList = isJson(bytes);
+    const std::vector<BD::Tag> list =
+        isList ? board::tagsFromJson(bytes, source) : std::vector<BD::Tag>();
+    board::TagImage image(isList ? board::imageOf(list) : bytes);
+    if (force)
+        return image;
+    if (image.isCorrupt())
+        refuse(source, *image.fault(), "the tags before the fault");
+    if (isList && image.tags().size() + (image.terminator() ? 1 : 0) < list.size())
+        refuse(source, "holds tags after the terminator, which no load reads",
+               "the tags before it");
+    if (image.tags().empty())
+        refuse(source, "holds no tags", "an empty descriptor");
+    std::vector<std::string> wrong;
+    for (const board::Finding& each :
+         board::checkImage(board::TagImage(board::terminated(image)), true))
+        if (each.weight != board::Finding::Weight::NOTE)
+            wrong.push_back("at " + std::to_string(each.offset) + ": " + each.text);
+    if (!wrong.empty())
+        refuse(source, board::join(wrong, "; "), "it anyway");
+    return image;
+}
+
+char fillOf(const std::string& word) {
+    std::string byte;
+    if (board::decodeHex(word, byte) != std::string::npos || byte.size() != 1)
+        throw WrongCall("--fill: '" + board::printable(word) +
+                        "' is not a byte (expected two hexadecimal digits, such as FF)");
+    return byte[0];
+}
+
+int write(const Options& options, const WriteWords& words) {
+    if (words.image == STANDARD_STREAM)
+        throw WrongCall("-i -: standard output is not written (expected an image file)");
+    WriteWords filled = words;
+    if (!words.fill.empty())
+        filled.manner.fill = fillOf(words.fill);
+    StationRecord record;
+    const auto storing = [&](const board::DescriptorSource& target,
+                             const board::StoreManner& manner, const board::Confirm& confirm,
+                             board::StoreOutcome& outcome) {
+        if (!manner.dryRun)
+            record.open(words.record);
+        const bool isPiped = words.source == STANDARD_STREAM;
+        const board::TagImage image =
+            imageFrom(isPiped ? board::readStandardInput(MAX_JSON_SIZE)
+                              : board::readFile(words.source, MAX_JSON_SIZE),
+                      isPiped ? "standard input" : words.source, manner.force);
+        board::writeDescriptor(target, manner, image, confirm, outcome);
+    };
+    return store(options, filled, false, storing,
+                 [&](const std::string& path, const board::StoreOutcome& outcome,
+                     const std::string& error) { record.append(path, outcome, error); });
+}
+
+} // namespace
+
+void addBdWrite(CLI::App& bd, Options& options) {
+    const auto [command, words] = addCommand<WriteWords>(
+        bd, options, "write", "Write a whole image, and a terminator behind it", write);
+    command
+        .add_option("SOURCE", words.source,
+                    "An image, a backup or a JSON list of tags; - for standard input")
+        ->check(notEmpty())
+        ->type_name("FILE")
+        ->required();
+    addStoreOptions(command, words, "Write what `bd check` would find fault with");
+    command
+        .add_option("--fill", words.fill,
+                    "Clear everything behind the terminator with this byte, such as FF; by default "
+                    "it stays")
+        ->check(notEmpty())
+        ->type_name("BYTE");
+    command
+        .add_option("--record", words.record,
+                    "Append a JSON line: time, device, checksums before and after, serial number, "
+                    "addresses, result")
+        ->check(notEmpty())
+        ->type_name("FILE");
+    addExamples(command, {"bd write unit.bin", "bd write tags.json -i image.bin",
+                          "bd write unit.bin -y -q --fill FF --record station.log"});
+}
+
+} // namespace boardctl
