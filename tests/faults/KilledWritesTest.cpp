@@ -17,7 +17,7 @@ protected:
     /// How many bytes of a write the kill leaves; 0 for other calls.
     static std::set<int> sizesFor(const std::string& call) {
         if (call.rfind("pwrite ", 0) == 0)
-            return {0, 1, 10, 32, 47, 64};
+            return {0, 1, 6, 10, 32, 47, 64};
         return call.rfind("write ", 0) == 0 ? std::set<int>{0, 20} : std::set<int>{0};
     }
 };
@@ -47,7 +47,6 @@ TEST_P(KilledWrites, LeaveAFileOldOrNewAndADeviceThatTheNextRunRepairs) {
             const bool isWhole = left == before || left == after;
             EXPECT_TRUE(isWhole || isDevice);
             torn += isWhole ? 0 : 1;
-            // Reading leaves the journal; a dry run looks at it.
             EXPECT_EQ(runAgain(GetParam() + " --dry-run", "none 0 0").status, 0);
             EXPECT_EQ(files().at(image), left);
             const Outcome again = runAgain(GetParam(), "none 0 0");
@@ -77,6 +76,22 @@ TEST_F(KilledWrite, LeavesAnotherUnitAloneAndRepairsItsOwnLater) {
     EXPECT_TRUE(contains(runAgain("bd remove 2 # -y", "none 0 0").err, "interrupted"));
     // What the interrupted write was to change is as before it.
     EXPECT_EQ(runAgain("bd get 45 #", "none 0 0").out, "1234abcd\n");
+}
+
+TEST_F(KilledWrite, IsRepairedEvenIfTheRepairsAreInterrupted) {
+    const std::string other = "bd write @other # -y";
+    EXPECT_EQ(run(other, "pwrite 1 " + std::to_string(faults::KILLED + 40), "").status, -1);
+    const std::string put = "bd put 5=text:UNIT-2 45=hex:00000001 # -y";
+    for (const int size : {30, 0, 7, 50}) {
+        EXPECT_EQ(runAgain(put, "pwrite 1 " + std::to_string(faults::KILLED + size)).status, -1);
+        EXPECT_EQ(runAgain(put, "fsync 1 " + std::to_string(faults::KILLED)).status, -1);
+    }
+    EXPECT_TRUE(contains(runAgain(put, "none 0 0").err, "interrupted"));
+    const std::string repaired = files().at("board/eeprom.bin");
+    for (const auto& [file, content] : files())
+        EXPECT_FALSE(contains(file, "unfinished-")) << file << " is left";
+    EXPECT_EQ(run(put, "none 0 0", "").status, 0);
+    EXPECT_EQ(repaired, files().at("board/eeprom.bin"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, KilledWrites,

@@ -60,15 +60,15 @@ def main():
             reference.write_bytes(old)
             subprocess.run([boardctl, *words, "-y", "-q", *elsewhere], check=True, env=environment)
             new = reference.read_bytes()
-            if number % 2:
-                wrong = KILLED + chance.randrange(0, 200)
-                called = chance.choice(list(CALLS))
-                plan = f"{called} {chance.randint(1, CALLS[called])} {wrong}"
-                subprocess.run(call, env=dict(environment, LD_PRELOAD=shim, FAULTS_PLAN=plan), check=False)
-            else:
-                with subprocess.Popen(call, env=environment) as process:
-                    time.sleep(chance.random() * span)
-                    process.kill()
+            for _ in range(chance.choice((1, 1, 1, 2, 5))):  # repairs may be killed too
+                if number % 2:
+                    called = chance.choice(list(CALLS))
+                    plan = f"{called} {chance.randint(1, CALLS[called])} {KILLED + chance.randrange(200)}"
+                    subprocess.run(call, env=dict(environment, LD_PRELOAD=shim, FAULTS_PLAN=plan), check=False)
+                else:
+                    with subprocess.Popen(call, env=environment) as process:
+                        time.sleep(chance.random() * span)
+                        process.kill()
             left = target.read_bytes()
             state = "old" if left == old else "new" if left == new else "torn"
             counts[f"{'device' if is_device else 'file'} {state}"] += 1

@@ -99,7 +99,7 @@ void DescriptorTarget::write(const std::string& content, bool keepsJournal,
         bytes += m_old.bytes().substr(bytes.size(), m_tornSize - bytes.size());
     std::optional<WriteJournal> journal;
     if (keepsJournal)
-        journal.emplace(m_path, UnfinishedWrite{m_old.bytes(), bytes});
+        journal.emplace(m_path, UnfinishedWrite{m_old.bytes(), m_found, bytes});
     try {
         program(bytes, backup, result);
     } catch (const Error& error) {

@@ -53,9 +53,9 @@ std::string now() {
     return date;
 }
 
-/// The path of the backup `file` after following symbolic links. It must not exist yet, or be
-/// empty.
-std::string targetFor(const std::string& image, const std::string& file) {
+/// The path of the backup `file` after following symbolic links. It must not exist yet, be empty or
+/// hold `bytes`.
+std::string targetFor(const std::string& image, const std::string& file, const std::string& bytes) {
     std::error_code error;
     fs::path target = fs::weakly_canonical(file, error);
     if (error)
@@ -67,7 +67,9 @@ std::string targetFor(const std::string& image, const std::string& file) {
         throw Error(file + ": can't hold a backup (expected a file)");
     if (fs::equivalent(target, image, error))
         throw Error(file + ": is the image itself (expected another file for the backup)");
-    if (fs::file_size(target, error) != 0)
+    const auto size = fs::file_size(target, error);
+    const bool isKept = size == bytes.size() && readFile(target.string(), size) == bytes;
+    if (size != 0 && !isKept)
         throw Error(file +
                     ": exists already, and may be the last good image (expected a new file for the "
                     "backup)");
@@ -81,7 +83,7 @@ std::string keepImage(const std::string& bytes, const std::string& image, const 
         return writeNewFile(stateFolder() + "/" + deviceName(image) + serialName(bytes) + "-" +
                                 now(),
                             bytes, "backup");
-    const std::string target = targetFor(image, file);
+    const std::string target = targetFor(image, file, bytes);
     const std::string written = writeNewFile(target, bytes, "backup");
     if (!tryRename(written, target)) {
         const int error = errno;

@@ -8,7 +8,8 @@ namespace board {
 
 /// Writes the bytes of an image to a backup file and syncs it. Returns the file's name.
 ///
-/// `file` must not exist yet, or be empty. If no `file` is named, the backup goes to the state
+/// `file` must not exist yet, be empty, or hold these bytes already, as it does if the command was
+/// interrupted and is repeated. If no `file` is named, the backup goes to the state
 /// folder; its name tells the device or file `image`, the unit's serial number if the image holds
 /// one, and the date. Throws Error if the backup can't be written.
 std::string keepImage(const std::string& bytes, const std::string& image, const std::string& file);

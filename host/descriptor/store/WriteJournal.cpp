@@ -44,9 +44,17 @@ std::string hexOf(const std::string& bytes) {
     return digits;
 }
 
+std::string textOf(const std::string& device, const UnfinishedWrite& write) {
+    const nlohmann::ordered_json json = {{"device", fs::absolute(device).string()},
+                                         {"old", hexOf(write.old)},
+                                         {"found", hexOf(write.found)},
+                                         {"new", hexOf(write.image)}};
+    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
 /// Empty if the journal itself was cut off: then its write never began.
 std::optional<UnfinishedWrite> readJournal(const std::string& file) {
-    constexpr std::size_t LARGEST = std::size_t{5} * MAX_IMAGE_SIZE;
+    constexpr std::size_t LARGEST = std::size_t{7} * MAX_IMAGE_SIZE;
     const std::string text = readFile(file, LARGEST);
     const auto json = nlohmann::json::parse(text, nullptr, false);
     UnfinishedWrite write;
@@ -55,27 +63,28 @@ std::optional<UnfinishedWrite> readJournal(const std::string& file) {
         return found != json.end() && found->is_string() &&
                decodeHex(found->get<std::string>(), bytes) == std::string::npos;
     };
-    const bool isWhole = take("old", write.old) && take("new", write.image);
+    const bool isWhole =
+        take("old", write.old) && take("found", write.found) && take("new", write.image);
     return isWhole ? std::optional(write) : std::nullopt;
 }
 
 std::string whole(const UnfinishedWrite& write) {
-    std::string bytes = write.old;
+    std::string bytes = write.found;
     return bytes.replace(0, write.image.size(), write.image);
 }
 
 bool isMixture(const std::string& bytes, const UnfinishedWrite& write) {
     const std::string written = whole(write);
-    if (bytes.size() > write.old.size()) // a file in place of a device grows
+    if (bytes.size() > write.found.size()) // a file in place of a device grows
         return written.compare(0, bytes.size(), bytes) == 0;
-    if (bytes.size() < write.old.size())
+    if (bytes.size() < write.found.size())
         return false;
     for (std::size_t start = 0; start < bytes.size(); start += SECTOR) {
         std::size_t at = start;
         const std::size_t end = std::min(start + SECTOR, bytes.size());
         while (at < end && bytes[at] == written[at])
             ++at;
-        if (bytes.compare(at, end - at, write.old, at, end - at) != 0)
+        if (bytes.compare(at, end - at, write.found, at, end - at) != 0)
             return false;
     }
     return true;
@@ -100,16 +109,17 @@ std::vector<std::string> journalsOf(const std::string& device) {
 } // namespace
 
 WriteJournal::WriteJournal(const std::string& device, const UnfinishedWrite& write)
-    : m_file(
-          writeNewFile(stateFolder() + "/" + nameFor(device),
-                       nlohmann::ordered_json{{"device", fs::absolute(device).string()},
-                                              {"old", hexOf(write.old)},
-                                              {"new", hexOf(write.image)}}
-                           .dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace),
-                       "journal")) {}
+    : m_device(device), m_write(write), m_file(writeNewFile(stateFolder() + "/" + nameFor(device),
+                                                            textOf(device, write), "journal")) {}
 
 std::string WriteJournal::remove() const {
-    return discard(m_file);
+    std::string left = discard(m_file);
+    if (m_write.found == m_write.old)
+        return left;
+    for (const std::string& file : journalsOf(m_device))
+        if (const auto repaired = readJournal(file); repaired && repaired->old == m_write.old)
+            left += discard(file);
+    return left;
 }
 
 std::optional<UnfinishedWrite> findUnfinished(const std::string& device, const std::string& bytes,
@@ -117,7 +127,7 @@ std::optional<UnfinishedWrite> findUnfinished(const std::string& device, const s
     std::optional<UnfinishedWrite> found;
     for (const std::string& file : journalsOf(device)) {
         const std::optional<UnfinishedWrite> write = readJournal(file);
-        const bool isOver = !write || bytes == write->old || bytes == whole(*write);
+        const bool isOver = !write || bytes == write->found || bytes == whole(*write);
         if (isOver && !isReading)
             static_cast<void>(discard(file)); // the next run tries again
         else if (!isOver && isMixture(bytes, *write))

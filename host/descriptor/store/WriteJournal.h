@@ -7,7 +7,8 @@ namespace board {
 
 /// A write that began and did not end, because the program was killed or the power failed.
 struct UnfinishedWrite {
-    std::string old;   ///< all bytes of the device before the write
+    std::string old;   ///< all bytes of the device when it was last whole
+    std::string found; ///< its bytes just before the write: `old`, unless that was a repair
     std::string image; ///< what was to be written from the device's start
 };
 
@@ -19,19 +20,21 @@ public:
     /// device then.
     WriteJournal(const std::string& device, const UnfinishedWrite& write);
 
-    /// Removes the journal: the device is whole again. Returns what a message must add: nothing, or
-    /// that the file could not be removed. Not called by a destructor: a journal stays if a device
-    /// could not be restored.
+    /// Removes the journal, and those of interrupted writes that this one has repaired: the device
+    /// is whole again. Returns what a message must add: nothing, or that a file could not be
+    /// removed. Not called by a destructor: a journal stays if a device could not be restored.
     std::string remove() const;
 
 private:
-    std::string m_file;
+    const std::string m_device;
+    const UnfinishedWrite m_write;
+    const std::string m_file;
 };
 
 /// Finds the write that left `bytes` on the locked device: they begin with the new image and go on
-/// with the old bytes. Content that some other unit has on the same device is never such a mixture,
-/// so it is left alone. Unless `isReading`, removes the journals of writes that left the device
-/// whole.
+/// with the bytes before it. Content that some other unit has on the same device is never such a
+/// mixture, so it is left alone. Unless `isReading`, removes the journals of writes that left the
+/// device whole.
 std::optional<UnfinishedWrite> findUnfinished(const std::string& device, const std::string& bytes,
                                               bool isReading);
 

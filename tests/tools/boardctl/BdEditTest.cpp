@@ -19,7 +19,7 @@ $ boardctl --board board.toml bd add -y 10=u8:255 11=u16:0x1234 12=u32:429496729
 + 10 Tag13 (13): 00000007
 + 11 Tag14 (14): 613d623a6300  "a=b:c"
 + 12 Tag15 (15): empty
-eeprom.bin: written; the old image is in state/boardctl/eeprom.bin-DATE
+eeprom.bin: written; the old image is in state/boardctl/eeprom.bin-SIM-000001-DATE
 $ boardctl --board board.toml bd insert 0 -y --force --backup first 0xFFFE=hex:80ff Tag9=u8:0
 + 0 Tag65534 (65534): 80ff
 + 1 Tag9 (9): 0000  <- 1 byte (expected 4)
@@ -41,7 +41,7 @@ $ printf "[descriptor]\ndevice='eeprom'\nsize=1018\n" >new.toml; printf '\000\00
 $ for i in 2016 2018; do cp old eeprom; boardctl --board new.toml bd add -y --backup $i 19=hex:`printf %0${i}d 0` | tail -n 1; done
 eeprom: written; the old image is in 2016
 ! boardctl: eeprom: the image would have 1018 bytes (expected fewer than the device's 1018)
-$ cp old eeprom; ulimit -f 1; boardctl --board new.toml bd add -y --backup all 19=hex:`printf %01200d 0`
+$ cp old eeprom; unset XDG_STATE_HOME HOME; ulimit -f 1; boardctl --board new.toml bd add -y --backup all 19=hex:`printf %01200d 0`
 ! boardctl: eeprom: accepted only 512 of 608 bytes; the old image is in place again and is kept in all
 [1]
 $ cmp -n 4 eeprom old; cmp all old

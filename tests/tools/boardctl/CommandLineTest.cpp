@@ -16,8 +16,8 @@ Usage: boardctl bd set [OPTIONS] ASSIGNMENT...
 
 Positionals:
   ASSIGNMENT ID=TYPE:VALUE ... REQUIRED
-                              TYPE is u8, u16, u32, uint (4 bytes), text,
-                              hex or mac (ADDRESS/INTERFACE). Several
+                              TYPE is u8, u16, u32, uint (4 bytes), text, hex
+                              or mac (ADDRESS/INTERFACE). Several assignments
 $ for i in run info 'leds preview' 'button bridge' 'bd build'; do boardctl $i --help | grep -e ^Usage -e '.\{80\}'; done
 Usage: boardctl run [OPTIONS]
 Usage: boardctl info [OPTIONS]

@@ -46,12 +46,14 @@ bool remove(const board::Backup& backup) {
 }
 
 int backups(const Options& options, const BackupsWords& words) {
+    constexpr unsigned MOST = 1000000;
+    const bool isPruning = !words.keep.empty();
+    const unsigned keep = orWrongCall([&] {
+        return isPruning ? board::parseNumber(words.keep, MOST, "number of backups") : MOST;
+    });
     std::vector<board::Backup> listed = board::listBackups();
     int status = DONE;
-    if (!words.keep.empty()) {
-        constexpr unsigned MOST = 1000000;
-        const unsigned keep =
-            orWrongCall([&] { return board::parseNumber(words.keep, MOST, "number of backups"); });
+    if (isPruning) {
         listed = board::backupsBeyond(listed, keep);
         std::vector<board::Backup> removed;
         for (const board::Backup& each : listed)
@@ -68,7 +70,7 @@ int backups(const Options& options, const BackupsWords& words) {
         printJson(json);
     } else if (!words.quiet) {
         for (const board::Backup& each : listed)
-            print(each, words.keep.empty() ? "" : "removed ");
+            print(each, isPruning ? "removed " : "");
     }
     return status;
 }

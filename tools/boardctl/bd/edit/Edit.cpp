@@ -81,6 +81,8 @@ int store(const Options& options, const EditWords& words, bool isEdit, const Sto
                              "on (expected -y); nothing was written");
         };
         storing(chosen.source(), manner, confirm, outcome);
+        if (manner.dryRun && outcome.isTorn)
+            complain(path + ": an earlier write was interrupted");
     } catch (const Declined& refusal) {
         outcome.result = board::StoreResult::DECLINED;
         outcome.after = outcome.before;
