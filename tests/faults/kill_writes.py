@@ -62,11 +62,12 @@ def main():
             new = reference.read_bytes()
             for _ in range(chance.choice((1, 1, 1, 2, 5))):  # repairs may be killed too
                 if number % 2:
-                    called = chance.choice(list(CALLS))
+                    called = chance.choice(["pwrite", *CALLS] if chance.random() < 0.5 else ["pwrite"])
                     plan = f"{called} {chance.randint(1, CALLS[called])} {KILLED + chance.randrange(200)}"
-                    subprocess.run(call, env=dict(environment, LD_PRELOAD=shim, FAULTS_PLAN=plan), check=False)
+                    subprocess.run(call, env=dict(environment, LD_PRELOAD=shim, FAULTS_PLAN=plan),
+                                   stderr=subprocess.DEVNULL, check=False)
                 else:
-                    with subprocess.Popen(call, env=environment) as process:
+                    with subprocess.Popen(call, env=environment, stderr=subprocess.DEVNULL) as process:
                         time.sleep(chance.random() * span)
                         process.kill()
             left = target.read_bytes()
