@@ -68,7 +68,7 @@ std::string targetFor(const std::string& image, const std::string& file, const s
     if (fs::equivalent(target, image, error))
         throw Error(file + ": is the image itself (expected another file for the backup)");
     const auto size = fs::file_size(target, error);
-    const bool isKept = size == bytes.size() && readFile(target.string(), size) == bytes;
+    const bool isKept = size == bytes.size() && readFile(target.string(), bytes.size()) == bytes;
     if (size != 0 && !isKept)
         throw Error(file +
                     ": exists already, and may be the last good image (expected a new file for the "
