@@ -87,6 +87,8 @@ TEST(Boot3Eeprom, IsEditedInPlaceByCommandsAlsoAsAnImageFile) {
     EXPECT_EQ(write(EEPROM, std::string(EEPROM_SIZE, '\xFF')), "512");
     EXPECT_EQ(call({"bd", "add", "ProductID=hex:1234abcd", "-y"}).status, 0);
     EXPECT_EQ(call({"bd", "set", "-i", EEPROM, "ProductID=hex:12345678", "-y"}).status, 0);
+    expectOutput(call({"bd", "put", "-i", EEPROM, "ProductID=hex:12345678", "-y"}),
+                 std::string(EEPROM) + ": already up to date; nothing was written\n");
     expectOutput(call({"bd", "get", "ProductID"}), "12345678\n");
     const std::string image("\0\x2D\0\x08\x12\x34\x56\x78\0\0\0\4", 12);
     EXPECT_EQ(eepromOutside(), hex(image + std::string(EEPROM_SIZE - image.size(), '\xFF')));
