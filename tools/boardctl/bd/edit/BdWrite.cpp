@@ -51,6 +51,10 @@ board::TagImage imageFrom(const std::string& bytes, const std::string& source, b
     if (image.tags().empty())
         refuse(source, "holds no tags", "an empty descriptor");
     std::vector<std::string> wrong;
+    for (const BD::Tag& each : list) // padding must not make a size right
+        if (const auto size = board::wrongSizeOf(each);
+            size && !board::wrongSizeOf(board::asLoaded(each)))
+            wrong.push_back(board::tagName(each.id) + ": has " + *size);
     for (const board::Finding& each :
          board::checkImage(board::TagImage(board::terminated(image)), true))
         if (each.weight != board::Finding::Weight::NOTE)
