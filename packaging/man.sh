@@ -44,6 +44,9 @@ Profile of the board that the service hosts, and of every call that names no boa
 .TP
 /tmp/evt.fifo
 Pipe for LED commands to the hosted board, such as \fBsystem boot 0\fR.
+.TP
+~/.local/state/boardctl
+Backups of board descriptors, and the journals of writes that were interrupted.
 [ENVIRONMENT]
 .TP
 BOARDCTL_BOARD
@@ -51,6 +54,9 @@ Profile of the board, for calls without \fB\-\-board\fR.
 .TP
 BOARD_LOG_LEVEL
 Highest level of log messages shown on standard error: 3 (errors) by default; 7 shows everything.
+.TP
+XDG_STATE_HOME
+Folder that holds \fBboardctl/\fR in place of ~/.local/state.
 .TP
 NO_COLOR
 Turns colors off if it is set to anything.
