@@ -36,13 +36,13 @@ $ boardctl bd write list -i first -q; boardctl bd check first | tail -n 1; board
 TEST(BdWrite, RefusesWhatShouldNotBeOnADevice) {
     expectTranscript(TempDir(), R"sh(
 $ boardctl sim create sim >messages; cp sim/eeprom.bin image; cp image before; : >empty
-$ head -c 80 /dev/zero | tr '\000' '\377' >erased; head -c 30 image >cut; echo '[{"id":9,"data":"01"},{"id":45,"data":"010203"}]' >size
+$ head -c 80 /dev/zero | tr '\000' '\377' >erased; head -c 30 image >cut; echo '[{"id":9,"data":"01"},{"id":45,"data":"010203"},{"id":6,"data":""},{"id":7,"data":""},{"id":16,"data":""}]' >size
 $ echo '[{"id":5,"data":"01"},{"id":0,"data":""},{"id":45,"data":"00000001"}]' >behind
 $ for i in empty erased cut size behind nosuch; do boardctl bd write $i -i image; done
 ! boardctl: empty: is empty (expected an image or a JSON list of tags)
 ! boardctl: erased: holds no tags; nothing was written (--force writes an empty descriptor)
 ! boardctl: cut: CORRUPTED BOARD DESCRIPTOR: id=1 has invalid field length (len=8 overflow the buffer size 30) at pos=24; nothing was written (--force writes the tags before the fault)
-! boardctl: size: ProductID: has 3 bytes (expected 4); at 0: Tag9: has 2 bytes (expected 4); nothing was written (--force writes it anyway)
+! boardctl: size: ProductID: has 3 bytes (expected 4); at 0: Tag9: has 2 bytes (expected 4); at 14: Tag6: has 0 bytes (expected 4); 2 more; nothing was written (--force writes it anyway)
 ! boardctl: behind: holds tags after the terminator, which no load reads; nothing was written (--force writes the tags before it)
 ! boardctl: nosuch: can't open: No such file or directory
 [1]

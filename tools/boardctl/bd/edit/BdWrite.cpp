@@ -59,6 +59,11 @@ board::TagImage imageFrom(const std::string& bytes, const std::string& source, b
          board::checkImage(board::TagImage(board::terminated(image)), true))
         if (each.weight != board::Finding::Weight::NOTE)
             wrong.push_back("at " + std::to_string(each.offset) + ": " + each.text);
+    constexpr std::size_t MOST = 3; // one message must stay readable
+    if (const std::size_t count = wrong.size(); count > MOST) {
+        wrong.resize(MOST);
+        wrong.push_back(std::to_string(count - MOST) + " more");
+    }
     if (!wrong.empty())
         refuse(source, board::join(wrong, "; "), "it anyway");
     return image;
