@@ -1,11 +1,15 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "descriptor/TagImage.h"
 
 namespace board {
+
+/// The longest JSON text that the commands read as a list of tags: 16 MiB.
+constexpr std::size_t MAX_TAGS_JSON = std::size_t{16} * 1024 * 1024;
 
 /// The tags that an image loads as a JSON array, one entry per line, terminator included:
 /// `{"id":45,"name":"ProductID","length":4,"data":"1234abcd"}`. Data is hexadecimal. Each entry of

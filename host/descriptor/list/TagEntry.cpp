@@ -35,6 +35,10 @@ const std::vector<std::string>& TagEntry::keys() {
     return KEYS;
 }
 
+const std::vector<std::string>& TagEntry::valueKeys() {
+    return VALUE_KEYS;
+}
+
 BD::TagId TagEntry::id() const {
     constexpr char EXPECTED[] = " (expected 1 to 65534, a name, or 0 for the terminator)";
     const JsonMember* const member = m_entry.find("id");

@@ -16,6 +16,9 @@ public:
     /// The keys that an entry with a value may have.
     static const std::vector<std::string>& keys();
 
+    /// Those of them that give the value. An entry has one.
+    static const std::vector<std::string>& valueKeys();
+
     /// `entry` must exist as long as this.
     explicit TagEntry(const JsonEntry& entry) : m_entry(entry) {}
 

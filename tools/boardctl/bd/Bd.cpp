@@ -5,7 +5,7 @@
 namespace boardctl {
 
 void addBd(CLI::App& app, Options& options) {
-    CLI::App& bd = addGroup(app, "bd", "The board descriptor: show, check, build and edit it");
+    CLI::App& bd = addGroup(app, "bd", "The board descriptor: show, check, compare, build and edit it");
     for (const auto add :
          {addBdShow, addBdDump, addBdBuild, addBdGet, addBdSet, addBdAdd, addBdInsert, addBdRemove})
         add(bd, options);
@@ -13,6 +13,7 @@ void addBd(CLI::App& app, Options& options) {
     for (const auto add : {addBdMacRead, addBdMacEdit})
         add(mac, options);
     addBdCheck(bd, options);
+    addBdCompare(bd, options);
 }
 
 } // namespace boardctl

@@ -23,6 +23,7 @@ void addBdRemove(CLI::App& bd, Options& options);
 void addBdMacRead(CLI::App& mac, Options& options); ///< list, get
 void addBdMacEdit(CLI::App& mac, Options& options); ///< set, add
 void addBdCheck(CLI::App& bd, Options& options);
+void addBdCompare(CLI::App& bd, Options& options);
 
 constexpr char TAG_HELP[] = "ID or ID.N: decimal, 0x hexadecimal or a name; N counts from 0";
 
