@@ -18,7 +18,7 @@ namespace {
 
 struct CheckWords {
     std::vector<std::string> images; ///< none: the board's descriptor
-    std::vector<std::string> required;
+    std::string required;            ///< tags with commas between them
     bool isStrict = false;
 };
 
@@ -63,11 +63,9 @@ ordered_json toJson(const board::TagImage& image, const std::vector<board::Findi
 class Check {
 public:
     Check(const Options& options, const CheckWords& words) : m_options(options), m_words(words) {
-        for (const std::string& list : words.required) {
-            std::istringstream names(list);
-            for (std::string name; std::getline(names, name, ',');)
-                m_required.push_back(orWrongCall([&] { return board::parseTagPlace(name); }));
-        }
+        std::istringstream names(words.required);
+        for (std::string name; std::getline(names, name, ',');)
+            m_required.push_back(orWrongCall([&] { return board::parseTagPlace(name); }));
     }
 
     /// The document for the image is stored in `json`. Returns the exit status.
@@ -144,7 +142,6 @@ void addBdCheck(CLI::App& bd, Options& options) {
         .add_option("--require", words.required,
                     "Tags that must be there and not be empty, such as ProductID,MacAddress.1,5")
         ->check(notEmpty())
-        ->expected(1)
         ->type_name("TAG,...");
     command.add_flag("--strict", words.isStrict, "Exit with 3 after a note too");
     addExamples(command, {"bd check", "bd check --strict units/*.bin",
