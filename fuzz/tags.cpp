@@ -236,14 +236,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     FuzzedDataProvider data(bytes, size);
     Model model;
     std::vector<Expected> expected;
-    std::string list = "[", start;
+    std::string start;
     for (auto i = data.ConsumeIntegralInRange(0, 6); i > 0; --i) {
         const Entry entry{someId(data), someData(data)};
         expected.push_back(someExpectationOf(entry, data));
-        list += (list.size() > 1 ? "," : "") + expected.back().json();
         start += (start.empty() ? "" : ",") + Expected{Expected::Kind::EXACT, entry}.json();
         model.push_back({entry.id, padded(entry.data)});
     }
+    if (!expected.empty() && data.ConsumeBool()) {
+        const auto last = expected.size() - 1;
+        std::swap(expected[data.ConsumeIntegralInRange<std::size_t>(0, last)],
+                  expected[data.ConsumeIntegralInRange<std::size_t>(0, last)]);
+    }
+    std::string list = "[";
+    for (const Expected& each : expected)
+        list += (list.size() > 1 ? "," : "") + each.json();
     DescriptorEdit edit(
         board::TagImage(board::imageOf(board::tagsFromJson("[" + start + "]", "list"))));
     for (auto i = data.ConsumeIntegralInRange(0, 4); i > 0; --i)
