@@ -38,7 +38,7 @@ public:
             checkRequired(place);
         const std::string blank = blankness(m_image.bytes());
         if (const auto& fault = m_image.fault())
-            add(Finding::Weight::CORRUPT, m_image.usedBytes(), *fault);
+            addFault(*fault);
         else if (!blank.empty())
             add(Finding::Weight::WARNING, 0,
                 std::string(m_isDevice ? "the device is " : "the image is ") +
@@ -87,6 +87,20 @@ private:
             add(Finding::Weight::WARNING, m_image.usedBytes(), name + ": is missing (required)");
         else if (const ImageTag& tag = *found->second[place.index]; tag.tag.length == 0)
             add(Finding::Weight::WARNING, tag.offset, name + ": is empty (required)");
+    }
+
+    /// What follows is often the rest of an older image.
+    void addFault(const std::string& fault) {
+        constexpr std::size_t MOST_SHOWN = 16;
+        const std::size_t start = m_image.usedBytes();
+        add(Finding::Weight::CORRUPT, start, fault);
+        const std::size_t size = m_image.bytes().size() - start;
+        BD::Tag rest;
+        static_cast<void>(rest.setData(m_image.bytes().data() + start, // always succeeds
+                                       static_cast<unsigned>(std::min(size, MOST_SHOWN))));
+        add(Finding::Weight::NOTE, start,
+            "no terminator comes before this; " + std::to_string(size) +
+                " bytes are left: " + hexDigits(rest) + (size > MOST_SHOWN ? "..." : ""));
     }
 
     void addMissingTerminator() {

@@ -48,7 +48,11 @@ TEST(DescriptorCheck, ReportsEachFaultWithItsOffset) {
         {PRODUCT + "00", false, "warning 8 the image ends with a single byte and" + unended},
         {PRODUCT + "00 07 00", false,
          "corrupt 8 CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length (chunkLen=0 is too "
-         "small) at pos=10;"},
+         "small) at pos=10;note 8 no terminator comes before this; 3 bytes are left: 000700;"},
+        {PRODUCT + "00 07 00 03 " + MAC_X + "FF FF ", true,
+         "corrupt 8 CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length (chunkLen=3 is too "
+         "small) at pos=10;note 8 no terminator comes before this; 18 bytes are left: "
+         "000700030001000c0200000000070000...;"},
         {PRODUCT + PRODUCT + END, false, "warning 8 ProductID: is also at 0 (expected one);"},
         {"80 0E 00 06 00 78 " + END, false, "warning 0 DspChannels: has 2 bytes (expected 4);"},
         {"00 05 00 07 61 62 63 00 2D 00 05 12 " + END, false,

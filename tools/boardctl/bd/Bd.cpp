@@ -5,7 +5,8 @@
 namespace boardctl {
 
 void addBd(CLI::App& app, Options& options) {
-    CLI::App& bd = addGroup(app, "bd", "The board descriptor: show, check, compare, build and edit it");
+    CLI::App& bd =
+        addGroup(app, "bd", "The board descriptor: show, check, compare, build and edit it");
     for (const auto add :
          {addBdShow, addBdDump, addBdBuild, addBdGet, addBdSet, addBdAdd, addBdInsert, addBdRemove})
         add(bd, options);

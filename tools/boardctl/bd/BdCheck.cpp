@@ -19,7 +19,7 @@ namespace {
 struct CheckWords {
     std::vector<std::string> images; ///< none: the board's descriptor
     std::string required;            ///< tags with commas between them
-    bool isStrict = false;
+    bool isStrict = false, quiet = false;
 };
 
 const char* nameOf(board::Finding::Weight weight) {
@@ -73,7 +73,9 @@ public:
         const BdSource chosen(m_options, image);
         return printImage(chosen.source(), [&](const board::TagImage& loaded) {
             const auto findings = board::checkImage(loaded, chosen.source().isDevice(), m_required);
-            if (m_options.json)
+            if (m_words.quiet)
+                json = nullptr;
+            else if (m_options.json)
                 json = toJson(loaded, findings);
             else
                 printForPeople(loaded, findings, start);
@@ -99,13 +101,13 @@ public:
                 complain(error.what());
                 worst = FAILED;
             }
-            if (!m_options.json)
+            if (!m_options.json || m_words.quiet)
                 continue;
             ordered_json entry = {{"image", image}};
             entry.update(json);
             all.push_back(std::move(entry));
         }
-        if (m_options.json)
+        if (m_options.json && !m_words.quiet)
             printJson(all);
         return worst;
     }
@@ -124,7 +126,7 @@ int check(const Options& options, const CheckWords& words) {
         return check.checkAll();
     ordered_json json;
     const int status = check.check(words.images.empty() ? "" : words.images.front(), "", json);
-    if (options.json)
+    if (options.json && !words.quiet)
         printJson(json);
     return status;
 }
@@ -144,6 +146,7 @@ void addBdCheck(CLI::App& bd, Options& options) {
         ->check(notEmpty())
         ->type_name("TAG,...");
     command.add_flag("--strict", words.isStrict, "Exit with 3 after a note too");
+    command.add_flag("-q,--quiet", words.quiet, "Print no findings");
     addExamples(command, {"bd check", "bd check --strict units/*.bin",
                           "bd check --require ProductID,MacAddress,5 unit.bin"});
 }
