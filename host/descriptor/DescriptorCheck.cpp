@@ -40,7 +40,7 @@ public:
         if (const auto& fault = m_image.fault())
             addFault(*fault);
         else if (!blank.empty())
-            add(Finding::Weight::WARNING, 0,
+            add(Finding::Weight::BLANK, 0,
                 std::string(m_isDevice ? "the device is " : "the image is ") +
                     (m_image.bytes().front() == '\0' ? "zeroed: " : "erased: ") + blank);
         else if (m_image.terminator())

@@ -15,6 +15,7 @@ struct Finding {
     enum class Weight {
         CORRUPT, ///< the image can't be loaded whole
         WARNING, ///< it loads, but is probably a mistake
+        BLANK,   ///< it is erased or zeroed: right for a new board, wrong for one in use
         NOTE     ///< nothing is wrong
     };
     Weight weight;

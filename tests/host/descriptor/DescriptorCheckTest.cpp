@@ -14,6 +14,7 @@ std::string findingsIn(const std::string& image, bool isDevice,
     for (const Finding& finding : board::checkImage(imageOf(image), isDevice, required))
         lines += std::string(finding.weight == Finding::Weight::CORRUPT   ? "corrupt "
                              : finding.weight == Finding::Weight::WARNING ? "warning "
+                             : finding.weight == Finding::Weight::BLANK   ? "blank "
                                                                           : "note ") +
                  std::to_string(finding.offset) + " " + finding.text + ";";
     return lines;
@@ -37,8 +38,8 @@ TEST(DescriptorCheck, ReportsEachFaultWithItsOffset) {
         {PRODUCT + "00 00", false, ""},
         {PRODUCT + "FF FF FF FF FF", false, "note 8 " + erased},
         {PRODUCT + "FF FF FF 12", false, "note 8 " + erased + "warning 11 " + stray},
-        {"FF FF FF FF FF", true, "warning 0 the device is erased: all 5 bytes are 0xFF;"},
-        {"00 00 00 00", false, "warning 0 the image is zeroed: all 4 bytes are 0x00;"},
+        {"FF FF FF FF FF", true, "blank 0 the device is erased: all 5 bytes are 0xFF;"},
+        {"00 00 00 00", false, "blank 0 the image is zeroed: all 4 bytes are 0x00;"},
         {END, true, ""},
         {MAC_X + MAC_Y + "00 01 00 0C 02 00 00 00 00 07 00 02 " + END, false,
          "warning 24 MacAddress: 02:00:00:00:00:07 is also at 0 (expected each address once);"},

@@ -27,6 +27,7 @@ const char* nameOf(board::Finding::Weight weight) {
     case board::Finding::Weight::CORRUPT:
         return "corrupt";
     case board::Finding::Weight::WARNING:
+    case board::Finding::Weight::BLANK:
         return "warning";
     case board::Finding::Weight::NOTE:
         break;
