@@ -27,6 +27,11 @@ def table(rows):
         f"group={i % 5 + 1},time_ms={i % 7 * 100}}}" for i in range(rows)) + "]\n"
 
 
+def object_with(keys):
+    """A list of one tag whose name, which is ignored, is an object."""
+    return '[{"id":5,"data":"","name":{' + ",".join(f'"k{i}":1' for i in range(keys)) + "}}]"
+
+
 class Growth:
     """The inputs, in a folder that exists until the end of the `with` block."""
 
@@ -42,6 +47,8 @@ class Growth:
             with open(f"{self.folder}list{tags}", "wb") as file:
                 subprocess.run([self.boardctl, "bd", "dump", file.name.replace("list", "image")], stdout=file,
                                check=True)
+            with open(f"{self.folder}keys{tags}", "w", encoding="utf-8") as file:
+                file.write(object_with(tags))
         return self
 
     def __exit__(self, *_):
@@ -100,6 +107,7 @@ def figures(tree):
                             ("bd compare, all different", "bd compare @image10 @image#"),
                             ("bd set", "bd set 1.0=hex:ffff -i @image# --dry-run")):
             yield f"{name} per tag", *growth.of(words, MANY)
+        yield "bd build per key of an object", *growth.of("bd build @keys# -o -", MANY)
         for name, words in (("leds check", "leds check"), ("leds preview", "leds preview --ticks 20"),
                             ("check", "check"), ("info", "info")):
             yield f"{name} per row", *growth.of(words + " --board @rows#/board.toml", MANY)
