@@ -12,6 +12,7 @@ import platform
 import subprocess
 import sys
 
+import growth
 import host
 
 # The limit of a figure: a multiple of its floor, or nanoseconds if it has no floor.
@@ -37,6 +38,8 @@ LIMITS = {
 MOST_ALLOCATIONS = 0
 # The time of a load per tag must not grow with the number of tags.
 PER_TAG = [("load 64 KiB, 1000 tags", 1000), ("load 64 KiB, 10000 tags", 10000)]
+# The instructions per item must not grow with the number of items.
+MOST_GROWTH = 1.2
 MOST_BYTES = 96 * 1024
 MOST_MEMORY = 2
 MOST_WAKES = 11  # per second; the LED sequencer alone needs ten, one per tick
@@ -83,6 +86,8 @@ def all_rows(tree, arm_tree):
                   **{key: value for key, value in figures[name].items() if key != "ns"})
     few, many = (figures[name]["ns"] / tags for name, tags in PER_TAG)
     yield row("load per tag, 10000 vs. 1000 tags", many, few, 1)
+    for name, many, few in growth.figures(tree):
+        yield row(name, many, few, MOST_GROWTH, "instr")
     memory, floor = host.peak_memory(tree)
     yield row("boardctl run, peak memory", memory, floor, MOST_MEMORY, "kB")
     wakes, share = host.at_rest(tree)

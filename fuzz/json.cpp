@@ -49,7 +49,7 @@ bool reads(const std::string& text, std::vector<Entry>& entries) {
     try {
         tags = board::tagsFromJson(text, "tags.json");
     } catch (const board::Error& error) {
-        expect(std::string(error.what()).rfind("tags.json: ", 0) == 0, "an error names its source");
+        expect(std::string(error.what()).rfind("tags.json:", 0) == 0, "an error names its source");
         return false;
     }
     entries = entriesOf(tags);
@@ -73,6 +73,26 @@ std::string hexDigits(const std::string& data, const char* digits) {
     return text;
 }
 
+/// The data as a member with the type that its length suggests.
+std::string typed(const std::string& bytes) {
+    const auto number = [&bytes] {
+        unsigned value = 0;
+        for (const char c : bytes)
+            value = value << 8 | static_cast<unsigned char>(c);
+        return std::to_string(value);
+    };
+    if (bytes.size() == 1)
+        return "\"u8\":" + number();
+    if (bytes.size() == 2)
+        return "\"u16\":\"" + number() + '"';
+    if (bytes.size() == 4)
+        return "\"uint\":" + number();
+    if (bytes.find_first_of("\"\\") == std::string::npos &&
+        std::all_of(bytes.begin(), bytes.end(), [](char c) { return c >= ' ' && c <= '~'; }))
+        return "\"text\":\"" + bytes + '"';
+    return "\"hex\":\"" + hexDigits(bytes, "0123456789abcdef") + '"';
+}
+
 enum class Mistake {
     NONE,
     LENGTH,
@@ -92,6 +112,8 @@ std::string written(const Entry& entry, FuzzedDataProvider& data, Mistake mistak
     const char* const blank = data.PickValueInArray({"", " ", "\n\t"});
     std::string id = std::to_string(mistake == Mistake::ID_TOO_LARGE ? 65535 : entry.id);
     if (mistake == Mistake::ID_TEXT)
+        id = '"' + id + ".0\"";
+    else if (entry.id != 0 && data.ConsumeBool())
         id = '"' + id + '"';
     std::string digits =
         hexDigits(entry.data, data.ConsumeBool() ? "0123456789abcdef" : "0123456789ABCDEF");
@@ -105,7 +127,9 @@ std::string written(const Entry& entry, FuzzedDataProvider& data, Mistake mistak
         digits += "0g";
     std::vector<std::string> members = {"\"id\":" + id};
     if (mistake != Mistake::NO_DATA)
-        members.push_back("\"data\": \"" + digits + '"');
+        members.push_back(mistake == Mistake::NONE && data.ConsumeBool()
+                              ? typed(entry.data)
+                              : "\"data\": \"" + digits + '"');
     if (data.ConsumeBool() || mistake == Mistake::LENGTH)
         members.push_back("\"length\" :" +
                           std::to_string(digits.size() / 2 + (mistake == Mistake::LENGTH ? 1 : 0)));

@@ -10,6 +10,7 @@ import subprocess
 import sys
 
 FILES = {"FILE", "IMAGE", "DIR"}  # placeholders in a help text that stand for a file name
+MOST_REPEATED = 20  # words that are completed for an argument that can be repeated
 HERE = pathlib.Path(__file__).parent
 
 
@@ -35,8 +36,10 @@ def sections(text):
 def words_of(kind):
     """Returns the possible values of an argument as rows of words: "@" is a file, "*" any text, and
     every other word stands for itself."""
+    count = MOST_REPEATED if kind.endswith(" ...") else 1
+    kind = kind.removesuffix(" ...")
     if kind in FILES:
-        return [["@"]]
+        return [["@"] * count]
     return [["*" if re.search(r"[^a-z0-9]", word) else word for word in row.split()]
             for row in kind.split("|")]
 

@@ -54,7 +54,7 @@ install(CODE "
 install(SCRIPT packaging/systemd/units.cmake COMPONENT boardctl)
 install(FILES packaging/boardctl.tmpfiles.conf
     DESTINATION lib/tmpfiles.d RENAME boardctl.conf COMPONENT boardctl)
-install(FILES host/status/org.boarddrivers.Host.varlink
+install(FILES host/status/org.boarddrivers.Host.varlink packaging/tags.schema.json
     DESTINATION ${CMAKE_INSTALL_DATADIR}/boarddrivers COMPONENT boardctl)
 set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/boardctl)
 install(FILES packaging/linux-board.toml DESTINATION ${documents}/examples COMPONENT boardctl)

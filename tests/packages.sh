@@ -43,7 +43,8 @@ done <"$root/programs"
 
 library=$(find "$root" -name libboarddrivers.so.1)
 for file in "${library%.1}" "$root/usr/include/boarddrivers/CBoardDescr.h" \
-    "$root/etc/boarddrivers" "$root/usr/lib/tmpfiles.d/boardctl.conf" "$root/usr/share/doc/boardctl/board-guide.md" "$root/usr/share/bash-completion/completions/boardctl" \
+    "$root/etc/boarddrivers" "$root/usr/lib/tmpfiles.d/boardctl.conf" "$root/usr/share/doc/boardctl/board-guide.md" "$root/usr/share/boarddrivers/tags.schema.json" \
+    "$root/usr/share/bash-completion/completions/boardctl" \
     "$root/usr/share/zsh/vendor-completions/_boardctl"; do
     [[ -e $file ]] || fail "there is no $file"
 done

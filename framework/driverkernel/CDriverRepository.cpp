@@ -1,6 +1,5 @@
 #include "CDriverRepository.h"
 
-#include <algorithm>
 #include <atomic>
 
 #include "DRIVER.h"
@@ -17,21 +16,21 @@ XCode notFound(const String& name) {
 
 } // namespace
 
-std::vector<TYPtr<IDriver>>::iterator CDriverRepository::find(const String& name) {
-    return std::find_if(m_drivers.begin(), m_drivers.end(), [&](const TYPtr<IDriver>& driver) {
-        return driver->getDriverName() == name;
-    });
-}
-
 XCode CDriverRepository::registerDriver(IDriver* driver) {
     if (!driver)
         return XCode(XCode::FAILURE, "NO DRIVER TO REGISTER");
     const TYLockHolder hold(&m_lock);
     const String& name = driver->getDriverName();
-    if (find(name) != m_drivers.end())
+    const auto [place, isNew] = m_places.emplace(name, m_drivers.end());
+    if (!isNew)
         return XCode(XCode::FAILURE,
                      String::format("DRIVER '%s' ALREADY REGISTERED", name.c_str()));
-    m_drivers.emplace_back(driver);
+    try {
+        place->second = m_drivers.emplace(m_drivers.end(), driver);
+    } catch (...) {
+        m_places.erase(place);
+        throw;
+    }
     driver->setDriverRepository(this);
     return XCode();
 }
@@ -40,11 +39,12 @@ XCode CDriverRepository::unregisterDriver(const String& name) {
     TYPtr<IDriver> removed; // outlives the lock below, so the driver is released without it
     {
         const TYLockHolder hold(&m_lock);
-        const auto found = find(name);
-        if (found == m_drivers.end())
+        const auto found = m_places.find(name);
+        if (found == m_places.end())
             return notFound(name);
-        removed = std::move(*found);
-        m_drivers.erase(found);
+        removed = std::move(*found->second);
+        m_drivers.erase(found->second);
+        m_places.erase(found);
         // Still under the lock, because another thread may register the driver again right
         // afterwards.
         removed->setDriverRepository(nullptr);
@@ -56,9 +56,9 @@ XCode CDriverRepository::queryDriver(const String& name, const VELM_UUID& iid, v
     TYPtr<IDriver> driver;
     {
         const TYLockHolder hold(&m_lock);
-        const auto found = find(name);
-        if (found != m_drivers.end())
-            driver = *found;
+        const auto found = m_places.find(name);
+        if (found != m_places.end())
+            driver = *found->second;
     }
     if (driver)
         return driver->queryInterface(iid, object);

@@ -1,9 +1,11 @@
 #pragma once
 
-#include <vector>
+#include <list>
+#include <map>
 
 #include "IDriver.h"
 #include "IDriverRepository.h"
+#include "String.h"
 #include "TYPtr.h"
 #include "TYRecursiveLock.h"
 
@@ -20,8 +22,9 @@ public:
     TYLock* getLock() override;
 
 private:
-    std::vector<TYPtr<IDriver>>::iterator find(const String& name);
+    using Drivers = std::list<TYPtr<IDriver>>;
 
     TYRecursiveLock m_lock;
-    std::vector<TYPtr<IDriver>> m_drivers;
+    Drivers m_drivers;
+    std::map<String, Drivers::iterator> m_places; ///< of each driver, by name
 };

@@ -23,6 +23,9 @@ public:
     /// sockets, and if the file can't be opened or locked.
     explicit FileReplacement(const std::string& path, Manner manner = Manner::BY_KIND);
 
+    /// Whether there was a file when this object was made; it is locked since then.
+    bool exists() const { return m_lock.isOpen(); }
+
     /// Whether `commit` writes in place.
     bool isInPlace() const { return m_inPlace; }
 

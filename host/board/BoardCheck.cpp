@@ -117,7 +117,8 @@ void BoardCheck::check(const DescriptorProfile& descriptor) {
         const std::string path = m_locator.locate(descriptor.device.path);
         const auto source = DescriptorSource::ofBoard(path, descriptor.readChunk, descriptor.size);
         for (const Finding& finding : checkImage(source.load(), true))
-            if (finding.weight != Finding::Weight::NOTE)
+            if (finding.weight == Finding::Weight::CORRUPT ||
+                finding.weight == Finding::Weight::WARNING)
                 add(finding.weight == Finding::Weight::CORRUPT ? Level::ERROR : Level::WARNING,
                     descriptor.device,
                     path + ": at " + std::to_string(finding.offset) + ": " + finding.text);

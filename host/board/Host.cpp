@@ -55,12 +55,6 @@ std::optional<FileIdentity> identityIfNamed(const NamedPath& named, const std::s
     return named.path == path ? std::nullopt : tryIdentify(path);
 }
 
-template <class Devices>
-auto findNamed(Devices& devices, const std::string& name) -> decltype(devices.begin()) {
-    return std::find_if(devices.begin(), devices.end(),
-                        [&](const Device& device) { return device.name == name; });
-}
-
 } // namespace
 
 const char* kindName(DeviceKind kind) {
@@ -99,8 +93,8 @@ Host::~Host() {
 }
 
 const Device* Host::find(const std::string& name) const {
-    const auto found = findNamed(m_devices, name);
-    return found != m_devices.end() ? &*found : nullptr;
+    const auto found = m_places.find(name);
+    return found != m_places.end() ? &m_devices[found->second] : nullptr;
 }
 
 std::optional<std::string> Host::faultOf(const std::string& name) const {
@@ -109,11 +103,8 @@ std::optional<std::string> Host::faultOf(const std::string& name) const {
 }
 
 HostedFan* Host::fan(const std::string& name) const {
-    const auto found =
-        std::find_if(m_fans.begin(), m_fans.end(), [&](const TYPPtr<HostedFan>& each) {
-            return each->getDriverName() == String(name.c_str());
-        });
-    return found != m_fans.end() ? &**found : nullptr;
+    const auto found = m_fansByName.find(name);
+    return found != m_fansByName.end() ? found->second : nullptr;
 }
 
 std::vector<std::string> Host::giveBack() const {
@@ -168,11 +159,12 @@ void Host::connect(DriverConnection& connection, Device& device) {
 }
 
 void Host::reconnect(const std::string& name) {
-    const auto device = findNamed(m_devices, name);
+    const auto place = m_places.find(name);
     const bool isRegistered =
         std::find(m_registered.begin(), m_registered.end(), name.c_str()) != m_registered.end();
-    if (device == m_devices.end() || !isRegistered)
+    if (place == m_places.end() || !isRegistered)
         return;
+    Device* const device = &m_devices[place->second];
     if (device->kind == DeviceKind::DESCRIPTOR && !m_descriptorPath.empty())
         locateDescriptor(*device, *m_descriptorProfile);
     const auto connection =
@@ -199,6 +191,7 @@ void Host::addFan(const FanProfile& profile) {
     auto* const driver = new HostedFan(DRIVER::INSTANCE(), DriverConnection::endpointOf(profile),
                                        profile, device.path, m_locator);
     m_fans.emplace_back(driver); // one more reference
+    m_fansByName.emplace(profile.name, driver);
     connect(std::move(device), profile, driver, {answer(MSG_GET_MAXIMUM, profile.maximum)});
 }
 
@@ -285,7 +278,7 @@ void Host::loadPreferences(const NamedPath& file) {
     } catch (const Error& error) {
         device.fault = error.what();
     }
-    m_devices.push_back(std::move(device));
+    append(std::move(device));
 }
 
 void Host::enroll(Device device, IDriver& driver) {
@@ -294,6 +287,11 @@ void Host::enroll(Device device, IDriver& driver) {
         m_registered.push_back(driver.getDriverName());
     else if (!device.fault)
         device.fault = status.getMessage().c_str();
+    append(std::move(device));
+}
+
+void Host::append(Device device) {
+    m_places.emplace(device.name, m_devices.size());
     m_devices.push_back(std::move(device));
 }
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "CBoardDescr.h"
@@ -126,12 +127,15 @@ private:
     void addCapacity(const VoipProfile& profile);
     void loadPreferences(const NamedPath& file);
     void enroll(Device device, IDriver& driver);
+    void append(Device device);
 
     const DeviceLocator m_locator;
     std::vector<Device> m_devices;
+    std::unordered_map<std::string, std::size_t> m_places; // of the devices, by name
     std::vector<String> m_registered;
     std::vector<DriverConnection> m_connections;
     std::vector<TYPPtr<HostedFan>> m_fans; // also among the connections
+    std::unordered_map<std::string, HostedFan*> m_fansByName;
     const DescriptorProfile* m_descriptorProfile = nullptr;
     std::string m_descriptorPath; // the descriptor's driver keeps a pointer to it
     TYPPtr<CBoardDescr> m_descriptor;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <unordered_map>
 
 #include "board/Host.h"
 
@@ -64,13 +65,14 @@ private:
 
 void addDevices(Families& families, const Host& host, const Report& report) {
     families.begin("board_device_up", "1 if a device of the board can be used, 0 if not.");
+    std::unordered_map<std::string, const DriverReport*> drivers;
+    for (const DriverReport& driver : report.drivers)
+        drivers.emplace(driver.name, &driver);
     for (const Device& device : host.devices()) {
-        const auto driver =
-            std::find_if(report.drivers.begin(), report.drivers.end(),
-                         [&](const DriverReport& any) { return any.name == device.name; });
-        const bool isUp = driver == report.drivers.end() ? !device.fault : !driver->fault;
-        families.add("{kind=" + labelText(kindName(device.kind)) +
-                         ",device=" + labelText(device.name) + "}",
+        const auto driver = drivers.find(device.name);
+        const bool isUp = driver == drivers.end() ? !device.fault : !driver->second->fault;
+        families.add("{kind=" + labelText(kindName(device.kind)) + ",device=" + labelText(device.name) +
+                         "}",
                      isUp ? 1 : 0);
     }
     if (report.firmware)

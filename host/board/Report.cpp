@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <limits>
+#include <unordered_map>
 #include <utility>
 
 #include "DRIVER.h"
@@ -25,36 +26,55 @@ DriverReport reportOf(const Host& host, const String& name) {
     return report;
 }
 
+/// A report while it is being made.
+class Draft {
+public:
+    void add(DriverReport driver) {
+        m_places.emplace(driver.name, report.drivers.size());
+        report.drivers.push_back(std::move(driver));
+    }
+
+    /// The driver with that name; null if there is none. Valid until the next one is added.
+    DriverReport* find(const std::string& name) {
+        const auto place = m_places.find(name);
+        return place == m_places.end() ? nullptr : &report.drivers[place->second];
+    }
+
+    Report report;
+
+private:
+    std::unordered_map<std::string, std::size_t> m_places; ///< in `report.drivers`
+};
+
 /// Keeps a reading. Its fault also becomes the driver's, unless the driver has one already.
 template <class DeviceReading>
-void add(Report& report, std::vector<DeviceReading>& readings, DeviceReading reading) {
-    for (DriverReport& driver : report.drivers)
-        if (driver.name == reading.name && !driver.fault)
-            driver.fault = reading.fault();
+void add(Draft& draft, std::vector<DeviceReading>& readings, DeviceReading reading) {
+    DriverReport* const driver = draft.find(reading.name);
+    if (driver && !driver->fault)
+        driver->fault = reading.fault();
     readings.push_back(std::move(reading));
 }
 
 /// Replaces the rows of driver `name` by what `change` makes of each. An empty value removes a row.
-void changeRows(Report& report, const std::string& name,
+void changeRows(Draft& draft, const std::string& name,
                 const std::function<String(const InfoContainer::Row&)>& change) {
-    for (DriverReport& driver : report.drivers) {
-        if (driver.name != name)
-            continue;
-        InfoContainer rows;
-        for (const InfoContainer::Row& row : driver.rows.getRows()) {
-            const String value = row.level == 0 ? row.value : change(row);
-            if (row.level == 0 || !value.isEmpty())
-                rows.add(row.level, row.index, row.key, value);
-        }
-        driver.rows = std::move(rows);
+    DriverReport* const driver = draft.find(name);
+    if (!driver)
+        return;
+    InfoContainer rows;
+    for (const InfoContainer::Row& row : driver->rows.getRows()) {
+        const String value = row.level == 0 ? row.value : change(row);
+        if (row.level == 0 || !value.isEmpty())
+            rows.add(row.level, row.index, row.key, value);
     }
+    driver->rows = std::move(rows);
 }
 
 /// The driver prints "off" for an LED that it could not read, and its own description, which is
 /// empty before it is connected. The reading knows both.
-void addLed(Report& report, const LedReading& led) {
-    add(report, report.leds, led);
-    changeRows(report, led.name, [&](const InfoContainer::Row& row) -> String {
+void addLed(Draft& draft, const LedReading& led) {
+    add(draft, draft.report.leds, led);
+    changeRows(draft, led.name, [&](const InfoContainer::Row& row) -> String {
         if (row.key == "Description")
             return led.description.c_str();
         if (row.key == "Status")
@@ -63,16 +83,17 @@ void addLed(Report& report, const LedReading& led) {
     });
 }
 
-void addReading(const Host& host, Report& report, const Device& device) {
+void addReading(const Host& host, Draft& draft, const Device& device) {
+    Report& report = draft.report;
     switch (device.kind) {
     case DeviceKind::FAN:
-        return add(report, report.fans, readFan(host, device.name));
+        return add(draft, report.fans, readFan(host, device.name));
     case DeviceKind::THERMAL:
-        return add(report, report.temperatures, readTemperature(host, device.name));
+        return add(draft, report.temperatures, readTemperature(host, device.name));
     case DeviceKind::POWER:
-        return add(report, report.powers, readPower(host, device.name));
+        return add(draft, report.powers, readPower(host, device.name));
     case DeviceKind::LED:
-        return addLed(report, readLed(host, device.name));
+        return addLed(draft, readLed(host, device.name));
     case DeviceKind::DESCRIPTOR:
     case DeviceKind::VOIP:
     case DeviceKind::PREFERENCES:
@@ -82,11 +103,11 @@ void addReading(const Host& host, Report& report, const Device& device) {
 
 /// Adds the figures that were determined, and removes the rows of the others: the driver prints the
 /// largest number for unknown channels, and zeros before the capacity has been determined.
-void addCapacity(Report& report, const CResourceVoip& driver, bool isDetermined) {
+void addCapacity(Draft& draft, const CResourceVoip& driver, bool isDetermined) {
     const std::optional<unsigned> channels = dspChannelsOf(driver);
     if (isDetermined)
-        report.capacity = CapacityReport{channels, driver.getSipLegCount()};
-    changeRows(report, CAPACITY_DRIVER, [&](const InfoContainer::Row& row) -> String {
+        draft.report.capacity = CapacityReport{channels, driver.getSipLegCount()};
+    changeRows(draft, CAPACITY_DRIVER, [&](const InfoContainer::Row& row) -> String {
         const bool isOfChannels = row.key == "DSP Channels" || row.key == "Transcoding";
         const bool isKnown =
             row.key == "Border Controller" || (isDetermined && (channels || !isOfChannels));
@@ -144,7 +165,8 @@ std::optional<unsigned> dspChannelsOf(const CResourceVoip& capacity) {
 }
 
 Report makeReport(const Host& host) {
-    Report report;
+    Draft draft;
+    Report& report = draft.report;
     const auto descriptor = host.descriptor() ? loadDescriptor(host) : Result<void>();
     const auto capacity = host.capacity() ? settleCapacity(host) : Result<void>();
     VELM_List<String> names;
@@ -155,15 +177,15 @@ Report makeReport(const Host& host) {
             driver.fault = faultIn(descriptor);
         else if (name == CAPACITY_DRIVER)
             driver.fault = faultIn(capacity);
-        report.drivers.push_back(std::move(driver));
+        draft.add(std::move(driver));
     }
     for (const Device& device : host.devices())
-        addReading(host, report, device);
+        addReading(host, draft, device);
     if (host.descriptor() && descriptor)
         report.identity = identityOf(*host.descriptor());
     if (host.capacity())
-        addCapacity(report, *host.capacity(), static_cast<bool>(capacity));
-    return report;
+        addCapacity(draft, *host.capacity(), static_cast<bool>(capacity));
+    return std::move(draft.report);
 }
 
 } // namespace board

@@ -1,10 +1,10 @@
 #include "descriptor/DescriptorCheck.h"
 
 #include <algorithm>
-#include <map>
+#include <string>
+#include <unordered_map>
 
 #include "BD_TagMeaning.h"
-#include "descriptor/TagWords.h"
 
 namespace board {
 
@@ -14,17 +14,37 @@ bool isBlank(char c) {
     return c == '\0' || c == '\xFF';
 }
 
+/// "all 512 bytes are 0xFF" if an image is nothing but one blank byte repeated, and needs no tags
+/// to look like that; otherwise empty.
+std::string blankness(const std::string& bytes) {
+    constexpr std::size_t LEAST = 4; // a whole terminator
+    const bool isBlankOnly = bytes.size() >= LEAST && isBlank(bytes.front()) &&
+                             bytes.find_first_not_of(bytes.front()) == std::string::npos;
+    if (!isBlankOnly)
+        return "";
+    return "all " + std::to_string(bytes.size()) +
+           (bytes.front() == '\0' ? " bytes are 0x00" : " bytes are 0xFF");
+}
+
 class Checker {
 public:
-    Checker(const TagImage& image, bool isDevice) : m_image(image), m_isDevice(isDevice) {}
+    Checker(const TagImage& image, bool isDevice, const std::vector<TagPlace>& required)
+        : m_image(image), m_isDevice(isDevice), m_required(required) {}
 
     std::vector<Finding> check() {
         for (const ImageTag& tag : m_image.tags())
             checkTag(tag);
+        for (const TagPlace& place : m_required)
+            checkRequired(place);
+        const std::string blank = blankness(m_image.bytes());
         if (const auto& fault = m_image.fault())
-            add(Finding::Weight::CORRUPT, m_image.usedBytes(), *fault);
+            addFault(*fault);
+        else if (!blank.empty())
+            add(Finding::Weight::BLANK, 0,
+                std::string(m_isDevice ? "the device is " : "the image is ") +
+                    (m_image.bytes().front() == '\0' ? "zeroed: " : "erased: ") + blank);
         else if (m_image.terminator())
-            checkRest();
+            checkEnd();
         else
             addMissingTerminator();
         return std::move(m_findings);
@@ -45,9 +65,42 @@ private:
         if (tag.length % 2 != 0)
             warn("has an odd length of " + std::to_string(tag.length) +
                  "; storing and loading it adds a zero byte");
-        const auto [former, isFirst] = m_firstOf.emplace(tag.id, checked.offset);
-        if (!isFirst && BD::meaningOf(tag.id).isSingle)
-            warn("is also at " + std::to_string(former->second) + " (expected one)");
+        std::vector<const ImageTag*>& alike = m_tagsOf[tag.id];
+        alike.push_back(&checked);
+        const BD::TagMeaning meaning = BD::meaningOf(tag.id);
+        if (alike.size() > 1 && meaning.isSingle)
+            warn("is also at " + std::to_string(alike.front()->offset) + " (expected one)");
+        if (meaning.kind == BD::TagKind::MAC && tag.length == meaning.size) {
+            const auto address = macOf(tag);
+            const auto [former, isNew] = m_addresses.emplace(address->mac, checked.offset);
+            if (!isNew)
+                warn(address->mac + " is also at " + std::to_string(former->second) +
+                     " (expected each address once)");
+        }
+    }
+
+    void checkRequired(const TagPlace& place) {
+        const auto found = m_tagsOf.find(place.id);
+        const std::string name =
+            tagName(place.id) + (place.index > 0 ? "." + std::to_string(place.index) : "");
+        if (found == m_tagsOf.end() || place.index >= found->second.size())
+            add(Finding::Weight::WARNING, m_image.usedBytes(), name + ": is missing (required)");
+        else if (const ImageTag& tag = *found->second[place.index]; tag.tag.length == 0)
+            add(Finding::Weight::WARNING, tag.offset, name + ": is empty (required)");
+    }
+
+    /// What follows is often the rest of an older image.
+    void addFault(const std::string& fault) {
+        constexpr std::size_t MOST_SHOWN = 16;
+        const std::size_t start = m_image.usedBytes();
+        add(Finding::Weight::CORRUPT, start, fault);
+        const std::size_t size = m_image.bytes().size() - start;
+        BD::Tag rest;
+        static_cast<void>(rest.setData(m_image.bytes().data() + start, // always succeeds
+                                       static_cast<unsigned>(std::min(size, MOST_SHOWN))));
+        add(Finding::Weight::NOTE, start,
+            "no terminator comes before this; " + std::to_string(size) +
+                " bytes are left: " + hexDigits(rest) + (size > MOST_SHOWN ? "..." : ""));
     }
 
     void addMissingTerminator() {
@@ -55,7 +108,16 @@ private:
         const bool hasStrayByte = end < m_image.bytes().size();
         add(Finding::Weight::WARNING, end,
             std::string("the image ends ") + (hasStrayByte ? "with a single byte and " : "") +
-                "without a terminator (expected 00 00 00 04)");
+                "without a terminator (expected 00 00 00 04); written to a used device, the rest "
+                "of its old image would follow");
+    }
+
+    void checkEnd() {
+        const std::size_t end = *m_image.terminator();
+        if (m_image.bytes()[end] == '\xFF')
+            add(Finding::Weight::NOTE, end,
+                "the tags end at erased bytes, without a terminator (expected 00 00 00 04)");
+        checkRest();
     }
 
     void checkRest() {
@@ -79,7 +141,9 @@ private:
 
     const TagImage& m_image;
     const bool m_isDevice;
-    std::map<BD::TagId, std::size_t> m_firstOf;
+    const std::vector<TagPlace>& m_required;
+    std::unordered_map<BD::TagId, std::vector<const ImageTag*>> m_tagsOf;
+    std::unordered_map<std::string, std::size_t> m_addresses; ///< where each is first
     std::vector<Finding> m_findings;
 };
 
@@ -93,8 +157,12 @@ std::optional<std::string> wrongSizeOf(const BD::Tag& tag) {
            std::to_string(expected) + ")";
 }
 
-std::vector<Finding> checkImage(const TagImage& image, bool isDevice) {
-    return Checker(image, isDevice).check();
+std::vector<Finding> checkImage(const TagImage& image, bool isDevice,
+                                const std::vector<TagPlace>& required) {
+    std::vector<Finding> findings = Checker(image, isDevice, required).check();
+    std::stable_sort(findings.begin(), findings.end(),
+                     [](const Finding& a, const Finding& b) { return a.offset < b.offset; });
+    return findings;
 }
 
 } // namespace board

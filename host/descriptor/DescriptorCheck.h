@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "descriptor/TagImage.h"
+#include "descriptor/TagWords.h"
 
 namespace board {
 
@@ -14,6 +15,7 @@ struct Finding {
     enum class Weight {
         CORRUPT, ///< the image can't be loaded whole
         WARNING, ///< it loads, but is probably a mistake
+        BLANK,   ///< it is erased or zeroed: right for a new board, wrong for one in use
         NOTE     ///< nothing is wrong
     };
     Weight weight;
@@ -22,8 +24,10 @@ struct Finding {
 };
 
 /// Looks at every byte of an image; findings are ordered by offset. On a device, bytes after the
-/// terminator are only a note: an earlier, longer image may have left them there.
-std::vector<Finding> checkImage(const TagImage& image, bool isDevice);
+/// terminator are only a note: an earlier, longer image may have left them there. Tags in
+/// `required` that are missing or empty are warnings at the end of the tags.
+std::vector<Finding> checkImage(const TagImage& image, bool isDevice,
+                                const std::vector<TagPlace>& required = {});
 
 /// "2 bytes (expected 4)" if the tag's identifier has a meaning that needs another size;
 /// otherwise empty.

@@ -48,6 +48,8 @@ protected:
         m_dir.write("image", IMAGE);
         m_dir.write("tags.json", R"([{"id":45,"data":"00000000"},{"id":0,"data":""}])");
         m_dir.write("other", OTHER_IMAGE);
+        m_dir.write("list.json",
+                    R"([{"id":45,"any":true},{"id":1,"size":8},{"id":5,"matches":"on."}])");
         std::filesystem::create_symlink("image", m_dir.path("link"));
         support::Program({BOARDCTL, "sim", "create", m_dir.path("board")}).finish();
         m_dir.write("board/dev/fan", "170\n");

@@ -63,6 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
                     "dev/status eeprom.bin preferences dev/tach image-info",
                     "bd show #: board.toml eeprom.bin", "bd raw #: board.toml eeprom.bin",
                     "bd dump #: board.toml eeprom.bin", "bd check #: board.toml eeprom.bin",
+                    "bd compare @board/eeprom.bin #: eeprom.bin board.toml",
                     "bd get 45 #: board.toml eeprom.bin", "bd mac list #: board.toml eeprom.bin",
                     "firmware #: board.toml image-info", "leds check #: board.toml",
                     "leds preview --ticks 1 #: board.toml"),

@@ -39,6 +39,8 @@ expect "" fan low ""
 expect "on off" led status bi ""
 expect "" led status blink ""
 expect "image.bin" bd show im
+expect "image.bin" bd check image.bin im
+expect "image.bin" bd compare list.json im
 expect "image.bin" bd set 5=u8:1 --image im
 expect "" cpu --count ""
 

@@ -8,32 +8,69 @@ TEST(TagsJson, RejectsTagsThatNoImageCanHoldOrThatMayBeAMistake) {
         std::string text;
         std::string message;
     } CASES[] = {
-        {"{}", R"(is not an array (expected [{"id":45,"data":"1234abcd"}, ...]))"},
-        {R"([{"id":1,"data":""},{"data":""}])", R"(entry 1: has no "id")"},
-        {R"([{"id":1}])", R"(entry 0: has no "data")"},
+        {"{}", R"( is not an array (expected [{"id":45,"data":"1234abcd"}, ...]))"},
+        {"[\n7\n]", R"(2: entry 0: is 7 (expected an object such as {"id":45,"data":"1234abcd"}))"},
+        {"[{\"id\":1,\"data\":\"\"},\n\n{\"data\":\"\"}]", R"(3: entry 1: has no "id")"},
+        {R"([{"id":1}])",
+         "1: entry 0: has no value (expected data, hex, text, u8, u16, u32, uint or mac)"},
         {R"([{"id":65535,"data":""}])",
-         "entry 0: id 65535 is out of range (expected 1 to 65534, or 0 for the terminator)"},
+         "1: entry 0: id 65535 is out of range (expected 1 to 65534, a name, or 0 for the "
+         "terminator)"},
         {R"([{"id":[],"data":""}])",
-         R"(entry 0: "id" is of type array (expected 1 to 65534, or 0 for the terminator))"},
+         R"(1: entry 0: "id" is of type array (expected 1 to 65534, a name, or 0 for the )"
+         "terminator)"},
+        {R"([{"id":"ProductId","data":""}])",
+         R"(1: entry 0: "id": 'ProductId' is not a tag (expected 1 to 65534, 0x1 to 0xfffe, or a )"
+         "name such as ProductID); did you mean 'ProductID'?"},
+        {R"([{"id":"5.1","data":""}])",
+         R"(1: entry 0: "id" names an occurrence; entries are counted in their order (expected )"
+         "1 to 65534, a name, or 0 for the terminator)"},
         {R"([{"id":5,"data":7}])",
-         R"(entry 0: "data" is not a text (expected hexadecimal digits))"},
-        {R"([{"id":5,"data":"123"}])",
-         R"(entry 0: "data" has 3 digits, an odd number (expected two for each byte))"},
-        {R"([{"id":5,"data":"12 4"}])", R"(entry 0: "data" is not hexadecimal at character 2)"},
+         R"(1: entry 0: "data" is not a text (expected hexadecimal digits))"},
+        {"[{\"id\":5,\n\"hex\":\"123\"}]",
+         R"(2: entry 0: "hex" has 3 digits, an odd number (expected two for each byte))"},
+        {R"([{"id":5,"data":"12 4"}])", R"(1: entry 0: "data" is not hexadecimal at character 2)"},
         {R"([{"id":5,"data":"1234","length":3}])",
-         R"(entry 0: "length" is 3 but "data" has 2 bytes)"},
-        {R"([{"id":5,"dta":"12"}])",
-         R"(entry 0: unknown key "dta" (expected id, name, length, data))"},
-        {R"([{"id":5,"data":"","data":"12"}])", R"(the key "data" occurs twice in one entry)"},
-        {R"([{"id":0,"data":"12"}])", "entry 0: id 0 is the terminator, which has no data"},
-        {R"([{"id":5,"data":")" + tooLong + "\"}]",
-         "entry 0: \"data\" has 65531 bytes, too long for a chunk (expected at most 65530)"},
-        {std::string("[\0]", 3), "holds a zero byte at 1 (expected JSON)"},
+         R"(1: entry 0: "length" is 3 but "data" has 2 bytes)"},
+        {"[{\"id\":5,\"uint\"\n:\n1, \"d\\u001bata\":\"12\"}]",
+         R"(3: entry 0: unknown key "d\x1bata" (expected id, data, hex, text, u8, u16, u32, uint, )"
+         "mac, iface, length, name or simulated); did you mean 'data'?"},
+        {R"([{"id":5,"data":"","data":"12"}])", R"(1: entry 0: the key "data" occurs twice)"},
+        {R"([{"id":5,"text":"a","hex":"61"}])",
+         R"(1: entry 0: has both "text" and "hex" (expected one value))"},
+        {R"([{"id":0,"data":"12"}])", "1: entry 0: id 0 is the terminator, which has no data"},
+        {R"([{"id":5,"text":")" + tooLong + "\"}]",
+         "1: entry 0: \"text\" has 131062 bytes, too long for a chunk (expected at most 65530)"},
+        {R"([{"id":5,"u8":256}])", R"(1: entry 0: "u8" is 256 (expected 0 to 255))"},
+        {R"([{"id":5,"uint":-1}])", R"(1: entry 0: "uint" is -1 (expected 0 to 4294967295))"},
+        {R"([{"id":5,"u16":"0x10000"}])",
+         R"(1: entry 0: "u16" '0x10000' is not a number from 0 to 65535 (expected decimal )"
+         "digits, or hexadecimal ones with 0x)"},
+        {R"([{"id":1,"mac":"02:00:00:00:00:07"}])",
+         R"(1: entry 0: "mac" needs the number of the interface (expected "iface"))"},
+        {R"([{"id":1,"mac":"01:00:00:00:00:07","iface":0}])",
+         R"(1: entry 0: "mac": '01:00:00:00:00:07' is a multicast or broadcast address )"
+         "(expected the address of one interface)"},
+        {R"([{"id":5,"data":"","iface":1}])", R"(1: entry 0: "iface" belongs to "mac")"},
+        {std::string("[\0]", 3), " holds a zero byte at 1 (expected JSON)"},
     };
     for (const auto& each : CASES)
         EXPECT_EQ(support::failureOf([&] { board::tagsFromJson(each.text, "tags"); }),
-                  "tags: " + each.message);
+                  "tags:" + each.message);
     for (const std::string text : {"[{]", "[1e400]"}) // the parser's own words
         EXPECT_NE(support::failureOf([&] { board::tagsFromJson(text, "tags"); }), "no failure");
-    EXPECT_EQ(board::tagsFromJson(R"([{"id":65534,"data":"aB","length":1}])", "tags")[0].id, 65534);
+}
+
+TEST(TagsJson, ReadsNamesAndTypedValues) {
+    const std::string text = R"([
+        {"id":"ProductID","hex":"1234aBcD","length":4},
+        {"id":"MacAddress","mac":"02:00:00:00:00:fF","iface":258},
+        {"id":"0x5","text":"\u00e9:="},
+        {"id":65534,"u8":255}, {"id":7,"u16":"0x102"}, {"id":7,"u32":16909060},
+        {"id":7,"uint":1, "name":[{"id":[]}]}, {"id":0,"data":""}])";
+    EXPECT_EQ(support::hexOf(board::imageOf(board::tagsFromJson(text, "tags"))),
+              support::toHex(
+                  support::fromHex("00 2D 00 08 12 34 AB CD 00 01 00 0C 02 00 00 00 00 FF 01 02 "
+                                   "00 05 00 08 C3 A9 3A 3D FF FE 00 06 FF 00 00 07 00 06 01 02 "
+                                   "00 07 00 08 01 02 03 04 00 07 00 08 00 00 00 01 00 00 00 04")));
 }

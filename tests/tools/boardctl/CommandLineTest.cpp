@@ -23,7 +23,7 @@ Usage: boardctl run [OPTIONS]
 Usage: boardctl info [OPTIONS]
 Usage: boardctl leds preview [OPTIONS]
 Usage: boardctl button bridge [OPTIONS] EVENT_DEVICE
-Usage: boardctl bd build [OPTIONS] TAGS
+Usage: boardctl bd build [OPTIONS] TAGS [ASSIGNMENT...]
 )sh");
 }
 

@@ -1,53 +1,135 @@
+#include <algorithm>
 #include <iostream>
 #include <string>
 #include <vector>
 
 #include "base/File.h"
 #include "base/FileReplacement.h"
+#include "bd/Assignments.h"
 #include "bd/BdCommands.h"
+#include "descriptor/DescriptorEdit.h"
 #include "descriptor/TagsJson.h"
+#include "descriptor/store/ImageBackup.h"
 #include "output/Json.h"
 #include "output/Messages.h"
 #include "program/Command.h"
 #include "program/Help.h"
 
+using nlohmann::ordered_json;
+
 namespace boardctl {
 
 namespace {
 
-constexpr std::size_t MAX_JSON_SIZE = std::size_t{16} * 1024 * 1024;
-
 struct BuildWords {
-    std::string source, target;
+    std::string source, target, backup;
+    std::vector<std::string> assignments;
+    bool isExact = false, force = false;
+    std::size_t size = 0; ///< 0: as large as the tags need
+    std::string fill;     ///< empty: FF
+};
+
+struct Built {
+    std::string image;
+    std::size_t tags; ///< including the terminator
+    std::size_t used; ///< bytes before those that fill the image up
 };
 
 std::vector<BD::Tag> readTags(const std::string& source) {
     if (source == STANDARD_STREAM)
-        return board::tagsFromJson(board::readStandardInput(MAX_JSON_SIZE), "standard input");
-    return board::tagsFromJson(board::readFile(source, MAX_JSON_SIZE), source);
+        return board::tagsFromJson(board::readStandardInput(board::MAX_TAGS_JSON),
+                                   "standard input");
+    return board::tagsFromJson(board::readFile(source, board::MAX_TAGS_JSON), source);
+}
+
+void expectSizes(const board::DescriptorEdit& edit) {
+    for (const board::TagChange& change : edit.changes())
+        if (change.wrongSize)
+            throw board::Error(board::tagName(change.after->id) + ": has " + *change.wrongSize +
+                               "; nothing was written (--force builds it anyway)");
+}
+
+Built imageOf(const BuildWords& words, const std::vector<board::Assignment>& assignments) {
+    const std::vector<BD::Tag> tags = readTags(words.source);
+    const board::TagImage listed(board::imageOf(tags));
+    board::DescriptorEdit edit(listed);
+    for (const board::Assignment& each : assignments)
+        edit.put(each);
+    if (!words.force)
+        expectSizes(edit);
+    const bool endsOpen = words.isExact && !listed.terminator();
+    const auto changes = edit.changes();
+    const auto added = std::count_if(changes.begin(), changes.end(),
+                                     [](const board::TagChange& each) { return !each.before; });
+    Built built{edit.image(), tags.size() + static_cast<std::size_t>(added), 0};
+    if (endsOpen) {
+        --built.tags;
+        built.image.resize(built.image.size() -
+                           board::imageOf({BD::Tag(board::TERMINATOR_TAG)}).size());
+    }
+    built.image += listed.bytes().substr(listed.usedBytes());
+    built.used = built.image.size();
+    const std::string needed =
+        words.source + ": the image would have " + std::to_string(built.used) + " bytes (expected ";
+    if (built.used > board::MAX_IMAGE_SIZE)
+        throw board::Error(needed + "at most " + std::to_string(board::MAX_IMAGE_SIZE) + ")");
+    if (words.size > 0 && built.used >= words.size)
+        throw board::Error(needed + "fewer than the " + std::to_string(words.size) +
+                           " of --size, because a board needs one more)");
+    built.image.resize(
+        std::max(words.size, built.used),
+        static_cast<char>(std::stoi(words.fill.empty() ? "FF" : words.fill, nullptr, 16)));
+    return built;
+}
+
+/// Stores the image in the file. If that changes a file with content, its content is kept first.
+/// Returns whether anything was written.
+bool store(const BuildWords& words, const std::string& image, std::string& backup) {
+    board::FileReplacement target(words.target);
+    // What a character device such as /dev/null holds is not read: it may have no end.
+    if (target.exists() && board::kindOf(words.target) != board::FileKind::CHARACTER_DEVICE) {
+        const std::string old = target.content(board::MAX_TAGS_JSON);
+        if (target.isInPlace() ? old.compare(0, image.size(), image) == 0 : old == image)
+            return false;
+        if (!old.empty())
+            backup = board::keepImage(old, words.target, words.backup);
+    }
+    target.commit(image);
+    return true;
 }
 
 int build(const Options& options, const BuildWords& words) {
-    const auto& [source, target] = words;
-    const bool isPrinted = target == STANDARD_STREAM;
+    const bool isPrinted = words.target == STANDARD_STREAM;
     if (isPrinted && options.json)
         throw WrongCall("-o - writes the image to standard output, so it excludes --format json");
-    const std::vector<BD::Tag> tags = readTags(source);
-    const std::string image = board::imageOf(tags);
-    if (image.size() > board::MAX_IMAGE_SIZE)
-        throw board::Error(source + ": the image would have " + std::to_string(image.size()) +
-                           " bytes (expected at most " + std::to_string(board::MAX_IMAGE_SIZE) +
-                           ")");
+    if (!words.fill.empty() && words.size == 0)
+        throw WrongCall("--fill needs --size, the size to fill the image up to");
+    const auto assignments = parseToPut(words.assignments);
+    const Built built = imageOf(words, assignments);
     if (isPrinted) {
-        std::cout << image;
+        std::cout << built.image;
         return DONE;
     }
-    board::replaceFile(target, image);
-    if (options.json)
-        printJson({{"image", target}, {"tags", tags.size()}, {"size", image.size()}});
+    std::string backup;
+    const bool isWritten = store(words, built.image, backup);
+    const std::string note = backup.empty() ? "" : "; the old file is in " + backup;
+    if (options.json) {
+        ordered_json json = {{"image", words.target},
+                             {"tags", built.tags},
+                             {"size", built.image.size()},
+                             {"used", built.used},
+                             {"result", isWritten ? "written" : "unchanged"},
+                             {"backup", nullptr}};
+        if (!backup.empty())
+            json["backup"] = backup;
+        printJson(json);
+    } else if (!backup.empty()) {
+        std::cout << words.target << ": written" << note << "\n";
+    }
     if (flushOutput())
         return DONE;
-    complain(target + ": was written anyway");
+    if (isWritten)
+        complain(words.target + ": was written anyway" + note);
     return FAILED;
 }
 
@@ -55,14 +137,16 @@ int build(const Options& options, const BuildWords& words) {
 
 void addBdBuild(CLI::App& bd, Options& options) {
     const auto [command, words] = addCommand<BuildWords>(
-        bd, options, "build", "Make an image of exactly the tags in a JSON file", build);
+        bd, options, "build", "Make an image of the tags in a JSON file, ended by a terminator",
+        build);
     command
         .add_option("TAGS", words.source,
-                    "What `bd dump` prints: [{\"id\":45,\"data\":\"1234abcd\"}, ...]; - for "
-                    "standard input")
+                    "What `bd dump` prints: [{\"id\":45,\"data\":\"1234abcd\"}, ...]; names and "
+                    "types can be used too. - for standard input")
         ->check(notEmpty())
         ->type_name("FILE")
         ->required();
+    addAssignments(command, words.assignments, "Each sets a tag of the list, or adds it");
     command
         .add_option("-o,--output", words.target,
                     "The image file; if this fails, an existing file does not change. - for "
@@ -70,7 +154,22 @@ void addBdBuild(CLI::App& bd, Options& options) {
         ->check(notEmpty())
         ->type_name("IMAGE")
         ->required();
-    addExamples(command, {"bd dump old.bin >tags.json", "bd build tags.json -o new.bin"});
+    command.add_flag("--exact", words.isExact, "Add no terminator to a list without one");
+    command.add_option("--size", words.size, "Fill the image up to this many bytes")
+        ->transform(decimal(1, board::MAX_IMAGE_SIZE))
+        ->type_name("BYTES");
+    command.add_option("--fill", words.fill, "The byte for that, in hexadecimal; by default FF")
+        ->check(hexByte())
+        ->type_name("BYTE");
+    command
+        .add_option("--backup", words.backup,
+                    "New file for the old content of IMAGE; by default a dated one in the user's "
+                    "state folder")
+        ->check(notEmpty())
+        ->type_name("FILE");
+    command.add_flag("--force", words.force, "Build tags of a wrong size from assignments too");
+    addExamples(command, {"bd dump old.bin >tags.json", "bd build tags.json -o new.bin",
+                          "bd build template.json 5=text:SN-000123 -o unit.bin --size 512"});
 }
 
 } // namespace boardctl

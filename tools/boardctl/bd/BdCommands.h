@@ -26,6 +26,7 @@ void addBdMacEdit(CLI::App& mac, Options& options); ///< set, add
 void addBdWrite(CLI::App& bd, Options& options);
 void addBdBackups(CLI::App& bd, Options& options);
 void addBdCheck(CLI::App& bd, Options& options);
+void addBdCompare(CLI::App& bd, Options& options);
 
 constexpr char TAG_HELP[] = "ID or ID.N: decimal, 0x hexadecimal or a name; N counts from 0";
 

@@ -79,7 +79,8 @@ int getAddress(const Options& options, const MacReadWords& words) {
 void addBdMacRead(CLI::App& mac, Options& options) {
     {
         const auto [command, words] = addCommand<MacReadWords>(
-            mac, options, "list", "List each address with its index and interface number", listAddresses);
+            mac, options, "list", "List each address with its index and interface number",
+            listAddresses);
         addImageWord(command, words.image);
     }
     const auto [command, words] = addCommand<MacReadWords>(

@@ -10,7 +10,7 @@ struct RemoveWords : EditWords {
     std::string tag;
 };
 
-int remove(const Options& options, const RemoveWords& words) {
+int removeTag(const Options& options, const RemoveWords& words) {
     const board::TagPlace place = orWrongCall([&] { return board::parseTagPlace(words.tag); });
     return edit(options, words,
                 [&](board::DescriptorEdit& descriptor) { descriptor.remove(place); });
@@ -20,7 +20,7 @@ int remove(const Options& options, const RemoveWords& words) {
 
 void addBdRemove(CLI::App& bd, Options& options) {
     const auto [command, words] =
-        addCommand<RemoveWords>(bd, options, "remove", "Remove a tag", remove);
+        addCommand<RemoveWords>(bd, options, "remove", "Remove a tag", removeTag);
     addWord(command, "TAG", words.tag, TAG_HELP)->required();
     addEditOptions(command, words);
 }

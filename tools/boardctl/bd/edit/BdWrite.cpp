@@ -5,6 +5,7 @@
 #include "bd/edit/StationRecord.h"
 #include "descriptor/DescriptorCheck.h"
 #include "descriptor/TagsJson.h"
+#include "descriptor/compare/ExpectedList.h"
 #include "program/Command.h"
 #include "program/Help.h"
 
@@ -12,19 +13,9 @@ namespace boardctl {
 
 namespace {
 
-constexpr std::size_t MAX_JSON_SIZE = std::size_t{16} * 1024 * 1024;
-
 struct WriteWords : EditWords {
     std::string source, fill, record;
 };
-
-/// A list of tags is text, which holds no zero byte; an image of even one tag holds some, unless it
-/// has no terminator.
-bool isJson(const std::string& bytes) {
-    const std::size_t first = bytes.find_first_not_of(" \t\r\n");
-    return first != std::string::npos && (bytes[first] == '[' || bytes[first] == '{') &&
-           bytes.find('\0') == std::string::npos;
-}
 
 [[noreturn]] void refuse(const std::string& source, const std::string& why,
                          const std::string& forced) {
@@ -37,7 +28,7 @@ bool isJson(const std::string& bytes) {
 board::TagImage imageFrom(const std::string& bytes, const std::string& source, bool force) {
     if (bytes.empty())
         throw board::Error(source + ": is empty (expected an image or a JSON list of tags)");
-    const bool isList = isJson(bytes);
+    const bool isList = board::isJsonList(bytes);
     const std::vector<BD::Tag> list =
         isList ? board::tagsFromJson(bytes, source) : std::vector<BD::Tag>();
     board::TagImage image(isList ? board::imageOf(list) : bytes);
@@ -69,20 +60,12 @@ board::TagImage imageFrom(const std::string& bytes, const std::string& source, b
     return image;
 }
 
-char fillOf(const std::string& word) {
-    std::string byte;
-    if (board::decodeHex(word, byte) != std::string::npos || byte.size() != 1)
-        throw WrongCall("--fill: '" + board::printable(word) +
-                        "' is not a byte (expected two hexadecimal digits, such as FF)");
-    return byte[0];
-}
-
 int write(const Options& options, const WriteWords& words) {
     if (words.image == STANDARD_STREAM)
         throw WrongCall("-i -: standard output is not written (expected an image file)");
     WriteWords filled = words;
     if (!words.fill.empty())
-        filled.manner.fill = fillOf(words.fill);
+        filled.manner.fill = static_cast<char>(std::stoi(words.fill, nullptr, 16));
     StationRecord record;
     const auto storing = [&](const board::DescriptorSource& target,
                              const board::StoreManner& manner, const board::Confirm& confirm,
@@ -91,8 +74,8 @@ int write(const Options& options, const WriteWords& words) {
             record.open(words.record);
         const bool isPiped = words.source == STANDARD_STREAM;
         const board::TagImage image =
-            imageFrom(isPiped ? board::readStandardInput(MAX_JSON_SIZE)
-                              : board::readFile(words.source, MAX_JSON_SIZE),
+            imageFrom(isPiped ? board::readStandardInput(board::MAX_TAGS_JSON)
+                              : board::readFile(words.source, board::MAX_TAGS_JSON),
                       isPiped ? "standard input" : words.source, manner.force);
         board::writeDescriptor(target, manner, image, confirm, outcome);
     };
@@ -117,7 +100,7 @@ void addBdWrite(CLI::App& bd, Options& options) {
         .add_option("--fill", words.fill,
                     "Clear everything behind the terminator with this byte, such as FF; by default "
                     "it stays")
-        ->check(notEmpty())
+        ->check(hexByte())
         ->type_name("BYTE");
     command
         .add_option("--record", words.record,

@@ -42,14 +42,4 @@ using Recording = std::function<void(const std::string& path, const board::Store
 int store(const Options& options, const EditWords& words, bool isEdit, const Storing& storing,
           const Recording& recording);
 
-void addAssignments(CLI::App& command, std::vector<std::string>& assignments);
-
-/// Assignments to tags that exist; a tag may be named once. Throws WrongCall.
-std::vector<board::Assignment> parseForExistingTags(const std::vector<std::string>& words);
-/// Assignments to tags that may be missing; a tag, or the address of an interface, may be named
-/// once. Throws WrongCall.
-std::vector<board::Assignment> parseToPut(const std::vector<std::string>& words);
-/// Assignments that make new tags, which have no occurrence yet. Throws WrongCall.
-std::vector<board::Assignment> parseForNewTags(const std::vector<std::string>& words);
-
 } // namespace boardctl

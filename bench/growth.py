@@ -1,0 +1,115 @@
+"""Counts what one more item costs a command: in instructions, which do not depend on the machine's load."""
+
+import os
+import re
+import subprocess
+import tempfile
+
+# The numbers of items. The cost of an item is what the second and the third number cost more than the first, so that
+# the start of the program does not hide growth.
+MANY = (10, 1000, 10000)
+DEVICES = (10, 100, 1000)
+KINDS = {"fan": ("170", "maximum = 255"), "thermal": ("30000", "maximum = 85"), "power": ("1", ""), "led": ("1", "")}
+
+
+def image(tags):
+    """An image of tags with two bytes of data: addresses, tags with few identifiers, tags with many."""
+    ids = [(1, 5, 0x800E, 1000 + i)[i % 4] for i in range(tags)]
+    chunks = [each.to_bytes(2, "big") + b"\0\6" + i.to_bytes(2, "big") for i, each in enumerate(ids)]
+    return b"".join(chunks) + b"\0\0\0\4"
+
+
+def table(rows):
+    """LED commands, several for each pair of words."""
+    actions = ["on", "blink", "flash", "off"]
+    return "command = [" + ",\n".join(
+        f'{{word1="w{i // 4}",word2="x{i % 2}",number={i},mask={1 << i % 4},action="{actions[i % 4]}",'
+        f"group={i % 5 + 1},time_ms={i % 7 * 100}}}" for i in range(rows)) + "]\n"
+
+
+def object_with(keys):
+    """A list of one tag whose name, which is ignored, is an object."""
+    return '[{"id":5,"data":"","name":{' + ",".join(f'"k{i}":1' for i in range(keys)) + "}}]"
+
+
+class Growth:
+    """The inputs, in a folder that exists until the end of the `with` block."""
+
+    def __init__(self, tree):
+        self.boardctl = tree + "/bin/boardctl"
+
+    def __enter__(self):
+        self.held = tempfile.TemporaryDirectory()
+        self.folder = self.held.name + "/"
+        for tags in MANY:
+            with open(f"{self.folder}image{tags}", "wb") as file:
+                file.write(image(tags))
+            with open(f"{self.folder}list{tags}", "wb") as file:
+                subprocess.run([self.boardctl, "bd", "dump", file.name.replace("list", "image")], stdout=file,
+                               check=True)
+            with open(f"{self.folder}keys{tags}", "w", encoding="utf-8") as file:
+                file.write(object_with(tags))
+        return self
+
+    def __exit__(self, *_):
+        self.held.cleanup()
+
+    def board(self, name, change):
+        """Makes a simulated board and changes its profile."""
+        folder = self.folder + name
+        subprocess.run([self.boardctl, "sim", "create", folder], stdout=subprocess.DEVNULL, check=True)
+        with open(folder + "/board.toml", "r+", encoding="utf-8") as file:
+            text = change(file.read(), folder)
+            file.seek(0)
+            file.truncate()
+            file.write(text)
+
+    def add_boards(self):
+        for rows in MANY:
+            self.board(f"rows{rows}", lambda text, _, rows=rows: text[:text.index("[[leds.command]]")].replace(
+                "[leds]\n", "[leds]\n" + table(rows)))
+        for devices in DEVICES:
+            self.board(f"devices{devices}", lambda text, folder, devices=devices: text + self.devices(folder, devices))
+
+    @staticmethod
+    def devices(folder, count):
+        os.mkdir(folder + "/many")
+        text = ""
+        for i in range(count):
+            kind = list(KINDS)[i % len(KINDS)]
+            content, key = KINDS[kind]
+            with open(f"{folder}/many/{i}", "w", encoding="utf-8") as file:
+                file.write(content + "\n")
+            text += f'[[{kind}]]\nname = "d{i}"\ndevice = "many/{i}"\ndescription = "d"\n{key}\n'
+        return text
+
+    def instructions(self, words):
+        run = subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", self.boardctl, *words],
+                             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, check=False)
+        if run.returncode not in (0, 3):
+            raise RuntimeError(f"{' '.join(words)}: {run.stderr}")
+        return int(re.search(r"Collected : (\d+)", run.stderr)[1])
+
+    def of(self, command, counts):
+        """Returns the instructions per item of the largest input, and of the middle one."""
+        few, some, many = (self.instructions([word.replace("@", self.folder).replace("#", str(count))
+                                              for word in command.split()]) for count in counts)
+        return (many - few) / (counts[2] - counts[0]), (some - few) / (counts[1] - counts[0])
+
+
+def figures(tree):
+    """Yields for each command its name, the cost of an item in a large input, and in a small one."""
+    with Growth(tree) as growth:
+        growth.add_boards()
+        for command in ("show", "raw", "dump", "check", "get 1.0"):
+            yield f"bd {command} per tag", *growth.of(f"bd {command} -i @image#", MANY)
+        for name, words in (("bd build", "bd build @list# -o -"), ("bd compare", "bd compare @list# @image#"),
+                            ("bd compare, all different", "bd compare @image10 @image#"),
+                            ("bd set", "bd set 1.0=hex:ffff -i @image# --dry-run")):
+            yield f"{name} per tag", *growth.of(words, MANY)
+        yield "bd build per key of an object", *growth.of("bd build @keys# -o -", MANY)
+        for name, words in (("leds check", "leds check"), ("leds preview", "leds preview --ticks 20"),
+                            ("check", "check"), ("info", "info")):
+            yield f"{name} per row", *growth.of(words + " --board @rows#/board.toml", MANY)
+        for words in ("check", "info", "info --format json", "info --format metrics"):
+            yield f"{words} per device", *growth.of(words + " --board @devices#/board.toml", DEVICES)

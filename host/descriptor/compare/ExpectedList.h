@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "descriptor/compare/ExpectedTag.h"
+
+namespace board {
+
+/// The tags that are expected, in their order.
+struct ExpectedList {
+    std::vector<ExpectedTag> tags;
+    bool needsTerminator = true; ///< false for an image that has none itself
+};
+
+/// Whether `bytes` are meant as JSON: an image holds zero bytes or begins with erased ones.
+bool isJsonList(const std::string& bytes);
+
+/// Reads an image or a JSON list. Instead of a value, an entry of the list may have a pattern:
+/// `any` (true), `size` (bytes), `matches` (a regular expression on the whole text), or `from` and
+/// `to` (addresses), with or without `iface`. Throws Error for a corrupt image, and for a list that
+/// `tagsFromJson` would refuse or that goes on after its terminator; messages call it `source`.
+ExpectedList readExpected(const std::string& bytes, const std::string& source);
+
+} // namespace board

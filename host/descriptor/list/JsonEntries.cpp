@@ -1,0 +1,175 @@
+#include "descriptor/list/JsonEntries.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "base/Error.h"
+#include "base/Suggestion.h"
+#include "base/Text.h"
+
+using nlohmann::json;
+
+namespace board {
+
+namespace {
+
+/// The line that the parser has reached. The parser copies its iterators, so they share this.
+struct Progress {
+    std::size_t line = 1;
+    bool isJustBehindNewline = false;
+};
+
+/// Reads a text and counts its lines.
+class CountingIterator {
+public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char*;
+    using reference = const char&;
+
+    CountingIterator(const char* at, Progress* progress) : m_at(at), m_progress(progress) {}
+
+    reference operator*() const { return *m_at; }
+    CountingIterator& operator++() {
+        m_progress->isJustBehindNewline = *m_at == '\n';
+        if (m_progress->isJustBehindNewline)
+            ++m_progress->line;
+        ++m_at;
+        return *this;
+    }
+    friend bool operator==(const CountingIterator& a, const CountingIterator& b) {
+        return a.m_at == b.m_at;
+    }
+    friend bool operator!=(const CountingIterator& a, const CountingIterator& b) {
+        return !(a == b);
+    }
+
+private:
+    const char* m_at;
+    Progress* m_progress;
+};
+
+/// Receives what the parser finds.
+class Reader {
+public:
+    Reader(const std::string& source, const std::vector<std::string>& keys,
+           const Progress& progress, const std::function<void(const JsonEntry&)>& take)
+        : m_keys(keys), m_progress(progress), m_take(take), m_entry{source, 0, 0, {}} {}
+
+    // The parser requires these functions and their names.
+    bool null() { return value(nullptr); }
+    bool boolean(bool is) { return value(is); }
+    bool number_integer(json::number_integer_t number) { return value(number); }
+    bool number_unsigned(json::number_unsigned_t number) { return value(number); }
+    bool number_float(json::number_float_t number, const std::string&) { return value(number); }
+    bool string(std::string& text) { return value(std::move(text)); }
+    bool binary(json::binary_t&) { return false; } // not in a text
+
+    bool start_object(std::size_t) {
+        if (m_depth == 1) {
+            m_entry.line = m_progress.line;
+            m_entry.members.clear();
+        } else {
+            value(json::object());
+        }
+        ++m_depth;
+        return true;
+    }
+    bool end_object() {
+        if (--m_depth == 1) {
+            m_take(m_entry);
+            ++m_entry.number;
+        }
+        return true;
+    }
+    bool start_array(std::size_t) {
+        if (m_depth > 0)
+            value(json::array());
+        ++m_depth;
+        return true;
+    }
+    bool end_array() {
+        --m_depth;
+        return true;
+    }
+
+    bool key(std::string& name) {
+        if (m_depth != 2)
+            return true;
+        JsonMember member{std::move(name), nullptr, m_progress.line};
+        const std::string quoted = '"' + printable(member.key.substr(0, LONGEST_KEY)) + '"';
+        if (std::find(m_keys.begin(), m_keys.end(), member.key) == m_keys.end())
+            m_entry.fail(&member, "unknown key " + quoted + " (expected " + joinChoices(m_keys) +
+                                      ")" + didYouMean(member.key.substr(0, LONGEST_KEY), m_keys));
+        if (m_entry.find(member.key))
+            m_entry.fail(&member, "the key " + quoted + " occurs twice");
+        m_entry.members.push_back(std::move(member));
+        return true;
+    }
+
+    bool parse_error(std::size_t, const std::string&, const json::exception& error) {
+        const std::string what = error.what(); // "[its own name for it] parse error at line ..."
+        const auto start = what.find("] ");
+        throw Error(m_entry.source + ": " +
+                    (start == std::string::npos ? what : what.substr(start + 2)));
+    }
+
+private:
+    static constexpr std::size_t LONGEST_KEY = 40;
+
+    bool value(json found) {
+        if (m_depth == 0)
+            throw Error(m_entry.source +
+                        ": is not an array (expected [{\"id\":45,\"data\":\"1234abcd\"}, ...])");
+        if (m_depth == 1) {
+            // A number ends at the character after it, which the parser has read by now.
+            m_entry.line =
+                m_progress.line - (found.is_number() && m_progress.isJustBehindNewline ? 1 : 0);
+            m_entry.fail(nullptr, "is " + shown(found) +
+                                      " (expected an object such as {\"id\":45,\"data\":"
+                                      "\"1234abcd\"})");
+        }
+        if (m_depth == 2)
+            m_entry.members.back().value = std::move(found);
+        return true;
+    }
+
+    const std::vector<std::string>& m_keys;
+    const Progress& m_progress;
+    const std::function<void(const JsonEntry&)>& m_take;
+    JsonEntry m_entry;
+    std::size_t m_depth = 0;
+};
+
+} // namespace
+
+const JsonMember* JsonEntry::find(const std::string& key) const {
+    const auto found = std::find_if(members.begin(), members.end(),
+                                    [&key](const JsonMember& each) { return each.key == key; });
+    return found == members.end() ? nullptr : &*found;
+}
+
+void JsonEntry::fail(const JsonMember* member, const std::string& what) const {
+    throw Error(source + ":" + std::to_string(member ? member->line : line) + ": entry " +
+                std::to_string(number) + ": " + what);
+}
+
+void readEntries(const std::string& text, const std::string& source,
+                 const std::vector<std::string>& keys,
+                 const std::function<void(const JsonEntry&)>& take) {
+    const auto zero = text.find('\0');
+    if (zero != std::string::npos)
+        throw Error(source + ": holds a zero byte at " + std::to_string(zero) + " (expected JSON)");
+    Progress progress;
+    Reader reader(source, keys, progress, take);
+    json::sax_parse(CountingIterator(text.data(), &progress),
+                    CountingIterator(text.data() + text.size(), &progress), &reader);
+}
+
+std::string shown(const json& value) {
+    return value.is_number() || value.is_boolean() ? value.dump()
+                                                   : std::string("of type ") + value.type_name();
+}
+
+} // namespace board

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "descriptor/TagImage.h"
+#include "descriptor/list/JsonEntries.h"
+
+namespace board {
+
+/// Makes sense of one entry of a JSON list of tags. All functions throw Error that names the line,
+/// the entry and what was expected there.
+class TagEntry {
+public:
+    /// The keys that an entry with a value may have.
+    static const std::vector<std::string>& keys();
+
+    /// Those of them that give the value. An entry has one.
+    static const std::vector<std::string>& valueKeys();
+
+    /// `entry` must exist as long as this.
+    explicit TagEntry(const JsonEntry& entry) : m_entry(entry) {}
+
+    /// The identifier: a number from 1 to 65534, 0 for the terminator, or a name.
+    BD::TagId id() const;
+
+    /// The one member among `keys`; throws if there are several, or none.
+    const JsonMember& oneOf(const std::vector<std::string>& keys) const;
+
+    /// The tag that the entry describes with a key such as "data" or "text". A "length" is compared
+    /// with the data.
+    BD::Tag tag() const;
+
+    ///@{
+    /// The value of a member, checked.
+    std::string text(const JsonMember& member, const char* expected) const;
+    unsigned number(const JsonMember& member, unsigned maximum) const; ///< 12, "12" or "0xc"
+    std::string address(const JsonMember& member) const;               ///< six bytes
+    ///@}
+
+    /// The number after "iface"; empty if the entry does not have the key.
+    std::optional<unsigned> interface() const;
+
+private:
+    std::string hex(const JsonMember& member) const;
+    std::string bytesOf(const JsonMember& member) const;
+
+    const JsonEntry& m_entry;
+};
+
+} // namespace board
