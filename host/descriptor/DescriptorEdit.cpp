@@ -72,9 +72,8 @@ std::optional<std::size_t> DescriptorEdit::placeToPut(const Assignment& assignme
     if (!interface) {
         if (index > positions.size())
             throw Error("tag " + std::to_string(id) + "." + std::to_string(index) +
-                        " can't be added: there are " + std::to_string(positions.size()) +
-                        " tags with this identifier (expected occurrence " +
-                        std::to_string(positions.size()) + " or lower)");
+                        " can't be added (expected " + std::to_string(id) + "." +
+                        std::to_string(positions.size()) + ", the next one, or lower)");
         return index < positions.size() ? std::optional(positions[index]) : std::nullopt;
     }
     const auto isOther = [&](std::size_t position) {

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include <algorithm>
 #include <iostream>
 #include <optional>
 #include <set>
@@ -83,12 +84,17 @@ int answer(CLI::App& app, const CLI::ParseError& error) {
     return flushOutput() ? DONE : FAILED;
 }
 
+bool isCalled(const CLI::App& app, const char* command) {
+    const auto called = app.get_subcommands();
+    return std::any_of(called.begin(), called.end(),
+                       [&](const CLI::App* each) { return each->get_name() == command; });
+}
+
 /// Calls the command of a line that has been parsed.
 int call(const CLI::App& app, const Options& options) {
-    if (options.metrics && !app.got_subcommand("info") && !app.got_subcommand("status"))
+    if (options.metrics && !isCalled(app, "info") && !isCalled(app, "status"))
         throw WrongCall("--format metrics works only with info and status");
-    if (options.svg &&
-        !(app.got_subcommand("leds") && app.get_subcommand("leds")->got_subcommand("preview")))
+    if (options.svg && !(isCalled(app, "leds") && isCalled(*app.get_subcommand("leds"), "preview")))
         throw WrongCall("--format svg works only with leds preview");
     if (options.sim && !options.board.empty())
         throw WrongCall("--board and --sim each choose a board (expected one of them)");

@@ -84,17 +84,17 @@ at 82: warning: bytes after th
 TEST(Bd, BuildsAUnitsImageFromATemplate) {
     expectTranscript(TempDir(), R"sh(
 $ echo '[{"id":"ProductID","hex":"1234abcd"},{"id":5,"text":"SN"},{"id":1,"data":"0200000000070000"}]' >template
-$ boardctl bd build template 5=text:SN-1 0x800E=u32:64 MacAddress.1=hex:0200000000080001 -o unit; boardctl bd raw unit
+$ boardctl bd build template 5=text:SN-1 0x800E=u32:64 MacAddress=mac:02:00:00:00:00:08/1 -o unit; boardctl bd raw unit
 Board Descriptor
     0 - Tag: 45 (ProductID)       len: 04  data: 12 34 ab cd
     1 - Tag: 5 (Tag5)             len: 04  data: 53 4e 2d 31
     2 - Tag: 1 (MacAddress)       len: 08  data: 02 00 00 00 00 07 00 00
-    3 - Tag: 32782 (DspChannels)  len: 04  data: 00 00 00 40
-    4 - Tag: 1 (MacAddress)       len: 08  data: 02 00 00 00 00 08 00 01
+    3 - Tag: 1 (MacAddress)       len: 08  data: 02 00 00 00 00 08 00 01
+    4 - Tag: 32782 (DspChannels)  len: 04  data: 00 00 00 40
     5 - Tag: 0 (Tag0)             len: 00  data: 
-$ cp unit old; json bd build template 6=u32:1 -o unit --size 64 --fill 0x0 | sed 's/"[^"]*unit-.*"/"DATED"/'; cmp state/boardctl/* old
+$ cp unit old; json bd build template 6=u32:1 -o unit --size 64 --fill 00 | sed 's/"[^"]*unit-.*"/"DATED"/'; cmp state/boardctl/* old
 { "image": "unit", "tags": 5, "size": 64, "used": 38, "result": "written", "backup": "DATED" }
-$ boardctl bd build template 6=u32:1 -o - --size 64 --fill 0 | cmp - unit; boardctl bd build template 6=u32:1 -o - --size 39 | tail -c 5 | od -An -tx1
+$ boardctl bd build template 6=u32:1 -o - --size 64 --fill 00 | cmp - unit; boardctl bd build template 6=u32:1 -o - --size 39 | tail -c 5 | od -An -tx1
  00 00 00 04 ff
 $ json bd build template 6=u32:1 -o unit --size 64 --fill 00 --backup kept; ls kept
 { "image": "unit", "tags": 5, "size": 64, "used": 38, "result": "unchanged", "backup": null }
@@ -105,8 +105,8 @@ unit: written; the old file is in kept
 $ boardctl bd build template 5=text:x --exact -o - | tail -c 14 | od -An -tx1
  78 00 00 01 00 0c 02 00 00 00 00 07 00 00
 $ boardctl bd build template 6=u8:1 -o unit; boardctl bd build template 6=u8:1 --force -o unit >said; boardctl bd build template 1.3=hex: -o unit
-! boardctl: Tag6: has 2 bytes (expected 4); nothing was written (--force builds it anyway)
-! boardctl: ERR TAG '1:=MacAddress' NOT FOUND
+! boardctl: Tag6: has 1 byte (expected 4); nothing was written (--force builds it anyway)
+! boardctl: tag 1.3 can't be added (expected 1.1, the next one, or lower)
 [1]
 $ boardctl bd build template -o unit --size 30
 ! boardctl: template: the image would have 30 bytes (expected fewer than the 30 of --size, because a board needs one more)
@@ -114,7 +114,7 @@ $ boardctl bd build template -o unit --size 30
 $ for i in '5=u8:1 5.0=u8:2 -o unit' '-o unit --fill FF' '-o unit --size 64 --fill 100'; do wrong bd build template $i; done
 boardctl: tag 5.0 is assigned twice
 boardctl: --fill needs --size, the size to fill the image up to
-boardctl: --fill: '100' (expected 00 to FF)
+boardctl: --fill: '100' (expected two hexadecimal digits, such as FF)
 )sh");
 }
 

@@ -51,7 +51,7 @@ $ printf '[{"id":5,"data":"%01008d"}]' 0 | boardctl --board sim/board.toml bd wr
 [1]
 $ cmp image before; cmp sim/eeprom.bin before; ls state 2>&- | wc -l; wrong bd write image -i image --fill F
 0
-boardctl: --fill: 'F' is not a byte (expected two hexadecimal digits, such as FF)
+boardctl: --fill: 'F' (expected two hexadecimal digits, such as FF)
 $ boardctl bd write cut -i image --force -q; boardctl bd check image | tail -n 1
 2 tags in 24 of 512 bytes
 $ boardctl bd put 9=u16:1 45=hex:000102 -i image

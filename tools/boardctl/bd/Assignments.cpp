@@ -11,8 +11,9 @@ CLI::Option* addAssignments(CLI::App& command, std::vector<std::string>& assignm
                             const char* about) {
     return command
         .add_option("ASSIGNMENT", assignments,
-                    std::string(about) + ". TYPE is u8, u16, u32, uint (4 bytes), text, hex or mac "
-                                         "(ADDRESS/INTERFACE)")
+                    std::string("TYPE is u8, u16, u32, uint (4 bytes), text, hex or mac "
+                                "(ADDRESS/INTERFACE). ") +
+                        about)
         ->type_name("ID=TYPE:VALUE")
         ->check(notEmpty());
 }

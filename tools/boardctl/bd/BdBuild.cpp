@@ -146,7 +146,7 @@ void addBdBuild(CLI::App& bd, Options& options) {
         ->check(notEmpty())
         ->type_name("FILE")
         ->required();
-    addAssignments(command, words.assignments, "Each sets a tag of the list, or adds it");
+    addAssignments(command, words.assignments, "It sets a tag of the list, or adds it");
     command
         .add_option("-o,--output", words.target,
                     "The image file; if this fails, an existing file does not change. - for "

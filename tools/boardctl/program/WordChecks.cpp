@@ -60,11 +60,11 @@ CLI::Validator decimal(long long least, long long most) {
 CLI::Validator hexByte() {
     return CLI::Validator(
         [](const std::string& word) {
-            const std::string digits = word.substr(word.rfind("0x", 0) == 0 ? 2 : 0);
             const bool isByte =
-                !digits.empty() && digits.size() <= 2 &&
-                digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
-            return isByte ? std::string() : "'" + word + "' (expected 00 to FF)";
+                word.size() == 2 &&
+                word.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+            return isByte ? std::string()
+                          : "'" + word + "' (expected two hexadecimal digits, such as FF)";
         },
         "");
 }

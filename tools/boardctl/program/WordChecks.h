@@ -21,7 +21,7 @@ CLI::Validator seconds(double least = 0, double most = 366 * 86400);
 /// For whole numbers. They are decimal even with leading zeros.
 CLI::Validator decimal(long long least, long long most);
 
-/// For a byte in hexadecimal: "FF", "0", "0xff".
+/// For a byte as two hexadecimal digits: "FF".
 CLI::Validator hexByte();
 
 /// True for one or more decimal digits and nothing else.

@@ -25,7 +25,8 @@ int add(const Options& options, const AddWords& words) {
 void addBdAdd(CLI::App& bd, Options& options) {
     const auto [command, words] =
         addCommand<AddWords>(bd, options, "add", "Add tags before the terminator", add);
-    addAssignments(command, words.assignments, "They are written together or not at all")
+    addAssignments(command, words.assignments,
+                   "Several assignments are written together or not at all")
         ->required();
     addEditOptions(command, words);
     addExamples(command, {"bd add DspChannels=u32:64 5=text:SN-000123 -i image.bin"});

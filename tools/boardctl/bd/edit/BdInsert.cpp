@@ -31,7 +31,8 @@ void addBdInsert(CLI::App& bd, Options& options) {
     addWord(command, "POSITION", words.position,
             "Counted from 0 among all tags; never after the terminator")
         ->required();
-    addAssignments(command, words.assignments, "They are written together or not at all")
+    addAssignments(command, words.assignments,
+                   "Several assignments are written together or not at all")
         ->required();
     addEditOptions(command, words);
     addExamples(command, {"bd insert 0 ProductID=hex:1234abcd -i image.bin"});

@@ -25,7 +25,8 @@ int put(const Options& options, const PutWords& words) {
 void addBdPut(CLI::App& bd, Options& options) {
     const auto [command, words] = addCommand<PutWords>(
         bd, options, "put", "Set tags, and add those that are missing; safe to repeat", put);
-    addAssignments(command, words.assignments, "They are written together or not at all")
+    addAssignments(command, words.assignments,
+                   "Several assignments are written together or not at all")
         ->required();
     addEditOptions(command, words);
     addExamples(command, {"bd put 5=text:SN-000123 MacAddress=mac:02:00:00:00:00:07/3"});

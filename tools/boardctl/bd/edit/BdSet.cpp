@@ -25,7 +25,8 @@ int set(const Options& options, const SetWords& words) {
 void addBdSet(CLI::App& bd, Options& options) {
     const auto [command, words] =
         addCommand<SetWords>(bd, options, "set", "Replace the data of existing tags", set);
-    addAssignments(command, words.assignments, "They are written together or not at all")
+    addAssignments(command, words.assignments,
+                   "Several assignments are written together or not at all")
         ->required();
     addEditOptions(command, words);
     addExamples(command, {"bd set ProductID=hex:1234abcd -i image.bin",
