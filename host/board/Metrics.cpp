@@ -71,8 +71,8 @@ void addDevices(Families& families, const Host& host, const Report& report) {
     for (const Device& device : host.devices()) {
         const auto driver = drivers.find(device.name);
         const bool isUp = driver == drivers.end() ? !device.fault : !driver->second->fault;
-        families.add("{kind=" + labelText(kindName(device.kind)) + ",device=" + labelText(device.name) +
-                         "}",
+        families.add("{kind=" + labelText(kindName(device.kind)) +
+                         ",device=" + labelText(device.name) + "}",
                      isUp ? 1 : 0);
     }
     if (report.firmware)

@@ -37,7 +37,8 @@ std::vector<String> names() {
 
 TEST(DriverRepository, KeepsADriverUntilItsLastReferenceIsReleasedOutsideTheLock) {
     std::vector<String> left = {"never set"};
-    auto* const driver = new EndedDriver("kept", [&] { std::thread([&] { left = names(); }).join(); });
+    auto* const driver =
+        new EndedDriver("kept", [&] { std::thread([&] { left = names(); }).join(); });
     ASSERT_TRUE(repository().registerDriver(driver).isSuccess());
     EXPECT_EQ(driver->getDriverRepository(), &repository());
     EXPECT_EQ(driver->release(), 1U) << "the repository has its own reference";
