@@ -7,8 +7,9 @@
 
 namespace board {
 
-/// A POSIX extended regular expression. Its cost on a text is bounded, unlike that of a matcher
-/// that backtracks: a pattern must not stop a production line.
+/// A POSIX extended regular expression without references to groups (\1) and of a limited size with
+/// its repetitions written out. So its cost is bounded, unlike that of a matcher that backtracks: a
+/// pattern must not stop a production line.
 class TextPattern {
 public:
     /// Throws Error that says what is wrong with `expression`.
