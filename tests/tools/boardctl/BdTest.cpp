@@ -130,7 +130,7 @@ ProductID at 0: is 1234abcd (expected 2 bytes)
 Tag6: is missing (expected any value)
 standard input: 3 differences from what is expected
 [3]
-$ echo '[{"id":5,"text":"SN-2"}]' >wanted; json bd compare wanted -i unit
+$ echo '[{"id":5,"text":"SN-2"}]' >wanted; json bd compare wanted -i unit -q
 { "expected": "wanted", "found": "unit", "result": "different", "tags": { "expected": 1, "found": 2 }, "differences": [ { "kind": "different", "id": 5, "name": "Tag5", "index": 0, "offset": 8, "expected": "534e2d32", "found": "534e2d31", "text": "Tag5 at 8: is \"SN-1\" (expected \"SN-2\")" }, { "kind": "extra", "id": 45, "name": "ProductID", "index": 0, "offset": 0, "expected": null, "found": "1234abcd", "text": "ProductID at 0: is extra: 1234abcd" } ] }
 [3]
 $ boardctl sim create sim >gone; boardctl bd compare unit.json --board sim/board.toml | tail -n 1; boardctl bd compare sim/eeprom.bin --board sim/board.toml
@@ -146,7 +146,7 @@ open: at 8: warning: Tag5: is missing (required)
 open: at 8: warning: the image ends without a terminator (expected 00 00 00 04); written to a used device, the rest of its old image would follow
 open: 1 tag in 8 of 8 bytes
 [3]
-$ json bd check unit none; tr '\0' '\377' </dev/zero | head -c 4 | cat open - >open2; boardctl bd check open2; boardctl bd check --strict open2
+$ json bd check unit none -q; tr '\0' '\377' </dev/zero | head -c 4 | cat open - >open2; boardctl bd check open2; boardctl bd check --strict open2
 [ { "image": "unit", "corrupt": false, "size": 20, "used": 20, "tags": 2, "findings": [] }, { "image": "none", "error": "none: can't open: No such file or directory" } ]
 at 8: note: the tags end at erased bytes, without a terminator (expected 00 00 00 04)
 1 tag in 12 of 12 bytes

@@ -46,6 +46,11 @@ $ for i in empty erased cut size behind nosuch; do boardctl bd write $i -i image
 ! boardctl: behind: holds tags after the terminator, which no load reads; nothing was written (--force writes the tags before it)
 ! boardctl: nosuch: can't open: No such file or directory
 [1]
+$ for i in image ./before new; do boardctl bd write before -i image --force --backup new --record $i; done
+! boardctl: image: is image itself (expected another file for the record)
+! boardctl: ./before: is before itself (expected another file for the record)
+! boardctl: new: is new itself (expected another file for the record)
+[1]
 $ printf '[{"id":5,"data":"%01008d"}]' 0 | boardctl --board sim/board.toml bd write - -y
 ! boardctl: sim/eeprom.bin: the image would have 512 bytes (expected fewer than the device's 512)
 [1]

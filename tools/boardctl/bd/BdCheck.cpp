@@ -74,11 +74,9 @@ public:
         const BdSource chosen(m_options, image);
         return printImage(chosen.source(), [&](const board::TagImage& loaded) {
             const auto findings = board::checkImage(loaded, chosen.source().isDevice(), m_required);
-            if (m_words.quiet)
-                json = nullptr;
-            else if (m_options.json)
+            if (m_options.json)
                 json = toJson(loaded, findings);
-            else
+            else if (!m_words.quiet)
                 printForPeople(loaded, findings, start);
             const bool isGood =
                 std::all_of(findings.begin(), findings.end(), [this](const board::Finding& each) {
@@ -102,13 +100,13 @@ public:
                 complain(error.what());
                 worst = FAILED;
             }
-            if (!m_options.json || m_words.quiet)
+            if (!m_options.json)
                 continue;
             ordered_json entry = {{"image", image}};
             entry.update(json);
             all.push_back(std::move(entry));
         }
-        if (m_options.json && !m_words.quiet)
+        if (m_options.json)
             printJson(all);
         return worst;
     }
@@ -127,7 +125,7 @@ int check(const Options& options, const CheckWords& words) {
         return check.checkAll();
     ordered_json json;
     const int status = check.check(words.images.empty() ? "" : words.images.front(), "", json);
-    if (options.json && !words.quiet)
+    if (options.json)
         printJson(json);
     return status;
 }
@@ -147,7 +145,7 @@ void addBdCheck(CLI::App& bd, Options& options) {
         ->check(notEmpty())
         ->type_name("TAG,...");
     command.add_flag("--strict", words.isStrict, "Exit with 3 after a note too");
-    command.add_flag("-q,--quiet", words.quiet, "Print no findings");
+    command.add_flag("-q,--quiet", words.quiet, "Print no findings for people");
     addExamples(command, {"bd check", "bd check --strict units/*.bin",
                           "bd check --require ProductID,MacAddress,5 unit.bin"});
 }

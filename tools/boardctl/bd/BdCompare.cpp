@@ -80,8 +80,6 @@ int compare(const Options& options, const CompareWords& words) {
     const board::TagImage found = chosen.source().load();
     const auto differences = board::compareTags(expected, found);
     const int status = differences.empty() ? DONE : FOUND;
-    if (words.quiet)
-        return status;
     if (options.json) {
         ordered_json list = ordered_json::array();
         for (const board::TagDifference& each : differences)
@@ -93,6 +91,8 @@ int compare(const Options& options, const CompareWords& words) {
                    {"differences", std::move(list)}});
         return status;
     }
+    if (words.quiet)
+        return status;
     for (const board::TagDifference& each : differences)
         std::cout << each.text << "\n";
     const std::size_t count = differences.empty() ? expected.tags.size() : differences.size();
@@ -118,7 +118,7 @@ void addBdCompare(CLI::App& bd, Options& options) {
         ->type_name("FILE")
         ->required();
     addImage(command, "-i,--image,FOUND", words.found, READ_IMAGE);
-    command.add_flag("-q,--quiet", words.quiet, "Print nothing");
+    command.add_flag("-q,--quiet", words.quiet, "Print nothing for people");
     addExamples(command, {"bd compare unit.bin", "bd compare expected.json unit.bin",
                           "bd compare - <unit.json --format json"});
 }

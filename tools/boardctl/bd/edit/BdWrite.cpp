@@ -1,3 +1,6 @@
+#include <filesystem>
+#include <system_error>
+
 #include "base/File.h"
 #include "base/Text.h"
 #include "bd/BdCommands.h"
@@ -8,6 +11,8 @@
 #include "descriptor/compare/ExpectedList.h"
 #include "program/Command.h"
 #include "program/Help.h"
+
+namespace fs = std::filesystem;
 
 namespace boardctl {
 
@@ -60,6 +65,17 @@ board::TagImage imageFrom(const std::string& bytes, const std::string& source, b
     return image;
 }
 
+/// Throws board::Error if the record would be appended to one of the other files of the command.
+void expectOwnFile(const std::string& record, const std::vector<std::string>& others) {
+    std::error_code error; // a file that can't be looked at fails when it is opened
+    for (const std::string& other : others)
+        if (!record.empty() && !other.empty() &&
+            (fs::equivalent(record, other, error) ||
+             fs::weakly_canonical(record, error) == fs::weakly_canonical(other, error)))
+            throw board::Error(record + ": is " + other +
+                               " itself (expected another file for the record)");
+}
+
 int write(const Options& options, const WriteWords& words) {
     if (words.image == STANDARD_STREAM)
         throw WrongCall("-i -: standard output is not written (expected an image file)");
@@ -70,6 +86,7 @@ int write(const Options& options, const WriteWords& words) {
     const auto storing = [&](const board::DescriptorSource& target,
                              const board::StoreManner& manner, const board::Confirm& confirm,
                              board::StoreOutcome& outcome) {
+        expectOwnFile(words.record, {target.path(), words.source, manner.backup});
         if (!manner.dryRun)
             record.open(words.record);
         const bool isPiped = words.source == STANDARD_STREAM;
