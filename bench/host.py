@@ -25,8 +25,10 @@ class Hosted:
     """Hosts a board until the end of the `with` block. The LEDs of this board are ordinary files.
     The LEDs of a simulated board are pipes, and its host must read them, which costs time."""
 
-    def __init__(self, tree):
+    def __init__(self, tree, profile=""):
+        """`profile` is added to the profile of a simulated board."""
         self.boardctl = tree + "/bin/boardctl"
+        self.profile = profile
 
     def __enter__(self):
         with contextlib.ExitStack() as held:
@@ -40,6 +42,8 @@ class Hosted:
     def host(self, held):
         board = held.enter_context(tempfile.TemporaryDirectory()) + "/board"
         subprocess.run([self.boardctl, "sim", "create", board], stdout=subprocess.DEVNULL, check=True)
+        with open(board + "/board.toml", "a", encoding="utf-8") as file:
+            file.write(self.profile)
         for led in glob.glob(board + "/leds/*"):
             if stat.S_ISFIFO(os.stat(led).st_mode):
                 os.unlink(led)
@@ -78,11 +82,18 @@ def peak_memory(tree):
         return memory, int(field(f"/proc/{floor.pid}/status", "VmHWM"))
 
 
-def at_rest(tree):
+def at_rest(tree, profile=""):
     """Returns the wakeups of an idle host per second, and its share of a core in percent."""
-    with Hosted(tree) as hosted:
+    with Hosted(tree, profile) as hosted:
         time.sleep(1)
         wakes, busy, start = hosted.wakes(), hosted.nanoseconds(), time.monotonic()
         time.sleep(SECONDS)
         took = time.monotonic() - start
         return (hosted.wakes() - wakes) / took, (hosted.nanoseconds() - busy) / took / 1e7
+
+
+def wakes_of_watch(tree):
+    """Returns the wakeups that one look at all devices costs. A host that looks ten times a second is compared with
+    one that does so every five seconds."""
+    often, seldom = at_rest(tree, "[watch]\nperiod_s = 0.1\n"), at_rest(tree, "[watch]\nperiod_s = 5\n")
+    return max(often[0] - seldom[0], 0) / (1 / 0.1 - 1 / 5)

@@ -43,6 +43,7 @@ MOST_GROWTH = 1.2
 MOST_BYTES = 96 * 1024
 MOST_MEMORY = 2
 MOST_WAKES = 11  # per second; the LED sequencer alone needs ten, one per tick
+MOST_WAKES_OF_WATCH = 2  # each time that it looks at all devices
 MOST_CORE = 0.2  # percent
 
 
@@ -92,6 +93,7 @@ def all_rows(tree, arm_tree):
     yield row("boardctl run, peak memory", memory, floor, MOST_MEMORY, "kB")
     wakes, share = host.at_rest(tree)
     yield row("boardctl run idle, wakeups per second", wakes, None, MOST_WAKES, "")
+    yield row("boardctl run, wakeups per look", host.wakes_of_watch(tree), None, MOST_WAKES_OF_WATCH, "")
     yield row("boardctl run idle, share of a core", share, None, MOST_CORE, "%")
     yield row("libboarddrivers.so on ARM", size_of(arm_tree + "/lib/libboarddrivers.so"), None, MOST_BYTES, "bytes")
 
