@@ -127,9 +127,9 @@ void editDescriptor(const DescriptorSource& source, const StoreManner& manner,
 
 void writeDescriptor(const DescriptorSource& source, const StoreManner& manner,
                      const TagImage& image, const Confirm& confirm, StoreOutcome& outcome) {
+    outcome.image = terminated(image);
     DescriptorTarget target(source, manner.dryRun);
     note(target, outcome);
-    outcome.image = terminated(image);
     target.expectRoom(outcome.image);
     const std::string content = writtenContent(target, outcome.image, manner.fill);
     const std::string& former = target.found();

@@ -27,6 +27,9 @@ $ sha256sum <unit | cut -c -64 | grep -o -f - log/log | wc -l; sha256sum <eeprom
 $ printf '{"a":1}' >cut; boardctl --board board.toml bd write unit -y -q --backup second --record cut; sed 's/,.*//; s/"2.*/TIME/' cut
 {"a":1}
 {"time":TIME
+$ boardctl bd write list -i log -q --record failed; cut -d , -f 2- failed
+"device":"log","result":"failed","sha256_before":null,"sha256_after":null,"serial":"SN-1","addresses":[{"mac":"02:00:00:00:00:09","interface":3}],"error":"log: can't be replaced (expected a file or a device)"}
+! boardctl: log: can't be replaced (expected a file or a device)
 $ boardctl bd write list -i first -q; boardctl bd check first | tail -n 1; boardctl bd build list -o exact; boardctl bd write unit -i exact -q; wc -c <exact
 2 tags in 24 of 512 bytes
 74
