@@ -58,8 +58,8 @@ install(FILES host/status/org.boarddrivers.Host.varlink packaging/tags.schema.js
     DESTINATION ${CMAKE_INSTALL_DATADIR}/boarddrivers COMPONENT boardctl)
 set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/boardctl)
 install(FILES packaging/linux-board.toml DESTINATION ${documents}/examples COMPONENT boardctl)
-file(GLOB guides docs/*-guide.md docs/operations.md docs/descriptor.md docs/leds.md docs/*.svg
-    docs/kernel-notes.md)
+file(GLOB guides docs/*-guide.md docs/operations.md docs/descriptor.md docs/station.md docs/leds.md
+    docs/*.svg docs/kernel-notes.md)
 install(FILES ${guides} DESTINATION ${documents} COMPONENT boardctl)
 
 # The manual page and the completions are generated from boardctl's help.

@@ -143,13 +143,15 @@ def run(path, programs):
     page = Page(path)
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)
-        work, results = root / "work", root / "results"
-        work.mkdir()
-        results.mkdir()
-        functions = "".join(f'{name}() {{ {program} "$@"; }}\n' for name, program in programs.items())
-        environment = dict(os.environ, LC_ALL="C.UTF-8", TZ="UTC", HOME=str(work),
-                           XDG_STATE_HOME=str(root / "state"), NO_COLOR="1")
-        subprocess.run(["bash", "-c", functions + script(page, work, results)], env=environment, check=False)
+        work, results, path_folder = root / "work", root / "results", root / "bin"
+        for each in (work, results, path_folder):
+            each.mkdir()
+        for name, program in programs.items():  # as files, so that a page's scripts find them too
+            (path_folder / name).write_text(f'#!/bin/sh\nexec {program} "$@"\n', encoding="utf-8")
+            (path_folder / name).chmod(0o755)
+        environment = dict(os.environ, LC_ALL="C.UTF-8", TZ="UTC", HOME=str(work), NO_COLOR="1",
+                           XDG_STATE_HOME=str(root / "state"), PATH=f"{path_folder}:{os.environ['PATH']}")
+        subprocess.run(["bash", "-c", script(page, work, results)], env=environment, check=False)
         return [*page.faults, *judge(page, results), *check_quotations(page), *check_pictures(page, work)], len(
             [step for step in page.steps if isinstance(step, Command)])
 
