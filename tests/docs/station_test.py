@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Programs a hundred units with the station of docs/station.md. Five are faulty, each in its own way.
+"""Programs units with the station of docs/station.md. Five are faulty, each in its own way.
 
-usage: tests/docs/station_test.py BOARDCTL [SHIM]
+usage: tests/docs/station_test.py BOARDCTL UNITS [SHIM]
 
 SHIM is lib/libfaults_shim.so of a build; with it, the power fails while one unit is written.
 """
@@ -19,7 +19,7 @@ import pages
 PAGE = pathlib.Path(__file__).resolve().parents[2] / "docs/station.md"
 PROFILE = 'simulated = true\n[descriptor]\ndevice = "jig"\nsize = 512\n'
 BLANK = b"\xff" * 512
-MISSING, READ_ONLY, USED, FOREIGN, FORGETS, CUT = 13, 29, 47, 68, 91, 75
+MISSING, READ_ONLY, USED, FOREIGN, FORGETS, CUT = 3, 5, 8, 12, 15, 19
 # The calls of the station go through this. The last digit of one unit's serial number is lost as
 # soon as it was written, and the power fails after 20 bytes if a shim is named.
 WRAPPER = """#!/bin/sh
@@ -42,13 +42,13 @@ def image(number, product=0x1234ABCD):
     return b"".join(chunks).ljust(len(BLANK), b"\xff")
 
 
-def main(boardctl, shim=""):
-    as_found = {number: BLANK for number in range(1, 101)}
-    as_found.update({USED: image(46), FOREIGN: image(FOREIGN, 0x12340001)})
+def main(boardctl, units, shim=""):
+    as_found = {number: BLANK for number in range(1, int(units) + 1)}
+    as_found.update({10: bytes(512), USED: image(USED - 1), FOREIGN: image(FOREIGN, 0x12340001)})
     outcome = {
-        MISSING: (1, "can't be read"), READ_ONLY: (1, "can't be written"), USED: (3, 'is "UNIT-00046"'),
+        MISSING: (1, "can't be read"), READ_ONLY: (1, "can't be written"), USED: (3, 'is "UNIT-00007"'),
         FOREIGN: (3, "another product: ProductID at 0: is 12340001"),
-        FORGETS: (1, "does not keep what was written: Tag5 at 20: is 554e49542d30303039ff")}
+        FORGETS: (1, "does not keep what was written: Tag5 at 20: is 554e49542d30303031ff")}
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         for step in pages.Page(PAGE).steps:
