@@ -10,7 +10,7 @@ VELM_DEFINE_UUID(IFanControl::IID(), "4AE0E766-3CB0-4E28-BC31-D8DAC47E682F", "IF
 
 namespace {
 
-constexpr unsigned FAN_RECORD_WIDTH = 16;
+constexpr unsigned RECORD_WIDTH = 16;
 
 } // namespace
 
@@ -29,7 +29,7 @@ XCode CFanControl::onConnected(String&) {
 XCode CFanControl::getActualFanSpeed(FanSpeed& speed) {
     speed = FAN_SPEED_OFF;
     int number = 0;
-    XCode status = readDevice(FAN_RECORD_WIDTH, number);
+    XCode status = readDevice(RECORD_WIDTH, number);
     if (!status.isSuccess())
         return status;
     // A negative number becomes a large one, which means full speed.
@@ -56,5 +56,5 @@ XCode CFanControl::setFanSpeed(FanSpeed speed) {
         value = m_maxSpeed / 3;
     else if (speed == FAN_SPEED_OFF)
         value = 0;
-    return writeDevice(FAN_RECORD_WIDTH, value);
+    return writeDevice(RECORD_WIDTH, value);
 }

@@ -13,7 +13,7 @@ VELM_DEFINE_UUID(ILedControl::IID(), "E2F21A46-A527-4AF7-893C-0754034020A4", "IL
 
 namespace {
 
-constexpr unsigned LED_RECORD_WIDTH = 4;
+constexpr unsigned RECORD_WIDTH = 4;
 constexpr unsigned FIRST_LIT_STATE = 1;
 constexpr unsigned SECOND_LIT_STATE = 2;
 
@@ -46,13 +46,13 @@ XCode CLedControl::onConnected(String&) {
 }
 
 XCode CLedControl::realSetLedStatus(unsigned int status) {
-    return writeDevice(LED_RECORD_WIDTH, status);
+    return writeDevice(RECORD_WIDTH, status);
 }
 
 XCode CLedControl::getLedStatus(unsigned int& status) const {
     status = 0;
     int number = 0;
-    XCode result = readDevice(LED_RECORD_WIDTH, number);
+    XCode result = readDevice(RECORD_WIDTH, number);
     status = static_cast<unsigned>(number);
     return result;
 }

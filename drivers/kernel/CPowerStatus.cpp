@@ -10,7 +10,7 @@ VELM_DEFINE_UUID(IPowerStatus::IID(), "B82FD170-ED93-4447-9787-4CAE0DD2FB34", "I
 
 namespace {
 
-constexpr unsigned POWER_RECORD_WIDTH = 4;
+constexpr unsigned RECORD_WIDTH = 4;
 
 } // namespace
 
@@ -29,7 +29,7 @@ XCode CPowerStatus::onConnected(String&) {
 XCode CPowerStatus::getPowerStatus(unsigned int& status) {
     status = 0;
     int number = 0;
-    XCode result = readDevice(POWER_RECORD_WIDTH, number);
+    XCode result = readDevice(RECORD_WIDTH, number);
     status = static_cast<unsigned>(number);
     return result;
 }

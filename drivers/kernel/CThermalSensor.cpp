@@ -10,7 +10,7 @@ VELM_DEFINE_UUID(IThermalSensor::IID(), "CCC6C8CA-E7E3-458A-9141-3AA10D538879", 
 
 namespace {
 
-constexpr unsigned SENSOR_RECORD_WIDTH = 16;
+constexpr unsigned RECORD_WIDTH = 16;
 
 } // namespace
 
@@ -29,7 +29,7 @@ XCode CThermalSensor::onConnected(String&) {
 XCode CThermalSensor::getTemperature(float& temperature) {
     temperature = 0.0F;
     int thousandths = 0;
-    XCode status = readDevice(SENSOR_RECORD_WIDTH, thousandths);
+    XCode status = readDevice(RECORD_WIDTH, thousandths);
     if (status.isSuccess()) {
         // Round to single precision first: clients compare the temperature with figures that were
         // rounded this way.

@@ -108,7 +108,7 @@ TEST(TagCompare, RejectsPatternsThatMakeNoSense) {
          R"("matches": the regular expression has 1001 characters (expected at most 1000))"},
         {R"("matches":"(a)\\1")", R"(refers back to a group with \1 (expected none of \1 to \9))"},
         {R"("matches":"[]{9}()]((a{255}){255}){255}")", "with its repetitions written out"},
-        {R"("matches":"a)")", R"(invalid: Unmatched ) or \))"},
+        {R"x("matches":"a)")x", R"(invalid: Unmatched ) or \))"},
         {first, R"("from" needs the last address (expected "to"))"},
         {R"("to":"02:00:00:00:00:07")", R"("to" needs the first address (expected "from"))"},
         {first + R"(,"to":"02:00:00:00:00:06")", R"("to" is lower than "from")"},
