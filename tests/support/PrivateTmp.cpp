@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <string>
 
 #include <fcntl.h>
@@ -11,12 +12,14 @@
 // The LED service's pipe has the same path on every machine, so tests of two checkouts would read
 // each other's lines. Linked into a test program, this gives the program and its children a private
 // /tmp if the machine allows it. Otherwise test programs take turns: each holds a lock on /tmp.
+// Hosts answer there too, instead of in /run, where other tests would find them.
 
 namespace {
 
 class PrivateTmp : public testing::Environment {
 public:
     void SetUp() override {
+        ::setenv("XDG_RUNTIME_DIR", "/tmp", 1);
         if (!isBelowTmp() && makePrivate())
             return;
         const int folder = ::open("/tmp", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
