@@ -12,20 +12,25 @@ export GTEST_BRIEF=1
 # If no descriptor is left, the kernel lets a connection wait; valgrind accepts and closes it.
 export GTEST_FILTER=-StatusServerTest.WaitsWithoutSpinningIfNoDescriptorIsLeft
 
+# watched COMMAND...: becomes the command under valgrind. Fails if valgrind finds something.
+watched() {
+    exec valgrind --quiet --leak-check=full --errors-for-leak-kinds=definite,indirect,possible --error-exitcode=99 \
+        --soname-synonyms=somalloc=nouserintercepts --fair-sched=yes "$@"
+}
+
 # checked NAME COMMAND...: runs the command under valgrind with its output in a log called NAME, and
 # prints the log if it fails. Does not replace a test program's own operators new and delete: some
 # of their calls are inlined, so valgrind would see only half of them.
 checked() {
     local log=$folder/$1.log
     shift
-    valgrind --quiet --leak-check=full --errors-for-leak-kinds=definite,indirect,possible --error-exitcode=99 \
-        --soname-synonyms=somalloc=nouserintercepts --fair-sched=yes "$@" >"$log" 2>&1 || {
+    (watched "$@") >"$log" 2>&1 || {
         cat "$log" >&2
         echo "valgrind: $* failed" >&2
         return 1
     }
 }
-export -f checked
+export -f watched checked
 export folder
 
 # The LED pipe has the same path on every machine. Programs that get no private /tmp take turns.
@@ -46,4 +51,22 @@ programs=("$bin"/!(boardctl|boardctl_faults|hosted_faults)_tests)
         "snapshot $bin/boardctl --sim snapshot -o $folder/snapshot" \
         "run $bin/boardctl ${board[*]} run --for 1"
 } | xargs -P "$jobs" -L 1 bash -c 'checked "$@"' checked
-echo "valgrind: ${#programs[@]} test programs and 6 commands are clean"
+
+# A host that is asked, until it is told to end.
+mkfifo "$folder/printed"
+watched "$bin/boardctl" "${board[@]}" run >"$folder/printed" 2>"$folder/host.log" &
+host=$! line=
+exec 3<"$folder/printed"
+until [[ $line == ready ]]; do read -r line <&3; done
+for question in status "status --format json" "status --format metrics" "leds why"; do
+    read -ra words <<<"$question"
+    checked question "$bin/boardctl" "${board[@]}" "${words[@]}"
+done
+kill -TERM "$host"
+cat <&3 >/dev/null
+wait "$host" || {
+    cat "$folder/host.log" >&2
+    echo "valgrind: the host that was asked failed" >&2
+    exit 1
+}
+echo "valgrind: ${#programs[@]} test programs, 6 commands and a host with 4 clients are clean"

@@ -170,7 +170,8 @@ INSTANTIATE_TEST_SUITE_P(
         "bd set 5=text:two -i @link --backup @kept", "bd set 45=hex:00000001 # -y --format json",
         "bd remove 5 -i @image --format json", "bd mac add 02:00:00:00:00:0a # -y --backup @kept",
         "leds check # --format json", "leds preview --ticks 4 # --format json",
-        "leds send system ready", "cpu --period 0.1", "cpu --period 0.1 --format json",
+        "leds send system ready", "status #", "status # --format json", "status # --format metrics",
+        "leds why power #", "cpu --period 0.1", "cpu --period 0.1 --format json",
         "firmware @board/image-info", "firmware # --format json", "sim create @made", "sim press #",
         "button watch --for 0.02 # --format json", "run --for 0.02 # --format json"),
     [](const auto& each) { return faults::nameOf(each.param); });

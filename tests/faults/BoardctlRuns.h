@@ -3,12 +3,16 @@
 #include <cctype>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "support/Program.h"
 #include "support/TempDir.h"
@@ -54,8 +58,21 @@ protected:
         support::Program({BOARDCTL, "sim", "create", m_dir.path("board")}).finish();
         m_dir.write("board/dev/fan", "170\n");
         m_dir.write("board/dev/status", "1\n");
+        if (GetParam().rfind("status #", 0) == 0 || contains(GetParam(), "leds why"))
+            startHost();
         m_before = files();
     }
+
+    /// Lets a program answer for a host of the board, until the end of the test.
+    void startHost() {
+        const std::string end = m_trace.path("end");
+        ::mkfifo(end.c_str(), 0600);
+        m_end = ::open(end.c_str(), O_RDWR | O_CLOEXEC);
+        m_host = std::make_unique<support::Program>(std::vector<std::string>{
+            "/bin/sh", "-c", CANNED_HOST " \"$0\" <\"$1\"", m_dir.path("board/board.toml"), end});
+        ASSERT_TRUE(m_host->waitForOutput("ready"));
+    }
+    ~BoardctlRuns() override { ::close(m_end); }
 
     Files files() const {
         Files found;
@@ -119,6 +136,8 @@ protected:
 
     const support::TempDir m_dir;
     const support::TempDir m_trace;
+    int m_end = -1; ///< the program ends when it is closed
+    std::unique_ptr<support::Program> m_host;
     Files m_before;
 };
 
