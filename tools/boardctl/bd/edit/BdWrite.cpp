@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -68,12 +69,14 @@ board::TagImage imageFrom(const std::string& bytes, const std::string& source, b
 /// Throws board::Error if the record would be appended to one of the other files of the command.
 void expectOwnFile(const std::string& record, const std::vector<std::string>& others) {
     std::error_code error; // a file that can't be looked at fails when it is opened
-    for (const std::string& other : others)
-        if (!record.empty() && !other.empty() &&
-            (fs::equivalent(record, other, error) ||
-             fs::weakly_canonical(record, error) == fs::weakly_canonical(other, error)))
-            throw board::Error(record + ": is " + other +
-                               " itself (expected another file for the record)");
+    const auto same = std::find_if(others.begin(), others.end(), [&](const std::string& other) {
+        return !record.empty() && !other.empty() &&
+               (fs::equivalent(record, other, error) ||
+                fs::weakly_canonical(record, error) == fs::weakly_canonical(other, error));
+    });
+    if (same != others.end())
+        throw board::Error(record + ": is " + *same +
+                           " itself (expected another file for the record)");
 }
 
 int write(const Options& options, const WriteWords& words) {
