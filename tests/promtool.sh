@@ -24,7 +24,9 @@ coproc host { exec "$boardctl" --board "$folder/board/board.toml" run 2>&1; }
 while read -r line && [[ $line != ready ]]; do :; done <&"${host[0]}"
 "$boardctl" --board "$folder/board/board.toml" --format metrics status | "$promtool" check metrics
 # shellcheck disable=SC2154 # coproc sets it
-kill "$host_PID"
+pid=$host_PID
+kill "$pid"
+wait "$pid" # it removes its socket
 rm -r "$folder/board"
 # shellcheck disable=SC2016 # these are backticks of Markdown
 sed -n '/^```yaml$/,/^```$/{/^```/!p}' "$page" >"$folder/rules.yml"
