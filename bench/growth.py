@@ -105,7 +105,7 @@ def figures(tree):
             yield f"bd {command} per tag", *growth.of(f"bd {command} -i @image#", MANY)
         for name, words in (("bd build", "bd build @list# -o -"), ("bd compare", "bd compare @list# @image#"),
                             ("bd compare, all different", "bd compare @image10 @image#"),
-                            ("bd set", "bd set 1.0=hex:ffff -i @image# --dry-run")):
+                            ("bd set", "bd set 1.0=hex:0200000000ff0001 -i @image# --dry-run")):
             yield f"{name} per tag", *growth.of(words, MANY)
         yield "bd build per key of an object", *growth.of("bd build @keys# -o -", MANY)
         for name, words in (("leds check", "leds check"), ("leds preview", "leds preview --ticks 20"),
