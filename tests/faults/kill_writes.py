@@ -9,6 +9,7 @@ kill at a random call, in a write after a random number of bytes, because the sy
 short write to a file even if the program is killed meanwhile.
 """
 import collections
+import contextlib
 import os
 import pathlib
 import random
@@ -68,7 +69,8 @@ def main():
                                    stderr=subprocess.DEVNULL, check=False)
                 else:
                     with subprocess.Popen(call, env=environment, stderr=subprocess.DEVNULL) as process:
-                        time.sleep(chance.random() * span)
+                        with contextlib.suppress(subprocess.TimeoutExpired):
+                            process.wait(chance.random() * span)
                         process.kill()
             left = target.read_bytes()
             state = "old" if left == old else "new" if left == new else "torn"
