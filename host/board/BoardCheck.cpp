@@ -155,7 +155,7 @@ void BoardCheck::checkWatch(const Profile& profile) {
             continue;
         if (!profile.ledService)
             m_findings.push_back(
-                {Level::WARNING, {line->place, "has no effect: there is no table [leds]"}});
+                {Level::WARNING, {line->place, "is never run: LED lines need a table [leds]"}});
         else if (!hasRow(*profile.ledService, line->word1, line->word2, line->number))
             m_findings.push_back(
                 {Level::WARNING, {line->place, "has no effect: no row of [leds] has this line"}});

@@ -20,7 +20,7 @@ Fault unreadable() {
 
 Result<unsigned> cpuLoadSinceBoot() {
     CpuLoad load; // without `setup`, the first span begins when the system started
-    // `measure` leaves `last` alone if there was no idle time: the load was 100 percent.
+    // Without any idle time, `measure` does not set `last`. The load was then 100 percent.
     unsigned short last = 100, mid = 0, longest = 0;
     if (!load.measure(last, mid, longest).isSuccess())
         return unreadable();

@@ -24,8 +24,8 @@ struct Backup {
     std::size_t tags;   ///< how many load
 };
 
-/// The backups in the state folder, the newest first; none if there is no such folder. Throws Error
-/// if the folder or a backup can't be read.
+/// The backups in the state folder, the newest first. Without that folder, there are none. Throws
+/// Error if the folder or a backup can't be read.
 std::vector<Backup> listBackups();
 
 /// The backups to remove so that each device keeps its newest `count`. `all` is in the order of
