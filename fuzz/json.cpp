@@ -8,19 +8,15 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include "Entry.h"
 #include "Oracle.h"
 #include "base/Error.h"
 #include "descriptor/TagsJson.h"
 
+using fuzz::Entry;
 using fuzz::expect;
 
 namespace {
-
-struct Entry {
-    int id;
-    std::string data;
-    bool operator==(const Entry& other) const { return id == other.id && data == other.data; }
-};
 
 std::vector<Entry> entriesOf(const std::vector<BD::Tag>& tags) {
     std::vector<Entry> entries;

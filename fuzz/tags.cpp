@@ -9,6 +9,7 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include "Entry.h"
 #include "Oracle.h"
 #include "base/Error.h"
 #include "descriptor/DescriptorEdit.h"
@@ -16,15 +17,11 @@
 #include "descriptor/compare/TagCompare.h"
 
 using board::DescriptorEdit;
+using fuzz::Entry;
 using fuzz::expect;
 
 namespace {
 
-struct Entry {
-    int id;
-    std::string data;
-    bool operator==(const Entry& other) const { return id == other.id && data == other.data; }
-};
 using Model = std::vector<Entry>;
 
 std::string padded(const std::string& data) {
