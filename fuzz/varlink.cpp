@@ -126,7 +126,7 @@ std::string written(Request& request, FuzzedDataProvider& data, Mistake mistake)
         members.push_back("\"parameters\":" + open + "1" + close);
         request.parameters = 1;
         for (int i = 0; i < depth; ++i)
-            request.parameters = nlohmann::json{{"name", request.parameters}};
+            request.parameters = nlohmann::ordered_json{{"name", request.parameters}};
     }
     if (mistake == Mistake::FLAG_TEXT) {
         members.emplace_back("\"more\":\"true\"");

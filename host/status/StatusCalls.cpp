@@ -5,7 +5,6 @@
 
 #include "status/Descriptions.h"
 
-using nlohmann::json;
 using nlohmann::ordered_json;
 
 namespace board {
@@ -35,7 +34,7 @@ varlink::Reply info() {
                     {"interfaces", {SERVICE, HOST}}});
 }
 
-varlink::Reply description(const json& parameters) {
+varlink::Reply description(const ordered_json& parameters) {
     const std::string& interface = parameters.at("interface").get_ref<const std::string&>();
     if (interface == HOST)
         return success({{"description", HOST_DESCRIPTION}});
@@ -52,27 +51,31 @@ struct StatusCalls::Method {
     const char* parameter; ///< a string; null if the method has no parameter
     bool isRequired;       ///< the parameter may not be absent
     bool needsMore;
-    varlink::Reply (*reply)(const StatusCalls& calls, const json& parameters);
+    varlink::Reply (*reply)(const StatusCalls& calls, const ordered_json& parameters);
 };
 
 const StatusCalls::Method StatusCalls::METHODS[] = {
     {SERVICE, "GetInfo", nullptr, false, false,
-     [](const StatusCalls&, const json&) { return info(); }},
+     [](const StatusCalls&, const ordered_json&) { return info(); }},
     {SERVICE, "GetInterfaceDescription", "interface", true, false,
-     [](const StatusCalls&, const json& parameters) { return description(parameters); }},
+     [](const StatusCalls&, const ordered_json& parameters) { return description(parameters); }},
     {HOST, "Status", nullptr, false, false,
-     [](const StatusCalls& calls, const json&) { return success(calls.m_answers.status()); }},
+     [](const StatusCalls& calls, const ordered_json&) {
+         return success(calls.m_answers.status());
+     }},
     {HOST, "Leds", "name", false, false,
-     [](const StatusCalls& calls, const json& parameters) { return calls.leds(parameters); }},
+     [](const StatusCalls& calls, const ordered_json& parameters) {
+         return calls.leds(parameters);
+     }},
     {HOST, "Metrics", nullptr, false, false,
-     [](const StatusCalls& calls, const json&) {
+     [](const StatusCalls& calls, const ordered_json&) {
          return success({{"text", calls.m_answers.metrics()}});
      }},
     {HOST, "Monitor", nullptr, false, true,
-     [](const StatusCalls&, const json&) { return eventReply(nullptr, 0); }},
+     [](const StatusCalls&, const ordered_json&) { return eventReply(nullptr, 0); }},
 };
 
-varlink::Reply StatusCalls::leds(const json& parameters) const {
+varlink::Reply StatusCalls::leds(const ordered_json& parameters) const {
     const ordered_json all = m_answers.leds();
     const auto wanted = parameters.find("name");
     if (wanted == parameters.end() || wanted->is_null())

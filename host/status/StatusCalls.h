@@ -19,7 +19,7 @@ private:
     struct Method;
     static const Method METHODS[];
 
-    varlink::Reply leds(const nlohmann::json& parameters) const;
+    varlink::Reply leds(const nlohmann::ordered_json& parameters) const;
 
     const StatusAnswers& m_answers;
 };

@@ -9,7 +9,6 @@
 #include "base/Text.h"
 #include "status/StatusPlaces.h"
 
-using nlohmann::json;
 using nlohmann::ordered_json;
 
 namespace board {
@@ -97,7 +96,7 @@ varlink::Reply StatusClient::awaitReply() {
     return std::move(*reply);
 }
 
-ordered_json StatusClient::call(const std::string& method, const json& parameters) {
+ordered_json StatusClient::call(const std::string& method, const ordered_json& parameters) {
     varlink::Request request;
     request.method = "org.boarddrivers.Host." + method;
     request.parameters = parameters;

@@ -41,8 +41,9 @@ public:
 
     /// Calls a method of org.boarddrivers.Host. Throws CallError, and Error if the host does not
     /// answer in time, has ended or does not speak Varlink, or if the program is asked to end.
-    nlohmann::ordered_json call(const std::string& method,
-                                const nlohmann::json& parameters = nlohmann::json::object());
+    nlohmann::ordered_json
+    call(const std::string& method,
+         const nlohmann::ordered_json& parameters = nlohmann::ordered_json::object());
 
     /// What happened on the board.
     struct Event {

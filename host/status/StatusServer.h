@@ -13,7 +13,7 @@ namespace board {
 /// Answers Varlink calls on a host's status socket, without ever waiting for a client.
 ///
 /// At most 64 clients are connected. The next one is told so and disconnected. A client that sends
-/// something other than a request, or more than 64 KiB without an end, is disconnected. Requests of
+/// something other than a request, or more than 4 KiB without an end, is disconnected. Requests of
 /// one client are answered in order: the next one is read once the client has read all replies, so
 /// that a client that does not read costs the memory of one reply.
 ///
@@ -25,7 +25,7 @@ namespace board {
 class StatusServer {
 public:
     static constexpr std::size_t MOST_CLIENTS = 64;
-    static constexpr std::size_t LARGEST_REQUEST = 65536;
+    static constexpr std::size_t LARGEST_REQUEST = 4096;
     static constexpr std::size_t MOST_WAITING_EVENTS = 65536; ///< bytes of them for one client
 
     /// Listens on `path`. `answers` must outlive the server. Throws Error as LocalListener does.

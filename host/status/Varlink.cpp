@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+using nlohmann::ordered_json;
+
 namespace board::varlink {
 
 namespace {
@@ -11,21 +13,20 @@ namespace {
 constexpr int DEEPEST = 32;
 
 /// The object that `text` holds; empty if it holds anything else.
-template <class Json>
-std::optional<Json> parseObject(const std::string& text) {
+std::optional<ordered_json> parseObject(const std::string& text) {
     bool isTooDeep = false;
-    const auto filter = [&](int depth, typename Json::parse_event_t, Json&) {
+    const auto filter = [&](int depth, ordered_json::parse_event_t, ordered_json&) {
         isTooDeep = isTooDeep || depth > DEEPEST;
         return !isTooDeep;
     };
-    Json json = Json::parse(text, filter, false);
+    ordered_json json = ordered_json::parse(text, filter, false);
     return isTooDeep || !json.is_object() ? std::nullopt : std::optional(std::move(json));
 }
 
 /// Stores the member `key` in `value`, if there is one. False if its type is wrong.
-template <class Json, class Value>
-bool readMember(const Json& message, const char* key, bool (Json::*hasType)() const noexcept,
-                Value& value) {
+template <class Value>
+bool readMember(const ordered_json& message, const char* key,
+                bool (ordered_json::*hasType)() const noexcept, Value& value) {
     const auto member = message.find(key);
     if (member == message.end() || member->is_null())
         return true;
@@ -35,40 +36,37 @@ bool readMember(const Json& message, const char* key, bool (Json::*hasType)() co
     return true;
 }
 
-template <class Json>
-std::string dumped(const Json& message) {
-    return message.dump(-1, ' ', false, Json::error_handler_t::replace) + '\0';
+std::string dumped(const ordered_json& message) {
+    return message.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + '\0';
 }
 
 } // namespace
 
 std::optional<Request> parseRequest(const std::string& text) {
-    using nlohmann::json;
-    const auto message = parseObject<json>(text);
+    const auto message = parseObject(text);
     Request request;
     const bool isRequest =
         message && message->contains("method") && !message->at("method").is_null() &&
-        readMember(*message, "method", &json::is_string, request.method) &&
-        readMember(*message, "parameters", &json::is_object, request.parameters) &&
-        readMember(*message, "oneway", &json::is_boolean, request.oneway) &&
-        readMember(*message, "more", &json::is_boolean, request.more) &&
-        readMember(*message, "upgrade", &json::is_boolean, request.upgrade);
+        readMember(*message, "method", &ordered_json::is_string, request.method) &&
+        readMember(*message, "parameters", &ordered_json::is_object, request.parameters) &&
+        readMember(*message, "oneway", &ordered_json::is_boolean, request.oneway) &&
+        readMember(*message, "more", &ordered_json::is_boolean, request.more) &&
+        readMember(*message, "upgrade", &ordered_json::is_boolean, request.upgrade);
     return isRequest ? std::optional(std::move(request)) : std::nullopt;
 }
 
 std::optional<Reply> parseReply(const std::string& text) {
-    using json = nlohmann::ordered_json;
-    const auto message = parseObject<json>(text);
+    const auto message = parseObject(text);
     Reply reply;
-    const bool isReply = message &&
-                         readMember(*message, "parameters", &json::is_object, reply.parameters) &&
-                         readMember(*message, "continues", &json::is_boolean, reply.continues) &&
-                         readMember(*message, "error", &json::is_string, reply.error);
+    const bool isReply =
+        message && readMember(*message, "parameters", &ordered_json::is_object, reply.parameters) &&
+        readMember(*message, "continues", &ordered_json::is_boolean, reply.continues) &&
+        readMember(*message, "error", &ordered_json::is_string, reply.error);
     return isReply ? std::optional(std::move(reply)) : std::nullopt;
 }
 
 std::string toBytes(const Request& request) {
-    nlohmann::ordered_json message = {{"method", request.method}};
+    ordered_json message = {{"method", request.method}};
     if (!request.parameters.empty())
         message["parameters"] = request.parameters;
     for (const auto& [key, isSet] :
@@ -80,7 +78,7 @@ std::string toBytes(const Request& request) {
 }
 
 std::string toBytes(const Reply& reply) {
-    nlohmann::ordered_json message;
+    ordered_json message;
     if (!reply.error.empty())
         message["error"] = reply.error;
     message["parameters"] = reply.parameters;

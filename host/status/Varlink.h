@@ -13,7 +13,7 @@ namespace board::varlink {
 struct Request {
     std::string method;
     /// An object; empty if the message has none.
-    nlohmann::json parameters = nlohmann::json::object();
+    nlohmann::ordered_json parameters = nlohmann::ordered_json::object();
     bool oneway = false;  ///< the client wants no reply
     bool more = false;    ///< the client accepts several replies
     bool upgrade = false; ///< the client wants to go on with another protocol

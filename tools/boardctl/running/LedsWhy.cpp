@@ -22,8 +22,8 @@ struct WhyWords {
 
 ordered_json leds(board::StatusClient& client, const std::string& name) {
     try {
-        return client.call("Leds", name.empty() ? nlohmann::json::object()
-                                                : nlohmann::json{{"name", name}});
+        return client.call("Leds", name.empty() ? nlohmann::ordered_json::object()
+                                                : nlohmann::ordered_json{{"name", name}});
     } catch (const board::StatusClient::CallError& error) {
         if (error.name != "org.boarddrivers.Host.NoSuchLed")
             throw;
