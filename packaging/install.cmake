@@ -44,9 +44,6 @@ install(FILES ${CMAKE_BINARY_DIR}/boarddrivers.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 install(TARGETS boardctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT boardctl)
-file(RELATIVE_PATH up_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-set_target_properties(boardctl PROPERTIES
-    INSTALL_RPATH "$ORIGIN/${up_from_bin};$ORIGIN/${up_from_bin}/boarddrivers")
 install(CODE "
     set(folder ${CMAKE_CURRENT_SOURCE_DIR}/packaging/systemd)
     set(made ${CMAKE_BINARY_DIR}/systemd)

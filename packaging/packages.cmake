@@ -56,14 +56,11 @@ with the driver framework that hosts them on an ordinary Linux machine."
 board_package(development_group libboarddrivers-dev libdevel "libboarddrivers1 ${exact}"
 "Headers, CMake package and pkg-config file of libboarddrivers."
     development framework-development)
-board_package(boardctl_group boardctl utils "libboarddrivers1 ${exact}"
+board_package(boardctl_group boardctl utils "${runtime}"
 "The command boardctl hosts the drivers of a board and shows what happens,
 reads and sets its devices, builds and edits board descriptors, checks and
 previews LED tables, and simulates a board if you have none."
     boardctl)
-if(runtime)
-    set(CPACK_DEBIAN_BOARDCTL_GROUP_PACKAGE_DEPENDS "libboarddrivers1 ${exact}, ${runtime}")
-endif()
 file(WRITE ${CMAKE_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_GROUP_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/triggers)
 set(CPACK_DEBIAN_BOARDCTL_GROUP_PACKAGE_CONTROL_EXTRA
