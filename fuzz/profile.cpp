@@ -11,7 +11,7 @@
 
 #include "Oracle.h"
 #include "base/Error.h"
-#include "leds/LedCheck.h"
+#include "leds/check/LedCheck.h"
 #include "profile/Profile.h"
 
 using board::Profile;
@@ -99,8 +99,9 @@ void checkProfile(const Profile& profile) {
         expect(row.word1.find('\0') == std::string::npos &&
                    row.word2.find('\0') == std::string::npos,
                "words are texts");
-    for (const board::ProfileFault& mistake : board::checkLeds(leds))
-        expect(mistake.place.rfind("/proc/self/fd/", 0) == 0, "a mistake in a table has its place");
+    for (const board::LedFinding& finding : board::checkLeds(profile))
+        expect(finding.fault.place.rfind("/proc/self/fd/", 0) == 0,
+               "a mistake in a table has its place");
 }
 
 } // namespace

@@ -1,33 +1,17 @@
 #include "board/BoardCheck.h"
 
-#include <algorithm>
-#include <cerrno>
-
 #include "PREFERENCES.h"
 #include "base/File.h"
-#include "base/Text.h"
 #include "board/EventTap.h"
 #include "board/Firmware.h"
 #include "descriptor/DescriptorCheck.h"
 #include "descriptor/DescriptorSource.h"
+#include "devices/DeviceFile.h"
 #include "devices/DeviceValue.h"
-#include "leds/LedCheck.h"
-#include "sysfs/Attributes.h"
+#include "leds/check/LedCheck.h"
+#include "leds/check/LedDeviceCheck.h"
 
 namespace board {
-
-namespace {
-
-void expectKind(const std::string& path, std::initializer_list<FileKind> kinds,
-                const std::string& expected) {
-    const FileKind kind = kindOf(path);
-    if (kind == FileKind::MISSING)
-        failWith(path, "can't open", errno);
-    if (std::find(kinds.begin(), kinds.end(), kind) == kinds.end())
-        throw Error(path + ": is not " + expected);
-}
-
-} // namespace
 
 void BoardCheck::add(Level level, const NamedPath& entry, const std::string& what) {
     m_findings.push_back({level, {entry.place, what}});
@@ -90,26 +74,23 @@ void BoardCheck::check(const LedDeviceProfile& led) {
     if (const auto path = deviceOf(led.device)) {
         expectValue(led.device, readBrightness(*path));
         look(led.device, [&] { expectWritable(*path); });
-        expectRange(led.device, *path, led.on, led.biStatus);
+        expectRange(led, *path);
     }
 }
 
-/// The kernel clamps a brightness above its maximum without an error.
-void BoardCheck::expectRange(const NamedPath& entry, const std::string& path, std::uint32_t on,
-                             bool isBiStatus) {
-    const std::string file = folderOf(path) + "max_brightness";
-    if (kindOf(file) == FileKind::MISSING)
+void BoardCheck::expectRange(const LedDeviceProfile& led, const std::string& path) {
+    const auto maximum = maximumOf(path);
+    if (!maximum)
         return;
-    const Result<long long> maximum = readNumber(file);
-    expectValue(entry, maximum);
-    if (maximum && on > *maximum)
-        add(Level::ERROR, entry,
-            "`on` is " + std::to_string(on) + ", but " + file + " holds " +
-                std::to_string(*maximum));
-    if (maximum && isBiStatus && *maximum < 2)
-        add(Level::ERROR, entry,
-            "`bi_status` needs a brightness of 2, but " + file + " holds " +
-                std::to_string(*maximum));
+    expectValue(led.device, *maximum);
+    if (!*maximum)
+        return;
+    const std::string holds =
+        ", but " + maximumFileOf(path) + " holds " + std::to_string(**maximum);
+    if (led.on > **maximum)
+        add(Level::ERROR, led.device, "`on` is " + std::to_string(led.on) + holds);
+    if (led.biStatus && **maximum < 2)
+        add(Level::ERROR, led.device, "`bi_status` needs a brightness of 2" + holds);
 }
 
 void BoardCheck::check(const DescriptorProfile& descriptor) {
@@ -130,23 +111,14 @@ void BoardCheck::check(const DescriptorProfile& descriptor) {
     });
 }
 
-void BoardCheck::checkLedTables(const LedSequencerProfile& leds) {
-    if (leds.access == LedCtrl::ACCESS_FILES)
-        for (const LedSequencerProfile::File& file : leds.files)
-            checkLedFile(file);
-    for (ProfileFault& mistake : checkLeds(leds))
-        m_findings.push_back({Level::WARNING, std::move(mistake)});
-}
-
-void BoardCheck::checkLedFile(const LedSequencerProfile::File& file) {
-    look(file.path, [&] {
-        const std::string path = m_locator.locate(file.path.path);
-        // A simulated board's LEDs are pipes.
-        expectKind(path, {FileKind::REGULAR, FileKind::CHARACTER_DEVICE, FileKind::PIPE},
-                   "an LED's file (expected a file, a pipe or a character device)");
-        expectWritable(path);
-        expectRange(file.path, path, file.on, false);
-    });
+void BoardCheck::checkLedTables(const Profile& profile) {
+    const auto addMistakes = [&](Level level, std::vector<LedFinding> findings) {
+        for (LedFinding& finding : findings)
+            if (finding.level == LedFinding::Level::MISTAKE)
+                m_findings.push_back({level, std::move(finding.fault)});
+    };
+    addMistakes(Level::ERROR, checkLedDevices(*profile.ledService, m_locator));
+    addMistakes(Level::WARNING, checkLeds(profile));
 }
 
 void BoardCheck::checkWatch(const Profile& profile) {
@@ -211,7 +183,7 @@ void BoardCheck::check(const Profile& profile) {
     if (profile.firmware)
         expectValue(*profile.firmware, readFirmware(profile.firmware->path));
     if (profile.ledService)
-        checkLedTables(*profile.ledService);
+        checkLedTables(profile);
     checkWatch(profile);
 }
 

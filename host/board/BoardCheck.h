@@ -23,7 +23,8 @@ struct BoardFinding {
 
 /// Looks whether a host could use the devices that a profile names: whether they exist, are the
 /// right kind of file, can be read, hold a value that devices of their kind can have, and may be
-/// written if a host writes to them. Nothing is written or opened for writing.
+/// written if a host writes to them. Doubtful rows of LED tables are left out: `checkLeds` lists
+/// them. Nothing is written or opened for writing.
 class BoardCheck {
 public:
     explicit BoardCheck(DeviceLocator locator = DeviceLocator()) : m_locator(std::move(locator)) {}
@@ -50,10 +51,8 @@ private:
     std::optional<std::string> deviceOf(const NamedPath& entry);
     template <class Value>
     void expectValue(const NamedPath& entry, const Result<Value>& value);
-    void expectRange(const NamedPath& entry, const std::string& path, std::uint32_t on,
-                     bool isBiStatus);
-    void checkLedTables(const LedSequencerProfile& leds);
-    void checkLedFile(const LedSequencerProfile::File& file);
+    void expectRange(const LedDeviceProfile& led, const std::string& path);
+    void checkLedTables(const Profile& profile);
     void checkWatch(const Profile& profile);
     void checkPreferences(const NamedPath& file);
     void checkButton(const NamedPath& button);

@@ -8,10 +8,14 @@
 /// LED tables of board profiles.
 namespace support {
 
-inline board::LedSequencerProfile ledsOf(const std::string& text) {
+inline board::Profile profileOf(const std::string& text) {
     const TempDir dir;
     dir.write("board.toml", text);
-    return board::Profile::load(dir.path("board.toml")).ledService.value();
+    return board::Profile::load(dir.path("board.toml"));
+}
+
+inline board::LedSequencerProfile ledsOf(const std::string& text) {
+    return profileOf(text).ledService.value();
 }
 
 /// A row of the command table as profile text: `words` are its two words, `rest` its other keys.

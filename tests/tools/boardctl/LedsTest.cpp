@@ -8,8 +8,7 @@ TEST(Leds, AreCheckedAndPreviewedWithoutAServiceOrAPipe) {
 $ rm -f /tmp/evt.fifo
 $ printf "[leds]\n[[leds.command]]\nword1='a'\nword2='b'\nmask=0\naction='roll-up'\n" >board.toml
 $ json --board board.toml leds check
-{ "mistakes": [ "board.toml:2: leds.command[0].mask: the roll has no LED: it shows nothing" ] }
-! boardctl: board.toml:2: leds.command[0].mask: the roll has no LED: it shows nothing
+{ "mistakes": [ "board.toml:2: leds.command[0].mask: the roll has no LED: it shows nothing" ], "findings": [ { "place": "board.toml:2: leds.command[0].mask", "what": "the roll has no LED: it shows nothing", "level": "error" } ], "files_checked": true }
 [3]
 $ json --sim leds preview --ticks 8 --at '1 line call' --at '9 all defaults' --at '3 line idle'
 { "ticks": 8, "leds": [ { "mask": 1, "wave": "00000000" }, { "mask": 2, "wave": "01100000" }, { "mask": 4, "wave": "00000000" }, { "mask": 16, "wave": "00000000" }, { "mask": 32, "wave": "00000000" }, { "mask": 64, "wave": "00000000" }, { "mask": 128, "wave": "00000000" } ], "simulated": true }
@@ -27,6 +26,35 @@ boardctl: '000000000000000000000000000000000000000000000000000000000000000000000
 boardctl: 'a b' matches no row of the table and has no effect
 boardctl: 'c d' matches no row of the table and has no effect
 $ test ! -e /tmp/evt.fifo
+)sh");
+}
+
+TEST(Leds, AreCheckedWithTheirFilesIfTheMachineHasThemAndStrictlyOnRequest) {
+    expectTranscript(TempDir(), R"sh(
+$ printf "[leds]\nfile = [\n{ mask = 1, path = 'led:a' },\n{ mask = 2, path = 'led:b', on = 9 }]\n" >board.toml
+$ printf "command = [{ word1 = 'a', word2 = 'b', mask = 3, action = 'on', time_ms = 150 }]\n" >>board.toml
+$ boardctl --board board.toml leds check --sysfs sys
+warning: board.toml:5: leds.command[0].time_ms: 150 is not a multiple of the tick of 100 ms: the row lasts 2 ticks, 200 ms
+this machine has none of the LEDs, so only the tables were checked
+$ json --board board.toml leds check --sysfs sys --strict | grep -o '"level.*'
+"level": "warning" } ], "files_checked": false }
+$ sed -i s/150/200/ board.toml; boardctl --board board.toml leds check --sysfs sys --strict
+no mistakes
+this machine has none of the LEDs, so only the tables were checked
+$ mkdir -p sys/class/leds/b/brightness; boardctl --board board.toml leds check --sysfs sys
+error: board.toml:3: leds.file[0].path: led:a: there is no LED 'a' (there are: 'b')
+error: board.toml:4: leds.file[1].path: sys/class/leds/b/brightness: is not an LED's file (expected a file, a pipe or a character device)
+[3]
+$ cd sys/class/leds; rmdir b/brightness; cp -r b a; for i in a b; do echo 0 >$i/brightness; echo 255 >$i/max_brightness; done; echo 8 >b/max_brightness
+$ boardctl --board board.toml leds check --sysfs sys; boardctl --sim leds check --strict
+warning: board.toml:3: leds.file[0].path: `on` is 1, but sys/class/leds/a/max_brightness holds 255: the LED looks dark when lit
+error: board.toml:4: leds.file[1].path: `on` is 9, but sys/class/leds/b/max_brightness holds 8
+no mistakes
+$ sed -i 's/ = 9/ = 8/' board.toml; for i in --strict ''; do boardctl --board board.toml leds check $i --sysfs sys; echo $?; done
+warning: board.toml:3: leds.file[0].path: `on` is 1, but sys/class/leds/a/max_brightness holds 255: the LED looks dark when lit
+3
+warning: board.toml:3: leds.file[0].path: `on` is 1, but sys/class/leds/a/max_brightness holds 255: the LED looks dark when lit
+0
 )sh");
 }
 

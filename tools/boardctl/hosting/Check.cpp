@@ -4,12 +4,12 @@
 
 #include "base/Text.h"
 #include "board/BoardCheck.h"
-#include "hosting/SysfsOption.h"
 #include "output/Json.h"
 #include "program/Board.h"
 #include "program/Command.h"
 #include "program/Commands.h"
 #include "program/Help.h"
+#include "program/SysfsOption.h"
 
 using board::BoardFinding;
 using nlohmann::ordered_json;

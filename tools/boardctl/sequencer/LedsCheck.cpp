@@ -1,39 +1,92 @@
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <string>
 #include <vector>
 
-#include "leds/LedCheck.h"
+#include "base/Text.h"
+#include "leds/check/LedCheck.h"
+#include "leds/check/LedDeviceCheck.h"
 #include "output/Json.h"
-#include "output/Messages.h"
 #include "program/Board.h"
 #include "program/Command.h"
 #include "program/Commands.h"
+#include "program/Help.h"
+#include "program/SysfsOption.h"
 #include "sequencer/LedTables.h"
+
+using board::LedFinding;
+using nlohmann::ordered_json;
 
 namespace boardctl {
 
 namespace {
 
-int checkTables(const Options& options) {
+struct LedsCheckWords {
+    std::string sysfs = "/sys";
+    bool isStrict = false;
+};
+
+const char* nameOf(LedFinding::Level level) {
+    return level == LedFinding::Level::MISTAKE ? "error" : "warning";
+}
+
+ordered_json toJson(const std::vector<LedFinding>& findings, bool seesFiles) {
+    ordered_json mistakes = ordered_json::array(), list = ordered_json::array();
+    for (const LedFinding& finding : findings) {
+        if (finding.level == LedFinding::Level::MISTAKE)
+            mistakes.push_back(finding.fault.text());
+        list.push_back({{"place", finding.fault.place},
+                        {"what", finding.fault.what},
+                        {"level", nameOf(finding.level)}});
+    }
+    return {{"mistakes", std::move(mistakes)},
+            {"findings", std::move(list)},
+            {"files_checked", seesFiles}};
+}
+
+int checkTables(const Options& options, const LedsCheckWords& words) {
     const BoardProfile board(options);
-    std::vector<std::string> mistakes;
-    for (const board::ProfileFault& mistake : board::checkLeds(ledTablesOf(board)))
-        mistakes.push_back(mistake.text());
-    if (options.json)
-        printJson({{"mistakes", mistakes}});
-    for (const std::string& mistake : mistakes)
-        complain(mistake);
-    if (mistakes.empty() && !options.json)
-        std::cout << "no mistakes\n";
-    return mistakes.empty() ? DONE : FOUND;
+    const board::LedSequencerProfile& tables = ledTablesOf(board);
+    const board::DeviceLocator locator(words.sysfs);
+    // Tables are designed on other machines too, so files that can't be here are no mistakes.
+    const bool hasFiles = tables.access == LedCtrl::ACCESS_FILES;
+    const bool seesFiles = hasFiles && board::mayHaveLeds(tables, locator);
+    std::vector<LedFinding> findings = board::checkLeds(board.profile());
+    if (seesFiles) {
+        const auto found = board::checkLedDevices(tables, locator);
+        std::copy(found.begin(), found.end(), std::back_inserter(findings));
+    }
+    if (options.json) {
+        printJson(toJson(findings, seesFiles));
+    } else {
+        for (const LedFinding& finding : findings)
+            std::cout << nameOf(finding.level) << ": " << board::printable(finding.fault.text())
+                      << "\n";
+        if (findings.empty())
+            std::cout << "no mistakes\n";
+        if (hasFiles && !seesFiles)
+            std::cout << "this machine has none of the LEDs, so only the tables were checked\n";
+    }
+    return std::any_of(findings.begin(), findings.end(),
+                       [&](const LedFinding& finding) {
+                           return words.isStrict || finding.level == LedFinding::Level::MISTAKE;
+                       })
+               ? FOUND
+               : DONE;
 }
 
 } // namespace
 
 void addLedsCheck(CLI::App& leds, Options& options) {
-    addCommand(leds, options, "check",
-               "Look for mistakes in the command table; exit status 3 if there are any",
-               checkTables);
+    const auto [command, words] = addCommand<LedsCheckWords>(
+        leds, options, "check",
+        "List mistakes and doubtful rows of the LED tables, and what is wrong with the LEDs' "
+        "files; exits with 3 after a mistake",
+        checkTables);
+    command.add_flag("--strict", words.isStrict, "Exit with 3 after a warning too");
+    addSysfsOption(command, words.sysfs);
+    addExamples(command, {"leds check --strict --board board.toml  before a table is released"});
 }
 
 } // namespace boardctl

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "base/Error.h"
-#include "leds/LedCheck.h"
 #include "leds/LedPipe.h"
+#include "leds/check/LedCheck.h"
 #include "output/Json.h"
 #include "program/Command.h"
 #include "program/Commands.h"

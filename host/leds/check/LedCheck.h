@@ -5,14 +5,15 @@
 #include <string>
 #include <vector>
 
+#include "leds/check/LedFindings.h"
 #include "profile/Profile.h"
-#include "profile/ProfileError.h"
 
 namespace board {
 
-/// The mistakes in a board's LED tables, in the profile's order. The sequencer accepts such tables,
-/// but they do nothing or not what was intended.
-std::vector<ProfileFault> checkLeds(const LedSequencerProfile& profile);
+/// What is wrong with a board's LED tables, in the profile's order; nothing if it has none. The
+/// sequencer accepts such tables, but they do nothing or not what was intended. Each finding says
+/// what the board would show. Looks at no device.
+std::vector<LedFinding> checkLeds(const Profile& profile);
 
 /// Whether the line has a row in the table. Without a number, it has the number 0.
 bool hasRow(const LedSequencerProfile& profile, const std::string& word1, const std::string& word2,

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <initializer_list>
+#include <optional>
+#include <string>
+
+#include "base/File.h"
+#include "base/Result.h"
+
+/// What a device file is, found out without opening it for writing.
+namespace board {
+
+/// Throws Error if the file is missing ("PATH: can't open: REASON") or is of another kind ("PATH:
+/// is not EXPECTED").
+void expectKind(const std::string& path, std::initializer_list<FileKind> kinds,
+                const std::string& expected);
+
+/// The file with the highest brightness of the LED whose brightness file is `path`.
+std::string maximumFileOf(const std::string& path);
+
+/// The highest brightness of that LED; empty if there is no such file. The kernel clamps a higher
+/// brightness without an error.
+std::optional<Result<long long>> maximumOf(const std::string& path);
+
+} // namespace board

@@ -1,0 +1,43 @@
+#include "leds/check/LedCheck.h"
+
+#include <algorithm>
+
+#include "LedCtrl.h"
+#include "leds/check/LedFileCheck.h"
+#include "leds/check/LedLightCheck.h"
+#include "leds/check/LedRowCheck.h"
+#include "leds/check/LedRows.h"
+#include "leds/check/LedStartCheck.h"
+
+namespace board {
+
+std::vector<LedFinding> checkLeds(const Profile& profile) {
+    if (!profile.ledService)
+        return {};
+    const LedSequencerProfile& tables = *profile.ledService;
+    LedFindings findings(tables);
+    if (tables.tickUs() == 0)
+        findings.add(LedFinding::Level::MISTAKE, "tick_ms",
+                     std::to_string(tables.tickMs) +
+                         " is not a tick that the service can use: it stays idle");
+    if (tables.access != LedCtrl::ACCESS_FILES && tables.access != LedCtrl::ACCESS_NONE)
+        findings.add(LedFinding::Level::MISTAKE, "access",
+                     std::to_string(tables.access) + " is not an access method: nothing is shown");
+    const LedRows rows(tables);
+    checkLedEntries(tables, profile.leds, findings);
+    checkLedRows(tables, rows, findings);
+    checkLedStart(tables, findings);
+    checkLedLights(tables, rows, findings);
+    return findings.take();
+}
+
+bool hasRow(const LedSequencerProfile& profile, const std::string& word1, const std::string& word2,
+            std::optional<std::int32_t> number) {
+    return std::any_of(profile.commands.begin(), profile.commands.end(),
+                       [&](const LedSequencerProfile::Command& row) {
+                           return row.word1 == word1 && row.word2 == word2 &&
+                                  row.number == number.value_or(0);
+                       });
+}
+
+} // namespace board

@@ -1,0 +1,78 @@
+#include "leds/check/LedDeviceCheck.h"
+
+#include <algorithm>
+
+#include "LedCtrl.h"
+#include "base/File.h"
+#include "devices/DeviceFile.h"
+
+namespace board {
+
+namespace {
+
+/// Below this share of the maximum, an LED that is lit looks dark.
+constexpr long long LEAST_SHARE = 20;
+
+class LedDevices {
+public:
+    LedDevices(const LedSequencerProfile& tables, const DeviceLocator& locator)
+        : m_locator(locator), m_findings(tables) {}
+
+    void check(const LedSequencerProfile::File& file) {
+        try {
+            const std::string path = m_locator.locate(file.path.path);
+            // A simulated board's LEDs are pipes.
+            expectKind(path, {FileKind::REGULAR, FileKind::CHARACTER_DEVICE, FileKind::PIPE},
+                       "an LED's file (expected a file, a pipe or a character device)");
+            expectWritable(path);
+            checkRange(file, path);
+        } catch (const Error& error) {
+            m_findings.add(LedFinding::Level::MISTAKE, file, error.what());
+        }
+    }
+
+    std::vector<LedFinding> take() { return m_findings.take(); }
+
+private:
+    void checkRange(const LedSequencerProfile::File& file, const std::string& path) {
+        const auto maximum = maximumOf(path);
+        if (!maximum)
+            return;
+        if (!*maximum)
+            throw Error(maximum->fault());
+        const std::string on = "`on` is " + std::to_string(file.on) + ", but " +
+                               maximumFileOf(path) + " holds " + std::to_string(**maximum);
+        if (file.on > **maximum)
+            m_findings.add(LedFinding::Level::MISTAKE, file, on);
+        else if (file.on * LEAST_SHARE < **maximum)
+            m_findings.add(LedFinding::Level::DOUBT, file, on + ": the LED looks dark when lit");
+    }
+
+    const DeviceLocator& m_locator;
+    LedFindings m_findings;
+};
+
+} // namespace
+
+bool mayHaveLeds(const LedSequencerProfile& tables, const DeviceLocator& locator) {
+    return tables.files.empty() ||
+           std::any_of(tables.files.begin(), tables.files.end(),
+                       [&](const LedSequencerProfile::File& file) {
+                           try {
+                               return !locator.locate(file.path.path).empty();
+                           } catch (const Error&) {
+                               return file.path.path.rfind("led:", 0) != 0;
+                           }
+                       });
+}
+
+std::vector<LedFinding> checkLedDevices(const LedSequencerProfile& tables,
+                                        const DeviceLocator& locator) {
+    LedDevices check(tables, locator);
+    if (tables.access == LedCtrl::ACCESS_FILES)
+        for (const LedSequencerProfile::File& file : tables.files)
+            check.check(file);
+    return check.take();
+}
+
+} // namespace board

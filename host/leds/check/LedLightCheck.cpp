@@ -1,0 +1,102 @@
+#include "leds/check/LedLightCheck.h"
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "LedCtrl.h"
+
+namespace board {
+
+namespace {
+
+/// What ends a state without a time, besides another row of its group.
+class StateEnds {
+public:
+    StateEnds(const LedSequencerProfile& tables, const LedRows& rows) {
+        for (const LedRow& row : tables.commands) {
+            if (!rows.runs(row))
+                continue;
+            const bool isOn = row.action == LedCtrl::ACTION_ON;
+            const bool isBlink = row.action == LedCtrl::ACTION_BLINK;
+            if (row.action == LedCtrl::ACTION_OFF)
+                m_off |= row.mask;
+            if (holdsState(row))
+                (isOn ? m_blinking : m_steady) |= row.mask;
+            // If its group ends a row's state, it ends the same state of other rows too. A row whose
+            // time is below 0 does not hold a state, but its group ends one, even if the row itself
+            // runs again.
+            const bool isEnded = row.timeMs == 0 ? rows.hasMate(row) : row.timeMs < 0;
+            if ((isOn || isBlink) && row.group > 0 && isEnded)
+                (isOn ? m_steady : m_blinking) |= row.mask;
+        }
+    }
+
+    std::uint32_t ofSteady() const { return m_off | m_steady; }
+    std::uint32_t ofBlinking() const { return m_off | m_blinking; }
+
+private:
+    std::uint32_t m_off = 0, m_steady = 0, m_blinking = 0;
+};
+
+void checkUnlit(const LedSequencerProfile& tables, LedFindings& findings) {
+    std::uint32_t lit = 0;
+    for (const LedRow& row : tables.commands)
+        if (isLighting(row))
+            lit |= row.mask;
+    for (const LedSequencerProfile::File& file : tables.files)
+        if (const auto mask = static_cast<std::uint32_t>(file.mask); mask != 0 && !(mask & lit))
+            findings.add(LedFinding::Level::DOUBT, file,
+                         "no row lights " + hexOf(mask) + ": this LED is always dark");
+}
+
+/// Other rolls with the same first word and mask may end each other's actions.
+bool isEndedRoll(const LedRow& row, const LedRows& rows, bool hasStop) {
+    return hasStop || rows.hasDefaultsLine() || rows.hasMate(row) ||
+           rows.countRolls(row.word1, row.mask) > 1;
+}
+
+} // namespace
+
+void checkLedLights(const LedSequencerProfile& tables, const LedRows& rows, LedFindings& findings) {
+    checkUnlit(tables, findings);
+    bool hasOff = false;
+    std::set<std::pair<std::string_view, std::uint32_t>> stops;
+    std::uint32_t shown = 0;
+    for (const LedRow& row : tables.commands) {
+        if (row.action == LedCtrl::ACTION_OFF && rows.runs(row))
+            hasOff = true;
+        if (row.action == LedCtrl::ACTION_ROLL_STOP && rows.runs(row) &&
+            rows.countRolls(row.word1, row.mask) != 0)
+            stops.insert({row.word1, row.mask});
+    }
+    if (!hasOff && stops.empty()) // a table that only ever changes what is lit
+        return;
+    for (const LedSequencerProfile::File& file : tables.files)
+        shown |= static_cast<std::uint32_t>(file.mask);
+    const StateEnds ends(tables, rows);
+    for (const LedRow& row : tables.commands) {
+        if (!rows.runs(row))
+            continue;
+        if (holdsState(row) && !rows.hasMate(row)) {
+            const std::uint32_t ended =
+                row.action == LedCtrl::ACTION_ON ? ends.ofSteady() : ends.ofBlinking();
+            if (const std::uint32_t stuck = row.mask & shown & ~ended)
+                findings.add(LedFinding::Level::DOUBT, row, "",
+                             std::string("nothing ends this row: once it has run, ") +
+                                 hexOf(stuck) +
+                                 (row.action == LedCtrl::ACTION_ON ? " is lit" : " blinks") +
+                                 " for good, though the table has rows that end others (expected "
+                                 "an off, another row in its group or a time)");
+        } else if (isEndlessRoll(row) && row.group > 0 && (row.mask & shown) != 0 &&
+                   !isEndedRoll(row, rows, stops.count({row.word1, row.mask}) != 0)) {
+            findings.add(LedFinding::Level::DOUBT, row, "",
+                         "nothing ends this roll: once it has run, it goes on for good, though the "
+                         "table has rows that end others (expected a roll-stop, another row in its "
+                         "group or a time)");
+        }
+    }
+}
+
+} // namespace board

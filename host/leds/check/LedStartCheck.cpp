@@ -1,0 +1,179 @@
+#include "leds/check/LedStartCheck.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "LedCtrl.h"
+#include "leds/check/LedRows.h"
+
+namespace board {
+
+namespace {
+
+using Rows = std::vector<LedCtrl::CmdDef>;
+
+Rows rowsOf(const LedSequencerProfile& tables) {
+    Rows rows;
+    for (const LedRow& row : tables.commands)
+        rows.push_back({row.word1.c_str(), row.word2.c_str(), row.number, row.mask, row.action,
+                        row.group, row.timeMs, row.isDefault});
+    return rows;
+}
+
+template <class See>
+void forEachLed(std::uint32_t mask, See see) {
+    for (unsigned bit = 0; mask != 0; ++bit, mask >>= 1U)
+        if ((mask & 1U) != 0)
+            see(bit, 1U << bit);
+}
+
+/// The library's sequencer at its start, without a thread.
+class Start : private LedCtrl {
+public:
+    Start(const LedSequencerProfile& tables, const Rows& rows)
+        : LedCtrl(rows.data(), static_cast<unsigned>(rows.size()), nullptr, 0, ACCESS_NONE,
+                  tables.tickMs, tables.blinkPattern, NotStarted()),
+          m_tables(tables), m_rows(rows), m_losses(rows.size()) {
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            if (rows[i].isDefault)
+                run(i);
+    }
+
+    void report(LedFindings& findings) const {
+        for (std::size_t i = 0; i < m_rows.size(); ++i)
+            if (m_losses[i].by)
+                reportLoss(m_tables.commands[i], m_losses[i], findings);
+        reportActions(findings);
+    }
+
+private:
+    /// What a default row has lost to later ones.
+    struct Loss {
+        const LedRow* by = nullptr; ///< the first of them
+        std::uint32_t leds = 0;
+        bool isByGroup = false; ///< it has lost everything
+    };
+
+    static bool isEndedByGroup(const CmdDef& row) {
+        return row.group > 0 && row.timeMs >= 0 &&
+               (row.action == ACTION_ON || row.action == ACTION_BLINK ||
+                row.action == ACTION_ROLL_UP || row.action == ACTION_ROLL_DOWN);
+    }
+
+    bool isRunning(const CmdDef& row) const {
+        const auto& actions = view().actions;
+        return std::any_of(actions.begin(), actions.end(),
+                           [&](const ActionDesc& action) { return action.cmd == &row; });
+    }
+
+    void run(std::size_t index) {
+        const CmdDef& row = m_rows[index];
+        const std::uint32_t steady = view().steadyMask, blinking = view().blinkMask;
+        // Such a row among the defaults only ends what its group's former row started.
+        if (row.action != ACTION_DEFAULTS)
+            executeCmd(row);
+        else if (row.group > 0)
+            stopGroupAction(row);
+        forEachLed((steady & ~view().steadyMask) | (blinking & ~view().blinkMask),
+                   [&](unsigned bit, std::uint32_t led) {
+                       if (m_owners[bit])
+                           lose(*m_owners[bit], index, led);
+                       m_owners[bit].reset();
+                   });
+        if (const auto leader = m_leaders.find(row.group); leader != m_leaders.end()) {
+            const std::size_t former = leader->second;
+            if (!isRunning(m_rows[former])) {
+                lose(former, index, m_rows[former].ledMask);
+                m_losses[former].by = &m_tables.commands[index];
+                m_losses[former].isByGroup = true;
+            }
+            m_leaders.erase(leader);
+        }
+        if (holdsState(m_tables.commands[index]))
+            forEachLed(row.ledMask, [&](unsigned bit, std::uint32_t) { m_owners[bit] = index; });
+        if (isEndedByGroup(row))
+            m_leaders[row.group] = index;
+    }
+
+    void lose(std::size_t row, std::size_t by, std::uint32_t leds) {
+        Loss& loss = m_losses[row];
+        if (!loss.by)
+            loss.by = &m_tables.commands[by];
+        loss.leds |= leds;
+    }
+
+    static void reportLoss(const LedRow& row, const Loss& loss, LedFindings& findings) {
+        if (loss.isByGroup)
+            findings.add(LedFinding::Level::MISTAKE, row, "default",
+                         "the start does not show this row: " + loss.by->place +
+                             ", a default row of the same group, ends it before the first tick");
+        else if (loss.leds == row.mask)
+            findings.add(LedFinding::Level::MISTAKE, row, "default",
+                         "the start does not show this row: " + loss.by->place +
+                             ", a default row too, changes its LEDs before the first tick");
+        else
+            findings.add(LedFinding::Level::DOUBT, row, "default",
+                         "the start does not show this row on " + hexOf(loss.leds) + ": " +
+                             loss.by->place +
+                             ", a default row too, changes that before the first tick");
+    }
+
+    /// What actions do to each other and to the states that they hide.
+    void reportActions(LedFindings& findings) const {
+        std::array<const LedRow*, 32> running{}, endless{};
+        for (const ActionDesc& action : view().actions) {
+            const LedRow& row = rowOf(action);
+            const LedRow* other = nullptr;
+            std::uint32_t shared = 0;
+            forEachLed(row.mask & view().actionMask, [&](unsigned bit, std::uint32_t led) {
+                if (running[bit]) {
+                    shared |= led;
+                    other = other ? other : running[bit];
+                }
+                running[bit] = &row;
+                if (action.endless)
+                    endless[bit] = &row;
+            });
+            if (shared != 0)
+                findings.add(LedFinding::Level::DOUBT, row, "default",
+                             "the start mixes this row with " + other->place +
+                                 ", a default row too: " + hexOf(shared) +
+                                 " is lit when either row lights it");
+        }
+        std::map<std::size_t, std::pair<const LedRow*, std::uint32_t>> hidden;
+        for (unsigned bit = 0; bit < m_owners.size(); ++bit)
+            if (m_owners[bit] && endless[bit]) {
+                auto& [by, leds] = hidden[*m_owners[bit]];
+                by = endless[bit];
+                leds |= 1U << bit;
+            }
+        for (const auto& [row, by] : hidden)
+            findings.add(LedFinding::Level::DOUBT, m_tables.commands[row], "default",
+                         "the start does not show this row on " + hexOf(by.second) + ": " +
+                             by.first->place + ", a default roll without a time, hides it");
+    }
+
+    const LedRow& rowOf(const ActionDesc& action) const {
+        return m_tables.commands[static_cast<std::size_t>(action.cmd - m_rows.data())];
+    }
+
+    const LedSequencerProfile& m_tables;
+    const Rows& m_rows;
+    std::vector<Loss> m_losses;                            ///< one for each row
+    std::array<std::optional<std::size_t>, 32> m_owners{}; ///< the row that holds an LED's state
+    std::map<std::int32_t, std::size_t> m_leaders; ///< the row that the group's next one ends
+};
+
+} // namespace
+
+void checkLedStart(const LedSequencerProfile& tables, LedFindings& findings) {
+    const Rows rows = rowsOf(tables);
+    Start(tables, rows).report(findings);
+}
+
+} // namespace board
