@@ -18,7 +18,7 @@ namespace {
 
 using Random = std::mt19937;
 
-constexpr unsigned TABLES = 2000, TICKS = 80;
+constexpr unsigned TABLES = 2000, TICKS = 50;
 
 template <class Values>
 auto oneOf(Random& random, const Values& values) {
