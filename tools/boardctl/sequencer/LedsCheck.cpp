@@ -31,7 +31,7 @@ const char* nameOf(LedFinding::Level level) {
     return level == LedFinding::Level::MISTAKE ? "error" : "warning";
 }
 
-ordered_json toJson(const std::vector<LedFinding>& findings, bool seesFiles) {
+ordered_json findingsJson(const std::vector<LedFinding>& findings, bool seesFiles) {
     ordered_json mistakes = ordered_json::array(), list = ordered_json::array();
     for (const LedFinding& finding : findings) {
         if (finding.level == LedFinding::Level::MISTAKE)
@@ -58,7 +58,7 @@ int checkTables(const Options& options, const LedsCheckWords& words) {
         std::copy(found.begin(), found.end(), std::back_inserter(findings));
     }
     if (options.json) {
-        printJson(toJson(findings, seesFiles));
+        printJson(findingsJson(findings, seesFiles));
     } else {
         for (const LedFinding& finding : findings)
             std::cout << nameOf(finding.level) << ": " << board::printable(finding.fault.text())
