@@ -10,7 +10,7 @@ namespace board {
 
 namespace {
 
-/// Below this share of the maximum, an LED that is lit looks dark.
+/// Below this share of the maximum, an LED that is lit is almost dark.
 constexpr long long LEAST_SHARE = 20;
 
 class LedDevices {
@@ -45,7 +45,8 @@ private:
         if (file.on > **maximum)
             m_findings.add(LedFinding::Level::MISTAKE, file, on);
         else if (file.on * LEAST_SHARE < **maximum)
-            m_findings.add(LedFinding::Level::DOUBT, file, on + ": the LED looks dark when lit");
+            m_findings.add(LedFinding::Level::DOUBT, file,
+                           on + ": when lit, the LED is almost dark");
     }
 
     const DeviceLocator& m_locator;

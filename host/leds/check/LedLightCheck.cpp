@@ -24,9 +24,9 @@ public:
                 m_off |= row.mask;
             if (holdsState(row))
                 (isOn ? m_blinking : m_steady) |= row.mask;
-            // If its group ends a row's state, it ends the same state of other rows too. A row whose
-            // time is below 0 does not hold a state, but its group ends one, even if the row itself
-            // runs again.
+            // If its group ends a row's state, it ends the same state of other rows too. A row
+            // whose time is below 0 does not hold a state, but its group ends one, even if the row
+            // itself runs again.
             const bool isEnded = row.timeMs == 0 ? rows.hasMate(row) : row.timeMs < 0;
             if ((isOn || isBlink) && row.group > 0 && isEnded)
                 (isOn ? m_steady : m_blinking) |= row.mask;
