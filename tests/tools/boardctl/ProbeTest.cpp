@@ -188,6 +188,7 @@ error: board.toml:29: firmware.info: OPEN 'none' FAILED (none: can't open: No su
 error: board.toml:33: leds.file[0].path: led:x: there is no LED 'x' (there are: none)
 error: board.toml:36: leds.file[1].path: `on` is 255, but led/max_brightness holds 1
 warning: board.toml:36: leds.file[1].path: the mask is 0: this LED is never lit
+warning: board.toml:36: leds.file[1].path: is the device of [[led]] 'e' too: the sequencer overwrites what is set there
 warning: board.toml:39: watch.on_clear: has no effect: no row of [leds] has this line
 [3]
 $ json check --board board.toml --sysfs . | head -c 200; echo
