@@ -60,9 +60,8 @@ private:
     };
 
     static bool isEndedByGroup(const CmdDef& row) {
-        return row.group > 0 && row.timeMs >= 0 &&
-               (row.action == ACTION_ON || row.action == ACTION_BLINK ||
-                row.action == ACTION_ROLL_UP || row.action == ACTION_ROLL_DOWN);
+        return row.group > 0 && (row.action == ACTION_ON || row.action == ACTION_BLINK ||
+                                 row.action == ACTION_ROLL_UP || row.action == ACTION_ROLL_DOWN);
     }
 
     bool isRunning(const CmdDef& row) const {

@@ -129,6 +129,12 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
          "warning: leds.command[0]: nothing ends this row: once it has run, 0x1 blinks for good"},
         {roll + off, roll + off + row("all defaults", "mask = 0\naction = 'defaults'"),
          "warning: leds.command[0]: nothing ends this roll"},
+        // The end of a roll by its group ends the first one with the same word and mask.
+        {roll + row("c roll", "mask = 6\naction = 'roll-up'\ngroup = 2") +
+             row("c off", "mask = 1\naction = 'off'\ngroup = 2"),
+         roll + row("a up", "mask = 6\naction = 'roll-up'\ngroup = 2") +
+             row("a off", "mask = 1\naction = 'off'\ngroup = 2"),
+         "warning: leds.command[0]: nothing ends this roll"},
         // Files
         {file("1", "again"), file("8", "eight") + row("a b", "mask = 8\naction = 'flash'"),
          "error: leds.file[0].path: is never written"},

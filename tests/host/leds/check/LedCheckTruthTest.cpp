@@ -181,7 +181,9 @@ TEST(LedCheckTruth, AtTheStartADefaultRowShowsOnNoLedThatALaterOneTakes) {
                 EXPECT_FALSE(engine.shows(row, taken)) << "seed " << seed << ", row " << row;
             }
             if (mixed.count(row) != 0) {
-                EXPECT_TRUE(engine.shows(row, all)) << "seed " << seed << ", row " << row;
+                const std::size_t other = std::stoul(mixed.at(row));
+                EXPECT_TRUE(other != row && engine.shows(row, all) && engine.shows(other, all))
+                    << "seed " << seed << ", row " << row;
             }
             shown += tables.commands[row].isDefault && engine.shows(row, all);
         }
