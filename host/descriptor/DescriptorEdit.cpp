@@ -16,6 +16,11 @@ BD::Tag makeTag(BD::TagId id, const TString<char>& data) {
     return tag;
 }
 
+BD::Tag makeMac(const std::string& mac, unsigned interface) {
+    const std::string data = macData(mac, interface);
+    return makeTag(MAC_TAG, {data.data(), static_cast<unsigned>(data.size())});
+}
+
 /// The interface number of MAC address `index`. Throws if the tag is not an address record.
 unsigned interfaceOf(const BD::Tag& tag, unsigned index) {
     if (const std::optional<MacAddress> address = macOf(tag))
@@ -135,13 +140,13 @@ void DescriptorEdit::setMac(unsigned index, const std::string& mac,
                             std::optional<unsigned> interface) {
     const std::size_t position = positionOf({MAC_TAG, index});
     const unsigned number = interface ? *interface : interfaceOf(m_tags[position].tag, index);
-    replace(position, makeTag(MAC_TAG, macData(mac, number)));
+    replace(position, makeMac(mac, number));
 }
 
 void DescriptorEdit::addMac(const std::string& mac, unsigned interface) {
     // The library's own operation overwrites the last address and leaves an empty tag, which hosts
     // rely on. Here every address stays.
-    insertAt(endOfMacs(), makeTag(MAC_TAG, macData(mac, interface)));
+    insertAt(endOfMacs(), makeMac(mac, interface));
 }
 
 std::size_t DescriptorEdit::endOfMacs() const {

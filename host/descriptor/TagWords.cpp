@@ -77,25 +77,16 @@ BD::TagId parseId(const std::string& word) {
                 didYouMean(word, names));
 }
 
-TString<char> bigEndian(unsigned value, unsigned width) {
-    TString<char> bytes;
-    for (unsigned i = width; i-- > 0;) {
-        const char byte = static_cast<char>(value >> (8 * i) & 0xFFU);
-        bytes.concat(&byte, 1);
-    }
-    return bytes;
-}
-
-TString<char> bytesOfHex(const std::string& digits) {
+std::string bytesOfHex(const std::string& digits) {
     std::string bytes;
     if (const std::size_t wrong = decodeHex(digits, bytes); wrong != std::string::npos)
         throw Error(quoted(digits) + " is not hexadecimal at character " + std::to_string(wrong) +
                     " (expected two digits for each byte)");
-    return TString<char>(bytes.data(), static_cast<unsigned>(bytes.size()));
+    return bytes;
 }
 
 /// "ADDRESS/INTERFACE".
-TString<char> macDataOf(const std::string& value) {
+std::string macDataOf(const std::string& value) {
     const auto slash = value.find('/');
     const std::string mac = parseMac(value.substr(0, slash));
     if (slash == std::string::npos)
@@ -104,7 +95,7 @@ TString<char> macDataOf(const std::string& value) {
     return macData(mac, parseNumber(value.substr(slash + 1), UINT16_MAX, "interface number"));
 }
 
-TString<char> dataOf(TagType type, const std::string& value) {
+std::string dataOf(TagType type, const std::string& value) {
     switch (type) {
     case TagType::U8:
         return bigEndian(parseNumber(value, UINT8_MAX, "u8 value"), 1);
@@ -114,7 +105,7 @@ TString<char> dataOf(TagType type, const std::string& value) {
     case TagType::UINT:
         return bigEndian(parseNumber(value, UINT32_MAX, "32-bit value"), 4);
     case TagType::TEXT:
-        return TString<char>(value.data(), static_cast<unsigned>(value.size()));
+        return value;
     case TagType::MAC:
         return macDataOf(value);
     case TagType::HEX:
@@ -169,8 +160,9 @@ Assignment parseAssignment(const std::string& word) {
     assignment.place = parseTagPlace(tag);
     assignment.hasIndex = tag.find('.') != std::string::npos;
     try {
-        assignment.data = dataOf(parseTagType(word.substr(equals + 1, colon - equals - 1)),
-                                 word.substr(colon + 1));
+        const std::string data = dataOf(parseTagType(word.substr(equals + 1, colon - equals - 1)),
+                                        word.substr(colon + 1));
+        assignment.data = TString<char>(data.data(), static_cast<unsigned>(data.size()));
     } catch (const Error& error) {
         throw Error("tag " + quoted(tag) + ": " + error.what() +
                     (assignment.place.id == MAC_TAG
@@ -206,13 +198,21 @@ std::string parseMac(const std::string& word) {
     return word;
 }
 
-TString<char> macData(const std::string& mac, unsigned interface) {
+std::string bigEndian(unsigned value, unsigned width) {
+    std::string bytes;
+    for (unsigned i = width; i-- > 0;)
+        bytes += static_cast<char>(value >> (8 * i) & 0xFFU);
+    return bytes;
+}
+
+std::string macBytes(const std::string& mac) {
     std::string digits = mac;
     digits.erase(std::remove(digits.begin(), digits.end(), ':'), digits.end());
-    TString<char> data = bytesOfHex(digits);
-    const TString<char> number = bigEndian(interface, 2);
-    data.concat(number.data(), number.length());
-    return data;
+    return bytesOfHex(digits);
+}
+
+std::string macData(const std::string& mac, unsigned interface) {
+    return macBytes(mac) + bigEndian(interface, 2);
 }
 
 std::size_t decodeHex(const std::string& digits, std::string& bytes) {

@@ -56,9 +56,15 @@ TagType parseTagType(const std::string& word);
 /// separated by colons; not multicast, broadcast or all zero. Returns the word unchanged.
 std::string parseMac(const std::string& word);
 
+/// The six bytes of an address that parseMac has returned.
+std::string macBytes(const std::string& mac);
+
 /// The data of a MAC address tag: the six bytes of the address, then the interface number. `mac` is
 /// what parseMac returns; `interface` is at most 65535.
-TString<char> macData(const std::string& mac, unsigned interface);
+std::string macData(const std::string& mac, unsigned interface);
+
+/// The lowest `width` bytes of `value`, the highest of them first. `width` is at most 4.
+std::string bigEndian(unsigned value, unsigned width);
 
 /// A decimal number, or a hexadecimal one with 0x, up to `maximum`; `what` names it in the message.
 unsigned parseNumber(const std::string& word, unsigned maximum, const std::string& what);

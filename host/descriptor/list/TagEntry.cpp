@@ -16,13 +16,6 @@ namespace {
 const std::vector<std::string> VALUE_KEYS = {"data", "hex", "text", "u8",
                                              "u16",  "u32", "uint", "mac"};
 
-std::string bigEndian(unsigned value, unsigned width) {
-    std::string bytes;
-    for (unsigned i = width; i-- > 0;)
-        bytes += static_cast<char>(value >> (8 * i) & 0xFFU);
-    return bytes;
-}
-
 } // namespace
 
 const std::vector<std::string>& TagEntry::keys() {
@@ -120,18 +113,13 @@ unsigned TagEntry::number(const JsonMember& member, unsigned maximum) const {
 }
 
 std::string TagEntry::address(const JsonMember& member) const {
-    std::string digits;
     try {
-        digits = parseMac(text(member, "a MAC address such as 02:00:00:00:00:07"));
+        return macBytes(parseMac(text(member, "a MAC address such as 02:00:00:00:00:07")));
     } catch (const Error& error) {
         if (!member.value.is_string())
             throw;
         m_entry.fail(&member, '"' + member.key + "\": " + error.what());
     }
-    digits.erase(std::remove(digits.begin(), digits.end(), ':'), digits.end());
-    std::string bytes;
-    decodeHex(digits, bytes); // parseMac has checked the digits
-    return bytes;
 }
 
 std::optional<unsigned> TagEntry::interface() const {
