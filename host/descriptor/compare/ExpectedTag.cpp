@@ -54,7 +54,7 @@ struct Words {
         return std::to_string(size.bytes) + (size.bytes == 1 ? " byte" : " bytes");
     }
     std::string operator()(const TextPattern& pattern) const {
-        return "a text that matches " + printable(pattern.expression());
+        return "a text that matches \"" + printable(pattern.expression()) + '"';
     }
     std::string operator()(const AddressRange& range) const {
         return "an address from " + colons(range.first) + " to " + colons(range.last) +
