@@ -153,7 +153,8 @@ at 8: note: the tags end at erased bytes, without a terminator (expected 00 00 0
 1 tag in 12 of 12 bytes
 ! boardctl: none: can't open: No such file or directory
 [3]
-$ wrong bd check --require Productid unit
-boardctl: 'Productid' is not a tag (expected 1 to 65534, 0x1 to 0xfffe, or a name such as ProductID); did you mean 'ProductID'?
+$ for i in Productid 5,; do wrong bd check --require $i unit; done
+boardctl: --require: 'Productid' is not a tag (expected 1 to 65534, 0x1 to 0xfffe, or a name such as ProductID); did you mean 'ProductID'?
+boardctl: --require: '' is not a tag (expected 1 to 65534, 0x1 to 0xfffe, or a name such as ProductID)
 )sh");
 }

@@ -64,9 +64,17 @@ ordered_json toJson(const board::TagImage& image, const std::vector<board::Findi
 class Check {
 public:
     Check(const Options& options, const CheckWords& words) : m_options(options), m_words(words) {
-        std::istringstream names(words.required);
+        if (words.required.empty())
+            return;
+        std::istringstream names(words.required + ','); // so that an empty last name is found too
         for (std::string name; std::getline(names, name, ',');)
-            m_required.push_back(orWrongCall([&] { return board::parseTagPlace(name); }));
+            m_required.push_back(orWrongCall([&] {
+                try {
+                    return board::parseTagPlace(name);
+                } catch (const board::Error& error) {
+                    throw board::Error(std::string("--require: ") + error.what());
+                }
+            }));
     }
 
     /// The document for the image is stored in `json`. Returns the exit status.
