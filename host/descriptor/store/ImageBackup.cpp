@@ -76,6 +76,17 @@ std::string targetFor(const std::string& image, const std::string& file, const s
     return target.string();
 }
 
+/// Throws Error if the file can't be read. `name` is that of the device and the serial number.
+Backup backupOf(const std::string& file, std::string name, const std::string& time) {
+    const std::string bytes = readFile(file, MAX_IMAGE_SIZE);
+    const TagImage image(bytes);
+    const std::string serial = serialName(bytes);
+    const std::size_t start = name.size() - std::min(name.size(), serial.size());
+    if (!serial.empty() && name.compare(start, serial.size(), serial) == 0)
+        name.erase(start);
+    return {file, name, serialOf(image), time, bytes.size(), image.tags().size()};
+}
+
 } // namespace
 
 std::string keepImage(const std::string& bytes, const std::string& image, const std::string& file) {
@@ -93,38 +104,36 @@ std::string keepImage(const std::string& bytes, const std::string& image, const 
     return file;
 }
 
-std::vector<Backup> listBackups() {
+BackupList listBackups() {
     static const std::regex NAME("(.+)-(\\d{8}T\\d{6}Z)\\.\\w{6}");
     const std::optional<std::string> folder = stateFolderPath();
-    std::vector<Backup> backups;
+    BackupList list;
     if (!folder || kindOf(*folder) == FileKind::MISSING)
-        return backups;
+        return list;
     std::error_code error;
     std::map<std::string, fs::file_time_type> changed; // two may have been made in one second
     for (fs::directory_iterator each(*folder, error); !error && each != fs::directory_iterator();
          each.increment(error)) {
         const std::string name = each->path().filename().string();
         std::smatch parts;
-        if (!std::regex_match(name, parts, NAME) || !each->is_regular_file(error))
+        std::error_code gone; // another program may prune the folder
+        if (!std::regex_match(name, parts, NAME) || !each->is_regular_file(gone))
             continue;
-        const std::string bytes = readFile(each->path().string(), MAX_IMAGE_SIZE);
-        const TagImage image(bytes);
-        const std::string serial = serialName(bytes);
-        std::string device = parts[1];
-        const std::size_t start = device.size() - std::min(device.size(), serial.size());
-        if (!serial.empty() && device.compare(start, serial.size(), serial) == 0)
-            device.erase(start);
-        changed[each->path().string()] = each->last_write_time(error);
-        backups.push_back({each->path().string(), device, serialOf(image), parts[2], bytes.size(),
-                           image.tags().size()});
+        try {
+            list.backups.push_back(backupOf(each->path().string(), parts[1], parts[2]));
+            changed[each->path().string()] = each->last_write_time(gone);
+        } catch (const Error& failure) {
+            if (each->exists(gone))
+                list.unreadable.push_back({each->path().string(), failure.what()});
+        }
     }
     if (error)
         throw Error(*folder + ": can't list the backups: " + error.message());
-    std::sort(backups.begin(), backups.end(), [&](const Backup& a, const Backup& b) {
+    std::sort(list.backups.begin(), list.backups.end(), [&](const Backup& a, const Backup& b) {
         return std::tie(b.time, changed.at(b.file), b.file) <
                std::tie(a.time, changed.at(a.file), a.file);
     });
-    return backups;
+    return list;
 }
 
 std::vector<Backup> backupsBeyond(const std::vector<Backup>& all, std::size_t count) {

@@ -24,9 +24,19 @@ struct Backup {
     std::size_t tags;   ///< how many load
 };
 
-/// The backups in the state folder, the newest first. Without that folder, there are none. Throws
-/// Error if the folder or a backup can't be read.
-std::vector<Backup> listBackups();
+struct UnreadableBackup {
+    std::string file;  ///< its path
+    std::string error; ///< a message that names it
+};
+
+struct BackupList {
+    std::vector<Backup> backups; ///< the newest first
+    std::vector<UnreadableBackup> unreadable;
+};
+
+/// The backups in the state folder. Without that folder, there are none. Throws Error if the folder
+/// can't be read.
+BackupList listBackups();
 
 /// The backups to remove so that each device keeps its newest `count`. `all` is in the order of
 /// `listBackups`.

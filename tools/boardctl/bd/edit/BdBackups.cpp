@@ -51,8 +51,11 @@ int backups(const Options& options, const BackupsWords& words) {
     const unsigned keep = orWrongCall([&] {
         return isPruning ? board::parseNumber(words.keep, MOST, "number of backups") : MOST;
     });
-    std::vector<board::Backup> listed = board::listBackups();
-    int status = DONE;
+    const board::BackupList all = board::listBackups();
+    std::vector<board::Backup> listed = all.backups;
+    for (const board::UnreadableBackup& each : all.unreadable)
+        complain(each.error);
+    int status = all.unreadable.empty() ? DONE : FAILED;
     if (isPruning) {
         listed = board::backupsBeyond(listed, keep);
         std::vector<board::Backup> removed;
@@ -67,6 +70,8 @@ int backups(const Options& options, const BackupsWords& words) {
         ordered_json json = ordered_json::array();
         for (const board::Backup& each : listed)
             json.push_back(toJson(each));
+        for (const board::UnreadableBackup& each : all.unreadable)
+            json.push_back({{"file", each.file}, {"error", each.error}});
         printJson(json);
     } else if (!words.quiet) {
         for (const board::Backup& each : listed)
