@@ -1,6 +1,7 @@
 #include "descriptor/list/JsonEntries.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 #include "base/Error.h"
@@ -13,10 +14,14 @@ namespace board {
 
 namespace {
 
-/// The line that the parser has reached. The parser copies its iterators, so they share this.
+/// Where in the text the parser is. The parser copies its iterators, so they share this.
 struct Progress {
+    const char* at;
     std::size_t line = 1;
     bool isJustBehindNewline = false;
+
+    /// The line of the character that was read last.
+    std::size_t lastLine() const { return line - (isJustBehindNewline ? 1 : 0); }
 };
 
 /// Reads a text and counts its lines.
@@ -35,7 +40,7 @@ public:
         m_progress->isJustBehindNewline = *m_at == '\n';
         if (m_progress->isJustBehindNewline)
             ++m_progress->line;
-        ++m_at;
+        m_progress->at = ++m_at;
         return *this;
     }
     friend bool operator==(const CountingIterator& a, const CountingIterator& b) {
@@ -109,14 +114,29 @@ public:
     }
 
     bool parse_error(std::size_t, const std::string&, const json::exception& error) {
-        const std::string what = error.what(); // "[its own name for it] parse error at line ..."
-        const auto start = what.find("] ");
-        throw Error(m_entry.source + ": " +
-                    (start == std::string::npos ? what : what.substr(start + 2)));
+        fail(reasonOf(error.what()));
+    }
+
+    /// Throws Error that names where the parser is.
+    [[noreturn]] void fail(const std::string& what) const {
+        const std::string entry = "entry " + std::to_string(m_entry.number) + ": ";
+        throw Error(m_entry.source + ":" + std::to_string(m_progress.lastLine()) + ": " +
+                    (m_depth > 0 ? entry : "") + what);
     }
 
 private:
     static constexpr std::size_t LONGEST_KEY = 40;
+
+    /// What the parser reports, without its own name for the error and without the line: it counts
+    /// a newline as part of the next line. "[name] parse error at line 2, column 3: syntax error".
+    static std::string reasonOf(const std::string& what) {
+        constexpr std::size_t LONGEST = 200; // it may quote the text
+        constexpr char PLACE[] = "parse error at line ";
+        std::size_t start = what.find("] ") + 2;
+        if (what.compare(start, sizeof PLACE - 1, PLACE) == 0)
+            start = what.find(", ", start) + 2;
+        return what.substr(start, LONGEST) + (what.size() > start + LONGEST ? "..." : "");
+    }
 
     bool value(json found) {
         if (m_depth == 0)
@@ -124,8 +144,7 @@ private:
                         ": is not an array (expected [{\"id\":45,\"data\":\"1234abcd\"}, ...])");
         if (m_depth == 1) {
             // A number ends at the character after it, which the parser has read by now.
-            m_entry.line =
-                m_progress.line - (found.is_number() && m_progress.isJustBehindNewline ? 1 : 0);
+            m_entry.line = found.is_number() ? m_progress.lastLine() : m_progress.line;
             m_entry.fail(nullptr, "is " + shown(found) +
                                       " (expected an object such as {\"id\":45,\"data\":"
                                       "\"1234abcd\"})");
@@ -158,13 +177,19 @@ void JsonEntry::fail(const JsonMember* member, const std::string& what) const {
 void readEntries(const std::string& text, const std::string& source,
                  const std::vector<std::string>& keys,
                  const std::function<void(const JsonEntry&)>& take) {
-    const auto zero = text.find('\0');
-    if (zero != std::string::npos)
-        throw Error(source + ": holds a zero byte at " + std::to_string(zero) + " (expected JSON)");
-    Progress progress;
+    const char* const end = text.data() + std::min(text.find('\0'), text.size());
+    const bool hasZero = end < text.data() + text.size(); // the parser would end there
+    Progress progress{text.data()};
     Reader reader(source, keys, progress, take);
-    json::sax_parse(CountingIterator(text.data(), &progress),
-                    CountingIterator(text.data() + text.size(), &progress), &reader);
+    try {
+        json::sax_parse(CountingIterator(text.data(), &progress), CountingIterator(end, &progress),
+                        &reader);
+    } catch (const Error&) {
+        if (!hasZero || progress.at != end)
+            throw;
+    }
+    if (hasZero)
+        reader.fail("holds a zero byte (expected JSON)");
 }
 
 std::string shown(const json& value) {

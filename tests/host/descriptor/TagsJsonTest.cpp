@@ -52,13 +52,26 @@ TEST(TagsJson, RejectsTagsThatNoImageCanHoldOrThatMayBeAMistake) {
          R"(1: entry 0: "mac": '01:00:00:00:00:07' is a multicast or broadcast address )"
          "(expected the address of one interface)"},
         {R"([{"id":5,"data":"","iface":1}])", R"(1: entry 0: "iface" belongs to "mac")"},
-        {std::string("[\0]", 3), " holds a zero byte at 1 (expected JSON)"},
+        {R"([{"id":0,"data":""},{"id":0,"data":""}])",
+         "1: entry 1: comes after the terminator, where no load finds it (expected the terminator "
+         "last)"},
+        {"[{\"id\":5,\"u8\":1},\n{" + std::string(1, '\0') + "}]",
+         "2: entry 1: holds a zero byte (expected JSON)"},
     };
     for (const auto& each : CASES)
         EXPECT_EQ(support::failureOf([&] { board::tagsFromJson(each.text, "tags"); }),
                   "tags:" + each.message);
-    for (const std::string text : {"[{]", "[1e400]"}) // the parser's own words
-        EXPECT_NE(support::failureOf([&] { board::tagsFromJson(text, "tags"); }), "no failure");
+    const std::pair<std::string, std::string> PLACES[] = {
+        // before the parser's own words
+        {"[{\"id\":5,\"data\":\"\"},\n{\"id\":5,\n\"u8\":1e400\n}]", "3: entry 1: number overflow"},
+        {"[\n{\"id\":5,\"u8\":1}},\n7]", "2: entry 1: column 16: syntax error"},
+        {"[]\n,", "2: column 1: syntax error"},
+    };
+    for (const auto& [text, start] : PLACES)
+        EXPECT_EQ(support::failureOf([&, json = text] {
+                      board::tagsFromJson(json, "tags");
+                  }).substr(0, 5 + start.size()),
+                  "tags:" + start);
 }
 
 TEST(TagsJson, ReadsNamesAndTypedValues) {
