@@ -28,10 +28,16 @@ std::string tagsToJson(const TagImage& image, bool isSimulated) {
     return "[" + join(entries, ",") + "\n]\n";
 }
 
-std::vector<BD::Tag> tagsFromJson(const std::string& text, const std::string& source) {
+std::vector<BD::Tag> tagsFromJson(const std::string& text, const std::string& source,
+                                  TagsAfterEnd afterEnd) {
     std::vector<BD::Tag> tags;
-    readEntries(text, source, TagEntry::keys(),
-                [&tags](const JsonEntry& entry) { tags.push_back(TagEntry(entry).tag()); });
+    bool isEnded = false;
+    readEntries(text, source, TagEntry::keys(), [&](const JsonEntry& entry) {
+        if (isEnded && afterEnd == TagsAfterEnd::REFUSED)
+            TagEntry(entry).failAfterEnd();
+        tags.push_back(TagEntry(entry).tag());
+        isEnded = isEnded || tags.back().id == TERMINATOR_TAG;
+    });
     return tags;
 }
 

@@ -16,6 +16,9 @@ constexpr std::size_t MAX_TAGS_JSON = std::size_t{16} * 1024 * 1024;
 /// a simulated board's image also has `"simulated":true`.
 std::string tagsToJson(const TagImage& image, bool isSimulated = false);
 
+/// What follows the terminator of a list: no load would find it on a board.
+enum class TagsAfterEnd { REFUSED, KEPT };
+
 /// The tags of such an array, exactly those listed. An entry needs an `id` and one value.
 ///
 /// `id` is 1 to 65534, a name such as "ProductID", or 0 for the terminator, which has no data. The
@@ -23,6 +26,7 @@ std::string tagsToJson(const TagImage& image, bool isSimulated = false);
 /// a number, or a text such as "0x1f"), or `mac` with `iface`, the number of the interface. A
 /// `length` is checked; `name` and `simulated` are ignored. Throws Error that names the line, the
 /// entry, counted from 0, and what was expected there; messages call the text `source`.
-std::vector<BD::Tag> tagsFromJson(const std::string& text, const std::string& source);
+std::vector<BD::Tag> tagsFromJson(const std::string& text, const std::string& source,
+                                  TagsAfterEnd afterEnd = TagsAfterEnd::REFUSED);
 
 } // namespace board

@@ -82,7 +82,7 @@ ExpectedList ofJson(const std::string& text, const std::string& source) {
     bool isEnded = false;
     readEntries(text, source, keys, [&](const JsonEntry& entry) {
         if (isEnded)
-            entry.fail(nullptr, "comes after the terminator, so no load finds it");
+            TagEntry(entry).failAfterEnd();
         ExpectedTag tag = ExpectedEntry(entry).tag();
         isEnded = tag.id() == TERMINATOR_TAG;
         if (!isEnded)

@@ -92,6 +92,11 @@ BD::Tag TagEntry::tag() const {
     return tag;
 }
 
+void TagEntry::failAfterEnd() const {
+    m_entry.fail(nullptr, "comes after the terminator, where no load finds it (expected the "
+                          "terminator last)");
+}
+
 std::string TagEntry::text(const JsonMember& member, const char* expected) const {
     if (!member.value.is_string())
         m_entry.fail(&member, '"' + member.key + "\" is not a text (expected " + expected + ")");

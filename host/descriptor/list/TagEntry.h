@@ -32,6 +32,9 @@ public:
     /// with the data.
     BD::Tag tag() const;
 
+    /// Throws, because the entry comes after the terminator.
+    [[noreturn]] void failAfterEnd() const;
+
     ///@{
     /// The value of a member, checked.
     std::string text(const JsonMember& member, const char* expected) const;

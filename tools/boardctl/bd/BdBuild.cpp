@@ -35,11 +35,13 @@ struct Built {
     std::size_t used; ///< bytes before those that fill the image up
 };
 
-std::vector<BD::Tag> readTags(const std::string& source) {
-    if (source == STANDARD_STREAM)
-        return board::tagsFromJson(board::readStandardInput(board::MAX_TAGS_JSON),
-                                   "standard input");
-    return board::tagsFromJson(board::readFile(source, board::MAX_TAGS_JSON), source);
+std::vector<BD::Tag> readTags(const BuildWords& words) {
+    const auto afterEnd = words.isExact ? board::TagsAfterEnd::KEPT : board::TagsAfterEnd::REFUSED;
+    if (words.source == STANDARD_STREAM)
+        return board::tagsFromJson(board::readStandardInput(board::MAX_TAGS_JSON), "standard input",
+                                   afterEnd);
+    return board::tagsFromJson(board::readFile(words.source, board::MAX_TAGS_JSON), words.source,
+                               afterEnd);
 }
 
 void expectSizes(const board::DescriptorEdit& edit) {
@@ -50,7 +52,7 @@ void expectSizes(const board::DescriptorEdit& edit) {
 }
 
 Built imageOf(const BuildWords& words, const std::vector<board::Assignment>& assignments) {
-    const std::vector<BD::Tag> tags = readTags(words.source);
+    const std::vector<BD::Tag> tags = readTags(words);
     const board::TagImage listed(board::imageOf(tags));
     board::DescriptorEdit edit(listed);
     for (const board::Assignment& each : assignments)
@@ -154,7 +156,8 @@ void addBdBuild(CLI::App& bd, Options& options) {
         ->check(notEmpty())
         ->type_name("IMAGE")
         ->required();
-    command.add_flag("--exact", words.isExact, "Add no terminator to a list without one");
+    command.add_flag("--exact", words.isExact,
+                     "Build just what is listed: add no terminator, and keep tags after it");
     command.add_option("--size", words.size, "Fill the image up to this many bytes")
         ->transform(decimal(1, board::MAX_IMAGE_SIZE))
         ->type_name("BYTES");

@@ -36,15 +36,15 @@ board::TagImage imageFrom(const std::string& bytes, const std::string& source, b
         throw board::Error(source + ": is empty (expected an image or a JSON list of tags)");
     const bool isList = board::isJsonList(bytes);
     const std::vector<BD::Tag> list =
-        isList ? board::tagsFromJson(bytes, source) : std::vector<BD::Tag>();
+        isList
+            ? board::tagsFromJson(bytes, source,
+                                  force ? board::TagsAfterEnd::KEPT : board::TagsAfterEnd::REFUSED)
+            : std::vector<BD::Tag>();
     board::TagImage image(isList ? board::imageOf(list) : bytes);
     if (force)
         return image;
     if (image.isCorrupt())
         refuse(source, *image.fault(), "the tags before the fault");
-    if (isList && image.tags().size() + (image.terminator() ? 1 : 0) < list.size())
-        refuse(source, "holds tags after the terminator, which no load reads",
-               "the tags before it");
     if (image.tags().empty())
         refuse(source, "holds no tags", "an empty descriptor");
     std::vector<std::string> wrong;
