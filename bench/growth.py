@@ -19,6 +19,18 @@ def image(tags):
     return b"".join(chunks) + b"\0\0\0\4"
 
 
+def all_set(tags):
+    """An assignment for each tag of such an image."""
+    places = [(f"1.{i // 4}", f"5.{i // 4}", f"0x800E.{i // 4}", str(1000 + i))[i % 4] for i in range(tags)]
+    return [f"{place}=u16:1" for place in places]
+
+
+def all_put(tags):
+    """Assignments that add as many tags; every fourth one is an address."""
+    return [f"{20000 + i}=hex:" if i % 4 else f"1=mac:02:00:00:00:{i >> 8:02x}:{i & 255:02x}/{i + 100}"
+            for i in range(1, tags + 1)]
+
+
 def table(rows):
     """LED commands, several for each pair of words."""
     actions = ["on", "blink", "flash", "off"]
@@ -87,13 +99,14 @@ class Growth:
         run = subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", self.boardctl, *words],
                              stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, check=False)
         if run.returncode not in (0, 3):
-            raise RuntimeError(f"{' '.join(words)}: {run.stderr}")
+            raise RuntimeError(f"{' '.join(words[:9])}: {run.stderr}")
         return int(re.search(r"Collected : (\d+)", run.stderr)[1])
 
-    def of(self, command, counts):
-        """Returns the instructions per item of the largest input, and of the middle one."""
+    def of(self, command, counts, words=lambda count: []):
+        """Returns the instructions per item of the largest input, and of the middle one. `words` makes more words for
+        the command."""
         few, some, many = (self.instructions([word.replace("@", self.folder).replace("#", str(count))
-                                              for word in command.split()]) for count in counts)
+                                              for word in command.split()] + words(count)) for count in counts)
         return (many - few) / (counts[2] - counts[0]), (some - few) / (counts[1] - counts[0])
 
 
@@ -105,8 +118,15 @@ def figures(tree):
             yield f"bd {command} per tag", *growth.of(f"bd {command} -i @image#", MANY)
         for name, words in (("bd build", "bd build @list# -o -"), ("bd compare", "bd compare @list# @image#"),
                             ("bd compare, all different", "bd compare @image10 @image#"),
-                            ("bd set", "bd set 1.0=hex:0200000000ff0001 -i @image# --dry-run")):
+                            ("bd set", "bd set 1.0=hex:0200000000ff0001 -i @image# --dry-run"),
+                            ("bd put", "bd put 1=mac:02:00:00:00:00:ff/1 5=u16:7 -i @image# --dry-run"),
+                            ("bd write", "bd write @image# -i @image10 --dry-run --force"),
+                            ("bd write of a list", "bd write @list# -i @image10 --dry-run --force")):
             yield f"{name} per tag", *growth.of(words, MANY)
+        for name, words, more in (("bd set", "bd set -i @image# --dry-run --force", all_set),
+                                  ("bd put", "bd put -i @image10 --dry-run", all_put),
+                                  ("bd build", "bd build @list10 -o -", all_put)):
+            yield f"{name} per assignment", *growth.of(words, MANY, more)
         yield "bd build per key of an object", *growth.of("bd build @keys# -o -", MANY)
         for name, words in (("leds check", "leds check"), ("leds preview", "leds preview --ticks 20"),
                             ("check", "check"), ("info", "info")):

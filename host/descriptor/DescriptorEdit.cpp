@@ -30,64 +30,55 @@ unsigned interfaceOf(const BD::Tag& tag, unsigned index) {
                 "address)");
 }
 
-} // namespace
-
-DescriptorEdit::DescriptorEdit(TagImage image) : m_original(std::move(image)) {
-    m_tags.reserve(m_original.tags().size());
-    for (const ImageTag& each : m_original.tags())
-        m_tags.push_back({each.tag, m_original.chunkOf(each)});
+std::deque<EditedTag> tagsOf(const TagImage& image) {
+    std::deque<EditedTag> tags;
+    for (const ImageTag& each : image.tags())
+        tags.push_back({each.tag, image.chunkOf(each)});
+    return tags;
 }
 
+} // namespace
+
+DescriptorEdit::DescriptorEdit(TagImage image)
+    : m_original(std::move(image)), m_tags(tagsOf(m_original)) {}
+
 std::size_t DescriptorEdit::positionOf(const TagPlace& place) const {
-    unsigned occurrence = 0;
-    for (std::size_t position = 0; position < m_tags.size(); ++position)
-        if (m_tags[position].tag.id == place.id && occurrence++ == place.index)
-            return position;
+    if (const auto position = m_tags.find(place.id, place.index))
+        return *position;
     throw Error(missingTag(place.id));
 }
 
 void DescriptorEdit::replace(std::size_t position, const BD::Tag& tag) {
     const BD::Tag stored = asLoaded(tag);
-    EditedTag& edited = m_tags[position];
+    const EditedTag& edited = m_tags.at(position);
     if (tag.data == edited.tag.data || stored.data == edited.tag.data)
         return;
     m_changes.push_back({position, edited.tag, stored, wrongSizeOf(tag)});
-    edited = {stored, imageOf({stored})};
+    m_tags.replace(position, {stored, imageOf({stored})});
 }
 
 void DescriptorEdit::insertAt(std::size_t position, const BD::Tag& tag) {
     const BD::Tag stored = asLoaded(tag);
-    m_tags.insert(m_tags.begin() + static_cast<std::ptrdiff_t>(position),
-                  {stored, imageOf({stored})});
+    m_tags.insert(position, {stored, imageOf({stored})});
     m_changes.push_back({position, std::nullopt, stored, wrongSizeOf(tag)});
-}
-
-std::vector<std::size_t> DescriptorEdit::positionsOf(BD::TagId id) const {
-    std::vector<std::size_t> positions;
-    for (std::size_t position = 0; position < m_tags.size(); ++position)
-        if (m_tags[position].tag.id == id)
-            positions.push_back(position);
-    return positions;
 }
 
 std::optional<std::size_t> DescriptorEdit::placeToPut(const Assignment& assignment) const {
     const auto& [id, index] = assignment.place;
-    std::vector<std::size_t> positions = positionsOf(id);
     const auto interface = interfaceToPut(assignment);
     if (!interface) {
-        if (index > positions.size())
+        const std::size_t count = m_tags.count(id);
+        if (index > count)
             throw Error("tag " + std::to_string(id) + "." + std::to_string(index) +
                         " can't be added (expected " + std::to_string(id) + "." +
-                        std::to_string(positions.size()) + ", the next one, or lower)");
-        return index < positions.size() ? std::optional(positions[index]) : std::nullopt;
+                        std::to_string(count) + ", the next one, or lower)");
+        return m_tags.find(id, index);
     }
-    const auto isOther = [&](std::size_t position) {
-        const auto found = macOf(m_tags[position].tag);
-        return !found || found->interface != *interface;
-    };
-    positions.erase(std::remove_if(positions.begin(), positions.end(), isOther), positions.end());
+    constexpr std::size_t ADDRESS_BYTES = 6;
+    const std::string data(assignment.data.data(), assignment.data.length());
+    const auto positions = m_tags.macsWith(data.substr(ADDRESS_BYTES));
     for (const std::size_t position : positions)
-        if (m_tags[position].tag.data == assignment.data)
+        if (m_tags.at(position).tag.data == assignment.data)
             return position;
     if (positions.size() > 1)
         throw Error(std::to_string(positions.size()) + " addresses have the interface number " +
@@ -95,18 +86,11 @@ std::optional<std::size_t> DescriptorEdit::placeToPut(const Assignment& assignme
                     " (expected an occurrence, such as MacAddress.0=mac:...)");
     if (!positions.empty())
         return positions.front();
-    const auto isSameAddress = [&](const EditedTag& each) {
-        constexpr std::size_t ADDRESS_BYTES = 6;
-        return each.tag.id == MAC_TAG && macOf(each.tag) &&
-               std::equal(each.tag.data.data(), each.tag.data.data() + ADDRESS_BYTES,
-                          assignment.data.data());
-    };
-    if (const auto twin = std::find_if(m_tags.begin(), m_tags.end(), isSameAddress);
-        twin != m_tags.end())
-        throw Error(
-            "the address belongs to another interface already: " + macOf(twin->tag)->word() +
-            " (expected a new address, or an occurrence to replace, such as "
-            "MacAddress.0=mac:...)");
+    if (const auto twins = m_tags.macsWith(data.substr(0, ADDRESS_BYTES)); !twins.empty())
+        throw Error("the address belongs to another interface already: " +
+                    macOf(m_tags.at(twins.front()).tag)->word() +
+                    " (expected a new address, or an occurrence to replace, such as "
+                    "MacAddress.0=mac:...)");
     return std::nullopt;
 }
 
@@ -132,14 +116,14 @@ void DescriptorEdit::insert(std::size_t position, const Assignment& assignment) 
 
 void DescriptorEdit::remove(const TagPlace& place) {
     const std::size_t position = positionOf(place);
-    m_changes.push_back({position, m_tags[position].tag, std::nullopt});
-    m_tags.erase(m_tags.begin() + static_cast<std::ptrdiff_t>(position));
+    m_changes.push_back({position, m_tags.at(position).tag, std::nullopt});
+    m_tags.remove(position);
 }
 
 void DescriptorEdit::setMac(unsigned index, const std::string& mac,
                             std::optional<unsigned> interface) {
     const std::size_t position = positionOf({MAC_TAG, index});
-    const unsigned number = interface ? *interface : interfaceOf(m_tags[position].tag, index);
+    const unsigned number = interface ? *interface : interfaceOf(m_tags.at(position).tag, index);
     replace(position, makeMac(mac, number));
 }
 
@@ -150,8 +134,8 @@ void DescriptorEdit::addMac(const std::string& mac, unsigned interface) {
 }
 
 std::size_t DescriptorEdit::endOfMacs() const {
-    const std::vector<std::size_t> positions = positionsOf(MAC_TAG);
-    return positions.empty() ? m_tags.size() : positions.back() + 1;
+    const std::size_t count = m_tags.count(MAC_TAG);
+    return count == 0 ? m_tags.size() : *m_tags.find(MAC_TAG, count - 1) + 1;
 }
 
 std::vector<TagChange> DescriptorEdit::changes() const {
@@ -163,8 +147,8 @@ std::vector<TagChange> DescriptorEdit::changes() const {
 
 std::string DescriptorEdit::image() const {
     std::string image;
-    for (const EditedTag& each : m_tags)
-        image += each.chunk;
+    for (std::size_t position = 0; position < m_tags.size(); ++position)
+        image += m_tags.at(position).chunk;
     return image + imageOf({BD::Tag(TERMINATOR_TAG)});
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "descriptor/TagImage.h"
+#include "descriptor/EditedTags.h"
 #include "descriptor/TagWords.h"
 
 namespace board {
@@ -60,13 +60,8 @@ public:
     std::string image() const;
 
 private:
-    struct EditedTag {
-        BD::Tag tag;
-        std::string chunk; ///< its bytes in the image
-    };
     /// Throws if there is no such tag.
     std::size_t positionOf(const TagPlace& place) const;
-    std::vector<std::size_t> positionsOf(BD::TagId id) const;
     /// Where `put` sets a tag; empty if it adds one.
     std::optional<std::size_t> placeToPut(const Assignment& assignment) const;
     /// The position after the last MAC address; the end if there is none.
@@ -75,7 +70,7 @@ private:
     void insertAt(std::size_t position, const BD::Tag& tag);
 
     const TagImage m_original;
-    std::vector<EditedTag> m_tags; ///< without the terminator
+    EditedTags m_tags; ///< without the terminator
     std::vector<TagChange> m_changes;
 };
 

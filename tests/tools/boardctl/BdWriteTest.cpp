@@ -98,8 +98,8 @@ DATE  image  SN-1  1 tag  state/boardctl/image-SN-1-DATE
 $ json bd backups --keep 1 | grep -o '"serial": [^,]*'; boardctl bd backups --keep 0 -q; ls state/boardctl
 "serial": "SN-1"
 "serial": "SN-1"
-$ cd state/boardctl; : >b-20260101T000000Z.abcdef; head -c 65537 /dev/zero >a-20260101T000000Z.abcdef; boardctl bd backups 2>said | cut -d / -f 1; sed 's,/.*/,,' said; json bd backups 2>said | grep -c error; boardctl bd backups -q 2>said
-20260101T000000Z  b  -  0 tags  
+$ cd state/boardctl; : >b-20260101T000000Z.abcdef; head -c 65537 /dev/zero >a-20260101T000000Z.abcdef; boardctl bd backups 2>said | sed 's,  /.*,,'; sed 's,/.*/,,' said; json bd backups 2>said | grep -c error; boardctl bd backups -q 2>said
+20260101T000000Z  b  -  0 tags
 boardctl: a-20260101T000000Z.abcdef: is larger than 65536 bytes, which is the most expected
 1
 [1]
