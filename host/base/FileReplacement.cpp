@@ -37,13 +37,51 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+bool isAt(const std::string& path, const struct stat& status) {
+    struct stat named {};
+    return ::lstat(path.c_str(), &named) == 0 && isSameFile(named, status);
+}
+
+/// Removes a file that a killed program has left, or waits until its program is done with it.
+/// Returns whether it is gone. A file that this program would not have made stays.
+bool tryClear(const std::string& name) {
+    const FileDescriptor file = tryOpen(name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
+    struct stat found {};
+    if (!file.isOpen())
+        return errno == ENOENT;
+    if (::fstat(file.number(), &found) != 0 || kindOf(found.st_mode) != FileKind::REGULAR ||
+        found.st_uid != ::geteuid() || found.st_nlink > 1 || !tryLockWaiting(file))
+        return false;
+    return !isAt(name, found) || ::unlink(name.c_str()) == 0;
+}
+
+/// Creates a file beside `target` and locks it; stores its name in `name`. The name is always the
+/// same, so that the next program finds what a killed one has left. If it can't be used, the name
+/// is a unique one.
+FileDescriptor createBeside(const std::string& target, std::string& name, const std::string& path) {
+    const fs::path whole = target;
+    name = (whole.parent_path() / ("." + whole.filename().string() + ".new-content")).string();
+    do {
+        FileDescriptor file(
+            ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+        const int error = errno;
+        struct stat made {};
+        if (!file.isOpen() && error != EEXIST)
+            failWith(path, "can't create a new file in its folder", error);
+        // Another program may have found the file before it was locked, and have removed it.
+        if (file.isOpen() && (tryLock(file) || errno != EWOULDBLOCK) &&
+            (::fstat(file.number(), &made) != 0 || isAt(name, made)))
+            return file;
+    } while (tryClear(name));
+    return createUnique(target, name, path, "can't create a new file in its folder");
+}
+
 /// A new file in the folder of the target; removed again unless it was renamed into place or
 /// discarded.
 class Beside {
 public:
     Beside(const std::string& path, const std::string& target)
-        : m_path(path),
-          m_file(createUnique(target, m_name, path, "can't create a new file in its folder")) {}
+        : m_path(path), m_file(createBeside(target, m_name, path)) {}
     ~Beside() {
         if (!m_isGone)
             static_cast<void>(board::discard(m_name)); // the failure is already being reported

@@ -10,7 +10,8 @@ namespace board {
 /// writers take turns.
 ///
 /// Symbolic links are followed. The file is locked, then a new file is written in the same folder
-/// with the same owner and mode, synced and renamed into place. A device or a sysfs file can't be
+/// with the same owner and mode, synced and renamed into place. If the program is killed before
+/// that, the new file stays, and the next replacement removes it. A device or a sysfs file can't be
 /// replaced that way: it is locked and written from its start in one call. One thread at a time.
 class FileReplacement {
 public:

@@ -62,6 +62,22 @@ TEST(FileReplacement, RefusesWhatCanNotBeReplacedAndSaysWhy) {
     EXPECT_EQ(failureOf("/dev/full", "new"), "/dev/full: can't write: No space left on device");
 }
 
+TEST(FileReplacement, RemovesWhatAKilledProgramHasLeftAndNothingElse) {
+    const TempDir dir;
+    const std::string left = ".image.new-content";
+    dir.write(left, "half");
+    board::replaceFile(dir.path("image"), "first");
+    EXPECT_EQ(entriesOf(dir.path(".")), 1);
+    dir.write("victim", "kept");
+    for (const auto make : {::link, ::symlink}) {
+        ASSERT_EQ(make(dir.path("victim").c_str(), dir.path(left).c_str()), 0);
+        board::replaceFile(dir.path("image"), "second");
+        EXPECT_EQ(dir.read("image") + dir.read("victim"), "secondkept");
+        EXPECT_EQ(::unlink(dir.path(left).c_str()), 0);
+    }
+    EXPECT_EQ(entriesOf(dir.path(".")), 2);
+}
+
 TEST(FileReplacement, WritesADeviceThatCanNotSeekAndReportsWhatItDoesNotAccept) {
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_EQ(::grantpt(terminal) | ::unlockpt(terminal), 0);
