@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -250,6 +251,24 @@ void LineFile::append(const std::string& line) const {
                     std::to_string(bytes.size()) + " bytes");
     if (!trySync(m_file) && errno != EINVAL)
         failWith(m_path, "can't sync", errno);
+}
+
+bool LineFile::holds(const std::string& line) const {
+    const std::string wanted = "\n" + line + "\n";
+    std::string window = "\n"; // what may be the start of the line, then what follows
+    std::vector<char> bytes(std::size_t{64} * 1024);
+    off_t position = 0;
+    while (window.find(wanted) == std::string::npos) {
+        window.erase(0, window.size() - std::min(window.size(), wanted.size()));
+        const ssize_t size = tryReadAt(m_file, bytes.data(), bytes.size(), position);
+        if (size < 0 && errno != ESPIPE)
+            failWith(m_path, "can't read", errno);
+        if (size <= 0)
+            return false;
+        window.append(bytes.data(), static_cast<std::size_t>(size));
+        position += size;
+    }
+    return true;
 }
 
 void replaceFile(const std::string& path, const std::string& bytes) {

@@ -12,6 +12,11 @@ namespace {
 /// Commands that change the image or the board's device, killed at each of their calls.
 class KilledWrites : public faults::BoardctlRuns {
 protected:
+    static std::ptrdiff_t timesIn(const std::string& text, const std::string& part) {
+        const std::regex wanted(part);
+        return std::distance(std::sregex_iterator(text.begin(), text.end(), wanted), {});
+    }
+
     static bool isLeft(const std::string& name) {
         return contains(name, "unfinished-") || contains(name, ".new-content");
     }
@@ -57,6 +62,9 @@ TEST_P(KilledWrites, LeaveAFileOldOrNewAndADeviceThatTheNextRunRepairs) {
             repaired += contains(again.err, "interrupted") ? 1 : 0;
             for (const auto& [file, content] : files())
                 EXPECT_FALSE(isLeft(file)) << file << " is left";
+            if (contains(GetParam(), "--record")) {
+                EXPECT_EQ(timesIn(files().at("log"), "\"result\":\"written\""), 1);
+            }
         }
     }
     EXPECT_EQ(repaired, torn);
@@ -100,6 +108,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, KilledWrites,
                          testing::Values("bd put 5=text:two 45=hex:00000001 -i @image",
                                          "bd put 5=text:another_unit 45=hex:00000001 # -y",
                                          "bd set 45=hex:00000001 # -y --backup @kept",
-                                         "bd write @other -i @image --fill FF",
-                                         "bd write @other # -y", "bd write @tags.json # -y -q"),
+                                         "bd write @other -i @image --record @log --fill FF",
+                                         "bd write @other # -y --record @log",
+                                         "bd write @tags.json # -y -q"),
                          [](const auto& each) { return faults::nameOf(each.param); });

@@ -54,6 +54,22 @@ void refuseWrongSizes(const std::string& path, const std::vector<TagChange>& cha
                     "; nothing was written (--force writes it anyway)");
 }
 
+/// All bytes once `content` is written.
+std::string afterwards(const DescriptorTarget& target, const std::string& content) {
+    const std::string& old = target.old().bytes();
+    const bool isLonger = target.isDevice() && old.size() > content.size();
+    return content + (isLonger ? old.substr(content.size()) : "");
+}
+
+std::optional<RecordLine> recordOf(const StoreManner& manner, StoreOutcome written,
+                                   const std::string& after) {
+    if (!manner.record)
+        return std::nullopt;
+    written.result = StoreResult::WRITTEN;
+    written.after = after;
+    return RecordLine{manner.record->file, manner.record->line(written)};
+}
+
 /// A journal needs the state folder. A user who names the backup may have none.
 bool canKeepJournal(const StoreManner& manner) {
     if (!manner.keepOld)
@@ -70,6 +86,7 @@ void note(const DescriptorTarget& target, StoreOutcome& outcome) {
     outcome.isDevice = target.isDevice();
     outcome.isTorn = target.isTorn();
     outcome.before = target.found();
+    outcome.notes = target.notes();
 }
 
 void store(DescriptorTarget& target, const StoreManner& manner, const std::string& content,
@@ -82,9 +99,10 @@ void store(DescriptorTarget& target, const StoreManner& manner, const std::strin
         confirm(outcome);
     if (manner.keepOld)
         outcome.backup = keepImage(target.old().bytes(), target.path(), manner.backup);
-    const bool keepsJournal = target.isDevice() && canKeepJournal(manner);
+    const std::string after = afterwards(target, content);
     try {
-        target.write(content, keepsJournal, outcome.backup, outcome.result);
+        target.write(content, canKeepJournal(manner), outcome.backup,
+                     recordOf(manner, outcome, after), outcome.result);
     } catch (const Error&) {
         try {
             outcome.after = target.content();
@@ -92,10 +110,7 @@ void store(DescriptorTarget& target, const StoreManner& manner, const std::strin
         }
         throw;
     }
-    outcome.after = content;
-    if (const std::string& old = target.old().bytes();
-        target.isDevice() && old.size() > content.size())
-        *outcome.after += old.substr(content.size());
+    outcome.after = after;
 }
 
 } // namespace

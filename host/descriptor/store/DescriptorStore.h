@@ -11,6 +11,15 @@
 
 namespace board {
 
+struct StoreOutcome;
+
+/// The record of writes: a file of lines.
+struct StoreRecord {
+    std::string file; ///< its path, not relative
+    /// The line for a write with this outcome.
+    std::function<std::string(const StoreOutcome&)> line;
+};
+
 /// Options of an edit or a write.
 struct StoreManner {
     bool force = false;  ///< store what would be refused otherwise: tags of a wrong size, and a
@@ -19,6 +28,7 @@ struct StoreManner {
     bool keepOld = true; ///< keep the old image before anything is written
     std::string backup;  ///< the file for it; empty: a dated one in the state folder
     std::optional<char> fill; ///< for a write: clears everything behind the image with this byte
+    std::optional<StoreRecord> record; ///< gets a line if something is written
 };
 
 /// What an edit or a write did. Filled step by step, so after an Error it tells how far that came.
@@ -32,6 +42,7 @@ struct StoreOutcome {
     std::string backup;                ///< the file with the old image; empty if it was not kept
     std::optional<std::string> before; ///< all bytes before
     std::optional<std::string> after;  ///< all bytes afterwards; empty if they can't be read
+    std::vector<std::string> notes;    ///< messages about earlier writes
 };
 
 /// Called before a device is changed; if it throws, nothing is written.

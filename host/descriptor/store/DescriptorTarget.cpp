@@ -6,7 +6,6 @@
 #include "base/EndingSignals.h"
 #include "base/Error.h"
 #include "base/File.h"
-#include "descriptor/store/WriteJournal.h"
 
 namespace board {
 
@@ -19,13 +18,17 @@ const std::string& checkedPath(const DescriptorSource& source) {
     return source.path();
 }
 
-/// What the device held before an interrupted write, else `bytes`. Stores the size of that write.
-std::string whole(const std::string& path, std::string bytes, bool isReading, std::size_t& size) {
-    const std::optional<UnfinishedWrite> unfinished = findUnfinished(path, bytes, isReading);
-    if (!unfinished)
-        return bytes;
-    size = unfinished->image.size();
-    return unfinished->old;
+JournalFindings journalsFor(const std::string& path, const std::string& bytes, bool isDevice,
+                            bool isReading) {
+    if (isReading)
+        return {isDevice ? findUnfinished(path, bytes) : std::nullopt, {}};
+    try {
+        return readJournals(path, bytes, isDevice);
+    } catch (const Error&) {
+        if (isDevice)
+            throw;
+        return {}; // a file is whole in any case
+    }
 }
 
 [[noreturn]] void refuseTooLarge(const std::string& path, std::size_t size,
@@ -40,8 +43,8 @@ DescriptorTarget::DescriptorTarget(const DescriptorSource& source, bool isReadin
     : m_source(source), m_path(checkedPath(source)),
       m_file(m_path, source.isBoardDevice() ? FileReplacement::Manner::IN_PLACE
                                             : FileReplacement::Manner::BY_KIND),
-      m_found(content()),
-      m_old(isDevice() ? whole(m_path, m_found, isReading, m_tornSize) : m_found) {}
+      m_found(content()), m_journals(journalsFor(m_path, m_found, isDevice(), isReading)),
+      m_old(isTorn() ? m_journals.unfinished->old : m_found) {}
 
 void DescriptorTarget::expectRoom(const std::string& content) const {
     const std::size_t room = m_source.deviceSize(m_old);
@@ -86,25 +89,33 @@ void DescriptorTarget::program(const std::string& content, const std::string& ba
 }
 
 void DescriptorTarget::write(const std::string& content, bool keepsJournal,
-                             const std::string& backup, StoreResult& result) {
+                             const std::string& backup, const std::optional<RecordLine>& record,
+                             StoreResult& result) {
     result = StoreResult::FAILED;
     const EndingSignalsHeld untilWritten;
-    if (!isDevice()) {
-        m_file.commit(content);
-        result = StoreResult::WRITTEN;
-        return;
-    }
     std::string bytes = content;
-    if (m_old.bytes().size() > bytes.size() && m_tornSize > bytes.size())
-        bytes += m_old.bytes().substr(bytes.size(), m_tornSize - bytes.size());
+    const std::size_t tornSize = isTorn() ? m_journals.unfinished->image.size() : 0;
+    if (m_old.bytes().size() > bytes.size() && tornSize > bytes.size())
+        bytes += m_old.bytes().substr(bytes.size(), tornSize - bytes.size());
     std::optional<WriteJournal> journal;
-    if (keepsJournal)
-        journal.emplace(m_path, UnfinishedWrite{m_old.bytes(), m_found, bytes});
+    if (keepsJournal && (isDevice() || record))
+        journal.emplace(m_path, UnfinishedWrite{m_old.bytes(), m_found, bytes, record});
     try {
-        program(bytes, backup, result);
+        if (isDevice()) {
+            program(bytes, backup, result);
+        } else {
+            m_file.commit(content);
+            result = StoreResult::WRITTEN;
+        }
     } catch (const Error& error) {
-        const bool isOver = journal && result == StoreResult::RESTORED;
+        const bool isOver = journal && (!isDevice() || result == StoreResult::RESTORED);
         throw Error(error.what() + (isOver ? journal->remove() : ""));
+    }
+    try {
+        if (record)
+            LineFile(record->file).append(record->line);
+    } catch (const Error& error) { // with the journal, the next run appends it
+        throw Error(error.what() + ("; " + m_path + ": was written anyway"));
     }
     if (journal)
         if (const std::string left = journal->remove(); !left.empty())

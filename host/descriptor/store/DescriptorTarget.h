@@ -5,6 +5,7 @@
 #include "base/FileReplacement.h"
 #include "descriptor/DescriptorSource.h"
 #include "descriptor/TagImage.h"
+#include "descriptor/store/WriteJournal.h"
 
 namespace board {
 
@@ -35,17 +36,20 @@ public:
     const TagImage& old() const { return m_old; }
     /// Whether an earlier write to the device was interrupted, so that it holds neither image whole
     /// and must be written even if the tags do not change.
-    bool isTorn() const { return m_tornSize > 0; }
+    bool isTorn() const { return m_journals.unfinished.has_value(); }
+    /// Messages about earlier writes, whose records were completed.
+    const std::vector<std::string>& notes() const { return m_journals.notes; }
 
     /// Throws Error if `content` is too large.
     void expectRoom(const std::string& content) const;
 
     /// Writes `content` from the start. A file holds nothing else afterwards; on a device, the
     /// bytes behind stay. A device is read back, and written with the old image if it holds
-    /// something else. `keepsJournal` makes the next run repair a device if this one is
-    /// interrupted; `backup` is named in messages. `result` tells how it ended, also if it throws.
+    /// something else. Then appends `record`, if there is one. `keepsJournal` makes the next run
+    /// repair a device, or append the record, if this one is interrupted; `backup` is named in
+    /// messages. `result` tells how it ended, also if it throws.
     void write(const std::string& content, bool keepsJournal, const std::string& backup,
-               StoreResult& result);
+               const std::optional<RecordLine>& record, StoreResult& result);
 
     /// What it holds now. Throws Error if it can't be read.
     std::string content() const { return m_file.content(MAX_IMAGE_SIZE); }
@@ -58,7 +62,7 @@ private:
     const std::string& m_path;
     FileReplacement m_file;
     const std::string m_found;
-    std::size_t m_tornSize = 0; ///< how many bytes the interrupted write would have written
+    const JournalFindings m_journals;
     const TagImage m_old;
 };
 

@@ -8,6 +8,7 @@
 
 #include "base/Error.h"
 #include "base/File.h"
+#include "base/FileReplacement.h"
 #include "descriptor/TagImage.h"
 #include "descriptor/TagWords.h"
 #include "descriptor/store/Sha256.h"
@@ -45,27 +46,34 @@ std::string hexOf(const std::string& bytes) {
 }
 
 std::string textOf(const std::string& device, const UnfinishedWrite& write) {
-    const nlohmann::ordered_json json = {{"device", fs::absolute(device).string()},
-                                         {"old", hexOf(write.old)},
-                                         {"found", hexOf(write.found)},
-                                         {"new", hexOf(write.image)}};
+    nlohmann::ordered_json json = {{"device", fs::absolute(device).string()},
+                                   {"old", hexOf(write.old)},
+                                   {"found", hexOf(write.found)},
+                                   {"new", hexOf(write.image)}};
+    if (write.record)
+        json["record"] = {{"file", hexOf(write.record->file)}, {"line", hexOf(write.record->line)}};
     return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
 /// Empty if the journal itself was cut off: then its write never began.
 std::optional<UnfinishedWrite> readJournal(const std::string& file) {
-    constexpr std::size_t LARGEST = std::size_t{7} * MAX_IMAGE_SIZE;
+    constexpr std::size_t LARGEST = std::size_t{64} * MAX_IMAGE_SIZE; // with a long record
     const std::string text = readFile(file, LARGEST);
     const auto json = nlohmann::json::parse(text, nullptr, false);
     UnfinishedWrite write;
-    const auto take = [&json](const char* key, std::string& bytes) {
-        const auto found = json.is_object() ? json.find(key) : json.end();
-        return found != json.end() && found->is_string() &&
+    const auto take = [](const nlohmann::json& object, const char* key, std::string& bytes) {
+        const auto found = object.is_object() ? object.find(key) : object.end();
+        return found != object.end() && found->is_string() &&
                decodeHex(found->get<std::string>(), bytes) == std::string::npos;
     };
-    const bool isWhole =
-        take("old", write.old) && take("found", write.found) && take("new", write.image);
-    return isWhole ? std::optional(write) : std::nullopt;
+    if (!take(json, "old", write.old) || !take(json, "found", write.found) ||
+        !take(json, "new", write.image))
+        return std::nullopt;
+    RecordLine record;
+    if (json.contains("record") && take(json["record"], "file", record.file) &&
+        take(json["record"], "line", record.line))
+        write.record = record;
+    return write;
 }
 
 std::string whole(const UnfinishedWrite& write) {
@@ -106,6 +114,22 @@ std::vector<std::string> journalsOf(const std::string& device) {
     return files;
 }
 
+/// Appends the line unless the file has it already. Returns whether it has it now.
+bool completeRecord(const RecordLine& record, std::vector<std::string>& notes) {
+    try {
+        const LineFile file(record.file);
+        if (!file.holds(record.line)) {
+            file.append(record.line);
+            notes.push_back(record.file + ": an earlier write was not recorded; its line is there "
+                                          "now");
+        }
+        return true;
+    } catch (const Error& error) {
+        notes.push_back(error.what() + std::string("; an earlier write is not recorded there"));
+        return false;
+    }
+}
+
 } // namespace
 
 WriteJournal::WriteJournal(const std::string& device, const UnfinishedWrite& write)
@@ -122,15 +146,26 @@ std::string WriteJournal::remove() const {
     return left;
 }
 
-std::optional<UnfinishedWrite> findUnfinished(const std::string& device, const std::string& bytes,
-                                              bool isReading) {
+JournalFindings readJournals(const std::string& device, const std::string& bytes, bool isDevice) {
+    JournalFindings findings;
+    for (const std::string& file : journalsOf(device)) {
+        const std::optional<UnfinishedWrite> write = readJournal(file);
+        const bool isDone = write && bytes == (isDevice ? whole(*write) : write->image);
+        if (isDone && write->record && !completeRecord(*write->record, findings.notes))
+            continue;
+        if (!write || isDone || bytes == write->found || !isDevice)
+            static_cast<void>(discard(file)); // the next run tries again
+        else if (isMixture(bytes, *write))
+            findings.unfinished = write;
+    }
+    return findings;
+}
+
+std::optional<UnfinishedWrite> findUnfinished(const std::string& device, const std::string& bytes) {
     std::optional<UnfinishedWrite> found;
     for (const std::string& file : journalsOf(device)) {
         const std::optional<UnfinishedWrite> write = readJournal(file);
-        const bool isOver = !write || bytes == write->found || bytes == whole(*write);
-        if (isOver && !isReading)
-            static_cast<void>(discard(file)); // the next run tries again
-        else if (!isOver && isMixture(bytes, *write))
+        if (write && bytes != write->found && bytes != whole(*write) && isMixture(bytes, *write))
             found = write;
     }
     return found;

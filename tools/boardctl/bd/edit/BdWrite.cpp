@@ -92,12 +92,18 @@ int write(const Options& options, const WriteWords& words) {
         expectOwnFile(words.record, {target.path(), words.source, manner.backup});
         if (!manner.dryRun)
             record.open(words.record);
+        board::StoreManner recorded = manner;
+        if (!words.record.empty())
+            recorded.record = {fs::absolute(words.record).string(),
+                               [&](const board::StoreOutcome& outcomeSoFar) {
+                                   return StationRecord::line(target.path(), outcomeSoFar, "");
+                               }};
         const bool isPiped = words.source == STANDARD_STREAM;
         const board::TagImage image =
             imageFrom(isPiped ? board::readStandardInput(board::MAX_TAGS_JSON)
                               : board::readFile(words.source, board::MAX_TAGS_JSON),
                       isPiped ? "standard input" : words.source, manner.force);
-        board::writeDescriptor(target, manner, image, confirm, outcome);
+        board::writeDescriptor(target, recorded, image, confirm, outcome);
     };
     return store(options, filled, false, storing,
                  [&](const std::string& path, const board::StoreOutcome& outcome,

@@ -91,14 +91,14 @@ int store(const Options& options, const EditWords& words, bool isEdit, const Sto
         error = failure.what();
         status = FAILED;
     }
+    for (const std::string& each : outcome.notes)
+        complain(each);
     const bool isWritten = outcome.result == board::StoreResult::WRITTEN;
     try {
         recording(path, outcome, error);
     } catch (const board::Error& failure) {
-        const bool isFirst = error.empty();
-        error += (isFirst ? "" : "; ") + std::string(failure.what()) +
-                 (isFirst && isWritten ? "; " + path + ": was written anyway" : "");
-        status = isFirst ? FAILED : status;
+        status = error.empty() ? FAILED : status;
+        error += (error.empty() ? "" : "; ") + std::string(failure.what());
     }
     if (!error.empty())
         complain(error);

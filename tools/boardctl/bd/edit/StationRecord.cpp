@@ -28,10 +28,8 @@ void StationRecord::open(const std::string& file) {
         m_file.emplace(file);
 }
 
-void StationRecord::append(const std::string& device, const board::StoreOutcome& outcome,
-                           const std::string& error) const {
-    if (!m_file)
-        return;
+std::string StationRecord::line(const std::string& device, const board::StoreOutcome& outcome,
+                                const std::string& error) {
     ordered_json line = {{"time", now()},
                          {"device", device},
                          {"result", nameOf(outcome.result)},
@@ -50,7 +48,13 @@ void StationRecord::append(const std::string& device, const board::StoreOutcome&
         line["error"] = error;
     std::string text = jsonText(line, -1);
     text.pop_back(); // the newline
-    m_file->append(text);
+    return text;
+}
+
+void StationRecord::append(const std::string& device, const board::StoreOutcome& outcome,
+                           const std::string& error) const {
+    if (m_file && outcome.result != board::StoreResult::WRITTEN)
+        m_file->append(line(device, outcome, error));
 }
 
 } // namespace boardctl

@@ -15,9 +15,13 @@ public:
     /// not be kept, so that nothing is written then.
     void open(const std::string& file);
 
-    /// Appends the time, the device, the SHA-256 of all its bytes before and after, the serial
-    /// number and addresses of the image if it holds any, the result, and an error if there is one.
-    /// Throws board::Error on failure. Does nothing if no file is open.
+    /// The time, the device, the SHA-256 of all its bytes before and after, the serial number and
+    /// addresses of the image if it holds any, the result, and an error if there is one.
+    static std::string line(const std::string& device, const board::StoreOutcome& outcome,
+                            const std::string& error);
+
+    /// Appends that line, unless something was written: the store has then done it. Throws
+    /// board::Error on failure. Does nothing if no file is open.
     void append(const std::string& device, const board::StoreOutcome& outcome,
                 const std::string& error) const;
 
