@@ -110,6 +110,8 @@ $ boardctl bd build template 6=u8:1 -o unit; boardctl bd build template 6=u8:1 -
 ! boardctl: Tag6: has 1 byte (expected 4); nothing was written (--force builds it anyway)
 ! boardctl: tag 1.3 can't be added (expected 1.1, the next one, or lower)
 [1]
+$ json bd build template 6=u8:1 -o unit 2>said; cp unit used; boardctl bd build template -o used --size 64 -q
+{ "image": "unit", "result": "failed", "error": "Tag6: has 1 byte (expected 4); nothing was written (--force builds it anyway)" }
 $ boardctl bd build template -o unit --size 30
 ! boardctl: template: the image would have 30 bytes (expected fewer than the 30 of --size, because a board needs one more)
 [1]

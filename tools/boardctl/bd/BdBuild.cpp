@@ -24,15 +24,15 @@ namespace {
 struct BuildWords {
     std::string source, target, backup;
     std::vector<std::string> assignments;
-    bool isExact = false, force = false;
+    bool isExact = false, force = false, quiet = false;
     std::size_t size = 0; ///< 0: as large as the tags need
     std::string fill;     ///< empty: FF
 };
 
 struct Built {
     std::string image;
-    std::size_t tags; ///< including the terminator
-    std::size_t used; ///< bytes before those that fill the image up
+    std::size_t tags = 0; ///< including the terminator
+    std::size_t used = 0; ///< bytes before those that fill the image up
 };
 
 std::vector<BD::Tag> readTags(const BuildWords& words) {
@@ -107,13 +107,24 @@ int build(const Options& options, const BuildWords& words) {
     if (!words.fill.empty() && words.size == 0)
         throw WrongCall("--fill needs --size, the size to fill the image up to");
     const auto assignments = parseToPut(words.assignments);
-    const Built built = imageOf(words, assignments);
+    Built built;
+    std::string backup;
+    bool isWritten = false;
+    try {
+        built = imageOf(words, assignments);
+        if (!isPrinted)
+            isWritten = store(words, built.image, backup);
+    } catch (const board::Error& error) {
+        if (!options.json)
+            throw;
+        complain(error.what());
+        printJson({{"image", words.target}, {"result", "failed"}, {"error", error.what()}});
+        return FAILED;
+    }
     if (isPrinted) {
         std::cout << built.image;
         return DONE;
     }
-    std::string backup;
-    const bool isWritten = store(words, built.image, backup);
     const std::string note = backup.empty() ? "" : "; the old file is in " + backup;
     if (options.json) {
         ordered_json json = {{"image", words.target},
@@ -125,7 +136,7 @@ int build(const Options& options, const BuildWords& words) {
         if (!backup.empty())
             json["backup"] = backup;
         printJson(json);
-    } else if (!backup.empty()) {
+    } else if (!backup.empty() && !words.quiet) {
         std::cout << words.target << ": written" << note << "\n";
     }
     if (flushOutput())
@@ -171,6 +182,7 @@ void addBdBuild(CLI::App& bd, Options& options) {
         ->check(notEmpty())
         ->type_name("FILE");
     command.add_flag("--force", words.force, "Build tags of a wrong size from assignments too");
+    command.add_flag("-q,--quiet", words.quiet, "Print nothing for people if all went well");
     addExamples(command, {"bd dump old.bin >tags.json", "bd build tags.json -o new.bin",
                           "bd build template.json 5=text:SN-000123 -o unit.bin --size 512"});
 }

@@ -48,9 +48,8 @@ bool remove(const board::Backup& backup) {
 int backups(const Options& options, const BackupsWords& words) {
     constexpr unsigned MOST = 1000000;
     const bool isPruning = !words.keep.empty();
-    const unsigned keep = orWrongCall([&] {
-        return isPruning ? board::parseNumber(words.keep, MOST, "number of backups") : MOST;
-    });
+    const unsigned keep = orWrongCall(
+        [&] { return isPruning ? board::parseNumber(words.keep, MOST, "--keep:") : MOST; });
     const board::BackupList all = board::listBackups();
     std::vector<board::Backup> listed = all.backups;
     for (const board::UnreadableBackup& each : all.unreadable)

@@ -63,6 +63,7 @@ int store(const Options& options, const EditWords& words, bool isEdit, const Sto
     try {
         const BdSource chosen(options, words.image);
         path = chosen.source().path();
+        outcome.isDevice = chosen.source().isDevice();
         board::StoreManner manner = words.manner;
         if (chosen.isScratch()) {
             complain("--sim: this edits a simulated board that is removed after the command");
