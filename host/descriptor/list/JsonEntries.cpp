@@ -129,12 +129,12 @@ private:
 
     /// What the parser reports, without its own name for the error and without the line: it counts
     /// a newline as part of the next line. "[name] parse error at line 2, column 3: syntax error".
-    static std::string reasonOf(const std::string& what) {
+    std::string reasonOf(const std::string& what) const {
         constexpr std::size_t LONGEST = 200; // it may quote the text
         constexpr char PLACE[] = "parse error at line ";
         std::size_t start = what.find("] ") + 2;
         if (what.compare(start, sizeof PLACE - 1, PLACE) == 0)
-            start = what.find(", ", start) + 2;
+            start = what.find(m_progress.isJustBehindNewline ? ": " : ", ", start) + 2;
         return what.substr(start, LONGEST) + (what.size() > start + LONGEST ? "..." : "");
     }
 

@@ -66,6 +66,7 @@ TEST(TagsJson, RejectsTagsThatNoImageCanHoldOrThatMayBeAMistake) {
         {"[{\"id\":5,\"data\":\"\"},\n{\"id\":5,\n\"u8\":1e400\n}]", "3: entry 1: number overflow"},
         {"[\n{\"id\":5,\"u8\":1}},\n7]", "2: entry 1: column 16: syntax error"},
         {"[]\n,", "2: column 1: syntax error"},
+        {"[\n", "1: entry 0: syntax error"},
     };
     for (const auto& [text, start] : PLACES)
         EXPECT_EQ(support::failureOf([&, json = text] {

@@ -54,7 +54,8 @@ void complain(const std::string& what) {
     if (!StopSignals::waitWritable(STDERR_FILENO))
         return;
     static const bool isJournal = board::isJournal(STDERR_FILENO);
-    std::cerr << (isJournal ? "<3>boardctl: " : "boardctl: ") << board::printable(what) << "\n";
+    // Written in one call, so that messages of several programs do not mix.
+    std::cerr << (isJournal ? "<3>boardctl: " : "boardctl: ") + board::printable(what) + "\n";
 }
 
 bool flushOutput() {

@@ -87,9 +87,10 @@ ordered_json checksumOf(const std::optional<std::string>& bytes) {
 
 void printOutcomeAsJson(const std::string& path, const board::StoreOutcome& outcome, bool isEdit,
                         const std::string& error) {
-    ordered_json json = {{"image", path.empty() ? ordered_json(nullptr) : ordered_json(path)},
-                         {"device", outcome.isDevice},
-                         {"result", nameOf(outcome.result)}};
+    ordered_json json = {
+        {"image", path.empty() ? ordered_json(nullptr) : ordered_json(path)},
+        {"device", path.empty() ? ordered_json(nullptr) : ordered_json(outcome.isDevice)},
+        {"result", nameOf(outcome.result)}};
     if (isEdit) {
         json["changes"] = changesToJson(outcome.changes);
     } else {
