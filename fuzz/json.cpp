@@ -1,9 +1,11 @@
 // Reads arbitrary text as JSON tags: the result is either an Error, or tags that survive being
 // built into an image and dumped. Then derives tags from the same bytes and writes them as JSON,
-// with or without a mistake: the text must be accepted exactly if it has no mistake.
+// with or without a mistake: the text must be accepted exactly if it has no mistake. Entries after
+// the terminator are one, unless the reader is told to keep them.
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <vector>
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -40,10 +42,10 @@ std::vector<Entry> loaded(const std::vector<Entry>& entries) {
 }
 
 /// Returns whether `text` is accepted, and then stores its entries in `entries`.
-bool reads(const std::string& text, std::vector<Entry>& entries) {
+bool reads(const std::string& text, std::vector<Entry>& entries, board::TagsAfterEnd afterEnd) {
     std::vector<BD::Tag> tags;
     try {
-        tags = board::tagsFromJson(text, "tags.json");
+        tags = board::tagsFromJson(text, "tags.json", afterEnd);
     } catch (const board::Error& error) {
         expect(std::string(error.what()).rfind("tags.json:", 0) == 0, "an error names its source");
         return false;
@@ -147,7 +149,7 @@ std::string written(const Entry& entry, FuzzedDataProvider& data, Mistake mistak
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     std::vector<Entry> read;
-    reads(fuzz::textOf(bytes, size), read);
+    reads(fuzz::textOf(bytes, size), read, board::TagsAfterEnd::KEPT);
 
     FuzzedDataProvider data(bytes, size);
     const auto mistake = data.ConsumeBool() ? Mistake::NONE
@@ -164,9 +166,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         text += (i > 0 ? "," : "") + written(entry, data, i == wrong ? mistake : Mistake::NONE);
         entries.push_back(entry);
     }
-    expect(reads(text + "]", read) == (mistake == Mistake::NONE),
-           "one mistake is enough to be rejected");
-    if (mistake == Mistake::NONE)
+    const auto afterEnd =
+        data.ConsumeBool() ? board::TagsAfterEnd::KEPT : board::TagsAfterEnd::REFUSED;
+    const auto end = std::find_if(entries.begin(), entries.end(),
+                                  [](const Entry& entry) { return entry.id == 0; });
+    const bool endsWell = afterEnd == board::TagsAfterEnd::KEPT || end == entries.end() ||
+                          std::next(end) == entries.end();
+    const bool isRight = mistake == Mistake::NONE && endsWell;
+    expect(reads(text + "]", read, afterEnd) == isRight, "one mistake is enough to be rejected");
+    if (isRight)
         expect(read == entries, "entries without one are read as written");
     return 0;
 }
