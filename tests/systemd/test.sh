@@ -27,7 +27,7 @@ if ! unshare --mount --pid --fork --ipc --uts --mount-proc true 2>/dev/null; the
     exit 0
 fi
 
-inside() { nsenter --target "$booted" --mount --pid --ipc --uts --root --wd=/ "$@"; }
+inside() { nsenter --target "$booted" --mount --pid --ipc --uts --root --wdns=/ "$@"; }
 
 # until WHAT COMMAND...: tries the command again until it succeeds.
 until_true() {
