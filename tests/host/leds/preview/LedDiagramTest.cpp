@@ -1,4 +1,5 @@
-#include "leds/LedDiagram.h"
+#include "leds/preview/LedPicture.h"
+#include "leds/preview/LedText.h"
 
 #include <gtest/gtest.h>
 

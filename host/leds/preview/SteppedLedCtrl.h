@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+
+#include "leds/TracedLedCtrl.h"
+#include "leds/preview/LedPreview.h"
+
+namespace board {
+
+/// The library's sequencer without its thread, pipe and files: the caller ticks. It explains what
+/// it shows.
+class SteppedLedCtrl : public TracedLedCtrl {
+public:
+    /// Both must outlive the object.
+    SteppedLedCtrl(const LedSequencerProfile& profile, const LedTable& table)
+        : TracedLedCtrl(profile, table, {}) {}
+
+    /// Runs the default rows. Call it once, before anything else.
+    void runDefaults() { TracedLedCtrl::runDefaults(TYTime()); }
+
+    /// The index of the row that `line` names; empty if there is none.
+    std::optional<std::size_t> rowOf(const std::string& line) const;
+
+    /// Runs the row that `line` names, if any.
+    void run(std::string line) { handle(line.data(), TYTime()); }
+
+    /// Advances by one tick and returns the LEDs that are lit in it.
+    std::uint32_t step();
+
+    /// False if the same runs of rows drive and hold the LEDs as in the tick before.
+    bool mayDriveOthers() const { return m_mayDriveOthers; }
+
+    using TracedLedCtrl::explainNow;
+    using TracedLedCtrl::view;
+
+private:
+    bool m_flashed = false, m_mayDriveOthers = true;
+};
+
+/// What `led` is driven by; only if it has a driver.
+LedDrive driveOf(const LedExplanation& led, const LedSequencerProfile& profile);
+LedDrive driveOf(const LedCause& cause, const LedSequencerProfile& profile);
+
+} // namespace board
