@@ -6,7 +6,12 @@ std::optional<std::size_t> SteppedLedCtrl::rowOf(const std::string& line) const 
     const CmdDef* const row = find(line.c_str());
     if (!row)
         return std::nullopt;
-    return static_cast<std::size_t>(row - firstRow());
+    return indexOf(*row);
+}
+
+void SteppedLedCtrl::skip(unsigned ticks) {
+    for (; ticks > 0; --ticks)
+        nextOutput();
 }
 
 std::uint32_t SteppedLedCtrl::step() {

@@ -18,8 +18,17 @@ public:
     /// Runs the default rows. Call it once, before anything else.
     void runDefaults() { TracedLedCtrl::runDefaults(TYTime()); }
 
+    /// Lets ticks pass before the default rows run.
+    void skip(unsigned ticks);
+
     /// The index of the row that `line` names; empty if there is none.
     std::optional<std::size_t> rowOf(const std::string& line) const;
+
+    /// The row at an index of the table, and the index of one.
+    const CmdDef* rowAt(std::size_t index) const { return firstRow() + index; }
+    std::size_t indexOf(const CmdDef& row) const {
+        return static_cast<std::size_t>(&row - firstRow());
+    }
 
     /// Runs the row that `line` names, if any.
     void run(std::string line) { handle(line.data(), TYTime()); }

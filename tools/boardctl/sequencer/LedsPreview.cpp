@@ -8,6 +8,7 @@
 #include "base/Result.h"
 #include "leds/LedPipe.h"
 #include "leds/preview/LedJson.h"
+#include "leds/preview/LedPage.h"
 #include "leds/preview/LedPicture.h"
 #include "leds/preview/LedPreview.h"
 #include "leds/preview/LedScript.h"
@@ -110,6 +111,10 @@ int preview(const Options& options, const PreviewWords& words) {
         return playLeds(waves, words.speed.value_or(1));
     if (options.json)
         printJson(board::toJson(waves));
+    else if (options.html)
+        std::cout << board::ledsToHtml(profile, waves,
+                                       options.sim ? "a simulated board" : //
+                                           board.profilePath());
     else
         std::cout << (options.svg ? board::ledsToSvg(waves) : board::ledsToText(waves));
     return DONE;
