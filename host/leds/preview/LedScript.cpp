@@ -40,7 +40,9 @@ std::optional<std::uint64_t> scaledNumber(const std::string& text, std::uint64_t
 } // namespace
 
 Result<TimedLedLine> parseTimedLine(const std::string& text) {
-    const auto blank = text.find_first_of(" \t");
+    constexpr char BETWEEN[] = " \t";
+    const auto blank = text.find_first_of(BETWEEN);
+    const auto begin = text.find_first_not_of(BETWEEN, blank);
     const std::string when = text.substr(0, blank);
     TimedLedLine timed{false, 0, ""};
     std::optional<std::uint64_t> number;
@@ -52,13 +54,13 @@ Result<TimedLedLine> parseTimedLine(const std::string& text) {
         number = scaledNumber(when, 1);
     const bool isInRange = number && (!timed.isTick || (*number >= 1 && //
                                                         *number <= MOST_PREVIEW_TICKS));
-    if (!isInRange || blank == std::string::npos)
+    if (!isInRange || blank == std::string::npos || begin == std::string::npos)
         return Fault{"'" + text + "' (expected \"TICK LINE\" with a tick of 1 to " +
                      std::to_string(MOST_PREVIEW_TICKS) +
                      ", such as \"1 system ready\", or \"TIME LINE\", such as \"2.5s system "
                      "ready\")"};
     timed.when = *number;
-    timed.line = text.substr(blank + 1);
+    timed.line = text.substr(begin);
     if (timed.line.find('\n') != std::string::npos)
         return Fault{"'" + text + "' (expected one line; use one --at for each)"};
     if (timed.line.size() + 1 > MAX_LED_LINE)

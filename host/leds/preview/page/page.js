@@ -266,10 +266,12 @@ function drawWaves() {
     const width = Math.max(280, byId("waves").clientWidth);
     const longest = Math.max(4, ...leds.map((led) => Array.from(led.name).length));
     const left = Math.min(longest * 7.3 + 8, width / 3);
-    const span = Math.max(10, Math.floor((width - left - 24) / 7));
+    const space = width - left - 24;
+    const pitch = Math.max(7, Math.min(14, Math.floor(space / preview.ticks))); // of ticks
+    const span = Math.max(10, Math.floor(space / pitch));
     const from = Math.floor(tick / span) * span;
     const part = [version, from, width].join();
-    const x = (at) => left + (at - from) * 7;
+    const x = (at) => left + (at - from) * pitch;
     const bottom = TOP + ROW * leds.length;
     if (part !== drawn) {
         drawn = part;
@@ -309,7 +311,7 @@ function drawWaves() {
             }
         make(svg, "path", { class: "now", id: "now" });
     }
-    const now = x(tick) + 3.5;
+    const now = x(tick) + pitch / 2;
     byId("now").setAttribute("d", `M${now} ${TOP - 4}V${bottom}`);
 }
 

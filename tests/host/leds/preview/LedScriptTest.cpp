@@ -8,7 +8,7 @@ TEST(LedScript, FindsTheFirstTickAtATimeOrLater) {
     const struct {
         const char* text;
         unsigned tick;
-    } CASES[] = {{"7 a b", 7},     {"2.5s a b", 25},         {"2.500001s a b", 26},
+    } CASES[] = {{"7 \t a b", 7},  {"2.5s a b", 25},         {"2.500001s a b", 26},
                  {"0s a b", 1},    {"0.1ms a b", 1},         {"300ms a b", 3},
                  {"301ms a b", 4}, {"1000000 a b", 1000000}, {"999999999s a b", UINT32_MAX}};
     for (const auto& [text, tick] : CASES) {
@@ -18,7 +18,7 @@ TEST(LedScript, FindsTheFirstTickAtATimeOrLater) {
         EXPECT_EQ(line->line, "a b") << text;
     }
     for (const char* const text : {"s a b", "-1s a b", "1.s a b", ".5s a b", "1.5 a b", "1e3 a b",
-                                   "0 a b", "2.5s", "1000000000s a b", "nan a b", ""})
+                                   "0 a b", "2.5s", "1 ", "1000000000s a b", "nan a b", ""})
         EXPECT_FALSE(board::parseTimedLine(text)) << text;
 }
 
