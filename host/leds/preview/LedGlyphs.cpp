@@ -14,6 +14,13 @@ std::string point(double x, double y) {
     return svgNumber(x) + " " + svgNumber(y);
 }
 
+/// The attribute of a line that stands for `light`: dashes for what blinks, dots for a roll.
+std::string dashesOf(LedLight light) {
+    if (light == LedLight::BLINK)
+        return " stroke-dasharray=\"5 3\"";
+    return light == LedLight::ROLL ? " stroke-dasharray=\"1 3\"" : "";
+}
+
 /// The outline of one lit stretch from `left` to `right`. Begins at the left end of the ground and
 /// does not go beyond `right`.
 std::string outline(LedLight light, double left, double right, double ground) {
@@ -100,11 +107,9 @@ void drawLight(Svg& svg, const LedDrive& drive, const std::string& wave, const L
     const std::string thin = " stroke=\"" + ink + "\" stroke-width=\"";
     if (drive.isTimed)
         svg.rectangle(stretch.left, top, stretch.right - stretch.left, LAMP_HEIGHT, "none",
-                      thin + "0.8\"");
+                      thin + "0.8\"" + dashesOf(drive.light));
     else if (drive.light == LedLight::BLINK || drive.light == LedLight::ROLL)
-        svg.line(stretch.left, top, stretch.right, top, ink,
-                 drive.light == LedLight::BLINK ? " stroke-dasharray=\"5 3\""
-                                                : " stroke-dasharray=\"1 3\"");
+        svg.line(stretch.left, top, stretch.right, top, ink, dashesOf(drive.light));
     const auto at = [&](std::size_t tick) {
         return stretch.left + stretch.tick * static_cast<double>(tick);
     };
@@ -125,14 +130,10 @@ void drawLight(Svg& svg, const LedDrive& drive, const std::string& wave, const L
 
 void drawHidden(Svg& svg, LedLight light, const LedStretch& stretch, const std::string& ink) {
     const double y = stretch.ground + HIDDEN_BELOW;
-    std::string more = " stroke-width=\"" + svgNumber(HIDDEN_HEIGHT) + "\"";
-    if (light == LedLight::BLINK)
-        more += " stroke-dasharray=\"5 3\"";
-    else if (light == LedLight::ROLL)
-        more += " stroke-dasharray=\"1 3\"";
-    else if (light != LedLight::STEADY)
+    if (light != LedLight::STEADY && light != LedLight::BLINK && light != LedLight::ROLL)
         return;
-    svg.line(stretch.left, y, stretch.right, y, ink, more);
+    svg.line(stretch.left, y, stretch.right, y, ink,
+             " stroke-width=\"" + svgNumber(HIDDEN_HEIGHT) + "\"" + dashesOf(light));
 }
 
 std::string lightText(const LedDrive& drive) {

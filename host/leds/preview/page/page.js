@@ -198,6 +198,7 @@ byId("hint").textContent = machines
 // --- waves ---
 
 // The shapes are those of the picture that `leds preview --format svg` draws.
+const DASHES = { blink: "5 3", roll: "1 3" };
 const ROW = 32;
 const LAMP = 18;
 const TOP = 26;
@@ -222,12 +223,13 @@ function drawSegment(svg, i, begin, end, x, ground) {
     group.style.setProperty("--glow", leds[i].glow);
     if (why) make(group, "title", {}, titleOf(why, begin, end));
     const box = { x: x(begin), y: ground - LAMP, width: x(end) - x(begin), height: LAMP };
-    make(group, "rect", { ...box, class: "empty", "stroke-width": why && why.timed ? 0.8 : 0 });
     const light = why ? why.light : "steady";
+    const dashes = DASHES[light] || "none";
+    make(group, "rect", { ...box, class: "empty", "stroke-width": why && why.timed ? 0.8 : 0,
+        "stroke-dasharray": dashes });
     const single = light === "flash" || light === "roll";
     if (why && !why.timed && (light === "blink" || light === "roll"))
-        make(group, "path", { d: `M${x(begin)} ${ground - LAMP}H${x(end)}`,
-            "stroke-dasharray": light === "blink" ? "5 3" : "1 3" });
+        make(group, "path", { d: `M${x(begin)} ${ground - LAMP}H${x(end)}`, "stroke-dasharray": dashes });
     let shape = "";
     for (let at = begin; at < end;) {
         let to = at + 1;
@@ -239,7 +241,7 @@ function drawSegment(svg, i, begin, end, x, ground) {
         make(group, "path", { d: shape, ...(why && why.timed ? { style: `fill: url(#timed-${i})` } : {}) });
     if (why && ["steady", "blink", "roll"].includes(why.hidden))
         make(group, "path", { class: "hidden", d: `M${x(begin)} ${ground + 3}H${x(end)}`,
-            "stroke-dasharray": { steady: "none", blink: "5 3", roll: "1 3" }[why.hidden] });
+            "stroke-dasharray": DASHES[why.hidden] || "none" });
 }
 
 function drawHatching(defs, i) {
