@@ -82,13 +82,14 @@ boardctl: --at: '0 a b' (expected "TICK LINE" with a tick of 1 to 1000000, such 
 boardctl: --at: '1000001' (expected "TICK LINE" with a tick of 1 to 1000000, such as "1 system ready", or "TIME LINE", such as "2.5s system ready")
 boardctl: --at: '1 a\x0ab' (expected one line; use one --at for each)
 boardctl: --at: '1 00000000000000000000000000000000000000000000000000000000000000000000000000000000' (expected a line of at most 79 bytes: a board cuts longer ones in two)
-$ for i in '--speed 2' '--play --speed 0' '--play --format svg' '--for 0' '--for 1 --ticks 1' '--script='; do wrong --sim leds preview $i; done
+$ for i in '--speed 2' '--play --speed 0' '--play --format svg' '--for 0' '--for 1 --ticks 1' '--script=' '--format html --ticks 20001'; do wrong --sim leds preview $i; done
 boardctl: --speed works only with --play
 boardctl: --speed: '0' (expected a number, 0.01 to 1000)
 boardctl: --play prints text (expected no --format)
 boardctl: --for: 0 seconds are 0 ticks of 100 ms (expected 1 to 1000000)
 boardctl: --ticks excludes --for
 boardctl: --script: the value is missing
+boardctl: --format html: 20001 ticks (expected at most 20000: a browser can't hold more)
 $ wrong leds send a ''
 boardctl: an empty word can't be sent
 $ for i in 'a b 0x10' "`printf '%070d' 0` b -12345678"; do wrong leds send $i; done

@@ -27,6 +27,8 @@ namespace boardctl {
 
 namespace {
 
+constexpr unsigned MOST_PAGE_TICKS = 20000;
+
 struct PreviewWords {
     std::optional<unsigned> ticks;
     std::optional<double> seconds;  ///< --for
@@ -105,6 +107,9 @@ int preview(const Options& options, const PreviewWords& words) {
     for (const board::TimedLedLine& line : timed)
         lines.push_back(board::atTick(line, std::max(profile.tickMs, 1U)));
     const unsigned ticks = ticksOf(words, profile.tickMs);
+    if (options.html && ticks > MOST_PAGE_TICKS)
+        throw WrongCall("--format html: " + std::to_string(ticks) + " ticks (expected at most " +
+                        std::to_string(MOST_PAGE_TICKS) + ": a browser can't hold more)");
     const board::LedWaves waves = board::previewLeds(profile, ticks, std::move(lines));
     warnOfLines(waves);
     if (words.plays)

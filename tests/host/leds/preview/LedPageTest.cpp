@@ -100,10 +100,10 @@ public:
         return true;
     }
     bool isLit(std::size_t led) const {
-        const std::string blink = m_data["blink"];
+        const auto& blink = m_data["blink"].get_ref<const std::string&>();
         const std::size_t repeat = m_data["repeat"], lead = blink.size() - repeat;
         const char phase = blink[m_tick < lead ? m_tick : lead + (m_tick - lead) % repeat];
-        const std::string lit = m_data["machines"][led]["lit"];
+        const auto& lit = m_data["machines"][led]["lit"].get_ref<const std::string&>();
         return ((lit[std::size_t(m_states[led])] - '0') & (phase == '1' ? 2 : 1)) != 0;
     }
 
