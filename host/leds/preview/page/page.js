@@ -1,8 +1,8 @@
 "use strict";
 
-// What the LEDs show is not computed here: the board's own sequencer has done that. For the scripted
-// run, the data has a wave for each LED. For everything that commands may add, it lists the states of
-// each LED and which state follows which; this script only looks them up.
+// What the LEDs show is not computed here: the board's own sequencer has done that. For the
+// scripted run, the data has a wave for each LED. For everything that commands may add, it lists
+// the states of each LED and which state follows which; this script only looks them up.
 
 const data = JSON.parse(document.getElementById("data").textContent);
 const preview = data.preview;
@@ -66,7 +66,8 @@ function extend(row) {
         const state = machine.next[inputOf(machine, row)][states[i][at - 1]];
         states[i].push(state);
         const look = machine.look[state];
-        shown[i].push({ lit: (machine.lit[state] & bit) !== 0, why: look < 0 ? null : looks[look] });
+        const why = look < 0 ? null : looks[look];
+        shown[i].push({ lit: (machine.lit[state] & bit) !== 0, why });
     });
     version += 1;
 }
@@ -190,10 +191,10 @@ data.rows.forEach((row, i) => {
 });
 
 byId("hint").textContent = machines
-    ? "A command plays from the present tick on; what was to come is dropped. A command that is not " +
-        "available runs already and would run a second time beside itself."
-    : "The LEDs of this table have more than " + data.most + " states, too many for this page. It " +
-        "offers the scripted run only.";
+    ? "A command plays from the present tick on; what was to come is dropped. A command that is " +
+        "not available runs already and would run a second time beside itself."
+    : "The LEDs of this table have more than " + data.most + " states, or they take too long to " +
+        "list: too many for this page. It offers the scripted run only.";
 
 // --- waves ---
 
@@ -206,9 +207,10 @@ let drawn = ""; // which part of which version
 
 function shapeOf(light, left, right, ground) {
     const top = ground - LAMP;
-    if (light === "flash") return `M${left} ${ground}L${(left + right) / 2} ${top}L${right} ${ground}z`;
-    if (light === "roll") return `M${left} ${ground}L${left} ${top}L${right} ${ground - LAMP / 2}z`;
-    return `M${left} ${ground}V${top}H${right}V${ground}z`;
+    const start = `M${left} ${ground}`;
+    if (light === "flash") return start + `L${(left + right) / 2} ${top}L${right} ${ground}z`;
+    if (light === "roll") return start + `L${left} ${top}L${right} ${ground - LAMP / 2}z`;
+    return start + `V${top}H${right}V${ground}z`;
 }
 
 function titleOf(why, begin, end) {
@@ -229,7 +231,8 @@ function drawSegment(svg, i, begin, end, x, ground) {
         "stroke-dasharray": dashes });
     const single = light === "flash" || light === "roll";
     if (why && !why.timed && (light === "blink" || light === "roll"))
-        make(group, "path", { d: `M${x(begin)} ${ground - LAMP}H${x(end)}`, "stroke-dasharray": dashes });
+        make(group, "path", { d: `M${x(begin)} ${ground - LAMP}H${x(end)}`,
+            "stroke-dasharray": dashes });
     let shape = "";
     for (let at = begin; at < end;) {
         let to = at + 1;
@@ -238,7 +241,8 @@ function drawSegment(svg, i, begin, end, x, ground) {
         at = to;
     }
     if (shape !== "")
-        make(group, "path", { d: shape, ...(why && why.timed ? { style: `fill: url(#timed-${i})` } : {}) });
+        make(group, "path", { d: shape,
+            ...(why && why.timed ? { style: `fill: url(#timed-${i})` } : {}) });
     if (why && ["steady", "blink", "roll"].includes(why.hidden))
         make(group, "path", { class: "hidden", d: `M${x(begin)} ${ground + 3}H${x(end)}`,
             "stroke-dasharray": DASHES[why.hidden] || "none" });
@@ -309,7 +313,8 @@ function drawWaves() {
                 const flag = make(svg, "g", { class: "flag" });
                 make(flag, "title", {}, `${line.text}, ${seconds(line.tick)}`);
                 make(flag, "path", { d: `M${x(line.tick)} 6l8 5l-8 5z` });
-                make(flag, "path", { d: `M${x(line.tick)} 6V${bottom}`, "stroke-dasharray": "4 2" });
+                make(flag, "path", { d: `M${x(line.tick)} 6V${bottom}`,
+                    "stroke-dasharray": "4 2" });
             }
         make(svg, "path", { class: "now", id: "now" });
     }
@@ -324,7 +329,8 @@ function render() {
         const { lit, why } = shown[i][tick];
         lamp.dataset.lit = lit ? "1" : "0";
         lamp.setAttribute("aria-label", `${leds[i].name}: ${lit ? "lit" : "dark"}`);
-        lamp.reason.textContent = why && why.light !== "none" ? `${wordsOf(why.row)}, ${lightText(why)}` : "";
+        const isHeld = why && why.light !== "none";
+        lamp.reason.textContent = isHeld ? `${wordsOf(why.row)}, ${lightText(why)}` : "";
     });
     byId("time").textContent = `tick ${tick} · ${seconds(tick)}`;
     byId("scrub").max = ticks() - 1;
@@ -346,7 +352,8 @@ function renderLines() {
     byId("lines").textContent = "";
     for (const line of lines)
         make(byId("lines"), "li", line.tick > tick ? { class: "later" } : {},
-            `${seconds(line.tick)}  ${line.text}` + (line.row === null ? "  (matches no row)" : ""));
+            `${seconds(line.tick)}  ${line.text}` +
+                (line.row === null ? "  (matches no row)" : ""));
     if (lines.length === 0) make(byId("lines"), "li", { class: "later" }, "none");
 }
 
@@ -377,7 +384,8 @@ const KEYS = {
 document.addEventListener("keydown", (event) => {
     const action = KEYS[event.key];
     const taken = event.key === " " ? "button, select" : "select, input";
-    if (!action || event.ctrlKey || event.altKey || event.metaKey || event.target.closest(taken)) return;
+    if (!action || event.ctrlKey || event.altKey || event.metaKey) return;
+    if (event.target.closest(taken)) return;
     event.preventDefault();
     action();
 });
