@@ -1,25 +1,11 @@
 #include "leds/preview/LedPicture.h"
-#include "leds/preview/LedText.h"
 
 #include <regex>
 #include <set>
 
 #include <gtest/gtest.h>
 
-TEST(LedDiagram, CutsTextIntoSectionsOf60TicksWithTheirOwnLines) {
-    const board::LedWaves waves{
-        61, 100, {{1, "L\u00FCfter", std::string(60, '0') + "1"}}, {{60, "late"}, {61, "never"}}};
-    EXPECT_EQ(
-        board::ledsToText(waves),
-        "tick    0         10        20        30        40        50\n"
-        "ms      0         1000      2000      3000      4000      5000\n"
-        "L\u00FCfter  " +
-            std::string(60, '.') +
-            "\n\n"
-            "tick    60\nms      6000\n        v\nL\u00FCfter  #\n  v tick 60, 6000 ms: late\n");
-}
-
-TEST(LedDiagram, DrawsAPictureOfAnyNamesAndLines) {
+TEST(LedPicture, DrawsAPictureOfAnyNamesAndLines) {
     const std::string svg = board::ledsToSvg({20,
                                               100,
                                               {{1, "<a&\"b\">\x1B", std::string(19, '0') + "1"}},
@@ -30,7 +16,7 @@ TEST(LedDiagram, DrawsAPictureOfAnyNamesAndLines) {
     EXPECT_EQ(svg.find("late"), std::string::npos);
 }
 
-TEST(LedDiagram, TellsEachKindOfLightApartWithoutColorsAndSaysWhatDrivesTheLed) {
+TEST(LedPicture, TellsEachKindOfLightApartWithoutColorsAndSaysWhatDrivesTheLed) {
     using board::LedLight;
     const struct {
         board::LedDrive drive;
