@@ -10,7 +10,7 @@ namespace board {
 
 namespace {
 
-constexpr std::size_t MOST_TICKS = 1000000; ///< to run in search of states
+constexpr std::size_t MOST_TICKS = 2000000; ///< to run in search of states
 
 /// Two sequencers that handle the same lines. What blinks is dark in one and lit in the other.
 class Twins {

@@ -10,7 +10,7 @@
 namespace board {
 
 /// The most states that the LEDs of a table may have together for `exploreLeds` to list them.
-constexpr std::size_t MOST_LED_STATES = 8192;
+constexpr std::size_t MOST_LED_STATES = 32768;
 
 /// Everything that one LED may show, whichever lines arrive, one line per tick at most. Lists are
 /// enough for it, because a sequencer has no other memory than its present state.
