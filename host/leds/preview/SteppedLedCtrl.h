@@ -31,7 +31,10 @@ public:
     }
 
     /// Runs the row that `line` names, if any.
-    void run(std::string line) { handle(line.data(), TYTime()); }
+    void run(const std::string& line) {
+        std::string words = line;
+        handle(words.data(), TYTime());
+    }
 
     /// Advances by one tick and returns the LEDs that are lit in it.
     std::uint32_t step();
