@@ -58,6 +58,7 @@ install(FILES packaging/linux-board.toml DESTINATION ${documents}/examples COMPO
 file(GLOB guides docs/*-guide.md docs/operations.md docs/descriptor.md docs/station.md docs/leds.md
     docs/*.svg docs/kernel-notes.md)
 install(FILES ${guides} DESTINATION ${documents} COMPONENT boardctl)
+install(DIRECTORY docs/images DESTINATION ${documents} COMPONENT boardctl)
 
 # The manual page and the completions are generated from boardctl's help.
 if(BOARD_MAN)

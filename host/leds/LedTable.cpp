@@ -38,6 +38,7 @@ LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& loca
     std::map<std::uint32_t, Led> leds;
     for (const LedSequencerProfile::File& file : profile.files) {
         Led led{static_cast<std::uint32_t>(file.mask), ledNameOf(file.path.path), "", file.on};
+        led.color = file.color;
         try {
             withPlaceInErrors(file.path, [&](const std::string& named) {
                 led.path = locator.locate(named);
@@ -50,6 +51,8 @@ LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& loca
             if (led.path.empty())
                 m_faults.push_back(led.fault);
         }
+        if (!file.name.empty())
+            led.name = file.name;
         leds[led.mask] = led;
     }
     for (auto& [mask, led] : leds)

@@ -12,10 +12,11 @@ namespace board {
 /// An LED of the board as the sequencer drives it.
 struct Led {
     std::uint32_t mask;
-    std::string name;       ///< for people, taken from its file's path
+    std::string name;       ///< for people: from the profile, or else from its file's path
     std::string path;       ///< empty if its file was not found and can't appear later
     unsigned on = 1;        ///< the brightness that means lit
     std::string fault = {}; ///< why its file was not found, if it can appear later
+    LedColor color = LedColor::UNKNOWN;
 };
 
 /// A profile's tables in the form that the LED sequencer needs. They point into the profile and

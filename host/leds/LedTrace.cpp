@@ -133,7 +133,7 @@ std::vector<LedTrace::Found> LedTrace::holdersOf(std::uint32_t led) const {
             {run, std::nullopt, std::find(shown.begin(), shown.end(), run) != shown.end()});
     if (holders.empty())
         if (const std::vector<Run> ended = runsOf(m_static, led); !ended.empty())
-            holders.push_back({ended.front(), std::nullopt, true});
+            holders.push_back({ended.front(), std::nullopt, true, false});
     return holders;
 }
 
@@ -141,7 +141,7 @@ std::vector<LedExplanation> LedTrace::explain(const LedSequencerProfile& profile
                                               const std::vector<Led>& leds) const {
     std::vector<LedExplanation> explanations;
     for (const Led& led : leds) {
-        LedExplanation explanation{led.name, led.mask, (m_output & led.mask) != 0, {}, {}};
+        LedExplanation explanation{led.name, led.mask, (m_output & led.mask) != 0, false, {}, {}};
         for (const Found& found : holdersOf(led.mask)) {
             const LedSequencerProfile::Command& row = profile.commands[found.run->row];
             LedCause cause{
@@ -150,8 +150,10 @@ std::vector<LedExplanation> LedTrace::explain(const LedSequencerProfile& profile
                 found.ticksLeft, found.isShown};
             if (explanation.driver)
                 explanation.covers.push_back(std::move(cause));
-            else
+            else {
+                explanation.isHeld = found.isHeld;
                 explanation.driver = std::move(cause);
+            }
         }
         explanations.push_back(std::move(explanation));
     }

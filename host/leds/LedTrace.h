@@ -50,7 +50,8 @@ struct LedCause {
 struct LedExplanation {
     std::string name;
     std::uint32_t mask = 0;
-    bool isLit = false; ///< in the last tick
+    bool isLit = false;  ///< in the last tick
+    bool isHeld = false; ///< whether `driver` holds the LED, or has only ended what did
     /// What determines the LED's state. For an LED that nothing holds, the row that last ended a
     /// steady or blinking state, or that would have; empty if there is none.
     std::optional<LedCause> driver;
@@ -119,6 +120,7 @@ private:
         Run run;
         std::optional<std::uint32_t> ticksLeft;
         bool isShown;
+        bool isHeld = true;
     };
 
     void follow(const LedCtrl::View& view, const Run* started);

@@ -95,13 +95,27 @@ void TracedLedCtrl::tick() {
         update();
         return;
     }
-    const std::uint32_t flashes = view().flashMask;
-    const std::size_t running = view().actions.size();
-    update();
-    m_trace.onTick(flashes, view());
-    m_hasChanged = m_hasChanged || view().actions.size() != running;
+    traceTick([this] { update(); });
     const std::lock_guard<std::mutex> hold(m_mutex);
     m_lastTick = m_trace; // allocates nothing unless there are more actions than ever before
+}
+
+void TracedLedCtrl::traceTick(const std::function<void()>& act) {
+    const std::uint32_t flashes = view().flashMask;
+    const std::size_t running = view().actions.size();
+    act();
+    m_trace.onTick(flashes, view());
+    m_hasChanged = m_hasChanged || view().actions.size() != running;
+}
+
+std::uint32_t TracedLedCtrl::advance() {
+    std::uint32_t output = 0;
+    traceTick([&] { output = nextOutput(); });
+    return output;
+}
+
+std::vector<LedExplanation> TracedLedCtrl::explainNow() const {
+    return m_trace.explain(m_profile, m_table.leds());
 }
 
 std::vector<LedHold> TracedLedCtrl::holds() const {

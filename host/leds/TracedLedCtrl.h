@@ -38,11 +38,18 @@ protected:
     bool handle(char* line, const TYTime& now);
     /// Advances everything by one tick and shows the result.
     void tick();
+    /// The same for a preview: returns the LEDs that are lit in the tick instead of showing them.
+    /// `explain` does not learn about it, but `explainNow` does.
+    std::uint32_t advance();
+    const CmdDef* firstRow() const { return m_rows.data(); }
+    /// The same as `explain`, also after `advance`.
+    std::vector<LedExplanation> explainNow() const;
 
     /// What is held without a time, in the order of execution. A default row's roll is left out if
     /// no line names the row.
     std::vector<LedHold> holds() const;
-    /// True if the result of `holds` may have changed since the last call.
+    /// True if the result of `holds` may have changed since the last call. What drives an LED
+    /// changes only then, and with a flash.
     bool hasChanged() { return std::exchange(m_hasChanged, false); }
     /// Holds again what `holds` returned before the service was restarted. Call it after
     /// `runDefaults`, with the same table.
@@ -58,6 +65,7 @@ private:
     void traceWhile(const CmdDef& row, const LedTrace::Run& run, const std::function<void()>& act);
     /// Executes a row that is not in the table and in no group.
     void executeApart(CmdDef row, const LedTrace::Run& run);
+    void traceTick(const std::function<void()>& act);
     void setMasks(const LedTrace::Masks& masks);
 
     const LedSequencerProfile& m_profile;

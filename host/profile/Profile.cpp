@@ -136,6 +136,16 @@ LedSequencerProfile::Command readCommand(const ProfileReader& reader) {
     return command;
 }
 
+LedSequencerProfile::File readLedFile(const ProfileReader& reader) {
+    LedSequencerProfile::File file{static_cast<std::int32_t>(reader.number("mask")),
+                                   reader.device("path"), readOn(reader)};
+    if (reader.has("name"))
+        file.name = reader.name("name");
+    if (reader.has("color"))
+        file.color = static_cast<LedColor>(reader.word("color", LED_COLORS));
+    return file;
+}
+
 LedSequencerProfile readLeds(const ProfileReader& reader) {
     LedSequencerProfile leds;
     leds.place = reader.where();
@@ -147,9 +157,8 @@ LedSequencerProfile readLeds(const ProfileReader& reader) {
     if (reader.has("access"))
         leds.access = static_cast<LedCtrl::AccessMethod>(reader.wordOrNumber(
             "access", {{"files", LedCtrl::ACCESS_FILES}, {"none", LedCtrl::ACCESS_NONE}}));
-    for (const ProfileReader& file : reader.tables("file", {"mask", "path", "on"}))
-        leds.files.push_back(
-            {static_cast<std::int32_t>(file.number("mask")), file.device("path"), readOn(file)});
+    for (const ProfileReader& file : reader.tables("file", {"mask", "path", "on", "name", "color"}))
+        leds.files.push_back(readLedFile(file));
     for (const ProfileReader& command :
          reader.tables("command", {"word1", "word2", "number", "mask", "action", "group", "time_ms",
                                    "default"}))

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "LedCtrl.h"
+#include "profile/LedColors.h"
 #include "profile/NamedPath.h"
 
 namespace board {
@@ -70,7 +71,9 @@ struct LedSequencerProfile {
     struct File {
         std::int32_t mask = 0; ///< the LED, as a bit of 32
         NamedPath path;
-        std::uint32_t on = 1; ///< the brightness that means lit, 1 to 9999
+        std::uint32_t on = 1;  ///< the brightness that means lit, 1 to 9999
+        std::string name = {}; ///< for people; empty if the path is to name the LED
+        LedColor color = LedColor::UNKNOWN;
     };
     struct Command {
         std::string word1;

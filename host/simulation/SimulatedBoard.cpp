@@ -67,30 +67,37 @@ access = "files"
 [[leds.file]]
 mask = 0x01
 path = "leds/power"
+color = "green"
 
 [[leds.file]]
 mask = 0x02
 path = "leds/line"
+color = "yellow"
 
 [[leds.file]]
 mask = 0x04
 path = "leds/alarm"
+color = "red"
 
 [[leds.file]]
 mask = 0x10
 path = "leds/bar1"
+color = "blue"
 
 [[leds.file]]
 mask = 0x20
 path = "leds/bar2"
+color = "blue"
 
 [[leds.file]]
 mask = 0x40
 path = "leds/bar3"
+color = "blue"
 
 [[leds.file]]
 mask = 0x80
 path = "leds/bar4"
+color = "blue"
 
 [[leds.command]]
 word1 = "system"

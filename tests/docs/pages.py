@@ -4,8 +4,8 @@ Notation in a page:
     ```console        a line with `$ ` is a command (`> ` continues it), followed by its output
     ```toml NAME      in any language: creates the file NAME before the next command
     ```cpp SOURCE     an excerpt of SOURCE, a path relative to the page
-    ![...](PICTURE)   a picture that the page's commands create; if PICTURE names a folder, the
-                      picture belongs to another page
+    ![...](PICTURE)   a picture that the page's commands create; if PICTURE names a folder, it
+                      is another page's picture or a screenshot, and need only exist
     [...](PATH)       PATH must exist
 The commands of a page run in one shell, in an empty folder, with the programs in the path. A
 command that exits with a status other than 0 must be followed by `$ echo $?`. In expected output,

@@ -31,7 +31,7 @@ expect "button bd" b
 expect "list get set add" bd mac ""
 expect "send" --board x leds s # a word that an option takes is no command
 expect "--force --format" bd set --fo
-expect "text json metrics svg" info --format ""
+expect "text json metrics svg html" info --format ""
 expect "json" info --format = j # as bash cuts --format=j
 expect "u8 u16 u32 uint" bd get --type u
 expect "full high low off auto" fan ""

@@ -46,11 +46,12 @@ void addGlobalOptions(CLI::App& app, Options& options) {
                options.json = format == "json";
                options.metrics = format == "metrics";
                options.svg = format == "svg";
+               options.html = format == "html";
            },
-           "Output format; metrics works only with `info` and `status`, svg only with `leds "
-           "preview`")
-        ->check(oneOf({"text", "json", "metrics", "svg"}))
-        ->option_text("text|json|metrics|svg");
+           "Output format; metrics works only with `info` and `status`, svg and html only with "
+           "`leds preview`")
+        ->check(oneOf({"text", "json", "metrics", "svg", "html"}))
+        ->option_text("text|json|metrics|svg|html");
 }
 
 /// Adds the commands whose names are among `words`; without `words`, all.
@@ -94,8 +95,10 @@ bool isCalled(const CLI::App& app, const char* command) {
 int call(const CLI::App& app, const Options& options) {
     if (options.metrics && !isCalled(app, "info") && !isCalled(app, "status"))
         throw WrongCall("--format metrics works only with info and status");
-    if (options.svg && !(isCalled(app, "leds") && isCalled(*app.get_subcommand("leds"), "preview")))
-        throw WrongCall("--format svg works only with leds preview");
+    if ((options.svg || options.html) &&
+        !(isCalled(app, "leds") && isCalled(*app.get_subcommand("leds"), "preview")))
+        throw WrongCall(std::string("--format ") + (options.svg ? "svg" : "html") +
+                        " works only with leds preview");
     if (options.sim && !options.board.empty())
         throw WrongCall("--board and --sim each choose a board (expected one of them)");
     const int status = options.command();

@@ -12,12 +12,14 @@
 
 #include "LedCtrl.h"
 
-/// A second opinion on what drives each LED: the documented rules, applied LED by LED.
+/// A second opinion on what each LED shows and what drives it: the documented rules, applied LED by
+/// LED.
 namespace support {
 
 class LedModel {
 public:
-    explicit LedModel(const std::vector<LedCtrl::CmdDef>& rows) : m_rows(rows) {}
+    explicit LedModel(const std::vector<LedCtrl::CmdDef>& rows, std::uint32_t blinkPattern = 0)
+        : m_rows(rows), m_blinkPattern(blinkPattern) {}
 
     void runDefaults(const std::string& line) {
         m_actions.clear();
@@ -39,7 +41,7 @@ public:
         const bool lights = row.action == LedCtrl::ACTION_ON || row.action == LedCtrl::ACTION_BLINK;
         if (isRoll || (lights && row.timeMs != 0)) {
             const auto ticks = static_cast<std::uint32_t>(row.timeMs) * 1000U + 99999U;
-            m_actions.push_back({cause, ticks / 100000U, row.timeMs == 0});
+            m_actions.push_back({cause, ticks / 100000U, row.timeMs == 0, 0});
         }
         for (Lamp* const lamp : lamps(row.ledMask)) {
             if (isRoll || (lights && row.timeMs != 0))
@@ -69,12 +71,31 @@ public:
                 action = m_actions.erase(action);
             } else {
                 --action->left;
+                roll(*action);
                 ++action;
             }
         for (Lamp& lamp : m_lamps) {
             lamp.shownFlash = lamp.isOwned ? std::nullopt : lamp.flash;
             lamp.flash.reset();
         }
+    }
+
+    /// Whether any bit of the LED was lit in the last tick.
+    bool isLit(std::uint32_t led) {
+        for (const Action& action : m_actions) {
+            const LedCtrl::CmdDef& row = m_rows[action.cause.row];
+            const std::uint32_t rolled = row.ledMask & 1U << action.position;
+            const bool isSteady = row.action == LedCtrl::ACTION_ON;
+            const bool isBlink = row.action == LedCtrl::ACTION_BLINK;
+            const std::uint32_t all = isSteady || isBlinkLit() ? row.ledMask : 0;
+            if (((isSteady || isBlink ? all : rolled) & led) != 0)
+                return true;
+        }
+        const auto all = lamps(led);
+        return std::any_of(all.begin(), all.end(), [&](const Lamp* lamp) {
+            return lamp->shownFlash || (!lamp->isOwned && (lamp->kind == 's' || //
+                                                           (lamp->kind == 'b' && isBlinkLit())));
+        });
     }
 
     /// The rows that hold the LED, the driver first, one per line.
@@ -127,7 +148,21 @@ private:
         Cause cause;
         std::uint32_t left;
         bool isEndless;
+        unsigned position; ///< the LED that a roll shows
     };
+
+    /// The pattern is loaded in tick 32 and every 33 ticks after it; its last bit shows twice.
+    bool isBlinkLit() const {
+        return m_tick > 32 && (m_blinkPattern >> std::min((m_tick - 33) % 33, 31U) & 1U) != 0;
+    }
+
+    void roll(Action& action) const {
+        const LedCtrl::CmdDef& row = m_rows[action.cause.row];
+        if (row.action == LedCtrl::ACTION_ROLL_UP || row.action == LedCtrl::ACTION_ROLL_DOWN)
+            do
+                action.position += row.action == LedCtrl::ACTION_ROLL_UP ? 1 : 31;
+            while ((row.ledMask >> (action.position %= 32) & 1U) == 0);
+    }
 
     std::vector<Lamp*> lamps(std::uint32_t mask) {
         std::vector<Lamp*> found;
@@ -178,6 +213,7 @@ private:
     }
 
     const std::vector<LedCtrl::CmdDef>& m_rows;
+    std::uint32_t m_blinkPattern;
     std::array<Lamp, 32> m_lamps;
     std::list<Action> m_actions;
     std::map<std::int32_t, std::size_t> m_lastOf;

@@ -117,6 +117,11 @@ TEST(Profile, SaysFileLineKeyAndWhatWasExpected) {
          "preferences, button, firmware, leds, watch, simulated); did you mean 'fan'?"},
         {"[leds]\naccess='flies'\n", "2: leds.access: 'flies' is unknown (expected files, none, or "
                                      "a number); did you mean 'files'?"},
+        {"[[leds.file]]\nmask=1\npath='p'\ncolor='grean'\n",
+         "4: leds.file[0].color: 'grean' is unknown (expected red, orange, amber, yellow, green, "
+         "cyan, blue, violet, white); did you mean 'green'?"},
+        {"[[leds.file]]\nmask=1\npath='p'\nname=''\n",
+         "4: leds.file[0].name: is empty (expected a name)"},
         {"fan=[1]\n", "1: fan[0]: is of type integer (expected a table)"},
         {"[descriptor]\ndevice=''\n", "2: descriptor.device: is empty (expected a path)"},
         {"[descriptor]\ndevice='a'\nread_chunk=0\n",

@@ -58,7 +58,7 @@ boardctl: there is no command 'nosuch'
 $ wrong --board '' info
 boardctl: --board: is empty
 $ for i in 'info --format xml' 'fan --format metrics' 'leds check --format svg'; do wrong $i; done
-boardctl: --format: 'xml' (expected text, json, metrics or svg)
+boardctl: --format: 'xml' (expected text, json, metrics, svg or html)
 boardctl: --format metrics works only with info and status
 boardctl: --format svg works only with leds preview
 $ for i in 'run --for nan' 'cpu --period 0.09' 'cpu --count 0'; do wrong $i; done
@@ -78,10 +78,18 @@ boardctl: --for works only with 'bi on'
 $ wrong leds preview --ticks 0
 boardctl: --ticks: '0' (expected 1 to 1000000)
 $ for i in '0 a b' 1000001 "`printf '1 a\nb'`" "1 `printf '%080d' 0`"; do wrong leds preview --at "$i"; done
-boardctl: --at: '0 a b' (expected "TICK LINE" with a tick of 1 to 1000000, such as "1 system ready")
-boardctl: --at: '1000001' (expected "TICK LINE" with a tick of 1 to 1000000, such as "1 system ready")
+boardctl: --at: '0 a b' (expected "TICK LINE" with a tick of 1 to 1000000, such as "1 system ready", or "TIME LINE", such as "2.5s system ready")
+boardctl: --at: '1000001' (expected "TICK LINE" with a tick of 1 to 1000000, such as "1 system ready", or "TIME LINE", such as "2.5s system ready")
 boardctl: --at: '1 a\x0ab' (expected one line; use one --at for each)
 boardctl: --at: '1 00000000000000000000000000000000000000000000000000000000000000000000000000000000' (expected a line of at most 79 bytes: a board cuts longer ones in two)
+$ for i in '--speed 2' '--play --speed 0' '--play --format svg' '--for 0' '--for 1 --ticks 1' '--script=' '--format html --ticks 20001'; do wrong --sim leds preview $i; done
+boardctl: --speed works only with --play
+boardctl: --speed: '0' (expected a number, 0.01 to 1000)
+boardctl: --play prints text (expected no --format)
+boardctl: --for: 0 seconds are 0 ticks of 100 ms (expected 1 to 1000000)
+boardctl: --ticks excludes --for
+boardctl: --script: the value is missing
+boardctl: --format html: 20001 ticks (expected at most 20000: a browser can't hold more)
 $ wrong leds send a ''
 boardctl: an empty word can't be sent
 $ for i in 'a b 0x10' "`printf '%070d' 0` b -12345678"; do wrong leds send $i; done

@@ -1,3 +1,5 @@
+#include <csignal>
+
 #include "support/Transcript.h"
 
 using support::expectTranscript;
@@ -10,9 +12,22 @@ $ printf "[leds]\n[[leds.command]]\nword1='a'\nword2='b'\nmask=0\naction='roll-u
 $ json --board board.toml leds check
 { "mistakes": [ "board.toml:2: leds.command[0].mask: the roll has no LED: it shows nothing" ], "findings": [ { "place": "board.toml:2: leds.command[0].mask", "what": "the roll has no LED: it shows nothing", "level": "error" } ], "files_checked": true }
 [3]
-$ json --sim leds preview --ticks 8 --at '1 line call' --at '9 all defaults' --at '3 line idle'
-{ "ticks": 8, "leds": [ { "mask": 1, "wave": "00000000" }, { "mask": 2, "wave": "01100000" }, { "mask": 4, "wave": "00000000" }, { "mask": 16, "wave": "00000000" }, { "mask": 32, "wave": "00000000" }, { "mask": 64, "wave": "00000000" }, { "mask": 128, "wave": "00000000" } ], "simulated": true }
-! boardctl: tick 9 is after the last one: 'all defaults' has no effect
+$ printf "[leds]\nfile = [{ mask = 1, path = 'led:a', name = 'Power', color = 'green' }, { mask = 2, path = 'led:b' }]\n" >lamp.toml
+$ printf "command = [{ word1 = 'a', word2 = 'on', mask = 1, action = 'on' }, { word1 = 'all', word2 = 'test', number = 2, mask = 3, action = 'on', time_ms = 250 }]\n" >>lamp.toml
+$ json --board lamp.toml leds preview --ticks 6 --at '1 a on' --at '9 a on' --at '0.2s all test 2' --at '2 no row'
+{ "ticks": 6, "tick_ms": 100, "leds": [ { "mask": 1, "name": "Power", "color": "green", "wave": "011111", "segments": [ { "from": 1, "to": 2, "row": 0, "words": "a on 0", "light": "steady", "timed": false, "covered": [] }, { "from": 2, "to": 5, "row": 1, "words": "all test 2", "light": "steady", "timed": true, "covered": [ { "row": 0, "words": "a on 0", "light": "steady", "timed": false } ] }, { "from": 5, "to": 6, "row": 0, "words": "a on 0", "light": "steady", "timed": false, "covered": [] } ] }, { "mask": 2, "name": "b", "color": null, "wave": "001110", "segments": [ { "from": 2, "to": 5, "row": 1, "words": "all test 2", "light": "steady", "timed": true, "covered": [] } ] } ], "events": [ { "tick": 1, "ms": 100, "line": "a on", "row": 0 }, { "tick": 2, "ms": 200, "line": "all test 2", "row": 1 }, { "tick": 2, "ms": 200, "line": "no row", "row": null } ] }
+! boardctl: 'no row' matches no row of the table and has no effect
+! boardctl: tick 9 is after the last one: 'a on' has no effect
+$ printf '# a demo\n\n 300ms all test 2\n1 a on\n' >demo; boardctl --board lamp.toml leds preview --for 0.75 --script demo --play --speed 1000
+tick 0, 0 ms: [ ] Power [ ] b
+tick 1, 100 ms: a on
+tick 1, 100 ms: [#] Power [ ] b
+tick 3, 300 ms: all test 2
+tick 3, 300 ms: [#] Power [#] b
+tick 6, 600 ms: [#] Power [ ] b
+$ echo 'soon a on' >>demo; boardctl --board lamp.toml leds preview --script demo
+! boardctl: demo:5: 'soon a on' (expected "TICK LINE" with a tick of 1 to 1000000, such as "1 system ready", or "TIME LINE", such as "2.5s system ready")
+[1]
 $ boardctl --sim leds preview --ticks 10 --at '2 search start' --at '4 no such row' | tail -n 5
 bar2   ...#...#..
 bar3   ....#...#.
@@ -56,6 +71,13 @@ warning: board.toml:3: leds.file[0].path: `on` is 1, but sys/class/leds/a/max_br
 warning: board.toml:3: leds.file[0].path: `on` is 1, but sys/class/leds/a/max_brightness holds 255: when lit, the LED is almost dark
 0
 )sh");
+}
+
+TEST(Leds, ArePlayedUntilASignalEndsTheProgram) {
+    support::Program played({BOARDCTL, "--sim", "leds", "preview", "--play", "--ticks", "1000000"});
+    ASSERT_TRUE(played.waitForOutput("tick 0, 0 ms: [ ] power"));
+    played.signal(SIGTERM);
+    EXPECT_EQ(played.finish().status, 128 + SIGTERM);
 }
 
 TEST(Leds, SendFailsIfNoRowMatchesNobodyReadsThePipeOrItIsFull) {

@@ -25,6 +25,7 @@ struct Options {
     bool json = false;
     bool metrics = false; ///< only for `info` and `status`
     bool svg = false;     ///< only for `leds preview`
+    bool html = false;    ///< only for `leds preview`
 
     /// Runs the command and returns the exit status. Set while the command line is parsed.
     std::function<int()> command;

@@ -1,11 +1,18 @@
+#include <cmath>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "base/File.h"
 #include "base/Result.h"
-#include "leds/LedDiagram.h"
 #include "leds/LedPipe.h"
-#include "leds/LedPreview.h"
+#include "leds/preview/LedJson.h"
+#include "leds/preview/LedPage.h"
+#include "leds/preview/LedPicture.h"
+#include "leds/preview/LedPreview.h"
+#include "leds/preview/LedScript.h"
+#include "leds/preview/LedText.h"
 #include "output/Json.h"
 #include "output/Messages.h"
 #include "program/Board.h"
@@ -13,38 +20,23 @@
 #include "program/Commands.h"
 #include "program/Help.h"
 #include "program/WordChecks.h"
+#include "sequencer/LedPlayer.h"
 #include "sequencer/LedTables.h"
-
-using nlohmann::ordered_json;
 
 namespace boardctl {
 
 namespace {
 
-constexpr unsigned MOST_TICKS = 1000000;
+constexpr unsigned MOST_PAGE_TICKS = 20000;
 
 struct PreviewWords {
-    unsigned ticks = 100;
-    std::vector<std::string> lines; ///< "TICK LINE"
+    std::optional<unsigned> ticks;
+    std::optional<double> seconds;  ///< --for
+    std::vector<std::string> lines; ///< "TICK LINE" or "TIME LINE"
+    std::string script;             ///< a file with such lines
+    bool plays = false;
+    std::optional<double> speed;
 };
-
-/// Reads "TICK LINE", such as "12 system ready".
-board::Result<board::LedLine> parseLine(const std::string& text) {
-    const auto blank = text.find(' ');
-    const std::string tick = text.substr(0, blank);
-    const unsigned value = isDigits(tick) ? String(tick.c_str()).toUInt() : 0;
-    if (value < 1 || value > MOST_TICKS || blank == std::string::npos)
-        return board::Fault{"'" + text + "' (expected \"TICK LINE\" with a tick of 1 to " +
-                            std::to_string(MOST_TICKS) + ", such as \"1 system ready\")"};
-    const std::string line = text.substr(blank + 1);
-    if (line.find('\n') != std::string::npos)
-        return board::Fault{"'" + text + "' (expected one line; use one --at for each)"};
-    if (line.size() + 1 > board::MAX_LED_LINE)
-        return board::Fault{"'" + text + "' (expected a line of at most " +
-                            std::to_string(board::MAX_LED_LINE - 1) +
-                            " bytes: a board cuts longer ones in two)"};
-    return board::LedLine{value, line};
-}
 
 /// A board reads MAX_LED_LINE bytes per tick and cuts a line in two at that limit. `lines` are in
 /// order of their ticks.
@@ -60,30 +52,74 @@ void warnOfCuts(const std::vector<board::LedLine>& lines) {
     }
 }
 
-ordered_json toJson(const board::LedWaves& waves) {
-    ordered_json leds = ordered_json::array();
-    for (const board::LedWave& led : waves.leds)
-        leds.push_back({{"mask", led.mask}, {"wave", led.wave}});
-    return {{"ticks", waves.ticks}, {"leds", leds}};
+void warnOfLines(const board::LedWaves& waves) {
+    warnOfCuts(waves.lines);
+    for (const board::LedLine& line : waves.lines) {
+        if (line.tick >= waves.ticks)
+            complain("tick " + std::to_string(line.tick) + " is after the last one: '" + line.line +
+                     "' has no effect");
+        if (!line.row)
+            complain("'" + line.line + "' matches no row of the table and has no effect");
+    }
+}
+
+void checkWords(const Options& options, const PreviewWords& words) {
+    if (words.speed && !words.plays)
+        throw WrongCall("--speed works only with --play");
+    if (words.plays && (options.json || options.svg || options.html))
+        throw WrongCall("--play prints text (expected no --format)");
+}
+
+unsigned ticksOf(const PreviewWords& words, std::uint32_t tickMs) {
+    constexpr unsigned USUAL = 100;
+    constexpr double MS_A_SECOND = 1000;
+    if (!words.seconds)
+        return words.ticks.value_or(USUAL);
+    const double ticks = std::ceil(*words.seconds * MS_A_SECOND / std::max(tickMs, 1U));
+    if (ticks < 1 || ticks > board::MOST_PREVIEW_TICKS)
+        throw WrongCall(String::format("--for: %g seconds are %.0f ticks of %u ms (expected 1 to "
+                                       "%u)",
+                                       *words.seconds, ticks, tickMs, board::MOST_PREVIEW_TICKS)
+                            .c_str());
+    return static_cast<unsigned>(ticks);
+}
+
+/// The lines of the call and of its script, in this order.
+std::vector<board::TimedLedLine> linesOf(const PreviewWords& words) {
+    constexpr std::size_t MOST_BYTES = std::size_t{1024} * 1024;
+    std::vector<board::TimedLedLine> lines;
+    for (const std::string& text : words.lines)
+        lines.push_back(*board::parseTimedLine(text)); // the option's check has accepted it
+    if (!words.script.empty()) {
+        const std::string text = board::readFile(words.script, MOST_BYTES);
+        for (board::TimedLedLine& line : board::parseLedScript(text, words.script))
+            lines.push_back(std::move(line));
+    }
+    return lines;
 }
 
 int preview(const Options& options, const PreviewWords& words) {
-    std::vector<board::LedLine> lines;
-    for (const std::string& text : words.lines)
-        lines.push_back(*parseLine(text)); // the option's check has accepted it
+    checkWords(options, words);
+    const std::vector<board::TimedLedLine> timed = linesOf(words);
     const BoardProfile board(options);
-    const board::LedWaves waves =
-        board::previewLeds(ledTablesOf(board), words.ticks, std::move(lines));
-    warnOfCuts(waves.lines);
-    for (const board::LedLine& line : waves.lines) {
-        if (line.tick >= words.ticks)
-            complain("tick " + std::to_string(line.tick) + " is after the last one: '" + line.line +
-                     "' has no effect");
-        if (!line.namesRow)
-            complain("'" + line.line + "' matches no row of the table and has no effect");
-    }
+    const board::LedSequencerProfile& profile = ledTablesOf(board);
+    std::vector<board::LedLine> lines;
+    for (const board::TimedLedLine& line : timed)
+        lines.push_back(board::atTick(line, std::max(profile.tickMs, 1U)));
+    const unsigned ticks = ticksOf(words, profile.tickMs);
+    if (options.html && ticks > MOST_PAGE_TICKS)
+        throw WrongCall("--format html: " + std::to_string(ticks) + " ticks (expected at most " +
+                        std::to_string(MOST_PAGE_TICKS) + ": a browser can't hold more)");
+    const board::LedWaves waves = board::previewLeds(profile, ticks, std::move(lines));
+    warnOfLines(waves);
+    if (words.plays)
+        return playLeds(waves, words.speed.value_or(1));
     if (options.json)
-        printJson(toJson(waves));
+        printJson(board::toJson(waves));
+    else if (options.html)
+        std::cout << board::ledsToHtml(profile, waves,
+                                       options.sim ? "a simulated board" : //
+                                           board.profilePath());
     else
         std::cout << (options.svg ? board::ledsToSvg(waves) : board::ledsToText(waves));
     return DONE;
@@ -93,24 +129,54 @@ int preview(const Options& options, const PreviewWords& words) {
 
 void addLedsPreview(CLI::App& leds, Options& options) {
     const auto [command, words] = addCommand<PreviewWords>(
-        leds, options, "preview", "Show what the LEDs would do, as waveforms, without waiting",
+        leds, options, "preview",
+        "Show what the LEDs would do: as waveforms, a picture (svg), a page (html), or played",
         preview);
-    command.add_option("--ticks", words.ticks, "Number of ticks; default 100")
-        ->transform(decimal(1, MOST_TICKS))
-        ->option_text("1..1000000");
+    CLI::Option* const ticks =
+        command.add_option("--ticks", words.ticks, "Number of ticks; default 100")
+            ->transform(decimal(1, board::MOST_PREVIEW_TICKS))
+            ->option_text("1..1000000");
+    command.add_option("--for", words.seconds, "The same in seconds, rounded up")
+        ->check(seconds())
+        ->excludes(ticks)
+        ->option_text("SECONDS");
     command
         .add_option("--at", words.lines,
-                    "Pass LINE to the sequencer just before that tick's output; may be repeated")
+                    "Pass LINE to the sequencer just before the output of that tick, or of the "
+                    "first tick at that time (2.5s, 300ms) or later; may be repeated")
         ->allow_extra_args(false)
         ->check(CLI::Validator(
             [](const std::string& text) {
-                const auto line = parseLine(text);
+                const auto line = board::parseTimedLine(text);
                 return line ? std::string() : line.fault();
             },
             ""))
-        ->option_text("\"TICK LINE\"");
+        ->option_text("\"TICK|TIME LINE\"");
+    command
+        .add_option("--script", words.script,
+                    "Pass the lines of FILE, each with a tick or a time before it; lines that "
+                    "begin with # are comments")
+        ->check(notEmpty())
+        ->type_name("FILE");
+    command.add_flag("--play", words.plays,
+                     "Play in real time: live on one line of a terminal, otherwise each change");
+    command
+        .add_option("--speed", words.speed,
+                    "How much faster --play is than the board, 0.01 to 1000; default 1")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                double value = 0;
+                return CLI::detail::lexical_cast(text, value) && value >= SLOWEST_PLAY &&
+                               value <= FASTEST_PLAY
+                           ? std::string()
+                           : "'" + text + "' (expected a number, 0.01 to 1000)";
+            },
+            ""))
+        ->option_text("FACTOR");
     addExamples(command, {"leds preview --at \"3 search start\" --at \"40 search stop\"",
-                          "leds preview --ticks 60 --at \"1 line ring\" --format svg >ring.svg"});
+                          "leds preview --ticks 60 --at \"1 line ring\" --format svg >ring.svg",
+                          "leds preview --for 20 --script demo.leds --format html >demo.html",
+                          "leds preview --at \"0.5s line ring\" --play --speed 2"});
 }
 
 } // namespace boardctl

@@ -1,4 +1,4 @@
-#include "leds/LedPreview.h"
+#include "leds/preview/LedPreview.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ TEST(LedPreview, ShowsEachLedTickByTickInTheOrderOfTheMasks) {
     for (const board::LedWave& led : waves.leds)
         shown += std::to_string(led.mask) + " " + led.name + " " + led.wave + "\n";
     for (const board::LedLine& line : waves.lines)
-        shown += line.line + (line.namesRow ? "\n" : " (names no row)\n");
+        shown += line.line + (line.row ? "\n" : " (names no row)\n");
     EXPECT_EQ(shown, "1 one 0110000000000000000000000000000000\n"
                      "3 pair 0110000000000000000000000000001000\n"
                      "2147483648 high 0110000000000000000000000000000010\n"

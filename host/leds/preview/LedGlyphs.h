@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+
+#include "leds/preview/LedPreview.h"
+#include "leds/preview/Svg.h"
+
+namespace board {
+
+/// A stretch of the picture: from where to where, how wide a tick is, and on which line it stands.
+struct LedStretch {
+    double left, right;
+    double tick;
+    double ground;
+};
+
+/// Height of the mark of a lit LED.
+constexpr double LAMP_HEIGHT = 18;
+
+/// A color for the marks of an LED: as dark as text, so that they are told from white in gray.
+const char* inkOf(LedColor color);
+/// The color of the light itself.
+const char* glowOf(LedColor color);
+
+/// The definition of the hatching in `ink`, which timed marks are filled with.
+std::string hatchingIn(const std::string& ink);
+
+/// Draws what `drive` shows in `stretch`. `wave` has a character for each of its ticks, '1' for
+/// lit. Each kind of light has a shape of its own, and what is timed is hatched in a frame, so that
+/// they are told apart without colors.
+void drawLight(Svg& svg, const LedDrive& drive, const std::string& wave, const LedStretch& stretch,
+               const std::string& ink);
+
+/// Draws a strip below the ground of `stretch` for the light that something else hides.
+void drawHidden(Svg& svg, LedLight light, const LedStretch& stretch, const std::string& ink);
+
+/// What `drive` is, for people: "blinks for a time".
+std::string lightText(const LedDrive& drive);
+
+} // namespace board

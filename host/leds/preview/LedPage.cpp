@@ -1,0 +1,112 @@
+#include "leds/preview/LedPage.h"
+
+#include <algorithm>
+
+#include "base/Text.h"
+#include "leds/preview/LedGlyphs.h"
+#include "leds/preview/LedJson.h"
+#include "leds/preview/LedStateSpace.h"
+#include "leds/preview/LedSubtable.h"
+#include "leds/preview/LedText.h"
+#include "leds/preview/PageParts.h"
+#include "leds/preview/Svg.h"
+#include "profile/LedActions.h"
+
+namespace board {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+ordered_json rowJson(const LedSequencerProfile::Command& row, bool isReachable) {
+    ordered_json action = static_cast<std::int32_t>(row.action);
+    for (const auto& [word, number] : LED_ACTIONS)
+        if (number == row.action)
+            action = word;
+    return {{"line", wordsOf(row)},     {"place", row.place},      {"mask", row.mask},
+            {"action", action},         {"group", row.group},      {"time_ms", row.timeMs},
+            {"default", row.isDefault}, {"reachable", isReachable}};
+}
+
+/// The index of `item` in `list`, where it is added if it is missing.
+std::size_t indexIn(ordered_json& list, const ordered_json& item) {
+    const auto found = std::find(list.begin(), list.end(), item);
+    const auto index = static_cast<std::size_t>(found - list.begin());
+    if (found == list.end())
+        list.push_back(item);
+    return index;
+}
+
+ordered_json machineJson(const LedMachine& machine, ordered_json& looks) {
+    std::string lit;
+    ordered_json look = ordered_json::array(), next = ordered_json::array();
+    for (std::size_t input = 0; input <= machine.rows.size(); ++input)
+        next.push_back(ordered_json::array());
+    for (const LedMachine::State& state : machine.states) {
+        lit += static_cast<char>('0' + (state.isLitInDark ? 1 : 0) + (state.isLitInLight ? 2 : 0));
+        for (std::size_t input = 0; input < state.next.size(); ++input)
+            next[input].push_back(state.next[input] == LedMachine::NOT_LISTED
+                                      ? ordered_json(-1)
+                                      : ordered_json(state.next[input]));
+        if (state.drive)
+            look.push_back(indexIn(looks, {state.drive->row, lightWord(state.drive->light),
+                                           state.drive->isTimed, lightWord(state.hidden)}));
+        else
+            look.push_back(-1);
+    }
+    return {
+        {"rows", machine.rows}, {"lit", lit}, {"look", look}, {"next", next}, {"run", machine.run}};
+}
+
+/// Replaces `name` in the page by `content`. The parts come last to first, so that no content is
+/// searched for names.
+void fill(std::string& page, const std::string& name, const std::string& content) {
+    page.replace(page.find(name), name.size(), content);
+}
+
+} // namespace
+
+std::string pageData(const LedSequencerProfile& profile, const LedWaves& given) {
+    const LedWaves waves = printableWaves(given);
+    ordered_json data = {{"preview", toJson(waves)}};
+    for (std::size_t i = 0; i < waves.leds.size(); ++i) {
+        data["preview"]["leds"][i]["ink"] = inkOf(waves.leds[i].color);
+        data["preview"]["leds"][i]["glow"] = glowOf(waves.leds[i].color);
+    }
+    const std::vector<bool> isReachable = reachableRows(profile);
+    data["rows"] = ordered_json::array();
+    for (std::size_t i = 0; i < waves.rows.size(); ++i)
+        data["rows"].push_back(rowJson(waves.rows[i], isReachable[i]));
+    data["blink"] = blinkPhases(profile);
+    data["repeat"] = BLINK_PERIOD;
+    data["most"] = MOST_LED_STATES;
+    ordered_json looks = ordered_json::array();
+    data["machines"] = nullptr;
+    if (const auto machines = exploreLeds(profile, given)) {
+        data["machines"] = ordered_json::array();
+        for (const LedMachine& machine : *machines)
+            data["machines"].push_back(machineJson(machine, looks));
+    }
+    data["looks"] = std::move(looks);
+    const std::string text = data.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+    std::string safe; // nothing in it can end the element that holds it
+    for (const char c : text)
+        if (c == '<')
+            safe += "\\u003c";
+        else
+            safe += c;
+    return safe;
+}
+
+std::string ledsToHtml(const LedSequencerProfile& profile, const LedWaves& waves,
+                       const std::string& title) {
+    std::string page = PAGE_HTML;
+    fill(page, "{{script}}", PAGE_SCRIPT);
+    fill(page, "{{data}}", pageData(profile, waves));
+    fill(page, "{{heading}}", xmlText(printable(title)));
+    fill(page, "{{style}}", PAGE_STYLE);
+    fill(page, "{{title}}", xmlText(printable(title)));
+    return page;
+}
+
+} // namespace board

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "leds/preview/LedPreview.h"
+
+namespace board {
+
+/// A page for a browser that plays `waves`, a preview of `profile`, and from there whatever its
+/// reader's choice of rows makes the sequencer show (see exploreLeds). One file that refers to
+/// nothing outside. `title` names the board.
+std::string ledsToHtml(const LedSequencerProfile& profile, const LedWaves& waves,
+                       const std::string& title);
+
+/// What the page knows, as JSON: {"preview", see LedJson.h; "rows"; "blink", see blinkPhases;
+/// "repeat", its period; "looks", what a state may look like: row, light, whether it is timed,
+/// light that it hides; "most", the limit of states; "machines", null beyond it}.
+///
+/// A machine belongs to the LED with the same index. It has "rows", "look" (for each state an index
+/// in "looks", or -1), "lit" (a digit for each state: 1 if it is lit while what blinks is dark,
+/// plus 2 if it is lit while what blinks is lit), "next" (for no line and for each of the rows: the
+/// following state of each state, or -1) and "run" (the state in each tick of the preview).
+std::string pageData(const LedSequencerProfile& profile, const LedWaves& waves);
+
+} // namespace board

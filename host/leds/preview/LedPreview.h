@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "profile/Profile.h"
+
+namespace board {
+
+/// A command line of a preview, handed to the sequencer just before the output of a tick.
+struct LedLine {
+    unsigned tick; ///< 1 or more: the default rows run before tick 0
+    std::string line;
+    /// Set by `previewLeds`: the index of the row that the line names; empty if there is none.
+    std::optional<std::size_t> row = {};
+};
+
+/// How a row lights an LED.
+enum class LedLight : std::uint8_t {
+    NONE,   ///< not at all: the row has ended what the LED showed
+    STEADY, ///< lit all the time
+    BLINK,  ///< follows the blink pattern
+    FLASH,  ///< lit for one tick
+    ROLL,   ///< lit when its turn comes
+};
+
+/// What drives an LED: a row, and how.
+struct LedDrive {
+    std::size_t row = 0; ///< index in the table
+    LedLight light = LedLight::NONE;
+    bool isTimed = false; ///< ends by itself, and the LED shows again what it showed before
+
+    friend bool operator==(const LedDrive& a, const LedDrive& b) {
+        return a.row == b.row && a.light == b.light && a.isTimed == b.isTimed;
+    }
+};
+
+/// Some ticks in which one run of a row drives an LED.
+struct LedSegment {
+    unsigned begin, end; ///< ticks; `end` is the first one after it
+    LedDrive drive;
+    std::vector<LedDrive> covers; ///< what else held the LED at some time, without repetitions
+};
+
+/// What one LED shows: character k is '1' if it is lit in tick k, else '0'.
+struct LedWave {
+    std::uint32_t mask;
+    std::string name;
+    std::string wave;
+    LedColor color = LedColor::UNKNOWN;
+    /// In order, without overlaps. In a tick without a segment nothing has driven the LED yet.
+    std::vector<LedSegment> segments = {};
+};
+
+/// What the LEDs of a board would show.
+struct LedWaves {
+    unsigned ticks;
+    std::uint32_t tickMs;
+    std::vector<LedWave> leds;                           ///< in ascending order of their masks
+    std::vector<LedLine> lines;                          ///< in order of their ticks
+    std::vector<LedSequencerProfile::Command> rows = {}; ///< the table
+};
+
+/// Runs the real sequencer with the tables of `profile` for `ticks` ticks, without waiting and
+/// without its pipe and files. Throws Error for a tick period that the sequencer rejects.
+LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
+                     std::vector<LedLine> lines);
+
+/// The line that names `row`, with its number: "line ring 0".
+std::string wordsOf(const LedSequencerProfile::Command& row);
+
+} // namespace board

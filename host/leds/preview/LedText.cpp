@@ -1,0 +1,103 @@
+#include "leds/preview/LedText.h"
+
+#include <algorithm>
+
+#include "base/Text.h"
+
+namespace board {
+
+namespace {
+
+std::string padded(std::string text, std::size_t width) {
+    const std::size_t columns = columnsOf(text);
+    if (columns < width)
+        text.append(width - columns, ' ');
+    return text;
+}
+
+std::string timeText(const LedWaves& waves, unsigned tick) {
+    return "tick " + std::to_string(tick) + ", " +
+           std::to_string(std::uint64_t{tick} * waves.tickMs) + " ms:";
+}
+
+constexpr unsigned TICKS_A_PIECE = 60;
+
+/// A ruler with a number every ten ticks.
+std::string ruler(unsigned begin, unsigned end, std::uint64_t unit) {
+    std::string line;
+    for (unsigned tick = begin; tick < end; tick += 10)
+        line = padded(line, tick - begin) + (line.size() > tick - begin ? " " : "") +
+               std::to_string(tick * unit);
+    return line;
+}
+
+std::string piece(const LedWaves& waves, unsigned begin, unsigned end) {
+    const std::size_t width = std::max<std::size_t>(longestName(waves), 4) + 2;
+    std::string text = padded("tick", width) + ruler(begin, end, 1) + "\n" + padded("ms", width) +
+                       ruler(begin, end, waves.tickMs) + "\n";
+    std::string marks, list;
+    for (const LedLine& line : waves.lines)
+        if (line.tick >= begin && line.tick < end) {
+            marks = padded(marks, line.tick - begin).substr(0, line.tick - begin) + "v";
+            list += "  v " + lineText(waves, line) + "\n";
+        }
+    if (!marks.empty())
+        text += padded("", width) + marks + "\n";
+    for (const LedWave& led : waves.leds) {
+        std::string row = led.wave.substr(begin, end - begin);
+        std::replace(row.begin(), row.end(), '1', '#');
+        std::replace(row.begin(), row.end(), '0', '.');
+        text += padded(led.name, width) + row + "\n";
+    }
+    return text + list;
+}
+
+} // namespace
+
+std::size_t longestName(const LedWaves& waves) {
+    std::size_t length = 0;
+    for (const LedWave& led : waves.leds)
+        length = std::max(length, columnsOf(led.name));
+    return length;
+}
+
+LedWaves printableWaves(LedWaves waves) {
+    for (LedWave& led : waves.leds)
+        led.name = printable(led.name);
+    for (LedLine& line : waves.lines)
+        line.line = printable(line.line);
+    for (LedSequencerProfile::Command& row : waves.rows)
+        for (std::string* const text : {&row.word1, &row.word2, &row.place})
+            *text = printable(*text);
+    return waves;
+}
+
+std::string ledsToText(const LedWaves& given) {
+    const LedWaves waves = printableWaves(given);
+    std::string text;
+    for (unsigned begin = 0; begin < waves.ticks; begin += TICKS_A_PIECE)
+        text +=
+            (begin ? "\n" : "") + piece(waves, begin, std::min(waves.ticks, begin + TICKS_A_PIECE));
+    return text;
+}
+
+std::string lineText(const LedWaves& waves, const LedLine& line) {
+    return timeText(waves, line.tick) + " " + printable(line.line);
+}
+
+std::string momentText(const LedWaves& waves, unsigned tick) {
+    std::string text = timeText(waves, tick);
+    for (const LedWave& led : waves.leds) {
+        text += led.wave[tick] == '1' ? " [#] " : " [ ] ";
+        text += printable(led.name);
+    }
+    return text;
+}
+
+bool isChange(const LedWaves& waves, unsigned tick) {
+    return tick == 0 || std::any_of(waves.leds.begin(), waves.leds.end(), [&](const LedWave& led) {
+               return led.wave[tick] != led.wave[tick - 1];
+           });
+}
+
+} // namespace board

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+#include "leds/preview/LedPreview.h"
+
+namespace board {
+
+/// The waves as text: one row of marks per LED below a ruler in ticks and milliseconds, in sections
+/// that fit on a terminal. Control characters in names and command lines become escapes.
+std::string ledsToText(const LedWaves& waves);
+
+/// One tick on one line: "tick 4, 400 ms: [#] power [ ] line".
+std::string momentText(const LedWaves& waves, unsigned tick);
+
+/// A line when it is handled: "tick 4, 400 ms: line ring".
+std::string lineText(const LedWaves& waves, const LedLine& line);
+
+/// Whether an LED changes in `tick`. True for the first one.
+bool isChange(const LedWaves& waves, unsigned tick);
+
+/// The waves with texts that a terminal and an XML parser can show.
+LedWaves printableWaves(LedWaves waves);
+
+/// How many columns the longest name of an LED takes.
+std::size_t longestName(const LedWaves& waves);
+
+} // namespace board

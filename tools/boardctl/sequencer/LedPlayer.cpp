@@ -1,0 +1,81 @@
+#include "sequencer/LedPlayer.h"
+
+#include <iostream>
+#include <string>
+
+#include <unistd.h>
+
+#include "base/Text.h"
+#include "leds/preview/LedText.h"
+#include "output/Messages.h"
+#include "output/Panel.h"
+#include "program/Options.h"
+#include "program/StopSignals.h"
+
+namespace boardctl {
+
+namespace {
+
+class LedPlayer {
+public:
+    explicit LedPlayer(const board::LedWaves& waves)
+        : m_waves(waves), m_next(waves.lines.begin()), m_hasPanel(Panel::isPossible()) {}
+
+    /// Prints the lines of `tick` and what the LEDs show in it. False if nobody can read it.
+    bool show(unsigned tick) {
+        const auto first = m_next;
+        while (m_next != m_waves.lines.end() && m_next->tick <= tick)
+            ++m_next;
+        const bool hasLines = first != m_next;
+        if (!m_hasPanel && !hasLines && !board::isChange(m_waves, tick))
+            return true;
+        if (!StopSignals::waitWritable(STDOUT_FILENO))
+            return false;
+        if (hasLines)
+            m_panel.clear();
+        for (auto line = first; line != m_next; ++line)
+            std::cout << board::lineText(m_waves, *line) << "\n";
+        if (m_hasPanel)
+            drawPanel(tick);
+        else if (board::isChange(m_waves, tick))
+            std::cout << board::momentText(m_waves, tick) << "\n";
+        return flushOutput();
+    }
+
+    void end() {
+        if (StopSignals::isWritable(STDOUT_FILENO))
+            m_panel.clear();
+    }
+
+private:
+    void drawPanel(unsigned tick) {
+        std::vector<board::LedStates::State> states;
+        for (const board::LedWave& led : m_waves.leds)
+            states.push_back({led.name, led.wave[tick] == '1'});
+        m_panel.draw(states);
+    }
+
+    const board::LedWaves& m_waves;
+    std::vector<board::LedLine>::const_iterator m_next;
+    const bool m_hasPanel;
+    Panel m_panel;
+};
+
+} // namespace
+
+int playLeds(const board::LedWaves& waves, double speed) {
+    constexpr double MS_A_SECOND = 1000;
+    LedPlayer player(waves);
+    const auto begin = StopSignals::Clock::now();
+    const double tick = waves.tickMs / MS_A_SECOND / speed;
+    bool isReadable = true, isEnded = false;
+    for (unsigned i = 0; i < waves.ticks && isReadable && !isEnded; ++i) {
+        isReadable = player.show(i);
+        // Each tick has its own end, so that late ones do not add up.
+        isEnded = StopSignals::waitUntil(begin + StopSignals::spanOf(tick * (i + 1)));
+    }
+    player.end();
+    return isReadable || StopSignals::isAsked() ? DONE : FAILED;
+}
+
+} // namespace boardctl
