@@ -258,12 +258,14 @@ bool LineFile::holds(const std::string& line) const {
     std::string window = "\n"; // what may be the start of the line, then what follows
     std::vector<char> bytes(std::size_t{64} * 1024);
     off_t position = 0;
+    if (kindOf(m_file) != FileKind::REGULAR) // a device may have no end
+        return false;
     while (window.find(wanted) == std::string::npos) {
         window.erase(0, window.size() - std::min(window.size(), wanted.size()));
         const ssize_t size = tryReadAt(m_file, bytes.data(), bytes.size(), position);
-        if (size < 0 && errno != ESPIPE)
+        if (size < 0)
             failWith(m_path, "can't read", errno);
-        if (size <= 0)
+        if (size == 0)
             return false;
         window.append(bytes.data(), static_cast<std::size_t>(size));
         position += size;

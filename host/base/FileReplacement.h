@@ -61,8 +61,8 @@ public:
     /// new one still begins on its own line. Throws Error on failure.
     void append(const std::string& line) const;
 
-    /// Whether the file has exactly this line; false if it is a pipe. Throws Error if it can't be
-    /// read.
+    /// Whether the file has exactly this line; false for pipes and devices, which are not read.
+    /// Throws Error if it can't be read.
     bool holds(const std::string& line) const;
 
 private:

@@ -91,3 +91,15 @@ TEST(FileReplacement, WritesADeviceThatCanNotSeekAndReportsWhatItDoesNotAccept) 
     ::close(keptOpen);
     ::close(terminal);
 }
+
+TEST(LineFile, FindsAWholeLineInAFileAndReadsNoDevice) {
+    const TempDir dir;
+    const std::string line(70000, 'x');
+    dir.write("log", "a\n" + line + "y\n" + line + "\ncut off");
+    const board::LineFile file(dir.path("log"));
+    EXPECT_TRUE(file.holds("a"));
+    EXPECT_TRUE(file.holds(line));
+    EXPECT_FALSE(file.holds("x"));
+    EXPECT_FALSE(file.holds("cut off"));
+    EXPECT_FALSE(board::LineFile("/dev/zero").holds("a"));
+}
