@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
+#include <charconv>
 #include <limits>
 #include <string_view>
 
@@ -46,19 +45,18 @@ Fault wrongValue(const std::string& path, const std::string& text, const std::st
 Result<std::int32_t> parse(const std::string& path, const std::string& text, const Range& range) {
     const std::string span = std::to_string(range.minimum) + " to " + std::to_string(range.maximum);
     const std::string unit = range.unit;
-    const char* const digits = [&] {
-        const char* const start = text.c_str() + std::strspn(text.c_str(), BLANKS);
-        return start + (*start == '-' || *start == '+' ? 1 : 0);
-    }();
-    const std::size_t count = std::strspn(digits, "0123456789");
-    const std::size_t end = static_cast<std::size_t>(digits - text.c_str()) + count;
-    if (count == 0 || text.find_first_not_of(AFTER_A_NUMBER, end) != std::string::npos)
+    const std::size_t start = std::min(text.find_first_not_of(BLANKS), text.size());
+    const bool hasPlus = text.compare(start, 1, "+") == 0;
+    const std::size_t digits = start + (hasPlus || text.compare(start, 1, "-") == 0 ? 1 : 0);
+    const std::size_t end = std::min(text.find_first_not_of("0123456789", digits), text.size());
+    if (end == digits || text.find_first_not_of(AFTER_A_NUMBER, end) != std::string::npos)
         return wrongValue(path, text,
                           unit.empty() ? "a number from " + span : "a number of " + unit);
     if (end > range.width)
         return wrongValue(path, text,
                           "a number of at most " + std::to_string(range.width) + " characters");
-    const long long number = std::strtoll(text.c_str(), nullptr, 10);
+    long long number = 0; // has room for a number of range.width characters
+    std::from_chars(text.data() + (hasPlus ? digits : start), text.data() + end, number);
     if (number < range.minimum || number > range.maximum)
         return wrongValue(path, text, span + (unit.empty() ? "" : " " + unit));
     return static_cast<std::int32_t>(number);

@@ -10,7 +10,7 @@
 namespace board {
 
 String DriverConnection::endpointOf(const DeviceProfile& entry) {
-    return String::format("kernel.%s", entry.name.c_str());
+    return String("kernel.").concat(String(entry.name.c_str()));
 }
 
 DriverConnection::DriverConnection(const DeviceProfile& entry, CKernelDriver* driver,
