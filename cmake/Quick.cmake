@@ -1,7 +1,7 @@
-# Tests, boardctl and host are most of the tree and include the heaviest headers, so optimizing them
-# takes most of a build. board_quick() makes the targets of the calling folder compile faster in
-# RelWithDebInfo, the build type of ./dev check. RelWithDebInfo still optimizes the library and the
-# framework, and Release builds optimize everything.
+# The tests, boardctl and the host are most of the tree and include the heaviest headers, so
+# optimizing them takes most of a build. board_quick() makes the targets of the calling folder
+# compile faster in RelWithDebInfo, the build type of ./dev check. RelWithDebInfo still optimizes
+# the library and the framework, and Release builds optimize everything.
 function(board_quick)
     if(BOARD_SANITIZE)
         # Optimization would remove memory accesses that the sanitizers check. clang++ prints the

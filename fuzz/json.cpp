@@ -1,7 +1,7 @@
 // Reads arbitrary text as JSON tags: the result is either an Error, or tags that survive being
 // built into an image and dumped. Then derives tags from the same bytes and writes them as JSON,
 // with or without a mistake: the text must be accepted exactly if it has no mistake. Entries after
-// the terminator are one, unless the reader is told to keep them.
+// the terminator are a mistake, unless the reader is told to keep them.
 
 #include <algorithm>
 #include <cstdint>

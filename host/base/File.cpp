@@ -248,7 +248,7 @@ void expectWritable(const std::string& path) {
     if (kindOf(path) == FileKind::FOLDER)
         failWith(path, WHAT, EISDIR);
     struct stat status {};
-    // In the kernel's device tree, nobody may write to such a file, not even root.
+    // In sysfs, nobody may write to such a file, not even root.
     if (isDevice(path) && ::stat(path.c_str(), &status) == 0 && (status.st_mode & WRITE) == 0)
         failWith(path, WHAT, EACCES);
 }

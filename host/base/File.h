@@ -45,7 +45,7 @@ off_t trySize(const FileDescriptor& file);
 /// The size that the file system states, without opening the file; -1 on failure.
 off_t trySize(const std::string& path);
 
-/// True for block devices and for files of the kernel's device tree (sysfs), such as an EEPROM. A
+/// True for block devices and for files of the kernel's sysfs, such as an EEPROM. A
 /// sysfs file looks like an ordinary one, but a new file can't take its place. False if the file
 /// can't be examined.
 bool isDevice(const std::string& path);

@@ -23,8 +23,8 @@ struct BoardFinding {
 
 /// Looks whether a host could use the devices that a profile names: whether they exist, are the
 /// right kind of file, can be read, hold a value that devices of their kind can have, and may be
-/// written if a host writes to them. Doubtful rows of LED tables are left out: `checkLeds` lists
-/// them. Nothing is written or opened for writing.
+/// written if a host writes to them. What is only doubtful about LED tables and their files is left
+/// out. Nothing is written or opened for writing.
 class BoardCheck {
 public:
     explicit BoardCheck(DeviceLocator locator = DeviceLocator()) : m_locator(std::move(locator)) {}

@@ -46,7 +46,7 @@ public:
     /// Where services put their events.
     EventQueue& events() { return m_queue; }
 
-    /// Where others add descriptors that the loop shall serve, also from an action of the loop.
+    /// Where others add descriptors for the loop to serve. An action of the loop may do so too.
     Poller& poller() { return m_poller; }
 
     /// Calls `action` every `period`, first when one has passed. If the loop is late, it skips what

@@ -5,7 +5,7 @@
 
 #include "base/Result.h"
 
-/// Reading the kernel's device tree, in which a folder is a device and a file is one of its values.
+/// Reading sysfs, in which a folder is a device and a file is one of its values.
 namespace board {
 
 /// The names in a folder, with the numbers in them in numeric order: "pwm2" is before "pwm10". None

@@ -10,7 +10,7 @@ namespace board {
 /// Finds devices by name, because the kernel may number them differently at each boot.
 class DeviceLocator {
 public:
-    /// `sysfs` is where the kernel's device tree is mounted. Tests pass another folder.
+    /// `sysfs` is where the kernel's sysfs is mounted. Tests pass another folder.
     explicit DeviceLocator(std::string sysfs = "/sys") : m_sysfs(std::move(sysfs)) {}
 
     /// The path that `device` stands for:

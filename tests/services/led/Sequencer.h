@@ -14,7 +14,7 @@ using Row = LedCtrl::CmdDef;
 
 enum { ON, OFF, BLINK, FLASH, UP, DOWN, STOP, DEFAULTS };
 
-/// The engine without its thread, ticked by hand.
+/// The sequencer without its thread, ticked by hand.
 class Sequencer : public LedCtrl {
 public:
     explicit Sequencer(const std::vector<Row>& rows, const std::vector<FileNameMap>& files = {},

@@ -155,7 +155,7 @@ no hardware monitors, LEDs, EEPROMs or keys in empty
 $ boardctl probe --sysfs empty --toml >none.toml; boardctl check --board none.toml
 none.toml: nothing wrong found
 $ boardctl probe --sysfs gone
-! boardctl: gone: is not a folder (expected the kernel's device tree)
+! boardctl: gone: is not a folder (expected the root of sysfs)
 [1]
 $ wrong probe --toml --format json
 boardctl: --toml and --format json are two formats (expected one of them)

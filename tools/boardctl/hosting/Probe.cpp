@@ -231,7 +231,7 @@ int probe(const Options& options, const ProbeWords& words) {
         throw WrongCall("--toml and --format json are two formats (expected one of them)");
     std::error_code error;
     if (!std::filesystem::is_directory(words.sysfs, error))
-        throw board::Error(words.sysfs + ": is not a folder (expected the kernel's device tree)");
+        throw board::Error(words.sysfs + ": is not a folder (expected the root of sysfs)");
     if (words.toml) {
         std::cout << board::starterProfile(board::DeviceLocator(words.sysfs));
         return DONE;

@@ -8,9 +8,9 @@
 
 namespace boardctl {
 
-/// Adds the option that names the root of the kernel's device tree to a command.
+/// Adds the option that names the root of sysfs to a command.
 inline void addSysfsOption(CLI::App& command, std::string& sysfs) {
-    command.add_option("--sysfs", sysfs, "Where the kernel's device tree is mounted; default /sys")
+    command.add_option("--sysfs", sysfs, "Where sysfs is mounted; default /sys")
         ->check(notEmpty())
         ->type_name("DIR");
 }
