@@ -10,7 +10,7 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 export GTEST_BRIEF=1
 # If no descriptor is left, the kernel lets a connection wait; valgrind accepts and closes it. The
-# test of 300 tables would take minutes; the address sanitizer runs it.
+# test of random LED tables would take minutes; the address sanitizer runs it with fewer tables.
 export GTEST_FILTER='-StatusServerTest.WaitsWithoutSpinningIfNoDescriptorIsLeft:LedPage.Agrees*'
 
 # watched COMMAND...: becomes the command under valgrind. Fails if valgrind finds something.
