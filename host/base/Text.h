@@ -7,7 +7,7 @@
 namespace board {
 
 /// Makes text from files or users safe for a terminal or a message, on one line: each byte of a
-/// control character, a line separator or invalid UTF-8 becomes an escape such as "\x1b".
+/// control or direction character, line separator or invalid UTF-8 becomes an escape: "\x1b".
 std::string printable(const std::string& text);
 
 /// The columns that UTF-8 text occupies on a screen, counting one per character.

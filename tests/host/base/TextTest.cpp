@@ -17,6 +17,12 @@ TEST(Text, IsPrintableIfItIsWholeUtf8WithoutControlCharacters) {
         {"\xF5\x80\x80\x80", "\\xf5\\x80\\x80\\x80"},                   // never the first byte
         {"\xC3", "\\xc3"},                                              // cut off
         {"\xC3z\x80", "\\xc3z\\x80"},                                   // interrupted
+        // Characters that set the text's direction, and their neighbors
+        {"\u202A\u202E\u2066\u2069",
+         "\\xe2\\x80\\xaa\\xe2\\x80\\xae\\xe2\\x81\\xa6\\xe2\\x81\\xa9"},
+        {"\u061C\u200E\u200F", "\\xd8\\x9c\\xe2\\x80\\x8e\\xe2\\x80\\x8f"},
+        {"\u061B\u061D\u200D\u2010\u202F\u2065\u206A",
+         "\u061B\u061D\u200D\u2010\u202F\u2065\u206A"},
     };
     for (const auto& [text, shown] : CASES)
         EXPECT_EQ(board::printable(text), shown);
