@@ -8,6 +8,7 @@
 #include "descriptor/DescriptorSource.h"
 #include "devices/DeviceFile.h"
 #include "devices/DeviceValue.h"
+#include "leds/LedRow.h"
 #include "leds/check/LedCheck.h"
 #include "leds/check/LedDeviceCheck.h"
 

@@ -5,6 +5,7 @@
 
 #include "base/Error.h"
 #include "base/Text.h"
+#include "leds/LedRow.h"
 
 namespace board {
 
@@ -18,23 +19,16 @@ std::string ledNameOf(const std::string& path) {
     return path.rfind(CLASS, 0) == 0 ? path.substr(sizeof CLASS - 1) : name;
 }
 
-namespace {
-
-/// Where the kernel will show an LED that a profile names and that does not exist yet; empty for
-/// anything else.
-std::string futurePathOf(const std::string& device, const DeviceLocator& locator) {
+std::string kernelFileOf(const std::string& device, const DeviceLocator& locator) {
     constexpr std::string_view CLASS = "led:";
     if (device.rfind(CLASS, 0) != 0 || device.find('/') != std::string::npos)
         return "";
     return locator.sysfs() + "/class/leds/" + device.substr(CLASS.size()) + "/brightness";
 }
 
-} // namespace
-
 LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& locator) {
-    for (const LedSequencerProfile::Command& row : profile.commands)
-        m_commands.push_back({row.word1.c_str(), row.word2.c_str(), row.number, row.mask,
-                              row.action, row.group, row.timeMs, row.isDefault});
+    for (const LedRow& row : profile.commands)
+        m_commands.push_back(definitionOf(row));
     std::map<std::uint32_t, Led> leds;
     for (const LedSequencerProfile::File& file : profile.files) {
         Led led{static_cast<std::uint32_t>(file.mask), ledNameOf(file.path.path), "", file.on};
@@ -47,7 +41,7 @@ LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& loca
         } catch (const Error& error) {
             led.fault = error.what();
             if (profile.access == LedCtrl::ACCESS_FILES) // otherwise nobody picks the file up
-                led.path = futurePathOf(file.path.path, locator);
+                led.path = kernelFileOf(file.path.path, locator);
             if (led.path.empty())
                 m_faults.push_back(led.fault);
         }

@@ -50,4 +50,8 @@ private:
 /// An LED's name for people: its file's name, or its folder's name if the file is "brightness".
 std::string ledNameOf(const std::string& path);
 
+/// The brightness file of the LED that `device` names as "led:NAME", whether or not it exists.
+/// Empty for any other device.
+std::string kernelFileOf(const std::string& device, const DeviceLocator& locator = DeviceLocator());
+
 } // namespace board

@@ -4,38 +4,18 @@
 #include <iterator>
 #include <map>
 
+#include "leds/LedRow.h"
+
 namespace board {
 
 namespace {
 
 constexpr std::size_t MOST_ACTIONS = 256;
 
-bool isRoll(std::int32_t action) {
-    return action == LedCtrl::ACTION_ROLL_UP || action == LedCtrl::ACTION_ROLL_DOWN;
-}
-
-bool isStatic(const LedCtrl::CmdDef& row) {
-    return (row.action == LedCtrl::ACTION_ON || row.action == LedCtrl::ACTION_BLINK) &&
-           row.timeMs == 0;
-}
-
-bool startsAction(const LedCtrl::CmdDef& row) {
-    return isRoll(row.action) ||
-           ((row.action == LedCtrl::ACTION_ON || row.action == LedCtrl::ACTION_BLINK) &&
-            row.timeMs != 0);
-}
-
-template <class Act>
-void forEachLed(std::uint32_t mask, Act act) {
-    for (unsigned led = 0; led < 32; ++led)
-        if ((mask >> led & 1U) != 0)
-            act(led);
-}
-
 /// What `action` showed in the last tick.
 std::uint32_t shownBy(const LedCtrl::ActionDesc& action, bool isBlinkLit) {
     const std::uint32_t mask = action.cmd->ledMask;
-    if (isRoll(action.cmd->action))
+    if (isRoll(*action.cmd))
         return action.rollBit & mask;
     return action.cmd->action == LedCtrl::ACTION_ON || isBlinkLit ? mask : 0;
 }
@@ -60,13 +40,13 @@ void LedTrace::onRun(const LedCtrl::CmdDef& row, const Run& run, const Masks& be
     // What the group's former row held is ended by this one.
     std::uint32_t touched =
         (before.steady ^ after.steadyMask) | (before.blinking ^ after.blinkMask);
-    if (isStatic(row) || row.action == LedCtrl::ACTION_OFF)
+    if (changesState(row))
         touched |= row.ledMask;
     attribute(touched, run);
     if (row.action == LedCtrl::ACTION_FLASH)
         forEachLed(row.ledMask, [&](unsigned led) { m_flash[led] = run; });
     follow(after, startsAction(row) ? &run : nullptr);
-    if (row.group <= 0 || !(isStatic(row) || startsAction(row)))
+    if (!leadsGroup(row))
         return;
     const auto known = std::find_if(m_groups.begin(), m_groups.end(),
                                     [&](const Group& group) { return group.number == row.group; });
@@ -143,11 +123,9 @@ std::vector<LedExplanation> LedTrace::explain(const LedSequencerProfile& profile
     for (const Led& led : leds) {
         LedExplanation explanation{led.name, led.mask, (m_output & led.mask) != 0, false, {}, {}};
         for (const Found& found : holdersOf(led.mask)) {
-            const LedSequencerProfile::Command& row = profile.commands[found.run->row];
-            LedCause cause{
-                *found.run,      row.word1 + " " + row.word2 + " " + std::to_string(row.number),
-                row.place,       row.action,
-                found.ticksLeft, found.isShown};
+            const LedRow& row = profile.commands[found.run->row];
+            LedCause cause{*found.run, lineOf(row),     row.place,
+                           row.action, found.ticksLeft, found.isShown};
             if (explanation.driver)
                 explanation.covers.push_back(std::move(cause));
             else {
@@ -188,7 +166,7 @@ std::vector<std::pair<LedTrace::Run, LedHold>> LedTrace::holds(const LedCtrl::Cm
         const auto known = holds.find(group.run->number);
         const bool rolls = known != holds.end() && known->second.second.rolls;
         if (last != after.groups.end() && last->second == &row &&
-            (rolls || (isStatic(row) && !group.run->isDefault())))
+            (rolls || (holdsState(row) && !group.run->isDefault())))
             holdOf(group.run).leadsGroup = true;
     }
     std::vector<std::pair<Run, LedHold>> list;

@@ -37,7 +37,7 @@ struct LedRun {
 /// Why an LED shows something, or would.
 struct LedCause {
     LedRun run;
-    std::string words; ///< the row's two words and its number
+    std::string words; ///< the line that names the row, with its number
     std::string place; ///< where the row is: "FILE:LINE: leds.command[N]"
     LedCtrl::ActionKind action = LedCtrl::ACTION_ON;
     /// The ticks that it will still be shown in; empty if it holds until something else ends it.

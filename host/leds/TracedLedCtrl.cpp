@@ -2,26 +2,13 @@
 
 #include <algorithm>
 
+#include "leds/LedRow.h"
+
 namespace board {
 
 namespace {
 
 constexpr std::uint32_t ALL_LEDS = 0xFFFFFFFF;
-
-bool isEndlessRoll(const LedCtrl::CmdDef& row) {
-    return (row.action == LedCtrl::ACTION_ROLL_UP || row.action == LedCtrl::ACTION_ROLL_DOWN) &&
-           row.timeMs == 0;
-}
-
-bool holdsWithoutTime(const LedCtrl::CmdDef& row) {
-    return row.action == LedCtrl::ACTION_OFF || isEndlessRoll(row) ||
-           ((row.action == LedCtrl::ACTION_ON || row.action == LedCtrl::ACTION_BLINK) &&
-            row.timeMs == 0);
-}
-
-std::string lineOf(const LedCtrl::CmdDef& row) {
-    return row.word1 + std::string(" ") + row.word2 + " " + std::to_string(row.number);
-}
 
 } // namespace
 
@@ -124,7 +111,8 @@ std::vector<LedHold> TracedLedCtrl::holds() const {
         const CmdDef& row = m_rows[run->row];
         hold.line = run->isDefault() ? lineOf(row) : run->line;
         hold.since = run->since;
-        if (find(hold.line.c_str()) == &row)
+        // The memory has no empty lines, and no line reaches a row that an earlier one hides.
+        if (!hold.line.empty() && find(hold.line.c_str()) == &row)
             list.push_back(hold);
     }
     return list;
@@ -164,7 +152,7 @@ void TracedLedCtrl::restore(const std::vector<LedHold>& holds) {
             continue;
         const LedTrace::Run run = newRun(*row, LedRun::Origin::REMEMBERED, hold.line, hold.since);
         const bool rolls = hold.rolls && isEndlessRoll(*row);
-        if (hold.leadsGroup && (rolls || (holdsWithoutTime(*row) && !isEndlessRoll(*row))))
+        if (hold.leadsGroup && (rolls || changesState(*row)))
             traceWhile(*row, run, [&] { executeCmd(*row); });
         else if (rolls)
             executeApart(*row, run);
@@ -184,7 +172,7 @@ void TracedLedCtrl::rerun(const std::vector<LedHold>& holds,
     for (const LedHold& hold : holds)
         if (const CmdDef* const row = find(hold.line.c_str()); !row)
             drop(hold);
-        else if (holdsWithoutTime(*row))
+        else if (changesState(*row) || isEndlessRoll(*row))
             traceWhile(*row, newRun(*row, LedRun::Origin::REMEMBERED, hold.line, hold.since),
                        [&] { executeCmd(*row); });
 }

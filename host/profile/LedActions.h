@@ -19,4 +19,12 @@ constexpr std::initializer_list<std::pair<const char*, std::int32_t>> LED_ACTION
     {"roll-stop", LedCtrl::ACTION_ROLL_STOP},
     {"defaults", LedCtrl::ACTION_DEFAULTS}};
 
+/// The action's name in a profile; null for a number that is not an action.
+constexpr const char* actionName(std::int32_t action) {
+    for (const auto& [name, number] : LED_ACTIONS)
+        if (number == action)
+            return name;
+    return nullptr;
+}
+
 } // namespace board

@@ -54,15 +54,9 @@ const char* originName(LedRun::Origin origin) {
     return "start";
 }
 
-const char* actionName(LedCtrl::ActionKind action) {
-    for (const auto& [name, kind] : LED_ACTIONS)
-        if (kind == action)
-            return name;
-    return "unknown";
-}
-
 ordered_json toJson(const LedCause& cause, const LedSequencerProfile& profile) {
     const LedSequencerProfile::Command& row = profile.commands[cause.run.row];
+    const char* const action = actionName(row.action);
     ordered_json milliseconds = nullptr;
     if (cause.ticksLeft)
         milliseconds = std::uint64_t{*cause.ticksLeft} * profile.tickMs;
@@ -71,7 +65,7 @@ ordered_json toJson(const LedCause& cause, const LedSequencerProfile& profile) {
             {"word1", row.word1},
             {"word2", row.word2},
             {"number", row.number},
-            {"action", actionName(row.action)},
+            {"action", action ? action : "unknown"},
             {"origin", originName(cause.run.origin)},
             {"line", cause.run.line.empty() ? ordered_json(nullptr) : ordered_json(cause.run.line)},
             {"since", utcText(cause.run.since)},

@@ -1,7 +1,5 @@
 #include "leds/check/LedCheck.h"
 
-#include <algorithm>
-
 #include "LedCtrl.h"
 #include "leds/check/LedFileCheck.h"
 #include "leds/check/LedLightCheck.h"
@@ -29,15 +27,6 @@ std::vector<LedFinding> checkLeds(const Profile& profile) {
     checkLedStart(tables, findings);
     checkLedLights(tables, rows, findings);
     return findings.take();
-}
-
-bool hasRow(const LedSequencerProfile& profile, const std::string& word1, const std::string& word2,
-            std::optional<std::int32_t> number) {
-    return std::any_of(profile.commands.begin(), profile.commands.end(),
-                       [&](const LedSequencerProfile::Command& row) {
-                           return row.word1 == word1 && row.word2 == word2 &&
-                                  row.number == number.value_or(0);
-                       });
 }
 
 } // namespace board

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <string>
 #include <vector>
 
 #include "leds/check/LedFindings.h"
@@ -14,9 +11,5 @@ namespace board {
 /// sequencer accepts such tables, but they do nothing or not what was intended. Each finding says
 /// what the board would show. Looks at no device.
 std::vector<LedFinding> checkLeds(const Profile& profile);
-
-/// Whether the line has a row in the table. Without a number, it has the number 0.
-bool hasRow(const LedSequencerProfile& profile, const std::string& word1, const std::string& word2,
-            std::optional<std::int32_t> number);
 
 } // namespace board

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "LedCtrl.h"
+#include "leds/LedTable.h"
 #include "leds/check/LedRows.h"
 
 namespace board {
@@ -14,10 +15,8 @@ using LedFile = LedSequencerProfile::File;
 
 /// Equal for paths that mean one file.
 std::string fileOf(const std::string& path) {
-    constexpr char CLASS[] = "led:";
-    if (path.rfind(CLASS, 0) == 0 && path.find('/') == std::string::npos)
-        return "/sys/class/leds/" + path.substr(sizeof CLASS - 1) + "/brightness";
-    return std::filesystem::path(path).lexically_normal().string();
+    const std::string file = kernelFileOf(path);
+    return std::filesystem::path(file.empty() ? path : file).lexically_normal().string();
 }
 
 } // namespace

@@ -91,9 +91,7 @@ private:
         const std::uint32_t tickUs = m_tables.tickUs();
         if (row.timeMs == 0 || tickUs == 0)
             return;
-        const bool takesTime =
-            row.action == LedCtrl::ACTION_ON || row.action == LedCtrl::ACTION_BLINK || isRoll(row);
-        if (!takesTime) {
+        if (!startsAction(row)) {
             mistake(row, "time_ms", "has no meaning for this action: it is ignored");
             return;
         }

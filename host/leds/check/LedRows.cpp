@@ -13,24 +13,6 @@ std::string hexOf(std::uint32_t mask) {
     return String::format("0x%X", mask).c_str();
 }
 
-bool isRoll(const LedRow& row) {
-    return row.action == LedCtrl::ACTION_ROLL_UP || row.action == LedCtrl::ACTION_ROLL_DOWN;
-}
-
-bool holdsState(const LedRow& row) {
-    return (row.action == LedCtrl::ACTION_ON || row.action == LedCtrl::ACTION_BLINK) &&
-           row.timeMs == 0;
-}
-
-bool isEndlessRoll(const LedRow& row) {
-    return isRoll(row) && row.timeMs == 0;
-}
-
-bool isLighting(const LedRow& row) {
-    return row.action == LedCtrl::ACTION_ON || row.action == LedCtrl::ACTION_BLINK ||
-           row.action == LedCtrl::ACTION_FLASH || isRoll(row);
-}
-
 LedRows::LedRows(const LedSequencerProfile& tables) : m_tables(tables) {
     std::map<std::tuple<std::string_view, std::string_view, std::int32_t>, const LedRow*> first;
     for (const LedRow& row : tables.commands) {

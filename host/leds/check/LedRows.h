@@ -8,22 +8,12 @@
 #include <utility>
 #include <vector>
 
-#include "profile/Profile.h"
+#include "leds/LedRow.h"
 
 namespace board {
 
-using LedRow = LedSequencerProfile::Command;
-
 /// A mask for people, such as "0x1F".
 std::string hexOf(std::uint32_t mask);
-
-bool isRoll(const LedRow& row);
-/// Whether the row's LEDs are on or blink until something else ends that.
-bool holdsState(const LedRow& row);
-/// Whether the row is a roll without a time.
-bool isEndlessRoll(const LedRow& row);
-/// Whether the row lights its LEDs in some way.
-bool isLighting(const LedRow& row);
 
 /// Which rows of a command table can run.
 class LedRows {

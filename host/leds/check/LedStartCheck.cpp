@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "LedCtrl.h"
+#include "leds/LedRow.h"
 #include "leds/check/LedRows.h"
 
 namespace board {
@@ -20,16 +21,8 @@ using Rows = std::vector<LedCtrl::CmdDef>;
 Rows rowsOf(const LedSequencerProfile& tables) {
     Rows rows;
     for (const LedRow& row : tables.commands)
-        rows.push_back({row.word1.c_str(), row.word2.c_str(), row.number, row.mask, row.action,
-                        row.group, row.timeMs, row.isDefault});
+        rows.push_back(definitionOf(row));
     return rows;
-}
-
-template <class See>
-void forEachLed(std::uint32_t mask, See see) {
-    for (unsigned bit = 0; mask != 0; ++bit, mask >>= 1U)
-        if ((mask & 1U) != 0)
-            see(bit, 1U << bit);
 }
 
 /// The library's sequencer at its start, without a thread.
@@ -59,11 +52,6 @@ private:
         bool isByGroup = false; ///< it has lost everything
     };
 
-    static bool isEndedByGroup(const CmdDef& row) {
-        return row.group > 0 && (row.action == ACTION_ON || row.action == ACTION_BLINK ||
-                                 row.action == ACTION_ROLL_UP || row.action == ACTION_ROLL_DOWN);
-    }
-
     bool isRunning(const CmdDef& row) const {
         const auto& actions = view().actions;
         return std::any_of(actions.begin(), actions.end(),
@@ -79,10 +67,10 @@ private:
         else if (row.group > 0)
             stopGroupAction(row);
         forEachLed((steady & ~view().steadyMask) | (blinking & ~view().blinkMask),
-                   [&](unsigned bit, std::uint32_t led) {
-                       if (m_owners[bit])
-                           lose(*m_owners[bit], index, led);
-                       m_owners[bit].reset();
+                   [&](unsigned led) {
+                       if (m_owners[led])
+                           lose(*m_owners[led], index, 1U << led);
+                       m_owners[led].reset();
                    });
         if (const auto leader = m_leaders.find(row.group); leader != m_leaders.end()) {
             const std::size_t former = leader->second;
@@ -93,9 +81,9 @@ private:
             }
             m_leaders.erase(leader);
         }
-        if (holdsState(m_tables.commands[index]))
-            forEachLed(row.ledMask, [&](unsigned bit, std::uint32_t) { m_owners[bit] = index; });
-        if (isEndedByGroup(row))
+        if (holdsState(row))
+            forEachLed(row.ledMask, [&](unsigned led) { m_owners[led] = index; });
+        if (leadsGroup(row))
             m_leaders[row.group] = index;
     }
 
@@ -129,14 +117,14 @@ private:
             const LedRow& row = rowOf(action);
             const LedRow* other = nullptr;
             std::uint32_t shared = 0;
-            forEachLed(row.mask & view().actionMask, [&](unsigned bit, std::uint32_t led) {
-                if (running[bit]) {
-                    shared |= led;
-                    other = other ? other : running[bit];
+            forEachLed(row.mask & view().actionMask, [&](unsigned led) {
+                if (running[led]) {
+                    shared |= 1U << led;
+                    other = other ? other : running[led];
                 }
-                running[bit] = &row;
+                running[led] = &row;
                 if (action.endless)
-                    endless[bit] = &row;
+                    endless[led] = &row;
             });
             if (shared != 0)
                 findings.add(LedFinding::Level::DOUBT, row, "default",

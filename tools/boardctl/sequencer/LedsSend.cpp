@@ -6,7 +6,7 @@
 
 #include "base/Error.h"
 #include "leds/LedPipe.h"
-#include "leds/check/LedCheck.h"
+#include "leds/LedRow.h"
 #include "output/Json.h"
 #include "program/Command.h"
 #include "program/Commands.h"

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "LedCtrl.h"
+#include "profile/Profile.h"
+
+namespace board {
+
+/// A row of the command table in the profile's form. Templates answer the same question about the
+/// sequencer's form, LedCtrl::CmdDef.
+using LedRow = LedSequencerProfile::Command;
+
+template <class Row>
+bool isRoll(const Row& row) {
+    return row.action == LedCtrl::ACTION_ROLL_UP || row.action == LedCtrl::ACTION_ROLL_DOWN;
+}
+
+/// Whether the row is a roll without a time.
+template <class Row>
+bool isEndlessRoll(const Row& row) {
+    return isRoll(row) && row.timeMs == 0;
+}
+
+/// Whether the row's LEDs are on or blink until something else ends that.
+template <class Row>
+bool holdsState(const Row& row) {
+    return (row.action == LedCtrl::ACTION_ON || row.action == LedCtrl::ACTION_BLINK) &&
+           row.timeMs == 0;
+}
+
+/// The same, or whether the row ends such a state.
+template <class Row>
+bool changesState(const Row& row) {
+    return holdsState(row) || row.action == LedCtrl::ACTION_OFF;
+}
+
+/// Whether the row starts a roll, or lights its LEDs for a time.
+template <class Row>
+bool startsAction(const Row& row) {
+    return isRoll(row) ||
+           ((row.action == LedCtrl::ACTION_ON || row.action == LedCtrl::ACTION_BLINK) &&
+            row.timeMs != 0);
+}
+
+/// Whether the row lights its LEDs in some way.
+template <class Row>
+bool isLighting(const Row& row) {
+    return holdsState(row) || startsAction(row) || row.action == LedCtrl::ACTION_FLASH;
+}
+
+/// Whether the next row of the group ends what the row has started.
+template <class Row>
+bool leadsGroup(const Row& row) {
+    return row.group > 0 && (holdsState(row) || startsAction(row));
+}
+
+/// The line that names the row, with its number: "line ring 0". If the row has no second word and
+/// the number 0, the line is its first word alone, because the next word would be the second one.
+template <class Row>
+std::string lineOf(const Row& row) {
+    std::string line(row.word1);
+    if (!std::string_view(row.word2).empty() || row.number != 0) {
+        line += ' ';
+        line += row.word2;
+        line += ' ';
+        line += std::to_string(row.number);
+    }
+    return line;
+}
+
+/// The row in the sequencer's form. It points to the texts of `row`, which must outlive it.
+LedCtrl::CmdDef definitionOf(const LedRow& row);
+
+/// Whether a row of the table has these words and this number; without a number, the number 0.
+bool hasRow(const LedSequencerProfile& tables, const std::string& word1, const std::string& word2,
+            std::optional<std::int32_t> number);
+
+/// Calls `act` with the number of each bit in `mask`, from 0 to 31.
+template <class Act>
+void forEachLed(std::uint32_t mask, Act act) {
+    for (unsigned led = 0; led < 32; ++led)
+        if ((mask >> led & 1U) != 0)
+            act(led);
+}
+
+} // namespace board
