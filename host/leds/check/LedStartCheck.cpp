@@ -47,9 +47,9 @@ public:
 private:
     /// What a default row has lost to later ones.
     struct Loss {
-        const LedRow* by = nullptr; ///< the first of them
+        const LedRow* by = nullptr; ///< the first of them, or the one that has ended the row
         std::uint32_t leds = 0;
-        bool isByGroup = false; ///< it has lost everything
+        bool isEnded = false; ///< it has lost everything, to `by`
     };
 
     bool isRunning(const CmdDef& row) const {
@@ -61,6 +61,9 @@ private:
     void run(std::size_t index) {
         const CmdDef& row = m_rows[index];
         const std::uint32_t steady = view().steadyMask, blinking = view().blinkMask;
+        std::vector<std::size_t> running;
+        for (const ActionDesc& action : view().actions)
+            running.push_back(indexOf(action));
         // Such a row among the defaults only ends what its group's former row started.
         if (row.action != ACTION_DEFAULTS)
             executeCmd(row);
@@ -72,13 +75,14 @@ private:
                            lose(*m_owners[led], index, 1U << led);
                        m_owners[led].reset();
                    });
+        // A roll-stop, or the end of a roll by its group, ends the oldest roll with the same first
+        // word and LEDs, whatever its group.
+        for (const std::size_t former : running)
+            if (!isRunning(m_rows[former]))
+                m_losses[former] = {&m_tables.commands[index], 0, true};
         if (const auto leader = m_leaders.find(row.group); leader != m_leaders.end()) {
-            const std::size_t former = leader->second;
-            if (!isRunning(m_rows[former])) {
-                lose(former, index, m_rows[former].ledMask);
-                m_losses[former].by = &m_tables.commands[index];
-                m_losses[former].isByGroup = true;
-            }
+            if (holdsState(m_rows[leader->second]))
+                m_losses[leader->second] = {&m_tables.commands[index], 0, true};
             m_leaders.erase(leader);
         }
         if (holdsState(row))
@@ -95,10 +99,13 @@ private:
     }
 
     static void reportLoss(const LedRow& row, const Loss& loss, LedFindings& findings) {
-        if (loss.isByGroup)
-            findings.add(LedFinding::Level::MISTAKE, row, "default",
-                         "the start does not show this row: " + loss.by->place +
-                             ", a default row of the same group, ends it before the first tick");
+        const bool isMate = row.group > 0 && row.group == loss.by->group;
+        if (loss.isEnded)
+            findings.add(
+                LedFinding::Level::MISTAKE, row, "default",
+                "the start does not show this row: " + loss.by->place +
+                    (isMate ? ", a default row of the same group" : ", a default row too") +
+                    ", ends it before the first tick");
         else if (loss.leds == row.mask)
             findings.add(LedFinding::Level::MISTAKE, row, "default",
                          "the start does not show this row: " + loss.by->place +
@@ -114,7 +121,7 @@ private:
     void reportActions(LedFindings& findings) const {
         std::array<const LedRow*, 32> running{}, endless{};
         for (const ActionDesc& action : view().actions) {
-            const LedRow& row = rowOf(action);
+            const LedRow& row = m_tables.commands[indexOf(action)];
             const LedRow* other = nullptr;
             std::uint32_t shared = 0;
             forEachLed(row.mask & view().actionMask, [&](unsigned led) {
@@ -145,8 +152,8 @@ private:
                              by.first->place + ", a default roll without a time, hides it");
     }
 
-    const LedRow& rowOf(const ActionDesc& action) const {
-        return m_tables.commands[static_cast<std::size_t>(action.cmd - m_rows.data())];
+    std::size_t indexOf(const ActionDesc& action) const {
+        return static_cast<std::size_t>(action.cmd - m_rows.data());
     }
 
     const LedSequencerProfile& m_tables;

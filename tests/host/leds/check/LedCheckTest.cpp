@@ -39,7 +39,10 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
     const std::string on = "mask = 1\naction = 'on'\n", blink = "mask = 1\naction = 'blink'\n";
     const std::string off = row("x off", "mask = 2\naction = 'off'");
     const std::string roll = row("a roll", "mask = 6\naction = 'roll-up'\ngroup = 1");
-    const std::string start = on + "default = true\n";
+    const std::string isDefault = "default = true\n", start = on + isDefault;
+    const std::string twin = row("a twin", "mask = 6\naction = 'roll-up'\ngroup = 2");
+    const std::string stop = row("a stop", "mask = 6\naction = 'roll-stop'");
+    const std::string flash = row("a flash", "mask = 1\naction = 'flash'\ngroup = 2");
     const struct {
         std::string wrong, right, finding;
     } CASES[] = {
@@ -120,6 +123,12 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
         {row("a b", start + "time_ms = 500") + row("a c", start + "time_ms = 300"),
          row("a b", start) + row("a c", start + "time_ms = 300"),
          "warning: leds.command[1].default: the start mixes this row with "},
+        {roll + isDefault + stop + isDefault, stop + isDefault + roll + isDefault,
+         "a default row too, ends it before the first tick"},
+        // The end of the second roll by its group ends the first one instead.
+        {roll + isDefault + twin + isDefault + flash + isDefault,
+         roll + isDefault + twin + flash + isDefault,
+         "error: leds.command[0].default: the start does not show this row: "},
         // What nothing ends
         {row("a b", "mask = 3\naction = 'on'") + off,
          row("a b", "mask = 3\naction = 'on'") + row("x off", "mask = 3\naction = 'off'"),

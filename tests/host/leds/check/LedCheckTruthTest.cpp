@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "leds/LedRow.h"
 #include "leds/TracedLedCtrl.h"
 #include "leds/check/LedCheck.h"
 
@@ -159,7 +160,7 @@ TEST(LedCheckTruth, ARowThatNeverRunsCanBeRemovedAndADarkLedNeverLights) {
     EXPECT_GT(dark, TABLES / 4);
 }
 
-TEST(LedCheckTruth, AtTheStartADefaultRowShowsOnNoLedThatALaterOneTakes) {
+TEST(LedCheckTruth, AtTheStartADefaultRowShowsUnlessALaterOneEndsOrChangesIt) {
     unsigned claimed = 0, shown = 0;
     for (unsigned seed = 0; seed < TABLES; ++seed) {
         Random random(seed);
@@ -179,6 +180,9 @@ TEST(LedCheckTruth, AtTheStartADefaultRowShowsOnNoLedThatALaterOneTakes) {
                 ++claimed;
                 const std::uint32_t taken = isWhole ? all : maskIn(partly.at(row), 0);
                 EXPECT_FALSE(engine.shows(row, taken)) << "seed " << seed << ", row " << row;
+            }
+            if (tables.commands[row].isDefault && startsAction(tables.commands[row]) && !isWhole) {
+                EXPECT_TRUE(engine.shows(row, all)) << "seed " << seed << ", row " << row;
             }
             if (mixed.count(row) != 0) {
                 const std::size_t other = std::stoul(mixed.at(row));
