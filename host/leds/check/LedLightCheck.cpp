@@ -40,15 +40,15 @@ private:
     std::uint32_t m_off = 0, m_steady = 0, m_blinking = 0;
 };
 
-void checkUnlit(const LedSequencerProfile& tables, LedFindings& findings) {
+void checkUnlit(const LedSequencerProfile& tables, const LedRows& rows, LedFindings& findings) {
     std::uint32_t lit = 0;
     for (const LedRow& row : tables.commands)
-        if (isLighting(row))
+        if (isLighting(row) && rows.runs(row))
             lit |= row.mask;
     for (const LedSequencerProfile::File& file : tables.files)
         if (const auto mask = static_cast<std::uint32_t>(file.mask); mask != 0 && !(mask & lit))
             findings.add(LedFinding::Level::DOUBT, file,
-                         "no row lights " + hexOf(mask) + ": this LED is always dark");
+                         "no row that runs lights " + hexOf(mask) + ": this LED is always dark");
 }
 
 /// Other rolls with the same first word and mask may end each other's actions.
@@ -60,7 +60,7 @@ bool isEndedRoll(const LedRow& row, const LedRows& rows, bool hasStop) {
 } // namespace
 
 void checkLedLights(const LedSequencerProfile& tables, const LedRows& rows, LedFindings& findings) {
-    checkUnlit(tables, findings);
+    checkUnlit(tables, rows, findings);
     bool hasOff = false;
     std::set<std::pair<std::string_view, std::uint32_t>> stops;
     std::uint32_t shown = 0;

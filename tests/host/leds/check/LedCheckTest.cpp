@@ -150,7 +150,7 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
         {file("0", "none"), "", "error: leds.file[0].path: the mask is 0"},
         {file("3", "pair"), "", "warning: leds.file[0].path: the mask 0x3 is several LEDs"},
         {file("8", "eight"), file("8", "eight") + row("a b", "mask = 8\naction = 'flash'"),
-         "warning: leds.file[0].path: no row lights 0x8"},
+         "warning: leds.file[0].path: no row that runs lights 0x8"},
         // An LED of the highest bit is written first: its mask is a negative key.
         {file("0x80000000", "x/../two") + row("a b", "mask = 0x80000000\naction = 'flash'"),
          file("0x80000000", "x/two") + row("a b", "mask = 0x80000000\naction = 'flash'"),
@@ -169,5 +169,9 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
         EXPECT_EQ(findingsOf("[leds]\n" + each.right + LAMPS), "") << each.finding;
     }
     EXPECT_NE(findingsOf("[leds]\ntick_ms = 0\n" + LAMPS).find("it stays idle"), std::string::npos);
+    const std::string hidden = file("8", "eight") + row("a b", on) + //
+                               row("a b", "mask = 8\naction = 'flash'");
+    EXPECT_NE(findingsOf("[leds]\n" + hidden + LAMPS).find("no row that runs lights 0x8"),
+              std::string::npos);
     EXPECT_EQ(findingsOf(""), "");
 }

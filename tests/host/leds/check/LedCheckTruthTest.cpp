@@ -141,7 +141,7 @@ TEST(LedCheckTruth, ARowThatNeverRunsCanBeRemovedAndADarkLedNeverLights) {
         for (auto row = neverRun.rbegin(); row != neverRun.rend(); ++row)
             rest.commands.erase(rest.commands.begin() + static_cast<std::ptrdiff_t>(row->first));
         std::uint32_t unlit = 0;
-        for (const auto& [mask, text] : claims.with("no row lights "))
+        for (const auto& [mask, text] : claims.with("no row that runs lights "))
             unlit |= static_cast<std::uint32_t>(mask);
         removed += static_cast<unsigned>(neverRun.size());
         dark += unlit != 0;
