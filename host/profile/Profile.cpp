@@ -139,6 +139,7 @@ LedSequencerProfile::Command readCommand(const ProfileReader& reader) {
 LedSequencerProfile::File readLedFile(const ProfileReader& reader) {
     LedSequencerProfile::File file{static_cast<std::int32_t>(reader.number("mask")),
                                    reader.device("path"), readOn(reader)};
+    file.place = reader.where();
     if (reader.has("name"))
         file.name = reader.name("name");
     if (reader.has("color"))

@@ -74,6 +74,7 @@ struct LedSequencerProfile {
         std::uint32_t on = 1;  ///< the brightness that means lit, 1 to 9999
         std::string name = {}; ///< for people; empty if the path is to name the LED
         LedColor color = LedColor::UNKNOWN;
+        std::string place = {}; ///< "FILE:LINE: leds.file[N]", for messages
     };
     struct Command {
         std::string word1;

@@ -19,33 +19,42 @@ public:
         : m_locator(locator), m_findings(tables) {}
 
     void check(const LedSequencerProfile::File& file) {
+        std::string path;
         try {
-            const std::string path = m_locator.locate(file.path.path);
+            path = m_locator.locate(file.path.path);
             // A simulated board's LEDs are pipes.
             expectKind(path, {FileKind::REGULAR, FileKind::CHARACTER_DEVICE, FileKind::PIPE},
                        "an LED's file (expected a file, a pipe or a character device)");
             expectWritable(path);
-            checkRange(file, path);
         } catch (const Error& error) {
-            m_findings.add(LedFinding::Level::MISTAKE, file, error.what());
+            mistake(file, std::string("this LED is not driven: ") + error.what());
+            return;
         }
+        checkRange(file, path);
     }
 
     std::vector<LedFinding> take() { return m_findings.take(); }
 
 private:
+    void mistake(const LedSequencerProfile::File& file, const std::string& what) {
+        m_findings.add(LedFinding::Level::MISTAKE, file, "path", what);
+    }
+
     void checkRange(const LedSequencerProfile::File& file, const std::string& path) {
         const auto maximum = maximumOf(path);
         if (!maximum)
             return;
-        if (!*maximum)
-            throw Error(maximum->fault());
+        if (!*maximum) {
+            mistake(file, maximum->fault());
+            return;
+        }
+        const std::string most = std::to_string(**maximum);
         const std::string on = "`on` is " + std::to_string(file.on) + ", but " +
-                               maximumFileOf(path) + " holds " + std::to_string(**maximum);
+                               maximumFileOf(path) + " holds " + most;
         if (file.on > **maximum)
-            m_findings.add(LedFinding::Level::MISTAKE, file, on);
+            mistake(file, on + ": the LED is lit at " + most);
         else if (file.on * LEAST_SHARE < **maximum)
-            m_findings.add(LedFinding::Level::DOUBT, file,
+            m_findings.add(LedFinding::Level::DOUBT, file, "path",
                            on + ": when lit, the LED is almost dark");
     }
 

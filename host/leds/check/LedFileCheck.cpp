@@ -28,14 +28,14 @@ void checkLedEntries(const LedSequencerProfile& tables, const std::vector<LedDev
     for (const LedFile& file : tables.files) {
         const auto mask = static_cast<std::uint32_t>(file.mask);
         if (mask == 0)
-            findings.add(LedFinding::Level::MISTAKE, file, "the mask is 0: this LED is never lit");
+            findings.add(LedFinding::Level::MISTAKE, file, "mask", "is 0: this LED is never lit");
         if ((mask & (mask - 1)) != 0)
-            findings.add(LedFinding::Level::DOUBT, file,
-                         "the mask " + hexOf(mask) +
+            findings.add(LedFinding::Level::DOUBT, file, "mask",
+                         hexOf(mask) +
                              " is several LEDs of the table: this one is lit while any of them is");
         const auto [former, isNew] = masks.insert({file.mask, &file});
         if (!isNew)
-            findings.add(LedFinding::Level::MISTAKE, *former->second,
+            findings.add(LedFinding::Level::MISTAKE, *former->second, "path",
                          "is never written: " + file.path.path + " has the same mask");
         former->second = &file;
     }
@@ -46,14 +46,14 @@ void checkLedEntries(const LedSequencerProfile& tables, const std::vector<LedDev
     for (const auto& [path, users] : files)
         for (const LedFile* const user : users)
             if (user != users.back())
-                findings.add(LedFinding::Level::MISTAKE, *user,
+                findings.add(LedFinding::Level::MISTAKE, *user, "path",
                              "is the file of " +
                                  hexOf(static_cast<std::uint32_t>(users.back()->mask)) +
                                  " too: each tick overwrites what this LED shows for " +
                                  hexOf(static_cast<std::uint32_t>(user->mask)));
     for (const LedDeviceProfile& led : leds)
         if (const auto found = files.find(fileOf(led.device.path)); found != files.end())
-            findings.add(LedFinding::Level::MISTAKE, *found->second.back(),
+            findings.add(LedFinding::Level::MISTAKE, *found->second.back(), "path",
                          "is the device of [[led]] '" + led.name +
                              "' too: the sequencer overwrites what is set there");
 }

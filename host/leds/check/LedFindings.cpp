@@ -11,9 +11,11 @@ void LedFindings::add(Level level, const std::string& key, const std::string& wh
     m_general.push_back({level, {m_tables.place + "." + key, what}});
 }
 
-void LedFindings::add(Level level, const LedSequencerProfile::File& file, const std::string& what) {
+void LedFindings::add(Level level, const LedSequencerProfile::File& file, const std::string& key,
+                      const std::string& what) {
     const auto index = static_cast<std::size_t>(&file - m_tables.files.data());
-    m_files[index].push_back({level, {file.path.place, what}});
+    m_files[index].push_back(
+        {level, {key == "path" ? file.path.place : file.place + "." + key, what}});
 }
 
 void LedFindings::add(Level level, const LedSequencerProfile::Command& row, const std::string& key,

@@ -28,8 +28,9 @@ public:
 
     /// About the table [leds] itself.
     void add(Level level, const std::string& key, const std::string& what);
-    /// About an entry of `tables.files`.
-    void add(Level level, const LedSequencerProfile::File& file, const std::string& what);
+    /// About a key of an entry of `tables.files`.
+    void add(Level level, const LedSequencerProfile::File& file, const std::string& key,
+             const std::string& what);
     /// About an entry of `tables.commands`; an empty key means the whole row.
     void add(Level level, const LedSequencerProfile::Command& row, const std::string& key,
              const std::string& what);

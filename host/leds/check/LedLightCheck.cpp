@@ -47,7 +47,7 @@ void checkUnlit(const LedSequencerProfile& tables, const LedRows& rows, LedFindi
             lit |= row.mask;
     for (const LedSequencerProfile::File& file : tables.files)
         if (const auto mask = static_cast<std::uint32_t>(file.mask); mask != 0 && !(mask & lit))
-            findings.add(LedFinding::Level::DOUBT, file,
+            findings.add(LedFinding::Level::DOUBT, file, "path",
                          "no row that runs lights " + hexOf(mask) + ": this LED is always dark");
 }
 

@@ -36,13 +36,12 @@ private:
 
     void checkWords(const LedRow& row) {
         const char* const effect =
-            row.isDefault ? "; it runs only as a default row" : "; it never runs";
+            row.isDefault ? "; this row runs only as a default row" : "; this row never runs";
         if (const auto why = LedRows::whyUnsendable(row))
             mistake(row, "", "no line can name this row: " + *why + effect);
-        if (const LedRow* const former = m_rows.formerOf(row))
+        else if (const LedRow* const former = m_rows.formerOf(row))
             mistake(row, "",
-                    "no line reaches this row: '" + row.word1 + " " + row.word2 + " " +
-                        std::to_string(row.number) + "' is " + former->place + effect);
+                    "its line '" + lineOf(row) + "' runs " + former->place + " instead" + effect);
     }
 
     void checkMask(const LedRow& row) {
@@ -53,7 +52,9 @@ private:
                     isRoll(row) ? "the roll has no LED: it shows nothing"
                                 : "is 0: the row shows nothing");
         if (const std::uint32_t dark = row.mask & ~m_shown)
-            mistake(row, "mask", "no file shows " + hexOf(dark) + " of " + hexOf(row.mask));
+            mistake(row, "mask",
+                    hexOf(dark) + " of " + hexOf(row.mask) +
+                        " has no file: the row shows nothing there");
         const std::uint32_t later = row.mask & ~1U;
         if (row.action == LedCtrl::ACTION_ROLL_UP && later != row.mask && later != 0)
             doubt(row, "mask",

@@ -57,13 +57,13 @@ $ sed -i s/150/200/ board.toml; boardctl --board board.toml leds check --sysfs s
 no mistakes
 this machine has none of the LEDs, so only the tables were checked
 $ mkdir -p sys/class/leds/b/brightness; boardctl --board board.toml leds check --sysfs sys
-error: board.toml:3: leds.file[0].path: led:a: there is no LED 'a' (there are: 'b')
-error: board.toml:4: leds.file[1].path: sys/class/leds/b/brightness: is not an LED's file (expected a file, a pipe or a character device)
+error: board.toml:3: leds.file[0].path: this LED is not driven: led:a: there is no LED 'a' (there are: 'b')
+error: board.toml:4: leds.file[1].path: this LED is not driven: sys/class/leds/b/brightness: is not an LED's file (expected a file, a pipe or a character device)
 [3]
 $ cd sys/class/leds; rmdir b/brightness; cp -r b a; for i in a b; do echo 0 >$i/brightness; echo 255 >$i/max_brightness; done; echo 8 >b/max_brightness
 $ boardctl --board board.toml leds check --sysfs sys; boardctl --sim leds check --strict
 warning: board.toml:3: leds.file[0].path: `on` is 1, but sys/class/leds/a/max_brightness holds 255: when lit, the LED is almost dark
-error: board.toml:4: leds.file[1].path: `on` is 9, but sys/class/leds/b/max_brightness holds 8
+error: board.toml:4: leds.file[1].path: `on` is 9, but sys/class/leds/b/max_brightness holds 8: the LED is lit at 8
 no mistakes
 $ sed -i 's/ = 9/ = 8/' board.toml; for i in --strict ''; do boardctl --board board.toml leds check $i --sysfs sys; echo $?; done
 warning: board.toml:3: leds.file[0].path: `on` is 1, but sys/class/leds/a/max_brightness holds 255: when lit, the LED is almost dark

@@ -185,9 +185,9 @@ warning: board.toml:25: preferences.file: prefs:2: 'nonsense' IS NOT A 'key = va
 warning: board.toml:25: preferences.file: PREFERENCE 'voip.sip-legs': 'many' IGNORED, EXPECTED A NUMBER FROM 0 TO 4294967295
 error: board.toml:27: button.device: heat: is not a button (expected a pipe or a character device)
 error: board.toml:29: firmware.info: OPEN 'none' FAILED (none: can't open: No such file or directory)
-error: board.toml:33: leds.file[0].path: led:x: there is no LED 'x' (there are: none)
-error: board.toml:36: leds.file[1].path: `on` is 255, but led/max_brightness holds 1
-warning: board.toml:36: leds.file[1].path: the mask is 0: this LED is never lit
+error: board.toml:33: leds.file[0].path: this LED is not driven: led:x: there is no LED 'x' (there are: none)
+error: board.toml:36: leds.file[1].path: `on` is 255, but led/max_brightness holds 1: the LED is lit at 1
+warning: board.toml:34: leds.file[1].mask: is 0: this LED is never lit
 warning: board.toml:36: leds.file[1].path: is the device of [[led]] 'e' too: the sequencer overwrites what is set there
 warning: board.toml:39: watch.on_clear: has no effect: no row of [leds] has this line
 [3]

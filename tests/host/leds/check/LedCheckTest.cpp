@@ -49,9 +49,9 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
         // Rows that no line runs
         {row("a b", on) + row("a b", "mask = 2\naction = 'flash'"),
          row("a b", on) + row("a b", "mask = 2\naction = 'flash'\nnumber = 1"),
-         "error: leds.command[1]: no line reaches this row: 'a b 0' is "},
+         "error: leds.command[1]: its line 'a b 0' runs "},
         {row("a b", on) + row("a b", start), row("a b", on) + row("a c", start),
-         "; it runs only as a default row"},
+         " instead; this row runs only as a default row"},
         {row("a b c", on), row("a b", on),
          "error: leds.command[0]: no line can name this row: the word 'b c' can't be sent"},
         {row("a\tb c", on), row("a ", on),
@@ -62,7 +62,7 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
          "error: leds.command[0]: no line can name this row: an empty word"},
         // Masks
         {row("a b", "mask = 9\naction = 'on'"), row("a b", "mask = 5\naction = 'on'"),
-         "error: leds.command[0].mask: no file shows 0x8 of 0x9"},
+         "error: leds.command[0].mask: 0x8 of 0x9 has no file"},
         {row("a b", "mask = 0\naction = 'roll-up'"), roll,
          "error: leds.command[0].mask: the roll has no LED"},
         {row("a b", "mask = 0\naction = 'flash'"), row("a b", "mask = 0\naction = 'defaults'"),
@@ -147,8 +147,8 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
         // Files
         {file("1", "again"), file("8", "eight") + row("a b", "mask = 8\naction = 'flash'"),
          "error: leds.file[0].path: is never written"},
-        {file("0", "none"), "", "error: leds.file[0].path: the mask is 0"},
-        {file("3", "pair"), "", "warning: leds.file[0].path: the mask 0x3 is several LEDs"},
+        {file("0", "none"), "", "error: leds.file[0].mask: is 0"},
+        {file("3", "pair"), "", "warning: leds.file[0].mask: 0x3 is several LEDs"},
         {file("8", "eight"), file("8", "eight") + row("a b", "mask = 8\naction = 'flash'"),
          "warning: leds.file[0].path: no row that runs lights 0x8"},
         // An LED of the highest bit is written first: its mask is a negative key.

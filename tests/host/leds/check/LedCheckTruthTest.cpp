@@ -137,7 +137,7 @@ TEST(LedCheckTruth, ARowThatNeverRunsCanBeRemovedAndADarkLedNeverLights) {
         const board::LedSequencerProfile& tables = *profile.ledService;
         const Claims claims(profile);
         board::LedSequencerProfile rest = tables;
-        const auto neverRun = claims.with("; it never runs");
+        const auto neverRun = claims.with("; this row never runs");
         for (auto row = neverRun.rbegin(); row != neverRun.rend(); ++row)
             rest.commands.erase(rest.commands.begin() + static_cast<std::ptrdiff_t>(row->first));
         std::uint32_t unlit = 0;
