@@ -98,6 +98,9 @@ bool isJsonList(const std::string& bytes) {
 }
 
 ExpectedList readExpected(const std::string& bytes, const std::string& source) {
+    // A command that failed in front of the pipe prints nothing, and an erased unit would match.
+    if (bytes.empty())
+        throw Error(source + ": is empty (expected an image or a JSON list of tags)");
     if (isJsonList(bytes))
         return ofJson(bytes, source);
     if (bytes.size() > MAX_IMAGE_SIZE)

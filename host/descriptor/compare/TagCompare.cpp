@@ -23,12 +23,16 @@ class Comparison {
 public:
     Comparison(const ExpectedList& expected, const TagImage& found)
         : m_expected(expected), m_found(found), m_partner(expected.tags.size(), NONE),
-          m_taken(found.tags().size(), false), m_index(found.tags().size(), 0) {}
+          m_expectedIndex(expected.tags.size(), 0), m_taken(found.tags().size(), false),
+          m_index(found.tags().size(), 0) {}
 
     std::vector<TagDifference> differences() {
         std::unordered_map<BD::TagId, Alike> groups;
-        for (std::size_t i = 0; i < m_expected.tags.size(); ++i)
-            groups[m_expected.tags[i].id()].expected.push_back(i);
+        for (std::size_t i = 0; i < m_expected.tags.size(); ++i) {
+            auto& alike = groups[m_expected.tags[i].id()].expected;
+            m_expectedIndex[i] = static_cast<unsigned>(alike.size());
+            alike.push_back(i);
+        }
         for (std::size_t i = 0; i < m_found.tags().size(); ++i) {
             auto& alike = groups[m_found.tags()[i].tag.id].found;
             m_index[i] = static_cast<unsigned>(alike.size());
@@ -36,10 +40,9 @@ public:
         }
         for (const auto& [id, alike] : groups)
             pair(alike);
-        const std::vector<bool> isMoved = moved();
-        std::unordered_map<BD::TagId, unsigned> counts;
+        const std::vector<std::size_t> passed = passedByMoved();
         for (std::size_t i = 0; i < m_partner.size(); ++i)
-            addExpected(i, counts[m_expected.tags[i].id()]++, isMoved[i]);
+            addExpected(i, passed[i]);
         for (std::size_t i = 0; i < m_taken.size(); ++i)
             if (!m_taken[i])
                 addExtra(i);
@@ -125,8 +128,36 @@ private:
         return isMoved;
     }
 
-    void addExpected(std::size_t place, unsigned index, bool isMoved) {
+    /// For each expected tag that is in another place, the next one in its place that it is on the
+    /// wrong side of; NONE for the others.
+    std::vector<std::size_t> passedByMoved() const {
+        const std::vector<bool> isMoved = moved();
+        std::vector<std::size_t> passed(m_partner.size(), NONE);
+        std::size_t inPlace = NONE;
+        for (std::size_t i = 0; i < passed.size(); ++i) {
+            if (m_partner[i] == NONE)
+                continue;
+            if (!isMoved[i])
+                inPlace = i;
+            else if (inPlace != NONE && m_partner[inPlace] > m_partner[i])
+                passed[i] = inPlace;
+        }
+        // A tag on the right side of the one in front of it is on the wrong side of the one behind.
+        inPlace = NONE;
+        for (std::size_t i = passed.size(); i-- > 0;) {
+            if (m_partner[i] == NONE)
+                continue;
+            if (!isMoved[i])
+                inPlace = i;
+            else if (passed[i] == NONE)
+                passed[i] = inPlace;
+        }
+        return passed;
+    }
+
+    void addExpected(std::size_t place, std::size_t passed) {
         const ExpectedTag& expected = m_expected.tags[place];
+        const unsigned index = m_expectedIndex[place];
         const std::size_t partner = m_partner[place];
         TagDifference difference{Kind::MISSING, expected.id(), index, std::nullopt, "", "", ""};
         difference.expected = expected.data() ? hexDigits(tagOf(expected)) : expected.words();
@@ -148,10 +179,13 @@ private:
                               ")";
             m_differences.push_back(difference);
         }
-        if (isMoved) {
+        if (passed != NONE) {
+            const bool isEarly = passed < place;
             difference.kind = Kind::ORDER;
-            difference.text = start + ": is tag " + std::to_string(partner) +
-                              " of the image (expected tag " + std::to_string(place) + ")";
+            difference.text = start + (isEarly ? ": comes before " : ": comes after ") +
+                              nameOf(m_expected.tags[passed].id(), m_expectedIndex[passed]) +
+                              " at " + std::to_string(m_found.tags()[m_partner[passed]].offset) +
+                              (isEarly ? " (expected after it)" : " (expected before it)");
             m_differences.push_back(std::move(difference));
         }
     }
@@ -187,9 +221,10 @@ private:
 
     const ExpectedList& m_expected;
     const TagImage& m_found;
-    std::vector<std::size_t> m_partner; ///< of each expected tag: the place of its tag, or NONE
-    std::vector<bool> m_taken;          ///< of each tag of the image: whether it has a partner
-    std::vector<unsigned> m_index;      ///< of each tag of the image: among those like it
+    std::vector<std::size_t> m_partner;    ///< of each expected tag: the place of its tag, or NONE
+    std::vector<unsigned> m_expectedIndex; ///< of each expected tag: among those like it
+    std::vector<bool> m_taken;             ///< of each tag of the image: whether it has a partner
+    std::vector<unsigned> m_index;         ///< of each tag of the image: among those like it
     std::vector<TagDifference> m_differences;
 };
 

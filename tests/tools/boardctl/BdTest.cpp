@@ -129,7 +129,7 @@ $ boardctl bd compare unit.json unit; boardctl bd compare unit unit; boardctl bd
 unit: 2 tags, as expected
 unit: 2 tags, as expected
 $ echo '[{"id":5,"matches":"SN-[0-9]+"},{"id":45,"size":2},{"id":6,"any":true}]' >wanted; boardctl bd compare wanted - <unit
-Tag5 at 8: is tag 1 of the image (expected tag 0)
+Tag5 at 8: comes after ProductID at 0 (expected before it)
 ProductID at 0: is 1234abcd (expected 2 bytes)
 Tag6: is missing (expected any value)
 standard input: 3 differences from what is expected

@@ -44,11 +44,13 @@ TEST(TagCompare, ListsEachDifferenceFromAList) {
         {X + "," + Y + "," + P, MAC_Y + PRODUCT + END,
          "MacAddress: is missing (expected 02:00:00:00:00:07/0);"},
         {X + "," + P + "," + Y, MAC_Y + PRODUCT + MAC_X + END,
-         "MacAddress at 20: is tag 2 of the image (expected tag 0);"
-         "ProductID at 12: is tag 1 of the image (expected tag 1);"},
+         "MacAddress at 20: comes after MacAddress.1 at 0 (expected before it);"
+         "ProductID at 12: comes after MacAddress.1 at 0 (expected before it);"},
+        {X + "," + Y + "," + P, PRODUCT + MAC_X + MAC_Y + END,
+         "ProductID at 0: comes before MacAddress.1 at 20 (expected after it);"},
         {P + "," + X, MAC_X + "00 2D 00 08 12 34 AB CE " + END,
          "ProductID at 12: is 1234abce (expected 1234abcd);"
-         "ProductID at 12: is tag 1 of the image (expected tag 0);"},
+         "ProductID at 12: comes after MacAddress at 0 (expected before it);"},
         {P, PRODUCT, "at 8: no terminator (expected 00 00 00 04);"},
         {P + "," + X, PRODUCT + "00 01 00 02",
          "MacAddress: is missing (expected 02:00:00:00:00:07/0);"
@@ -139,7 +141,8 @@ TEST(TagCompare, TakesAnImageAsItIs) {
     EXPECT_EQ(compared(PRODUCT + END, PRODUCT), "at 8: no terminator (expected 00 00 00 04);");
     EXPECT_EQ(compared(ODD + END, "FF FE 00 08 01 02 03 00 " + END), ""); // stored and loaded
     EXPECT_EQ(compared("FF FF FF FF", END), "");
-    EXPECT_EQ(compared("", PRODUCT), "ProductID at 0: is extra: 1234abcd;");
+    EXPECT_EQ(failureOf([&] { compared("", "FF FF FF FF"); }),
+              "expected: is empty (expected an image or a JSON list of tags)");
     EXPECT_EQ(failureOf([&] { compared("00 07 00 02", END); }),
               "expected: CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length (chunkLen=2 is "
               "too small) at pos=2 (expected a good image)");
