@@ -63,8 +63,9 @@ $ boardctl bd dump image
 [1]
 $ boardctl bd show image 2>messages | tail -n 1
     Product  ID   ab cd
-$ json bd check image 2>messages
+$ boardctl bd check image -q; json bd check image
 { "corrupt": true, "size": 12, "used": 8, "tags": 1, "findings": [ { "offset": 8, "weight": "corrupt", "text": "CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length (chunkLen=2 is too small) at pos=10" }, { "offset": 8, "weight": "note", "text": "no terminator comes before this; 4 bytes are left: 00070002" } ] }
+! boardctl: image: CORRUPTED BOARD DESCRIPTOR: id=7 has invalid field length (chunkLen=2 is too small) at pos=10
 [3]
 $ { printf '\000\005\377\374'; head -c 65528 /dev/zero; printf '\000\000\000\004'; } >large
 $ boardctl bd check large && printf x >>large; boardctl bd check large

@@ -80,18 +80,20 @@ public:
     /// The document for the image is stored in `json`. Returns the exit status.
     int check(const std::string& image, const std::string& start, ordered_json& json) const {
         const BdSource chosen(m_options, image);
-        return printImage(chosen.source(), [&](const board::TagImage& loaded) {
-            const auto findings = board::checkImage(loaded, chosen.source().isDevice(), m_required);
-            if (m_options.json)
-                json = toJson(loaded, findings);
-            else if (!m_words.quiet)
-                printForPeople(loaded, findings, start);
-            const bool isGood =
-                std::all_of(findings.begin(), findings.end(), [this](const board::Finding& each) {
-                    return each.weight == board::Finding::Weight::NOTE && !m_words.isStrict;
-                });
-            return isGood ? DONE : FOUND;
-        });
+        const board::TagImage loaded = chosen.source().load();
+        const auto findings = board::checkImage(loaded, chosen.source().isDevice(), m_required);
+        if (m_options.json)
+            json = toJson(loaded, findings);
+        else if (!m_words.quiet)
+            printForPeople(loaded, findings, start);
+        const std::string& path = chosen.source().path();
+        if (m_words.quiet && loaded.fault())
+            complain((path.empty() ? "standard input" : path) + ": " + *loaded.fault());
+        const bool isGood =
+            std::all_of(findings.begin(), findings.end(), [this](const board::Finding& each) {
+                return each.weight == board::Finding::Weight::NOTE && !m_words.isStrict;
+            });
+        return isGood ? DONE : FOUND;
     }
 
     int checkAll() const {

@@ -34,21 +34,16 @@ BdSource::BdSource(const Options& options, const std::string& image)
     : m_board(image.empty() ? std::make_unique<BoardProfile>(options) : nullptr),
       m_source(m_board ? sourceOf(*m_board) : sourceOf(image)) {}
 
-int printImage(const board::DescriptorSource& source,
+int printImage(const Options& options, const std::string& image,
                const std::function<int(const board::TagImage&)>& print) {
-    const board::TagImage loaded = source.load();
+    const BdSource chosen(options, image);
+    const board::TagImage loaded = chosen.source().load();
     const int status = print(loaded);
     if (!loaded.fault())
         return status;
     static_cast<void>(flushOutput()); // the good tags come before the fault
     complain(*loaded.fault());
     return status == DONE ? FAILED : status;
-}
-
-int printImage(const Options& options, const std::string& image,
-               const std::function<int(const board::TagImage&)>& print) {
-    const BdSource chosen(options, image);
-    return printImage(chosen.source(), print);
 }
 
 } // namespace boardctl

@@ -28,13 +28,9 @@ private:
     const board::DescriptorSource m_source;
 };
 
-/// Loads the image and passes it to `print`, which returns the exit status. A corrupt image is
-/// passed too, with the tags before the fault; its status is FAILED unless `print` returns another
-/// one than DONE.
-int printImage(const board::DescriptorSource& source,
-               const std::function<int(const board::TagImage&)>& print);
-
-/// The same for the descriptor that a command's words choose.
+/// Loads the image that a command's words choose and passes it to `print`, which returns the exit
+/// status. A corrupt image is passed too, with the tags before the fault; its status is FAILED
+/// unless `print` returns another one than DONE.
 int printImage(const Options& options, const std::string& image,
                const std::function<int(const board::TagImage&)>& print);
 
