@@ -54,6 +54,9 @@ $ for i in image ./before new; do boardctl bd write before -i image --force --ba
 ! boardctl: ./before: is before itself (expected another file for the record)
 ! boardctl: new: is new itself (expected another file for the record)
 [1]
+$ mkfifo pipe; boardctl bd write before -i image --force --fill 00 --record pipe; wrong bd write before -i image --record -
+! boardctl: pipe: is a pipe (expected a file for the record)
+boardctl: --record -: standard output has the result (expected a file)
 $ printf '[{"id":5,"data":"%01008d"}]' 0 | boardctl --board sim/board.toml bd write - -y
 ! boardctl: sim/eeprom.bin: the image would have 512 bytes (expected fewer than the device's 512)
 [1]

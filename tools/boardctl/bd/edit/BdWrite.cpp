@@ -82,6 +82,8 @@ void expectOwnFile(const std::string& record, const std::vector<std::string>& ot
 int write(const Options& options, const WriteWords& words) {
     if (words.image == STANDARD_STREAM)
         throw WrongCall("-i -: standard output is not written (expected an image file)");
+    if (words.record == STANDARD_STREAM)
+        throw WrongCall("--record -: standard output has the result (expected a file)");
     WriteWords filled = words;
     if (!words.fill.empty())
         filled.manner.fill = static_cast<char>(std::stoi(words.fill, nullptr, 16));
