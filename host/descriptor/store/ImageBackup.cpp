@@ -30,13 +30,14 @@ std::string forName(std::string text) {
     return text.substr(0, LONGEST);
 }
 
-/// All EEPROMs are named "eeprom"; the folder tells which one it is.
+/// All EEPROMs are named "eeprom", and those of simulated boards "eeprom.bin". The folder tells
+/// which one it is.
 std::string deviceName(const std::string& image) {
     const fs::path path = fs::path(image).lexically_normal();
-    const std::string file = path.filename().string();
-    const std::string folder = path.parent_path().filename().string();
-    const bool isNamedByFolder = (file == "eeprom" || file == "nvmem") && !folder.empty();
-    return forName(isNamedByFolder ? folder + "-" + file : file);
+    const fs::path folder = path.parent_path();
+    const std::string file = forName(path.filename().string());
+    const bool isNamedByFolder = folder.has_filename() && folder != "/dev";
+    return isNamedByFolder ? forName(folder.filename().string()) + "-" + file : file;
 }
 
 std::string serialName(const std::string& bytes) {

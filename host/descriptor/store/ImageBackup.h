@@ -17,7 +17,7 @@ std::string keepImage(const std::string& bytes, const std::string& image, const 
 /// A backup in the state folder.
 struct Backup {
     std::string file;   ///< its path
-    std::string device; ///< what it is a backup of: "eeprom.bin", or "1-0050-eeprom" for an EEPROM
+    std::string device; ///< what it is a backup of, with its folder: "1-0050-eeprom"
     std::string serial; ///< of the unit; empty if the image holds none
     std::string time;   ///< when it was made, in UTC: "20261122T130000Z"
     std::size_t size;   ///< in bytes

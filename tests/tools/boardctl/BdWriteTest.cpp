@@ -93,11 +93,14 @@ TEST(BdBackups, ListsWhatWasKeptByDeviceAndUnitAndKeepsTheNewest) {
     expectTranscript(TempDir(), R"sh(
 $ mkdir -p bus/1-0050; printf '\000\005\000\010SN-1\000\000\000\004' >bus/1-0050/eeprom; cp bus/1-0050/eeprom image
 $ for i in 2 3; do boardctl bd put 5=text:SN-$i -q -i bus/1-0050/eeprom; done; boardctl bd remove 5 -i image -q; boardctl bd put 5=text:/../a -i image -q
+$ for i in jig jig2; do mkdir $i; cp bus/1-0050/eeprom $i/unit.bin; boardctl bd put 5=text:SN-9 -i $i/unit.bin -q; done
 $ boardctl bd backups | sed 's/20[0-9T]*Z/DATE/g; s,/.*/state,state,; s/\.[^.]*$//' | sort
 DATE  1-0050-eeprom  SN-1  1 tag  state/boardctl/1-0050-eeprom-SN-1-DATE
 DATE  1-0050-eeprom  SN-2  1 tag  state/boardctl/1-0050-eeprom-SN-2-DATE
 DATE  image  -  0 tags  state/boardctl/image-DATE
 DATE  image  SN-1  1 tag  state/boardctl/image-SN-1-DATE
+DATE  jig-unit.bin  SN-3  1 tag  state/boardctl/jig-unit.bin-SN-3-DATE
+DATE  jig2-unit.bin  SN-3  1 tag  state/boardctl/jig2-unit.bin-SN-3-DATE
 $ json bd backups --keep 1 | grep -o '"serial": [^,]*'; boardctl bd backups --keep 0 -q; ls state/boardctl
 "serial": "SN-1"
 "serial": "SN-1"
