@@ -55,28 +55,40 @@ private:
         m_findings.push_back({weight, offset, text});
     }
 
+    void warn(const ImageTag& checked, const std::string& text) {
+        add(Finding::Weight::WARNING, checked.offset, tagName(checked.tag.id) + ": " + text);
+    }
+
     void checkTag(const ImageTag& checked) {
         const BD::Tag& tag = checked.tag;
-        const auto warn = [&](const std::string& text) {
-            add(Finding::Weight::WARNING, checked.offset, tagName(tag.id) + ": " + text);
-        };
         if (const auto size = wrongSizeOf(tag))
-            warn("has " + *size);
+            warn(checked, "has " + *size);
         if (tag.length % 2 != 0)
-            warn("has an odd length of " + std::to_string(tag.length) +
-                 "; storing and loading it adds a zero byte");
+            warn(checked, "has an odd length of " + std::to_string(tag.length) +
+                              "; storing and loading it adds a zero byte");
         std::vector<const ImageTag*>& alike = m_tagsOf[tag.id];
         alike.push_back(&checked);
         const BD::TagMeaning meaning = BD::meaningOf(tag.id);
         if (alike.size() > 1 && meaning.isSingle)
-            warn("is also at " + std::to_string(alike.front()->offset) + " (expected one)");
-        if (meaning.kind == BD::TagKind::MAC && tag.length == meaning.size) {
-            const auto address = macOf(tag);
-            const auto [former, isNew] = m_addresses.emplace(address->mac, checked.offset);
-            if (!isNew)
-                warn(address->mac + " is also at " + std::to_string(former->second) +
-                     " (expected each address once)");
-        }
+            warn(checked,
+                 "is also at " + std::to_string(alike.front()->offset) + " (expected one)");
+        if (meaning.kind == BD::TagKind::MAC && tag.length == meaning.size)
+            checkAddress(checked);
+    }
+
+    void checkAddress(const ImageTag& checked) {
+        const auto address = macOf(checked.tag);
+        if (const auto fault = faultOfAddress(address->mac))
+            warn(checked, address->mac + " " + *fault);
+        const auto [same, isNew] = m_addresses.emplace(address->mac, checked.offset);
+        const auto [former, isFirst] = m_interfaces.emplace(address->interface, checked.offset);
+        if (!isNew)
+            warn(checked, address->mac + " is also at " + std::to_string(same->second) +
+                              " (expected each address once)");
+        else if (!isFirst)
+            warn(checked, "interface " + std::to_string(address->interface) +
+                              " has another address at " + std::to_string(former->second) +
+                              " (expected one)");
     }
 
     void checkRequired(const TagPlace& place) {
@@ -144,6 +156,7 @@ private:
     const std::vector<TagPlace>& m_required;
     std::unordered_map<BD::TagId, std::vector<const ImageTag*>> m_tagsOf;
     std::unordered_map<std::string, std::size_t> m_addresses; ///< where each is first
+    std::unordered_map<unsigned, std::size_t> m_interfaces;   ///< the same
     std::vector<Finding> m_findings;
 };
 

@@ -180,22 +180,24 @@ Assignment parseAssignment(const std::string& word) {
 std::string parseMac(const std::string& word) {
     constexpr std::size_t GROUPS = 6;
     bool isWellFormed = word.size() == 3 * GROUPS - 1;
-    bool isZero = true;
-    for (std::size_t i = 0; isWellFormed && i < word.size(); ++i) {
+    for (std::size_t i = 0; isWellFormed && i < word.size(); ++i)
         isWellFormed = i % 3 == 2 ? word[i] == ':' : digitOf(word[i]) >= 0;
-        isZero = isZero && (word[i] == '0' || word[i] == ':');
-    }
     if (!isWellFormed)
         throw Error(quoted(word) +
                     " is not a MAC address (expected six groups of two hexadecimal digits, "
                     "such as 02:00:00:00:00:07)");
-    // Multicast is the lowest bit of the first byte, which broadcast has set too.
-    if (digitOf(word[1]) % 2 != 0)
-        throw Error(quoted(word) +
-                    " is a multicast or broadcast address (expected the address of one interface)");
-    if (isZero)
-        throw Error(quoted(word) + " is all zero (expected the address of an interface)");
+    if (const auto fault = faultOfAddress(word))
+        throw Error(quoted(word) + " " + *fault);
     return word;
+}
+
+std::optional<std::string> faultOfAddress(const std::string& mac) {
+    // Multicast is the lowest bit of the first byte, which broadcast has set too.
+    if (digitOf(mac[1]) % 2 != 0)
+        return "is a multicast or broadcast address (expected the address of one interface)";
+    if (mac.find_first_not_of("0:") == std::string::npos)
+        return "is all zero (expected the address of an interface)";
+    return std::nullopt;
 }
 
 std::string bigEndian(unsigned value, unsigned width) {

@@ -56,6 +56,10 @@ TagType parseTagType(const std::string& word);
 /// separated by colons; not multicast, broadcast or all zero. Returns the word unchanged.
 std::string parseMac(const std::string& word);
 
+/// Why no interface can have this address, "is all zero (expected ...)"; empty if one can. `mac` is
+/// six groups as above.
+std::optional<std::string> faultOfAddress(const std::string& mac);
+
 /// The six bytes of an address that parseMac has returned.
 std::string macBytes(const std::string& mac);
 

@@ -43,6 +43,12 @@ TEST(DescriptorCheck, ReportsEachFaultWithItsOffset) {
         {END, true, ""},
         {MAC_X + MAC_Y + "00 01 00 0C 02 00 00 00 00 07 00 02 " + END, false,
          "warning 24 MacAddress: 02:00:00:00:00:07 is also at 0 (expected each address once);"},
+        {MAC_X + "00 01 00 0C 02 00 00 00 00 08 00 00 " + END, false,
+         "warning 12 MacAddress: interface 0 has another address at 0 (expected one);"},
+        {"00 01 00 0C FF FF FF FF FF FF 00 00 00 01 00 0C 00 00 00 00 00 00 00 01 " + END, true,
+         "warning 0 MacAddress: FF:FF:FF:FF:FF:FF is a multicast or broadcast address (expected "
+         "the address of one interface);warning 12 MacAddress: 00:00:00:00:00:00 is all zero "
+         "(expected the address of an interface);"},
         {MAC_X + MAC_Y + "12 34 00 04 12 34 00 04 " + END, false, ""},
         {"", false, "warning 0 the image ends" + unended},
         {PRODUCT, false, "warning 8 the image ends" + unended},
