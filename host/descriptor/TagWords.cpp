@@ -58,20 +58,12 @@ bool readId(const std::string& word, BD::TagId& id) {
 }
 
 BD::TagId parseId(const std::string& word) {
-    BD::TagId id = 0;
-    if (readId(word, id))
-        return id;
+    if (const auto id = findTagId(word))
+        return *id;
     std::vector<std::string> names;
-    for (const BD::TagMeaning& meaning : BD::TAG_MEANINGS) {
-        if (!meaning.name)
-            continue;
-        if (word == meaning.name)
-            return meaning.first;
-        names.emplace_back(meaning.name);
-    }
-    // Output calls an identifier without a name "Tag5"; that can be typed too.
-    if (word.rfind("Tag", 0) == 0 && readId(word.substr(3), id) && tagName(id) == word)
-        return id;
+    for (const BD::TagMeaning& meaning : BD::TAG_MEANINGS)
+        if (meaning.name)
+            names.emplace_back(meaning.name);
     throw Error(quoted(word) +
                 " is not a tag (expected 1 to 65534, 0x1 to 0xfffe, or a name such as ProductID)" +
                 didYouMean(word, names));
@@ -127,6 +119,19 @@ unsigned parseNumber(const std::string& word, unsigned maximum, const std::strin
 
 std::string tagName(BD::TagId id) {
     return BD::TAG_ID_TO_STRING(id).c_str();
+}
+
+std::optional<BD::TagId> findTagId(const std::string& word) {
+    BD::TagId id = 0;
+    if (readId(word, id))
+        return id;
+    for (const BD::TagMeaning& meaning : BD::TAG_MEANINGS)
+        if (meaning.name && word == meaning.name)
+            return meaning.first;
+    // Output calls an identifier without a name "Tag5"; that can be typed too.
+    if (word.rfind("Tag", 0) == 0 && readId(word.substr(3), id) && tagName(id) == word)
+        return id;
+    return std::nullopt;
 }
 
 TagPlace parseTagPlace(const std::string& word) {

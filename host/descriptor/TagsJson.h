@@ -24,8 +24,9 @@ enum class TagsAfterEnd { REFUSED, KEPT };
 /// `id` is 1 to 65534, a name such as "ProductID", or 0 for the terminator, which has no data. The
 /// value is `data` or `hex` (hexadecimal digits), `text`, `u8`, `u16`, `u32`, `uint` (4 bytes; each
 /// a number, or a text such as "0x1f"), or `mac` with `iface`, the number of the interface. A
-/// `length` is checked; `name` and `simulated` are ignored. Throws Error that names the line, the
-/// entry, counted from 0, and what was expected there; messages call the text `source`.
+/// `length` is checked; a `name` must not be that of another `id`; `simulated` is ignored. Throws
+/// Error that names the line, the entry, counted from 0, and what was expected there; messages call
+/// the text `source`.
 std::vector<BD::Tag> tagsFromJson(const std::string& text, const std::string& source,
                                   TagsAfterEnd afterEnd = TagsAfterEnd::REFUSED);
 

@@ -33,6 +33,18 @@ const std::vector<std::string>& TagEntry::valueKeys() {
 }
 
 BD::TagId TagEntry::id() const {
+    const BD::TagId id = idAlone();
+    const JsonMember* const member = m_entry.find("name");
+    if (!member || !member->value.is_string())
+        return id;
+    const BD::TagId named = findTagId(member->value.get<std::string>()).value_or(id);
+    if (named != id)
+        m_entry.fail(member, "\"name\" is that of id " + std::to_string(named) + " but \"id\" is " +
+                                 std::to_string(id) + " (expected \"" + tagName(id) + "\")");
+    return id;
+}
+
+BD::TagId TagEntry::idAlone() const {
     constexpr char EXPECTED[] = " (expected 1 to 65534, a name, or 0 for the terminator)";
     const JsonMember* const member = m_entry.find("id");
     if (!member)

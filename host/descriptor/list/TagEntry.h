@@ -22,7 +22,8 @@ public:
     /// `entry` must exist as long as this.
     explicit TagEntry(const JsonEntry& entry) : m_entry(entry) {}
 
-    /// The identifier: a number from 1 to 65534, 0 for the terminator, or a name.
+    /// The identifier: a number from 1 to 65534, 0 for the terminator, or a name. Throws if "name"
+    /// is the name of another identifier; any other text there, such as a remark, passes.
     BD::TagId id() const;
 
     /// The one member among `keys`; throws if there are several, or none.
@@ -46,6 +47,7 @@ public:
     std::optional<unsigned> interface() const;
 
 private:
+    BD::TagId idAlone() const;
     std::string hex(const JsonMember& member) const;
     std::string bytesOf(const JsonMember& member) const;
 

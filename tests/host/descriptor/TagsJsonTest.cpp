@@ -25,6 +25,8 @@ TEST(TagsJson, RejectsTagsThatNoImageCanHoldOrThatMayBeAMistake) {
         {R"([{"id":"5.1","data":""}])",
          R"(1: entry 0: "id" names an occurrence; entries are counted in their order (expected )"
          "1 to 65534, a name, or 0 for the terminator)"},
+        {"[{\"id\":45,\n\"name\":\"MacAddress\",\"data\":\"12345678\"}]",
+         R"(2: entry 0: "name" is that of id 1 but "id" is 45 (expected "ProductID"))"},
         {R"([{"id":5,"data":7}])",
          R"(1: entry 0: "data" is not a text (expected hexadecimal digits))"},
         {"[{\"id\":5,\n\"hex\":\"123\"}]",
@@ -80,7 +82,7 @@ TEST(TagsJson, ReadsNamesAndTypedValues) {
         {"id":"ProductID","hex":"1234aBcD","length":4},
         {"id":"MacAddress","mac":"02:00:00:00:00:fF","iface":258},
         {"id":"0x5","text":"\u00e9:="},
-        {"id":65534,"u8":255}, {"id":7,"u16":"0x102"}, {"id":7,"u32":16909060},
+        {"id":65534,"name":"mode","u8":255}, {"id":7,"u16":"0x102"}, {"id":7,"u32":16909060},
         {"id":7,"uint":1, "name":[{"id":[]}]}, {"id":0,"data":""}])";
     EXPECT_EQ(support::hexOf(board::imageOf(board::tagsFromJson(text, "tags"))),
               support::toHex(
