@@ -86,6 +86,7 @@ void note(const DescriptorTarget& target, StoreOutcome& outcome) {
     outcome.isDevice = target.isDevice();
     outcome.isTorn = target.isTorn();
     outcome.before = target.found();
+    outcome.after = outcome.before; // until something is written
     outcome.notes = target.notes();
 }
 
@@ -93,6 +94,7 @@ void store(DescriptorTarget& target, const StoreManner& manner, const std::strin
            const Confirm& confirm, StoreOutcome& outcome) {
     if (manner.dryRun) {
         outcome.result = StoreResult::UNCHANGED;
+        outcome.wouldWrite = true;
         return;
     }
     if (target.isDevice())
@@ -100,6 +102,7 @@ void store(DescriptorTarget& target, const StoreManner& manner, const std::strin
     if (manner.keepOld)
         outcome.backup = keepImage(target.old().bytes(), target.path(), manner.backup);
     const std::string after = afterwards(target, content);
+    outcome.after.reset();
     try {
         target.write(content, canKeepJournal(manner), outcome.backup,
                      recordOf(manner, outcome, after), outcome.result);
@@ -132,7 +135,6 @@ void editDescriptor(const DescriptorSource& source, const StoreManner& manner,
         refuseWrongSizes(target.path(), outcome.changes);
     if (outcome.changes.empty() && !target.isTorn()) {
         outcome.result = StoreResult::UNCHANGED;
-        outcome.after = outcome.before;
         return;
     }
     const std::string content = outcome.isDevice ? outcome.image : fileContent(old, outcome.image);
@@ -152,7 +154,6 @@ void writeDescriptor(const DescriptorSource& source, const StoreManner& manner,
         target.isDevice() ? former.compare(0, content.size(), content) == 0 : former == content;
     if (isInPlace && !target.isTorn()) {
         outcome.result = StoreResult::UNCHANGED;
-        outcome.after = outcome.before;
         return;
     }
     store(target, manner, content, confirm, outcome);

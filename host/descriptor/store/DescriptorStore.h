@@ -42,6 +42,7 @@ struct StoreOutcome {
     std::string backup;                ///< the file with the old image; empty if it was not kept
     std::optional<std::string> before; ///< all bytes before
     std::optional<std::string> after;  ///< all bytes afterwards; empty if they can't be read
+    bool wouldWrite = false;           ///< it was a dry run, and there is something to write
     std::vector<std::string> notes;    ///< messages about earlier writes
 };
 

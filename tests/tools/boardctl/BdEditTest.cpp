@@ -57,8 +57,8 @@ TEST(BdEdit, WritesAChangeOnlyIfItIsOneAndCanBeKept) {
 $ printf '[{"id":45,"data":"1234abcd"},{"id":5,"data":"6f6e651b"},{"id":0,"data":""}]' >tags
 $ boardctl bd build tags -o image; cp image before
 $ json bd set 5=text:two -i image --dry-run
-{ "image": "image", "device": false, "result": "unchanged", "changes": [ { "position": 1, "id": 5, "name": "Tag5", "old": "6f6e651b", "new": "74776f00" } ], "written": false, "backup": null }
-$ boardctl bd set 5=hex:6f6e651b -i image
+{ "image": "image", "device": false, "result": "unchanged", "changes": [ { "position": 1, "id": 5, "name": "Tag5", "old": "6f6e651b", "new": "74776f00" } ], "written": false, "backup": null, "dry_run": true }
+$ boardctl bd set 5=hex:6f6e651b -i image --dry-run
 image: already up to date; nothing was written
 $ boardctl bd set 45=u8:1 6=u8:1 -i image
 ! boardctl: ERR TAG '6:=Tag6' NOT FOUND

@@ -85,7 +85,6 @@ int store(const Options& options, const EditWords& words, bool isEdit, const Sto
             complain(path + ": an earlier write was interrupted");
     } catch (const Declined& refusal) {
         outcome.result = board::StoreResult::DECLINED;
-        outcome.after = outcome.before;
         error = refusal.what();
         status = DECLINED;
     } catch (const board::Error& failure) {
@@ -109,7 +108,7 @@ int store(const Options& options, const EditWords& words, bool isEdit, const Sto
         if (!isShown)
             show(std::cout);
         if (!words.quiet)
-            printOutcome(path, outcome, words.manner.dryRun);
+            printOutcome(path, outcome);
     }
     if (flushOutput())
         return status;

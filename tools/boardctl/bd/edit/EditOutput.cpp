@@ -55,13 +55,12 @@ void printChanges(std::ostream& out, const std::vector<board::TagChange>& change
     }
 }
 
-void printOutcome(const std::string& path, const board::StoreOutcome& outcome, bool isDryRun) {
+void printOutcome(const std::string& path, const board::StoreOutcome& outcome) {
     std::cout << path << ": ";
     if (outcome.result == board::StoreResult::WRITTEN)
         std::cout << "written" << backupNote(outcome) << "\n";
     else
-        std::cout << (isDryRun && outcome.before != outcome.after ? "dry run"
-                                                                  : "already up to date")
+        std::cout << (outcome.wouldWrite ? "dry run" : "already up to date")
                   << "; nothing was written\n";
 }
 
@@ -100,6 +99,8 @@ void printOutcomeAsJson(const std::string& path, const board::StoreOutcome& outc
     }
     json["written"] = outcome.result == board::StoreResult::WRITTEN;
     json["backup"] = outcome.backup.empty() ? ordered_json(nullptr) : ordered_json(outcome.backup);
+    if (outcome.wouldWrite)
+        json["dry_run"] = true;
     if (outcome.isTorn)
         json["interrupted"] = true;
     if (!error.empty())

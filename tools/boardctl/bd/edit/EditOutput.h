@@ -15,7 +15,7 @@ namespace boardctl {
 void printChanges(std::ostream& out, const std::vector<board::TagChange>& changes);
 
 /// What was done, for people.
-void printOutcome(const std::string& path, const board::StoreOutcome& outcome, bool isDryRun);
+void printOutcome(const std::string& path, const board::StoreOutcome& outcome);
 
 /// What was done, for programs: "unchanged", "written", "restored", "failed" or "declined".
 const char* nameOf(board::StoreResult result);
