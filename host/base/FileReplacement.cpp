@@ -145,8 +145,10 @@ private:
 
 } // namespace
 
-FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_path(path) {
-    for (;;) {
+FileReplacement::FileReplacement(const std::string& path, Manner manner,
+                                 const std::function<void()>& onWait)
+    : m_path(path) {
+    for (bool isWaiting = false;;) {
         m_target = behindLinks(path);
         struct stat named {};
         if (::stat(m_target.c_str(), &named) != 0) {
@@ -165,7 +167,13 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner) : m_pat
             failWith(path, "can't open for writing", errno);
         m_inPlace = manner == Manner::IN_PLACE || isDevice || isOfDeviceTree(m_lock);
         struct stat locked {};
-        if (!tryLockWaiting(m_lock)) // a signal may end the wait
+        bool isLocked = tryLock(m_lock);
+        if (!isLocked && errno == EWOULDBLOCK) {
+            if (!std::exchange(isWaiting, true))
+                onWait();
+            isLocked = tryLockWaiting(m_lock); // a signal may end the wait
+        }
+        if (!isLocked)
             failWith(path, "can't lock", errno);
         if (::fstat(m_lock.number(), &locked) != 0)
             failWith(path, "can't examine the file", errno);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "base/FileDescriptor.h"
@@ -19,10 +20,13 @@ public:
     /// in place, for a file that simulates a board's device.
     enum class Manner { BY_KIND, IN_PLACE };
 
-    /// Waits for the lock on `path`. A file that does not exist is not locked; `commit` creates it,
-    /// and replaces one that has appeared in the meantime. Throws Error for folders, pipes and
-    /// sockets, and if the file can't be opened or locked.
-    explicit FileReplacement(const std::string& path, Manner manner = Manner::BY_KIND);
+    /// Waits for the lock on `path`. If another program holds it, calls `onWait` once before that.
+    /// A file that does not exist is not locked; `commit` creates it, and replaces one that has
+    /// appeared in the meantime. Throws Error for folders, pipes and sockets, and if the file can't
+    /// be opened or locked.
+    explicit FileReplacement(
+        const std::string& path, Manner manner = Manner::BY_KIND,
+        const std::function<void()>& onWait = [] {});
 
     /// Whether there was a file when this object was made; it is locked since then.
     bool exists() const { return m_lock.isOpen(); }

@@ -121,7 +121,7 @@ void store(DescriptorTarget& target, const StoreManner& manner, const std::strin
 void editDescriptor(const DescriptorSource& source, const StoreManner& manner,
                     const std::function<void(DescriptorEdit&)>& step, const Confirm& confirm,
                     StoreOutcome& outcome) {
-    DescriptorTarget target(source, manner.dryRun);
+    DescriptorTarget target(source, manner.dryRun, manner.onWait);
     note(target, outcome);
     DescriptorEdit edit(target.old());
     const TagImage& old = edit.original();
@@ -145,7 +145,7 @@ void editDescriptor(const DescriptorSource& source, const StoreManner& manner,
 void writeDescriptor(const DescriptorSource& source, const StoreManner& manner,
                      const TagImage& image, const Confirm& confirm, StoreOutcome& outcome) {
     outcome.image = terminated(image);
-    DescriptorTarget target(source, manner.dryRun);
+    DescriptorTarget target(source, manner.dryRun, manner.onWait);
     note(target, outcome);
     target.expectRoom(outcome.image);
     const std::string content = writtenContent(target, outcome.image, manner.fill);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "base/FileReplacement.h"
@@ -21,9 +22,11 @@ enum class StoreResult {
 /// The file or device of a descriptor, locked for one change. One thread.
 class DescriptorTarget {
 public:
-    /// Waits for the lock and reads the bytes. Throws Error for character devices and everything
-    /// that can't be locked or read. With `isReading`, nothing will be written.
-    DescriptorTarget(const DescriptorSource& source, bool isReading);
+    /// Waits for the lock, after calling `onWait` if another program holds it, and reads the bytes.
+    /// Throws Error for character devices and everything that can't be locked or read. With
+    /// `isReading`, nothing will be written.
+    DescriptorTarget(const DescriptorSource& source, bool isReading,
+                     const std::function<void()>& onWait);
 
     const std::string& path() const { return m_path; }
     /// Whether it is written in place; a file is replaced.

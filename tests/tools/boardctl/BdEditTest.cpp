@@ -84,6 +84,9 @@ $ boardctl bd add 19=u8:1 -i image --backup new >/dev/full; boardctl bd get 19.1
 0100
 ! boardctl: can't write to standard output: No space left on device
 ! boardctl: image: was written anyway; the old image is in new
+$ mkfifo said; exec 9<image; flock 9; boardctl bd put 19.1=u8:2 -i image -q 2>said 9<&- & read -r line <said; echo "$line"; flock -u 9; wait $!; boardctl bd get 19.1 -i image
+boardctl: image: is locked by another program; waiting
+0200
 )sh");
 }
 

@@ -87,7 +87,9 @@ Built imageOf(const BuildWords& words, const std::vector<board::Assignment>& ass
 /// Stores the image in the file. If that changes a file with content, its content is kept first.
 /// Returns whether anything was written.
 bool store(const BuildWords& words, const std::string& image, std::string& backup) {
-    board::FileReplacement target(words.target);
+    board::FileReplacement target(words.target, board::FileReplacement::Manner::BY_KIND, [&] {
+        complain(words.target + ": is locked by another program; waiting");
+    });
     // What a character device such as /dev/null holds is not read: it may have no end.
     if (target.exists() && board::kindOf(words.target) != board::FileKind::CHARACTER_DEVICE) {
         const std::string old = target.content(board::MAX_TAGS_JSON);
