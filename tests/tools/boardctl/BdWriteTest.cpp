@@ -55,11 +55,11 @@ $ for i in image ./before new; do boardctl bd write before -i image --force --ba
 ! boardctl: new: is new itself (expected another file for the record)
 [1]
 $ mkfifo pipe; boardctl bd write before -i image --force --fill 00 --record pipe; wrong bd write before -i image --record -
-! boardctl: pipe: is a pipe (expected a file for the record)
 boardctl: --record -: standard output has the result (expected a file)
-$ printf '[{"id":5,"data":"%01008d"}]' 0 | boardctl --board sim/board.toml bd write - -y
+! boardctl: pipe: is a pipe (expected a file for the record)
+$ printf '[{"id":5,"data":"%01008d"}]' 0 | boardctl --board sim/board.toml bd write - -y --record log; tr , '\n' <log | grep -c `sha256sum <before | cut -c -64`
+2
 ! boardctl: sim/eeprom.bin: the image would have 512 bytes (expected fewer than the device's 512)
-[1]
 $ cmp image before; cmp sim/eeprom.bin before; ls state 2>&- | wc -l; wrong bd write image -i image --fill F
 0
 boardctl: --fill: 'F' (expected two hexadecimal digits, such as FF)
