@@ -141,7 +141,7 @@ private:
             m_behind.push_front(std::move(m_front.back()));
     }
 
-    std::vector<EditedTag> m_front;       ///< the tags up to the last one inserted before others
+    std::vector<EditedTag> m_front;       ///< up to where a tag was last inserted or removed
     std::deque<EditedTag> m_behind;       ///< the others
     mutable std::optional<Index> m_index; ///< made by the first look-up
 };

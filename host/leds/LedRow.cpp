@@ -16,4 +16,11 @@ bool hasRow(const LedSequencerProfile& tables, const std::string& word1, const s
     });
 }
 
+std::uint32_t shownLeds(const LedSequencerProfile& tables) {
+    std::uint32_t shown = 0;
+    for (const LedSequencerProfile::File& file : tables.files)
+        shown |= static_cast<std::uint32_t>(file.mask);
+    return shown;
+}
+
 } // namespace board

@@ -79,6 +79,9 @@ LedCtrl::CmdDef definitionOf(const LedRow& row);
 bool hasRow(const LedSequencerProfile& tables, const std::string& word1, const std::string& word2,
             std::optional<std::int32_t> number);
 
+/// The LEDs that have a file, as a mask.
+std::uint32_t shownLeds(const LedSequencerProfile& tables);
+
 /// Calls `act` with the number of each bit in `mask`, from 0 to 31.
 template <class Act>
 void forEachLed(std::uint32_t mask, Act act) {

@@ -49,7 +49,7 @@ protected:
     /// no line names the row.
     std::vector<LedHold> holds() const;
     /// True if the result of `holds` may have changed since the last call. What drives an LED
-    /// changes only then, and with a flash.
+    /// changes only if this is true, or when a flash begins or ends.
     bool hasChanged() { return std::exchange(m_hasChanged, false); }
     /// Holds again what `holds` returned before the service was restarted. Call it after
     /// `runDefaults`, with the same table.

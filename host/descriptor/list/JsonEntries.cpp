@@ -1,7 +1,6 @@
 #include "descriptor/list/JsonEntries.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 
 #include "base/Error.h"

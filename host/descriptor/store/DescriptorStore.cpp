@@ -54,7 +54,7 @@ void refuseWrongSizes(const std::string& path, const std::vector<TagChange>& cha
                     "; nothing was written (--force writes it anyway)");
 }
 
-/// All bytes once `content` is written.
+/// All bytes of the target after `content` has been written.
 std::string afterwards(const DescriptorTarget& target, const std::string& content) {
     const std::string& old = target.old().bytes();
     const bool isLonger = target.isDevice() && old.size() > content.size();

@@ -40,7 +40,7 @@ public:
     /// Whether an earlier write to the device was interrupted, so that it holds neither image whole
     /// and must be written even if the tags do not change.
     bool isTorn() const { return m_journals.unfinished.has_value(); }
-    /// Messages about earlier writes, whose records were completed.
+    /// Messages about earlier writes, whose records were completed or can't be.
     const std::vector<std::string>& notes() const { return m_journals.notes; }
 
     /// Throws Error if `content` is too large.

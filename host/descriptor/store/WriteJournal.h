@@ -43,7 +43,7 @@ private:
 /// What the journals of a device or image file tell.
 struct JournalFindings {
     std::optional<UnfinishedWrite> unfinished; ///< the write that left the bytes on the device
-    std::vector<std::string> notes;            ///< for the user: records that were completed
+    std::vector<std::string> notes; ///< for the user: records that were completed, or can't be
 };
 
 /// Finds the write that left `bytes` on the locked device: they begin with the new image and go on
@@ -51,7 +51,7 @@ struct JournalFindings {
 /// mixture, so it is left alone. An image file is never left like that.
 ///
 /// Removes the journals of writes that left the device or file whole. If such a write ended before
-/// its line was in the record, appends the line first.
+/// its line was in the record, appends the line first; if that fails, its journal stays.
 JournalFindings readJournals(const std::string& device, const std::string& bytes, bool isDevice);
 
 /// The same without changing anything, so without notes.

@@ -17,12 +17,12 @@ std::vector<LedFinding> checkLeds(const Profile& profile) {
     if (tables.tickUs() == 0)
         findings.add(LedFinding::Level::MISTAKE, "tick_ms",
                      std::to_string(tables.tickMs) +
-                         " is not a tick that the service can use: it stays idle");
+                         " is not a usable tick period: the service stays idle");
     if (tables.access != LedCtrl::ACCESS_FILES && tables.access != LedCtrl::ACCESS_NONE)
         findings.add(LedFinding::Level::MISTAKE, "access",
                      std::to_string(tables.access) + " is not an access method: nothing is shown");
     const LedRows rows(tables);
-    checkLedEntries(tables, profile.leds, findings);
+    checkLedFiles(tables, profile.leds, findings);
     checkLedRows(tables, rows, findings);
     checkLedStart(tables, findings);
     checkLedLights(tables, rows, findings);

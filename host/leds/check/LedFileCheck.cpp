@@ -21,8 +21,8 @@ std::string fileOf(const std::string& path) {
 
 } // namespace
 
-void checkLedEntries(const LedSequencerProfile& tables, const std::vector<LedDeviceProfile>& leds,
-                     LedFindings& findings) {
+void checkLedFiles(const LedSequencerProfile& tables, const std::vector<LedDeviceProfile>& leds,
+                   LedFindings& findings) {
     std::map<std::int32_t, const LedFile*> masks;
     std::map<std::string, std::vector<const LedFile*>> files;
     for (const LedFile& file : tables.files) {

@@ -63,7 +63,6 @@ void checkLedLights(const LedSequencerProfile& tables, const LedRows& rows, LedF
     checkUnlit(tables, rows, findings);
     bool hasOff = false;
     std::set<std::pair<std::string_view, std::uint32_t>> stops;
-    std::uint32_t shown = 0;
     for (const LedRow& row : tables.commands) {
         if (row.action == LedCtrl::ACTION_OFF && rows.runs(row))
             hasOff = true;
@@ -73,8 +72,7 @@ void checkLedLights(const LedSequencerProfile& tables, const LedRows& rows, LedF
     }
     if (!hasOff && stops.empty()) // a table that only ever changes what is lit
         return;
-    for (const LedSequencerProfile::File& file : tables.files)
-        shown |= static_cast<std::uint32_t>(file.mask);
+    const std::uint32_t shown = shownLeds(tables);
     const StateEnds ends(tables, rows);
     for (const LedRow& row : tables.commands) {
         if (!rows.runs(row))

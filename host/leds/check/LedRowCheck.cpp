@@ -9,10 +9,7 @@ namespace {
 class RowCheck {
 public:
     RowCheck(const LedSequencerProfile& tables, const LedRows& rows, LedFindings& findings)
-        : m_tables(tables), m_rows(rows), m_findings(findings) {
-        for (const LedSequencerProfile::File& file : tables.files)
-            m_shown |= static_cast<std::uint32_t>(file.mask);
-    }
+        : m_tables(tables), m_rows(rows), m_findings(findings), m_shown(shownLeds(tables)) {}
 
     void check(const LedRow& row) {
         checkWords(row);
@@ -119,7 +116,7 @@ private:
     const LedSequencerProfile& m_tables;
     const LedRows& m_rows;
     LedFindings& m_findings;
-    std::uint32_t m_shown = 0; ///< the LEDs that have a file
+    const std::uint32_t m_shown; ///< the LEDs that have a file
 };
 
 } // namespace

@@ -109,12 +109,12 @@ private:
         else if (loss.leds == row.mask)
             findings.add(LedFinding::Level::MISTAKE, row, "default",
                          "the start does not show this row: " + loss.by->place +
-                             ", a default row too, changes its LEDs before the first tick");
+                             ", also a default row, changes its LEDs before the first tick");
         else
             findings.add(LedFinding::Level::DOUBT, row, "default",
                          "the start does not show this row on " + hexOf(loss.leds) + ": " +
                              loss.by->place +
-                             ", a default row too, changes that before the first tick");
+                             ", also a default row, changes that before the first tick");
     }
 
     /// What actions do to each other and to the states that they hide.
@@ -136,7 +136,7 @@ private:
             if (shared != 0)
                 findings.add(LedFinding::Level::DOUBT, row, "default",
                              "the start mixes this row with " + other->place +
-                                 ", a default row too: " + hexOf(shared) +
+                                 ", also a default row: " + hexOf(shared) +
                                  " is lit when either row lights it");
         }
         std::map<std::size_t, std::pair<const LedRow*, std::uint32_t>> hidden;

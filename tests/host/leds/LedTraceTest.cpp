@@ -13,7 +13,7 @@ using support::below, support::Random, support::randomLine, support::randomTable
 
 namespace {
 
-/// The library's engine as it is, ticked by hand.
+/// The library's sequencer as it is, ticked by hand.
 class Plain : public LedCtrl {
 public:
     explicit Plain(const std::vector<CmdDef>& rows)

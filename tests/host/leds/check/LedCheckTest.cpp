@@ -110,7 +110,7 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
          "a default row of the same group, ends it before the first tick"},
         {row("a b", start) + row("a c", blink + "default = true"),
          row("a b", start) + row("a c", "mask = 2\naction = 'blink'\ndefault = true"),
-         "a default row too, changes its LEDs before the first tick"},
+         "also a default row, changes its LEDs before the first tick"},
         {row("a b", "mask = 3\naction = 'on'\ndefault = true") +
              row("a c", blink + "default = true"),
          row("a c", blink + "default = true") +
@@ -168,7 +168,7 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
         EXPECT_EQ(found.find('\n') + 1, found.size()) << "more than one finding: " << found;
         EXPECT_EQ(findingsOf("[leds]\n" + each.right + LAMPS), "") << each.finding;
     }
-    EXPECT_NE(findingsOf("[leds]\ntick_ms = 0\n" + LAMPS).find("it stays idle"), std::string::npos);
+    EXPECT_NE(findingsOf("[leds]\ntick_ms = 0\n" + LAMPS).find("stays idle"), std::string::npos);
     const std::string hidden = file("8", "eight") + row("a b", on) + //
                                row("a b", "mask = 8\naction = 'flash'");
     EXPECT_NE(findingsOf("[leds]\n" + hidden + LAMPS).find("no row that runs lights 0x8"),

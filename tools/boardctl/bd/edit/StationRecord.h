@@ -20,8 +20,8 @@ public:
     static std::string line(const std::string& device, const board::StoreOutcome& outcome,
                             const std::string& error);
 
-    /// Appends that line, unless something was written: the store has then done it. Throws
-    /// board::Error on failure. Does nothing if no file is open.
+    /// Appends that line, except after a write: the store has then appended it. Throws board::Error
+    /// on failure. Does nothing if no file is open.
     void append(const std::string& device, const board::StoreOutcome& outcome,
                 const std::string& error) const;
 
