@@ -10,6 +10,7 @@ import random
 import subprocess
 import sys
 import tempfile
+import xml.etree.ElementTree
 
 from selenium import webdriver
 from selenium.webdriver.common.by import By
@@ -38,11 +39,19 @@ command = [
     {{ word1 = "search", word2 = "stop", mask = 0x30, action = "roll-stop", group = 3 }},
     {{ word1 = "line", word2 = "ring", mask = 0x1, action = "off" }},
     {{ word1 = "all", word2 = "defaults", mask = 0, action = "defaults" }},
+    {{ word1 = "solo", word2 = "", mask = 0x1, action = "flash" }},
 ]
 """
 SCRIPT = ["2 search start", "40 line ring", "45 lamp test", "52 alarm once", "70 system ready", "71 no row"]
 TICKS = 100
 LIT = "return [...document.querySelectorAll('#panel li')].map((lamp) => lamp.dataset.lit).join('')"
+# The tooltips of all segments of the run, and the words that `leds preview` writes for each of them.
+TITLES = """const titles = new Set();
+for (let at = 0; at < arguments[0]; ++at) {
+    player.seek(at);
+    for (const title of document.querySelectorAll('#waves g[data-led] > title')) titles.add(title.textContent);
+}
+return [...titles]"""
 ALL_LIT = f"return Array.from({{ length: arguments[0] }}, (_, at) => {{ player.seek(at); {LIT} }})"
 
 
@@ -56,6 +65,16 @@ def moments(boardctl, profile, lines, ticks):
     """What the LEDs show in each tick, by the JSON of the preview."""
     waves = [led["wave"] for led in json.loads(preview(boardctl, profile, "json", lines, ticks))["leds"]]
     return ["".join(marks) for marks in zip(*waves)]
+
+
+def is_light(title):
+    """Whether it is the tooltip of an LED that something lights. The page does not know what has ended a command."""
+    return ", from " in title and ": dark, " not in title
+
+
+def drawn_titles(boardctl, profile, lines, ticks):
+    picture = xml.etree.ElementTree.fromstring(preview(boardctl, profile, "svg", lines, ticks))
+    return {title.text for title in picture.iter("{http://www.w3.org/2000/svg}title") if is_light(title.text)}
 
 
 def browser():
@@ -92,13 +111,16 @@ class Page:
     def buttons(self):
         return self.driver.find_elements(By.CSS_SELECTOR, "#rows button")
 
-    def shows_the_scripted_run(self):
-        expected = moments(self.boardctl, self.profile, SCRIPT, TICKS)
-        assert self.driver.execute_script(ALL_LIT, TICKS) == expected
+    def shows(self, lines, ticks):
+        expected = moments(self.boardctl, self.profile, lines, ticks)
+        assert self.driver.execute_script(ALL_LIT, ticks) == expected, lines
+        titles = {title for title in self.driver.execute_script(TITLES, ticks) if is_light(title)}
+        expected = drawn_titles(self.boardctl, self.profile, lines, ticks)
+        assert titles == expected, (lines, titles ^ expected)
 
 
 def test_steps_and_plays_by_keyboard(page):
-    page.shows_the_scripted_run()
+    page.shows(SCRIPT, TICKS)
     expected = moments(page.boardctl, page.profile, SCRIPT, TICKS)
     page.press(Keys.HOME)
     for tick in range(1, 6):
@@ -130,9 +152,21 @@ def test_plays_commands_from_any_tick(page, seed):
         lines.append(f"{page.tick()} {words}")
         page.driver.execute_script("player.seek(arguments[0])", page.tick() + chance.randrange(40))
     ticks = page.tick() + 1
-    assert page.driver.execute_script(ALL_LIT, ticks) == moments(page.boardctl, page.profile, lines, ticks), lines
-    page.driver.find_element(By.ID, "first").click()
-    page.shows_the_scripted_run()
+    for _ in range(2):  # the second time, there is nothing beyond the end
+        page.press(Keys.END)
+        assert page.tick() == ticks - 1
+    page.press(Keys.HOME)
+    page.shows(lines, ticks)
+    page.driver.find_element(By.ID, "script").click()
+    page.shows(SCRIPT, TICKS)
+
+
+def test_space_plays_after_a_click_on_a_command(page):
+    page.driver.execute_script("player.seek(5)")
+    page.buttons()[0].click()
+    webdriver.ActionChains(page.driver).send_keys(" ").perform()
+    assert page.driver.find_element(By.ID, "play").text == "Pause"
+    page.driver.find_element(By.ID, "script").click()
 
 
 def test_shows_texts_as_text_and_fetches_nothing(page):
@@ -154,17 +188,18 @@ def test_fits_a_phone(page):
 def test_offers_the_script_only_if_there_are_too_many_states(page):
     assert page.buttons() == []
     assert "too many for this page" in page.driver.find_element(By.ID, "hint").text
-    page.shows_the_scripted_run()
+    page.shows(SCRIPT, TICKS)
 
 
 def main():
     boardctl = os.path.abspath(sys.argv[1])
     with tempfile.TemporaryDirectory() as folder, browser() as driver:
         page = Page(driver, boardctl, pathlib.Path(folder), 500)
-        assert len(page.buttons()) == 9, "a row that no line reaches has no button"
+        assert len(page.buttons()) == 10, "a row that no line reaches has no button"
         test_steps_and_plays_by_keyboard(page)
         for seed in range(10):
             test_plays_commands_from_any_tick(page, seed)
+        test_space_plays_after_a_click_on_a_command(page)
         test_shows_texts_as_text_and_fetches_nothing(page)
         test_fits_a_phone(page)
         test_offers_the_script_only_if_there_are_too_many_states(

@@ -133,7 +133,8 @@ void drawHidden(Svg& svg, LedLight light, const LedStretch& stretch, const std::
     if (light != LedLight::STEADY && light != LedLight::BLINK && light != LedLight::ROLL)
         return;
     svg.line(stretch.left, y, stretch.right, y, ink,
-             " stroke-width=\"" + svgNumber(HIDDEN_HEIGHT) + "\"" + dashesOf(light));
+             " class=\"hidden\" stroke-width=\"" + svgNumber(HIDDEN_HEIGHT) + "\"" +
+                 dashesOf(light));
 }
 
 std::string lightText(const LedDrive& drive) {

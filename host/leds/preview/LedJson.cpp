@@ -17,8 +17,11 @@ ordered_json segmentJson(const LedSegment& segment, const LedWaves& waves) {
     ordered_json json = {{"from", segment.begin}, {"to", segment.end}};
     json.update(driveJson(segment.drive, waves));
     json["covered"] = ordered_json::array();
-    for (const LedDrive& covered : segment.covers)
-        json["covered"].push_back(driveJson(covered, waves));
+    for (const LedCover& cover : segment.covers) {
+        ordered_json covered = {{"from", cover.begin}, {"to", cover.end}};
+        covered.update(driveJson(cover.drive, waves));
+        json["covered"].push_back(std::move(covered));
+    }
     return json;
 }
 

@@ -1,6 +1,6 @@
 #include "leds/preview/LedPage.h"
 
-#include <algorithm>
+#include <unordered_map>
 
 #include "base/Text.h"
 #include "leds/preview/LedGlyphs.h"
@@ -23,21 +23,37 @@ ordered_json rowJson(const LedSequencerProfile::Command& row, bool isReachable) 
     for (const auto& [word, number] : LED_ACTIONS)
         if (number == row.action)
             action = word;
-    return {{"line", wordsOf(row)},     {"place", row.place},      {"mask", row.mask},
+    return {{"line", commandOf(row)},   {"place", row.place},      {"mask", row.mask},
             {"action", action},         {"group", row.group},      {"time_ms", row.timeMs},
             {"default", row.isDefault}, {"reachable", isReachable}};
 }
 
-/// The index of `item` in `list`, where it is added if it is missing.
-std::size_t indexIn(ordered_json& list, const ordered_json& item) {
-    const auto found = std::find(list.begin(), list.end(), item);
-    const auto index = static_cast<std::size_t>(found - list.begin());
-    if (found == list.end())
-        list.push_back(item);
-    return index;
+ordered_json driveJson(const LedDrive& drive) {
+    return {drive.row, lightWord(drive.light), drive.isTimed};
 }
 
-ordered_json machineJson(const LedMachine& machine, ordered_json& looks) {
+/// What states look like, each once.
+class Looks {
+public:
+    std::size_t indexOf(const LedMachine::State& state) {
+        ordered_json look = driveJson(*state.drive);
+        look.push_back(ordered_json::array());
+        for (const LedDrive& cover : state.covers)
+            look.back().push_back(driveJson(cover));
+        const auto [known, isNew] = m_indices.emplace(look.dump(), m_list.size());
+        if (isNew)
+            m_list.push_back(std::move(look));
+        return known->second;
+    }
+
+    ordered_json take() { return std::move(m_list); }
+
+private:
+    ordered_json m_list = ordered_json::array();
+    std::unordered_map<std::string, std::size_t> m_indices;
+};
+
+ordered_json machineJson(const LedMachine& machine, Looks& looks) {
     std::string lit;
     ordered_json look = ordered_json::array(), next = ordered_json::array();
     for (std::size_t input = 0; input <= machine.rows.size(); ++input)
@@ -48,11 +64,7 @@ ordered_json machineJson(const LedMachine& machine, ordered_json& looks) {
             next[input].push_back(state.next[input] == LedMachine::NOT_LISTED
                                       ? ordered_json(-1)
                                       : ordered_json(state.next[input]));
-        if (state.drive)
-            look.push_back(indexIn(looks, {state.drive->row, lightWord(state.drive->light),
-                                           state.drive->isTimed, lightWord(state.hidden)}));
-        else
-            look.push_back(-1);
+        look.push_back(state.drive ? ordered_json(looks.indexOf(state)) : ordered_json(-1));
     }
     return {
         {"rows", machine.rows}, {"lit", lit}, {"look", look}, {"next", next}, {"run", machine.run}};
@@ -80,14 +92,14 @@ std::string pageData(const LedSequencerProfile& profile, const LedWaves& given) 
     data["blink"] = blinkPhases(profile);
     data["repeat"] = BLINK_PERIOD;
     data["most"] = MOST_LED_STATES;
-    ordered_json looks = ordered_json::array();
+    Looks looks;
     data["machines"] = nullptr;
     if (const auto machines = exploreLeds(profile, given)) {
         data["machines"] = ordered_json::array();
         for (const LedMachine& machine : *machines)
             data["machines"].push_back(machineJson(machine, looks));
     }
-    data["looks"] = std::move(looks);
+    data["looks"] = looks.take();
     const std::string text = data.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
     std::string safe; // nothing in it can end the element that holds it
     for (const char c : text)

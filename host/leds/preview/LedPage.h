@@ -13,8 +13,9 @@ std::string ledsToHtml(const LedSequencerProfile& profile, const LedWaves& waves
                        const std::string& title);
 
 /// What the page knows, as JSON: {"preview", see LedJson.h; "rows"; "blink", see blinkPhases;
-/// "repeat", its period; "looks", what a state may look like: row, light, whether it is timed,
-/// light that it hides; "most", the limit of states; "machines", null beyond it}.
+/// "repeat", its period; "looks", what a state may look like: row, light, whether it is timed, and
+/// a list of the same for what it hides, the lowest last; "most", the limit of states; "machines",
+/// null beyond it}.
 ///
 /// A machine belongs to the LED with the same index. It has "rows", "look" (for each state an index
 /// in "looks", or -1), "lit" (a digit for each state: 1 if it is lit while what blinks is dark,

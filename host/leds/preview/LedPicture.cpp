@@ -27,6 +27,8 @@ constexpr double BELOW = 46;   ///< height of the axis with its numbers and unit
 constexpr double SAMPLE = 30;  ///< width of a sample in the legend
 constexpr double LEGEND_ROW = 26;
 constexpr double MS_A_SECOND = 1000;
+constexpr std::size_t MOST_NAME = 24;      ///< columns of a name; its tooltip has all of it
+constexpr std::size_t MOST_WORD_LANES = 6; ///< below these, flags have their words in a tooltip
 
 constexpr char PALE[] = "#f3f5f7", GRID[] = "#cfd5db", AXIS[] = "#5b6570", NAME[] = "#15191d",
                FLAG[] = "#8c1d18", HIDDEN[] = "#5b6570";
@@ -50,7 +52,9 @@ struct Sample {
 class Picture {
 public:
     explicit Picture(const LedWaves& waves) : m_waves(waves) {
-        m_left = 2 * MARGIN + LETTER * static_cast<double>(longestName(waves)) + 2 * BULB + 4;
+        m_left = 2 * MARGIN +
+                 LETTER * static_cast<double>(std::min(longestName(waves), MOST_NAME)) + 2 * BULB +
+                 4;
         m_plot = std::clamp(waves.ticks * 16.0, MIN_PLOT, MAX_PLOT);
         placeFlags();
         m_top = MARGIN + LANE * static_cast<double>(m_lanes) + 4;
@@ -84,15 +88,12 @@ public:
 private:
     struct Flag {
         const LedLine* line;
-        std::size_t lane;
+        std::size_t lane; ///< MOST_WORD_LANES if it has no words
         double end;
     };
 
     double at(double tick) const { return m_left + m_plot * tick / m_waves.ticks; }
     double rowAt(std::size_t led) const { return m_top + ROW * static_cast<double>(led); }
-    std::string secondsAt(unsigned tick) const {
-        return svgNumber(static_cast<double>(tick) * m_waves.tickMs / MS_A_SECOND) + " s";
-    }
 
     /// Places each flag below those that reach across its pole, so that no pole crosses a flag.
     void placeFlags() {
@@ -104,8 +105,8 @@ private:
             for (const Flag& flag : m_flags)
                 if (flag.end > begin)
                     lane = std::max(lane, flag.lane + 1);
-            m_flags.push_back(
-                {&line, lane, begin + LETTER * static_cast<double>(columnsOf(line.line)) + 14});
+            const double words = LETTER * static_cast<double>(columnsOf(line.line)) + 14;
+            m_flags.push_back({&line, lane, begin + (lane < MOST_WORD_LANES ? words : 0)});
             m_lanes = std::max(m_lanes, lane + 1);
         }
     }
@@ -113,7 +114,7 @@ private:
     /// The hatchings that occur, and a title for readers who do not see the picture.
     void define() {
         m_svg.add("<title>What " + std::to_string(m_waves.leds.size()) + " LEDs show in " +
-                  secondsAt(m_waves.ticks) + "</title>\n");
+                  secondsText(m_waves, m_waves.ticks) + "</title>\n");
         std::set<std::string> inks = {NAME};
         for (const LedWave& led : m_waves.leds)
             for (const LedSegment& segment : led.segments)
@@ -149,7 +150,8 @@ private:
         const std::string ink = inkOf(led.color);
         const char* const color = colorName(led.color);
         m_svg.begin(led.name + (color ? std::string(", ") + color : ""));
-        m_svg.text(m_left - MARGIN / 2 - 2 * BULB - 6, ground - 5, led.name, "end", NAME);
+        m_svg.text(m_left - MARGIN / 2 - 2 * BULB - 6, ground - 5, cutTo(MOST_NAME, led.name),
+                   "end", NAME);
         if (color)
             m_svg.circle(m_left - MARGIN / 2 - BULB - 2, ground - 9, BULB, glowOf(led.color),
                          std::string(" stroke=\"") + NAME + "\"");
@@ -158,34 +160,38 @@ private:
         for (const LedSegment& segment : led.segments) {
             const LedStretch stretch{at(segment.begin), at(segment.end), m_plot / m_waves.ticks,
                                      ground};
-            m_svg.begin(titleOf(segment));
+            m_svg.begin(segmentText(m_waves, segment));
             m_svg.rectangle(stretch.left, y, stretch.right - stretch.left, ROW, "none",
                             " pointer-events=\"all\"");
             drawLight(m_svg, segment.drive,
                       led.wave.substr(segment.begin, segment.end - segment.begin), stretch, ink);
-            if (!segment.covers.empty())
-                drawHidden(m_svg, segment.covers.back().light, stretch, HIDDEN);
+            drawHiddenLights(segment, ground);
             m_svg.end();
         }
     }
 
-    /// "line ring: blinks for a time, from 3.6 s to 5.6 s" and where the row is.
-    std::string titleOf(const LedSegment& segment) const {
-        const LedSequencerProfile::Command& row = m_waves.rows[segment.drive.row];
-        std::string title = wordsOf(row) + ": " + lightText(segment.drive) + ", from " +
-                            secondsAt(segment.begin) + " to " + secondsAt(segment.end) + "\n" +
-                            row.place;
-        for (const LedDrive& covered : segment.covers)
-            title += "\nhides " + wordsOf(m_waves.rows[covered.row]) + ": " + lightText(covered);
-        return title;
+    void drawHiddenLights(const LedSegment& segment, double ground) {
+        const std::vector<LedLight> lights = hiddenLights(segment);
+        for (auto begin = lights.begin(); begin != lights.end();) {
+            const auto end =
+                std::find_if(begin, lights.end(), [&](LedLight light) { return light != *begin; });
+            const auto x = [&](auto tick) {
+                return at(segment.begin + static_cast<double>(tick - lights.begin()));
+            };
+            drawHidden(m_svg, *begin, {x(begin), x(end), 0, ground}, HIDDEN);
+            begin = end;
+        }
     }
 
     void drawFlag(const Flag& flag) {
         const double x = at(flag.line->tick);
         const double y = MARGIN + LANE * static_cast<double>(flag.lane);
+        m_svg.begin(flag.line->line + ", " + secondsText(m_waves, flag.line->tick));
         m_svg.line(x, y, x, m_bottom, FLAG, " stroke-dasharray=\"4 2\"");
         m_svg.path("M" + svgNumber(x) + " " + svgNumber(y) + "l8 5l-8 5z", FLAG);
-        m_svg.text(x + 11, y + 9, flag.line->line, "start", FLAG);
+        if (flag.lane < MOST_WORD_LANES)
+            m_svg.text(x + 11, y + 9, flag.line->line, "start", FLAG);
+        m_svg.end();
     }
 
     bool occurs(LedLight light) const {

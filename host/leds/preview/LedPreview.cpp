@@ -1,6 +1,7 @@
 #include "leds/preview/LedPreview.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "base/Error.h"
 #include "leds/preview/SteppedLedCtrl.h"
@@ -22,12 +23,10 @@ public:
             m_isOpen = true;
         }
         m_run = run;
-        for (const LedCause& cause : led.covers) {
-            std::vector<LedDrive>& covers = m_segments.back().covers;
-            const LedDrive covered = driveOf(cause, profile);
-            if (std::find(covers.begin(), covers.end(), covered) == covers.end())
-                covers.push_back(covered);
-        }
+        endCovers(tick, led.covers);
+        for (const LedCause& cause : led.covers)
+            if (!isAmong(m_covers, cause.run.number))
+                m_covers.push_back({cause.run.number, {tick, tick, driveOf(cause, profile)}});
     }
 
     std::vector<LedSegment> finish(unsigned ticks) {
@@ -37,12 +36,53 @@ public:
     }
 
 private:
+    struct Cover {
+        std::uint64_t run;
+        LedCover cover;
+
+        /// Sorts as the sequencer shows them: actions, flashes, states; the newest first.
+        auto key() const {
+            const LedDrive& drive = cover.drive;
+            const int kind = drive.isTimed || drive.light == LedLight::ROLL ? 0
+                             : drive.light == LedLight::FLASH               ? 1
+                                                                            : 2;
+            return std::tuple(kind, UINT64_MAX - run);
+        }
+    };
+
+    static std::uint64_t runOf(const Cover& cover) { return cover.run; }
+    static std::uint64_t runOf(const LedCause& cause) { return cause.run.number; }
+    template <class Item>
+    static bool isAmong(const std::vector<Item>& items, std::uint64_t run) {
+        return std::any_of(items.begin(), items.end(),
+                           [&](const Item& item) { return runOf(item) == run; });
+    }
+
+    /// Ends the covers that are not among `remaining`.
+    void endCovers(unsigned tick, const std::vector<LedCause>& remaining) {
+        for (auto each = m_covers.begin(); each != m_covers.end();)
+            if (isAmong(remaining, each->run)) {
+                ++each;
+            } else {
+                each->cover.end = tick;
+                m_ended.push_back(*each);
+                each = m_covers.erase(each);
+            }
+    }
+
     void close(unsigned tick) {
+        endCovers(tick, {});
+        std::sort(m_ended.begin(), m_ended.end(),
+                  [](const Cover& a, const Cover& b) { return a.key() < b.key(); });
+        for (const Cover& each : m_ended)
+            m_segments.back().covers.push_back(each.cover);
+        m_ended.clear();
         m_segments.back().end = tick;
         m_isOpen = false;
     }
 
     std::vector<LedSegment> m_segments;
+    std::vector<Cover> m_covers, m_ended; ///< of the last segment: those that go on, and the others
     std::uint64_t m_run = 0;
     bool m_isOpen = false;
 };
@@ -86,8 +126,22 @@ LedWaves previewLeds(const LedSequencerProfile& given, unsigned ticks, std::vect
     return waves;
 }
 
+std::vector<LedLight> hiddenLights(const LedSegment& segment) {
+    std::vector<LedLight> lights(segment.end - segment.begin, LedLight::NONE);
+    for (const LedCover& cover : segment.covers)
+        std::fill_n(lights.begin() + (cover.begin - segment.begin), cover.end - cover.begin,
+                    cover.drive.light);
+    return lights;
+}
+
 std::string wordsOf(const LedSequencerProfile::Command& row) {
+    if (row.word2.empty() && row.number == 0) // otherwise the number would be the second word
+        return row.word1;
     return row.word1 + " " + row.word2 + " " + std::to_string(row.number);
+}
+
+std::string commandOf(const LedSequencerProfile::Command& row) {
+    return row.number == 0 && !row.word2.empty() ? row.word1 + " " + row.word2 : wordsOf(row);
 }
 
 } // namespace board

@@ -37,11 +37,19 @@ struct LedDrive {
     }
 };
 
+/// Some ticks in which one run of a row holds an LED, but another one drives it.
+struct LedCover {
+    unsigned begin, end; ///< ticks; `end` is the first one after it
+    LedDrive drive;
+};
+
 /// Some ticks in which one run of a row drives an LED.
 struct LedSegment {
     unsigned begin, end; ///< ticks; `end` is the first one after it
     LedDrive drive;
-    std::vector<LedDrive> covers; ///< what else held the LED at some time, without repetitions
+    /// What else held the LED, within these ticks. Of covers that overlap, a later one in the list
+    /// is hidden by the earlier ones too.
+    std::vector<LedCover> covers;
 };
 
 /// What one LED shows: character k is '1' if it is lit in tick k, else '0'.
@@ -68,7 +76,13 @@ struct LedWaves {
 LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
                      std::vector<LedLine> lines);
 
+/// For each tick of `segment`, the light that all else hides. NONE in a tick without a cover.
+std::vector<LedLight> hiddenLights(const LedSegment& segment);
+
 /// The line that names `row`, with its number: "line ring 0".
 std::string wordsOf(const LedSequencerProfile::Command& row);
+
+/// The same as people write it, without the number if that is 0: "line ring".
+std::string commandOf(const LedSequencerProfile::Command& row);
 
 } // namespace board

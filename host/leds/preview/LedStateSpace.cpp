@@ -169,7 +169,7 @@ private:
         LedMachine::State state{(twins.inDark & m_mask) != 0,
                                 (twins.inLight & m_mask) != 0,
                                 {},
-                                LedLight::NONE,
+                                {},
                                 std::vector<std::uint32_t>(m_machine.rows.size() + 1)};
         const std::string key = keyOf(twins, state);
         const auto [known, isNew] =
@@ -222,8 +222,10 @@ private:
     void describe(const LedExplanation& led, LedMachine::State& state) const {
         state.drive = driveOf(led, m_dark);
         state.drive->row = m_rows[state.drive->row];
-        if (!led.covers.empty())
-            state.hidden = driveOf(led.covers.back(), m_dark).light;
+        for (const LedCause& cause : led.covers) {
+            state.covers.push_back(driveOf(cause, m_dark));
+            state.covers.back().row = m_rows[state.covers.back().row];
+        }
     }
 
     const std::uint32_t m_mask;

@@ -22,7 +22,7 @@ struct LedMachine {
         bool isLitInDark;              ///< whether it is lit while everything that blinks is dark
         bool isLitInLight;             ///< whether it is lit while everything that blinks is lit
         std::optional<LedDrive> drive; ///< what holds the LED
-        LedLight hidden;               ///< what `drive` hides
+        std::vector<LedDrive> covers;  ///< what else holds it; each hides those after it
         /// The state in the next tick: first without a line, then after the line of each of `rows`.
         /// NOT_LISTED if the row would run a second time beside itself: it could do so without end.
         std::vector<std::uint32_t> next;
@@ -36,7 +36,7 @@ struct LedMachine {
 
 /// Runs the real sequencer through everything that each LED of `waves`, a preview of `profile`, may
 /// show from any of its ticks on. Empty if that is more than MOST_LED_STATES states, or takes more
-/// than some millions of ticks to find out.
+/// than two million ticks to find out.
 ///
 /// For each LED, only the rows that matter to it are run: those that light or end it, and those
 /// that end one of these.

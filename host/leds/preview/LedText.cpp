@@ -1,8 +1,11 @@
 #include "leds/preview/LedText.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "base/Text.h"
+#include "leds/preview/LedGlyphs.h"
+#include "leds/preview/Svg.h"
 
 namespace board {
 
@@ -18,6 +21,25 @@ std::string padded(std::string text, std::size_t width) {
 std::string timeText(const LedWaves& waves, unsigned tick) {
     return "tick " + std::to_string(tick) + ", " +
            std::to_string(std::uint64_t{tick} * waves.tickMs) + " ms:";
+}
+
+std::string spanText(const LedWaves& waves, unsigned begin, unsigned end) {
+    return ", from " + secondsText(waves, begin) + " to " + secondsText(waves, end);
+}
+
+/// The covers by their rows and times. Those of one row that touch become one.
+std::vector<LedCover> joined(std::vector<LedCover> covers) {
+    std::sort(covers.begin(), covers.end(), [](const LedCover& a, const LedCover& b) {
+        return std::tie(a.drive.row, a.begin) < std::tie(b.drive.row, b.begin);
+    });
+    std::vector<LedCover> result;
+    for (const LedCover& cover : covers)
+        if (!result.empty() && result.back().drive == cover.drive &&
+            cover.begin <= result.back().end)
+            result.back().end = std::max(result.back().end, cover.end);
+        else
+            result.push_back(cover);
+    return result;
 }
 
 constexpr unsigned TICKS_A_PIECE = 60;
@@ -70,6 +92,38 @@ LedWaves printableWaves(LedWaves waves) {
         for (std::string* const text : {&row.word1, &row.word2, &row.place})
             *text = printable(*text);
     return waves;
+}
+
+std::string secondsText(const LedWaves& waves, unsigned tick) {
+    constexpr double MS_PER_SECOND = 1000;
+    return svgNumber(static_cast<double>(tick) * waves.tickMs / MS_PER_SECOND) + " s";
+}
+
+std::string segmentText(const LedWaves& waves, const LedSegment& segment) {
+    const auto what = [&](const LedDrive& drive) {
+        return commandOf(waves.rows[drive.row]) + ": " + lightText(drive);
+    };
+    std::string text = what(segment.drive) + spanText(waves, segment.begin, segment.end) + "\n" +
+                       waves.rows[segment.drive.row].place;
+    for (const LedCover& cover : joined(segment.covers)) {
+        text += "\nhides " + what(cover.drive);
+        if (cover.begin > segment.begin || cover.end < segment.end)
+            text += spanText(waves, cover.begin, cover.end);
+    }
+    return text;
+}
+
+std::string cutTo(std::size_t columns, const std::string& text) {
+    if (columnsOf(text) <= columns)
+        return text;
+    std::string cut;
+    for (const char c : text) {
+        const bool isFirstByte = (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+        if (isFirstByte && --columns == 0)
+            break;
+        cut += c;
+    }
+    return cut + "\u2026";
 }
 
 std::string ledsToText(const LedWaves& given) {

@@ -22,6 +22,16 @@ bool isChange(const LedWaves& waves, unsigned tick);
 /// The waves with texts that a terminal and an XML parser can show.
 LedWaves printableWaves(LedWaves waves);
 
+/// The time at which `tick` begins: "3.6 s".
+std::string secondsText(const LedWaves& waves, unsigned tick);
+
+/// What drives the LED in `segment`, from when to when, where the row is, and what it hides:
+/// "line ring: blinks for a time, from 3.6 s to 5.6 s", then further lines.
+std::string segmentText(const LedWaves& waves, const LedSegment& segment);
+
+/// The first `columns` columns of `text`, the last of them as "...", if it is longer than that.
+std::string cutTo(std::size_t columns, const std::string& text);
+
 /// How many columns the longest name of an LED takes.
 std::size_t longestName(const LedWaves& waves);
 

@@ -21,18 +21,52 @@ namespace {
 
 constexpr unsigned TICKS = 75; // the blink pattern starts in tick 32
 
-/// The wave of each LED in the picture: its marks, measured along its ground line.
-std::vector<std::string> wavesOfSvg(const std::string& svg) {
+/// A letter for the light of a row with `action`, if the picture has a strip for it.
+char stripOf(int action) {
+    switch (action) {
+    case LedCtrl::ACTION_ON:
+        return 's';
+    case LedCtrl::ACTION_BLINK:
+        return 'b';
+    case LedCtrl::ACTION_ROLL_UP:
+    case LedCtrl::ACTION_ROLL_DOWN:
+        return 'r';
+    default:
+        return '-';
+    }
+}
+char stripOf(const std::string& light) {
+    return light == "steady" || light == "blink" || light == "roll" ? light[0] : '-';
+}
+
+struct Drawn {
+    std::vector<std::string> waves;  ///< of each LED: its marks, measured along its ground line
+    std::vector<std::string> strips; ///< the hidden light in each tick
+};
+
+Drawn readSvg(const std::string& svg) {
     static const std::regex PART("<line x1=\"([^\"]*)\"[^>]* x2=\"([^\"]*)\"[^>]*class=\"ground\"|"
-                                 "<path d=\"([^\"]*)\"[^>]*class=\"lit\"|class=\"legend\"");
+                                 "<path d=\"([^\"]*)\"[^>]*class=\"lit\"|class=\"legend\"|"
+                                 "<line x1=\"([^\"]*)\"[^>]* x2=\"([^\"]*)\"[^>]*class=\"hidden\""
+                                 "[^>]*?(?:dasharray=\"([^\"]*)\")?/>");
     static const std::regex SHAPE("M[^z]*z"), ACROSS("[MLH]([0-9.]+)");
-    std::vector<std::string> waves;
+    Drawn drawn;
+    auto& [waves, strips] = drawn;
     double left = 0, right = 0;
+    const auto tickAt = [&](double x) { return std::lround((x - left) / (right - left) * TICKS); };
     for (std::sregex_iterator part(svg.begin(), svg.end(), PART), none; part != none; ++part) {
         if ((*part)[1].matched) {
             left = std::stod((*part)[1]);
             right = std::stod((*part)[2]);
             waves.emplace_back(TICKS, '0');
+            strips.emplace_back(TICKS, '-');
+        } else if ((*part)[4].matched) {
+            const std::string dashes = (*part)[6];
+            for (long tick = tickAt(std::stod((*part)[4])); tick < tickAt(std::stod((*part)[5]));
+                 ++tick)
+                strips.back().at(std::size_t(tick)) = dashes.empty()     ? 's'
+                                                      : dashes[0] == '1' ? 'r'
+                                                                         : 'b';
         } else if (!(*part)[3].matched) {
             break; // the legend has marks too
         }
@@ -45,14 +79,11 @@ std::vector<std::string> wavesOfSvg(const std::string& svg) {
                 from = std::min(from, std::stod((*x)[1]));
                 to = std::max(to, std::stod((*x)[1]));
             }
-            const auto tickAt = [&](double x) {
-                return std::lround((x - left) / (right - left) * TICKS);
-            };
             for (long tick = tickAt(from); tick < tickAt(to); ++tick)
                 waves.back().at(static_cast<std::size_t>(tick)) = '1';
         }
     }
-    return waves;
+    return drawn;
 }
 
 /// The wave of each LED in what is played: each moment holds until the next one.
@@ -106,6 +137,12 @@ public:
         const auto& lit = m_data["machines"][led]["lit"].get_ref<const std::string&>();
         return ((lit[std::size_t(m_states[led])] - '0') & (phase == '1' ? 2 : 1)) != 0;
     }
+    char strip(std::size_t led) const {
+        const int look = m_data["machines"][led]["look"][std::size_t(m_states[led])];
+        if (look < 0 || m_data["looks"][std::size_t(look)][3].empty())
+            return '-';
+        return stripOf(m_data["looks"][std::size_t(look)][3].back()[1].get<std::string>());
+    }
 
 private:
     json m_data;
@@ -120,6 +157,24 @@ std::vector<int> driversOf(const json& led) {
         for (unsigned tick = segment["from"]; tick < segment["to"]; ++tick)
             rows.at(tick) = segment["row"];
     return rows;
+}
+
+/// The light that is hidden in each tick, from an LED's segments.
+std::string stripsOf(const json& led) {
+    std::string strips(TICKS, '-');
+    for (const json& segment : led["segments"])
+        for (const json& cover : segment["covered"])
+            for (unsigned tick = cover["from"]; tick < cover["to"]; ++tick)
+                strips.at(tick) = stripOf(cover["light"].get<std::string>());
+    return strips;
+}
+
+/// The light of the last one of `holders`, if there are several.
+char stripOf(const std::string& holders, const board::LedSequencerProfile& profile) {
+    const auto last = holders.rfind("\nrow ");
+    return last == std::string::npos
+               ? '-'
+               : stripOf(profile.commands[std::stoul(holders.substr(last + 5))].action);
 }
 
 } // namespace
@@ -142,7 +197,7 @@ TEST(LedPage, AgreesWithTheModelAndWithAllOtherViewsOnRandomTables) {
         std::vector<support::LedModel> models; // after each tick
         models.emplace_back(table.commands(), profile.blinkPattern);
         models.back().runDefaults("");
-        std::vector<std::string> expected(waves.leds.size());
+        std::vector<std::string> expected(waves.leds.size()), strips(waves.leds.size());
         std::vector<std::vector<int>> drivers(waves.leds.size());
         for (unsigned tick = 0; tick < TICKS; ++tick) {
             models.push_back(models.back());
@@ -153,6 +208,7 @@ TEST(LedPage, AgreesWithTheModelAndWithAllOtherViewsOnRandomTables) {
             for (std::size_t i = 0; i < expected.size(); ++i) {
                 const std::string holders = models.back().holders(waves.leds[i].mask);
                 expected[i] += models.back().isLit(waves.leds[i].mask) ? '1' : '0';
+                strips[i] += stripOf(holders, profile);
                 drivers[i].push_back(holders.empty() ? -1 : std::stoi(holders.substr(4)));
             }
         }
@@ -160,8 +216,11 @@ TEST(LedPage, AgreesWithTheModelAndWithAllOtherViewsOnRandomTables) {
         for (std::size_t i = 0; i < expected.size(); ++i) {
             ASSERT_EQ(asJson["leds"][i]["wave"], expected[i]) << "LED " << i;
             ASSERT_EQ(driversOf(asJson["leds"][i]), drivers[i]) << "LED " << i;
+            ASSERT_EQ(stripsOf(asJson["leds"][i]), strips[i]) << "LED " << i;
         }
-        ASSERT_EQ(wavesOfSvg(board::ledsToSvg(waves)), expected);
+        const Drawn drawn = readSvg(board::ledsToSvg(waves));
+        ASSERT_EQ(drawn.waves, expected);
+        ASSERT_EQ(drawn.strips, strips);
         ASSERT_EQ(wavesOfPlay(waves), expected);
 
         Page page(board::pageData(profile, waves));
@@ -172,9 +231,12 @@ TEST(LedPage, AgreesWithTheModelAndWithAllOtherViewsOnRandomTables) {
         support::LedModel model = models[from + 1];
         page.startAt(from);
         for (unsigned tick = from; tick < from + TICKS; ++tick) {
-            for (std::size_t i = 0; i < expected.size(); ++i)
-                ASSERT_EQ(page.isLit(i), model.isLit(waves.leds[i].mask))
+            for (std::size_t i = 0; i < expected.size(); ++i) {
+                const std::uint32_t mask = waves.leds[i].mask;
+                ASSERT_EQ(std::pair(page.isLit(i), page.strip(i)),
+                          std::pair(model.isLit(mask), stripOf(model.holders(mask), profile)))
                     << "LED " << i << ", tick " << tick << " after " << from;
+            }
             const unsigned row = below(random, unsigned(profile.commands.size()) * 4);
             if (row < profile.commands.size() && page.step(static_cast<int>(row))) {
                 model.run(row, "");

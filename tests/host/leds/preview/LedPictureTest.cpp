@@ -23,13 +23,13 @@ TEST(LedPicture, TellsEachKindOfLightApartWithoutColorsAndSaysWhatDrivesTheLed) 
         std::optional<LedLight> covered;
         const char* title;
     } CASES[] = {
-        {{0, LedLight::STEADY, false}, {}, "a b 0: lit, from 0.1 s to 0.3 s\nhere"},
-        {{0, LedLight::BLINK, false}, {}, "a b 0: blinks, from"},
-        {{0, LedLight::FLASH, false}, {}, "a b 0: flashes, from"},
-        {{0, LedLight::ROLL, false}, {}, "a b 0: rolls, from"},
-        {{0, LedLight::STEADY, true}, {}, "a b 0: lit for a time, from"},
-        {{0, LedLight::BLINK, true}, {}, "a b 0: blinks for a time, from"},
-        {{0, LedLight::ROLL, true}, {}, "a b 0: rolls for a time, from"},
+        {{0, LedLight::STEADY, false}, {}, "a b: lit, from 0.1 s to 0.3 s\nhere"},
+        {{0, LedLight::BLINK, false}, {}, "a b: blinks, from"},
+        {{0, LedLight::FLASH, false}, {}, "a b: flashes, from"},
+        {{0, LedLight::ROLL, false}, {}, "a b: rolls, from"},
+        {{0, LedLight::STEADY, true}, {}, "a b: lit for a time, from"},
+        {{0, LedLight::BLINK, true}, {}, "a b: blinks for a time, from"},
+        {{0, LedLight::ROLL, true}, {}, "a b: rolls for a time, from"},
         {{0, LedLight::STEADY, true}, LedLight::STEADY, "here\nhides c d 1: lit</title>"},
         {{0, LedLight::STEADY, true}, LedLight::BLINK, "here\nhides c d 1: blinks</title>"},
         {{0, LedLight::STEADY, true}, LedLight::ROLL, "here\nhides c d 1: rolls</title>"},
@@ -39,7 +39,7 @@ TEST(LedPicture, TellsEachKindOfLightApartWithoutColorsAndSaysWhatDrivesTheLed) 
     for (const auto& [drive, covered, title] : CASES) {
         board::LedWave led{1, "led", "0110", board::LedColor::RED, {{1, 3, drive, {}}}};
         if (covered)
-            led.segments[0].covers.push_back({1, *covered, false});
+            led.segments[0].covers.push_back({1, 3, {1, *covered, false}});
         board::LedWaves waves{4, 100, {led}, {}, {}};
         waves.rows.resize(2);
         std::tie(waves.rows[0].word1, waves.rows[0].word2) = std::tuple("a", "b");
