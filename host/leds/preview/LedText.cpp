@@ -18,11 +18,6 @@ std::string padded(std::string text, std::size_t width) {
     return text;
 }
 
-std::string timeText(const LedWaves& waves, unsigned tick) {
-    return "tick " + std::to_string(tick) + ", " +
-           std::to_string(std::uint64_t{tick} * waves.tickMs) + " ms:";
-}
-
 std::string spanText(const LedWaves& waves, unsigned begin, unsigned end) {
     return ", from " + secondsText(waves, begin) + " to " + secondsText(waves, end);
 }
@@ -133,6 +128,11 @@ std::string ledsToText(const LedWaves& given) {
         text +=
             (begin ? "\n" : "") + piece(waves, begin, std::min(waves.ticks, begin + TICKS_A_PIECE));
     return text;
+}
+
+std::string timeText(const LedWaves& waves, unsigned tick) {
+    return "tick " + std::to_string(tick) + ", " +
+           std::to_string(std::uint64_t{tick} * waves.tickMs) + " ms:";
 }
 
 std::string lineText(const LedWaves& waves, const LedLine& line) {

@@ -10,6 +10,9 @@ namespace board {
 /// that fit on a terminal. Control characters in names and command lines become escapes.
 std::string ledsToText(const LedWaves& waves);
 
+/// "tick 4, 400 ms:"
+std::string timeText(const LedWaves& waves, unsigned tick);
+
 /// One tick on one line: "tick 4, 400 ms: [#] power [ ] line".
 std::string momentText(const LedWaves& waves, unsigned tick);
 

@@ -26,17 +26,43 @@ bool isColored() {
     return !refused || !*refused;
 }
 
+/// The escape that gives a lamp its color. Terminals have neither orange nor amber.
+const char* styleOf(board::LedColor color) {
+    switch (color) {
+    case board::LedColor::RED:
+        return "\x1b[31m";
+    case board::LedColor::ORANGE:
+    case board::LedColor::AMBER:
+    case board::LedColor::YELLOW:
+        return "\x1b[33m";
+    case board::LedColor::GREEN:
+        return "\x1b[32m";
+    case board::LedColor::CYAN:
+        return "\x1b[36m";
+    case board::LedColor::BLUE:
+        return "\x1b[34m";
+    case board::LedColor::VIOLET:
+        return "\x1b[35m";
+    case board::LedColor::WHITE:
+    case board::LedColor::UNKNOWN:
+        break;
+    }
+    return "\x1b[1m";
+}
+
 } // namespace
 
 bool Panel::isPossible() {
     return canRedraw(STDOUT_FILENO);
 }
 
-void Panel::draw(const std::vector<board::LedStates::State>& states) {
+void Panel::draw(const std::vector<board::LedStates::State>& states, const std::string& lead,
+                 const std::vector<board::LedColor>& colors) {
     const std::size_t width = terminalWidth() - 1; // a full line would wrap
-    std::size_t used = 0;
-    std::string line;
-    for (const board::LedStates::State& led : states) {
+    std::size_t used = board::columnsOf(lead);
+    std::string line = lead;
+    for (std::size_t i = 0; i < states.size(); ++i) {
+        const board::LedStates::State& led = states[i];
         const char* const lamp = !led.isLit ? "[?]" : *led.isLit ? "[#]" : "[ ]";
         const std::string name = board::printable(led.name);
         const std::size_t length = (used ? 2 : 0) + 4 + board::columnsOf(name);
@@ -45,7 +71,8 @@ void Panel::draw(const std::vector<board::LedStates::State>& states) {
             break;
         }
         const bool isLit = led.isLit.value_or(false) && isColored();
-        line += (used ? "  " : "") + std::string(isLit ? "\x1b[32m" : "") + lamp +
+        const char* const style = styleOf(colors.empty() ? board::LedColor::GREEN : colors[i]);
+        line += (used ? "  " : "") + std::string(isLit ? style : "") + lamp +
                 (isLit ? "\x1b[0m" : "") + " " + name;
         used += length;
     }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "leds/LedStates.h"
+#include "profile/LedColors.h"
 
 namespace boardctl {
 
@@ -13,8 +14,11 @@ public:
     /// Whether standard output is a terminal that can redraw a line.
     static bool isPossible();
 
-    /// Draws the states that fit the width of the terminal.
-    void draw(const std::vector<board::LedStates::State>& states);
+    /// Draws `lead` and the states that fit the width of the terminal. LEDs that are lit have the
+    /// color of `colors` with the same index, and are bold if it is UNKNOWN; without `colors`, all
+    /// of them are green.
+    void draw(const std::vector<board::LedStates::State>& states, const std::string& lead = "",
+              const std::vector<board::LedColor>& colors = {});
 
     /// Removes the line, before something else is printed and at the end.
     void clear();

@@ -1,6 +1,7 @@
 #include "sequencer/LedPlayer.h"
 
 #include <iostream>
+#include <optional>
 #include <string>
 
 #include <unistd.h>
@@ -19,7 +20,11 @@ namespace {
 class LedPlayer {
 public:
     explicit LedPlayer(const board::LedWaves& waves)
-        : m_waves(waves), m_next(waves.lines.begin()), m_hasPanel(Panel::isPossible()) {}
+        : m_waves(waves), m_next(waves.lines.begin()), m_hasPanel(Panel::isPossible()),
+          m_timeWidth(waves.ticks == 0 ? 0 : board::timeText(waves, waves.ticks - 1).size()) {
+        for (const board::LedWave& led : waves.leds)
+            m_colors.push_back(led.color);
+    }
 
     /// Prints the lines of `tick` and what the LEDs show in it. False if nobody can read it.
     bool show(unsigned tick) {
@@ -42,9 +47,13 @@ public:
         return flushOutput();
     }
 
-    void end() {
-        if (StopSignals::isWritable(STDOUT_FILENO))
-            m_panel.clear();
+    /// On a terminal, leaves the last state as text. False if it could not be written.
+    bool end() {
+        if (!m_last || !StopSignals::isWritable(STDOUT_FILENO))
+            return true;
+        m_panel.clear();
+        std::cout << board::momentText(m_waves, *m_last) << "\n";
+        return flushOutput();
     }
 
 private:
@@ -52,12 +61,18 @@ private:
         std::vector<board::LedStates::State> states;
         for (const board::LedWave& led : m_waves.leds)
             states.push_back({led.name, led.wave[tick] == '1'});
-        m_panel.draw(states);
+        std::string time = board::timeText(m_waves, tick);
+        time.resize(m_timeWidth, ' '); // so that the LEDs keep their places
+        m_panel.draw(states, time, m_colors);
+        m_last = tick;
     }
 
     const board::LedWaves& m_waves;
     std::vector<board::LedLine>::const_iterator m_next;
     const bool m_hasPanel;
+    const std::size_t m_timeWidth;
+    std::vector<board::LedColor> m_colors; ///< of the LEDs
+    std::optional<unsigned> m_last;        ///< the tick that the panel shows
     Panel m_panel;
 };
 
@@ -74,7 +89,7 @@ int playLeds(const board::LedWaves& waves, double speed) {
         // Each tick has its own end, so that late ones do not add up.
         isEnded = StopSignals::waitUntil(begin + StopSignals::spanOf(tick * (i + 1)));
     }
-    player.end();
+    isReadable = player.end() && isReadable;
     return isReadable || StopSignals::isAsked() ? DONE : FAILED;
 }
 
