@@ -55,3 +55,20 @@ TEST(LedPicture, TellsEachKindOfLightApartWithoutColorsAndSaysWhatDrivesTheLed) 
     }
     EXPECT_EQ(pictures.size(), std::size(CASES));
 }
+
+TEST(LedPicture, StaysReadableWithALongNameAndALineInEachTick) {
+    const auto svgWith = [](unsigned lines) {
+        board::LedWaves waves{60, 100, {{1, std::string(210, 'n'), std::string(60, '0')}}, {}};
+        for (unsigned tick = 1; tick <= lines; ++tick)
+            waves.lines.push_back({tick, "system ready"});
+        return board::ledsToSvg(waves);
+    };
+    const auto sizeOf = [](const std::string& svg) {
+        const auto begin = svg.find("height=");
+        return svg.substr(begin, svg.find(" font") - begin);
+    };
+    const std::string svg = svgWith(55);
+    EXPECT_EQ(sizeOf(svg), sizeOf(svgWith(20)));
+    EXPECT_NE(svg.find("<title>system ready, 0.7 s</title>"), std::string::npos);
+    EXPECT_NE(svg.find(">" + std::string(23, 'n') + "\u2026</text>"), std::string::npos);
+}
