@@ -28,7 +28,7 @@ ordered_json rowJson(const LedSequencerProfile::Command& row, bool isReachable) 
             {"default", row.isDefault}, {"reachable", isReachable}};
 }
 
-ordered_json driveJson(const LedDrive& drive) {
+ordered_json listOf(const LedDrive& drive) {
     return {drive.row, lightWord(drive.light), drive.isTimed};
 }
 
@@ -36,10 +36,10 @@ ordered_json driveJson(const LedDrive& drive) {
 class Looks {
 public:
     std::size_t indexOf(const LedMachine::State& state) {
-        ordered_json look = driveJson(*state.drive);
+        ordered_json look = listOf(*state.drive);
         look.push_back(ordered_json::array());
         for (const LedDrive& cover : state.covers)
-            look.back().push_back(driveJson(cover));
+            look.back().push_back(listOf(cover));
         const auto [known, isNew] = m_indices.emplace(look.dump(), m_list.size());
         if (isNew)
             m_list.push_back(std::move(look));

@@ -130,17 +130,17 @@ std::string ledsToText(const LedWaves& given) {
     return text;
 }
 
-std::string timeText(const LedWaves& waves, unsigned tick) {
+std::string tickText(const LedWaves& waves, unsigned tick) {
     return "tick " + std::to_string(tick) + ", " +
            std::to_string(std::uint64_t{tick} * waves.tickMs) + " ms:";
 }
 
 std::string lineText(const LedWaves& waves, const LedLine& line) {
-    return timeText(waves, line.tick) + " " + printable(line.line);
+    return tickText(waves, line.tick) + " " + printable(line.line);
 }
 
 std::string momentText(const LedWaves& waves, unsigned tick) {
-    std::string text = timeText(waves, tick);
+    std::string text = tickText(waves, tick);
     for (const LedWave& led : waves.leds) {
         text += led.wave[tick] == '1' ? " [#] " : " [ ] ";
         text += printable(led.name);

@@ -11,7 +11,7 @@ namespace board {
 std::string ledsToText(const LedWaves& waves);
 
 /// "tick 4, 400 ms:"
-std::string timeText(const LedWaves& waves, unsigned tick);
+std::string tickText(const LedWaves& waves, unsigned tick);
 
 /// One tick on one line: "tick 4, 400 ms: [#] power [ ] line".
 std::string momentText(const LedWaves& waves, unsigned tick);

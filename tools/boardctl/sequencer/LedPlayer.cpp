@@ -21,7 +21,7 @@ class LedPlayer {
 public:
     explicit LedPlayer(const board::LedWaves& waves)
         : m_waves(waves), m_next(waves.lines.begin()), m_hasPanel(Panel::isPossible()),
-          m_timeWidth(waves.ticks == 0 ? 0 : board::timeText(waves, waves.ticks - 1).size()) {
+          m_timeWidth(waves.ticks == 0 ? 0 : board::tickText(waves, waves.ticks - 1).size()) {
         for (const board::LedWave& led : waves.leds)
             m_colors.push_back(led.color);
     }
@@ -61,7 +61,7 @@ private:
         std::vector<board::LedStates::State> states;
         for (const board::LedWave& led : m_waves.leds)
             states.push_back({led.name, led.wave[tick] == '1'});
-        std::string time = board::timeText(m_waves, tick);
+        std::string time = board::tickText(m_waves, tick);
         time.resize(m_timeWidth, ' '); // so that the LEDs keep their places
         m_panel.draw(states, time, m_colors);
         m_last = tick;
