@@ -113,7 +113,7 @@ void drawLight(Svg& svg, const LedDrive& drive, const std::string& wave, const L
     const auto at = [&](std::size_t tick) {
         return stretch.left + stretch.tick * static_cast<double>(tick);
     };
-    // A roll and a flash mean a single tick; elsewhere, lit ticks flow together.
+    // Each tick of a roll or flash has its own mark; otherwise, adjacent lit ticks are joined.
     const bool isSingle = drive.light == LedLight::ROLL || drive.light == LedLight::FLASH;
     std::string steps;
     for (std::size_t begin = wave.find('1'); begin != std::string::npos;) {

@@ -7,7 +7,7 @@
 
 namespace board {
 
-/// A stretch of the picture: from where to where, how wide a tick is, and on which line it stands.
+/// A stretch of the picture: its ends, the width of a tick, and the line that marks stand on.
 struct LedStretch {
     double left, right;
     double tick;
@@ -17,7 +17,7 @@ struct LedStretch {
 /// Height of the mark of a lit LED.
 constexpr double LAMP_HEIGHT = 18;
 
-/// A color for the marks of an LED: as dark as text, so that they are told from white in gray.
+/// The color of an LED's marks: as dark as text, so that they stand out in grayscale too.
 const char* inkOf(LedColor color);
 /// The color of the light itself.
 const char* glowOf(LedColor color);

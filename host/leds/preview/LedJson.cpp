@@ -1,5 +1,7 @@
 #include "leds/preview/LedJson.h"
 
+#include "leds/LedRow.h"
+
 namespace board {
 
 namespace {
@@ -8,7 +10,7 @@ using nlohmann::ordered_json;
 
 ordered_json driveJson(const LedDrive& drive, const LedWaves& waves) {
     return {{"row", drive.row},
-            {"words", wordsOf(waves.rows[drive.row])},
+            {"words", lineOf(waves.rows[drive.row])},
             {"light", lightWord(drive.light)},
             {"timed", drive.isTimed}};
 }

@@ -19,10 +19,8 @@ namespace {
 using nlohmann::ordered_json;
 
 ordered_json rowJson(const LedSequencerProfile::Command& row, bool isReachable) {
-    ordered_json action = static_cast<std::int32_t>(row.action);
-    for (const auto& [word, number] : LED_ACTIONS)
-        if (number == row.action)
-            action = word;
+    const char* const name = actionName(row.action);
+    const ordered_json action = name ? ordered_json(name) : ordered_json(row.action);
     return {{"line", commandOf(row)},   {"place", row.place},      {"mask", row.mask},
             {"action", action},         {"group", row.group},      {"time_ms", row.timeMs},
             {"default", row.isDefault}, {"reachable", isReachable}};
@@ -70,8 +68,8 @@ ordered_json machineJson(const LedMachine& machine, Looks& looks) {
         {"rows", machine.rows}, {"lit", lit}, {"look", look}, {"next", next}, {"run", machine.run}};
 }
 
-/// Replaces `name` in the page by `content`. The parts come last to first, so that no content is
-/// searched for names.
+/// Replaces `name` in the page with `content`. The last name in the page is replaced first, so that
+/// no content is searched for names.
 void fill(std::string& page, const std::string& name, const std::string& content) {
     page.replace(page.find(name), name.size(), content);
 }

@@ -6,9 +6,9 @@
 
 namespace board {
 
-/// A page for a browser that plays `waves`, a preview of `profile`, and from there whatever its
-/// reader's choice of rows makes the sequencer show (see exploreLeds). One file that refers to
-/// nothing outside. `title` names the board.
+/// A page for a browser that plays `waves`, a preview of `profile`. From any tick, its reader can
+/// run rows and see what the sequencer would show (see exploreLeds). The page is one file and
+/// fetches nothing. `title` names the board.
 std::string ledsToHtml(const LedSequencerProfile& profile, const LedWaves& waves,
                        const std::string& title);
 

@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "base/Error.h"
+#include "leds/LedRow.h"
 #include "leds/preview/SteppedLedCtrl.h"
 
 namespace board {
@@ -134,14 +135,8 @@ std::vector<LedLight> hiddenLights(const LedSegment& segment) {
     return lights;
 }
 
-std::string wordsOf(const LedSequencerProfile::Command& row) {
-    if (row.word2.empty() && row.number == 0) // otherwise the number would be the second word
-        return row.word1;
-    return row.word1 + " " + row.word2 + " " + std::to_string(row.number);
-}
-
 std::string commandOf(const LedSequencerProfile::Command& row) {
-    return row.number == 0 && !row.word2.empty() ? row.word1 + " " + row.word2 : wordsOf(row);
+    return row.number == 0 && !row.word2.empty() ? row.word1 + " " + row.word2 : lineOf(row);
 }
 
 } // namespace board

@@ -79,10 +79,7 @@ LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
 /// For each tick of `segment`, the light that all else hides. NONE in a tick without a cover.
 std::vector<LedLight> hiddenLights(const LedSegment& segment);
 
-/// The line that names `row`, with its number: "line ring 0".
-std::string wordsOf(const LedSequencerProfile::Command& row);
-
-/// The same as people write it, without the number if that is 0: "line ring".
+/// The line that names `row` as people write it, without the number if that is 0: "line ring".
 std::string commandOf(const LedSequencerProfile::Command& row);
 
 } // namespace board

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "leds/LedRow.h"
 #include "leds/preview/LedSubtable.h"
 #include "leds/preview/SteppedLedCtrl.h"
 
@@ -88,7 +89,7 @@ private:
         m_isOver = m_isOver || --m_budget.ticks == 0;
     }
 
-    /// Looks what follows the states that have not been looked at yet.
+    /// Finds what follows each state that has not been looked at yet.
     void followAll() {
         for (; m_next < m_machine.states.size() && !m_isOver; ++m_next)
             for (std::size_t input = 0; input <= m_machine.rows.size() && !m_isOver; ++input)
@@ -147,7 +148,7 @@ private:
         }
     }
 
-    void run(Twins& twins, std::size_t row) const { twins.run(wordsOf(m_waves.rows[row])); }
+    void run(Twins& twins, std::size_t row) const { twins.run(lineOf(m_waves.rows[row])); }
 
     /// Whether `row` runs twice at once.
     bool isDoubled(const Twins& twins, std::size_t row) const {

@@ -12,8 +12,8 @@ namespace board {
 /// The most states that the LEDs of a table may have together for `exploreLeds` to list them.
 constexpr std::size_t MOST_LED_STATES = 32768;
 
-/// Everything that one LED may show, whichever lines arrive, one line per tick at most. Lists are
-/// enough for it, because a sequencer has no other memory than its present state.
+/// Everything that one LED may show, whichever lines arrive, with at most one line per tick. What
+/// follows depends only on the present state, so a list of states is enough.
 struct LedMachine {
     static constexpr std::uint32_t NOT_LISTED = UINT32_MAX;
 
@@ -24,7 +24,7 @@ struct LedMachine {
         std::optional<LedDrive> drive; ///< what holds the LED
         std::vector<LedDrive> covers;  ///< what else holds it; each hides those after it
         /// The state in the next tick: first without a line, then after the line of each of `rows`.
-        /// NOT_LISTED if the row would run a second time beside itself: it could do so without end.
+        /// NOT_LISTED if the row would run a second time beside itself: such states have no end.
         std::vector<std::uint32_t> next;
     };
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "leds/LedRow.h"
+#include "leds/check/LedRows.h"
 #include "leds/preview/SteppedLedCtrl.h"
 
 namespace board {
@@ -10,15 +12,14 @@ namespace {
 
 using Row = LedSequencerProfile::Command;
 
-bool isRollRow(const Row& row) {
-    return row.action == LedCtrl::ACTION_ROLL_UP || row.action == LedCtrl::ACTION_ROLL_DOWN ||
-           row.action == LedCtrl::ACTION_ROLL_STOP;
+bool startsOrStopsRoll(const Row& row) {
+    return isRoll(row) || row.action == LedCtrl::ACTION_ROLL_STOP;
 }
 
 /// Whether one of two rows may end what the other has started.
 bool isLinked(const Row& a, const Row& b) {
     return (a.group > 0 && a.group == b.group) ||
-           (isRollRow(a) && isRollRow(b) && a.word1 == b.word1 && a.mask == b.mask);
+           (startsOrStopsRoll(a) && startsOrStopsRoll(b) && a.word1 == b.word1 && a.mask == b.mask);
 }
 
 /// The same table without files and with another blink pattern.
@@ -76,12 +77,10 @@ std::string blinkPhases(const LedSequencerProfile& profile) {
 }
 
 std::vector<bool> reachableRows(const LedSequencerProfile& profile) {
-    const LedSequencerProfile bare = bareProfile(profile, 0);
-    const LedTable table(bare);
-    const SteppedLedCtrl sequencer(bare, table);
+    const LedRows rows(profile);
     std::vector<bool> isReachable;
-    for (std::size_t i = 0; i < bare.commands.size(); ++i)
-        isReachable.push_back(sequencer.rowOf(wordsOf(bare.commands[i])) == i);
+    for (const LedRow& row : profile.commands)
+        isReachable.push_back(rows.hasLine(row));
     return isReachable;
 }
 

@@ -24,7 +24,7 @@ public:
     /// The index of the row that `line` names; empty if there is none.
     std::optional<std::size_t> rowOf(const std::string& line) const;
 
-    /// The row at an index of the table, and the index of one.
+    /// The row at `index` in the table, and the index of a row.
     const CmdDef* rowAt(std::size_t index) const { return firstRow() + index; }
     std::size_t indexOf(const CmdDef& row) const {
         return static_cast<std::size_t>(&row - firstRow());
@@ -49,7 +49,7 @@ private:
     bool m_flashed = false, m_mayDriveOthers = true;
 };
 
-/// What `led` is driven by; only if it has a driver.
+/// What drives `led`, or did last; LedDrive() if nothing has driven it yet.
 LedDrive driveOf(const LedExplanation& led, const LedSequencerProfile& profile);
 LedDrive driveOf(const LedCause& cause, const LedSequencerProfile& profile);
 

@@ -22,7 +22,7 @@ public:
     void circle(double x, double y, double radius, const std::string& fill,
                 const std::string& more = "");
     void path(const std::string& steps, const std::string& fill, const std::string& more = "");
-    /// `y` is the line on which the letters stand.
+    /// `y` is the baseline of the letters.
     void text(double x, double y, const std::string& what, const std::string& anchor,
               const std::string& color);
 

@@ -136,7 +136,7 @@ void addLedsPreview(CLI::App& leds, Options& options) {
         command.add_option("--ticks", words.ticks, "Number of ticks; default 100")
             ->transform(decimal(1, board::MOST_PREVIEW_TICKS))
             ->option_text("1..1000000");
-    command.add_option("--for", words.seconds, "The same in seconds, rounded up")
+    command.add_option("--for", words.seconds, "The same in seconds, rounded up to a tick")
         ->check(seconds())
         ->excludes(ticks)
         ->option_text("SECONDS");
@@ -162,7 +162,7 @@ void addLedsPreview(CLI::App& leds, Options& options) {
                      "Play in real time: live on one line of a terminal, otherwise each change");
     command
         .add_option("--speed", words.speed,
-                    "How much faster --play is than the board, 0.01 to 1000; default 1")
+                    "Speed of --play, in multiples of the board's, 0.01 to 1000; default 1")
         ->check(CLI::Validator(
             [](const std::string& text) {
                 double value = 0;
