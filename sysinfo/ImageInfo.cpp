@@ -42,11 +42,15 @@ XCode ImageInfo::init(String& error) {
     static_cast<void>(std::fclose(file));
 
     if (line2 == "Branch")
-        versionString = String::format("%s-%s/%s", line1.c_str(), line7.c_str(), line3.c_str());
+        versionString = String(line1.c_str())
+                            .concat("-")
+                            .concat(line7.c_str())
+                            .concat("/")
+                            .concat(line3.c_str());
     else if (line2 != "Test")
         versionString = line1;
     else
-        versionString = String::format("%s/%s", line1.c_str(), line3.c_str());
+        versionString = String(line1.c_str()).concat("/").concat(line3.c_str());
     return XCode();
 }
 

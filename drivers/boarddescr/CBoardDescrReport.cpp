@@ -1,9 +1,12 @@
 #include "CBoardDescr.h"
 
+#include <string>
+
 #include "BD_TagMeaning.h"
 #include "InfoContainer.h"
 
-// The information reports.
+// The information reports. A host makes one when it starts. Formatting these few texts with printf
+// would keep 128 KiB of the C library in its memory.
 
 namespace {
 
@@ -14,6 +17,22 @@ unsigned byteAt(const BD::Tag& tag, unsigned index) {
 String hexDump(const BD::Tag& tag) {
     String dump;
     return tag.getDataAsHexString(dump);
+}
+
+String decimal(unsigned number) {
+    return std::to_string(number).c_str();
+}
+
+/// Two bytes as "1a 2b".
+String hexPair(const BD::Tag& tag, unsigned index) {
+    std::string pair;
+    for (const unsigned byte : {byteAt(tag, index), byteAt(tag, index + 1)}) {
+        if (!pair.empty())
+            pair += ' ';
+        pair += "0123456789abcdef"[byte >> 4];
+        pair += "0123456789abcdef"[byte & 15];
+    }
+    return pair.c_str();
 }
 
 /// The text up to its first zero byte. A stored text of odd length ends with such a byte.
@@ -55,8 +74,8 @@ void addProduct(Report& report, const BD::Tag& tag) {
         report.add("Product/Platform  ID", "FAILED TO READ TAG 'ProductID'");
         return;
     }
-    report.add("Platform ID", String::format("%02x %02x", byteAt(tag, 0), byteAt(tag, 1)));
-    report.add("Product  ID", String::format("%02x %02x", byteAt(tag, 2), byteAt(tag, 3)));
+    report.add("Platform ID", hexPair(tag, 0));
+    report.add("Product  ID", hexPair(tag, 2));
 }
 
 void addTag(Report& report, const CBoardDescr& board, const BD::Tag& tag) {
@@ -69,13 +88,16 @@ void addTag(Report& report, const CBoardDescr& board, const BD::Tag& tag) {
         unsigned iface = 0;
         // If the record has the wrong size, the row shows an empty address.
         static_cast<void>(board.getMacAddr(tag, mac, iface));
-        report.add(name, String::format("%s iface=%d", mac.c_str(), static_cast<int>(iface)));
+        report.add(name, mac.concat(" iface=").concat(decimal(iface)));
         break;
     }
-    case BD::TagKind::IPV4:
-        report.add(name, String::format("%u.%u.%u.%u", byteAt(tag, 0), byteAt(tag, 1),
-                                        byteAt(tag, 2), byteAt(tag, 3)));
+    case BD::TagKind::IPV4: {
+        String address = decimal(byteAt(tag, 0));
+        for (const unsigned i : {1U, 2U, 3U})
+            address.concat(".").concat(decimal(byteAt(tag, i)));
+        report.add(name, address);
         break;
+    }
     case BD::TagKind::TEXT:
         report.add(name, text(tag));
         break;
@@ -86,7 +108,7 @@ void addTag(Report& report, const CBoardDescr& board, const BD::Tag& tag) {
         report.add(name, String::format("0x%x", static_cast<unsigned>(tag.getDataUInt32())));
         break;
     case BD::TagKind::NUMBER:
-        report.add(name, String::format("%u", static_cast<unsigned>(tag.getDataUInt32())));
+        report.add(name, decimal(static_cast<unsigned>(tag.getDataUInt32())));
         break;
     case BD::TagKind::OBSOLETE:
         report.add(String::format("%s (obsolete)", name.c_str()), hexDump(tag));

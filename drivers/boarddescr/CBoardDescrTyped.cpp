@@ -117,8 +117,12 @@ XCode CBoardDescr::getMacAddr(const BD::Tag& tag, String& mac, unsigned& iface) 
     unsigned char bytes[MAC_RECORD_BYTES];
     for (unsigned i = 0; i < MAC_RECORD_BYTES; ++i)
         bytes[i] = static_cast<unsigned char>(tag.data[i]);
-    mac = String::format("%02X:%02X:%02X:%02X:%02X:%02X", bytes[0], bytes[1], bytes[2], bytes[3],
-                         bytes[4], bytes[5]);
+    char text[] = "00:00:00:00:00:00";
+    for (unsigned i = 0; i < ADDRESS_BYTES; ++i) {
+        text[3 * i] = "0123456789ABCDEF"[bytes[i] >> 4];
+        text[3 * i + 1] = "0123456789ABCDEF"[bytes[i] & 15];
+    }
+    mac = text;
     iface = static_cast<unsigned>(bytes[6]) << 8 | bytes[7];
     return XCode();
 }

@@ -119,7 +119,7 @@ InfoContainer& CLedControl::getInfo(InfoContainer& container, unsigned maxLevel,
     static_cast<void>(getLedStatus(status));
     const DumpInProgress counted;
     if (level <= maxLevel && index <= maxIndex)
-        container.add(level, index, String(prefix).concatf("%s", getDriverName().c_str()),
+        container.add(level, index, String(prefix).concat(getDriverName().c_str()),
                       String::EMPTY());
     if (level < maxLevel && index <= maxIndex) {
         container.add(level + 1, index, "Description", description().c_str());

@@ -1,6 +1,7 @@
 #include "CResourceVoip.h"
 
 #include <limits>
+#include <string>
 
 #include "DID.h"
 #include "DRIVER.h"
@@ -78,8 +79,8 @@ InfoContainer& CResourceVoip::getInfo(InfoContainer& container, unsigned maxLeve
     if (level <= maxLevel && index <= maxIndex)
         container.add(level, index, String(prefix).concat("VoIP Resource"), String::EMPTY());
     if (level < maxLevel && index <= maxIndex) {
-        container.add(level + 1, index, "DSP Channels", String::format("%u", dspChannels));
-        container.add(level + 1, index, "SIP Legs", String::format("%u", sipLegs));
+        container.add(level + 1, index, "DSP Channels", std::to_string(dspChannels).c_str());
+        container.add(level + 1, index, "SIP Legs", std::to_string(sipLegs).c_str());
         container.add(level + 1, index, "Transcoding", YES_NO(transcoding));
         container.add(level + 1, index, "Border Controller", YES_NO(borderController));
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 
 namespace BD {
 
@@ -14,7 +15,8 @@ String TAG_ID_TO_STRING(TagId id) {
         {1, "MacAddress"}, {45, "ProductID"}, {0x800E, "DspChannels"}, {0x801A, "SipLegs"}};
     const auto* const found = std::find_if(std::begin(NAMES), std::end(NAMES),
                                            [id](const Name& row) { return row.id == id; });
-    return found != std::end(NAMES) ? String(found->name) : String::format("Tag%d", id);
+    return found != std::end(NAMES) ? String(found->name)
+                                    : String("Tag").concat(std::to_string(id).c_str());
 }
 
 } // namespace BD

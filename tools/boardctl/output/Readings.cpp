@@ -1,5 +1,8 @@
 #include "output/Readings.h"
 
+#include <cmath>
+#include <cstdlib>
+
 #include "watch/JsonValues.h"
 
 using board::orNull;
@@ -83,9 +86,10 @@ std::string toText(const board::FanReading& fan) {
 std::string toText(const board::TemperatureReading& temperature) {
     if (!temperature.value)
         return UNKNOWN;
-    return String::format("%.3f degrees Celsius, maximum %u", roundedCelsius(*temperature.value),
-                          temperature.maximum)
-        .c_str();
+    const long long thousandths = std::llround(1000.0 * *temperature.value);
+    const std::string digits = std::to_string(1000 + std::abs(thousandths) % 1000).substr(1);
+    return (thousandths < 0 ? "-" : "") + std::to_string(std::abs(thousandths) / 1000) + "." +
+           digits + " degrees Celsius, maximum " + std::to_string(temperature.maximum);
 }
 
 std::string toText(const board::PowerReading& power) {
