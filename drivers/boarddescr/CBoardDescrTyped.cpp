@@ -1,6 +1,7 @@
 #include "CBoardDescr.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <limits>
 
 #include "BD_TagMeaning.h"
@@ -118,7 +119,7 @@ XCode CBoardDescr::getMacAddr(const BD::Tag& tag, String& mac, unsigned& iface) 
     for (unsigned i = 0; i < MAC_RECORD_BYTES; ++i)
         bytes[i] = static_cast<unsigned char>(tag.data[i]);
     char text[] = "00:00:00:00:00:00";
-    for (unsigned i = 0; i < ADDRESS_BYTES; ++i) {
+    for (std::size_t i = 0; i < ADDRESS_BYTES; ++i) {
         text[3 * i] = "0123456789ABCDEF"[bytes[i] >> 4];
         text[3 * i + 1] = "0123456789ABCDEF"[bytes[i] & 15];
     }
