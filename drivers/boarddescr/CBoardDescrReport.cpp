@@ -20,7 +20,7 @@ String hexDump(const BD::Tag& tag) {
 }
 
 String decimal(unsigned number) {
-    return std::to_string(number).c_str();
+    return String(std::to_string(number).c_str());
 }
 
 /// Two bytes as "1a 2b".
@@ -32,7 +32,7 @@ String hexPair(const BD::Tag& tag, unsigned index) {
         pair += "0123456789abcdef"[byte >> 4];
         pair += "0123456789abcdef"[byte & 15];
     }
-    return pair.c_str();
+    return String(pair.c_str());
 }
 
 /// The text up to its first zero byte. A stored text of odd length ends with such a byte.
