@@ -27,10 +27,20 @@ using support::WrittenPipe;
 
 namespace {
 
-/// Only a stop ends this wait.
+/// Reads the file to its end, with waits that may end the thread. Waits for ever if it is a pipe.
+void readToEnd(const std::string& path) {
+    TYFile file(path.c_str(), true, false);
+    XCode status = file.open(O_RDONLY, 0, 0);
+    char buffer[8];
+    for (unsigned count = 1; status.isSuccess() && count > 0;)
+        status = file.readOnce(buffer, sizeof buffer, count, true);
+}
+
+/// Only a stop ends this wait: nobody writes to the pipe.
 void waitForStop() {
-    constexpr unsigned HOUR = 3600U * 1000000U;
-    TYThread::usleep(HOUR);
+    const TempDir dir;
+    dir.makePipe("silent");
+    readToEnd(dir.path("silent"));
 }
 
 /// A thread with its body, and the result that the body returns.
@@ -55,25 +65,13 @@ struct Unwound {
     }
 };
 
-/// Waits for ever if the file is a pipe.
-void readToEnd(const std::string& path) {
-    TYFile file(path.c_str(), true, false);
-    XCode status = file.open(O_RDONLY, 0, 0);
-    char buffer[8];
-    for (unsigned count = 1; status.isSuccess() && count > 0;)
-        status = file.readOnce(buffer, sizeof buffer, count, true);
-}
-
 } // namespace
 
 TEST(TYThread, EndsWhereItWaitsAndUnwindsItsStack) {
     const TempDir dir;
-    dir.makePipe("silent");
     const WrittenPipe written(dir);
     const std::pair<const char*, std::function<void()>> waits[] = {
-        {"open", [&] { readToEnd(dir.path("silent")); }},
-        {"read", [&] { readToEnd(written.path()); }},
-        {"sleep", waitForStop}};
+        {"open", waitForStop}, {"read", [&] { readToEnd(written.path()); }}};
     for (const auto& [name, wait] : waits)
         for (const bool isDestroyed : {true, false}) {
             const auto before = openDescriptors();
@@ -126,8 +124,7 @@ TEST(TYThread, IsNotEndedInTheFrameworksWaitsOfHostCode) {
     Worker worker([&](TYThread& self) {
         const auto wait = [&] {
             EXPECT_TRUE(self.stop().isSuccess()); // on the thread itself: only requests the stop
-            // The wait takes no time, but could end the thread.
-            TYThread::usleep(0);
+            readToEnd("/dev/null");               // could end the thread
             ++finished;
         };
         const Sink sink(wait);
@@ -204,7 +201,7 @@ TEST(TYThread, HasItsNameAndItsStackAndBlocksAllSignalsExceptFaults) {
     String trace;
     std::string name;
     Worker worker([&](TYThread& self) {
-        TYThread::usleep(0); // takes no time, but unblocks one signal and must block it again
+        readToEnd("/dev/null"); // unblocks one signal and must block it again
         pthread_sigmask(SIG_SETMASK, nullptr, &inside);
         std::getline(std::ifstream("/proc/thread-self/comm"), name);
         EXPECT_EQ(self.getTid(), ::gettid());

@@ -131,6 +131,15 @@ TEST_F(LedPipe, RunsByItselfUntilItIsReleased) {
         << "each start leaves the pipe's writer, however briefly it ran";
 }
 
+TEST_F(LedPipe, EndsAtOnceHoweverLongItsTickIs) {
+    constexpr unsigned HOUR_MS = 3600U * 1000U;
+    LedCtrl leds(nullptr, 0, nullptr, 0, LedCtrl::ACCESS_NONE, HOUR_MS, 0);
+    support::waitUntilAsleep(std::atomic<int>(leds.getTid()));
+    EXPECT_TRUE(leds.stop().isSuccess());
+    EXPECT_TRUE(leds.start(String::EMPTY()).isSuccess());
+    support::waitUntilAsleep(std::atomic<int>(leds.getTid())); // the destructor ends it
+}
+
 TEST_F(LedThread, EndsBeforeAnyMemberIsDestroyed) {
     std::atomic<int> owner{0};
     bool isWhole = false;
