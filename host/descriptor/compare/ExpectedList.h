@@ -18,9 +18,9 @@ bool isJsonList(const std::string& bytes);
 
 /// Reads an image or a JSON list. Instead of a value, an entry of the list may have a pattern:
 /// `any` (true), `size` (bytes), `matches` (a regular expression on the whole text), or `from` and
-/// `to` (addresses), with or without `iface`. Throws Error if there are no bytes, for a corrupt
-/// image, and for a list that `tagsFromJson` would refuse or that goes on after its terminator;
-/// messages call it `source`.
+/// `to` (addresses); the last two may come with `iface`. Throws Error, which calls the input
+/// `source`, for no bytes at all, for a corrupt image, for a list that `tagsFromJson` refuses, and
+/// for entries after the terminator.
 ExpectedList readExpected(const std::string& bytes, const std::string& source);
 
 } // namespace board

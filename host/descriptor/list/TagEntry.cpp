@@ -105,8 +105,9 @@ BD::Tag TagEntry::tag() const {
 }
 
 void TagEntry::failAfterEnd() const {
-    m_entry.fail(nullptr, "comes after the terminator, where no load finds it (expected the "
-                          "terminator last)");
+    m_entry.fail(nullptr,
+                 "comes after the terminator, so it is never read (expected the terminator "
+                 "last)");
 }
 
 std::string TagEntry::text(const JsonMember& member, const char* expected) const {

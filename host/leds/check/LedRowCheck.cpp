@@ -19,8 +19,8 @@ public:
         if (row.group < 0)
             mistake(row, "group",
                     std::to_string(row.group) +
-                        " is below 0, which is no group: the row ends no other row, and no other "
-                        "row ends it by its group (expected 0 or more)");
+                        " is not a group: rows with this number do not end each other (expected 0 "
+                        "or more)");
     }
 
 private:

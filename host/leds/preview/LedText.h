@@ -28,8 +28,8 @@ LedWaves printableWaves(LedWaves waves);
 /// The time at which `tick` begins: "3.6 s".
 std::string secondsText(const LedWaves& waves, unsigned tick);
 
-/// What drives the LED in `segment`, from when to when, where the row is, and what it hides:
-/// "line ring: blinks for a time, from 3.6 s to 5.6 s", then further lines.
+/// Explains `segment`. The first line names the row, its light and its time, such as "line ring:
+/// blinks for a time, from 3.6 s to 5.6 s". Further lines tell where the row is and what it hides.
 std::string segmentText(const LedWaves& waves, const LedSegment& segment);
 
 /// The first `columns` columns of `text`, the last of them as "...", if it is longer than that.

@@ -55,7 +55,7 @@ TEST(TagsJson, RejectsTagsThatNoImageCanHoldOrThatMayBeAMistake) {
          "(expected the address of one interface)"},
         {R"([{"id":5,"data":"","iface":1}])", R"(1: entry 0: "iface" belongs to "mac")"},
         {R"([{"id":0,"data":""},{"id":0,"data":""}])",
-         "1: entry 1: comes after the terminator, where no load finds it (expected the terminator "
+         "1: entry 1: comes after the terminator, so it is never read (expected the terminator "
          "last)"},
         {"[{\"id\":5,\"u8\":1},\n{" + std::string(1, '\0') + "}]",
          "2: entry 1: holds a zero byte (expected JSON)"},

@@ -104,7 +104,7 @@ $ boardctl bd build template -o unit --backup kept; boardctl bd build template -
 unit: written; the old file is in kept
 $ echo '[{"id":0,"data":""},{"id":5,"text":"ab"}]' >behind; boardctl bd build behind -o unit; boardctl bd build behind --exact -o - | wc -c
 10
-! boardctl: behind:1: entry 1: comes after the terminator, where no load finds it (expected the terminator last)
+! boardctl: behind:1: entry 1: comes after the terminator, so it is never read (expected the terminator last)
 $ boardctl bd build template 5=text:x --exact -o - | tail -c 14 | od -An -tx1
  78 00 00 01 00 0c 02 00 00 00 00 07 00 00
 $ boardctl bd build template 6=u8:1 -o unit; boardctl bd build template 6=u8:1 --force -o unit >said; boardctl bd build template 1.3=hex: -o unit

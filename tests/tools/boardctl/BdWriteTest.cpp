@@ -46,7 +46,7 @@ $ for i in empty erased cut size behind nosuch; do boardctl bd write $i -i image
 ! boardctl: erased: holds no tags; nothing was written (--force writes an empty descriptor)
 ! boardctl: cut: CORRUPTED BOARD DESCRIPTOR: id=1 has invalid field length (len=8 overflow the buffer size 30) at pos=24; nothing was written (--force writes the tags before the fault)
 ! boardctl: size: ProductID: has 3 bytes (expected 4); at 0: Tag9: has 2 bytes (expected 4); at 14: Tag6: has 0 bytes (expected 4); 2 more; nothing was written (--force writes it anyway)
-! boardctl: behind:1: entry 2: comes after the terminator, where no load finds it (expected the terminator last)
+! boardctl: behind:1: entry 2: comes after the terminator, so it is never read (expected the terminator last)
 ! boardctl: nosuch: can't open: No such file or directory
 [1]
 $ for i in image ./before new; do boardctl bd write before -i image --force --backup new --record $i; done

@@ -120,7 +120,7 @@ TEST(TagCompare, RejectsPatternsThatMakeNoSense) {
         {first + R"(,"to":"02:00:00:00:00:06")", R"("to" is lower than "from")"},
         {R"("any":true,"iface":1)", R"("iface" belongs to "mac" or "from")"},
         {R"("data":""},{"id":0,"data":""},{"id":5,"any":true)",
-         "comes after the terminator, where no load finds it (expected the terminator last)"},
+         "comes after the terminator, so it is never read (expected the terminator last)"},
     };
     for (const auto& each : CASES) {
         const std::string failure =

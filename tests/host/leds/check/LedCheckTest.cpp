@@ -89,7 +89,7 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
          "error: leds.command[0]: each line starts one more roll"},
         // Groups and times
         {row("a b", on + "group = -1"), row("a b", on + "group = 0"),
-         "error: leds.command[0].group: -1 is below 0"},
+         "error: leds.command[0].group: -1 is not a group"},
         {row("a b", on + "time_ms = -1"), row("a b", on + "time_ms = 100"),
          "error: leds.command[0].time_ms: -1 is below 0 and wraps around: the row lasts 0 ticks"},
         {row("a b", "mask = 1\naction = 'flash'\ntime_ms = 100"),
