@@ -27,6 +27,8 @@ struct Answers : board::StatusAnswers {
     nlohmann::ordered_json leds() const override {
         return nlohmann::ordered_json::array({{{"name", "power"}}});
     }
+    std::uint32_t lit() const override { return 1; }
+    nlohmann::ordered_json descriptor() const override { return {{"fault", "\xff"}}; }
     std::string metrics() const override { throw std::runtime_error("none"); }
 };
 
@@ -50,8 +52,8 @@ void handle(const std::string& message) {
     const auto read = board::varlink::parseReply(withoutEnd(toBytes(reply)));
     expect(read && read->error == reply.error && read->continues == reply.continues,
            "a reply is read as it was written");
-    const bool isMonitor = request->method == "org.boarddrivers.Host.Monitor";
-    expect(!reply.continues || (isMonitor && request->more), "only events continue");
+    const bool isMonitor = request->method.rfind("org.boarddrivers.Host.Monitor", 0) == 0;
+    expect(!reply.continues || (isMonitor && request->more), "only what is monitored continues");
 }
 
 /// What a client sends up to the first message that is too long, without its unfinished rest.

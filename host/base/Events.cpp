@@ -38,6 +38,10 @@ void EventQueue::push(Event event) {
         m_batch.entries.push_back({now, std::move(event)});
     else
         ++m_batch.lost;
+    wake();
+}
+
+void EventQueue::wake() const {
     ::eventfd_write(m_descriptor.number(), 1);
 }
 

@@ -169,7 +169,11 @@ public:
     /// Everything that has arrived since the last call.
     Batch take();
 
-    /// Readable while events are waiting.
+    /// Makes the descriptor readable although no event has arrived, so that the thread that takes
+    /// the events looks at what else has changed. Any thread; never waits.
+    void wake() const;
+
+    /// Readable while events are waiting, and after `wake`, until the next `take`.
     int descriptor() const { return m_descriptor.number(); }
 
 private:

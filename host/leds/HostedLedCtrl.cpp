@@ -37,6 +37,7 @@ HostedLedCtrl::~HostedLedCtrl() {
 XCode HostedLedCtrl::runThread() {
     for (;;) {
         tick();
+        tellLit();
         remember();
         TYThread::usleep(m_tickUs);
         look();
@@ -75,6 +76,14 @@ void HostedLedCtrl::recall() {
 void HostedLedCtrl::remember() {
     if (m_parts.memory && hasChanged())
         m_parts.memory->keep(toText({m_tableNumber, holds()}));
+}
+
+// Either this thread sees that changes are wanted, or who has just wanted them sees the new LEDs:
+// operations on atomics have one order for all threads.
+void HostedLedCtrl::tellLit() {
+    const std::uint32_t now = lit();
+    if (m_lit.exchange(now) != now && m_wakesAtChanges)
+        m_parts.events.wake();
 }
 
 void HostedLedCtrl::look() {

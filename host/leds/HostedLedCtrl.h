@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -41,14 +42,20 @@ public:
     /// because a new virtual operation would change the library's binary interface.
     XCode runThread() override;
 
+    ///@{
     /// Any thread.
     LedCounts counts() const;
+    /// The LEDs that are lit in the present tick, as `LedService::lit` describes.
+    std::uint32_t litNow() const { return m_lit; }
+    void wakeAtChanges(bool isWanted) { m_wakesAtChanges = isWanted; }
+    ///@}
 
 private:
     void begin();
     void recall();
     void remember();
     void look();
+    void tellLit();
     void handleLine(char* line);
 
     const std::uint32_t m_tickUs;
@@ -59,6 +66,8 @@ private:
     std::uint32_t m_ticks = 0;
     mutable std::mutex m_mutex; ///< guards the counts
     LedCounts m_counts;
+    std::atomic<std::uint32_t> m_lit{0};
+    std::atomic<bool> m_wakesAtChanges{false};
 };
 
 } // namespace board

@@ -60,4 +60,13 @@ LedCounts LedService::counts() const {
     return m_hosted ? m_hosted->counts() : LedCounts();
 }
 
+std::uint32_t LedService::lit() const {
+    return m_hosted ? m_hosted->litNow() : 0;
+}
+
+void LedService::wakeAtChanges(bool isWanted) const {
+    if (m_hosted)
+        m_hosted->wakeAtChanges(isWanted);
+}
+
 } // namespace board

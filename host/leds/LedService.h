@@ -46,6 +46,12 @@ public:
     /// first tick is explained. Empty if the profile's tick period can't be used.
     std::vector<LedExplanation> explain() const;
     LedCounts counts() const;
+    /// The LEDs that are lit in the present tick: bits of the masks in the profile. Nothing is lit
+    /// before the first tick.
+    std::uint32_t lit() const;
+    /// From now on, each change of `lit` calls `wake` of the events, or none does. At first, none
+    /// does. Read `lit` after the call: an earlier change may have gone by.
+    void wakeAtChanges(bool isWanted) const;
     ///@}
 
 private:
@@ -64,7 +70,7 @@ private:
     std::optional<LedMemoryFile> m_memory;
     ///@}
     std::unique_ptr<LedCtrl, Release> m_leds;
-    const HostedLedCtrl* m_hosted = nullptr; ///< the same; null if the sequencer is idle
+    HostedLedCtrl* m_hosted = nullptr; ///< the same; null if the sequencer is idle
 };
 
 } // namespace board

@@ -121,7 +121,8 @@ std::vector<LedExplanation> LedTrace::explain(const LedSequencerProfile& profile
                                               const std::vector<Led>& leds) const {
     std::vector<LedExplanation> explanations;
     for (const Led& led : leds) {
-        LedExplanation explanation{led.name, led.mask, (m_output & led.mask) != 0, false, {}, {}};
+        LedExplanation explanation{led.name, led.mask, led.color, (m_output & led.mask) != 0,
+                                   false,    {},       {}};
         for (const Found& found : holdersOf(led.mask)) {
             const LedRow& row = profile.commands[found.run->row];
             LedCause cause{*found.run, lineOf(row),     row.place,

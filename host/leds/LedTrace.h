@@ -50,6 +50,7 @@ struct LedCause {
 struct LedExplanation {
     std::string name;
     std::uint32_t mask = 0;
+    LedColor color = LedColor::UNKNOWN;
     bool isLit = false;  ///< in the last tick
     bool isHeld = false; ///< whether `driver` holds the LED, or has only ended what did
     /// What determines the LED's state. For an LED that nothing holds, the row that last ended a

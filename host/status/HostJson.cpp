@@ -1,5 +1,9 @@
 #include "status/HostJson.h"
 
+#include "BD_TagMeaning.h"
+#include "base/Text.h"
+#include "descriptor/TagWords.h"
+#include "descriptor/compare/ExpectedTag.h"
 #include "profile/LedActions.h"
 #include "status/StatusAnswers.h"
 #include "watch/JsonValues.h"
@@ -74,6 +78,35 @@ ordered_json toJson(const LedCause& cause, const LedSequencerProfile& profile) {
             {"shown", cause.isShown}};
 }
 
+/// The data as its meaning suggests; hexadecimal digits if that does not fit. Null if reports leave
+/// the tag out.
+ordered_json dataText(const BD::Tag& tag) {
+    const BD::TagMeaning meaning = BD::meaningOf(tag.id);
+    if (meaning.kind == BD::TagKind::HIDDEN)
+        return nullptr;
+    const bool isWhole = meaning.size == 0 || meaning.size == tag.length;
+    const std::string digits = valueWords(tag, true);
+    if (tag.length == 0 || !isWhole)
+        return digits;
+    switch (meaning.kind) {
+    case BD::TagKind::IPV4: {
+        std::vector<std::string> parts;
+        for (unsigned i = 0; i < meaning.size; ++i)
+            parts.push_back(std::to_string(static_cast<unsigned char>(tag.data[i])));
+        return join(parts, ".");
+    }
+    case BD::TagKind::TEXT:
+    case BD::TagKind::UPPER_TEXT: {
+        const std::string text = textOf(tag);
+        return printable(text) == text ? text : digits;
+    }
+    case BD::TagKind::HEX_NUMBER:
+        return "0x" + digits;
+    default:
+        return valueWords(tag);
+    }
+}
+
 } // namespace
 
 ordered_json toJson(const Device& device, const WatchedDevice* watched, const TYTime& started) {
@@ -102,11 +135,21 @@ ordered_json toJson(const LedExplanation& led, const LedSequencerProfile& profil
     ordered_json covers = ordered_json::array();
     for (const LedCause& cause : led.covers)
         covers.push_back(toJson(cause, profile));
+    const char* const color = colorName(led.color);
     return {{"name", led.name},
             {"mask", led.mask},
+            {"color", color ? ordered_json(color) : ordered_json(nullptr)},
             {"lit", led.isLit},
             {"drive", led.driver ? toJson(*led.driver, profile) : ordered_json(nullptr)},
             {"covers", covers}};
+}
+
+ordered_json toJson(const ImageTag& tag) {
+    return {{"id", tag.tag.id},
+            {"name", tagName(tag.tag.id)},
+            {"offset", tag.offset},
+            {"length", tag.tag.length},
+            {"text", dataText(tag.tag)}};
 }
 
 ordered_json toJson(const Result<CpuReading>& load) {

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "board/Host.h"
+#include "descriptor/TagImage.h"
 #include "leds/LedTrace.h"
 #include "watch/Watch.h"
 
@@ -19,6 +20,9 @@ nlohmann::ordered_json toJson(const Alarm& alarm);
 
 /// The type Led. `profile` is that of the sequencer.
 nlohmann::ordered_json toJson(const LedExplanation& led, const LedSequencerProfile& profile);
+
+/// The type Tag.
+nlohmann::ordered_json toJson(const ImageTag& tag);
 
 /// The type Cpu.
 nlohmann::ordered_json toJson(const Result<CpuReading>& load);

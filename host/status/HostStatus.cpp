@@ -99,6 +99,9 @@ ordered_json HostStatus::status() const {
     if (m_host.descriptor())
         if (const auto identifier = identityOf(*m_host.descriptor()).product)
             product = identifierText(*identifier);
+    ordered_json firmware = nullptr;
+    if (m_firmware && *m_firmware)
+        firmware = {{"version", (*m_firmware)->version}};
     ordered_json alarms = ordered_json::array();
     for (const Alarm& alarm : m_watch.alarms())
         alarms.push_back(toJson(alarm));
@@ -107,6 +110,7 @@ ordered_json HostStatus::status() const {
             {"profile", m_profilePath},
             {"simulated", m_profile.simulated},
             {"version", STATUS_VERSION},
+            {"firmware", firmware},
             {"started", utcText(m_started)},
             {"devices", devicesJson()},
             {"alarms", alarms},
@@ -152,6 +156,7 @@ ordered_json HostStatus::ledServiceJson() const {
         faults.push_back(String::format("LED '%s': %s", name.c_str(), fault.c_str()).c_str());
     return {{"running", leds != nullptr},
             {"pipe", m_takesLines ? ordered_json(LED_PIPE) : ordered_json(nullptr)},
+            {"tick_ms", m_profile.ledService->tickMs},
             {"faults", faults}};
 }
 
@@ -171,6 +176,24 @@ ordered_json HostStatus::leds() const {
     for (const LedExplanation& led : m_services->leds()->explain())
         leds.push_back(toJson(led, *m_profile.ledService));
     return leds;
+}
+
+std::uint32_t HostStatus::lit() const {
+    return m_services && m_services->leds() ? m_services->leds()->lit() : 0;
+}
+
+ordered_json HostStatus::descriptor() const {
+    ordered_json tags = ordered_json::array(), fault = nullptr;
+    if (const std::string* const bytes = m_watch.descriptorImage()) {
+        const TagImage image(*bytes);
+        for (const ImageTag& tag : image.tags())
+            tags.push_back(toJson(tag));
+        fault = orNull(image.fault());
+    }
+    for (const WatchedDevice& device : m_watch.devices())
+        if (device.kind == DeviceKind::DESCRIPTOR && device.fault)
+            fault = *device.fault;
+    return {{"tags", tags}, {"fault", fault}};
 }
 
 LedCounts HostStatus::ledCounts() const {

@@ -42,6 +42,8 @@ public:
 
     nlohmann::ordered_json status() const override;
     nlohmann::ordered_json leds() const override;
+    std::uint32_t lit() const override;
+    nlohmann::ordered_json descriptor() const override;
     std::string metrics() const override;
 
 private:

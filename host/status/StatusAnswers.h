@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include <nlohmann/json.hpp>
@@ -20,6 +21,10 @@ public:
     virtual nlohmann::ordered_json status() const = 0;
     /// An array of all LEDs of the sequencer, each of the type Led; empty without a sequencer.
     virtual nlohmann::ordered_json leds() const = 0;
+    /// The LEDs of the sequencer that are lit now, as bits; 0 without a sequencer.
+    virtual std::uint32_t lit() const = 0;
+    /// The object that the method Descriptor returns.
+    virtual nlohmann::ordered_json descriptor() const = 0;
     /// The text that the method Metrics returns.
     virtual std::string metrics() const = 0;
 };

@@ -71,6 +71,12 @@ const StatusCalls::Method StatusCalls::METHODS[] = {
      [](const StatusCalls& calls, const ordered_json&) {
          return success({{"text", calls.m_answers.metrics()}});
      }},
+    {HOST, "Descriptor", nullptr, false, false,
+     [](const StatusCalls& calls, const ordered_json&) {
+         return success(calls.m_answers.descriptor());
+     }},
+    {HOST, "MonitorLeds", nullptr, false, true,
+     [](const StatusCalls& calls, const ordered_json&) { return litReply(calls.m_answers.lit()); }},
     {HOST, "Monitor", nullptr, false, true,
      [](const StatusCalls&, const ordered_json&) { return eventReply(nullptr, 0); }},
 };
@@ -124,6 +130,10 @@ varlink::Reply StatusCalls::reply(const varlink::Request& request) const {
 
 varlink::Reply eventReply(const ordered_json& event, unsigned lost) {
     return {{{"event", event}, {"lost", lost}}, true, ""};
+}
+
+varlink::Reply litReply(std::uint32_t lit) {
+    return {{{"lit", lit}}, true, ""};
 }
 
 varlink::Reply tooManyClients(std::size_t maximum) {

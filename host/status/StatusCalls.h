@@ -11,8 +11,8 @@ public:
     /// `answers` must outlive the object.
     explicit StatusCalls(const StatusAnswers& answers) : m_answers(answers) {}
 
-    /// The reply to a call. For a call of Monitor, this is the first reply; `eventReply` makes the
-    /// others. Made even if the client wants no reply.
+    /// The reply to a call. For a call of Monitor or MonitorLeds, this is the first reply;
+    /// `eventReply` and `litReply` make the others. Made even if the client wants no reply.
     varlink::Reply reply(const varlink::Request& request) const;
 
 private:
@@ -27,6 +27,9 @@ private:
 /// A reply with an event, or with null, to a client that monitors events. `lost` is how many events
 /// it missed before this one.
 varlink::Reply eventReply(const nlohmann::ordered_json& event, unsigned lost);
+
+/// A reply with the LEDs that are lit, to a client that monitors them.
+varlink::Reply litReply(std::uint32_t lit);
 
 /// The reply to a client that is one too many.
 varlink::Reply tooManyClients(std::size_t maximum);

@@ -1,6 +1,8 @@
 #include "status/StatusServer.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include <sys/epoll.h>
 
@@ -85,7 +87,7 @@ void StatusServer::attend(Client& client, unsigned events) {
     if ((events & EPOLLIN) != 0)
         receive(client);
     send(client);
-    if (client.output.empty() && !client.isMonitor)
+    if (client.output.empty() && client.interest == Interest::NONE)
         answerNext(client);
     send(client);
     awaitMore(client);
@@ -116,15 +118,30 @@ void StatusServer::answerNext(Client& client) const {
     if (request->oneway)
         return;
     client.output = varlink::toBytes(reply);
-    client.isMonitor = reply.continues;
+    if (!reply.continues)
+        return;
+    const auto lit = reply.parameters.find("lit");
+    client.interest = lit == reply.parameters.end() ? Interest::EVENTS : Interest::LEDS;
+    if (client.interest == Interest::LEDS)
+        client.lit = client.litNow = lit->get<std::uint32_t>();
+}
+
+/// What the client must be told about what it has missed; empty if there is nothing.
+std::string StatusServer::newsFor(Client& client) {
+    if (client.lost > 0)
+        return varlink::toBytes(eventReply(nullptr, std::exchange(client.lost, 0)));
+    if (client.lit == client.litNow)
+        return "";
+    client.lit = client.litNow;
+    return varlink::toBytes(litReply(client.lit));
 }
 
 void StatusServer::send(Client& client) {
-    while (client.socket.isOpen() && (!client.output.empty() || client.lost > 0)) {
-        if (client.output.empty()) {
-            client.output = varlink::toBytes(eventReply(nullptr, client.lost));
-            client.lost = 0;
-        }
+    while (client.socket.isOpen()) {
+        if (client.output.empty())
+            client.output = newsFor(client);
+        if (client.output.empty())
+            return;
         const ssize_t sent = trySend(client.socket, client.output.data(), client.output.size());
         if (sent >= 0)
             client.output.erase(0, static_cast<std::size_t>(sent));
@@ -137,9 +154,9 @@ void StatusServer::send(Client& client) {
 
 void StatusServer::awaitMore(Client& client) {
     unsigned awaited = EPOLLIN;
-    if (!client.output.empty() || (!client.isMonitor && client.input.hasMessage()))
+    if (!client.output.empty() || (client.interest == Interest::NONE && client.input.hasMessage()))
         awaited = EPOLLOUT; // if a request has arrived, the next `serve` handles it
-    else if (client.isMonitor)
+    else if (client.interest != Interest::NONE)
         awaited = 0; // the end of a connection is announced nevertheless
     else if (client.hasSentAll)
         client.socket.close();
@@ -153,7 +170,7 @@ void StatusServer::awaitMore(Client& client) {
 void StatusServer::publish(const ordered_json& event) {
     const std::string bytes = varlink::toBytes(eventReply(event, 0));
     for (Client& client : m_clients) {
-        if (!client.isMonitor)
+        if (client.interest != Interest::EVENTS)
             continue;
         if (client.output.size() + bytes.size() > MOST_WAITING_EVENTS) {
             ++client.lost;
@@ -162,6 +179,22 @@ void StatusServer::publish(const ordered_json& event) {
         client.output +=
             client.lost == 0 ? bytes : varlink::toBytes(eventReply(event, client.lost));
         client.lost = 0;
+        send(client);
+        awaitMore(client);
+    }
+    removeEnded();
+}
+
+bool StatusServer::isAskedForLeds() const {
+    return std::any_of(m_clients.begin(), m_clients.end(),
+                       [](const Client& client) { return client.interest == Interest::LEDS; });
+}
+
+void StatusServer::publishLeds(std::uint32_t lit) {
+    for (Client& client : m_clients) {
+        if (client.interest != Interest::LEDS)
+            continue;
+        client.litNow = lit;
         send(client);
         awaitMore(client);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <list>
 #include <string>
 
@@ -19,7 +20,9 @@ namespace board {
 ///
 /// A client that monitors events and does not read keeps up to 64 KiB of them, in addition to what
 /// its socket holds. Later events are counted instead, and the client is told the number as soon as
-/// it reads again. Whatever it sends is left unread.
+/// it reads again. A client that monitors the LEDs and does not read gets the latest ones as soon
+/// as it has read what its socket holds. Whatever a client sends that monitors something is left
+/// unread.
 ///
 /// One thread.
 class StatusServer {
@@ -42,23 +45,33 @@ public:
     /// Sends an object to all clients that monitor events, as far as they read.
     void publish(const nlohmann::ordered_json& event);
 
+    /// Whether a client monitors the LEDs.
+    bool isAskedForLeds() const;
+    /// Sends the LEDs that are lit to all clients that monitor them and know of others.
+    void publishLeds(std::uint32_t lit);
+
 private:
+    enum class Interest { NONE, EVENTS, LEDS };
+
     struct Client {
         explicit Client(FileDescriptor accepted) : socket(std::move(accepted)) {}
 
         FileDescriptor socket; ///< not open once the connection has ended
         varlink::MessageBuffer input{LARGEST_REQUEST};
-        std::string output;      ///< what the socket had no room for
-        bool hasSentAll = false; ///< the client will send nothing more
-        bool isMonitor = false;  ///< gets events
-        unsigned lost = 0;       ///< events that it missed since its last reply
-        unsigned awaited = 0;    ///< what `descriptor` waits for on its behalf
+        std::string output;                 ///< what the socket had no room for
+        bool hasSentAll = false;            ///< the client will send nothing more
+        Interest interest = Interest::NONE; ///< what it monitors
+        unsigned lost = 0;                  ///< events that it missed since its last reply
+        std::uint32_t lit = 0;              ///< the LEDs in its last reply
+        std::uint32_t litNow = 0;           ///< the LEDs that it should know of
+        unsigned awaited = 0;               ///< what `descriptor` waits for on its behalf
     };
 
     void acceptClients();
     void attend(Client& client, unsigned events);
     static void receive(Client& client);
     void answerNext(Client& client) const;
+    static std::string newsFor(Client& client);
     static void send(Client& client);
     void awaitMore(Client& client);
     void removeEnded();

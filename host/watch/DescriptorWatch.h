@@ -22,6 +22,10 @@ public:
     /// when the writer is done. A fault tells why the device can't be read.
     Result<std::optional<event::DescriptorChanged>> look(const std::string& path);
 
+    /// The bytes that a load reads, as the last successful call of `look` found them; null before
+    /// it.
+    const std::string* image() const { return m_seen ? &m_seen->bytes : nullptr; }
+
 private:
     struct Seen {
         std::string bytes; ///< what a load reads

@@ -62,6 +62,12 @@ public:
 
     const std::vector<Alarm>& alarms() const { return m_alarms.all(); }
 
+    /// What a load of the descriptor reads from its device, as of the last look that could read it;
+    /// null if none could, or if the board has no descriptor.
+    const std::string* descriptorImage() const {
+        return m_descriptor ? m_descriptor->image() : nullptr;
+    }
+
     /// The load of the processors between the last two looks; a fault before the second.
     const Result<CpuReading>& load() const { return m_load; }
 

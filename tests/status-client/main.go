@@ -4,7 +4,7 @@
 // type.
 //
 // usage: status-client SOCKET [COMMAND [ARGUMENT...]]
-// COMMAND must cause an event on the board. It runs once the client monitors events.
+// COMMAND must cause an event on the board, and change an LED. It runs once the client monitors both.
 package main
 
 import (
@@ -165,7 +165,7 @@ func main() {
 	_, err := connection.Send(background, host+".Status", nil, varlink.Oneway)
 	must(err, "a call without a reply")
 	for _, method := range description.Methods {
-		if method.Name == "Monitor" {
+		if strings.HasPrefix(method.Name, "Monitor") {
 			continue
 		}
 		next, err := connection.Send(background, host+"."+method.Name, nil, 0)
@@ -181,18 +181,26 @@ func main() {
 	expectError(connection, "org.none.Status", standard+".InterfaceNotFound", nil)
 	expectError(connection, host+".None", standard+".MethodNotFound", nil)
 	expectError(connection, host+".Leds", standard+".InvalidParameter", map[string]int{"name": 1})
-	expectError(connection, host+".Monitor", standard+".ExpectedMore", nil)
+	for _, name := range []string{".Monitor", ".MonitorLeds"} {
+		expectError(connection, host+name, standard+".ExpectedMore", nil)
+	}
 	expectError(connection, host+".Leds", host+".NoSuchLed", map[string]string{"name": "none"})
 
-	monitor := methodOf(description, "Monitor")
-	next, err := connection.Send(background, host+".Monitor", nil, varlink.More)
-	must(err, "Monitor")
-	if !receive(description, monitor, next) {
-		fault("Monitor promises no event")
-	} else if len(os.Args) > 2 {
+	monitors := map[string]receiver{}
+	for _, name := range []string{"MonitorLeds", "Monitor"} {
+		next, err := connect().Send(background, host+"."+name, nil, varlink.More)
+		must(err, name)
+		if !receive(description, methodOf(description, name), next) {
+			fault("%s promises no news", name)
+		}
+		monitors[name] = next
+	}
+	if faults == 0 && len(os.Args) > 2 {
 		must(exec.Command(os.Args[2], os.Args[3:]...).Run(), os.Args[2])
-		if !receive(description, monitor, next) {
-			fault("Monitor promises no further event")
+		for _, name := range []string{"MonitorLeds", "Monitor"} {
+			if !receive(description, methodOf(description, name), monitors[name]) {
+				fault("%s promises no further news", name)
+			}
 		}
 		event, _ := last.(map[string]interface{})["event"].(map[string]interface{})
 		for _, key := range []string{"event", "time", "text"} {

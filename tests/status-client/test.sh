@@ -22,7 +22,8 @@ mkfifo "$folder/in" "$folder/out"
 host=$!
 exec 3>"$folder/in" 4<"$folder/out"
 read -r _ <&4
-echo '{"event":"gone","time":"2026-05-31T10:00:00.000Z","text":"fan is gone"}' >"$folder/event"
+echo '{"event":"gone","time":"2026-05-31T10:00:00.000Z","text":"fan is gone"}
+{"lit":4}' >"$folder/event"
 "$3/status-client" "$folder/host" sh -c "cat '$folder/event' >'$folder/in'"
 exec 3>&-
 wait "$host"
@@ -34,7 +35,7 @@ rm "$folder/board/dev/power" # an alarm
 host=$!
 exec 4<"$folder/out"
 while read -r line <&4 && [[ $line != ready ]]; do :; done
-"$3/status-client" "$folder/board/host.socket"
+"$3/status-client" "$folder/board/host.socket" "$4" leds send line call
 kill "$host"
 wait "$host"
 host=

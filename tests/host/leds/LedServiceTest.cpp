@@ -195,6 +195,24 @@ TEST_F(LedServiceTest, TellsKnownFromUnknownLinesAndExplainsTheLeds) {
     EXPECT_TRUE(led.isLit);
 }
 
+TEST_F(LedServiceTest, WakesTheHostAtEachChangeOfTheLeds) {
+    const board::LedSequencerProfile profile =
+        table(row("a b", "mask = 2\naction = 'on'\ngroup = 1"));
+    const board::LedService leds(profile, false, m_events);
+    leds.wakeAtChanges(true);
+    const auto await = [&](std::uint32_t lit) {
+        pollfd woken{m_events.descriptor(), POLLIN, 0};
+        while (leds.lit() != lit && ::poll(&woken, 1, 60000) == 1)
+            static_cast<void>(m_events.take());
+        return leds.lit();
+    };
+    EXPECT_EQ(await(7), 7U);
+    board::sendLedLine("a b");
+    EXPECT_EQ(await(2), 2U);
+    board::sendLedLine("system boot");
+    EXPECT_EQ(await(7), 7U);
+}
+
 TEST_F(LedServiceTest, RemembersWhatHoldsWithoutATime) {
     m_dir.write("file", "");
     const std::string memory = m_dir.path("memory"),

@@ -25,14 +25,20 @@ protected:
 };
 
 const char MONITOR[] = R"({"method":"org.boarddrivers.Host.Monitor","more":true})";
+const char MONITOR_LEDS[] = R"({"method":"org.boarddrivers.Host.MonitorLeds","more":true})";
 const char FIRST_REPLY[] = R"({"parameters":{"event":null,"lost":0},"continues":true})";
 const char METRICS_REPLY[] = R"({"parameters":{"text":"board_info 1\n"}})";
+
+std::string litReply(std::uint32_t lit) {
+    return R"({"parameters":{"lit":)" + std::to_string(lit) + R"(},"continues":true})";
+}
 
 } // namespace
 
 TEST_F(StatusServerTest, AnswersEachMethod) {
     ScriptedClient client(m_server);
     EXPECT_EQ(parametersOf(client.ask(callOf("Status"))), m_answers.status().dump());
+    EXPECT_EQ(parametersOf(client.ask(callOf("Descriptor"))), m_answers.descriptor().dump());
     const ordered_json leds = m_answers.leds();
     for (const auto& [more, expected] :
          {std::pair("", leds),
@@ -72,6 +78,7 @@ TEST_F(StatusServerTest, NamesWhatIsWrongWithACall) {
          R"("parameters":{"interface":"org.other"}})",
          R"(varlink.service.InterfaceNotFound {"interface":"org.other"})"},
         {callOf("Monitor"), "varlink.service.ExpectedMore {}"},
+        {callOf("MonitorLeds"), "varlink.service.ExpectedMore {}"},
         {callOf("Leds", R"(,"parameters":{"name":"x"})"),
          R"(boarddrivers.Host.NoSuchLed {"name":"x","known":["power","line"]})"},
         {callOf("Metrics"), R"(boarddrivers.Host.Failed {"text":"out of figures"})"},
@@ -211,4 +218,41 @@ TEST_F(StatusServerTest, TellsAClientThatDoesNotReadHowManyEventsItMissed) {
     EXPECT_GT(lost, EVENTS / 2);
     m_server.publish(event);
     EXPECT_NE(client.hear().find(R"("lost":0)"), std::string::npos);
+}
+
+TEST_F(StatusServerTest, SendsEachChangeOfTheLedsToThoseWhoMonitorThem) {
+    ScriptedClient events(m_server);
+    EXPECT_EQ(events.ask(MONITOR), FIRST_REPLY);
+    EXPECT_FALSE(m_server.isAskedForLeds());
+    {
+        ScriptedClient leds(m_server);
+        m_answers.litLeds = 5;
+        EXPECT_EQ(leds.ask(MONITOR_LEDS), litReply(5));
+        EXPECT_TRUE(m_server.isAskedForLeds());
+        m_server.publish({{"event", "x"}});
+        for (const std::uint32_t lit : {5U, 0xFFFFFFFFU, 0U, 0U})
+            m_server.publishLeds(lit);
+        EXPECT_EQ(leds.hear(), litReply(0xFFFFFFFF));
+        EXPECT_EQ(leds.hear(), litReply(0));
+        EXPECT_EQ(leds.hear(), "");
+    }
+    support::settle(m_server);
+    EXPECT_FALSE(m_server.isAskedForLeds());
+    EXPECT_NE(events.hear(), "");
+    EXPECT_EQ(events.hear(), "");
+}
+
+TEST_F(StatusServerTest, SendsTheLatestLedsToAClientThatHasNotReadTheOthers) {
+    constexpr std::uint32_t CHANGES = 5000;
+    ScriptedClient client(m_server);
+    client.ask(MONITOR_LEDS);
+    for (std::uint32_t lit = 2; lit < CHANGES; ++lit)
+        m_server.publishLeds(lit);
+    EXPECT_FALSE(support::isBusy(m_server));
+    std::uint32_t heard = 0;
+    std::string last;
+    for (std::string reply; !(reply = client.hear()).empty(); ++heard)
+        last = reply;
+    EXPECT_EQ(last, litReply(CHANGES - 1));
+    EXPECT_LT(heard, CHANGES / 2);
 }

@@ -1,5 +1,6 @@
 // Answers on the status socket of a profile like a host, with canned answers. Publishes each line
-// of standard input, which is a JSON object, as an event, and ends at its end.
+// of standard input, which is a JSON object, as an event, or {"lit":MASK} as LEDs, and ends at its
+// end.
 // usage: canned-host PROFILE [SOCKET]
 
 #include <iostream>
@@ -30,7 +31,11 @@ int main(int argc, char** argv) {
             return 0;
         input.append(chunk, static_cast<std::size_t>(count));
         for (auto end = input.find('\n'); end != std::string::npos; end = input.find('\n')) {
-            server.publish(nlohmann::ordered_json::parse(input.substr(0, end)));
+            const auto news = nlohmann::ordered_json::parse(input.substr(0, end));
+            if (news.contains("lit"))
+                server.publishLeds(news.at("lit").get<std::uint32_t>());
+            else
+                server.publish(news);
             input.erase(0, end + 1);
         }
     }

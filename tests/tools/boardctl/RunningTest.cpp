@@ -25,6 +25,7 @@ TEST_F(RunningHost, ShowsWhatItKnows) {
 $ . ./host; boardctl --board board.toml status | sed "s=$PWD/==; s/2026-05-31/DATE/g"; exec 3>&-; wait
 Board                       board.toml, simulated
 Host                        version 1.0.0, started at DATET08:00:00.000Z
+Firmware                    7.1
 LED sequencer               running, commands are read from /tmp/evt.fifo, no file
 LED lines                   4 handled, 1 matched no row
 Button                      watched, 2 presses so far
@@ -58,7 +59,7 @@ line         off
   driven by  nothing
 line         off
   driven by  nothing
-{ "leds": [ { "name": "line", "mask": 2, "lit": false, "drive": null, "covers": [] } ], "simulated": true }
+{ "leds": [ { "name": "line", "mask": 2, "color": null, "lit": false, "drive": null, "covers": [] } ], "simulated": true }
 ! boardctl: the sequencer has no LED 'pwer' (there are: power, line); did you mean 'power'?
 )sh");
 }

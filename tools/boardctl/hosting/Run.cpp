@@ -234,7 +234,16 @@ private:
                 m_server->publish(event);
         }
     }
+    /// Sends what the LEDs show to the clients that monitor it.
+    void passLedsOn() {
+        if (!m_server || !m_leds)
+            return;
+        m_leds->wakeAtChanges(m_server->isAskedForLeds());
+        m_server->publishLeds(m_leds->lit());
+    }
+
     void onRoundEnd() override {
+        passLedsOn();
         tellSummary();
         m_lines.printWaiting();
         if (m_drawsPanel && m_leds && EventLines::isReady())

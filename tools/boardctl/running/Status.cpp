@@ -24,6 +24,9 @@ public:
             add(0, "Product", product);
         add(0, "Host",
             "version " + textOf(status, "version") + ", started at " + textOf(status, "started"));
+        const ordered_json firmware = status.value("firmware", ordered_json());
+        if (firmware.is_object())
+            add(0, "Firmware", textOf(firmware, "version"));
         addServices(status);
         addList("Devices", listOf(status, "devices"), [&](const ordered_json& device) {
             add(1, textOf(device, "kind") + " '" + textOf(device, "name") + "'",
