@@ -15,6 +15,7 @@ class HostStatusTest : public testing::Test {
 protected:
     HostStatusTest() {
         m_dir.write("board.toml", "[descriptor]\ndevice='eeprom'\n");
+        m_dir.write("eeprom", bytesOf(support::END));
         m_profile = board::Profile::load(m_path);
         m_host.emplace(m_profile);
         m_watch.emplace(*m_host, m_profile, m_events);
@@ -77,7 +78,7 @@ TEST_F(HostStatusTest, TellsWhatIsWrongWithTheDescriptorBesideTheTagsThatWereSee
     const auto corrupt = lookAt(bytesOf(support::PRODUCT + "00 2D 00 03"));
     EXPECT_EQ(corrupt.at("tags").size(), 1U);
     EXPECT_EQ(corrupt.at("fault"), "CORRUPTED BOARD DESCRIPTOR: id=45 has invalid field length "
-                                   "(chunkLen=3 is too small) at pos=8");
+                                   "(chunkLen=3 is too small) at pos=10");
     std::filesystem::remove(m_dir.path("eeprom"));
     m_watch->look();
     EXPECT_EQ(m_status->descriptor().at("tags"), corrupt.at("tags"));
