@@ -26,9 +26,13 @@ $ printf '[watch]\nperiod_s = 0.1\non_alarm = "line call"\non_clear = "line idle
     setTemperature("99000\n");
     ASSERT_TRUE(run.waitForOutput("LED 'line' on"));
     expectTranscript(m_dir, R"sh(
-$ boardctl --board board.toml --format json status | tr -d ' \n' | grep -oE '"alarms":..[^}]*of85|"counters".*dropped":.'
+$ boardctl --board board.toml --format json status | tr -d ' \n' | grep -oE '"alarms":..[^}]*of85|"counters".*dropped":.|"firmware":[^}]*|"tick_ms":[0-9]*'
+"firmware":{"version":"5.2-dev/1234"
 "alarms":[{"kind":"temperature-over","device":"thermal","text":"thermal'thermal':99.000degreesCelsius,overitsmaximumof85
+"tick_ms":100
 "counters":{"led_lines_handled":1,"led_lines_unknown":0,"button_presses":0,"events_dropped":0
+$ json --board board.toml leds why line | cut -c 1-55
+{ "leds": [ { "name": "line", "mask": 2, "color": "yell
 $ boardctl --board board.toml leds why line | cut -c 1-59
 line         on
   driven by  row 3 'line call 0' (on), by 'line call' since
