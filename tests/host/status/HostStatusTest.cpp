@@ -62,8 +62,8 @@ TEST_F(HostStatusTest, TellsWhatEachTagOfTheDescriptorSays) {
     ordered_json expected = ordered_json::array();
     std::string image;
     for (const auto& row : TABLE) {
-        const unsigned id = (row.chunk[0] & 0xFFU) << 8U | (row.chunk[1] & 0xFFU);
-        expected.push_back({{"id", id},
+        const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(row.chunk[at]); };
+        expected.push_back({{"id", byte(0) * 256U + byte(1)},
                             {"name", row.name},
                             {"offset", image.size()},
                             {"length", row.chunk.size() - 4},
