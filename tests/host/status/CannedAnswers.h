@@ -50,11 +50,10 @@ public:
 {"name":"line","mask":2,"color":null,"lit":false,"drive":null,"covers":[]}])");
     }
 
-    std::uint32_t lit() const override { return litLeds; }
+    std::uint32_t lit() const override { return 1; }
 
     nlohmann::ordered_json descriptor() const override {
         return nlohmann::ordered_json::parse(R"({"tags":[
-{"id":45,"name":"ProductID","offset":0,"length":4,"text":"1234abcd"},
 {"id":3,"name":"Tag3","offset":8,"length":2,"text":null}],"fault":"is cut"})");
     }
 
@@ -66,7 +65,6 @@ public:
 
     std::string figures = "board_info 1\n";
     bool fails = false;
-    std::uint32_t litLeds = 1;
 
 private:
     const std::string m_profile;
