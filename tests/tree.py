@@ -3,6 +3,7 @@
 - An include goes to the same folder or to a lower floor, and files do not include each other in a
   circle.
 - Only host/base calls the operating system for files on behalf of host/ and tools/.
+- No source is included, and each using-declaration has a use.
 - A folder has at most a dozen modules (a module is a .h and .cpp pair), a source at most 300 lines.
 """
 import collections
@@ -35,6 +36,7 @@ MOST_MODULES = 12
 MOST_LINES = 300
 
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"')
+USING = re.compile(r"^\s*using (?!namespace\b)[\w:]*::(\w+);", re.MULTILINE)
 FILE_CALL = re.compile(r"\bstrerror|(?<!\w)::(?:open|close)\(")
 
 root = pathlib.Path(__file__).resolve().parent.parent
@@ -75,9 +77,15 @@ def check_source(path):
     if room_of(path) is None:
         faults.append(f"{path}: its folder has no floor; add it to FLOORS in {pathlib.Path(__file__).name}")
         return headers
-    for number, line in enumerate((root / path).read_text().splitlines(), 1):
+    text = (root / path).read_text()
+    for name in USING.findall(text) if path.endswith(".cpp") else []:  # a header may offer a name
+        if len(re.findall(rf"\b{name}\b", text)) == 1:
+            faults.append(f"{path}: 'using {name}' is not used")
+    for number, line in enumerate(text.splitlines(), 1):
         place = f"{path}:{number}"
         if match := INCLUDE.match(line):
+            if match[1].endswith(".cpp"):
+                faults.append(f"{place}: includes a source")
             if header := find(match[1], folder_of(path)):
                 check_include(place, path, header)
                 headers.append(header)

@@ -1,0 +1,97 @@
+#!/usr/bin/env python3
+"""Runs clang-tidy over the library, the framework, the host and its programs.
+
+usage: tests/tidy.py BUILD
+BUILD is a build tree with a compile_commands.json, in which each source compiles alone.
+
+Most of clang-tidy's work are the headers of other projects, which it reads again for each source. So
+the sources of each folder of the host and its programs are joined, as other builds join them too.
+Two checks make no sense for joined sources; tests/tree.py does their work.
+"""
+import collections
+import concurrent.futures
+import json
+import os
+import pathlib
+import re
+import shlex
+import subprocess
+import sys
+
+ALONE = ("framework", "drivers", "services", "sysinfo")  # few headers; local names may be the same
+JOINED = ("host", "tools")
+CHECKS = "--checks=-misc-unused-using-decls,-bugprone-suspicious-include"
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+
+def flags_of(command):
+    """The words of a compiler call without its input and output."""
+    words = shlex.split(command["command"])
+    for option in ("-o", "-c"):
+        at = words.index(option)
+        del words[at:at + 2]
+    return words
+
+
+def is_joined(path):
+    """As in cmake/Unite.cmake, sources beside a program's CMakeLists.txt stay alone."""
+    return path.parts[0] in JOINED and not (ROOT / path.parent / "CMakeLists.txt").exists()
+
+
+def join(paths, joined):
+    """Writes the sources into one file. Returns where each of its lines comes from."""
+    lines, places = [], [None]
+    for path in sorted(paths):
+        text = (ROOT / path).read_text().splitlines()
+        lines += text
+        places += [f"{path}:{number}" for number in range(1, len(text) + 1)]
+    joined.write_text("\n".join(lines) + "\n")
+    return places
+
+
+def prepare(build, folder):
+    """Writes what clang-tidy reads. Yields each source, with the places of its lines if it is joined."""
+    groups = collections.defaultdict(dict)
+    for command in json.loads((build / "compile_commands.json").read_text()):
+        source = pathlib.Path(command["file"])
+        if ROOT not in source.parents or build in source.parents:
+            continue
+        path = source.relative_to(ROOT)
+        if path.parts[0] in ALONE + JOINED:
+            key = path.parent if is_joined(path) else path
+            groups[key, tuple(flags_of(command))][path] = command["directory"]
+    commands = []
+    for number, ((key, flags), paths) in enumerate(sorted(groups.items())):
+        source, places = ROOT / next(iter(paths)), None
+        if len(paths) > 1:
+            source = folder / f"{'_'.join(key.parts)}_{number}.cpp"
+            places = join(paths, source)
+        commands.append({"directory": next(iter(paths.values())), "file": str(source),
+                         "arguments": [*flags, f"-I{ROOT / key}", "-c", str(source)]})
+        yield str(source), places
+    (folder / "compile_commands.json").write_text(json.dumps(commands, indent=1))
+
+
+def check(folder, source, places):
+    """Returns what clang-tidy finds, at the places in the tree; empty if it finds nothing."""
+    done = subprocess.run(["clang-tidy", "-p", folder, f"--config-file={ROOT / '.clang-tidy'}", "--quiet", CHECKS, source],
+                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    if done.returncode == 0:
+        return ""
+    found = done.stdout or done.stderr
+    return re.sub(re.escape(source) + r":(\d+)", lambda match: places[int(match[1])], found) if places else found
+
+
+def main():
+    build = pathlib.Path(sys.argv[1]).resolve()
+    folder = build / "tidy"
+    folder.mkdir(exist_ok=True)
+    sources = list(prepare(build, folder))
+    with concurrent.futures.ThreadPoolExecutor(len(os.sched_getaffinity(0))) as pool:
+        found = [text for text in pool.map(lambda each: check(folder, *each), sources) if text]
+    print(*found, sep="\n", end="", file=sys.stderr)
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
