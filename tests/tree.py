@@ -15,10 +15,10 @@ import sys
 # From top to bottom. Folders on the same floor do not include each other; a subfolder without a
 # floor belongs to its parent.
 FLOORS = [
-    ["tools/boardctl"],
+    ["tools/boardctl", "tools/boardweb"],
     *([f"host/{room}"] for room in
       ("snapshot", "simulation", "status", "watch", "board", "leds", "button", "descriptor", "devices",
-       "profile", "sysfs", "base")),
+       "profile", "sysfs", "client", "base")),
     ["drivers/kernel", "drivers/boarddescr", "drivers/resource"],
     ["drivers", "services/led", "services/button", "sysinfo"],
     ["include"],
@@ -45,7 +45,7 @@ faults = []
 
 def find(name, folder):
     """The header that `name` means in a source of `folder`."""
-    places = [folder, "host", "include", "platform", "tools/boardctl", "drivers", "framework"]
+    places = [folder, "host", "include", "platform", "tools/boardctl", "tools/boardweb", "drivers", "framework"]
     paths = (root / place / name for place in places)
     return next((path.resolve().relative_to(root).as_posix() for path in paths if path.exists()), None)
 

@@ -2,10 +2,10 @@
 
 #include "BD_TagMeaning.h"
 #include "base/Text.h"
+#include "client/UtcText.h"
 #include "descriptor/TagWords.h"
 #include "descriptor/compare/ExpectedTag.h"
 #include "profile/LedActions.h"
-#include "status/StatusAnswers.h"
 #include "watch/JsonValues.h"
 
 using nlohmann::ordered_json;

@@ -5,10 +5,11 @@
 #include "base/Text.h"
 #include "board/Metrics.h"
 #include "board/Report.h"
+#include "client/StatusPlaces.h"
+#include "client/UtcText.h"
 #include "leds/LedPipe.h"
 #include "status/Descriptions.h"
 #include "status/HostJson.h"
-#include "status/StatusPlaces.h"
 #include "watch/EventWords.h"
 #include "watch/JsonValues.h"
 

@@ -5,8 +5,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "TYTime.h"
-
 namespace board {
 
 /// What a host tells about itself. The names and types in the JSON are those of
@@ -28,8 +26,5 @@ public:
     /// The text that the method Metrics returns.
     virtual std::string metrics() const = 0;
 };
-
-/// A calendar time as the answers state it: in UTC and to the millisecond, by RFC 3339.
-std::string utcText(const TYTime& time);
 
 } // namespace board

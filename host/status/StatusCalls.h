@@ -1,7 +1,7 @@
 #pragma once
 
+#include "client/Varlink.h"
 #include "status/StatusAnswers.h"
-#include "status/Varlink.h"
 
 namespace board {
 

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "base/LocalSocket.h"
+#include "client/Varlink.h"
 #include "status/StatusCalls.h"
-#include "status/Varlink.h"
 
 namespace board {
 

@@ -10,8 +10,8 @@
 #include <unistd.h>
 
 #include "base/File.h"
+#include "client/StatusPlaces.h"
 #include "host/status/CannedAnswers.h"
-#include "status/StatusPlaces.h"
 #include "status/StatusServer.h"
 
 int main(int argc, char** argv) {

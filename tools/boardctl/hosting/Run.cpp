@@ -9,6 +9,7 @@
 #include "board/Firmware.h"
 #include "board/HostingLoop.h"
 #include "board/Services.h"
+#include "client/StatusPlaces.h"
 #include "hosting/BringUp.h"
 #include "hosting/Tour.h"
 #include "leds/LedPipe.h"
@@ -21,7 +22,6 @@
 #include "program/StopSignals.h"
 #include "program/WordChecks.h"
 #include "status/HostStatus.h"
-#include "status/StatusPlaces.h"
 #include "status/StatusServer.h"
 #include "watch/Watch.h"
 

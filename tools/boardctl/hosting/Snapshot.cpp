@@ -9,6 +9,7 @@
 #include "board/CpuMeter.h"
 #include "board/Firmware.h"
 #include "board/Report.h"
+#include "client/UtcText.h"
 #include "output/Json.h"
 #include "output/Messages.h"
 #include "output/ReportJson.h"
@@ -18,7 +19,6 @@
 #include "program/Help.h"
 #include "program/WordChecks.h"
 #include "snapshot/SnapshotBoard.h"
-#include "status/StatusAnswers.h"
 
 using nlohmann::ordered_json;
 

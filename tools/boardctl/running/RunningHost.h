@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "client/StatusClient.h"
 #include "program/Options.h"
-#include "status/StatusClient.h"
 
 namespace boardctl {
 

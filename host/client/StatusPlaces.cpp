@@ -1,4 +1,4 @@
-#include "status/StatusPlaces.h"
+#include "client/StatusPlaces.h"
 
 #include <cerrno>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "status/StatusAnswers.h"
+#include "client/UtcText.h"
 
 #include <cstdio>
 #include <ctime>

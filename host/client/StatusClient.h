@@ -9,7 +9,7 @@
 
 #include "base/Error.h"
 #include "base/FileDescriptor.h"
-#include "status/Varlink.h"
+#include "client/Varlink.h"
 
 namespace board {
 
@@ -56,9 +56,20 @@ public:
     /// ended.
     std::optional<Event> next();
 
+    /// Calls a method that replies again and again, and returns the first reply. Throws as `call`
+    /// does. No other call may follow.
+    nlohmann::ordered_json begin(const std::string& method);
+    /// The next reply of such a method, if it has arrived; never waits. Throws CallError, and Error
+    /// if the host has ended.
+    std::optional<nlohmann::ordered_json> tryNext();
+    /// Readable once another reply may have arrived. Look with `tryNext` before waiting for it.
+    int descriptor() const { return m_socket.number(); }
+
 private:
     void send(const varlink::Request& request);
     varlink::Reply awaitReply();
+    /// The next reply, if it is there or can be read without waiting.
+    std::optional<varlink::Reply> tryReceive();
     std::optional<varlink::Reply> receive(std::optional<Clock::time_point> end);
     [[noreturn]] void fail(const std::string& what) const;
 

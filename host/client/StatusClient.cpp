@@ -1,4 +1,4 @@
-#include "status/StatusClient.h"
+#include "client/StatusClient.h"
 
 #include <cerrno>
 #include <utility>
@@ -7,7 +7,7 @@
 #include "base/File.h"
 #include "base/LocalSocket.h"
 #include "base/Text.h"
-#include "status/StatusPlaces.h"
+#include "client/StatusPlaces.h"
 
 using nlohmann::ordered_json;
 
@@ -58,7 +58,7 @@ void StatusClient::send(const varlink::Request& request) {
         fail("the host does not read what is sent");
 }
 
-std::optional<varlink::Reply> StatusClient::receive(std::optional<Clock::time_point> end) {
+std::optional<varlink::Reply> StatusClient::tryReceive() {
     for (;;) {
         if (const auto message = m_input.take()) {
             auto reply = varlink::parseReply(*message);
@@ -74,14 +74,20 @@ std::optional<varlink::Reply> StatusClient::receive(std::optional<Clock::time_po
             fail("the host's reply is too long");
         char chunk[65536];
         const ssize_t count = tryRead(m_socket, chunk, sizeof chunk);
-        if (count > 0) {
-            m_input.append(chunk, static_cast<std::size_t>(count));
-            continue;
-        }
-        if (count == 0 || errno == ECONNRESET)
+        if (count == 0 || (count < 0 && errno == ECONNRESET))
             fail("the host has ended or closed the connection");
-        if (errno != EAGAIN)
+        if (count < 0 && errno == EAGAIN)
+            return std::nullopt;
+        if (count < 0)
             failWith(m_path, "can't read from the host", errno);
+        m_input.append(chunk, static_cast<std::size_t>(count));
+    }
+}
+
+std::optional<varlink::Reply> StatusClient::receive(std::optional<Clock::time_point> end) {
+    for (;;) {
+        if (auto reply = tryReceive())
+            return reply;
         if (end && Clock::now() >= *end)
             fail("the host does not answer");
         if (m_wait(end, m_socket.number()))
@@ -105,11 +111,20 @@ ordered_json StatusClient::call(const std::string& method, const ordered_json& p
 }
 
 void StatusClient::monitor() {
+    static_cast<void>(begin("Monitor"));
+}
+
+ordered_json StatusClient::begin(const std::string& method) {
     varlink::Request request;
-    request.method = "org.boarddrivers.Host.Monitor";
+    request.method = "org.boarddrivers.Host." + method;
     request.more = true;
     send(request);
-    static_cast<void>(awaitReply());
+    return awaitReply().parameters;
+}
+
+std::optional<ordered_json> StatusClient::tryNext() {
+    auto reply = tryReceive();
+    return reply ? std::optional(std::move(reply->parameters)) : std::nullopt;
 }
 
 std::optional<StatusClient::Event> StatusClient::next() {

@@ -1,4 +1,4 @@
-#include "status/Varlink.h"
+#include "client/Varlink.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,12 +1,12 @@
-#include "status/StatusClient.h"
+#include "client/StatusClient.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <map>
 
 #include "base/Text.h"
+#include "client/StatusPlaces.h"
 #include "host/status/StatusTalk.h"
-#include "status/StatusPlaces.h"
 #include "support/Failure.h"
 
 using board::StatusClient;
