@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace boardweb {
+
+/// Prints a line for people on standard error. `isError` marks it as an error for the journal.
+void logLine(const std::string& text, bool isError = false);
+
+} // namespace boardweb

@@ -1,0 +1,131 @@
+#include "feed/EventFeed.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace boardweb {
+
+namespace {
+
+constexpr const char* NAMES[] = {"host", "status", "leds", "board"};
+
+/// How long a browser waits before it connects again.
+constexpr char RETRY[] = "retry: 1000\n\n";
+
+} // namespace
+
+EventFeed::EventFeed(std::string run, std::function<void()> onJoin)
+    : m_onJoin(std::move(onJoin)), m_ring(std::move(run), RING_BYTES) {}
+
+void EventFeed::publish(Kind kind, const std::string& data) {
+    const std::lock_guard lock(m_mutex);
+    m_ring.add(NAMES[kind], data);
+    if (kind != BOARD)
+        m_last[kind] = data;
+    wakeReaders();
+}
+
+void EventFeed::forget(Kind kind) {
+    const std::lock_guard lock(m_mutex);
+    m_last.at(kind).clear();
+}
+
+void EventFeed::keepAlive() {
+    const std::lock_guard lock(m_mutex);
+    m_ring.addComment();
+    wakeReaders();
+}
+
+void EventFeed::end() {
+    const std::lock_guard lock(m_mutex);
+    m_hasEnded = true;
+    wakeReaders();
+}
+
+std::size_t EventFeed::readers() const {
+    const std::lock_guard lock(m_mutex);
+    return m_readers.size();
+}
+
+void EventFeed::wakeReaders() {
+    for (Reader* const reader : m_readers)
+        if (std::exchange(reader->m_isPaused, false))
+            reader->m_connection.resume();
+}
+
+std::unique_ptr<EventFeed::Reader> EventFeed::join(const std::string& lastId,
+                                                   Connection& connection) {
+    const std::lock_guard lock(m_mutex);
+    if (m_readers.size() >= MOST_READERS)
+        return nullptr;
+    std::unique_ptr<Reader> reader(new Reader(*this, connection));
+    if (const auto number = m_ring.numberOf(lastId)) {
+        reader->m_next = *number + 1;
+        reader->m_text = std::make_shared<const std::string>(RETRY);
+    } else {
+        reader->m_next = m_ring.newest() + 1;
+        reader->m_text = std::make_shared<const std::string>(RETRY + presentState());
+    }
+    m_readers.push_back(reader.get());
+    m_onJoin();
+    return reader;
+}
+
+EventFeed::Reader::~Reader() {
+    const std::lock_guard lock(m_feed.m_mutex);
+    m_feed.m_readers.remove(this);
+}
+
+std::string EventFeed::presentState() const {
+    const auto last = std::find_if(m_last.rbegin(), m_last.rend(),
+                                   [](const std::string& data) { return !data.empty(); });
+    std::string state;
+    // Only the last one has the number of the newest message. A client that has not got all of them
+    // would otherwise miss the rest when it connects again.
+    for (std::size_t kind = 0; kind < m_last.size(); ++kind)
+        if (!m_last[kind].empty())
+            state += m_ring.textOf(NAMES[kind], m_last[kind],
+                                   &m_last[kind] == &*last ? m_ring.newest() : 0);
+    return state;
+}
+
+/// False if there is nothing to send.
+bool EventFeed::prepareNext(Reader& reader) const {
+    if (reader.m_next > m_ring.newest())
+        return false;
+    if (reader.m_next < m_ring.oldest()) {
+        const std::string lost =
+            R"({"messages":)" + std::to_string(m_ring.newest() + 1 - reader.m_next) + "}";
+        reader.m_text =
+            std::make_shared<const std::string>(m_ring.textOf("lost", lost, 0) + presentState());
+        reader.m_next = m_ring.newest() + 1;
+    } else {
+        reader.m_text = m_ring.at(reader.m_next++);
+    }
+    return true;
+}
+
+std::ptrdiff_t EventFeed::Reader::read(char* buffer, std::size_t size) {
+    const std::lock_guard lock(m_feed.m_mutex);
+    if (m_feed.m_hasEnded)
+        return END;
+    std::size_t count = 0;
+    while (count < size && (m_text || m_feed.prepareNext(*this))) {
+        const std::size_t part = std::min(size - count, m_text->size() - m_sent);
+        std::memcpy(buffer + count, m_text->data() + m_sent, part);
+        count += part;
+        m_sent += part;
+        if (m_sent == m_text->size()) {
+            m_text.reset();
+            m_sent = 0;
+        }
+    }
+    if (count == 0) {
+        m_isPaused = true;
+        m_connection.pause();
+    }
+    return static_cast<std::ptrdiff_t>(count);
+}
+
+} // namespace boardweb

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace boardweb {
+
+/// The last messages of an event stream, in the form in which clients get them. Messages are
+/// numbered from 1. The oldest ones are forgotten. One thread at a time.
+class EventRing {
+public:
+    using Text = std::shared_ptr<const std::string>;
+
+    /// `run` is a word that differs from run to run, so that a client that was connected to an
+    /// earlier one can be told apart. The messages take at most about `limit` bytes of memory; the
+    /// newest one is kept even if it takes more.
+    EventRing(std::string run, std::size_t limit) : m_run(std::move(run)), m_limit(limit) {}
+
+    /// Adds a message. `data` must be one line.
+    void add(const char* event, const std::string& data) {
+        keep(textOf(event, data, newest() + 1));
+    }
+    /// Adds a message that clients ignore. It has a number like any other.
+    void addComment() { keep(":\n\n"); }
+
+    /// The text of a message with that number, which need not be in the ring.
+    std::string textOf(const char* event, const std::string& data, std::uint64_t number) const;
+
+    /// The number of the message that was added last; 0 before the first one.
+    std::uint64_t newest() const { return m_oldest + m_messages.size() - 1; }
+    /// The number of the first message that is still there, or of the next one if none is.
+    std::uint64_t oldest() const { return m_oldest; }
+    /// The message with that number, which must be still there.
+    const Text& at(std::uint64_t number) const {
+        return m_messages[static_cast<std::size_t>(number - m_oldest)];
+    }
+
+    /// The number in an identifier that a client got with a message of this run; empty if it is
+    /// anything else. The message may be forgotten already.
+    std::optional<std::uint64_t> numberOf(std::string_view id) const;
+
+private:
+    void keep(std::string text);
+
+    const std::string m_run;
+    const std::size_t m_limit;
+    std::deque<Text> m_messages;
+    std::uint64_t m_oldest = 1;
+    std::size_t m_bytes = 0;
+};
+
+} // namespace boardweb

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "TYTime.h"
+
+namespace boardweb {
+
+/// What the sensors and fans of a board held during the last hour. Any thread.
+class History {
+public:
+    static constexpr std::chrono::seconds PERIOD{5};
+    static constexpr std::size_t MOST_VALUES = 720;
+    static constexpr std::size_t MOST_SERIES = 32; ///< more devices are left out
+
+    /// Notes what the devices held at the calendar time `end`: a host's reply to Status, or null if
+    /// no host answered.
+    void add(const nlohmann::ordered_json& status, const TYTime& end);
+
+    /// {"period_s":5,"end":"...","series":[{"device","kind","unit","values":[...]}]}: the oldest
+    /// value first, one per period, the last one of `end`. A value is null if it is not known.
+    /// "unit" is celsius for a sensor; for a fan it is rpm, or "level" if the fan has no
+    /// tachometer: off 0, low 1, high 2, full 3.
+    std::shared_ptr<const std::string> text() const;
+
+private:
+    static constexpr float UNKNOWN = std::numeric_limits<float>::quiet_NaN();
+
+    struct Series {
+        std::string device, kind, unit;
+        std::vector<float> values; ///< MOST_VALUES of them, in a ring
+    };
+    void note(const nlohmann::ordered_json& device);
+    Series* find(const std::string& device, const std::string& kind);
+
+    mutable std::mutex m_mutex;
+    std::vector<Series> m_series;
+    std::size_t m_place = 0; ///< in the rings: of the next value, or of the one that is being noted
+    std::size_t m_count = 0; ///< of values in each ring
+    std::string m_end;
+    mutable std::shared_ptr<const std::string> m_text; ///< null if it has to be made
+};
+
+} // namespace boardweb

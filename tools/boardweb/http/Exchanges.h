@@ -1,0 +1,78 @@
+#pragma once
+
+#include <chrono>
+#include <list>
+#include <mutex>
+#include <optional>
+
+#include <microhttpd.h>
+
+#include "link/Questions.h"
+
+namespace boardweb {
+
+/// A client's connection, and what happens on it at present.
+class Exchange final : public Questions::Asker {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    Exchange(MHD_Connection* connection, int socket) : m_connection(connection), m_socket(socket) {}
+
+    MHD_Connection* connection() const { return m_connection; }
+    int socket() const { return m_socket; }
+
+    void pause() override { MHD_suspend_connection(m_connection); }
+    void resume(const Answer& answer) override {
+        m_answer = answer;
+        MHD_resume_connection(m_connection);
+    }
+    /// The answer that the client waited for; empty if it has not asked.
+    const std::optional<Answer>& answer() const { return m_answer; }
+
+private:
+    friend class Exchanges;
+
+    MHD_Connection* const m_connection;
+    const int m_socket;
+    std::optional<Answer> m_answer;
+    std::list<Exchange>::iterator m_place;
+    std::optional<Clock::time_point> m_end; ///< when it is ended; empty for a stream of events
+    bool m_isWaiting = true;                ///< for a request that is complete
+};
+
+/// All connections. Ends those that take too long, and makes room for new ones: a client can't keep
+/// others out by holding connections open. Any thread, unless a comment says otherwise.
+class Exchanges {
+public:
+    using Clock = Exchange::Clock;
+    static constexpr unsigned MOST = 128;
+    /// So many connections are kept free, as long as others wait for a request.
+    static constexpr unsigned SPARE = 16;
+    /// How long a request may take to arrive, from when the connection or the previous answer was
+    /// complete.
+    static constexpr std::chrono::seconds REQUEST_LIMIT{10};
+    /// How long its answer may take to leave.
+    static constexpr std::chrono::seconds ANSWER_LIMIT{60};
+
+    /// `socket` must not be closed before `remove`. The object exists until then.
+    Exchange& add(MHD_Connection* connection, int socket);
+    void remove(Exchange& exchange);
+
+    /// The request is complete.
+    void begin(Exchange& exchange);
+    /// The answer never ends.
+    void stream(Exchange& exchange);
+    /// The answer has been sent, or could not be.
+    void finish(Exchange& exchange);
+
+    /// Ends those that are overdue. Returns when the next one will be.
+    std::optional<Clock::time_point> endOverdue();
+
+private:
+    static void shutDown(Exchange& exchange);
+
+    std::mutex m_mutex;
+    std::list<Exchange> m_open;
+};
+
+} // namespace boardweb

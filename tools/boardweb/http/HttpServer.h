@@ -1,0 +1,46 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <microhttpd.h>
+
+#include "http/Exchanges.h"
+#include "http/Listener.h"
+#include "http/Routes.h"
+
+namespace boardweb {
+
+/// Serves HTTP on a thread of its own. What a client can make it use is limited: connections, the
+/// memory and the time of each, and the size of a request.
+class HttpServer {
+public:
+    /// Serves from now on. Throws Error if the system refuses.
+    HttpServer(const Listener& listener, Sources sources, std::vector<std::string> names);
+    /// Ends all connections.
+    ~HttpServer();
+    HttpServer(const HttpServer&) = delete;
+    HttpServer& operator=(const HttpServer&) = delete;
+
+    /// Ends connections that take too long. To be called at the time that it returns, and at least
+    /// every few seconds. Any thread.
+    std::optional<Exchanges::Clock::time_point> endOverdue() { return m_exchanges.endOverdue(); }
+
+private:
+    static void watch(void* server, MHD_Connection* connection, void** exchange,
+                      MHD_ConnectionNotificationCode code) noexcept;
+    static MHD_Result handle(void* server, MHD_Connection* connection, const char* path,
+                             const char* method, const char* version, const char* body,
+                             std::size_t* bodySize, void** request) noexcept;
+    static void complete(void* server, MHD_Connection* connection, void** request,
+                         MHD_RequestTerminationCode code) noexcept;
+
+    const Sources m_sources;
+    Exchanges m_exchanges;
+    const Routes m_routes;
+    MHD_Daemon* m_daemon;
+};
+
+} // namespace boardweb

@@ -1,0 +1,287 @@
+#include "link/HostLink.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <utility>
+
+#include "Log.h"
+#include "base/Events.h"
+#include "base/File.h"
+#include "client/UtcText.h"
+
+using board::StatusClient;
+using std::chrono::milliseconds;
+
+namespace boardweb {
+
+namespace {
+
+constexpr milliseconds FIRST_PAUSE{250}, LONGEST_PAUSE{2000};
+constexpr char USUAL_PROFILE[] = "/etc/boarddrivers/board.toml";
+constexpr char USUAL_SOCKET[] = "/run/boarddrivers/host";
+constexpr char NO_METHOD[] = "org.varlink.service.MethodNotFound";
+
+/// How many messages are handled before others get their turn.
+constexpr int MOST_AT_ONCE = 64;
+
+std::string textOf(const nlohmann::ordered_json& value) {
+    return value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+/// The profile of the call, or else the one that boardctl would work on; empty if there is none.
+std::string profileFor(const HostPlace& place) {
+    if (!place.profile.empty())
+        return place.profile;
+    const char* const named = std::getenv("BOARDCTL_BOARD");
+    if (named && *named)
+        return named;
+    const bool isThere = board::kindOf(USUAL_PROFILE) != board::FileKind::MISSING ||
+                         (errno != ENOENT && errno != ENOTDIR);
+    return isThere ? USUAL_PROFILE : "";
+}
+
+Answer failure(const std::string& why) {
+    return {false, std::make_shared<const std::string>(textOf({{"error", why}}))};
+}
+
+const char* methodOf(Question question) {
+    switch (question) {
+    case Question::STATUS:
+        return "Status";
+    case Question::LEDS:
+        return "Leds";
+    case Question::DESCRIPTOR:
+        return "Descriptor";
+    case Question::METRICS:
+        return "Metrics";
+    }
+    return "Status";
+}
+
+} // namespace
+
+HostLink::HostLink(HostPlace place, Waits& waits, EventFeed& feed, History& history,
+                   Questions& questions)
+    : m_place(std::move(place)), m_waits(waits), m_feed(feed), m_history(history),
+      m_questions(questions),
+      m_wait([&waits](auto end, int descriptor) { return waits.until(end, descriptor); }),
+      m_nextTry(Clock::now()), m_nextTick(m_nextTry), m_pause(FIRST_PAUSE) {
+    publishHost("the host has not been asked yet");
+}
+
+void HostLink::run() {
+    while (!Waits::isAsked()) {
+        if (!m_host && Clock::now() >= m_nextTry)
+            connect();
+        bool mayHaveMore = takeEvents();
+        mayHaveMore = followLeds() || mayHaveMore;
+        if (m_isStatusDue)
+            askStatus();
+        if (Clock::now() >= m_nextTick)
+            tick();
+        if (const auto question = m_questions.take()) {
+            answerQuestion(*question);
+            mayHaveMore = true;
+        }
+        waitForMore(mayHaveMore);
+    }
+}
+
+void HostLink::waitForMore(bool mayHaveMore) {
+    std::vector<int> descriptors;
+    Clock::time_point end = m_nextTick;
+    if (!m_host) {
+        end = std::min(end, m_nextTry);
+    } else {
+        descriptors.push_back(m_host->events.descriptor());
+        if (m_host->leds)
+            descriptors.push_back(m_host->leds->descriptor());
+    }
+    m_waits.untilAny(mayHaveMore ? Clock::now() : end, descriptors);
+}
+
+template <class Work>
+void HostLink::withHost(Work work) {
+    if (!m_host)
+        return;
+    try {
+        work();
+    } catch (const board::Error& error) {
+        lose(error.what());
+    }
+}
+
+StatusClient HostLink::client() const {
+    if (!m_place.socket.empty())
+        return {m_place.socket, m_wait};
+    const std::string profile = profileFor(m_place);
+    if (profile.empty())
+        return {USUAL_SOCKET, m_wait};
+    // Whether the board is simulated, which would take reading the profile, need not be known: a
+    // place where no host listens does no harm.
+    return board::findHost(profile, true, m_wait).client;
+}
+
+std::unique_ptr<HostLink::Connections> HostLink::connections() const {
+    StatusClient calls = client();
+    StatusClient events(calls.path(), m_wait);
+    events.monitor();
+    return std::unique_ptr<Connections>(
+        new Connections{std::move(calls), std::move(events), std::nullopt, true, {}});
+}
+
+void HostLink::connect() {
+    try {
+        m_host = connections();
+        m_isStatusDue = true;
+        logChange(true, m_host->calls.path());
+        publishHost("");
+    } catch (const board::Error& error) {
+        lose(error.what());
+    }
+}
+
+void HostLink::lose(const std::string& fault) {
+    if (Waits::isAsked()) // the wait was ended, which is not the host's fault
+        return;
+    m_host.reset();
+    m_status = nullptr;
+    m_isStatusDue = false;
+    m_feed.forget(EventFeed::STATUS);
+    m_feed.forget(EventFeed::LEDS);
+    m_nextTry = Clock::now() + m_pause;
+    m_pause = std::min(2 * m_pause, LONGEST_PAUSE);
+    logChange(false, fault);
+    publishHost(fault);
+}
+
+/// `text` is the host's socket, or the fault.
+void HostLink::logChange(bool isThere, const std::string& text) {
+    if (m_isLoggedAs == isThere)
+        return;
+    logLine((isThere        ? "the host answers at "
+             : m_isLoggedAs ? "the host is lost: "
+                            : "there is no host yet: ") +
+            text);
+    m_isLoggedAs = isThere;
+}
+
+/// Says that there is a host, or with a fault that there is none, if that is news.
+void HostLink::publishHost(const std::string& fault) {
+    const bool isThere = fault.empty();
+    const bool isSame = !m_since.empty() && m_fault.empty() == isThere;
+    if (isSame && fault == m_fault)
+        return;
+    m_fault = fault;
+    if (!isSame)
+        m_since = board::utcText(board::calendarTime());
+    const Json socket = isThere                  ? Json(m_host->calls.path())
+                        : m_place.socket.empty() ? Json(nullptr)
+                                                 : Json(m_place.socket);
+    m_feed.publish(EventFeed::HOST, textOf({{"connected", isThere},
+                                            {"fault", isThere ? Json(nullptr) : Json(fault)},
+                                            {"since", m_since},
+                                            {"socket", socket},
+                                            {"boardweb", BOARDWEB_VERSION}}));
+}
+
+/// True if there may be more to take without a wait.
+bool HostLink::takeEvents() {
+    int count = 0;
+    withHost([&] {
+        for (; count < MOST_AT_ONCE; ++count) {
+            const auto reply = m_host->events.tryNext();
+            if (!reply)
+                return;
+            m_feed.publish(EventFeed::BOARD, textOf(*reply));
+            m_isStatusDue = true;
+        }
+    });
+    return count == MOST_AT_ONCE;
+}
+
+void HostLink::askStatus() {
+    m_isStatusDue = false;
+    withHost([&] {
+        m_status = m_host->calls.call("Status");
+        m_pause = FIRST_PAUSE;
+        Json status = m_status;
+        status.erase("events");
+        m_feed.publish(EventFeed::STATUS, textOf(status));
+    });
+}
+
+void HostLink::tick() {
+    // Periods that have passed unseen, because a host kept this thread waiting or the program was
+    // stopped, are not known.
+    for (; Clock::now() - m_nextTick >= History::PERIOD; m_nextTick += History::PERIOD)
+        m_history.add(nullptr, board::calendarTime());
+    m_nextTick += History::PERIOD;
+    askStatus();
+    if (!m_host)
+        m_feed.keepAlive();
+    m_history.add(m_status, board::calendarTime());
+}
+
+Answer HostLink::answerTo(Question question) {
+    const char* const method = methodOf(question);
+    try {
+        const Json reply = m_host->calls.call(method);
+        if (question != Question::METRICS)
+            return {true, std::make_shared<const std::string>(textOf(reply))};
+        const auto text = reply.find("text");
+        if (text != reply.end() && text->is_string())
+            return {true, std::make_shared<const std::string>(text->get<std::string>())};
+        return failure("the host's reply to Metrics has no text");
+    } catch (const StatusClient::CallError& error) {
+        if (error.name == NO_METHOD)
+            return failure(std::string("the host is too old to know the method ") + method);
+        return failure(error.what());
+    }
+}
+
+void HostLink::answerQuestion(Question question) {
+    Answer answer;
+    withHost([&] { answer = answerTo(question); });
+    m_questions.answer(answer.text ? answer : failure(m_fault));
+}
+
+/// True if there may be more to take without a wait.
+bool HostLink::followLeds() {
+    bool mayHaveMore = false;
+    if (m_host && m_feed.readers() == 0 && m_host->leds) {
+        m_host->leds.reset();
+        m_feed.forget(EventFeed::LEDS);
+    }
+    if (m_host && m_feed.readers() != 0)
+        try {
+            readLeds(mayHaveMore);
+        } catch (const StatusClient::CallError& error) {
+            // A host that was installed before this program may not have the method.
+            m_host->mayHaveLeds = error.name != NO_METHOD;
+            m_host->leds.reset();
+        } catch (const board::Error&) { // also if the host has ended, which its other connection
+            m_host->leds.reset();       // reports
+        }
+    return mayHaveMore;
+}
+
+void HostLink::readLeds(bool& mayHaveMore) {
+    if (!m_host->leds) {
+        if (!m_host->mayHaveLeds || Clock::now() < m_host->nextLeds)
+            return;
+        m_host->nextLeds = Clock::now() + History::PERIOD;
+        m_host->leds.emplace(m_host->calls.path(), m_wait);
+        m_feed.publish(EventFeed::LEDS, textOf(m_host->leds->begin("MonitorLeds")));
+    }
+    for (int i = 0; i < MOST_AT_ONCE; ++i) {
+        const auto reply = m_host->leds->tryNext();
+        if (!reply)
+            return;
+        m_feed.publish(EventFeed::LEDS, textOf(*reply));
+    }
+    mayHaveMore = true;
+}
+
+} // namespace boardweb

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "client/StatusClient.h"
+#include "feed/EventFeed.h"
+#include "feed/History.h"
+#include "link/Questions.h"
+#include "link/Waits.h"
+
+namespace boardweb {
+
+/// Which host to ask.
+struct HostPlace {
+    std::string socket;  ///< its status socket; empty if that depends on the profile
+    std::string profile; ///< the board's profile; empty for the usual one, or for any host if
+                         ///< there is none
+};
+
+/// The connection to the host, which may be absent at any time: it is looked for again and again.
+/// While it is there, it is asked for its status in each period of the history and after each event
+/// of the board, and it is asked whatever clients ask. What it says goes into the feed, the history
+/// and the answers. Runs on the program's main thread.
+class HostLink {
+public:
+    /// All references must outlive the object.
+    HostLink(HostPlace place, Waits& waits, EventFeed& feed, History& history,
+             Questions& questions);
+
+    /// Returns when the program is asked to end.
+    void run();
+
+private:
+    using Clock = Waits::Clock;
+    using Json = nlohmann::ordered_json;
+
+    /// One connection for each purpose, because a client that gets events can't call.
+    struct Connections {
+        board::StatusClient calls;
+        board::StatusClient events;
+        std::optional<board::StatusClient> leds; ///< while somebody reads the feed
+        bool mayHaveLeds = true;
+        Clock::time_point nextLeds{}; ///< when to connect for the LEDs again
+    };
+
+    void connect();
+    std::unique_ptr<Connections> connections() const;
+    board::StatusClient client() const;
+    void logChange(bool isThere, const std::string& text);
+    void publishHost(const std::string& fault);
+    void lose(const std::string& fault);
+
+    /// Calls `work` if there is a host. The host is lost if that throws Error.
+    template <class Work>
+    void withHost(Work work);
+
+    bool takeEvents();
+    void tick();
+    void askStatus();
+    void answerQuestion(Question question);
+    Answer answerTo(Question question);
+    bool followLeds();
+    void readLeds(bool& mayHaveMore);
+    void waitForMore(bool mayHaveMore);
+
+    const HostPlace m_place;
+    Waits& m_waits;
+    EventFeed& m_feed;
+    History& m_history;
+    Questions& m_questions;
+    const board::StatusClient::Wait m_wait;
+    std::unique_ptr<Connections> m_host; ///< null while there is none
+    std::string m_fault;                 ///< why there is none
+    std::string m_since;                 ///< for how long this has been so
+    std::optional<bool> m_isLoggedAs;    ///< whether the log says that there is one
+    Clock::time_point m_nextTry, m_nextTick;
+    std::chrono::milliseconds m_pause;
+    bool m_isStatusDue = false;
+    Json m_status; ///< the last one; null if there is no host
+};
+
+} // namespace boardweb

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "base/FileDescriptor.h"
+
+namespace boardweb {
+
+/// Waits on behalf of the program's main thread. SIGINT and SIGTERM end each wait, for good: they
+/// ask the program to end. There is one object, made before any other thread: these signals are
+/// blocked in threads made later.
+class Waits {
+public:
+    using Clock = std::chrono::steady_clock;
+    using Time = std::optional<Clock::time_point>;
+
+    /// Throws Error if the system has no descriptor left.
+    Waits();
+
+    /// Ends the present wait, or the next one. Any thread.
+    void wake() const;
+
+    /// True if the program was asked to end.
+    static bool isAsked();
+
+    /// `work` is called before each wait, and again at the time that it returns, if it returns one.
+    void setWork(std::function<Time()> work) { m_work = std::move(work); }
+
+    /// Waits until `end`, if there is one, until one of the descriptors is readable, or until
+    /// `wake` was called. Returns isAsked().
+    bool untilAny(Time end, const std::vector<int>& descriptors);
+    /// The same for one descriptor, but `wake` does not end it.
+    bool until(Time end, int descriptor);
+
+private:
+    bool wait(Time end, const std::vector<int>& descriptors) const;
+
+    const board::FileDescriptor m_wake;
+    std::function<Time()> m_work;
+};
+
+} // namespace boardweb
