@@ -11,7 +11,8 @@ namespace boardweb {
 
 namespace {
 
-constexpr std::size_t BLOCK = 2048;   // only for clients that speak HTTP/1.0
+constexpr std::size_t BLOCK = 2048; // only for clients that speak HTTP/1.0
+constexpr int SOCKET_BUFFER = 64 << 10;
 constexpr unsigned LONGEST_STALL = 60; // seconds
 
 class Stream final : public EventFeed::Connection {
@@ -69,6 +70,9 @@ Response eventStream(EventFeed& feed, const std::string& lastId, Exchange& excha
         throw std::bad_alloc();
     static_cast<void>(stream.release());
     addHeaders(*response, "text/event-stream");
+    // Otherwise, the system would keep megabytes for each client that does not read.
+    static_cast<void>(::setsockopt(exchange.socket(), SOL_SOCKET, SO_SNDBUF, &SOCKET_BUFFER,
+                                   sizeof SOCKET_BUFFER));
     MHD_set_connection_option(exchange.connection(), MHD_CONNECTION_OPTION_TIMEOUT, LONGEST_STALL);
     return response;
 }
