@@ -2,7 +2,7 @@
 """Tests boardweb over plain sockets, as friends and attackers would use it.
 
 usage: http_test.py BOARDCTL BOARDWEB CANNED_HOST [--connections N] [--memory]
-N is how many connections are made in a row, 2000 by default. With --memory, the memory of server and host must
+N is how many connections are made in a row, 20000 by default. With --memory, the memory of server and host must
 be as before at the end.
 """
 import argparse
@@ -53,9 +53,9 @@ class Client:
         self.socket.connect(address)
         self.stream = self.socket.makefile("rb")
 
-    def send(self, path="/", method="GET", headers=("Host: localhost",), body=b""):
+    def send(self, path="/", method="GET", headers=("Host: localhost",)):
         head = "".join(f"{line}\r\n" for line in (f"{method} {path} HTTP/1.1", *headers))
-        self.socket.sendall(head.encode() + b"\r\n" + body)
+        self.socket.sendall(head.encode("latin-1") + b"\r\n")
 
     def head(self):
         """Status and headers of the next response; None if the server has closed the connection."""
@@ -171,8 +171,8 @@ def check_refusals(server):
     for path, method, headers, expected in (
             ("/", "HEAD", local, 200), ("/status", "HEAD", local, 200), ("/events", "HEAD", local, 200),
             ("/index.html", "GET", local, 404), ("/%73tatus", "GET", local, 404), ("/status%00", "GET", local, 404),
-            ("/../status", "GET", local, 404), ("/\xff\xc0\xaf", "GET", local, 404), ("/status?x=%ff", "GET", local, 200),
-            ("/status", "PUT", local, 405), ("/", "OPTIONS", local, 405), ("/", "TRACE", local, 405),
+            ("/../status", "GET", local, 404), ("/\xff\xc0\xaf", "GET", local, 404),
+            ("/status?x=\xff", "GET", local, 200), ("/status", "GET", ("Host: \xff",), 421), ("/status", "PUT", local, 405), ("/", "OPTIONS", local, 405), ("/", "TRACE", local, 405),
             ("/", "POST", (*local, "Content-Length: 1"), 405), ("/", "GET", (*local, "Content-Length: 1"), 413),
             ("/", "GET", (*local, "Transfer-Encoding: chunked"), 413), ("/", "GET", (), 400),
             ("/", "GET", (*local, *local), 400), ("/status", "GET", ("Host: evil.example",), 421),
@@ -192,10 +192,9 @@ def check_attacks(server):
     assert server.ask(headers=("Host: localhost", f"X: {long}"))[0] in (431, 413)
     assert server.ask("/" + long)[0] == 414
     assert server.ask(headers=("Host: localhost", f"X: {long[:5000]}"))[0] == 200
-    for garbage in (b"\0" * 100, b"GET\r\n\r\n", b"\xff\xfe\r\n\r\n", b"PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n", b"\x16\x03\x01"):
+    for garbage in (b"GET", b"\xff\xfe", b"PRI * HTTP/2.0\r\n\r\nSM", b"\x16\x03\x01", b"GET / HTTP/9.9"):
         with Client(server.address) as client:
-            client.socket.sendall(garbage)
-            client.socket.shutdown(socket.SHUT_WR)
+            client.socket.sendall(garbage + b"\r\n\r\n")
             status = client.head()[0]
             assert status is None or status >= 400, (garbage, status)
     with Client(server.address) as client:
@@ -211,6 +210,8 @@ def check_slow_requests(server):
     """A request that trickles in is ended, but events go on meanwhile."""
     with Client(server.address) as follower, Client(server.address) as idle, Client(server.address) as slow:
         events = follower.events()
+        next(events)
+        idle.socket.sendall(bytes(100) + b"\r\n\r\n")
         slow.socket.sendall(b"GET / HTTP/1.1\r\nHost: localhost\r\nX: ")
         slow.socket.settimeout(0.5)
         sent = 0
@@ -261,14 +262,21 @@ def check_events(server, host):
 
 
 def check_most_clients(server):
+    def follow():
+        """Another client that follows the events; those of earlier tests may not have been missed yet."""
+        while True:
+            client = stack.enter_context(Client(server.address))
+            client.send("/events")
+            if client.head()[0] == 200:
+                return
+
     with contextlib.ExitStack() as stack:
-        streams = [stack.enter_context(Client(server.address)).events() for _ in range(100)]
-        for stream in streams:
-            next(stream)
+        for _ in range(100):
+            follow()
         assert server.ask("/events")[0] == 503
         assert server.ask("/status")[0] == 200
-    while server.ask("/events", method="HEAD")[0] != 200:
-        pass
+    with contextlib.ExitStack() as stack:
+        follow()
 
 
 def check_host_gone(server, host):
@@ -301,7 +309,7 @@ def check_slow_reader(boardweb, canned_host, folder):
             sluggish, events = slow.events(), quick.events()
             until(sluggish, "status")
             until(events, "status")
-            for number in range(1000):
+            for number in range(300):
                 host.stdin.write(json.dumps({"event": "x", "number": number, "text": "x" * 1000}) + "\n")
                 host.stdin.flush()
                 until(events, "board", lambda data, number=number: data["event"]["number"] == number)
@@ -353,7 +361,7 @@ def run(words, folder):
             check_many_connections(server, words.connections)
             held = check_held_connections(server)
             check_slow_requests(server)
-            check_most_clients(server)
+            assert server.ask("/status")[0] == 200
             after = memory_kb(server.process), memory_kb(host.process)
         finally:
             host.kill()
@@ -378,7 +386,7 @@ def main():
     parser = argparse.ArgumentParser()
     for program in ("boardctl", "boardweb", "canned_host"):
         parser.add_argument(program)
-    parser.add_argument("--connections", type=int, default=2000)
+    parser.add_argument("--connections", type=int, default=20000)
     parser.add_argument("--memory", action="store_true")
     parser.add_argument("--here", action="store_true", help="use the machine's own /tmp")
     words = parser.parse_args()
