@@ -1,7 +1,6 @@
 #include "feed/EventFeed.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace boardweb {
@@ -112,8 +111,7 @@ std::ptrdiff_t EventFeed::Reader::read(char* buffer, std::size_t size) {
         return END;
     std::size_t count = 0;
     while (count < size && (m_text || m_feed.prepareNext(*this))) {
-        const std::size_t part = std::min(size - count, m_text->size() - m_sent);
-        std::memcpy(buffer + count, m_text->data() + m_sent, part);
+        const std::size_t part = m_text->copy(buffer + count, size - count, m_sent);
         count += part;
         m_sent += part;
         if (m_sent == m_text->size()) {
