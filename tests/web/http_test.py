@@ -20,6 +20,8 @@ import tempfile
 
 LIMIT = 120  # seconds; nothing takes that long, so a test that waits for something fails at last
 SLACK_KB = 512
+PAGE = pathlib.Path(__file__).resolve().parents[2] / "tools" / "boardweb" / "page"
+TYPES = {".html": "text/html", ".css": "text/css", ".js": "text/javascript", ".svg": "image/svg+xml"}
 HEADERS = {
     "content-security-policy": "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; "
                                "img-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'",
@@ -158,9 +160,11 @@ def check_routes(server, host):
     history = json.loads(server.ask("/history")[2])
     assert [(each["device"], each["unit"]) for each in history["series"]] == [("fan", "level"), ("thermal", "celsius")]
     assert len({len(each["values"]) for each in history["series"]}) == 1 and history["end"].endswith("Z")
-    for path, kind in (("/", "text/html"), ("/board.css", "text/css"), ("/board.js", "text/javascript")):
+    for file in PAGE.iterdir():
+        path = "/" if file.name == "index.html" else f"/{file.name}"
         status, headers, body = server.ask(path)
-        assert (status, headers["content-type"]) == (200, f"{kind}; charset=utf-8") and body, path
+        assert (status, headers["content-type"]) == (200, f"{TYPES[file.suffix]}; charset=utf-8"), path
+        assert body == file.read_bytes(), path
         unchanged = server.ask(path, headers=("Host: localhost", f"If-None-Match: {headers['etag']}"))
         assert (unchanged[0], unchanged[2]) == (304, b"")
         assert server.ask(path, headers=("Host: localhost", 'If-None-Match: "x"'))[0] == 200
@@ -320,11 +324,28 @@ def check_slow_reader(boardweb, canned_host, folder):
         host.stdout.close()
 
 
+def check_end(boardweb, folder):
+    """Asked to end, the server ends, whoever waits for whatever."""
+    path = folder / "end.socket"
+    with socket.socket(socket.AF_UNIX) as host:  # accepts calls, but never answers
+        host.bind(str(folder / "mute.socket"))
+        host.listen()
+        server = Server(boardweb, "--host", str(folder / "mute.socket"), listen=str(path))
+        assert path.stat().st_mode & 0o777 == 0o660
+        with Client(server.address) as follower, Client(server.address) as waiting:
+            events = follower.events()
+            assert next(events)[0] == "host"
+            waiting.send("/status")
+            with server:
+                pass
+            assert not list(events) and not path.exists()
+
+
 def check_many_connections(server, count):
     for number in range(count):
         with Client(server.address) as client:
             if number % 2:
-                assert client.ask("/status" if number % 16 == 1 else "/board.css")[0] == 200
+                assert client.ask("/status" if number % 16 == 1 else "/")[0] == 200
 
 
 def check_held_connections(server):
@@ -370,6 +391,7 @@ def run(words, folder):
           f"server {before[0]} kB before, {after[0]} kB after; host {before[1]} and {after[1]} kB")
     for old, new in zip(before, after):
         assert not words.memory or abs(new - old) <= SLACK_KB, "the memory has changed"
+    check_end(words.boardweb.split(), folder)
     check_slow_reader(words.boardweb.split(), words.canned_host.split(), folder)
 
 

@@ -31,6 +31,15 @@ struct WrongCall : board::Error {
     using Error::Error;
 };
 
+CLI::Validator hostName() {
+    const auto check = [](const std::string& name) -> std::string {
+        const bool isAddress = name.size() > 2 && name.front() == '[' && name.back() == ']';
+        const bool isName = !name.empty() && name.find_first_of(":/ []") == std::string::npos;
+        return isAddress || isName ? "" : "is not a name (expected NAME or [ADDRESS], no port)";
+    };
+    return {check, ""};
+}
+
 void addOptions(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "boardweb " BOARDWEB_VERSION, "Print the version and exit");
     app.add_option("--listen", options.listen,
@@ -41,6 +50,7 @@ void addOptions(CLI::App& app, Options& options) {
                    "Answer requests for this name, too, besides 127.0.0.1, localhost and [::1]; "
                    "may be repeated")
         ->type_name("NAME")
+        ->check(hostName())
         ->allow_extra_args(false)
         ->take_all();
     auto* const socket =
