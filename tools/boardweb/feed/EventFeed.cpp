@@ -58,17 +58,18 @@ std::unique_ptr<EventFeed::Reader> EventFeed::join(const std::string& lastId,
     const std::lock_guard lock(m_mutex);
     if (m_readers.size() >= MOST_READERS)
         return nullptr;
-    std::unique_ptr<Reader> reader(new Reader(*this, connection));
-    if (const auto number = m_ring.numberOf(lastId)) {
-        reader->m_next = *number + 1;
-        reader->m_text = std::make_shared<const std::string>(RETRY);
-    } else {
-        reader->m_next = m_ring.newest() + 1;
-        reader->m_text = std::make_shared<const std::string>(RETRY + presentState());
-    }
-    m_readers.push_back(reader.get());
+    const auto lastNumber = m_ring.numberOf(lastId);
+    auto first = std::make_shared<const std::string>(lastNumber ? RETRY : RETRY + presentState());
+    std::unique_ptr<Reader> reader(
+        new Reader(*this, connection, lastNumber.value_or(m_ring.newest()) + 1, std::move(first)));
     m_onJoin();
     return reader;
+}
+
+EventFeed::Reader::Reader(EventFeed& feed, Connection& connection, std::uint64_t next,
+                          EventRing::Text first)
+    : m_feed(feed), m_connection(connection), m_next(next), m_text(std::move(first)) {
+    m_feed.m_readers.push_back(this);
 }
 
 EventFeed::Reader::~Reader() {

@@ -47,13 +47,14 @@ public:
 
     private:
         friend class EventFeed;
-        Reader(EventFeed& feed, Connection& connection) : m_feed(feed), m_connection(connection) {}
+        /// Joins; the caller holds the feed's lock. `first` is sent before the message `next`.
+        Reader(EventFeed& feed, Connection& connection, std::uint64_t next, EventRing::Text first);
 
         EventFeed& m_feed;
         Connection& m_connection;
-        std::uint64_t m_next = 0; ///< the number of the next message
-        EventRing::Text m_text;   ///< what is being sent; null if everything was
-        std::size_t m_sent = 0;   ///< how much of it was
+        std::uint64_t m_next;   ///< the number of the next message
+        EventRing::Text m_text; ///< what is being sent; null if everything was
+        std::size_t m_sent = 0; ///< how much of it was
         bool m_isPaused = false;
     };
 

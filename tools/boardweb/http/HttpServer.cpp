@@ -54,7 +54,8 @@ Exchange* exchangeOf(MHD_Connection* connection) {
 
 } // namespace
 
-HttpServer::HttpServer(const Listener& listener, Sources sources, std::vector<std::string> names)
+HttpServer::HttpServer(const Listener& listener, const Sources& sources,
+                       std::vector<std::string> names)
     : m_sources(sources), m_routes(sources, std::move(names), m_exchanges),
       m_daemon(MHD_start_daemon(MHD_USE_EPOLL | MHD_USE_INTERNAL_POLLING_THREAD |
                                     MHD_ALLOW_SUSPEND_RESUME,

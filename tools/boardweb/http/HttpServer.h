@@ -18,7 +18,7 @@ namespace boardweb {
 class HttpServer {
 public:
     /// Serves from now on. Throws Error if the system refuses.
-    HttpServer(const Listener& listener, Sources sources, std::vector<std::string> names);
+    HttpServer(const Listener& listener, const Sources& sources, std::vector<std::string> names);
     /// Ends all connections.
     ~HttpServer();
     HttpServer(const HttpServer&) = delete;

@@ -24,7 +24,7 @@ struct Sources {
 class Routes {
 public:
     /// `names` are names of this server besides those of the local machine.
-    Routes(Sources sources, std::vector<std::string> names, Exchanges& exchanges)
+    Routes(const Sources& sources, std::vector<std::string> names, Exchanges& exchanges)
         : m_sources(sources), m_names(std::move(names)), m_exchanges(exchanges) {}
 
     /// Answers a request whose headers are complete and which has a body. The body is not read.
