@@ -77,7 +77,7 @@ HttpServer::~HttpServer() {
     MHD_quiesce_daemon(m_daemon);
     m_sources.feed.end();
     m_sources.questions.end(
-        {false, std::make_shared<const std::string>(R"({"error":"the server ends"})")});
+        {false, std::make_shared<const std::string>(R"({"error":"boardweb ends"})")});
     MHD_stop_daemon(m_daemon);
 }
 

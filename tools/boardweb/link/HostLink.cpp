@@ -113,11 +113,12 @@ void HostLink::withHost(Work work) {
 }
 
 StatusClient HostLink::client() const {
-    if (!m_place.socket.empty())
-        return {m_place.socket, m_wait};
-    const std::string profile = profileFor(m_place);
-    if (profile.empty())
-        return {USUAL_SOCKET, m_wait};
+    const std::string profile = m_place.socket.empty() ? profileFor(m_place) : "";
+    if (profile.empty()) {
+        StatusClient client(m_place.socket.empty() ? USUAL_SOCKET : m_place.socket, m_wait);
+        static_cast<void>(client.call("Status")); // or else it is not a host, or does not work
+        return client;
+    }
     // Whether the board is simulated, which would take reading the profile, need not be known: a
     // place where no host listens does no harm.
     return board::findHost(profile, true, m_wait).client;
@@ -244,7 +245,7 @@ Answer HostLink::answerTo(Question question) {
 void HostLink::answerQuestion(Question question) {
     Answer answer;
     withHost([&] { answer = answerTo(question); });
-    m_questions.answer(answer.text ? answer : failure(m_fault));
+    m_questions.answer(answer.text ? answer : failure(m_host ? "boardweb ends" : m_fault));
 }
 
 /// True if there may be more to take without a wait.
