@@ -1,5 +1,94 @@
-const events = new EventSource("/events");
-for (const kind of ["host", "status", "board", "leds", "lost"])
-    events.addEventListener(kind, (message) => {
-        document.getElementById("events").append(`${kind} ${message.data}\n`);
-    });
+// The page of a board: connects what boardweb tells to the parts that show it.
+
+import { addToHistory, failHistory, showHistory } from "./charts.js";
+import { byId, secondText, setText } from "./dom.js";
+import { Feed, keep } from "./feed.js";
+import { failLeds, lightLeds, needsLeds, nextEnd, showLeds, whenOpened } from "./leds.js";
+import { addBoardEvent, addEvents, addHost, addLoss } from "./log.js";
+import { failDescriptor, showDescriptor, showStatus } from "./status.js";
+
+const COUNTDOWN_MS = 1000;
+
+let host = null; // the last message about it
+let fault = null; // what is wrong with boardweb itself
+let heard = null; // when the last status arrived
+let countdown = null;
+
+const isLive = () => fault === null && host !== null && host.connected;
+
+const askLeds = keep("leds", isLive, (answer) => {
+    showLeds(answer);
+    const ms = nextEnd();
+    clearTimeout(countdown);
+    if (ms !== null && isLive()) countdown = setTimeout(askLeds, Math.min(ms + 100, COUNTDOWN_MS));
+}, failLeds);
+const askDescriptor = keep("descriptor", isLive, showDescriptor, failDescriptor);
+const askHistory = keep("history", isLive, showHistory, failHistory);
+const askEvents = keep("status", isLive, (status) => addEvents(status.events), () => {});
+
+const sentence = (text) => text ? `${text.replace(/\.$/, "")}.` : "";
+
+// Says whether what is shown is up to date, and why not.
+function showLink() {
+    const link = isLive() ? "live" : fault !== null ? "lost" : host ? "gone" : "starting";
+    const asOf = heard ? ` as of ${secondText(heard)}` : "";
+    const shown = heard ? `What is shown is${asOf}.` : "Nothing is known about the board yet.";
+    const texts = {
+        live: ["Live", ""],
+        starting: ["Connecting", ""],
+        gone: ["The host is gone", `${sentence(host?.fault)} ${shown} boardweb keeps trying.`],
+        lost: ["boardweb is gone", `It ${fault}. ${shown} The page keeps trying.`],
+    };
+    document.body.dataset.link = link;
+    setText(byId("link-word"), texts[link][0]);
+    setText(byId("link-text"), texts[link][1]);
+    for (const each of document.querySelectorAll(".as-of"))
+        setText(each, link === "gone" || link === "lost" ? asOf : "");
+}
+
+function askAll() {
+    feed.expect(isLive());
+    if (!isLive()) return;
+    askLeds();
+    askDescriptor();
+    askHistory();
+    askEvents();
+}
+
+whenOpened(() => { if (isLive()) askLeds(); });
+
+const feed = new Feed({
+    host(message) {
+        if (host && host.boardweb !== message.boardweb) location.reload(); // another page by now
+        host = message;
+        addHost(message);
+        showLink();
+        askAll();
+    },
+    status(message) {
+        heard = isLive() ? new Date() : new Date(host.since);
+        feed.expect(isLive());
+        showStatus(message, host);
+        addToHistory(message);
+        showLink();
+        if (isLive() && needsLeds()) askLeds();
+    },
+    board(message) {
+        addBoardEvent(message);
+        if (message.event?.event === "descriptor-changed") askDescriptor();
+    },
+    leds(message) {
+        lightLeds(message.lit);
+    },
+    lost(message) {
+        addLoss(message.messages);
+    },
+}, () => {
+    const wasDown = fault !== null;
+    fault = null;
+    showLink();
+    if (wasDown) askAll(); // nobody repeats what was missed if the host is the same
+}, (reason) => {
+    fault = reason;
+    showLink();
+});

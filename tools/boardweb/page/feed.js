@@ -1,0 +1,89 @@
+// What boardweb tells: its event stream and its documents. Every path is relative, so that the page
+// also works below a folder of a reverse proxy.
+
+const RETRY_MS = 2000;
+const SILENCE_MS = 20000; // with a host, there is a message every 5 s
+const ANSWER_MS = 10000;
+
+export async function fetchJson(path) {
+    const answer = await fetch(path, { cache: "no-store", signal: AbortSignal.timeout(ANSWER_MS) });
+    const data = await answer.json().catch(() => ({}));
+    if (!answer.ok) throw new Error(data.error ?? `boardweb answers with status ${answer.status}`);
+    return data;
+}
+
+// Calls the function of `acts` with the name of the event, `onUp` when the stream has begun, and
+// `onDown` with the reason when it has ended. Opens it again by itself.
+export class Feed {
+    #acts;
+    #onUp;
+    #onDown;
+    #source;
+    #silence;
+    #opening;
+
+    constructor(acts, onUp, onDown) {
+        this.#acts = acts;
+        this.#onUp = onUp;
+        this.#onDown = onDown;
+        this.#open();
+    }
+
+    // Whether messages must arrive. If not, silence is no fault.
+    expect(isExpected) {
+        clearTimeout(this.#silence);
+        if (isExpected)
+            this.#silence = setTimeout(() => this.#restart("has been silent for 20 s", 0),
+                SILENCE_MS);
+    }
+
+    #open() {
+        this.#source = new EventSource("events");
+        this.#source.onopen = () => this.#onUp();
+        this.#source.onerror = () => {
+            // After a lost connection the browser connects again, but not after a refusal.
+            if (this.#source.readyState === EventSource.CLOSED)
+                this.#restart("refuses the event stream, perhaps because too many pages are open",
+                    RETRY_MS);
+            else this.#down("does not answer");
+        };
+        for (const [name, act] of Object.entries(this.#acts))
+            this.#source.addEventListener(name, (event) => act(JSON.parse(event.data)));
+    }
+
+    #restart(reason, delay) {
+        this.#source.close();
+        this.#down(reason);
+        clearTimeout(this.#opening);
+        this.#opening = setTimeout(() => this.#open(), delay);
+    }
+
+    #down(reason) {
+        this.expect(false);
+        this.#onDown(reason);
+    }
+}
+
+// Keeps what `path` answers on the page: `ask` fetches it and tries again while `isWanted`.
+export function keep(path, isWanted, show, fail) {
+    let isAsking = false;
+    let isStale = false;
+    let timer = null;
+    return async function ask() {
+        clearTimeout(timer);
+        isStale = true;
+        if (isAsking) return;
+        isAsking = true;
+        while (isStale) {
+            isStale = false;
+            try {
+                const data = await fetchJson(path);
+                show(data);
+            } catch (error) {
+                fail(error.message);
+                timer = setTimeout(() => { if (isWanted()) ask(); }, RETRY_MS);
+            }
+        }
+        isAsking = false;
+    };
+}

@@ -1,0 +1,68 @@
+// The latest events, the newest first.
+
+import { addTime, byId, count, make } from "./dom.js";
+
+const MOST = 200;
+const TROUBLE = new Set(["temperature-over", "device-gone", "power-lost", "fan-astray",
+    "fan-stopped", "led-pipe-gone", "led-gone", "fault", "host-gone", "lost"]);
+
+let entries = []; // the newest first
+let number = 0;
+let isDrawing = false;
+
+function add(time, kind, text, isTrouble) {
+    const key = `${time} ${kind} ${text}`;
+    if (entries.some((entry) => entry.key === key)) return; // it is in the status, too
+    const item = document.createElement("li");
+    if (isTrouble) item.dataset.trouble = kind;
+    addTime(item, time);
+    make(item, "span", {}, text);
+    entries.push({ key, time, number: number++, item });
+}
+
+function draw() {
+    isDrawing = false;
+    const list = byId("event-list");
+    entries.sort((a, b) => a.time === b.time ? b.number - a.number : a.time < b.time ? 1 : -1);
+    entries = entries.slice(0, MOST);
+    entries.forEach(({ item }, i) => {
+        if (list.children[i] !== item) list.insertBefore(item, list.children[i] ?? null);
+    });
+    while (list.children.length > entries.length) list.lastChild.remove();
+    if (entries.length === 0) make(list, "li", { class: "soft" }, "none yet");
+}
+
+function drawSoon() {
+    if (isDrawing) return;
+    isDrawing = true;
+    requestAnimationFrame(draw);
+}
+
+// The panel shows when an LED changes: as events, these changes would displace all others.
+function addEvent(event) {
+    if (event.event === "led") return;
+    add(event.time, event.event, event.text || JSON.stringify(event),
+        TROUBLE.has(event.event) || "error" in event);
+}
+
+export function addEvents(events) {
+    events.forEach(addEvent);
+    drawSoon();
+}
+
+export function addBoardEvent({ event, lost }) {
+    if (lost > 0) addLoss(lost, event?.time);
+    if (event) addEvent(event);
+    drawSoon();
+}
+
+export function addLoss(messages, time = entries[0]?.time ?? new Date().toISOString()) {
+    add(time, "lost", `${count(messages, "message")} came too fast and were lost`, true);
+    drawSoon();
+}
+
+export function addHost({ connected, fault, since }) {
+    add(since, connected ? "host-back" : "host-gone",
+        connected ? "boardweb is connected to the host" : `the host is gone: ${fault}`, !connected);
+    drawSoon();
+}
