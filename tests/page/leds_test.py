@@ -16,6 +16,8 @@ from selenium import webdriver
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
+from browser import become_desktop, become_phone, browser, requested_urls
+
 HOSTILE = "<img src=x onerror=alert(1)></script>"
 TABLE = f"""
 [leds]
@@ -84,17 +86,6 @@ def is_light(title):
 def drawn_titles(boardctl, profile, lines, ticks):
     picture = xml.etree.ElementTree.fromstring(preview(boardctl, profile, "svg", lines, ticks))
     return {title.text for title in picture.iter("{http://www.w3.org/2000/svg}title") if is_light(title.text)}
-
-
-def browser():
-    options = webdriver.ChromeOptions()
-    options.binary_location = "/usr/bin/chromium"
-    # With reduced motion, a command does not start to play, so the test decides what happens when.
-    for word in ("--headless=new", "--force-prefers-reduced-motion", "--window-size=1000,800",
-                 *(["--no-sandbox"] if os.geteuid() == 0 else [])):
-        options.add_argument(word)
-    options.set_capability("goog:loggingPrefs", {"performance": "ALL", "browser": "ALL"})
-    return webdriver.Chrome(service=webdriver.chrome.service.Service("/usr/bin/chromedriver"), options=options)
 
 
 class Page:
@@ -180,17 +171,15 @@ def test_space_plays_after_a_click_on_a_command(page):
 def test_shows_texts_as_text_and_fetches_nothing(page):
     assert HOSTILE in page.driver.find_element(By.ID, "panel").text
     assert not page.driver.find_elements(By.TAG_NAME, "img")
-    events = [json.loads(entry["message"])["message"] for entry in page.driver.get_log("performance")]
-    asked = {event["params"]["request"]["url"] for event in events if event["method"] == "Network.requestWillBeSent"}
+    asked = requested_urls(page.driver)
     assert asked and all(url.startswith("file:///") and ".html" in url for url in asked), asked
     assert page.driver.get_log("browser") == []
 
 
 def test_fits_a_phone(page):
-    page.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
-                                {"width": 360, "height": 740, "deviceScaleFactor": 1, "mobile": True})
+    become_phone(page.driver)
     assert page.driver.execute_script("return document.scrollingElement.scrollWidth") <= 360
-    page.driver.execute_cdp_cmd("Emulation.clearDeviceMetricsOverride", {})
+    become_desktop(page.driver)
 
 
 def test_offers_the_script_only_if_there_are_too_many_states(page):
@@ -201,7 +190,9 @@ def test_offers_the_script_only_if_there_are_too_many_states(page):
 
 def main():
     boardctl = os.path.abspath(sys.argv[1])
-    with tempfile.TemporaryDirectory() as folder, browser() as driver:
+    # With reduced motion, a command does not start to play, so the test decides what happens when.
+    words = ("--force-prefers-reduced-motion", "--window-size=1000,800")
+    with tempfile.TemporaryDirectory() as folder, browser(*words) as driver:
         page = Page(driver, boardctl, pathlib.Path(folder), 500)
         assert len(page.buttons()) == 10, "a row that no line reaches has no button"
         test_steps_and_plays_by_keyboard(page)
