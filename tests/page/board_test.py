@@ -83,7 +83,7 @@ def test_shows_an_alarm_that_comes_and_goes(page):
     page.await_text("#alarm-list", "91.000 degrees Celsius, over its maximum of 85")
     page.await_text("[role=alert]", "Alarm: thermal")
     assert page.driver.title.startswith("(1 alarm)")
-    chart = 'svg[aria-label*="highest 91.0 °C"]'
+    chart = 'svg[aria-label*="highest 91.0\u00a0°C"]'
     page.until(lambda: page.driver.find_elements(By.CSS_SELECTOR, chart), "the chart does not show the alarm")
     page.board.heat(41)
     page.await_text("#alarm-list", "No alarm")

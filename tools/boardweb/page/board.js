@@ -36,8 +36,8 @@ function showLink() {
     const texts = {
         live: ["Live", ""],
         starting: ["Connecting", ""],
-        gone: ["The host is gone", `${sentence(host?.fault)} ${shown} boardweb keeps trying.`],
-        lost: ["boardweb is gone", `It ${fault}. ${shown} The page keeps trying.`],
+        gone: ["The host is gone.", `${sentence(host?.fault)} ${shown} boardweb keeps trying.`],
+        lost: ["boardweb is gone.", `It ${fault}. ${shown} The page keeps trying.`],
     };
     document.body.dataset.link = link;
     setText(byId("link-word"), texts[link][0]);

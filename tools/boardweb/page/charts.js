@@ -76,11 +76,10 @@ class Chart {
     }
 
     draw() {
-        this.width = Math.max(240, this.figure.clientWidth);
+        this.width = Math.max(200, this.svg.getBoundingClientRect().width);
         this.span = Math.max(SHORTEST_S, Math.min(this.values.length, MOST) * period);
         this.scale = this.#scaleOf(this.values.filter((value) => value !== null));
         this.svg.textContent = "";
-        this.svg.setAttribute("width", this.width);
         this.#drawGrid();
         this.#drawLine();
         this.#drawCursor();
@@ -168,7 +167,7 @@ class Chart {
         const now = last === null ? "no value" : text(last);
         const range = known.length === 0 ? "no value in the last hour"
             : `lowest ${text(Math.min(...known))}, highest ${text(Math.max(...known))}` +
-                (this.#maximum === null ? "" : `, alarm above ${this.#maximum} \u00b0C`);
+                (this.#maximum === null ? "" : `, alarm above ${this.#maximum}\u00a0\u00b0C`);
         setText(this.about, devices.get(this.device)?.description || this.kind);
         setText(this.now, now);
         setText(this.readout, range);

@@ -71,7 +71,7 @@ const WORDS = { celsius: "\u00b0C", rpm: "rpm", percent: "%" };
 export function valueText(value, unit) {
     if (unit === "level") return ["off", "low", "high", "full"][value] ?? String(value);
     const figure = unit === "celsius" ? value.toFixed(1) : String(Math.round(value));
-    return `${figure} ${WORDS[unit] ?? unit}`;
+    return `${figure}\u00a0${WORDS[unit] ?? unit}`;
 }
 
 export function count(number, noun, plural = `${noun}s`) {

@@ -29,13 +29,21 @@ function announceAlarms(list) {
 
 // --- devices ---
 
+// A long path breaks after a slash.
+function addPath(parent, path) {
+    for (const part of path.split(/(?<=\/)/)) {
+        parent.append(part);
+        make(parent, "wbr");
+    }
+}
+
 function deviceValue({ kind, value, unit, level, maximum }) {
     const parts = [];
     if (unit === "status") parts.push(value === 0 ? "no power" : `power, status ${value}`);
     else if (unit === "state") parts.push(value === 0 ? "off" : `on, state ${value}`);
     else if (unit !== null) parts.push(valueText(value, unit));
     if (level !== null) parts.push(level);
-    if (kind === "thermal" && maximum !== null) parts.push(`maximum ${maximum} \u00b0C`);
+    if (kind === "thermal" && maximum !== null) parts.push(`maximum ${maximum}\u00a0\u00b0C`);
     return parts.join(", ") || "\u2013";
 }
 
@@ -45,7 +53,7 @@ const drawDevices = onChange((devices) => {
         const row = make(byId("device-rows"), "tr", { "data-state": device.state });
         const name = make(row, "th", { scope: "row" }, device.name);
         make(name, "small", {}, device.description || device.kind);
-        make(name, "small", { class: "path" }, device.path);
+        addPath(make(name, "small"), device.path);
         make(row, "td", {}, deviceValue(device));
         const state = make(row, "td");
         make(state, "span", { class: "state" }, device.state);
@@ -137,11 +145,11 @@ const drawTags = onChange((tags) => {
     byId("tag-rows").parentElement.hidden = tags.length === 0;
     for (const { id, name, offset, length, text } of tags) {
         const row = make(byId("tag-rows"), "tr");
-        make(make(row, "th", { scope: "row" }, name), "small", {},
-            `${id} (0x${id.toString(16).toUpperCase()})`);
+        const head = make(row, "th", { scope: "row" }, name);
+        make(head, "small", {}, `${id} (0x${id.toString(16).toUpperCase()})`);
+        make(head, "small", {}, `${count(length, "byte")} at ${offset}`);
         if (text === null) make(row, "td", { class: "soft" }, "not shown in reports");
         else make(row, "td", { class: "text" }, text);
-        make(make(row, "td", {}, count(length, "byte")), "small", {}, `at ${offset}`);
     }
 });
 
