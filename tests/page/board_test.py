@@ -66,7 +66,8 @@ def test_shows_the_leds_at_the_pace_of_the_sequencer(page):
 
 
 def test_opens_why_by_keyboard(page):
-    page.driver.execute_script("document.activeElement.blur()")
+    page.board.send("line call")
+    page.until(lambda: page.lit()["line"], "the line is not lit")
     page.until(lambda: page.press(Keys.TAB) or page.focused().accessible_name.startswith("line"), "no LED gets focus")
     lamp = page.focused()
     assert lamp.accessible_name == "line: lit"

@@ -27,6 +27,11 @@ export class Feed {
         this.#onUp = onUp;
         this.#onDown = onDown;
         this.#open();
+        // A page that the browser only keeps to go back to holds no connection.
+        addEventListener("pagehide", () => this.#source.close());
+        addEventListener("pageshow", (event) => {
+            if (event.persisted) this.#restart("was not asked while the page was left", 0);
+        });
     }
 
     // Whether messages must arrive. If not, silence is no fault.
