@@ -36,7 +36,8 @@ function showLink() {
     const texts = {
         live: ["Live", ""],
         starting: ["Connecting", ""],
-        gone: ["The host is gone.", `${sentence(host?.fault)} ${shown} boardweb keeps trying.`],
+        gone: [heard ? "The host is gone." : "No host answers.",
+            `${sentence(host?.fault)} ${shown} boardweb keeps trying.`],
         lost: ["boardweb is gone.", `It ${fault}. ${shown} The page keeps trying.`],
     };
     document.body.dataset.link = link;
@@ -66,6 +67,7 @@ const feed = new Feed({
         askAll();
     },
     status(message) {
+        document.body.dataset.known = "yes";
         heard = isLive() ? new Date() : new Date(host.since);
         feed.expect(isLive());
         showStatus(message, host);

@@ -93,6 +93,7 @@ class Chart {
         let low = this.unit === "rpm" ? 0 : Math.min(...all);
         let high = Math.max(...all, low + 1);
         if (all.length === 0) [low, high] = [0, 1];
+        if (this.unit !== "rpm") low -= (high - low) / 20; // off the edge
         const raw = (high - low) * 1.05 / 4;
         const power = 10 ** Math.floor(Math.log10(raw));
         const step = [1, 2, 5, 10].map((each) => each * power).find((each) => each >= raw);
@@ -115,8 +116,8 @@ class Chart {
         make(this.svg, "rect", { class: "over", x: LEFT, y: TOP, width: right - LEFT,
             height: Math.max(0, y - TOP) });
         make(this.svg, "path", { class: "maximum", d: `M${LEFT} ${y}H${right}` });
-        make(this.svg, "text", { class: "flag", x: LEFT + 4, y: y + 14 },
-            `maximum ${maximum} \u00b0C`);
+        make(this.svg, "text", { class: "flag", x: LEFT + 4, y: y > TOP + 16 ? y - 5 : y + 14 },
+            `maximum ${maximum}\u00a0\u00b0C`);
     }
 
     #drawTimes(right) {

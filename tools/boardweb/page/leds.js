@@ -6,6 +6,7 @@ let leds = [];
 let lamps = []; // the button of each LED
 let lit = null; // the mask of the present tick; null if the host does not tell
 let opened = -1; // index of the LED whose reasons are shown
+let isUnread = false; // whether a screen reader has yet to be told the reasons
 let onOpen = () => {};
 
 const isLit = (led) => lit === null ? led.lit : (lit & led.mask) !== 0;
@@ -54,7 +55,7 @@ function open(index) {
     opened = opened === index ? -1 : index;
     renderWhy();
     if (opened < 0) return;
-    setText(byId("note"), byId("why").innerText); // the focus stays at the LED
+    isUnread = true;
     onOpen();
 }
 
@@ -85,6 +86,9 @@ export function showLeds(answer) {
     setText(byId("leds-note"), leds.length > 0 ? "" : "The board has no LED sequencer.");
     paint();
     renderWhy();
+    if (opened < 0 || !isUnread) return;
+    isUnread = false; // the focus stays at the LED
+    setText(byId("note"), `${leds[opened].name}: ${byId("why-list").innerText}`);
 }
 
 export function failLeds(reason) {

@@ -146,8 +146,8 @@ const drawTags = onChange((tags) => {
     for (const { id, name, offset, length, text } of tags) {
         const row = make(byId("tag-rows"), "tr");
         const head = make(row, "th", { scope: "row" }, name);
-        make(head, "small", {}, `${id} (0x${id.toString(16).toUpperCase()})`);
-        make(head, "small", {}, `${count(length, "byte")} at ${offset}`);
+        make(head, "small", {}, ` ${id} (0x${id.toString(16).toUpperCase()})`);
+        make(head, "small", {}, ` ${count(length, "byte")} at ${offset}`);
         if (text === null) make(row, "td", { class: "soft" }, "not shown in reports");
         else make(row, "td", { class: "text" }, text);
     }
