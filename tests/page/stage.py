@@ -81,7 +81,7 @@ class Board:
     def heat(self, celsius):
         """In one step, as a sensor does."""
         new = self.folder / "dev/new"
-        new.write_text(f"{celsius * 1000}\n", encoding="ascii")
+        new.write_text(f"{round(celsius * 1000)}\n", encoding="ascii")
         new.rename(self.folder / "dev/temperature")
 
     def event_client(self):

@@ -192,7 +192,9 @@ export function showHistory(answer) {
     received = performance.now();
     const former = series;
     series = new Map();
-    for (const { device, kind, unit, values } of answer.series) {
+    const isThermal = ({ kind }) => kind === "thermal";
+    const sorted = [...answer.series].sort((a, b) => isThermal(b) - isThermal(a));
+    for (const { device, kind, unit, values } of sorted) {
         const known = former.get(device);
         const chart = known && known.unit === unit ? known : new Chart(device, kind, unit);
         chart.values = values;
