@@ -68,7 +68,7 @@ const feed = new Feed({
     },
     status(message) {
         document.body.dataset.known = "yes";
-        heard = isLive() ? new Date() : new Date(host.since);
+        heard = isLive() ? new Date() : new Date(host?.since ?? Date.now());
         feed.expect(isLive());
         showStatus(message, host);
         addToHistory(message);
