@@ -26,19 +26,19 @@ const askDescriptor = keep("descriptor", isLive, showDescriptor, failDescriptor)
 const askHistory = keep("history", isLive, showHistory, failHistory);
 const askEvents = keep("status", isLive, (status) => addEvents(status.events), () => {});
 
-const sentence = (text) => text ? `${text.replace(/\.$/, "")}.` : "";
+const sentence = (text) => `${(text || "no reason is known").replace(/\.$/, "")}.`;
 
 // Says whether what is shown is up to date, and why not.
 function showLink() {
     const link = isLive() ? "live" : fault !== null ? "lost" : host ? "gone" : "starting";
     const asOf = heard ? ` as of ${secondText(heard)}` : "";
-    const shown = heard ? `What is shown is${asOf}.` : "Nothing is known about the board yet.";
+    const shown = heard ? `Everything below is${asOf}.` : "Nothing is known about the board yet.";
     const texts = {
         live: ["Live", ""],
         starting: ["Connecting", ""],
-        gone: [heard ? "The host is gone." : "No host answers.",
+        gone: [heard ? "The host is gone:" : "Waiting for the host:",
             `${sentence(host?.fault)} ${shown} boardweb keeps trying.`],
-        lost: ["boardweb is gone.", `It ${fault}. ${shown} The page keeps trying.`],
+        lost: ["No connection to boardweb:", `it ${fault}. ${shown} The page keeps trying.`],
     };
     document.body.dataset.link = link;
     setText(byId("link-word"), texts[link][0]);

@@ -2,6 +2,7 @@
 // also works below a folder of a reverse proxy.
 
 const RETRY_MS = 2000;
+const SLOWEST_RETRY_MS = 60000; // if an answer fails again and again
 const SILENCE_MS = 20000; // with a host, there is a message every 5 s
 const ANSWER_MS = 10000;
 
@@ -74,6 +75,7 @@ export function keep(path, isWanted, show, fail) {
     let isAsking = false;
     let isStale = false;
     let timer = null;
+    let delay = RETRY_MS;
     return async function ask() {
         clearTimeout(timer);
         isStale = true;
@@ -84,9 +86,12 @@ export function keep(path, isWanted, show, fail) {
             try {
                 const data = await fetchJson(path);
                 show(data);
+                delay = RETRY_MS;
             } catch (error) {
                 fail(error.message);
-                timer = setTimeout(() => { if (isWanted()) ask(); }, RETRY_MS);
+                clearTimeout(timer);
+                timer = setTimeout(() => { if (isWanted()) ask(); }, delay);
+                delay = Math.min(2 * delay, SLOWEST_RETRY_MS);
             }
         }
         isAsking = false;
