@@ -28,7 +28,7 @@ RECORD = """window.shown = [];
 new MutationObserver(() => window.shown.push([...document.querySelectorAll("#panel button")].filter(
     (lamp) => lamp.dataset.state === "lit").map((lamp) => lamp.querySelector(".name").textContent).join(" ")))
     .observe(document.getElementById("panel"), { subtree: true, attributeFilter: ["data-state"] });"""
-# An hour of a simulated board that has just been started.
+# Invents an hour for the charts in the pictures, because the board has only just been started.
 HOUR = """const real = window.fetch;
 window.fetch = async (path, options) => {
     const answer = await real(path, options);

@@ -63,6 +63,7 @@ export function addLoss(messages, time = entries[0]?.time ?? new Date().toISOStr
 
 export function addHost({ connected, fault, since }) {
     add(since, connected ? "host-back" : "host-gone",
-        connected ? "boardweb is connected to the host" : `no connection to the host: ${fault}`, !connected);
+        connected ? "boardweb is connected to the host" : `no connection to the host: ${fault}`,
+        !connected);
     drawSoon();
 }
