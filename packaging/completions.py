@@ -1,15 +1,16 @@
 #!/usr/bin/env python3
-"""Generates the shell completions of boardctl from the `--help` of the program and of each command.
+"""Generates the shell completions of a program from its `--help` and that of each command.
 
-usage: packaging/completions.py BOARDCTL FOLDER
-writes FOLDER/boardctl (bash) and FOLDER/_boardctl (zsh)
+usage: packaging/completions.py PROGRAM FOLDER
+writes FOLDER/PROGRAM (bash) and FOLDER/_PROGRAM (zsh). The templates are written for boardctl;
+another program's name replaces it.
 """
 import pathlib
 import re
 import subprocess
 import sys
 
-FILES = {"FILE", "IMAGE", "DIR"}  # placeholders in a help text that stand for a file name
+FILES = {"FILE", "IMAGE", "DIR", "SOCKET"}  # placeholders in a help text that stand for a file name
 MOST_REPEATED = 20  # words that are completed for an argument that can be repeated
 HERE = pathlib.Path(__file__).parent
 
@@ -45,21 +46,22 @@ def words_of(kind):
 
 
 class Completions:
-    def __init__(self, boardctl):
-        self.boardctl = boardctl
+    def __init__(self, program):
+        self.program = program
+        self.name = pathlib.Path(program).name
         self.commands = []  # (path, name, text)
         self.options = []  # (path, names, description, possible values)
         self.arguments = []  # (path, row)
         self.walk("")
 
     def walk(self, path):
-        call = [self.boardctl, *path.split(), "--help"]
+        call = [self.program, *path.split(), "--help"]
         found = sections(subprocess.run(call, check=True, capture_output=True, text=True).stdout)
         for name, text in found.get("Subcommands", []):
             self.commands.append((path, name, text))
             self.walk(f"{path} {name}".strip())
         for left, text in found["Options"]:
-            names, _, kind = left.removesuffix(" REQUIRED").partition(" ")
+            names, _, kind = re.sub(" (REQUIRED|Excludes: .*)$", "", left).partition(" ")
             values = [row[0] for row in words_of(kind)] if kind else []
             self.options.append((path, names.split(","), text, values))
         rows = [[]]
@@ -85,19 +87,18 @@ class Completions:
                 ("arguments", [(path, " ".join(row)) for path, row in self.arguments])):
             lines = {}
             for path, line in rows:
-                lines.setdefault(f"boardctl {path}".strip(), []).append(line.replace("'", "'\\''"))
-            yield f"_boardctl_{name}=("
+                lines.setdefault(f"{self.name} {path}".strip(), []).append(line.replace("'", "'\\''"))
+            yield f"_{self.name}_{name}=("
             for path, each in lines.items():
                 yield entry.format(path, "\n".join(each))
             yield ")"
 
 
 def main():
-    boardctl, folder = sys.argv[1], pathlib.Path(sys.argv[2])
-    found = Completions(boardctl)
+    found, folder = Completions(sys.argv[1]), pathlib.Path(sys.argv[2])
     folder.mkdir(parents=True, exist_ok=True)
-    for shell, name, tables in (("bash", "boardctl", found.bash()), ("zsh", "_boardctl", found.zsh())):
-        template = (HERE / f"completion.{shell}").read_text()
+    for shell, name, tables in (("bash", found.name, found.bash()), ("zsh", f"_{found.name}", found.zsh())):
+        template = (HERE / f"completion.{shell}").read_text().replace("boardctl", found.name)
         (folder / name).write_text(template.replace("# TABLES\n", "\n".join(tables) + "\n"))
 
 

@@ -43,12 +43,23 @@ configure_file(packaging/boarddrivers.pc.in boarddrivers.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/boarddrivers.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-install(TARGETS boardctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT boardctl)
-install(CODE "
-    set(folder ${CMAKE_CURRENT_SOURCE_DIR}/packaging/systemd)
-    set(made ${CMAKE_BINARY_DIR}/systemd)
-    set(bin ${CMAKE_INSTALL_BINDIR})" COMPONENT boardctl)
-install(SCRIPT packaging/systemd/units.cmake COMPONENT boardctl)
+# board_program(<program>) installs the program and its systemd units.
+function(board_program program)
+    install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${program})
+    install(CODE "
+        set(program ${program})
+        set(folder ${CMAKE_CURRENT_SOURCE_DIR}/packaging/systemd)
+        set(made ${CMAKE_BINARY_DIR}/systemd)
+        set(bin ${CMAKE_INSTALL_BINDIR})" COMPONENT ${program})
+    install(SCRIPT packaging/systemd/units.cmake COMPONENT ${program})
+endfunction()
+
+board_program(boardctl)
+if(BOARDWEB)
+    board_program(boardweb)
+    install(FILES packaging/boardweb.sysusers.conf
+        DESTINATION lib/sysusers.d RENAME boardweb.conf COMPONENT boardweb)
+endif()
 install(FILES packaging/boardctl.tmpfiles.conf
     DESTINATION lib/tmpfiles.d RENAME boardctl.conf COMPONENT boardctl)
 install(FILES host/status/org.boarddrivers.Host.varlink packaging/tags.schema.json
@@ -60,16 +71,40 @@ file(GLOB guides docs/*-guide.md docs/operations.md docs/descriptor.md docs/stat
 install(FILES ${guides} DESTINATION ${documents} COMPONENT boardctl)
 install(DIRECTORY docs/images DESTINATION ${documents} COMPONENT boardctl)
 
-# The manual page and the completions are generated from boardctl's help.
-if(BOARD_MAN)
+# board_reference(<program> <runner>) makes a program's manual page and completions from its help. The
+# runner starts the program on the build machine.
+function(board_reference program runner)
     find_program(HELP2MAN help2man REQUIRED)
-    set(page ${CMAKE_BINARY_DIR}/boardctl.1.gz)
+    set(page ${CMAKE_BINARY_DIR}/${program}.1.gz)
     add_custom_command(OUTPUT ${page}
-        COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/packaging/man.sh ${BOARDCTL} | gzip -9 -n >${page}.part
+        COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/packaging/man.sh ${runner} | gzip -9 -n >${page}.part
         COMMAND ${CMAKE_COMMAND} -E rename ${page}.part ${page}
-        DEPENDS boardctl packaging/man.sh)
-    add_custom_target(man ALL DEPENDS ${page})
-    install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT boardctl)
+        DEPENDS ${program} packaging/man.sh packaging/${program}.h2m)
+    install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${program})
+
+    find_program(PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
+    set(completions ${CMAKE_BINARY_DIR}/completions)
+    add_custom_command(OUTPUT ${completions}/${program} ${completions}/_${program}
+        COMMAND ${PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/packaging/completions.py
+            ${runner} ${completions}
+        DEPENDS
+            ${program}
+            packaging/completions.py
+            packaging/completion.bash
+            packaging/completion.zsh)
+    install(FILES ${completions}/${program}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${program})
+    install(FILES ${completions}/_${program}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT ${program})
+    add_custom_target(${program}_reference ALL
+        DEPENDS ${page} ${completions}/${program} ${completions}/_${program})
+endfunction()
+
+if(BOARD_MAN)
+    board_reference(boardctl ${BOARDCTL})
+    if(BOARDWEB)
+        board_reference(boardweb ${BOARDWEB_PROGRAM})
+    endif()
     find_program(GZIP gzip REQUIRED)
     set(profile_page ${CMAKE_BINARY_DIR}/board.toml.5.gz)
     add_custom_command(OUTPUT ${profile_page}
@@ -77,20 +112,4 @@ if(BOARD_MAN)
         DEPENDS packaging/board.toml.5)
     add_custom_target(profile_page ALL DEPENDS ${profile_page})
     install(FILES ${profile_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 COMPONENT boardctl)
-
-    find_program(PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
-    set(completions ${CMAKE_BINARY_DIR}/completions)
-    add_custom_command(OUTPUT ${completions}/boardctl ${completions}/_boardctl
-        COMMAND ${PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/packaging/completions.py
-            ${BOARDCTL} ${completions}
-        DEPENDS
-            boardctl
-            packaging/completions.py
-            packaging/completion.bash
-            packaging/completion.zsh)
-    add_custom_target(completions ALL DEPENDS ${completions}/boardctl ${completions}/_boardctl)
-    install(FILES ${completions}/boardctl
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT boardctl)
-    install(FILES ${completions}/_boardctl
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT boardctl)
 endif()

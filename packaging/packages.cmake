@@ -18,10 +18,12 @@ if(CMAKE_CROSSCOMPILING)
     # cross compiler, which no board has.
     set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE armhf)
     set(runtime "libc6 (>= 2.36), libgcc-s1 (>= 3.5), libstdc++6 (>= 12)")
+    set(web_runtime "libmicrohttpd12 (>= 0.9.75), ${runtime}")
 else()
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/lib)
     set(runtime "")
+    set(web_runtime "")
 endif()
 
 # board_package(GROUP PACKAGE SECTION DEPENDS DESCRIPTION COMPONENT...)
@@ -61,10 +63,21 @@ board_package(boardctl_group boardctl utils "${runtime}"
 reads and sets its devices, builds and edits board descriptors, checks and
 previews LED tables, and simulates a board if you have none."
     boardctl)
+if(BOARDWEB)
+    string(JOIN ", " needs ${web_runtime} "systemd | systemd-standalone-sysusers | systemd-sysusers")
+    board_package(boardweb_group boardweb utils "${needs}"
+"The program boardweb shows the board that boardctl hosts in a browser: LEDs,
+temperature and fan over the last hour, alarms and events. It also serves
+figures to Prometheus. It has no privileges and cannot change the board."
+        boardweb)
+    set(CPACK_DEBIAN_BOARDWEB_GROUP_PACKAGE_RECOMMENDS boardctl)
+endif()
 file(WRITE ${CMAKE_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_GROUP_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/triggers)
-set(CPACK_DEBIAN_BOARDCTL_GROUP_PACKAGE_CONTROL_EXTRA
-    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/postinst
-    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/prerm
-    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/postrm)
+foreach(program boardctl boardweb)
+    string(TOUPPER ${program} upper)
+    set(scripts ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/${program})
+    set(CPACK_DEBIAN_${upper}_GROUP_PACKAGE_CONTROL_EXTRA
+        ${scripts}/postinst ${scripts}/prerm ${scripts}/postrm)
+endforeach()
 include(CPack)

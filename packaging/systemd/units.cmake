@@ -1,15 +1,21 @@
-# Installs the systemd units, each with the path of the boardctl that is installed with it. Runs when
-# the tree is installed, because only then is the prefix known. install.cmake sets `folder`, `made`
-# and `bin`.
+# Installs the systemd units of a program, each with the path of the program that is installed with
+# them. Runs when the tree is installed, because only then is the prefix known. install.cmake sets
+# `program`, `folder`, `made` and `bin`.
 get_filename_component(prefix "${CMAKE_INSTALL_PREFIX}" ABSOLUTE)
-if(prefix STREQUAL /usr)
+set(destination "${CMAKE_INSTALL_PREFIX}/lib/systemd/system")
+if(prefix STREQUAL /usr AND program STREQUAL boardctl)
     # The place of the profile, which the board's owner writes.
     file(MAKE_DIRECTORY $ENV{DESTDIR}/etc/boarddrivers)
 endif()
+if(prefix STREQUAL /usr AND program STREQUAL boardweb)
+    # Changes the host's unit, which then needs the group that a package makes. Without the group the
+    # host could not start.
+    file(INSTALL ${folder}/boardctl.service.d DESTINATION ${destination})
+endif()
 set(bindir ${prefix}/${bin})
-file(GLOB units RELATIVE ${folder} ${folder}/*.in)
+file(GLOB units RELATIVE ${folder} ${folder}/${program}*.in)
 foreach(template ${units})
     string(REGEX REPLACE "\\.in$" "" unit ${template})
     configure_file(${folder}/${template} ${made}/${unit} @ONLY)
-    file(INSTALL ${made}/${unit} DESTINATION "${CMAKE_INSTALL_PREFIX}/lib/systemd/system")
+    file(INSTALL ${made}/${unit} DESTINATION ${destination})
 endforeach()
