@@ -16,7 +16,8 @@ fail() {
 rm -rf "$build/packages"
 (cd "$build" && cpack) >"$build/cpack.log" 2>&1 || fail "cpack failed: $(cat "$build/cpack.log")"
 packages=("$build"/packages/*.deb)
-((${#packages[@]} == 3)) || fail "${#packages[@]} packages (expected libboarddrivers1, libboarddrivers-dev, boardctl)"
+((${#packages[@]} == 4)) ||
+    fail "${#packages[@]} packages (expected libboarddrivers1, libboarddrivers-dev, boardctl, boardweb)"
 
 # Ignores lintian's warnings: some, such as the missing bug number, apply only to packages in
 # Debian.
@@ -30,7 +31,9 @@ dpkg --root="$root" --force-not-root --force-depends --force-architecture --forc
     --log="$root/log" --install "${packages[@]}" >"$build/dpkg.log" 2>&1 || fail "dpkg failed: $(cat "$build/dpkg.log")"
 report=$("${emulator[@]}" "$root/usr/bin/boardctl" --sim info) || fail "boardctl info failed"
 grep -q MacAddress <<<"$report" || fail "boardctl info printed '$report'"
-for page in man1/boardctl.1 man5/board.toml.5; do
+report=$("${emulator[@]}" "$root/usr/bin/boardweb" --version) || fail "boardweb --version failed"
+[[ $report == 'boardweb '* ]] || fail "boardweb --version printed '$report'"
+for page in man1/boardctl.1 man1/boardweb.1 man5/board.toml.5; do
     warnings=$(gzip -dc "$root/usr/share/man/$page.gz" | man --warnings -l - 2>&1 >/dev/null || echo failed)
     [[ -z $warnings ]] || fail "man rejects the manual page $page: $warnings"
 done
@@ -45,17 +48,23 @@ library=$(find "$root" -name libboarddrivers.so.1)
 for file in "${library%.1}" "$root/usr/include/boarddrivers/CBoardDescr.h" \
     "$root/etc/boarddrivers" "$root/usr/lib/tmpfiles.d/boardctl.conf" "$root/usr/share/doc/boardctl/board-guide.md" "$root/usr/share/boarddrivers/tags.schema.json" \
     "$root/usr/share/bash-completion/completions/boardctl" \
-    "$root/usr/share/zsh/vendor-completions/_boardctl"; do
+    "$root/usr/share/zsh/vendor-completions/_boardctl" \
+    "$root/usr/lib/systemd/system/boardctl.service.d/boardweb.conf" \
+    "$root/usr/share/bash-completion/completions/boardweb" \
+    "$root/usr/share/zsh/vendor-completions/_boardweb"; do
     [[ -e $file ]] || fail "there is no $file"
 done
-for file in "$library" "$root/usr/bin/boardctl"; do
+grep -q '^boarddrivers:' "$root/etc/group" || fail "boardweb made no group boarddrivers"
+for file in "$library" "$root"/usr/bin/board{ctl,web}; do
     headers=$(readelf --wide --program-headers --dynamic --dyn-syms "$file")
     for mark in GNU_RELRO BIND_NOW __stack_chk_fail _chk@; do # the last: functions that check their buffers
         grep -q -- "$mark" <<<"$headers" || fail "$(basename "$file") is not hardened: no $mark"
     done
     grep -Eq 'GNU_STACK .* RW +0x' <<<"$headers" || fail "$(basename "$file") is not hardened: its stack can be executed"
 done
-readelf --file-header "$root/usr/bin/boardctl" | grep -q 'Type: *DYN' || fail "boardctl is not position-independent"
+for program in boardctl boardweb; do
+    readelf --file-header "$root/usr/bin/$program" | grep -q 'Type: *DYN' || fail "$program is not position-independent"
+done
 
 # Flash is small on a board. The sum of text, data and bss.
 bytes=$(size "$library" | awk 'NR == 2 { print $4 }')

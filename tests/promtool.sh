@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Lets the checker of Prometheus judge the figures that boardctl prints and the rules in
-# docs/operations.md. Unpacks the checker into FOLDER, unless it is there already, and installs
+# Lets the checker of Prometheus judge the figures that boardctl prints, and the rules and the scrape
+# in docs/operations.md. Unpacks the checker into FOLDER, unless it is there already, and installs
 # nothing: tests/promtool.sh FOLDER BOARDCTL
 set -euo pipefail
 
@@ -28,10 +28,19 @@ pid=$host_PID
 kill "$pid"
 wait "$pid" # it removes its socket
 rm -r "$folder/board"
-# shellcheck disable=SC2016 # these are backticks of Markdown
-sed -n '/^```yaml$/,/^```$/{/^```/!p}' "$page" >"$folder/rules.yml"
-"$promtool" check rules "$folder/rules.yml" >"$folder/rules.log" 2>&1 || {
+
+# block FIRST-WORD: prints the code block of the page that begins with this word.
+block() {
+    awk -v first="$1" '/^```/ { if (index(text, first) == 1) printf "%s", text
+                                text = ""; inside = !inside; next }
+        inside { text = text $0 "\n" }' "$page"
+}
+block groups: >"$folder/rules.yml"
+block scrape_configs: >"$folder/config.yml"
+{ "$promtool" check rules "$folder/rules.yml" && "$promtool" check config "$folder/config.yml"; } \
+    >"$folder/rules.log" 2>&1 || {
     cat "$folder/rules.log" >&2
     exit 1
 }
-echo "promtool accepts the figures and $(grep -c 'alert:' "$folder/rules.yml") rules"
+rules=$(grep -c 'alert:' "$folder/rules.yml")
+echo "promtool accepts the figures, $rules rules and the scrape of $(grep -oE '[0-9.]+:[0-9]+' "$folder/config.yml")"

@@ -41,7 +41,7 @@ product="product abcd "
 
 # The units must name the installed program. The trailing colon adds systemd's own units.
 faults=$(SYSTEMD_UNIT_PATH=$prefix/lib/systemd/system: systemd-analyze verify --man=no boardctl.service \
-    boardctl-metrics.service boardctl-metrics.timer boardctl-button-bridge@event0.service 2>&1 || echo failed)
+    boardweb.service boardctl-metrics.service boardctl-metrics.timer boardctl-button-bridge@event0.service 2>&1 || echo failed)
 [[ -z $faults ]] || fail "systemd rejects a unit: $faults"
 
 # With CMake, which finds the library through the prefix alone.

@@ -22,12 +22,12 @@ fail() {
     exit 1
 }
 
-if ! unshare --mount --pid --fork --ipc --uts --mount-proc true 2>/dev/null; then
+if ! unshare --net --mount --pid --fork --ipc --uts --mount-proc true 2>/dev/null; then
     echo "systemd: skipped: no namespaces for this user on this machine"
     exit 0
 fi
 
-inside() { nsenter --target "$booted" --mount --pid --ipc --uts --root --wdns=/ "$@"; }
+inside() { nsenter --target "$booted" --net --mount --pid --ipc --uts --root --wdns=/ "$@"; }
 
 # until WHAT COMMAND...: tries the command again until it succeeds.
 until_true() {
@@ -43,9 +43,15 @@ mkfifo "$work/never"
 property() { inside systemctl show --property "$1" --value boardctl; }
 is() { [[ $(property "$1") == "$2" ]]; }
 shows() { [[ $(inside cat "/run/board/leds/$1.state") == "$2" ]]; }
+web_has() {
+    # shellcheck disable=SC2016 # expanded by the inner shell
+    [[ $(inside bash -c 'exec 3<>/dev/tcp/127.0.0.1/8411
+        printf "GET %s HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n" "$1" >&3
+        cat <&3' web "$1") == *"$2"* ]]
+}
 journal_has() { inside journalctl --no-pager --unit boardctl | grep -q -- "$1"; }
 
-unshare --mount --pid --fork --ipc --uts --propagation private "$folder/boot.sh" "$packages" "$work" >"$work/log" 2>&1 &
+unshare --net --mount --pid --fork --ipc --uts --propagation private "$folder/boot.sh" "$packages" "$work" >"$work/log" 2>&1 &
 started() { booted=$(pgrep --parent "$1"); }
 until_true "the namespaces have a first process" started $!
 until_true "systemd runs" inside systemctl is-active test.target
@@ -55,6 +61,12 @@ is ActiveState inactive || fail "the package started the service, which has no p
 inside systemctl start boardctl || fail "the service does not start"
 is ActiveState active || fail "the service is $(property ActiveState)"
 until_true "the service says how the board is" is StatusText "7 devices, no alarm"
+
+# A user without privileges, to whom only the host's socket is open.
+inside systemctl --quiet enable --now boardweb || fail "boardweb does not start"
+until_true "boardweb shows the board" web_has /status '"name":"thermal"'
+[[ $(inside ps --no-headers -o user -C boardweb) != root ]] || fail "boardweb runs as root"
+[[ $(inside stat --format %a:%U /tmp/evt.fifo) == 600:root ]] || fail "the LED pipe is not private"
 
 # A device that goes and comes back.
 inside mv /run/board/dev/temperature /run/board/gone
@@ -80,6 +92,10 @@ until_true "the host is ready again" is ActiveState active
 until_true "the LED lit after the watchdog" shows line 1
 
 # An upgrade restarts, a removal stops.
+inside dpkg --purge boardweb >>"$work/log" 2>&1 || fail "the removal of boardweb failed"
+! inside pgrep -x boardweb >/dev/null || fail "boardweb still runs after its removal"
+! inside test -h /etc/systemd/system/multi-user.target.wants/boardweb.service ||
+    fail "boardweb is still enabled after its removal"
 first=$(property MainPID)
 inside sh -c 'dpkg --install /run/packages/boardctl_*.deb' >>"$work/log" 2>&1 || fail "the upgrade failed"
 is ActiveState active || fail "the upgrade stopped the service"
@@ -87,4 +103,4 @@ is ActiveState active || fail "the upgrade stopped the service"
 inside dpkg --purge boardctl >>"$work/log" 2>&1 || fail "the removal failed"
 ! inside pgrep -x boardctl >/dev/null || fail "the host still runs after the removal"
 inside test -e /etc/boarddrivers/board.toml || fail "the removal took the profile"
-echo "started, watched, hung and restarted with its LEDs, upgraded, removed"
+echo "started, watched, shown by boardweb, hung and restarted with its LEDs, upgraded, removed"
