@@ -4,43 +4,51 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/boarddrivers)
-# The framework's libraries have generic names, so they stay out of the system's library folder.
-set(framework_libraries ${CMAKE_INSTALL_LIBDIR}/boarddrivers)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/boarddrivers)
 
+# All libraries are in one folder, and each finds the others there, wherever that folder is.
+set_target_properties(boarddrivers PROPERTIES INSTALL_RPATH $ORIGIN)
 install(TARGETS boarddrivers EXPORT boarddrivers
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
     INCLUDES DESTINATION ${headers})
-set_target_properties(boarddrivers PROPERTIES INSTALL_RPATH $ORIGIN/boarddrivers)
-install(TARGETS framework EXPORT boarddrivers)
+install(TARGETS boarddrivers_framework EXPORT boarddrivers)
 install(DIRECTORY include/ DESTINATION ${headers} COMPONENT development FILES_MATCHING PATTERN *.h)
 install(EXPORT boarddrivers NAMESPACE boarddrivers:: DESTINATION ${package} COMPONENT development)
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/boarddriversConfigVersion.cmake
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/boarddriversConfigVersion.cmake
     COMPATIBILITY SameMajorVersion)
-file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/boarddriversConfig.cmake
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/boarddriversConfig.cmake
     CONTENT "include(CMakeFindDependencyMacro)
 find_dependency(Threads)
 include(\${CMAKE_CURRENT_LIST_DIR}/boarddrivers.cmake)
 " @ONLY)
 install(FILES
-        ${CMAKE_BINARY_DIR}/boarddriversConfig.cmake
-        ${CMAKE_BINARY_DIR}/boarddriversConfigVersion.cmake
+        ${PROJECT_BINARY_DIR}/boarddriversConfig.cmake
+        ${PROJECT_BINARY_DIR}/boarddriversConfigVersion.cmake
     DESTINATION ${package} COMPONENT development)
 
 if(BOARD_PLATFORM_DIR)
     return()
 endif()
 
-install(TARGETS platform EXPORT boarddrivers INCLUDES DESTINATION ${headers}/framework)
-install(TARGETS utility hwutility driverkernel EXPORT boarddrivers
-    LIBRARY DESTINATION ${framework_libraries} COMPONENT framework)
-set_target_properties(utility hwutility driverkernel PROPERTIES INSTALL_RPATH $ORIGIN)
+set(framework boarddrivers_framework_static)
+set(framework_flags -lboarddrivers_framework_static)
+if(BUILD_SHARED_LIBS)
+    set(framework boarddrivers_driverkernel boarddrivers_hwutility boarddrivers_utility)
+    set(framework_flags "-lboarddrivers-driverkernel -lboarddrivers-hwutility -lboarddrivers-utility")
+endif()
+install(TARGETS boarddrivers_platform EXPORT boarddrivers INCLUDES DESTINATION ${headers}/framework)
+set_target_properties(${framework} PROPERTIES INSTALL_RPATH $ORIGIN)
+install(TARGETS ${framework} EXPORT boarddrivers
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        COMPONENT framework NAMELINK_COMPONENT framework-development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT framework-development)
 install(DIRECTORY platform/ DESTINATION ${headers}/framework COMPONENT framework-development
     FILES_MATCHING PATTERN *.h)
 
 file(RELATIVE_PATH up_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(packaging/boarddrivers.pc.in boarddrivers.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/boarddrivers.pc
+install(FILES ${PROJECT_BINARY_DIR}/boarddrivers.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 # board_program(<program>) installs the program and its systemd units.
@@ -48,8 +56,8 @@ function(board_program program)
     install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${program})
     install(CODE "
         set(program ${program})
-        set(folder ${CMAKE_CURRENT_SOURCE_DIR}/packaging/systemd)
-        set(made ${CMAKE_BINARY_DIR}/systemd)
+        set(folder ${PROJECT_SOURCE_DIR}/packaging/systemd)
+        set(made ${PROJECT_BINARY_DIR}/systemd)
         set(bin ${CMAKE_INSTALL_BINDIR})" COMPONENT ${program})
     install(SCRIPT packaging/systemd/units.cmake COMPONENT ${program})
 endfunction()
@@ -75,17 +83,17 @@ install(DIRECTORY docs/images DESTINATION ${documents} COMPONENT boardctl)
 # runner starts the program on the build machine.
 function(board_reference program runner)
     find_program(HELP2MAN help2man REQUIRED)
-    set(page ${CMAKE_BINARY_DIR}/${program}.1.gz)
+    set(page ${PROJECT_BINARY_DIR}/${program}.1.gz)
     add_custom_command(OUTPUT ${page}
-        COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/packaging/man.sh ${runner} | gzip -9 -n >${page}.part
+        COMMAND ${PROJECT_SOURCE_DIR}/packaging/man.sh ${runner} | gzip -9 -n >${page}.part
         COMMAND ${CMAKE_COMMAND} -E rename ${page}.part ${page}
         DEPENDS ${program} packaging/man.sh packaging/${program}.h2m)
     install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${program})
 
     find_program(PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
-    set(completions ${CMAKE_BINARY_DIR}/completions)
+    set(completions ${PROJECT_BINARY_DIR}/completions)
     add_custom_command(OUTPUT ${completions}/${program} ${completions}/_${program}
-        COMMAND ${PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/packaging/completions.py
+        COMMAND ${PYTHON} ${PROJECT_SOURCE_DIR}/packaging/completions.py
             ${runner} ${completions}
         DEPENDS
             ${program}
@@ -106,9 +114,9 @@ if(BOARD_MAN)
         board_reference(boardweb ${BOARDWEB_PROGRAM})
     endif()
     find_program(GZIP gzip REQUIRED)
-    set(profile_page ${CMAKE_BINARY_DIR}/board.toml.5.gz)
+    set(profile_page ${PROJECT_BINARY_DIR}/board.toml.5.gz)
     add_custom_command(OUTPUT ${profile_page}
-        COMMAND ${GZIP} -9 -n -c ${CMAKE_CURRENT_SOURCE_DIR}/packaging/board.toml.5 >${profile_page}
+        COMMAND ${GZIP} -9 -n -c ${PROJECT_SOURCE_DIR}/packaging/board.toml.5 >${profile_page}
         DEPENDS packaging/board.toml.5)
     add_custom_target(profile_page ALL DEPENDS ${profile_page})
     install(FILES ${profile_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 COMPONENT boardctl)

@@ -23,7 +23,7 @@ public:
 
     /// The value of a canonical text such as "D929FF9E-CA63-4E4D-91E4-ABA61F54A9B2". In memory the
     /// first three groups are little-endian: 9e ff 29 d9 63 ca 4d 4e 91 e4 ... In a constant
-    /// expression, a malformed text does not compile.
+    /// expression, a malformed text does not compile; elsewhere, std::invalid_argument is thrown.
     static constexpr Value parse(const char (&text)[37]) {
         constexpr int ORDER[16] = {6, 4, 2, 0, 11, 9, 16, 14, 19, 21, 24, 26, 28, 30, 32, 34};
         Value value{};
@@ -32,7 +32,7 @@ public:
                 static_cast<std::uint8_t>(digit(text[ORDER[i]]) * 16 + digit(text[ORDER[i] + 1]));
         for (int dash : {8, 13, 18, 23})
             if (text[dash] != '-')
-                throw "an identifier's groups are separated by hyphens";
+                refuse();
         return value;
     }
 
@@ -58,8 +58,11 @@ private:
         return c >= '0' && c <= '9'   ? c - '0'
                : c >= 'A' && c <= 'F' ? c - 'A' + 10
                : c >= 'a' && c <= 'f' ? c - 'a' + 10
-                                      : throw "an identifier has hexadecimal digits only";
+                                      : refuse();
     }
+    /// Ends a constant expression, because it is none itself. Otherwise throws
+    /// std::invalid_argument. A `throw` here would not compile in a program without exceptions.
+    static int refuse();
     static Rep* acquire(Rep* rep);
     static void drop(Rep* rep);
 

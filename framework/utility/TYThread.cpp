@@ -10,7 +10,9 @@
 #include <mutex>
 #include <utility>
 
+#if __has_include(<execinfo.h>) // musl has none
 #include <execinfo.h>
+#endif
 #include <pthread.h>
 #include <sched.h>
 #include <sys/syscall.h>
@@ -213,6 +215,7 @@ XCode TYThread::await(const unsigned* milliseconds) {
 XCode TYThread::getBacktrace(String& text) const {
     if (!m_control || waiting::current() != &m_control->state)
         return failure("ONLY A THREAD ITSELF CAN TRACE ITS STACK");
+#if __has_include(<execinfo.h>)
     void* frames[64];
     const int count = backtrace(frames, 64);
     char** const lines = backtrace_symbols(frames, count);
@@ -224,6 +227,10 @@ XCode TYThread::getBacktrace(String& text) const {
     std::free(lines);
     text = trace;
     return XCode();
+#else
+    static_cast<void>(text);
+    return failure("THIS SYSTEM'S C LIBRARY TRACES NO STACKS");
+#endif
 }
 
 XCode TYThread::getSchedulingPolicy(int& policy, int& priority) const {

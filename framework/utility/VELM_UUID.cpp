@@ -1,7 +1,13 @@
 #include "VELM_UUID.h"
 
 #include <cstring>
+#include <stdexcept>
 #include <utility>
+
+int VELM_UUID::refuse() {
+    throw std::invalid_argument("an identifier is malformed (expected hexadecimal digits in groups "
+                                "of 8, 4, 4, 4 and 12, separated by hyphens)");
+}
 
 VELM_UUID::Rep* VELM_UUID::acquire(Rep* rep) {
     if (rep->count.load(std::memory_order_relaxed) != STATIC_COUNT)

@@ -44,16 +44,29 @@ faults=$(SYSTEMD_UNIT_PATH=$prefix/lib/systemd/system: systemd-analyze verify --
     boardweb.service boardctl-metrics.service boardctl-metrics.timer boardctl-button-bridge@event0.service 2>&1 || echo failed)
 [[ -z $faults ]] || fail "systemd rejects a unit: $faults"
 
-# With CMake, which finds the library through the prefix alone.
-build_with "$work/cmake" "$source/tests/install" -DCMAKE_PREFIX_PATH="$prefix"
+# With CMake, which finds the library through the prefix alone. The flags are what careful projects
+# use; -Weffc++ must find nothing in the headers.
+strict="-fno-exceptions -fno-rtti -O2 -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -Weffc++ -Werror"
+build_with "$work/cmake" "$source/tests/install" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_FLAGS="$strict"
 expect "$product" "$work/cmake/consumer" "$image"
+cmake --install "$work/cmake" --prefix "$prefix" >/dev/null
+expect "$product" "$prefix/bin/consumer" "$image"
 
 build_with "$work/example" "$source/examples/host" -DCMAKE_PREFIX_PATH="$prefix"
 
 # With pkg-config.
 read -ra flags <<<"$(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --cflags --libs boarddrivers)"
+[[ ${flags[*]} != *rpath* ]] || fail "pkg-config gives programs a search path: ${flags[*]}"
 g++ -std=c++17 -Wall -Wextra -Werror "$source/tests/install/consumer.cpp" -o "$work/consumer" "${flags[@]}"
-expect "$product" "$work/consumer" "$image"
+LD_LIBRARY_PATH=$libraries expect "$product" "$work/consumer" "$image"
+echo "installed: CMake with strict flags, the installed consumer, the example, pkg-config"
+
+# Moved elsewhere as a whole, the installed consumer still finds the libraries beside it.
+cp -a "$prefix" "$work/moved"
+mv "$prefix" "$work/away"
+expect "$product" "$work/moved/bin/consumer" "$image"
+mv "$work/away" "$prefix"
+echo "copied root: the installed consumer runs"
 
 # Each installed header must compile alone.
 for header in "$prefix"/include/boarddrivers/*.h "$prefix"/include/boarddrivers/framework/*.h; do
@@ -75,6 +88,23 @@ cmake --install "$work/alone" --prefix "$work/apart" >/dev/null
 [[ -z $(find "$work/apart" -name '*utility*') ]] || fail "the library alone also installs a framework"
 build_with "$work/apart-cmake" "$source/tests/install" -DCMAKE_PREFIX_PATH="$work/apart"
 # On a board the loader finds the framework in the default folders.
-LD_LIBRARY_PATH=$(dirname "$(find "$framework" -name libutility.so)") \
+LD_LIBRARY_PATH=$(dirname "$(find "$framework" -name libboarddrivers-utility.so)") \
     expect "$product" "$work/apart-cmake/consumer" "$image"
-echo "installed copy: CMake, the example, pkg-config, headers, loading by name, a separate framework"
+grep -qx 'CMAKE_BUILD_TYPE:STRING=RelWithDebInfo' "$work/alone/CMakeCache.txt" ||
+    fail "a build without a build type is not optimized"
+echo "headers alone, loading by name, a separate framework"
+
+# Without shared libraries.
+build_with "$work/archives" "$source" -DBUILD_SHARED_LIBS=OFF -DBOARD_TOOLS=OFF
+cmake --install "$work/archives" --prefix "$work/static" >/dev/null
+build_with "$work/static-cmake" "$source/tests/install" -DCMAKE_PREFIX_PATH="$work/static"
+expect "$product" "$work/static-cmake/consumer" "$image"
+! readelf --dynamic "$work/static-cmake/consumer" | grep boarddrivers || fail "the static build needs a shared library"
+echo "static build: the consumer contains the library"
+
+# As a part of another project.
+build_with "$work/whole" "$source/tests/install/subproject" -DBOARDDRIVERS_SOURCE="$source"
+expect "$product" "$work/whole/consumer" "$image"
+cmake --install "$work/whole" --prefix "$work/whole-installed" >/dev/null
+[[ -z $(find "$work/whole-installed" -type f) ]] || fail "a project that contains the library installs it unasked"
+echo "subproject: the library alone is built"
