@@ -1,10 +1,12 @@
-# Makes the header-only packages of the build machine usable for every target machine. The folder
-# that holds them (/usr/include) also holds the C library's headers, which are wrong for a cross
-# compiler. The build tree therefore has a folder for each package, with a link to its headers.
+# Finds header-only packages, those of the target machine first, and otherwise those of the build
+# machine. The folder that holds the latter (/usr/include) also holds the C library's headers, which
+# are wrong for a cross compiler. The build tree therefore has a folder for each package, with a link
+# to its headers.
 function(board_header_only name header)
+    find_path(${name}_FOLDER ${header})
     find_path(${name}_FOLDER ${header} REQUIRED NO_CMAKE_FIND_ROOT_PATH)
     get_filename_component(folder ${header} DIRECTORY)
-    set(view ${CMAKE_BINARY_DIR}/headers/${name})
+    set(view ${PROJECT_BINARY_DIR}/headers/${name})
     file(MAKE_DIRECTORY ${view})
     file(CREATE_LINK ${${name}_FOLDER}/${folder} ${view}/${folder} SYMBOLIC)
     add_library(${name} INTERFACE)
