@@ -8,6 +8,8 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <sched.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 
 #include "base/Error.h"
@@ -65,6 +67,60 @@ std::string writersOf(mode_t permissions) {
     return (permissions & S_IWGRP) != 0 ? "its owner and group" : "its owner alone";
 }
 
+/// The writing end of the pipe, for one line.
+FileDescriptor openToSend() {
+    const FileKind kind = kindOf(std::string(LED_PIPE));
+    if (kind == FileKind::MISSING) {
+        if (errno == ENOENT)
+            fail("the pipe does not exist, so no LED service is running (`boardctl run` starts "
+                 "one)");
+        failWithReason("can't examine the pipe");
+    }
+    if (kind != FileKind::PIPE)
+        fail(NOT_A_PIPE);
+    FileDescriptor pipe = tryOpenPipe(O_WRONLY);
+    if (!pipe.isOpen()) {
+        if (errno == ENXIO)
+            fail("nobody reads the pipe, so no LED service is running (`boardctl run` starts one)");
+        if (errno == EACCES)
+            fail("no permission to write: " + writersOf(permissionsOfPipe()) + " may");
+        failWithReason("can't open the pipe");
+    }
+    if (kindOf(pipe) != FileKind::PIPE)
+        fail(NOT_A_PIPE);
+    return pipe;
+}
+
+/// Whether this sender alone may look and write now; it gives the turn back when it closes the
+/// pipe. A record lock, because the reader holds the pipe with flock.
+bool tryTakeTurn(const FileDescriptor& pipe) {
+    struct flock turn {};
+    turn.l_type = F_WRLCK;
+    turn.l_whence = SEEK_SET;
+    if (::fcntl(pipe.number(), F_OFD_SETLK, &turn) == 0)
+        return true;
+    if (errno != EAGAIN)
+        failWithReason("can't lock the pipe");
+    return false;
+}
+
+/// Writes the bytes if no other sender does so now and at most `mostWaiting` bytes have not been
+/// read. Opens the pipe for each try, because its reader may have ended or replaced it.
+bool trySend(const std::string& bytes, std::size_t mostWaiting) {
+    const FileDescriptor pipe = openToSend();
+    if (!tryTakeTurn(pipe))
+        return false;
+    int waiting = 0;
+    if (::ioctl(pipe.number(), FIONREAD, &waiting) != 0)
+        failWithReason("can't examine the pipe");
+    if (static_cast<std::size_t>(waiting) > mostWaiting)
+        return false;
+    const ssize_t written = tryWrite(pipe, bytes.data(), bytes.size());
+    if (written != static_cast<ssize_t>(bytes.size())) // writes up to PIPE_BUF are atomic
+        failWithReason("can't write to the pipe");
+    return true;
+}
+
 /// False if the kernel has no such setting.
 bool isSwitchedOff(const std::string& setting) {
     return tryReadLine("/proc/sys/fs/" + setting) == "0";
@@ -85,31 +141,24 @@ std::string ledLine(const std::string& word1, const std::string& word2,
 }
 
 void sendLedLine(const std::string& line) {
-    const FileKind kind = kindOf(std::string(LED_PIPE));
-    if (kind == FileKind::MISSING) {
-        if (errno == ENOENT)
-            fail("the pipe does not exist, so no LED service is running (`boardctl run` starts "
-                 "one)");
-        failWithReason("can't examine the pipe");
+    constexpr int MOST_TRIES = 100; // a turn lasts some microseconds
+    for (int tries = 0; tries < MOST_TRIES; ++tries) {
+        if (trySend(line + "\n", MAX_LED_LINE - line.size() - 1))
+            return;
+        ::sched_yield();
     }
-    if (kind != FileKind::PIPE)
-        fail(NOT_A_PIPE);
-    const FileDescriptor pipe = tryOpenPipe(O_WRONLY);
-    if (!pipe.isOpen()) {
-        if (errno == ENXIO)
-            fail("nobody reads the pipe, so no LED service is running (`boardctl run` starts one)");
-        if (errno == EACCES)
-            fail("no permission to write: " + writersOf(permissionsOfPipe()) + " may");
-        failWithReason("can't open the pipe");
+    fail("the pipe holds lines that its reader has not read yet, and '" + line + "' does not fit");
+}
+
+void sendLedLineInTurn(const std::string& line, const std::function<bool()>& pause) {
+    for (unsigned pauses = 0; pauses < LED_TURN_TICKS * LED_PAUSES_PER_TICK; ++pauses) {
+        if (trySend(line + "\n", 0))
+            return;
+        if (!pause())
+            fail("'" + line + "' was not sent: interrupted while other lines were in the pipe");
     }
-    if (kindOf(pipe) != FileKind::PIPE)
-        fail(NOT_A_PIPE);
-    const std::string bytes = line + "\n";
-    const ssize_t written = tryWrite(pipe, bytes.data(), bytes.size());
-    if (written < 0 && errno == EAGAIN)
-        fail("the pipe is full: its reader can't keep up");
-    if (written != static_cast<ssize_t>(bytes.size())) // writes up to PIPE_BUF are atomic
-        failWithReason("can't write to the pipe");
+    fail("'" + line + "' was not sent: other lines were in the pipe for " +
+         std::to_string(LED_TURN_TICKS) + " ticks (their reader can't keep up)");
 }
 
 LedPipeClaim::LedPipeClaim() {

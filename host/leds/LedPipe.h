@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -23,10 +24,21 @@ constexpr std::size_t MAX_LED_LINE = 80;
 std::string ledLine(const std::string& word1, const std::string& word2,
                     std::optional<std::int32_t> number);
 
-/// Writes `line` and a newline into the pipe in one piece, without waiting. Throws Error if the
-/// pipe does not exist, is full, has no reader or may not be written by this user, and if its path
-/// leads to something other than a pipe.
+/// Writes `line`, made by ledLine, and a newline into the pipe in one piece, without waiting.
+/// Throws Error if the pipe does not exist, has no reader or may not be written by this user, if
+/// its path leads to something other than a pipe, and if the next read would cut the line because
+/// of what is in the pipe already.
 void sendLedLine(const std::string& line);
+
+/// The same, but takes turns with other senders: writes only while the pipe is empty, so that the
+/// next read can't cut the line whatever others have written. Until then, calls `pause`, which
+/// waits for a quarter of a tick and returns false to give up. Throws Error, saying that the line
+/// was not sent, if `pause` returns false or the pipe was not empty for LED_TURN_TICKS ticks.
+void sendLedLineInTurn(const std::string& line, const std::function<bool()>& pause);
+
+constexpr unsigned LED_PAUSES_PER_TICK = 4;
+/// One line per tick can be sent in turn, so this is also how many senders can wait at once.
+constexpr unsigned LED_TURN_TICKS = 300;
 
 /// Another service reads the pipe.
 struct LedPipeInUse : Error {

@@ -261,8 +261,10 @@ ppoll(Waited* files, unsigned long count, const timespec* span, const void* mask
     const bool isReal = std::any_of(files, files + count, isSocket);
     timespec wait = isReal && span ? *span : timespec{};
     const long ready = ::syscall(SYS_ppoll, files, count, span ? &wait : nullptr, mask, MASK_SIZE);
-    if (ready == 0 && !isReal)
+    if (ready == 0 && !isReal) {
         s_leapt += span->tv_sec * SECOND + span->tv_nsec;
+        ::syscall(SYS_sched_yield); // the program may wait for what another one does
+    }
     return static_cast<int>(ready);
 }
 

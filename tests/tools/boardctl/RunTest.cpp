@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <regex>
@@ -214,6 +215,28 @@ boardctl: leds: /tmp/evt.fifo: the pipe is in use: another LED service reads it;
         "[0-9-]{10}T[0-9:]{8}\\.[0-9]{3}[+-][0-9]{4} button (pressed|released, held [0-9.e-]+ s)");
     const std::sregex_iterator first(outcome.out.begin(), outcome.out.end(), stamped);
     EXPECT_EQ(std::distance(first, {}), 30) << outcome.out;
+}
+
+// Two such lines do not fit into one read of the pipe.
+TEST_F(HostedBoard, ReadsEveryLineOfManySendersInTheOrderOfEachSender) {
+    constexpr int SENDERS = TESTS_ARE_SLOW ? 5 : 20, LINES = 10;
+    expectTranscript(m_dir, "\n$ sed -i 's/^tick_ms = .*/tick_ms = 1/' sim/board.toml\n");
+    Program run(words({"run", "--format", "json"}));
+    ASSERT_TRUE(run.waitForOutput("\"ready\""));
+    expectTranscript(
+        m_dir, "\n$ lines() { for j in `seq " + std::to_string(LINES) +
+                   "`; do boardctl leds send a-line-of-some-forty-bytes-from-sender $1 $j; done; "
+                   "}; for i in `seq " +
+                   std::to_string(SENDERS) +
+                   "`; do lines $i & done; wait; boardctl leds send no more\n");
+    ASSERT_TRUE(run.waitForOutput("\"no more\""));
+    run.signalUntilEnded(SIGTERM);
+    const std::string printed = run.finish().out;
+    std::vector<int> next(SENDERS + 1, 1);
+    const std::regex line("\"line\":\"a-line-of-some-forty-bytes-from-sender ([0-9]+) ([0-9]+)\"");
+    for (std::sregex_iterator each(printed.begin(), printed.end(), line), end; each != end; ++each)
+        EXPECT_EQ(std::stoi((*each)[2]), next.at(std::stoul((*each)[1]))++) << each->str();
+    EXPECT_EQ(std::count(next.begin() + 1, next.end(), LINES + 1), SENDERS) << printed;
 }
 
 TEST_F(HostedBoard, EndsWhenAskedEvenIfNobodyReadsWhatItPrints) {

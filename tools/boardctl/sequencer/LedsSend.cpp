@@ -1,3 +1,4 @@
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -8,9 +9,11 @@
 #include "leds/LedPipe.h"
 #include "leds/LedRow.h"
 #include "output/Json.h"
+#include "output/Progress.h"
 #include "program/Command.h"
 #include "program/Commands.h"
 #include "program/Help.h"
+#include "program/StopSignals.h"
 #include "program/WordChecks.h"
 #include "sequencer/LedTables.h"
 
@@ -32,6 +35,16 @@ std::unique_ptr<BoardProfile> namedBoard(const Options& options) {
     }
 }
 
+/// Waits for as long as the sequencer may need to read what others have sent.
+void sendInTurn(const std::string& line, std::chrono::duration<double> tick) {
+    Progress progress(tick.count() * board::LED_TURN_TICKS);
+    board::sendLedLineInTurn(line, [&] {
+        const double seconds = tick.count() / board::LED_PAUSES_PER_TICK;
+        return !progress.waitUntil(StopSignals::Clock::now() + StopSignals::spanOf(seconds),
+                                   "waiting until the lines of others have been read");
+    });
+}
+
 int send(const Options& options, const SendWords& words) {
     std::string line;
     try {
@@ -39,11 +52,14 @@ int send(const Options& options, const SendWords& words) {
     } catch (const std::invalid_argument& error) {
         throw WrongCall(error.what());
     }
-    if (const auto board = namedBoard(options))
-        if (!board::hasRow(ledTablesOf(*board), words.word1, words.word2, words.number))
+    board::LedSequencerProfile tables; // for its usual tick, if no board is named
+    if (const auto board = namedBoard(options)) {
+        tables = ledTablesOf(*board);
+        if (!board::hasRow(tables, words.word1, words.word2, words.number))
             throw board::Error(board->profilePath() + ": no row of [leds] matches '" + line +
                                "', so it was not sent");
-    board::sendLedLine(line);
+    }
+    sendInTurn(line, std::chrono::milliseconds(tables.tickMs));
     if (options.json)
         printJson({{"sent", line}});
     return DONE;
