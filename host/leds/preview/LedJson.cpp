@@ -1,5 +1,7 @@
 #include "leds/preview/LedJson.h"
 
+#include <utility>
+
 #include "leds/LedRow.h"
 
 namespace board {
@@ -27,12 +29,13 @@ ordered_json segmentJson(const LedSegment& segment, const LedWaves& waves) {
     return json;
 }
 
-ordered_json ledJson(const LedWave& led, const LedWaves& waves) {
+/// Takes the wave, which may be long, out of `led`.
+ordered_json ledJson(LedWave& led, const LedWaves& waves) {
     const char* const color = colorName(led.color);
     ordered_json json = {{"mask", led.mask},
                          {"name", led.name},
                          {"color", color ? ordered_json(color) : ordered_json()},
-                         {"wave", led.wave},
+                         {"wave", std::move(led.wave)},
                          {"segments", ordered_json::array()}};
     for (const LedSegment& segment : led.segments)
         json["segments"].push_back(segmentJson(segment, waves));
@@ -57,9 +60,9 @@ const char* lightWord(LedLight light) {
     return "none";
 }
 
-ordered_json toJson(const LedWaves& waves) {
+ordered_json toJson(LedWaves waves) {
     ordered_json leds = ordered_json::array(), events = ordered_json::array();
-    for (const LedWave& led : waves.leds)
+    for (LedWave& led : waves.leds)
         leds.push_back(ledJson(led, waves));
     for (const LedLine& line : waves.lines)
         if (line.tick < waves.ticks)
@@ -67,7 +70,10 @@ ordered_json toJson(const LedWaves& waves) {
                               {"ms", std::uint64_t{line.tick} * waves.tickMs},
                               {"line", line.line},
                               {"row", line.row ? ordered_json(*line.row) : ordered_json()}});
-    return {{"ticks", waves.ticks}, {"tick_ms", waves.tickMs}, {"leds", leds}, {"events", events}};
+    return {{"ticks", waves.ticks},
+            {"tick_ms", waves.tickMs},
+            {"leds", std::move(leds)},
+            {"events", std::move(events)}};
 }
 
 } // namespace board

@@ -12,7 +12,7 @@ namespace board {
 /// has "from" and "to" (the first tick after it), what drives the LED ("row", the row's index;
 /// "words"; "light", one of none, steady, blink, flash and roll; "timed") and what is "covered", in
 /// the same words. An event has "tick", "ms", "line" and "row", null if the line names none.
-nlohmann::ordered_json toJson(const LedWaves& waves);
+nlohmann::ordered_json toJson(LedWaves waves);
 
 /// The word for it in JSON.
 const char* lightWord(LedLight light);

@@ -88,43 +88,82 @@ private:
     bool m_isOpen = false;
 };
 
+/// The profile for a sequencer that writes to no files.
+LedSequencerProfile withoutFiles(LedSequencerProfile profile) {
+    if (profile.tickUs() == 0)
+        throw Error(profile.place + ".tick_ms: " + std::to_string(profile.tickMs) +
+                    " is not a usable tick period (expected 1 to 4294967)");
+    profile.access = LedCtrl::ACCESS_NONE;
+    return profile;
+}
+
 } // namespace
 
-LedWaves previewLeds(const LedSequencerProfile& given, unsigned ticks, std::vector<LedLine> lines) {
-    if (given.tickUs() == 0)
-        throw Error(given.place + ".tick_ms: " + std::to_string(given.tickMs) +
-                    " is not a usable tick period (expected 1 to 4294967)");
-    std::stable_sort(lines.begin(), lines.end(),
-                     [](const LedLine& a, const LedLine& b) { return a.tick < b.tick; });
-    LedSequencerProfile profile = given;
-    profile.access = LedCtrl::ACCESS_NONE;
-    const LedTable table(profile);
-    SteppedLedCtrl sequencer(profile, table);
-    LedWaves waves{ticks, profile.tickMs, {}, std::move(lines), profile.commands};
-    for (const Led& led : table.leds())
-        waves.leds.push_back({led.mask, led.name, std::string(ticks, '0'), led.color});
-    std::vector<LedSegments> segments(waves.leds.size());
+/// A sequencer and the lines that it is given.
+struct LedSequence {
+    LedSequence(const LedSequencerProfile& given, unsigned ticks, std::vector<LedLine> lines)
+        : profile(withoutFiles(given)), table(profile), sequencer(profile, table),
+          waves{ticks, given.tickMs, {}, std::move(lines), given.commands} {
+        std::stable_sort(waves.lines.begin(), waves.lines.end(),
+                         [](const LedLine& a, const LedLine& b) { return a.tick < b.tick; });
+        for (const Led& led : table.leds())
+            waves.leds.push_back({led.mask, led.name, "", led.color});
+        sequencer.runDefaults();
+        for (LedLine& each : waves.lines)
+            each.row = sequencer.rowOf(each.line);
+    }
 
-    sequencer.runDefaults();
-    for (LedLine& line : waves.lines)
-        line.row = sequencer.rowOf(line.line);
-    auto next = waves.lines.cbegin();
+    /// Runs the next tick and returns the LEDs that are lit in it.
+    std::uint32_t step() {
+        for (; line < waves.lines.size() && waves.lines[line].tick <= tick; ++line)
+            sequencer.run(waves.lines[line].line);
+        ++tick;
+        return sequencer.step();
+    }
+
+    const LedSequencerProfile profile;
+    const LedTable table;
+    SteppedLedCtrl sequencer;
+    LedWaves waves; ///< without what the LEDs show
+    unsigned tick = 0;
+    std::size_t line = 0; ///< the first one that has not been run
+};
+
+LedPreviewRun::LedPreviewRun(const LedSequencerProfile& profile, unsigned ticks,
+                             std::vector<LedLine> lines)
+    : m_sequence(std::make_unique<LedSequence>(profile, ticks, std::move(lines))) {}
+
+LedPreviewRun::~LedPreviewRun() = default;
+
+const LedWaves& LedPreviewRun::waves() const {
+    return m_sequence->waves;
+}
+
+std::uint32_t LedPreviewRun::next() {
+    return m_sequence->step();
+}
+
+LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
+                     std::vector<LedLine> lines) {
+    LedSequence sequence(profile, ticks, std::move(lines));
+    LedWaves& waves = sequence.waves;
+    for (LedWave& led : waves.leds)
+        led.wave.assign(ticks, '0');
+    std::vector<LedSegments> segments(waves.leds.size());
     for (unsigned tick = 0; tick < ticks; ++tick) {
-        for (; next != waves.lines.cend() && next->tick <= tick; ++next)
-            sequencer.run(next->line);
-        const std::uint32_t output = sequencer.step();
+        const std::uint32_t output = sequence.step();
         for (LedWave& led : waves.leds)
             if ((output & led.mask) != 0)
                 led.wave[tick] = '1';
-        if (!sequencer.mayDriveOthers())
+        if (!sequence.sequencer.mayDriveOthers())
             continue;
-        const std::vector<LedExplanation> explanations = sequencer.explainNow();
+        const std::vector<LedExplanation> explanations = sequence.sequencer.explainNow();
         for (std::size_t i = 0; i < segments.size(); ++i)
             segments[i].add(tick, explanations[i], profile);
     }
     for (std::size_t i = 0; i < segments.size(); ++i)
         waves.leds[i].segments = segments[i].finish(ticks);
-    return waves;
+    return std::move(waves);
 }
 
 std::vector<LedLight> hiddenLights(const LedSegment& segment) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -73,8 +74,30 @@ struct LedWaves {
 
 /// Runs the real sequencer with the tables of `profile` for `ticks` ticks, without waiting and
 /// without its pipe and files. Throws Error for a tick period that the sequencer rejects.
+///
+/// The result has a character for each LED and tick. LedPreviewRun takes memory for one tick only.
 LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
                      std::vector<LedLine> lines);
+
+struct LedSequence;
+
+/// The same, tick by tick.
+class LedPreviewRun {
+public:
+    LedPreviewRun(const LedSequencerProfile& profile, unsigned ticks, std::vector<LedLine> lines);
+    ~LedPreviewRun();
+    LedPreviewRun(const LedPreviewRun&) = delete;
+    LedPreviewRun& operator=(const LedPreviewRun&) = delete;
+
+    /// The LEDs without their waves and segments, and everything else.
+    const LedWaves& waves() const;
+
+    /// The LEDs that are lit in the next tick; the first call is about tick 0.
+    std::uint32_t next();
+
+private:
+    const std::unique_ptr<LedSequence> m_sequence;
+};
 
 /// For each tick of `segment`, the light that all else hides. NONE in a tick without a cover.
 std::vector<LedLight> hiddenLights(const LedSegment& segment);

@@ -37,8 +37,6 @@ std::vector<LedCover> joined(std::vector<LedCover> covers) {
     return result;
 }
 
-constexpr unsigned TICKS_A_PIECE = 60;
-
 /// A ruler with a number every ten ticks.
 std::string ruler(unsigned begin, unsigned end, std::uint64_t unit) {
     std::string line;
@@ -46,27 +44,6 @@ std::string ruler(unsigned begin, unsigned end, std::uint64_t unit) {
         line = padded(line, tick - begin) + (line.size() > tick - begin ? " " : "") +
                std::to_string(tick * unit);
     return line;
-}
-
-std::string piece(const LedWaves& waves, unsigned begin, unsigned end) {
-    const std::size_t width = std::max<std::size_t>(longestName(waves), 4) + 2;
-    std::string text = padded("tick", width) + ruler(begin, end, 1) + "\n" + padded("ms", width) +
-                       ruler(begin, end, waves.tickMs) + "\n";
-    std::string marks, list;
-    for (const LedLine& line : waves.lines)
-        if (line.tick >= begin && line.tick < end) {
-            marks = padded(marks, line.tick - begin).substr(0, line.tick - begin) + "v";
-            list += "  v " + lineText(waves, line) + "\n";
-        }
-    if (!marks.empty())
-        text += padded("", width) + marks + "\n";
-    for (const LedWave& led : waves.leds) {
-        std::string row = led.wave.substr(begin, end - begin);
-        std::replace(row.begin(), row.end(), '1', '#');
-        std::replace(row.begin(), row.end(), '0', '.');
-        text += padded(led.name, width) + row + "\n";
-    }
-    return text + list;
 }
 
 } // namespace
@@ -121,13 +98,29 @@ std::string cutTo(std::size_t columns, const std::string& text) {
     return cut + "\u2026";
 }
 
-std::string ledsToText(const LedWaves& given) {
-    const LedWaves waves = printableWaves(given);
-    std::string text;
-    for (unsigned begin = 0; begin < waves.ticks; begin += TICKS_A_PIECE)
-        text +=
-            (begin ? "\n" : "") + piece(waves, begin, std::min(waves.ticks, begin + TICKS_A_PIECE));
-    return text;
+LedSections::LedSections(const LedWaves& waves)
+    : m_waves(printableWaves(waves)),
+      m_width(std::max<std::size_t>(longestName(m_waves), sizeof "tick" - 1) + 2) {}
+
+std::string LedSections::next(std::vector<std::string> waves) {
+    const unsigned begin = m_begin, end = std::min(m_waves.ticks, begin + TICKS);
+    std::string text = (begin > 0 ? "\n" : "") + padded("tick", m_width) + ruler(begin, end, 1) +
+                       "\n" + padded("ms", m_width) + ruler(begin, end, m_waves.tickMs) + "\n";
+    std::string marks, list;
+    for (; m_line < m_waves.lines.size() && m_waves.lines[m_line].tick < end; ++m_line) {
+        const unsigned place = m_waves.lines[m_line].tick - begin;
+        marks = padded(marks, place).substr(0, place) + "v";
+        list += "  v " + lineText(m_waves, m_waves.lines[m_line]) + "\n";
+    }
+    if (!marks.empty())
+        text += padded("", m_width) + marks + "\n";
+    for (std::size_t led = 0; led < waves.size(); ++led) {
+        std::replace(waves[led].begin(), waves[led].end(), '1', '#');
+        std::replace(waves[led].begin(), waves[led].end(), '0', '.');
+        text += padded(m_waves.leds[led].name, m_width) + waves[led] + "\n";
+    }
+    m_begin = end;
+    return text + list;
 }
 
 std::string tickText(const LedWaves& waves, unsigned tick) {

@@ -1,14 +1,30 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "leds/preview/LedPreview.h"
 
 namespace board {
 
-/// The waves as text: one row of marks per LED below a ruler in ticks and milliseconds, in sections
+/// A preview as text: one row of marks per LED below a ruler in ticks and milliseconds, in sections
 /// that fit on a terminal. Control characters in names and command lines become escapes.
-std::string ledsToText(const LedWaves& waves);
+class LedSections {
+public:
+    static constexpr unsigned TICKS = 60; ///< of each section but the last
+
+    /// Uses all that `waves` has, except for what the LEDs show.
+    explicit LedSections(const LedWaves& waves);
+
+    /// The next section. `waves` are what each LED shows in its ticks, as in LedWave::wave.
+    std::string next(std::vector<std::string> waves);
+
+private:
+    const LedWaves m_waves;
+    const std::size_t m_width; ///< of the names
+    unsigned m_begin = 0;      ///< of the next section
+    std::size_t m_line = 0;    ///< the first one that has not been shown
+};
 
 /// "tick 4, 400 ms:"
 std::string tickText(const LedWaves& waves, unsigned tick);

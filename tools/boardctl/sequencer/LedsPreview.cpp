@@ -98,6 +98,25 @@ std::vector<board::TimedLedLine> linesOf(const PreviewWords& words) {
     return lines;
 }
 
+/// Prints each section as soon as it is known, because a long preview may not fit into memory.
+void printSections(const board::LedSequencerProfile& profile, unsigned ticks,
+                   std::vector<board::LedLine> lines) {
+    board::LedPreviewRun run(profile, ticks, std::move(lines));
+    const std::vector<board::LedWave>& leds = run.waves().leds;
+    warnOfLines(run.waves());
+    board::LedSections sections(run.waves());
+    for (unsigned tick = 0; tick < ticks && std::cout;) {
+        std::vector<std::string> waves(leds.size());
+        const unsigned end = std::min(ticks, tick + board::LedSections::TICKS);
+        for (; tick < end; ++tick) {
+            const std::uint32_t lit = run.next();
+            for (std::size_t i = 0; i < leds.size(); ++i)
+                waves[i] += (lit & leds[i].mask) != 0 ? '1' : '0';
+        }
+        std::cout << sections.next(std::move(waves));
+    }
+}
+
 int preview(const Options& options, const PreviewWords& words) {
     checkWords(options, words);
     const std::vector<board::TimedLedLine> timed = linesOf(words);
@@ -110,18 +129,22 @@ int preview(const Options& options, const PreviewWords& words) {
     if (options.html && ticks > MOST_PAGE_TICKS)
         throw WrongCall("--format html: " + std::to_string(ticks) + " ticks (expected at most " +
                         std::to_string(MOST_PAGE_TICKS) + ": a browser can't hold more)");
-    const board::LedWaves waves = board::previewLeds(profile, ticks, std::move(lines));
+    if (!words.plays && !options.json && !options.html && !options.svg) {
+        printSections(profile, ticks, std::move(lines));
+        return DONE;
+    }
+    board::LedWaves waves = board::previewLeds(profile, ticks, std::move(lines));
     warnOfLines(waves);
     if (words.plays)
         return playLeds(waves, words.speed.value_or(1));
     if (options.json)
-        printJson(board::toJson(waves));
+        printJson(board::toJson(std::move(waves)));
     else if (options.html)
         std::cout << board::ledsToHtml(profile, waves,
                                        options.sim ? "a simulated board" : //
                                            board.profilePath());
     else
-        std::cout << (options.svg ? board::ledsToSvg(waves) : board::ledsToText(waves));
+        std::cout << board::ledsToSvg(waves);
     return DONE;
 }
 
