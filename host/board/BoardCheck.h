@@ -24,10 +24,11 @@ struct BoardFinding {
 /// Looks whether a host could use the devices that a profile names: whether they exist, are the
 /// right kind of file, can be read, hold a value that devices of their kind can have, and may be
 /// written if a host writes to them. What is only doubtful about LED tables and their files is left
-/// out. Nothing is written or opened for writing.
+/// out. Nothing is written or opened for writing. The list of hardware monitors is read once.
 class BoardCheck {
 public:
-    explicit BoardCheck(DeviceLocator locator = DeviceLocator()) : m_locator(std::move(locator)) {}
+    explicit BoardCheck(const DeviceLocator& locator = DeviceLocator())
+        : m_locator(locator.readingOnce()) {}
 
     /// Everything in a profile: the devices and files, the LED tables and what the descriptor's
     /// device holds. Empties the process's preferences, so no host may exist meanwhile.

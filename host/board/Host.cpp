@@ -1,7 +1,5 @@
 #include "board/Host.h"
 
-#include <algorithm>
-
 #include <fcntl.h>
 
 #include "CLedControl.h"
@@ -65,18 +63,19 @@ const char* kindName(DeviceKind kind) {
 
 Host::Host(const Profile& profile, const DeviceChoice& choice, const DeviceLocator& locator)
     : m_locator(locator) {
+    const DeviceLocator search = m_locator.readingOnce();
     for (const FanProfile& fan : profile.fans)
         if (choice.includes(DeviceKind::FAN, fan.name))
-            addFan(fan);
+            addFan(fan, search);
     for (const ThermalProfile& sensor : profile.thermals)
         if (choice.includes(DeviceKind::THERMAL, sensor.name))
-            addThermal(sensor);
+            addThermal(sensor, search);
     for (const PowerProfile& power : profile.powers)
         if (choice.includes(DeviceKind::POWER, power.name))
-            addPower(power);
+            addPower(power, search);
     for (const LedDeviceProfile& led : profile.leds)
         if (choice.includes(DeviceKind::LED, led.name))
-            addLed(led);
+            addLed(led, search);
     if (profile.descriptor && choice.includes(DeviceKind::DESCRIPTOR, DESCRIPTOR_DRIVER))
         addDescriptor(*profile.descriptor);
     PREFERENCES::CLEAR(); // the process has one store: an earlier board may have filled it
@@ -94,7 +93,7 @@ Host::~Host() {
 
 const Device* Host::find(const std::string& name) const {
     const auto found = m_places.find(name);
-    return found != m_places.end() ? &m_devices[found->second] : nullptr;
+    return found != m_places.end() ? &m_devices[found->second.device] : nullptr;
 }
 
 std::optional<std::string> Host::faultOf(const std::string& name) const {
@@ -120,17 +119,17 @@ std::vector<std::string> Host::giveBack() const {
     return faults;
 }
 
-void Host::locate(Device& device, const DeviceProfile& entry) const {
+void Host::locate(Device& device, const DeviceProfile& entry, const DeviceLocator& locator) {
     device.fault.reset();
     device.tachPath.clear();
     try {
         if (device.tach)
-            device.tachPath = m_locator.locate(device.tach->path);
+            device.tachPath = locator.locate(device.tach->path);
     } catch (const Error&) { // a reading reports it
     }
     try {
         withPlaceInErrors(entry.device, [&](const std::string& named) {
-            device.path = m_locator.locate(named);
+            device.path = locator.locate(named);
             expectDeviceFile(device.path);
         });
     } catch (const Error& error) {
@@ -143,8 +142,9 @@ void Host::locate(Device& device, const DeviceProfile& entry) const {
 
 void Host::connect(Device device, const DeviceProfile& entry, CKernelDriver* driver,
                    std::vector<MxMsg> answers) {
+    const std::size_t connection = m_connections.size();
     connect(m_connections.emplace_back(entry, driver, std::move(answers)), device);
-    enroll(std::move(device), *driver);
+    enroll(std::move(device), *driver, connection);
 }
 
 void Host::connect(DriverConnection& connection, Device& device) {
@@ -159,23 +159,20 @@ void Host::connect(DriverConnection& connection, Device& device) {
 }
 
 void Host::reconnect(const std::string& name) {
-    const auto place = m_places.find(name);
-    const bool isRegistered =
-        std::find(m_registered.begin(), m_registered.end(), name.c_str()) != m_registered.end();
-    if (place == m_places.end() || !isRegistered)
+    const auto found = m_places.find(name);
+    if (found == m_places.end() || !found->second.isRegistered)
         return;
-    Device* const device = &m_devices[place->second];
-    if (device->kind == DeviceKind::DESCRIPTOR && !m_descriptorPath.empty())
-        locateDescriptor(*device, *m_descriptorProfile);
-    const auto connection =
-        std::find_if(m_connections.begin(), m_connections.end(),
-                     [&](const DriverConnection& each) { return each.entry().name == name; });
-    if (connection == m_connections.end())
+    const Place& place = found->second;
+    Device& device = m_devices[place.device];
+    if (device.kind == DeviceKind::DESCRIPTOR && !m_descriptorPath.empty())
+        locateDescriptor(device, *m_descriptorProfile);
+    if (!place.connection)
         return;
-    locate(*device, connection->entry());
+    DriverConnection& connection = m_connections[*place.connection];
+    locate(device, connection.entry(), m_locator);
     if (HostedFan* const moved = fan(name))
-        moved->moveTo(device->path);
-    connect(*connection, *device);
+        moved->moveTo(device.path);
+    connect(connection, device);
 }
 
 bool Host::hasMoved(const Device& device) {
@@ -183,11 +180,11 @@ bool Host::hasMoved(const Device& device) {
            (device.tachIdentity && tryIdentify(device.tachPath) != device.tachIdentity);
 }
 
-void Host::addFan(const FanProfile& profile) {
+void Host::addFan(const FanProfile& profile, const DeviceLocator& locator) {
     Device device = describe(DeviceKind::FAN, profile);
     device.maximum = profile.maximum;
     device.tach = profile.tach;
-    locate(device, profile);
+    locate(device, profile, locator);
     auto* const driver = new HostedFan(DRIVER::INSTANCE(), DriverConnection::endpointOf(profile),
                                        profile, device.path, m_locator);
     m_fans.emplace_back(driver); // one more reference
@@ -195,30 +192,31 @@ void Host::addFan(const FanProfile& profile) {
     connect(std::move(device), profile, driver, {answer(MSG_GET_MAXIMUM, profile.maximum)});
 }
 
-void Host::addThermal(const ThermalProfile& profile) {
+void Host::addThermal(const ThermalProfile& profile, const DeviceLocator& locator) {
     Device device = describe(DeviceKind::THERMAL, profile);
     device.maximum = profile.maximum;
-    locate(device, profile);
+    device.hysteresis = profile.hysteresis;
+    locate(device, profile, locator);
     connect(std::move(device), profile,
             new CThermalSensor(DRIVER::INSTANCE(), profile.name.c_str(),
                                DriverConnection::endpointOf(profile)),
             {answer(MSG_GET_MAXIMUM, profile.maximum)});
 }
 
-void Host::addPower(const PowerProfile& profile) {
+void Host::addPower(const PowerProfile& profile, const DeviceLocator& locator) {
     Device device = describe(DeviceKind::POWER, profile);
-    locate(device, profile);
+    locate(device, profile, locator);
     connect(std::move(device), profile,
             new CPowerStatus(DRIVER::INSTANCE(), profile.name.c_str(),
                              DriverConnection::endpointOf(profile)),
             {});
 }
 
-void Host::addLed(const LedDeviceProfile& profile) {
+void Host::addLed(const LedDeviceProfile& profile, const DeviceLocator& locator) {
     Device device = describe(DeviceKind::LED, profile);
     device.on = profile.on;
     device.biStatus = profile.biStatus;
-    locate(device, profile);
+    locate(device, profile, locator);
     connect(std::move(device), profile,
             new CLedControl(DRIVER::INSTANCE(), profile.name.c_str(),
                             DriverConnection::endpointOf(profile)),
@@ -278,20 +276,21 @@ void Host::loadPreferences(const NamedPath& file) {
     } catch (const Error& error) {
         device.fault = error.what();
     }
-    append(std::move(device));
+    append(std::move(device), {});
 }
 
-void Host::enroll(Device device, IDriver& driver) {
+void Host::enroll(Device device, IDriver& driver, std::optional<std::size_t> connection) {
     const XCode status = DRIVER::INSTANCE()->registerDriver(&driver);
     if (status.isSuccess())
         m_registered.push_back(driver.getDriverName());
     else if (!device.fault)
         device.fault = status.getMessage().c_str();
-    append(std::move(device));
+    append(std::move(device), {0, connection, status.isSuccess()});
 }
 
-void Host::append(Device device) {
-    m_places.emplace(device.name, m_devices.size());
+void Host::append(Device device, Place place) {
+    place.device = m_devices.size();
+    m_places.emplace(device.name, place);
     m_devices.push_back(std::move(device));
 }
 

@@ -34,6 +34,7 @@ struct Device {
     std::optional<std::string> fault; ///< why the device can't be used
 
     std::uint32_t maximum = 0;     ///< of a fan or a temperature sensor, from the profile
+    std::uint32_t hysteresis = 0;  ///< of a temperature sensor: degrees below the maximum
     std::uint32_t on = 1;          ///< of an LED: the brightness that means lit
     bool biStatus = false;         ///< of an LED: has two lit states
     std::optional<NamedPath> tach; ///< of a fan: a file with its revolutions per minute
@@ -114,24 +115,31 @@ public:
     CResourceVoip* capacity() const { return m_capacity.get(); }
 
 private:
-    void locate(Device& device, const DeviceProfile& entry) const;
+    /// Where a device of the profile is among the others.
+    struct Place {
+        std::size_t device;
+        std::optional<std::size_t> connection; ///< empty if it has no kernel driver
+        bool isRegistered;                     ///< its driver is the one in the repository
+    };
+
+    static void locate(Device& device, const DeviceProfile& entry, const DeviceLocator& locator);
     void connect(Device device, const DeviceProfile& entry, CKernelDriver* driver,
                  std::vector<MxMsg> answers);
     static void connect(DriverConnection& connection, Device& device);
-    void addFan(const FanProfile& profile);
-    void addThermal(const ThermalProfile& profile);
-    void addPower(const PowerProfile& profile);
-    void addLed(const LedDeviceProfile& profile);
+    void addFan(const FanProfile& profile, const DeviceLocator& locator);
+    void addThermal(const ThermalProfile& profile, const DeviceLocator& locator);
+    void addPower(const PowerProfile& profile, const DeviceLocator& locator);
+    void addLed(const LedDeviceProfile& profile, const DeviceLocator& locator);
     void addDescriptor(const DescriptorProfile& profile);
     void locateDescriptor(Device& device, const DescriptorProfile& profile);
     void addCapacity(const VoipProfile& profile);
     void loadPreferences(const NamedPath& file);
-    void enroll(Device device, IDriver& driver);
-    void append(Device device);
+    void enroll(Device device, IDriver& driver, std::optional<std::size_t> connection = {});
+    void append(Device device, Place place);
 
     const DeviceLocator m_locator;
     std::vector<Device> m_devices;
-    std::unordered_map<std::string, std::size_t> m_places; // of the devices, by name
+    std::unordered_map<std::string, Place> m_places; // by the names of the devices
     std::vector<String> m_registered;
     std::vector<DriverConnection> m_connections;
     std::vector<TYPPtr<HostedFan>> m_fans; // also among the connections

@@ -62,7 +62,7 @@ std::optional<std::pair<std::string, long long>> maximumOf(const Sensor& sensor)
 
 class Writer {
 public:
-    explicit Writer(const DeviceLocator& locator) : m_locator(locator) {}
+    explicit Writer(const DeviceLocator& locator) : m_locator(locator.readingOnce()) {}
 
     std::string write() {
         const std::vector<Monitor> monitors = monitorsOf(m_locator.sysfs());
@@ -193,7 +193,7 @@ private:
         return reasons.empty();
     }
 
-    const DeviceLocator& m_locator;
+    const DeviceLocator m_locator;
     std::set<std::string> m_names = {DESCRIPTOR_DRIVER, CAPACITY_DRIVER};
     bool m_hasDescriptor = false;
     std::string m_text;

@@ -29,13 +29,14 @@ std::string kernelFileOf(const std::string& device, const DeviceLocator& locator
 LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& locator) {
     for (const LedRow& row : profile.commands)
         m_commands.push_back(definitionOf(row));
+    const DeviceLocator search = locator.readingOnce();
     std::map<std::uint32_t, Led> leds;
     for (const LedSequencerProfile::File& file : profile.files) {
         Led led{static_cast<std::uint32_t>(file.mask), ledNameOf(file.path.path), "", file.on};
         led.color = file.color;
         try {
             withPlaceInErrors(file.path, [&](const std::string& named) {
-                led.path = locator.locate(named);
+                led.path = search.locate(named);
                 led.name = ledNameOf(led.path);
             });
         } catch (const Error& error) {

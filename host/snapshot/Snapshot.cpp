@@ -41,7 +41,7 @@ Result<std::string> contentOf(const std::string& path) {
 
 class Collector {
 public:
-    explicit Collector(const DeviceLocator& locator) : m_locator(locator) {}
+    explicit Collector(const DeviceLocator& locator) : m_locator(locator.readingOnce()) {}
 
     void add(const NamedPath& named) {
         SnapshotFile file{keyOf(named), named.path};
@@ -68,7 +68,7 @@ public:
     std::vector<SnapshotFile> take() { return std::move(m_files); }
 
 private:
-    const DeviceLocator& m_locator;
+    const DeviceLocator m_locator;
     std::vector<SnapshotFile> m_files;
 };
 

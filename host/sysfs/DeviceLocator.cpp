@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <unordered_map>
 #include <vector>
 
 #include "base/Error.h"
@@ -38,18 +39,8 @@ std::string fullNameOf(const Monitor& monitor) {
     return textOf(monitor) + (monitor.busDevice.empty() ? "" : "@" + monitor.busDevice);
 }
 
-/// The monitors that `name` may mean: NAME or NAME@BUSDEVICE.
-std::vector<Monitor> matchesOf(const std::string& name, const std::vector<Monitor>& monitors) {
-    std::vector<Monitor> matches;
-    for (const Monitor& monitor : monitors)
-        if (monitor.name &&
-            (name == *monitor.name || (!monitor.busDevice.empty() && name == fullNameOf(monitor))))
-            matches.push_back(monitor);
-    return matches;
-}
-
 [[noreturn]] void failToMatch(const std::string& device, const std::string& name,
-                              const std::string& file, const std::vector<Monitor>& matches,
+                              const std::string& file, const std::vector<const Monitor*>& matches,
                               const std::vector<Monitor>& monitors) {
     std::vector<std::string> present, names, choices;
     for (const Monitor& monitor : monitors) {
@@ -57,8 +48,8 @@ std::vector<Monitor> matchesOf(const std::string& name, const std::vector<Monito
         present.push_back(monitor.name ? quoted(full) : monitor.name.fault());
         names.push_back(name.find('@') == std::string::npos ? textOf(monitor) : full);
     }
-    for (const Monitor& monitor : matches)
-        choices.push_back(MONITOR + fullNameOf(monitor) + "/" + file);
+    for (const Monitor* const monitor : matches)
+        choices.push_back(MONITOR + fullNameOf(*monitor) + "/" + file);
     if (matches.empty())
         throw Error(device + ": no monitor is named " + quoted(name) +
                     " (expected one; there are: " + listOf(present) + ")" +
@@ -101,6 +92,48 @@ std::string locateLabel(const std::string& device, const Monitor& monitor,
 
 } // namespace
 
+/// All monitors, and the names that lead to them.
+class DeviceLocator::MonitorList {
+public:
+    explicit MonitorList(const std::string& sysfs) : m_all(monitorsOf(sysfs)) {
+        for (const Monitor& monitor : m_all) {
+            if (!monitor.name)
+                continue;
+            m_byName[*monitor.name].push_back(&monitor);
+            if (!monitor.busDevice.empty())
+                m_byName[fullNameOf(monitor)].push_back(&monitor);
+        }
+    }
+    MonitorList(const MonitorList&) = delete; // the names point into the list
+    MonitorList& operator=(const MonitorList&) = delete;
+
+    const std::vector<Monitor>& all() const { return m_all; }
+
+    /// The monitors that `name` may mean: NAME or NAME@BUSDEVICE.
+    std::vector<const Monitor*> matchesOf(const std::string& name) const {
+        const auto found = m_byName.find(name);
+        return found == m_byName.end() ? std::vector<const Monitor*>() : found->second;
+    }
+
+private:
+    const std::vector<Monitor> m_all;
+    std::unordered_map<std::string, std::vector<const Monitor*>> m_byName;
+};
+
+DeviceLocator DeviceLocator::readingOnce() const {
+    DeviceLocator once(m_sysfs);
+    once.m_read = std::make_shared<std::shared_ptr<const MonitorList>>();
+    return once;
+}
+
+std::shared_ptr<const DeviceLocator::MonitorList> DeviceLocator::monitors() const {
+    if (!m_read)
+        return std::make_shared<MonitorList>(m_sysfs);
+    if (!*m_read)
+        *m_read = std::make_shared<MonitorList>(m_sysfs);
+    return *m_read;
+}
+
 std::string DeviceLocator::locate(const std::string& device) const {
     if (device.rfind(MONITOR, 0) == 0)
         return locateMonitor(device, device.substr(sizeof MONITOR - 1));
@@ -117,14 +150,15 @@ std::string DeviceLocator::locateMonitor(const std::string& device,
     if (name.empty() || file.empty() || file == "." || file == "..")
         throw Error(device + ": is not a hardware monitor's file (expected hwmon:NAME/FILE)");
 
-    const std::vector<Monitor> monitors = monitorsOf(m_sysfs);
-    const std::vector<Monitor> matches = matchesOf(name, monitors);
+    const std::shared_ptr<const MonitorList> list = monitors();
+    const std::vector<const Monitor*> matches = list->matchesOf(name);
     if (matches.size() != 1)
-        failToMatch(device, name, file, matches, monitors);
-    std::string path = matches.front().folder + "/" + file;
+        failToMatch(device, name, file, matches, list->all());
+    const Monitor& monitor = *matches.front();
+    std::string path = monitor.folder + "/" + file;
     // A label may contain a slash; a path that leaves the folder is not one of its files.
     const bool isFile = isFileName(file) && kindOf(path) != FileKind::MISSING;
-    return isFile ? path : locateLabel(device, matches.front(), file);
+    return isFile ? path : locateLabel(device, monitor, file);
 }
 
 std::string DeviceLocator::locateLed(const std::string& device, const std::string& name) const {

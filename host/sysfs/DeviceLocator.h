@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -12,6 +13,10 @@ class DeviceLocator {
 public:
     /// `sysfs` is where the kernel's sysfs is mounted. Tests pass another folder.
     explicit DeviceLocator(std::string sysfs = "/sys") : m_sysfs(std::move(sysfs)) {}
+
+    /// A locator that reads the list of monitors once, when the first name of one is looked up. For
+    /// many names at a time: later changes stay unseen. For one thread, together with its copies.
+    DeviceLocator readingOnce() const;
 
     /// The path that `device` stands for:
     /// - "hwmon:NAME/FILE" is the file FILE of the hardware monitor whose `name` file holds NAME.
@@ -30,10 +35,15 @@ public:
     const std::string& sysfs() const { return m_sysfs; }
 
 private:
+    class MonitorList;
+
+    std::shared_ptr<const MonitorList> monitors() const;
     std::string locateMonitor(const std::string& device, const std::string& words) const;
     std::string locateLed(const std::string& device, const std::string& name) const;
 
     std::string m_sysfs;
+    /// What was read, null before that. Empty if the list is read for each name.
+    std::shared_ptr<std::shared_ptr<const MonitorList>> m_read;
 };
 
 /// The name of an LED for `locate`.

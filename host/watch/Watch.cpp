@@ -1,6 +1,5 @@
 #include "watch/Watch.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "board/Report.h"
@@ -16,11 +15,6 @@ bool isWatched(DeviceKind kind) {
     return kind != DeviceKind::VOIP && kind != DeviceKind::PREFERENCES;
 }
 
-const ThermalProfile& profileOf(const Profile& profile, const std::string& sensor) {
-    return *std::find_if(profile.thermals.begin(), profile.thermals.end(),
-                         [&](const ThermalProfile& each) { return each.name == sensor; });
-}
-
 /// With a small maximum, a level does not read back as the speed that it was set for.
 bool follows(const HostedFan& fan, const Device& device, IFanControl::FanSpeed held) {
     if (!fan.speedInForce() || *fan.speedInForce() == held)
@@ -34,8 +28,10 @@ bool follows(const HostedFan& fan, const Device& device, IFanControl::FanSpeed h
 Watch::Watch(Host& host, const Profile& profile, EventQueue& events)
     : m_host(host), m_profile(profile), m_events(events), m_alarms(events) {
     for (const Device& device : host.devices())
-        if (isWatched(device.kind))
+        if (isWatched(device.kind)) {
+            m_places.emplace(device.name, m_devices.size());
             m_devices.push_back({device.kind, device.name, {}, std::nullopt, calendarTime()});
+        }
     if (profile.descriptor)
         m_descriptor.emplace(*profile.descriptor);
 }
@@ -51,10 +47,8 @@ void Watch::look() {
 }
 
 const WatchedDevice* Watch::find(const std::string& name) const {
-    const auto found =
-        std::find_if(m_devices.begin(), m_devices.end(),
-                     [&](const WatchedDevice& device) { return device.name == name; });
-    return found != m_devices.end() ? &*found : nullptr;
+    const auto found = m_places.find(name);
+    return found != m_places.end() ? &m_devices[found->second] : nullptr;
 }
 
 bool Watch::isGone(const std::string& name) const {
@@ -142,8 +136,7 @@ void Watch::lookAtThermal(WatchedDevice& device) {
     const double maximum = reading->maximum;
     const bool wasOver = m_alarms.has(Alarm::Kind::TEMPERATURE_OVER, device.name);
     const bool isOver =
-        celsius > maximum ||
-        (wasOver && celsius >= maximum - profileOf(m_profile, device.name).hysteresis);
+        celsius > maximum || (wasOver && celsius >= maximum - m_host.find(device.name)->hysteresis);
     m_alarms.judge(Alarm::Kind::TEMPERATURE_OVER, device.name, isOver,
                    event::TemperatureOver{device.name, celsius, reading->maximum},
                    event::TemperatureBack{device.name, celsius, reading->maximum});

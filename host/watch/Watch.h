@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <variant>
 #include <vector>
 
@@ -90,6 +91,7 @@ private:
     EventQueue& m_events;
     Alarms m_alarms;
     std::vector<WatchedDevice> m_devices;
+    std::unordered_map<std::string, std::size_t> m_places; ///< of the devices, by name
     std::optional<DescriptorWatch> m_descriptor;
     std::optional<CpuMeter> m_meter;
     Result<CpuReading> m_load = Fault{"has not been measured"};

@@ -16,7 +16,7 @@ constexpr long long LEAST_SHARE = 20;
 class LedDevices {
 public:
     LedDevices(const LedSequencerProfile& tables, const DeviceLocator& locator)
-        : m_locator(locator), m_findings(tables) {}
+        : m_locator(locator.readingOnce()), m_findings(tables) {}
 
     void check(const LedSequencerProfile::File& file) {
         std::string path;
@@ -58,18 +58,19 @@ private:
                            on + ": when lit, the LED is almost dark");
     }
 
-    const DeviceLocator& m_locator;
+    const DeviceLocator m_locator;
     LedFindings m_findings;
 };
 
 } // namespace
 
 bool mayHaveLeds(const LedSequencerProfile& tables, const DeviceLocator& locator) {
+    const DeviceLocator search = locator.readingOnce();
     return tables.files.empty() ||
            std::any_of(tables.files.begin(), tables.files.end(),
                        [&](const LedSequencerProfile::File& file) {
                            try {
-                               return !locator.locate(file.path.path).empty();
+                               return !search.locate(file.path.path).empty();
                            } catch (const Error&) {
                                return file.path.path.rfind("led:", 0) != 0;
                            }

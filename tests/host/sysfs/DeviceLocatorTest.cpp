@@ -92,3 +92,17 @@ TEST(DeviceLocator, FindsMonitorsAndLedsByNameOrListsWhatIsThere) {
         EXPECT_EQ(found.empty() ? failure : found, outcome);
     }
 }
+
+TEST(DeviceLocator, ReadsTheMonitorsOnceOrForEachName) {
+    const TempDir sysfs;
+    makeMonitors(sysfs);
+    const board::DeviceLocator always(sysfs.path(".")), once = always.readingOnce();
+    const std::string device = "hwmon:tmp105/pwm1", before = once.locate(device);
+    EXPECT_EQ(always.locate(device), before);
+    std::filesystem::rename(sysfs.path("class/hwmon/hwmon7"), sysfs.path("class/hwmon/hwmon8"));
+    sysfs.makeFolder("class/hwmon/hwmon7");
+    sysfs.write("class/hwmon/hwmon7/pwm1", "");
+    EXPECT_EQ(once.locate(device), before);
+    EXPECT_EQ(always.locate(device), sysfs.path("./class/hwmon/hwmon8/pwm1"));
+    EXPECT_EQ(always.readingOnce().locate(device), always.locate(device));
+}

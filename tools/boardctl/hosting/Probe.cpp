@@ -35,8 +35,9 @@ struct ProbeWords {
 /// What a machine has.
 struct Findings {
     explicit Findings(const std::string& sysfs)
-        : locator(sysfs), monitors(board::monitorsOf(sysfs)), leds(board::ledsOf(sysfs)),
-          eeproms(board::eepromsOf(sysfs)), inputs(board::inputDevicesOf(sysfs)) {}
+        : locator(board::DeviceLocator(sysfs).readingOnce()), monitors(board::monitorsOf(sysfs)),
+          leds(board::ledsOf(sysfs)), eeproms(board::eepromsOf(sysfs)),
+          inputs(board::inputDevicesOf(sysfs)) {}
 
     bool isNothing() const {
         return monitors.empty() && leds.empty() && eeproms.empty() && inputs.empty();
