@@ -1,14 +1,14 @@
 """Counts what one more item costs a command: in instructions, which do not depend on the machine's load."""
 
 import os
-import re
 import subprocess
 import tempfile
+
+import start
 
 # The numbers of items. The cost of an item is what the second and the third number cost more than the first, so that
 # the start of the program does not hide growth.
 MANY = (10, 1000, 10000)
-DEVICES = (10, 100, 1000)
 KINDS = {"fan": ("170", "maximum = 255"), "thermal": ("30000", "maximum = 85"), "power": ("1", ""), "led": ("1", "")}
 
 
@@ -80,8 +80,8 @@ class Growth:
         for rows in MANY:
             self.board(f"rows{rows}", lambda text, _, rows=rows: text[:text.index("[[leds.command]]")].replace(
                 "[leds]\n", "[leds]\n" + table(rows)))
-        for devices in DEVICES:
-            self.board(f"devices{devices}", lambda text, folder, devices=devices: text + self.devices(folder, devices))
+            self.board(f"devices{rows}", lambda text, folder, rows=rows: text + self.devices(folder, rows))
+            self.board(f"monitors{rows}", lambda text, folder, rows=rows: text + self.monitors(folder, rows))
 
     @staticmethod
     def devices(folder, count):
@@ -95,18 +95,25 @@ class Growth:
             text += f'[[{kind}]]\nname = "d{i}"\ndevice = "many/{i}"\ndescription = "d"\n{key}\n'
         return text
 
-    def instructions(self, words):
-        run = subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", self.boardctl, *words],
-                             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, check=False)
-        if run.returncode not in (0, 3):
-            raise RuntimeError(f"{' '.join(words[:9])}: {run.stderr}")
-        return int(re.search(r"Collected : (\d+)", run.stderr)[1])
+    @staticmethod
+    def monitors(folder, count):
+        """Fans that are named by their hardware monitors, each of which is in a folder of a sysfs."""
+        text = ""
+        for i in range(count):
+            monitor = f"{folder}/sys/class/hwmon/hwmon{i}"
+            os.makedirs(monitor)
+            for name, content in ("name", f"chip{i}"), ("pwm1", "170"):
+                with open(f"{monitor}/{name}", "w", encoding="utf-8") as file:
+                    file.write(content + "\n")
+            text += f'[[fan]]\nname = "m{i}"\ndevice = "hwmon:chip{i}/pwm1"\nmaximum = 255\n'
+        return text
 
     def of(self, command, counts, words=lambda count: []):
         """Returns the instructions per item of the largest input, and of the middle one. `words` makes more words for
         the command."""
-        few, some, many = (self.instructions([word.replace("@", self.folder).replace("#", str(count))
-                                              for word in command.split()] + words(count)) for count in counts)
+        few, some, many = (start.instructions(
+            [self.boardctl] + [word.replace("@", self.folder).replace("#", str(count)) for word in command.split()] +
+            words(count)) for count in counts)
         return (many - few) / (counts[2] - counts[0]), (some - few) / (counts[1] - counts[0])
 
 
@@ -131,5 +138,13 @@ def figures(tree):
         for name, words in (("leds check", "leds check"), ("leds preview", "leds preview --ticks 20"),
                             ("check", "check"), ("info", "info")):
             yield f"{name} per row", *growth.of(words + " --board @rows#/board.toml", MANY)
-        for words in ("check", "info", "info --format json", "info --format metrics"):
-            yield f"{words} per device", *growth.of(words + " --board @devices#/board.toml", DEVICES)
+        for words in ("check", "info", "info --format json", "info --format metrics", "run --for 0"):
+            yield f"{words} per device", *growth.of(words + " --board @devices#/board.toml", MANY)
+        yield "check per hwmon: name", *growth.of(
+            "check --board @monitors#/board.toml --sysfs @monitors#/sys", MANY)
+
+
+def preview_memory(tree):
+    """Returns the memory that a preview of a million ticks takes, and one of a thousand."""
+    return (start.heap([tree + "/bin/boardctl", "--sim", "leds", "preview", "--ticks", ticks])
+            for ticks in ("1000000", "1000"))

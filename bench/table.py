@@ -14,6 +14,7 @@ import sys
 
 import growth
 import host
+import start
 
 # The limit of a figure: a multiple of its floor, or nanoseconds if it has no floor.
 LIMITS = {
@@ -40,6 +41,8 @@ MOST_ALLOCATIONS = 0
 PER_TAG = [("load 64 KiB, 1000 tags", 1000), ("load 64 KiB, 10000 tags", 10000)]
 # The instructions per item must not grow with the number of items.
 MOST_GROWTH = 1.2
+MOST_START = 2.2  # times the instructions of an empty program
+MOST_CALLS = 110
 MOST_BYTES = 96 * 1024
 MOST_MEMORY = 2
 MOST_WAKES = 11  # per second; the LED sequencer alone needs ten, one per tick
@@ -89,6 +92,10 @@ def all_rows(tree, arm_tree):
     yield row("load per tag, 10000 vs. 1000 tags", many, few, 1)
     for name, many, few in growth.figures(tree):
         yield row(name, many, few, MOST_GROWTH, "instr")
+    yield row("leds preview, 10^6 vs. 1000 ticks", *growth.preview_memory(tree), MOST_GROWTH, "bytes")
+    (instructions, floor), (calls, _) = start.figures(tree)
+    yield row("boardctl temp", instructions, floor, MOST_START, "instr")
+    yield row("boardctl temp, system calls", calls, None, MOST_CALLS, "")
     memory, floor = host.peak_memory(tree)
     yield row("boardctl run, peak memory", memory, floor, MOST_MEMORY, "kB")
     wakes, share = host.at_rest(tree)
