@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iostream>
 #include <optional>
 #include <set>
@@ -8,6 +9,7 @@
 
 #include "output/Json.h"
 #include "output/Messages.h"
+#include "program/Command.h"
 #include "program/Commands.h"
 #include "program/Help.h"
 #include "program/Options.h"
@@ -17,16 +19,6 @@
 namespace boardctl {
 
 namespace {
-
-constexpr struct {
-    const char* name;
-    void (*add)(CLI::App& app, Options& options);
-} COMMANDS[] = {
-    {"run", addRun},       {"status", addStatus}, {"watch", addWatch},       {"info", addInfo},
-    {"check", addCheck},   {"probe", addProbe},   {"snapshot", addSnapshot}, {"fan", addFan},
-    {"temp", addTemp},     {"power", addPower},   {"led", addLed},           {"leds", addLeds},
-    {"button", addButton}, {"cpu", addCpu},       {"firmware", addFirmware}, {"bd", addBd},
-    {"sim", addSim}};
 
 void addGlobalOptions(CLI::App& app, Options& options) {
     app.formatter(std::make_shared<HelpFormatter>());
@@ -54,12 +46,26 @@ void addGlobalOptions(CLI::App& app, Options& options) {
         ->option_text("text|json|metrics|svg|html");
 }
 
-/// Adds the commands whose names are among `words`; without `words`, all.
-void addCommands(CLI::App& app, Options& options, const std::set<std::string_view>& words) {
+void addAllCommands(CLI::App& app, Options& options) {
     app.footer("Global options: --board FILE, --sim, --format FORMAT; see boardctl --help");
-    for (const auto& [name, add] : COMMANDS)
-        if (words.empty() || words.count(name) != 0)
-            add(app, options);
+    addCommands(app, options,
+                {{"run", addRun},
+                 {"status", addStatus},
+                 {"watch", addWatch},
+                 {"info", addInfo},
+                 {"check", addCheck},
+                 {"probe", addProbe},
+                 {"snapshot", addSnapshot},
+                 {"fan", addFan},
+                 {"temp", addTemp},
+                 {"power", addPower},
+                 {"led", addLed},
+                 {"leds", addLeds},
+                 {"button", addButton},
+                 {"cpu", addCpu},
+                 {"firmware", addFirmware},
+                 {"bd", addBd},
+                 {"sim", addSim}});
     // The commands have copied the footer. The main help lists these options anyway.
     app.footer("Exit status: 0 done, 1 failed, 2 wrong call, 3 found something wrong, 4 declined,\n"
                "128+N ended by signal N.");
@@ -106,17 +112,21 @@ int call(const CLI::App& app, const Options& options) {
     return StopSignals::statusAfter(isPrinted ? status : FAILED);
 }
 
-/// Empty if no command can be called and `words` are not empty: it takes all commands to say why.
+/// Runs the line's command and ends the program. Returns the exit status if the command fails or
+/// there is none to run; empty if `words` are not empty and none can be called, because it takes
+/// all commands to say why.
 std::optional<int> tryRun(int argc, char** argv, const std::set<std::string_view>& words) {
     Options options;
+    options.words = words;
     CLI::App app(
         "Hosts, inspects and edits a board: its drivers, its descriptor, or a simulated board.",
         "boardctl");
     addGlobalOptions(app, options);
-    addCommands(app, options, words);
+    addAllCommands(app, options);
     try {
         app.parse(argc, argv);
-        return call(app, options);
+        // Ends here: the command has cleaned up, and the system frees what the parser holds.
+        std::exit(call(app, options));
     } catch (const CLI::ParseError& error) {
         return words.empty() ? std::optional(answer(app, error)) : std::nullopt;
     } catch (const WrongCall& error) {

@@ -4,17 +4,33 @@
 
 namespace boardctl {
 
+namespace {
+
+void addBdMac(CLI::App& bd, Options& options) {
+    CLI::App& mac = addGroup(bd, "mac", "The MAC addresses in the descriptor");
+    addCommands(mac, options, {{"list", addBdMacRead, "get"}, {"set", addBdMacEdit, "add"}});
+}
+
+} // namespace
+
 void addBd(CLI::App& app, Options& options) {
     CLI::App& bd =
         addGroup(app, "bd", "The board descriptor: show, check, compare, build, write and edit it");
-    for (const auto add : {addBdShow, addBdDump, addBdBuild, addBdGet, addBdPut, addBdSet, addBdAdd,
-                           addBdInsert, addBdRemove})
-        add(bd, options);
-    CLI::App& mac = addGroup(bd, "mac", "The MAC addresses in the descriptor");
-    for (const auto add : {addBdMacRead, addBdMacEdit})
-        add(mac, options);
-    for (const auto add : {addBdWrite, addBdBackups, addBdCheck, addBdCompare})
-        add(bd, options);
+    addCommands(bd, options,
+                {{"show", addBdShow, "raw"},
+                 {"dump", addBdDump},
+                 {"build", addBdBuild},
+                 {"get", addBdGet},
+                 {"put", addBdPut},
+                 {"set", addBdSet},
+                 {"add", addBdAdd},
+                 {"insert", addBdInsert},
+                 {"remove", addBdRemove},
+                 {"mac", addBdMac},
+                 {"write", addBdWrite},
+                 {"backups", addBdBackups},
+                 {"check", addBdCheck},
+                 {"compare", addBdCompare}});
 }
 
 } // namespace boardctl

@@ -5,8 +5,7 @@ namespace boardctl {
 
 void addSim(CLI::App& app, Options& options) {
     CLI::App& sim = addGroup(app, "sim", "Simulated boards: create one, press its button");
-    for (const auto add : {addSimCreate, addSimPress})
-        add(sim, options);
+    addCommands(sim, options, {{"create", addSimCreate}, {"press", addSimPress}});
 }
 
 } // namespace boardctl

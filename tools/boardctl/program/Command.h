@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <memory>
 #include <utility>
 
@@ -38,6 +39,23 @@ CLI::App& addCommand(CLI::App& parent, Options& options, const char* name, const
         options.command = [&options, run] { return run(options); };
     });
     return app;
+}
+
+/// A function that adds a command, or two that belong together.
+struct CommandEntry {
+    const char* name;
+    void (*add)(CLI::App& parent, Options& options);
+    const char* second = nullptr; ///< null if it adds one
+};
+
+/// Adds the commands that the line names, or all if its words are not given: the parsers of the
+/// others would take more time and memory than most commands.
+inline void addCommands(CLI::App& parent, Options& options,
+                        std::initializer_list<CommandEntry> entries) {
+    const auto isNamed = [&](const char* name) { return name && options.words.count(name) != 0; };
+    for (const CommandEntry& each : entries)
+        if (options.words.empty() || isNamed(each.name) || isNamed(each.second))
+            each.add(parent, options);
 }
 
 /// Adds a command that only holds others: one of them must follow its name.

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "base/Error.h"
 
@@ -26,6 +28,9 @@ struct Options {
     bool metrics = false; ///< only for `info` and `status`
     bool svg = false;     ///< only for `leds preview`
     bool html = false;    ///< only for `leds preview`
+
+    /// The line's words: only commands that are among them are made. Empty: all are made.
+    std::set<std::string_view> words;
 
     /// Runs the command and returns the exit status. Set while the command line is parsed.
     std::function<int()> command;

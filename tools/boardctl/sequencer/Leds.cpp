@@ -6,8 +6,11 @@ namespace boardctl {
 void addLeds(CLI::App& app, Options& options) {
     CLI::App& leds = addGroup(
         app, "leds", "The LED sequencer: check and preview its tables, send it lines, ask it why");
-    for (const auto add : {addLedsCheck, addLedsPreview, addLedsSend, addLedsWhy})
-        add(leds, options);
+    addCommands(leds, options,
+                {{"check", addLedsCheck},
+                 {"preview", addLedsPreview},
+                 {"send", addLedsSend},
+                 {"why", addLedsWhy}});
 }
 
 } // namespace boardctl

@@ -6,8 +6,7 @@ namespace boardctl {
 void addButton(CLI::App& app, Options& options) {
     CLI::App& button =
         addGroup(app, "button", "The service button: watch it, or let a key press it");
-    for (const auto add : {addButtonWatch, addButtonBridge})
-        add(button, options);
+    addCommands(button, options, {{"watch", addButtonWatch}, {"bridge", addButtonBridge}});
 }
 
 } // namespace boardctl
