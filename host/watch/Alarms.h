@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "base/Events.h"
@@ -34,8 +36,15 @@ public:
     const std::vector<Alarm>& all() const { return m_alarms; }
 
 private:
+    /// The place of an alarm in the list; its size if the alarm is not in force.
+    std::size_t find(Alarm::Kind kind, const std::string& device) const;
+    void remove(std::size_t place);
+
     EventQueue& m_events;
     std::vector<Alarm> m_alarms;
+    std::vector<std::uint64_t> m_numbers; ///< of these alarms, ascending
+    std::unordered_map<std::string, std::uint64_t> m_numberOf;
+    std::uint64_t m_last = 0; ///< number of the last alarm that began
 };
 
 } // namespace board
