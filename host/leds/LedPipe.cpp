@@ -155,10 +155,10 @@ void sendLedLineInTurn(const std::string& line, const std::function<bool()>& pau
         if (trySend(line + "\n", 0))
             return;
         if (!pause())
-            fail("'" + line + "' was not sent: interrupted while other lines were in the pipe");
+            fail("'" + line + "' was not sent: interrupted before its turn came");
     }
-    fail("'" + line + "' was not sent: other lines were in the pipe for " +
-         std::to_string(LED_TURN_TICKS) + " ticks (their reader can't keep up)");
+    fail("'" + line + "' was not sent: its turn did not come in " + std::to_string(LED_TURN_TICKS) +
+         " ticks (the pipe's reader can't keep up)");
 }
 
 LedPipeClaim::LedPipeClaim() {

@@ -122,9 +122,9 @@ TEST(SendLedLine, InTurnGivesUpWithoutWriting) {
     unsigned pauses = 0;
     const std::string notSent = LED_PIPE + std::string(": 'a b' was not sent: ");
     EXPECT_EQ(failureOf([&] { board::sendLedLineInTurn("a b", [&] { return ++pauses > 0; }); }),
-              notSent + "other lines were in the pipe for 300 ticks (their reader can't keep up)");
+              notSent + "its turn did not come in 300 ticks (the pipe's reader can't keep up)");
     EXPECT_EQ(pauses, 1200U);
     EXPECT_EQ(failureOf([] { board::sendLedLineInTurn("a b", [] { return false; }); }),
-              notSent + "interrupted while other lines were in the pipe");
+              notSent + "interrupted before its turn came");
     EXPECT_EQ(pipe.read(), "x");
 }

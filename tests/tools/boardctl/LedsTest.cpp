@@ -100,7 +100,7 @@ $ exec 3<>/tmp/evt.fifo; export BOARDCTL_BOARD=board.toml; boardctl leds send a 
 a b
 ! boardctl: board.toml: no row of [leds] matches 'a b 1', so it was not sent
 $ exec 3<>/tmp/evt.fifo; echo x >&3; export BOARDCTL_BOARD=board.toml; boardctl leds send a b; rm /tmp/evt.fifo
-! boardctl: /tmp/evt.fifo: 'a b' was not sent: other lines were in the pipe for 300 ticks (their reader can't keep up)
+! boardctl: /tmp/evt.fifo: 'a b' was not sent: its turn did not come in 300 ticks (the pipe's reader can't keep up)
 )sh");
 }
 

@@ -52,14 +52,15 @@ int send(const Options& options, const SendWords& words) {
     } catch (const std::invalid_argument& error) {
         throw WrongCall(error.what());
     }
-    board::LedSequencerProfile tables; // for its usual tick, if no board is named
+    std::uint32_t tickMs = board::LedSequencerProfile().tickMs; // the usual one
     if (const auto board = namedBoard(options)) {
-        tables = ledTablesOf(*board);
+        const board::LedSequencerProfile& tables = ledTablesOf(*board);
+        tickMs = tables.tickMs;
         if (!board::hasRow(tables, words.word1, words.word2, words.number))
             throw board::Error(board->profilePath() + ": no row of [leds] matches '" + line +
                                "', so it was not sent");
     }
-    sendInTurn(line, std::chrono::milliseconds(tables.tickMs));
+    sendInTurn(line, std::chrono::milliseconds(tickMs));
     if (options.json)
         printJson({{"sent", line}});
     return DONE;
