@@ -163,7 +163,7 @@ LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
     }
     for (std::size_t i = 0; i < segments.size(); ++i)
         waves.leds[i].segments = segments[i].finish(ticks);
-    return std::move(waves);
+    return std::move(sequence.waves);
 }
 
 std::vector<LedLight> hiddenLights(const LedSegment& segment) {
