@@ -42,10 +42,11 @@ CLI::Validator hostName() {
 
 void addOptions(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "boardweb " BOARDWEB_VERSION, "Print the version and exit");
-    app.add_option("--listen", options.listen,
-                   "Where to serve HTTP: an address of this machine, or the path of a Unix socket; "
-                   "default: 127.0.0.1:8411")
-        ->type_name("ADDRESS:PORT|/PATH");
+    app.add_option(
+           "--listen", options.listen,
+           "Where to serve HTTP: ADDRESS:PORT of this machine, or the path of a Unix socket; "
+           "default: 127.0.0.1:8411")
+        ->type_name("ADDRESS");
     app.add_option("--allow-host", options.names,
                    "Answer requests for this name, too, besides 127.0.0.1, localhost and [::1]; "
                    "may be repeated")
