@@ -34,7 +34,7 @@ struct Device {
     std::optional<std::string> fault; ///< why the device can't be used
 
     std::uint32_t maximum = 0;     ///< of a fan or a temperature sensor, from the profile
-    std::uint32_t hysteresis = 0;  ///< of a temperature sensor: degrees below the maximum
+    std::uint32_t hysteresis = 0;  ///< of a sensor: degrees below the maximum that end an alarm
     std::uint32_t on = 1;          ///< of an LED: the brightness that means lit
     bool biStatus = false;         ///< of an LED: has two lit states
     std::optional<NamedPath> tach; ///< of a fan: a file with its revolutions per minute
@@ -115,10 +115,10 @@ public:
     CResourceVoip* capacity() const { return m_capacity.get(); }
 
 private:
-    /// Where a device of the profile is among the others.
+    /// Where the parts of a device are.
     struct Place {
-        std::size_t device;
-        std::optional<std::size_t> connection; ///< empty if it has no kernel driver
+        std::size_t device;                    ///< index in `m_devices`
+        std::optional<std::size_t> connection; ///< in `m_connections`; empty without kernel driver
         bool isRegistered;                     ///< its driver is the one in the repository
     };
 
@@ -139,7 +139,7 @@ private:
 
     const DeviceLocator m_locator;
     std::vector<Device> m_devices;
-    std::unordered_map<std::string, Place> m_places; // by the names of the devices
+    std::unordered_map<std::string, Place> m_places; // by the device's name
     std::vector<String> m_registered;
     std::vector<DriverConnection> m_connections;
     std::vector<TYPPtr<HostedFan>> m_fans; // also among the connections

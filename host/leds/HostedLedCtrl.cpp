@@ -78,8 +78,8 @@ void HostedLedCtrl::remember() {
         m_parts.memory->keep(toText({m_tableNumber, holds()}));
 }
 
-// Either this thread sees that changes are wanted, or who has just wanted them sees the new LEDs:
-// operations on atomics have one order for all threads.
+// No change is missed, because all threads see the operations on these atomics in one order. Either
+// this thread sees that changes are wanted, or the thread that asked for them reads the new LEDs.
 void HostedLedCtrl::tellLit() {
     const std::uint32_t now = lit();
     if (m_lit.exchange(now) != now && m_wakesAtChanges)

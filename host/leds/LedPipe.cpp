@@ -91,8 +91,8 @@ FileDescriptor openToSend() {
     return pipe;
 }
 
-/// Whether this sender alone may look and write now; it gives the turn back when it closes the
-/// pipe. A record lock, because the reader holds the pipe with flock.
+/// True if this sender alone may look and write now. Its turn ends when it closes the pipe. The
+/// lock is a record lock, because the reader keeps the pipe locked with flock.
 bool tryTakeTurn(const FileDescriptor& pipe) {
     struct flock turn {};
     turn.l_type = F_WRLCK;
@@ -104,8 +104,9 @@ bool tryTakeTurn(const FileDescriptor& pipe) {
     return false;
 }
 
-/// Writes the bytes if no other sender does so now and at most `mostWaiting` bytes have not been
-/// read. Opens the pipe for each try, because its reader may have ended or replaced it.
+/// Writes the bytes if it is this sender's turn and the pipe holds at most `mostWaiting` unread
+/// bytes. Otherwise returns false. Opens the pipe for each try, because its reader may have ended
+/// or replaced it.
 bool trySend(const std::string& bytes, std::size_t mostWaiting) {
     const FileDescriptor pipe = openToSend();
     if (!tryTakeTurn(pipe))

@@ -26,18 +26,18 @@ std::string ledLine(const std::string& word1, const std::string& word2,
 
 /// Writes `line`, made by ledLine, and a newline into the pipe in one piece, without waiting.
 /// Throws Error if the pipe does not exist, has no reader or may not be written by this user, if
-/// its path leads to something other than a pipe, and if the next read would cut the line because
-/// of what is in the pipe already.
+/// its path leads to something other than a pipe, or if the next read would cut the line because
+/// the pipe holds other lines.
 void sendLedLine(const std::string& line);
 
-/// The same, but takes turns with other senders: writes only while the pipe is empty, so that the
-/// next read can't cut the line whatever others have written. Until then, calls `pause`, which
-/// waits for a quarter of a tick and returns false to give up. Throws Error, saying that the line
-/// was not sent, if `pause` returns false or the pipe was not empty for LED_TURN_TICKS ticks.
+/// The same, but takes turns with other senders and writes only while the pipe is empty, so that
+/// the next read can't cut the line. Until then, calls `pause` again and again. `pause` waits for a
+/// quarter of a tick, and returns false to give up. Throws Error, saying that the line was not
+/// sent, if `pause` returns false or this sender's turn does not come within LED_TURN_TICKS ticks.
 void sendLedLineInTurn(const std::string& line, const std::function<bool()>& pause);
 
 constexpr unsigned LED_PAUSES_PER_TICK = 4;
-/// One line per tick can be sent in turn, so this is also how many senders can wait at once.
+/// At most one line per tick is sent in turn, so this is also how many senders can wait at once.
 constexpr unsigned LED_TURN_TICKS = 300;
 
 /// Another service reads the pipe.

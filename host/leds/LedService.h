@@ -49,8 +49,8 @@ public:
     /// The LEDs that are lit in the present tick: bits of the masks in the profile. Nothing is lit
     /// before the first tick.
     std::uint32_t lit() const;
-    /// From now on, each change of `lit` calls `wake` of the events, or none does. At first, none
-    /// does. Read `lit` after the call: an earlier change may have gone by.
+    /// If `isWanted`, each change of `lit` from now on calls `wake` of the events; otherwise, none
+    /// does, as at first. Read `lit` after the call, because nothing reports an earlier change.
     void wakeAtChanges(bool isWanted) const;
     ///@}
 

@@ -38,10 +38,10 @@ protected:
     bool handle(char* line, const TYTime& now);
     /// Advances everything by one tick and shows the result.
     void tick();
-    /// The LEDs that are lit in the last tick.
+    /// The LEDs that were lit in the last tick.
     std::uint32_t lit() const { return m_trace.output(); }
     /// The same as `tick` for a preview: returns the LEDs that are lit in the tick instead of
-    /// showing them. `explain` does not learn about it, but `explainNow` does.
+    /// showing them. Only `explainNow` covers this tick, not `explain`.
     std::uint32_t advance();
     const CmdDef* firstRow() const { return m_rows.data(); }
     /// The same as `explain`, also after `advance`.

@@ -78,8 +78,8 @@ ordered_json toJson(const LedCause& cause, const LedSequencerProfile& profile) {
             {"shown", cause.isShown}};
 }
 
-/// The data as its meaning suggests; hexadecimal digits if that does not fit. Null if reports leave
-/// the tag out.
+/// The data in the form that the identifier suggests; hexadecimal digits if the data does not fit
+/// that form. Null if reports omit the tag.
 ordered_json dataText(const BD::Tag& tag) {
     const BD::TagMeaning meaning = BD::meaningOf(tag.id);
     if (meaning.kind == BD::TagKind::HIDDEN)

@@ -20,9 +20,9 @@ namespace board {
 ///
 /// A client that monitors events and does not read keeps up to 64 KiB of them, in addition to what
 /// its socket holds. Later events are counted instead, and the client is told the number as soon as
-/// it reads again. A client that monitors the LEDs and does not read gets the latest ones as soon
-/// as it has read what its socket holds. Whatever a client sends that monitors something is left
-/// unread.
+/// it reads again. A client that monitors the LEDs and does not read gets their latest state as
+/// soon as it has read what its socket holds. The server reads nothing more from a client that
+/// monitors something.
 ///
 /// One thread.
 class StatusServer {
@@ -47,7 +47,8 @@ public:
 
     /// Whether a client monitors the LEDs.
     bool isAskedForLeds() const;
-    /// Sends the LEDs that are lit to all clients that monitor them and know of others.
+    /// Sends the LEDs that are lit to the clients that monitor them, if these were told otherwise
+    /// last.
     void publishLeds(std::uint32_t lit);
 
 private:
@@ -63,7 +64,7 @@ private:
         Interest interest = Interest::NONE; ///< what it monitors
         unsigned lost = 0;                  ///< events that it missed since its last reply
         std::uint32_t lit = 0;              ///< the LEDs in its last reply
-        std::uint32_t litNow = 0;           ///< the LEDs that it should know of
+        std::uint32_t litNow = 0;           ///< the LEDs that its next reply is to report
         unsigned awaited = 0;               ///< what `descriptor` waits for on its behalf
     };
 

@@ -14,8 +14,9 @@ public:
     /// `sysfs` is where the kernel's sysfs is mounted. Tests pass another folder.
     explicit DeviceLocator(std::string sysfs = "/sys") : m_sysfs(std::move(sysfs)) {}
 
-    /// A locator that reads the list of monitors once, when the first name of one is looked up. For
-    /// many names at a time: later changes stay unseen. For one thread, together with its copies.
+    /// A locator for looking up many names at once. It reads the list of monitors only when it
+    /// looks up the first name of a monitor, so it does not see later changes. It and its copies
+    /// belong to one thread.
     DeviceLocator readingOnce() const;
 
     /// The path that `device` stands for:
@@ -42,7 +43,8 @@ private:
     std::string locateLed(const std::string& device, const std::string& name) const;
 
     std::string m_sysfs;
-    /// What was read, null before that. Empty if the list is read for each name.
+    /// Null if the list of monitors is read for each name. Otherwise points to the list, which is
+    /// null until it has been read.
     std::shared_ptr<std::shared_ptr<const MonitorList>> m_read;
 };
 

@@ -22,8 +22,8 @@ public:
     /// when the writer is done. A fault tells why the device can't be read.
     Result<std::optional<event::DescriptorChanged>> look(const std::string& path);
 
-    /// The bytes that a load reads, as the last successful call of `look` found them; null before
-    /// it.
+    /// The bytes that a load would read, as of the last successful `look`; null before the first
+    /// one.
     const std::string* image() const { return m_seen ? &m_seen->bytes : nullptr; }
 
 private:

@@ -63,8 +63,8 @@ public:
 
     const std::vector<Alarm>& alarms() const { return m_alarms.all(); }
 
-    /// What a load of the descriptor reads from its device, as of the last look that could read it;
-    /// null if none could, or if the board has no descriptor.
+    /// The bytes that a load of the descriptor would read, as of the last look that could read
+    /// them; null if none could, or if the board has no descriptor.
     const std::string* descriptorImage() const {
         return m_descriptor ? m_descriptor->image() : nullptr;
     }

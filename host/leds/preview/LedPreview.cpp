@@ -124,7 +124,7 @@ struct LedSequence {
     const LedSequencerProfile profile;
     const LedTable table;
     SteppedLedCtrl sequencer;
-    LedWaves waves; ///< without what the LEDs show
+    LedWaves waves; ///< the waves and segments of the LEDs are empty
     unsigned tick = 0;
     std::size_t line = 0; ///< the first one that has not been run
 };

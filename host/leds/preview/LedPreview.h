@@ -75,7 +75,8 @@ struct LedWaves {
 /// Runs the real sequencer with the tables of `profile` for `ticks` ticks, without waiting and
 /// without its pipe and files. Throws Error for a tick period that the sequencer rejects.
 ///
-/// The result has a character for each LED and tick. LedPreviewRun takes memory for one tick only.
+/// The result holds a character for each LED and tick. For long previews, LedPreviewRun needs less
+/// memory, because it keeps no output.
 LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
                      std::vector<LedLine> lines);
 
@@ -89,10 +90,10 @@ public:
     LedPreviewRun(const LedPreviewRun&) = delete;
     LedPreviewRun& operator=(const LedPreviewRun&) = delete;
 
-    /// The LEDs without their waves and segments, and everything else.
+    /// Everything except the waves and segments of the LEDs, which are empty.
     const LedWaves& waves() const;
 
-    /// The LEDs that are lit in the next tick; the first call is about tick 0.
+    /// Runs the next tick, at first tick 0, and returns the LEDs that are lit in it.
     std::uint32_t next();
 
 private:

@@ -13,10 +13,11 @@ class LedSections {
 public:
     static constexpr unsigned TICKS = 60; ///< of each section but the last
 
-    /// Uses all that `waves` has, except for what the LEDs show.
+    /// Uses everything in `waves` except what the LEDs show.
     explicit LedSections(const LedWaves& waves);
 
-    /// The next section. `waves` are what each LED shows in its ticks, as in LedWave::wave.
+    /// The next section. `waves` holds what each LED shows in the section's ticks, as LedWave::wave
+    /// does.
     std::string next(std::vector<std::string> waves);
 
 private:
