@@ -112,9 +112,10 @@ int call(const CLI::App& app, const Options& options) {
     return StopSignals::statusAfter(isPrinted ? status : FAILED);
 }
 
-/// Runs the line's command and ends the program. Returns the exit status if the command fails or
-/// there is none to run; empty if `words` are not empty and none can be called, because it takes
-/// all commands to say why.
+/// Makes the parsers that `words` name, or all if it is empty, runs the line's command and ends the
+/// program with its status. Returns the exit status if the line has no command to run or the
+/// command throws. Returns empty if only some parsers were made and the line does not fit them,
+/// because it takes all parsers to explain that.
 std::optional<int> tryRun(int argc, char** argv, const std::set<std::string_view>& words) {
     Options options;
     options.words = words;
@@ -144,7 +145,7 @@ std::optional<int> tryRun(int argc, char** argv, const std::set<std::string_view
 
 int runCommandLine(int argc, char** argv) {
     const OutputWatch output;
-    // A host runs for years: the commands that are not called take no memory from it.
+    // Makes only the parsers that are needed: the others would stay in a host's memory for years.
     const std::set<std::string_view> words(argv, argv + argc);
     const std::optional<int> status = tryRun(argc, argv, words);
     return status ? *status : tryRun(argc, argv, {}).value();

@@ -234,7 +234,7 @@ private:
                 m_server->publish(event);
         }
     }
-    /// Sends what the LEDs show to the clients that monitor it.
+    /// Sends the LEDs that are lit to the clients that monitor them.
     void passLedsOn() {
         if (!m_server || !m_leds)
             return;

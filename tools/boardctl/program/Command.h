@@ -41,15 +41,15 @@ CLI::App& addCommand(CLI::App& parent, Options& options, const char* name, const
     return app;
 }
 
-/// A function that adds a command, or two that belong together.
+/// A function that adds one command, or two related ones.
 struct CommandEntry {
     const char* name;
     void (*add)(CLI::App& parent, Options& options);
-    const char* second = nullptr; ///< null if it adds one
+    const char* second = nullptr; ///< null if it adds only one
 };
 
-/// Adds the commands that the line names, or all if its words are not given: the parsers of the
-/// others would take more time and memory than most commands.
+/// Adds the commands that are among `options.words`, or all if there are no words. Making the
+/// parsers of all commands takes more time and memory than most commands do.
 inline void addCommands(CLI::App& parent, Options& options,
                         std::initializer_list<CommandEntry> entries) {
     const auto isNamed = [&](const char* name) { return name && options.words.count(name) != 0; };

@@ -29,7 +29,7 @@ struct Options {
     bool svg = false;     ///< only for `leds preview`
     bool html = false;    ///< only for `leds preview`
 
-    /// The line's words: only commands that are among them are made. Empty: all are made.
+    /// The words of the command line. Only the commands among them get parsers; if empty, all do.
     std::set<std::string_view> words;
 
     /// Runs the command and returns the exit status. Set while the command line is parsed.

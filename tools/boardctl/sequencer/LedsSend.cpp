@@ -35,7 +35,7 @@ std::unique_ptr<BoardProfile> namedBoard(const Options& options) {
     }
 }
 
-/// Waits for as long as the sequencer may need to read what others have sent.
+/// Waits while the sequencer reads what others have sent, for LED_TURN_TICKS ticks at most.
 void sendInTurn(const std::string& line, std::chrono::duration<double> tick) {
     Progress progress(tick.count() * board::LED_TURN_TICKS);
     board::sendLedLineInTurn(line, [&] {
@@ -52,7 +52,7 @@ int send(const Options& options, const SendWords& words) {
     } catch (const std::invalid_argument& error) {
         throw WrongCall(error.what());
     }
-    std::uint32_t tickMs = board::LedSequencerProfile().tickMs; // the usual one
+    std::uint32_t tickMs = board::LedSequencerProfile().tickMs; // the default
     if (const auto board = namedBoard(options)) {
         const board::LedSequencerProfile& tables = ledTablesOf(*board);
         tickMs = tables.tickMs;
