@@ -60,8 +60,8 @@ private:
                : c >= 'a' && c <= 'f' ? c - 'a' + 10
                                       : refuse();
     }
-    /// Ends a constant expression, because it is none itself. Otherwise throws
-    /// std::invalid_argument. A `throw` here would not compile in a program without exceptions.
+    /// Throws std::invalid_argument. A constant expression that calls it does not compile, because
+    /// it is not constexpr. A `throw` in this header would not compile without exceptions.
     static int refuse();
     static Rep* acquire(Rep* rep);
     static void drop(Rep* rep);

@@ -229,7 +229,7 @@ XCode TYThread::getBacktrace(String& text) const {
     return XCode();
 #else
     static_cast<void>(text);
-    return failure("THIS SYSTEM'S C LIBRARY TRACES NO STACKS");
+    return failure("THIS SYSTEM'S C LIBRARY HAS NO STACK TRACES");
 #endif
 }
 
