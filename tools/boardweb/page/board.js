@@ -1,4 +1,4 @@
-// The page of a board: connects what boardweb tells to the parts that show it.
+// The page of a board: passes what boardweb reports to the parts that show it.
 
 import { addToHistory, failHistory, showHistory } from "./charts.js";
 import { byId, secondText, setText } from "./dom.js";
@@ -89,7 +89,7 @@ const feed = new Feed({
     const wasDown = fault !== null;
     fault = null;
     showLink();
-    if (wasDown) askAll(); // nobody repeats what was missed if the host is the same
+    if (wasDown) askAll(); // a host that stayed the same repeats nothing
 }, (reason) => {
     fault = reason;
     showLink();

@@ -6,7 +6,7 @@ const MOST = 720; // values of a series
 const [TOP, BOTTOM, LEFT, RIGHT, HEIGHT] = [10, 24, 46, 10, 170];
 const SHORTEST_S = 300; // of the axis of time
 
-let period = 5; // seconds
+let period = 5; // seconds between two values
 let end = 0; // when the last values were taken, in milliseconds of the board's clock
 let received = 0; // the same moment in milliseconds of the browser's clock
 let series = new Map(); // by device
@@ -218,7 +218,7 @@ function valueOf(device, unit) {
 }
 
 // Adds what the status holds; a second status within the same period replaces the first. The axis
-// keeps to the board's clock, which may differ from the browser's.
+// follows the board's clock, which may differ from the browser's.
 export function addToHistory(status) {
     devices = new Map(status.devices.map((device) => [device.name, device]));
     if (end === 0) return;

@@ -14,12 +14,12 @@ export function make(parent, name, attributes = {}, text = null) {
     return child;
 }
 
-// Leaves an element alone that has the text already, so that a screen reader does not repeat it.
+// Does nothing if the element has this text already, so that a screen reader does not repeat it.
 export function setText(element, text) {
     if (element.textContent !== text) element.textContent = text;
 }
 
-// A term of a definition list and what it means. `fill` may add more than a text.
+// A term of a definition list and its meaning. `fill` may add more than a text.
 export function define(list, term, text, fill = () => {}) {
     make(list, "dt", {}, term);
     const meaning = make(list, "dd", {}, text);
@@ -60,7 +60,7 @@ export function addTime(parent, utc) {
     return make(parent, "time", { datetime: utc, title: utc }, timeText(utc));
 }
 
-// What happened today gets its date at midnight.
+// At midnight, what happened today gets its date.
 setInterval(() => {
     for (const each of document.querySelectorAll("time"))
         setText(each, timeText(each.dateTime));

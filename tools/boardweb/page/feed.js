@@ -1,5 +1,5 @@
-// What boardweb tells: its event stream and its documents. Every path is relative, so that the page
-// also works below a folder of a reverse proxy.
+// What boardweb serves: its event stream and its documents. Every path is relative, so the page also
+// works below a folder of a reverse proxy.
 
 const RETRY_MS = 2000;
 const SLOWEST_RETRY_MS = 60000; // if an answer fails again and again
@@ -28,14 +28,14 @@ export class Feed {
         this.#onUp = onUp;
         this.#onDown = onDown;
         this.#open();
-        // A page that the browser only keeps to go back to holds no connection.
+        // A page in the back/forward cache holds no connection.
         addEventListener("pagehide", () => this.#source.close());
         addEventListener("pageshow", (event) => {
-            if (event.persisted) this.#restart("was not asked while the page was left", 0);
+            if (event.persisted) this.#restart("was not connected while the page was hidden", 0);
         });
     }
 
-    // Whether messages must arrive. If not, silence is no fault.
+    // Whether messages must arrive. If not, silence is not a fault.
     expect(isExpected) {
         clearTimeout(this.#silence);
         if (isExpected)
@@ -70,7 +70,7 @@ export class Feed {
     }
 }
 
-// Keeps what `path` answers on the page: `ask` fetches it and tries again while `isWanted`.
+// Keeps the document at `path` on the page: `ask` fetches it, and tries again while `isWanted`.
 export function keep(path, isWanted, show, fail) {
     let isAsking = false;
     let isStale = false;

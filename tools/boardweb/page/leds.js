@@ -4,7 +4,7 @@ import { addTime, byId, define, make, onChange, setText } from "./dom.js";
 
 let leds = [];
 let lamps = []; // the button of each LED
-let lit = null; // the mask of the present tick; null if the host does not tell
+let lit = null; // the mask of the present tick; null if the host does not report it
 let opened = -1; // index of the LED whose reasons are shown
 let isUnread = false; // whether a screen reader has yet to be told the reasons
 let onOpen = () => {};
@@ -100,7 +100,7 @@ export function lightLeds(mask) {
     paint();
 }
 
-// Without a mask, or while reasons are shown, /leds is asked with each status.
+// Without a mask, or while reasons are shown, each status makes the page fetch /leds.
 export function needsLeds() {
     return lit === null || opened >= 0;
 }

@@ -38,7 +38,7 @@ function drawSoon() {
     requestAnimationFrame(draw);
 }
 
-// The panel shows when an LED changes: as events, these changes would displace all others.
+// The panel shows changes of LEDs. In the list, they would displace all other events.
 function addEvent(event) {
     if (event.event === "led") return;
     add(event.time, event.event, event.text || JSON.stringify(event),
@@ -57,7 +57,7 @@ export function addBoardEvent({ event, lost }) {
 }
 
 export function addLoss(messages, time = entries[0]?.time ?? new Date().toISOString()) {
-    add(time, "lost", `${count(messages, "message")} came too fast and were lost`, true);
+    add(time, "lost", `lost ${count(messages, "message")} that came too fast`, true);
     drawSoon();
 }
 

@@ -66,14 +66,14 @@ const drawDevices = onChange((devices) => {
 // --- button and services ---
 
 function buttonText(button, presses) {
-    if (!button) return "the board has none";
+    if (!button) return "the board has no button";
     if (!button.watched) return `not watched: ${button.fault}`;
     const state = { true: "pressed", false: "released" }[button.pressed] ?? "not known yet";
     return `${state}, ${count(presses, "press", "presses")} so far`;
 }
 
 function sequencerText(leds) {
-    if (!leds) return "the board has none";
+    if (!leds) return "the board has no LED sequencer";
     return [leds.running ? "running" : "not running",
         ...(leds.tick_ms ? [`a tick is ${leds.tick_ms} ms`] : []),
         leds.pipe ? `commands are read from ${leds.pipe}` : "no commands are read",
@@ -107,7 +107,7 @@ const drawServices = onChange(({ button, leds, cpu, counters }) => {
 const drawAbout = onChange(({ status, host }) => {
     const list = byId("about-list");
     list.textContent = "";
-    define(list, "Product", status.product ?? "the descriptor names none");
+    define(list, "Product", status.product ?? "not in the descriptor");
     define(list, "Firmware", status.firmware?.version ?? "not known");
     define(list, "Profile", status.profile + (status.simulated ? ", simulated" : ""));
     define(list, "Host", `${status.version}, started `,
