@@ -18,8 +18,8 @@ class StatusClient {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// Waits until the time, if there is one, or until the descriptor is readable. True if the
-    /// program has been asked to end.
+    /// Waits until the time, if there is one, or until the descriptor is readable; may return
+    /// early. True if the program has been asked to end.
     using Wait = std::function<bool(std::optional<Clock::time_point> end, int descriptor)>;
 
     /// How long the host may take to accept a connection, and by default to answer a call.

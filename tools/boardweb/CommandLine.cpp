@@ -44,11 +44,11 @@ void addOptions(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "boardweb " BOARDWEB_VERSION, "Print the version and exit");
     app.add_option(
            "--listen", options.listen,
-           "Where to serve HTTP: ADDRESS:PORT of this machine, or the path of a Unix socket; "
+           "Where to serve HTTP: ADDRESS:PORT of this machine or the path of a Unix socket; "
            "default: 127.0.0.1:8411")
         ->type_name("ADDRESS");
     app.add_option("--allow-host", options.names,
-                   "Answer requests for this name, too, besides 127.0.0.1, localhost and [::1]; "
+                   "Also answer requests for this name, not only 127.0.0.1, localhost and [::1]; "
                    "may be repeated")
         ->type_name("NAME")
         ->check(hostName())
@@ -64,7 +64,7 @@ void addOptions(CLI::App& app, Options& options) {
         ->type_name("FILE")
         ->excludes(socket);
     app.footer("Shows a board that `boardctl run` hosts. Nothing on the board can be changed "
-               "through it.\n"
+               "through boardweb.\n"
                "Exit status: 0 ended by SIGINT or SIGTERM, 1 failed, 2 wrong call.");
 }
 
@@ -81,7 +81,7 @@ ListenAddress addressOf(const Options& options) {
                     "the name by which they call this machine)");
 }
 
-/// Differs from run to run.
+/// A word that differs from run to run.
 std::string runWord() {
     std::random_device random;
     constexpr char DIGITS[] = "0123456789abcdef";

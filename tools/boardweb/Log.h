@@ -4,7 +4,7 @@
 
 namespace boardweb {
 
-/// Prints a line for people on standard error. `isError` marks it as an error for the journal.
+/// Prints a line on standard error. `isError` marks it as an error for the journal.
 void logLine(const std::string& text, bool isError = false);
 
 } // namespace boardweb

@@ -81,8 +81,8 @@ std::string EventFeed::presentState() const {
     const auto last = std::find_if(m_last.rbegin(), m_last.rend(),
                                    [](const std::string& data) { return !data.empty(); });
     std::string state;
-    // Only the last one has the number of the newest message. A client that has not got all of them
-    // would otherwise miss the rest when it connects again.
+    // Only the last message has the number of the newest one. Otherwise, a client that loses the
+    // connection before it has all of them would miss the rest.
     for (std::size_t kind = 0; kind < m_last.size(); ++kind)
         if (!m_last[kind].empty())
             state += m_ring.textOf(NAMES[kind], m_last[kind],

@@ -13,8 +13,8 @@
 
 namespace boardweb {
 
-/// Carries messages from the thread that publishes them to any number of readers. A reader that is
-/// slow costs its position in the ring and the message that it is being sent.
+/// Carries messages from the thread that publishes them to many readers. All read from one ring, so
+/// a slow reader takes no more memory than the message that it is being sent.
 ///
 /// Any thread.
 class EventFeed {
@@ -24,7 +24,8 @@ public:
 
     enum Kind { HOST, STATUS, LEDS, BOARD };
 
-    /// The connection of a reader. The feed calls these with its lock held: they must not call it.
+    /// The connection of a reader. The feed calls these with its lock held, so they must not call
+    /// the feed.
     class Connection {
     public:
         virtual ~Connection() = default;
@@ -41,8 +42,8 @@ public:
         Reader(const Reader&) = delete;
         Reader& operator=(const Reader&) = delete;
 
-        /// Copies at most `size` bytes of the stream to `buffer`. Returns how many; 0 if there are
-        /// none, and the connection has been paused; END if the feed has ended.
+        /// Copies at most `size` bytes of the stream to `buffer`, and returns how many. If there
+        /// are none, pauses the connection and returns 0. Returns END if the feed has ended.
         std::ptrdiff_t read(char* buffer, std::size_t size);
 
     private:
@@ -61,19 +62,19 @@ public:
     /// `onJoin` is called, with the lock held, when a reader joins.
     EventFeed(std::string run, std::function<void()> onJoin);
 
-    /// Sends a message to all readers. `data` is JSON in one line. A new reader gets the last
-    /// message of each kind except BOARD at first.
+    /// Sends a message to all readers. `data` is JSON on one line. A new reader first gets the last
+    /// message of each kind except BOARD.
     void publish(Kind kind, const std::string& data);
-    /// What was published of this kind does not hold any more: new readers don't get it.
+    /// Forgets the last message of this kind, so that new readers don't get what is no longer true.
     void forget(Kind kind);
-    /// Sends something without a meaning, so that a connection that is dead is noticed.
+    /// Sends a comment, which clients ignore, so that dead connections are noticed.
     void keepAlive();
 
     std::size_t readers() const;
 
-    /// A new reader, or null if there are too many. Neither it nor the connection may outlive the
-    /// feed, nor the connection the reader. A reader whose last message was `lastId` continues
-    /// after that one, if it is of this run. An empty `lastId` stands for none.
+    /// A new reader, or null if there are too many. It must not outlive the feed or the connection.
+    /// If `lastId` is the identifier of a message of this run, the reader continues after that
+    /// message. It is empty if the client has had no message.
     std::unique_ptr<Reader> join(const std::string& lastId, Connection& connection);
 
     /// Ends the stream of all readers, and of those that join later.

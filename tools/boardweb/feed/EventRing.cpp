@@ -6,7 +6,7 @@ namespace boardweb {
 
 namespace {
 
-/// The memory that a message takes. A short message takes more for its place than for its text.
+/// The memory that a message takes. For a short one, the overhead is larger than the text.
 std::size_t weightOf(const EventRing::Text& text) {
     constexpr std::size_t PLACE = 96;
     return PLACE + text->capacity();

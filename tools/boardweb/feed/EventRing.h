@@ -16,9 +16,9 @@ class EventRing {
 public:
     using Text = std::shared_ptr<const std::string>;
 
-    /// `run` is a word that differs from run to run, so that a client that was connected to an
-    /// earlier one can be told apart. The messages take at most about `limit` bytes of memory; the
-    /// newest one is kept even if it takes more.
+    /// `run` is a word that differs from run to run. It reveals clients whose last message is from
+    /// an earlier run. The messages take about `limit` bytes of memory at most; the newest one is
+    /// kept even if it takes more.
     EventRing(std::string run, std::size_t limit) : m_run(std::move(run)), m_limit(limit) {}
 
     /// Adds a message. `data` must be one line.

@@ -26,7 +26,7 @@ public:
     void add(const nlohmann::ordered_json& status, const TYTime& end);
 
     /// {"period_s":5,"end":"...","series":[{"device","kind","unit","values":[...]}]}: the oldest
-    /// value first, one per period, the last one of `end`. A value is null if it is not known.
+    /// value first, one per period, the last one taken at `end`. An unknown value is null.
     /// "unit" is celsius for a sensor; for a fan it is rpm, or "level" if the fan has no
     /// tachometer: off 0, low 1, high 2, full 3.
     std::shared_ptr<const std::string> text() const;
@@ -43,7 +43,7 @@ private:
 
     mutable std::mutex m_mutex;
     std::vector<Series> m_series;
-    std::size_t m_place = 0; ///< in the rings: of the next value, or of the one that is being noted
+    std::size_t m_place = 0; ///< in the rings: index of the value that is noted now or next
     std::size_t m_count = 0; ///< of values in each ring
     std::string m_end;
     mutable std::shared_ptr<const std::string> m_text; ///< null if it has to be made

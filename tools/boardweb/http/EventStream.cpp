@@ -35,8 +35,8 @@ public:
     }
 
 private:
-    /// Whether the client has closed the connection. The server would learn it only from a write
-    /// that fails, so that clients that are gone would count for longer.
+    /// Whether the client has closed the connection. The server notices that only when a write
+    /// fails, and until then the client would count as a reader.
     bool hasGone() const {
         char byte = 0;
         return ::recv(m_exchange.socket(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0;

@@ -8,8 +8,8 @@
 
 namespace boardweb {
 
-/// The answer to a client that follows the events. Null if too many do. The client is dropped if it
-/// takes nothing for a minute.
+/// The answer to a client that follows the events. Null if too many do. A client that reads nothing
+/// for a minute is disconnected.
 Response eventStream(EventFeed& feed, const std::string& lastId, Exchange& exchange);
 
 } // namespace boardweb

@@ -37,7 +37,7 @@ private:
     std::optional<Answer> m_answer;
     std::list<Exchange>::iterator m_place;
     std::optional<Clock::time_point> m_end; ///< when it is ended; empty for a stream of events
-    bool m_isWaiting = true;                ///< for a request that is complete
+    bool m_isWaiting = true;                ///< no complete request has arrived
 };
 
 /// All connections. Ends those that take too long, and makes room for new ones: a client can't keep
@@ -46,12 +46,12 @@ class Exchanges {
 public:
     using Clock = Exchange::Clock;
     static constexpr unsigned MOST = 128;
-    /// So many connections are kept free, as long as others wait for a request.
+    /// To keep this many free, a new connection ends one that waits for a request.
     static constexpr unsigned SPARE = 16;
-    /// How long a request may take to arrive, from when the connection or the previous answer was
-    /// complete.
+    /// How long a request may take to arrive, counted from the start of the connection or the end
+    /// of the previous answer.
     static constexpr std::chrono::seconds REQUEST_LIMIT{10};
-    /// How long its answer may take to leave.
+    /// How long it may then take until the answer is sent.
     static constexpr std::chrono::seconds ANSWER_LIMIT{60};
 
     /// `socket` must not be closed before `remove`. The object exists until then.
@@ -65,7 +65,7 @@ public:
     /// The answer has been sent, or could not be.
     void finish(Exchange& exchange);
 
-    /// Ends those that are overdue. Returns when the next one will be.
+    /// Ends those that are overdue. Returns when the next one is due; empty if none is.
     std::optional<Clock::time_point> endOverdue();
 
 private:

@@ -73,11 +73,12 @@ HttpServer::HttpServer(const Listener& listener, const Sources& sources,
 }
 
 HttpServer::~HttpServer() {
-    // The listening socket stays with its owner. A connection that is paused could not be ended.
+    // Leaves the listening socket to its owner. Resumes all paused connections, because the library
+    // can't end those.
     MHD_quiesce_daemon(m_daemon);
     m_sources.feed.end();
     m_sources.questions.end(
-        {false, std::make_shared<const std::string>(R"({"error":"boardweb ends"})")});
+        {false, std::make_shared<const std::string>(R"({"error":"boardweb is shutting down"})")});
     MHD_stop_daemon(m_daemon);
 }
 

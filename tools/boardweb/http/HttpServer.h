@@ -13,8 +13,8 @@
 
 namespace boardweb {
 
-/// Serves HTTP on a thread of its own. What a client can make it use is limited: connections, the
-/// memory and the time of each, and the size of a request.
+/// Serves HTTP on a thread of its own. Limits the number of connections, the memory and time of
+/// each, and the size of a request.
 class HttpServer {
 public:
     /// Serves from now on. Throws Error if the system refuses.
@@ -24,7 +24,7 @@ public:
     HttpServer(const HttpServer&) = delete;
     HttpServer& operator=(const HttpServer&) = delete;
 
-    /// Ends connections that take too long. To be called at the time that it returns, and at least
+    /// Ends connections that take too long. Call it at the time that it returned last, and at least
     /// every few seconds. Any thread.
     std::optional<Exchanges::Clock::time_point> endOverdue() { return m_exchanges.endOverdue(); }
 

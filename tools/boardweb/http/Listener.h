@@ -15,7 +15,7 @@ struct ListenAddress {
     /// Parses "ADDRESS:PORT", with a numeric address, or "/PATH". Throws Error if it is neither.
     explicit ListenAddress(const std::string& text);
 
-    /// Whether only programs of this machine can connect.
+    /// Whether only programs on this machine can connect.
     bool isLocal() const;
 
     std::string path; ///< of a Unix socket; empty for an internet address

@@ -39,7 +39,7 @@ unsigned refusalOf(const RequestHead& request, const std::vector<std::string>& n
         return MHD_HTTP_BAD_REQUEST;
     if (!isHostNamed(request.host, names))
         return MHD_HTTP_MISDIRECTED_REQUEST;
-    // A link on another site may lead to the page, but that site may not fetch anything.
+    // Another site may link to the page, but must not fetch anything.
     if (request.fetchSite == "cross-site" &&
         !(request.fetchMode == "navigate" && request.path == "/"))
         return MHD_HTTP_FORBIDDEN;

@@ -11,15 +11,15 @@ struct RequestHead {
     std::string_view method;
     std::string_view path; ///< as it came, without the query
     std::string_view host;
-    unsigned hosts = 0; ///< how many headers Host there are
+    unsigned hosts = 0; ///< the number of Host headers
     std::string_view fetchSite;
     std::string_view fetchMode;
     bool hasBody = false;
 };
 
-/// Whether a header Host names this server: 127.0.0.1, localhost, [::1] or one of `names`, with or
-/// without a port. A web page of somebody else, whose name was made to lead to this machine, would
-/// send its own name.
+/// Whether a Host header names this server: 127.0.0.1, localhost, [::1] or one of `names`, with or
+/// without a port. This defeats DNS rebinding: a foreign page whose name resolves to this machine
+/// sends that name.
 bool isHostNamed(std::string_view host, const std::vector<std::string>& names);
 
 /// The HTTP status with which the request is refused; 0 if it is not.

@@ -26,12 +26,12 @@ constexpr struct {
     unsigned status;
     std::string_view text;
 } REFUSALS[] = {
-    {MHD_HTTP_BAD_REQUEST, "Bad Request: expected one header Host\n"},
-    {MHD_HTTP_FORBIDDEN, "Forbidden: another site may not ask\n"},
+    {MHD_HTTP_BAD_REQUEST, "Bad Request: expected exactly one Host header\n"},
+    {MHD_HTTP_FORBIDDEN, "Forbidden: requests from other sites are refused\n"},
     {MHD_HTTP_NOT_FOUND, "Not Found\n"},
     {MHD_HTTP_METHOD_NOT_ALLOWED, "Method Not Allowed: expected GET or HEAD\n"},
     {MHD_HTTP_CONTENT_TOO_LARGE, "Content Too Large: expected a request without a body\n"},
-    {MHD_HTTP_MISDIRECTED_REQUEST, "Misdirected Request: no such name here (see --allow-host)\n"},
+    {MHD_HTTP_MISDIRECTED_REQUEST, "Misdirected Request: unknown host name (see --allow-host)\n"},
 };
 
 void add(MHD_Response& response, const char* name, const char* value) {

@@ -24,7 +24,7 @@ constexpr char METRICS_TYPE[] = "text/plain; version=0.0.4; charset=utf-8";
 /// Adds the headers that every response has.
 void addHeaders(MHD_Response& response, const char* type, const char* caching = "no-store");
 
-/// A response with a text that others may hold too.
+/// A response with this text, which it shares with other holders.
 Response responseOf(const char* type, std::shared_ptr<const std::string> text);
 
 /// The responses that are always the same. None contains anything of a request.

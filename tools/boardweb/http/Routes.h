@@ -27,7 +27,7 @@ public:
     Routes(const Sources& sources, std::vector<std::string> names, Exchanges& exchanges)
         : m_sources(sources), m_names(std::move(names)), m_exchanges(exchanges) {}
 
-    /// Answers a request whose headers are complete and which has a body. The body is not read.
+    /// Refuses a request with a body as soon as its headers are complete. Does not read the body.
     MHD_Result refuse(const Exchange& exchange, const RequestHead& head) const;
     /// Answers a complete request, or pauses its connection. Called again when that is resumed.
     MHD_Result answer(Exchange& exchange, const RequestHead& head) const;

@@ -22,7 +22,7 @@ constexpr char USUAL_PROFILE[] = "/etc/boarddrivers/board.toml";
 constexpr char USUAL_SOCKET[] = "/run/boarddrivers/host";
 constexpr char NO_METHOD[] = "org.varlink.service.MethodNotFound";
 
-/// How many messages are handled before others get their turn.
+/// How many messages are handled before other work gets its turn.
 constexpr int MOST_AT_ONCE = 64;
 
 std::string textOf(const nlohmann::ordered_json& value) {
@@ -116,11 +116,11 @@ StatusClient HostLink::client() const {
     const std::string profile = m_place.socket.empty() ? profileFor(m_place) : "";
     if (profile.empty()) {
         StatusClient client(m_place.socket.empty() ? USUAL_SOCKET : m_place.socket, m_wait);
-        static_cast<void>(client.call("Status")); // or else it is not a host, or does not work
+        static_cast<void>(client.call("Status")); // throws if that is not a host
         return client;
     }
-    // Whether the board is simulated, which would take reading the profile, need not be known: a
-    // place where no host listens does no harm.
+    // Counting any board as simulated only adds a place where no host listens, and saves reading
+    // the profile.
     return board::findHost(profile, true, m_wait).client;
 }
 
@@ -168,7 +168,7 @@ void HostLink::logChange(bool isThere, const std::string& text) {
     m_isLoggedAs = isThere;
 }
 
-/// Says that there is a host, or with a fault that there is none, if that is news.
+/// Publishes that there is a host, or the fault why there is none, if that has changed.
 void HostLink::publishHost(const std::string& fault) {
     const bool isThere = fault.empty();
     const bool isSame = !m_since.empty() && m_fault.empty() == isThere;
@@ -214,8 +214,8 @@ void HostLink::askStatus() {
 }
 
 void HostLink::tick() {
-    // Periods that have passed unseen, because a host kept this thread waiting or the program was
-    // stopped, are not known.
+    // Periods that this thread has missed have no values. A slow host kept it waiting, or the
+    // program was stopped.
     for (; Clock::now() - m_nextTick >= History::PERIOD; m_nextTick += History::PERIOD)
         m_history.add(nullptr, board::calendarTime());
     m_nextTick += History::PERIOD;
@@ -245,7 +245,8 @@ Answer HostLink::answerTo(Question question) {
 void HostLink::answerQuestion(Question question) {
     Answer answer;
     withHost([&] { answer = answerTo(question); });
-    m_questions.answer(answer.text ? answer : failure(m_host ? "boardweb ends" : m_fault));
+    m_questions.answer(answer.text ? answer
+                                   : failure(m_host ? "boardweb is shutting down" : m_fault));
 }
 
 /// True if there may be more to take without a wait.

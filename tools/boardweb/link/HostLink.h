@@ -23,10 +23,10 @@ struct HostPlace {
                          ///< there is none
 };
 
-/// The connection to the host, which may be absent at any time: it is looked for again and again.
-/// While it is there, it is asked for its status in each period of the history and after each event
-/// of the board, and it is asked whatever clients ask. What it says goes into the feed, the history
-/// and the answers. Runs on the program's main thread.
+/// The connection to the host. While there is no host, looks for one again and again. Otherwise,
+/// asks it for its status in each period of the history and after each event of the board, and
+/// passes the questions of clients on. The replies go to the feed, the history and the clients.
+/// Runs on the program's main thread.
 class HostLink {
 public:
     /// All references must outlive the object.
@@ -77,8 +77,8 @@ private:
     const board::StatusClient::Wait m_wait;
     std::unique_ptr<Connections> m_host; ///< null while there is none
     std::string m_fault;                 ///< why there is none
-    std::string m_since;                 ///< for how long this has been so
-    std::optional<bool> m_isLoggedAs;    ///< whether the log says that there is one
+    std::string m_since;                 ///< when it appeared or was lost
+    std::optional<bool> m_isLoggedAs;    ///< whether the last log line reports one
     Clock::time_point m_nextTry, m_nextTick;
     std::chrono::milliseconds m_pause;
     bool m_isStatusDue = false;

@@ -21,7 +21,7 @@ struct Answer {
 };
 
 /// Carries questions from the HTTP thread to the thread that talks to the host, and answers back.
-/// All who wait with the same question get the same answer. Any thread.
+/// All who wait with the same question share one answer. Any thread.
 class Questions {
 public:
     /// Somebody who waits for an answer. Called with the lock held: must not call Questions.
@@ -35,16 +35,16 @@ public:
     /// `wake` is called, with the lock held, after each question.
     explicit Questions(std::function<void()> wake) : m_wake(std::move(wake)) {}
 
-    /// Pauses the asker until there is an answer. It must exist until then.
+    /// Pauses the asker, which must exist until there is an answer.
     void ask(Question question, Asker& asker);
 
-    /// A question that somebody waits for; empty if nobody does. Who asks the same from now on gets
-    /// a later answer.
+    /// A question that somebody has asked; empty if nobody waits. Whoever asks the same question
+    /// from now on gets a later answer.
     std::optional<Question> take();
     /// Answers the question that was taken.
     void answer(const Answer& answer);
 
-    /// Gives this answer to all who wait or will ask. Nobody is paused from now on.
+    /// Gives this answer to everybody who waits now or asks later. Nobody is paused any more.
     void end(const Answer& answer);
 
 private:

@@ -80,7 +80,7 @@ bool Waits::wait(Time end, const std::vector<int>& descriptors) const {
         left.tv_sec = static_cast<time_t>(span.count() / 1000000000);
         left.tv_nsec = static_cast<long>(span.count() % 1000000000);
     }
-    // The signals are let in only during the wait, so none arrives between the test and the wait.
+    // Signals can arrive only during the wait, so none is missed between the test and the wait.
     sigset_t open;
     pthread_sigmask(SIG_SETMASK, nullptr, &open);
     sigdelset(&open, SIGINT);

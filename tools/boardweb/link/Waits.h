@@ -9,9 +9,9 @@
 
 namespace boardweb {
 
-/// Waits on behalf of the program's main thread. SIGINT and SIGTERM end each wait, for good: they
-/// ask the program to end. There is one object, made before any other thread: these signals are
-/// blocked in threads made later.
+/// Waits on behalf of the program's main thread. SIGINT and SIGTERM ask the program to end: they
+/// end the present wait, and later ones return at once. Make only one object, before any other
+/// thread, because it blocks these signals in threads that are made later.
 class Waits {
 public:
     using Clock = std::chrono::steady_clock;
@@ -26,7 +26,8 @@ public:
     /// True if the program was asked to end.
     static bool isAsked();
 
-    /// `work` is called before each wait, and again at the time that it returns, if it returns one.
+    /// Each wait first calls `work`, and ends early at the time that `work` returns, if any. The
+    /// caller then waits again.
     void setWork(std::function<Time()> work) { m_work = std::move(work); }
 
     /// Waits until `end`, if there is one, until one of the descriptors is readable, or until
