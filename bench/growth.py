@@ -97,7 +97,7 @@ class Growth:
 
     @staticmethod
     def monitors(folder, count):
-        """Fans that are named by their hardware monitors, each of which is in a folder of a sysfs."""
+        """Fans that are named by their hardware monitors. Creates these monitors in a sysfs of its own."""
         text = ""
         for i in range(count):
             monitor = f"{folder}/sys/class/hwmon/hwmon{i}"
@@ -145,6 +145,6 @@ def figures(tree):
 
 
 def preview_memory(tree):
-    """Returns the memory that a preview of a million ticks takes, and one of a thousand."""
+    """Returns the memory that a preview of a million ticks takes, and that of one of a thousand."""
     return (start.heap([tree + "/bin/boardctl", "--sim", "leds", "preview", "--ticks", ticks])
             for ticks in ("1000000", "1000"))

@@ -1,7 +1,7 @@
-# Finds header-only packages, those of the target machine first, and otherwise those of the build
-# machine. The folder that holds the latter (/usr/include) also holds the C library's headers, which
-# are wrong for a cross compiler. The build tree therefore has a folder for each package, with a link
-# to its headers.
+# Finds header-only packages for the target machine, or else uses those of the build machine. The
+# build machine's folder (/usr/include) also holds its C library's headers, which are wrong for a
+# cross compiler. The build tree therefore has a folder for each package, with a link to the
+# package's headers.
 function(board_header_only name header)
     find_path(${name}_FOLDER ${header})
     find_path(${name}_FOLDER ${header} REQUIRED NO_CMAKE_FIND_ROOT_PATH)

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # debian-armhf.sh FOLDER PACKAGE...: downloads Debian packages for 32-bit ARM and unpacks them into
-# FOLDER, which afterwards holds exactly these packages, or else is as before. Does nothing if it
-# holds them already. Installs nothing and does not change the machine's package state.
+# FOLDER, which then holds exactly these packages. If anything fails, FOLDER is unchanged. Does
+# nothing if FOLDER holds them already. Does not install anything or change the machine's package
+# state.
 #
 # A package without files of its own stands for the packages that it depends on: linux-image-armmp,
 # for example, depends on the package of the newest kernel. Other dependencies must be named.
@@ -14,7 +15,7 @@ part=$folder.part
 apt=$part/apt
 log=$folder.log
 
-# One run at a time, which the lock of its log tells.
+# Locks the log, so that only one run works on the folder.
 mkdir -p "$(dirname -- "$folder")"
 exec {lock}>>"$log"
 flock "$lock"
@@ -25,7 +26,7 @@ fi
 
 fail() {
     tail -5 "$log" >&2
-    echo "debian-armhf: $* (all of it is in $log)" >&2
+    echo "debian-armhf: $* (full log: $log)" >&2
     exit 1
 }
 
@@ -48,7 +49,7 @@ sources() {
             END { printf "%s", others }'
 }
 
-# Uses one release only: of two, apt would choose the packages of the newer one.
+# Uses only one release, because from two apt would choose the packages of the newer one.
 find_source() {
     local keys=/usr/share/keyrings/debian-archive-keyring.gpg mirror suite
     while read -r mirror suite; do
@@ -57,12 +58,12 @@ find_source() {
             return
         fi
     done < <(sources)
-    fail "none of the mirrors in this machine's apt sources can be reached and has these packages for armhf: $*"
+    fail "no mirror in this machine's apt sources can be reached and has these packages for armhf: $*"
 }
 
 has_files() { dpkg-deb --contents "$1" | grep -vE '^d| \./usr/share/(doc|bug|lintian)/' >/dev/null; }
 
-rm -rf "$part" # of an interrupted run
+rm -rf "$part" # left by an interrupted run
 mkdir -p "$apt"/{state,lists,none,cache/archives}/partial "$part"/{packages,root}
 : >"$apt/status"
 find_source "$@"
