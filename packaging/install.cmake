@@ -6,7 +6,7 @@ include(CMakePackageConfigHelpers)
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/boarddrivers)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/boarddrivers)
 
-# All libraries are in one folder, and each finds the others there, wherever that folder is.
+# All libraries are installed in one folder, and each finds the others there, even if it is moved.
 set_target_properties(boarddrivers PROPERTIES INSTALL_RPATH $ORIGIN)
 install(TARGETS boarddrivers EXPORT boarddrivers
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
@@ -79,8 +79,8 @@ file(GLOB guides docs/*-guide.md docs/operations.md docs/descriptor.md docs/stat
 install(FILES ${guides} DESTINATION ${documents} COMPONENT boardctl)
 install(DIRECTORY docs/images DESTINATION ${documents} COMPONENT boardctl)
 
-# board_reference(<program> <runner>) makes a program's manual page and completions from its help. The
-# runner starts the program on the build machine.
+# board_reference(<program> <runner>) makes a program's manual page and completions from its help.
+# The runner starts the program on the build machine.
 function(board_reference program runner)
     find_program(HELP2MAN help2man REQUIRED)
     set(page ${PROJECT_BINARY_DIR}/${program}.1.gz)

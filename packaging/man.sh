@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Prints the manual page of a program, generated from the help of the program and of each command.
-# The sections that the help does not have come from NAME.h2m in this folder.
+# Sections that the help does not contain come from NAME.h2m in this folder.
 # usage: packaging/man.sh PROGRAM
 set -euo pipefail
 

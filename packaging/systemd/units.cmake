@@ -1,6 +1,6 @@
-# Installs the systemd units of a program, each with the path of the program that is installed with
-# them. Runs when the tree is installed, because only then is the prefix known. install.cmake sets
-# `program`, `folder`, `made` and `bin`.
+# Installs the systemd units of a program, with the path of the installed program filled in. Runs
+# when the tree is installed, because the prefix is not known earlier. install.cmake sets `program`,
+# `folder`, `made` and `bin`.
 get_filename_component(prefix "${CMAKE_INSTALL_PREFIX}" ABSOLUTE)
 set(destination "${CMAKE_INSTALL_PREFIX}/lib/systemd/system")
 if(prefix STREQUAL /usr AND program STREQUAL boardctl)
@@ -8,8 +8,8 @@ if(prefix STREQUAL /usr AND program STREQUAL boardctl)
     file(MAKE_DIRECTORY $ENV{DESTDIR}/etc/boarddrivers)
 endif()
 if(prefix STREQUAL /usr AND program STREQUAL boardweb)
-    # Changes the host's unit, which then needs the group that a package makes. Without the group the
-    # host could not start.
+    # Runs the host with the group that the package creates. Without that group, the host could not
+    # start.
     file(INSTALL ${folder}/boardctl.service.d DESTINATION ${destination})
 endif()
 set(bindir ${prefix}/${bin})

@@ -4,7 +4,7 @@
 #
 ################################################################################
 
-# The tree that contains this folder.
+# The source tree that contains this folder.
 BOARDDRIVERS_VERSION = 1.0.0
 BOARDDRIVERS_SITE = $(realpath $(BR2_EXTERNAL_BOARDDRIVERS_PATH)/../..)
 BOARDDRIVERS_SITE_METHOD = local

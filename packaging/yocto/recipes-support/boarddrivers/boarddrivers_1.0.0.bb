@@ -1,5 +1,5 @@
-# Builds the tree that contains this layer. Without the option "boardctl", only the library and its
-# framework are built.
+# Builds the source tree that contains this layer. Without "boardctl" in PACKAGECONFIG, builds only
+# the library and its framework.
 SUMMARY = "Hardware-support drivers for embedded Linux boards"
 SECTION = "libs"
 LICENSE = "CLOSED"
@@ -12,7 +12,7 @@ PACKAGECONFIG[boardctl] = "-DBOARD_TOOLS=ON,-DBOARD_TOOLS=OFF,cli11 tomlplusplus
 PACKAGECONFIG[boardweb] = "-DBOARDWEB=ON,-DBOARDWEB=OFF,libmicrohttpd"
 EXTRA_OECMAKE = "-DBOARD_TESTS=OFF -DBOARD_PACKAGES=OFF -DCMAKE_BUILD_TYPE=MinSizeRel"
 
-# A board has no profile at first, so nothing is started by itself.
+# A new board has no profile, so the services are not enabled.
 PACKAGES =+ "boardctl boardweb"
 SYSTEMD_PACKAGES = "boardctl boardweb"
 SYSTEMD_SERVICE:boardctl = "boardctl.service"
