@@ -1,5 +1,5 @@
-// What boardweb serves: its event stream and its documents. Every path is relative, so the page also
-// works below a folder of a reverse proxy.
+// What boardweb serves: its event stream and its documents. Every path is relative, so the page
+// also works below a folder of a reverse proxy.
 
 const RETRY_MS = 2000;
 const SLOWEST_RETRY_MS = 60000; // if an answer fails again and again
