@@ -54,7 +54,7 @@ for file in "${library%.1}" "$root/usr/include/boarddrivers/CBoardDescr.h" \
     "$root/usr/share/zsh/vendor-completions/_boardweb"; do
     [[ -e $file ]] || fail "there is no $file"
 done
-grep -q '^boarddrivers:' "$root/etc/group" || fail "boardweb made no group boarddrivers"
+grep -q '^boarddrivers:' "$root/etc/group" || fail "the package boardweb did not create the group boarddrivers"
 for file in "$library" "$root"/usr/bin/board{ctl,web}; do
     headers=$(readelf --wide --program-headers --dynamic --dyn-syms "$file")
     for mark in GNU_RELRO BIND_NOW __stack_chk_fail _chk@; do # the last: functions that check their buffers

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Lets the checker of Prometheus judge the figures that boardctl prints, and the rules and the scrape
-# in docs/operations.md. Unpacks the checker into FOLDER, unless it is there already, and installs
-# nothing: tests/promtool.sh FOLDER BOARDCTL
+# Checks the figures that boardctl prints, and the rules and the scrape configuration in
+# docs/operations.md, with Prometheus's promtool. Unpacks promtool into FOLDER, unless it is there
+# already, and installs nothing: tests/promtool.sh FOLDER BOARDCTL
 set -euo pipefail
 
 folder=$1

@@ -4,8 +4,8 @@
 usage: tests/tidy.py BUILD
 BUILD is a build tree with a compile_commands.json, in which each source compiles alone.
 
-Most of clang-tidy's work are the headers of other projects, which it reads again for each source. So
-the sources of each folder of the host and its programs are joined, as other builds join them too.
+clang-tidy spends most of its time on the headers of other projects, which it reads again for each
+source. So the sources of each folder of the host and its programs are joined, as in other builds.
 Two checks make no sense for joined sources; tests/tree.py does their work.
 """
 import collections

@@ -3,7 +3,7 @@
 - An include goes to the same folder or to a lower floor, and files do not include each other in a
   circle.
 - Only host/base calls the operating system for files on behalf of host/ and tools/.
-- No source is included, and each using-declaration has a use.
+- No .cpp file is included, and each using-declaration in a .cpp file is used.
 - A folder has at most a dozen modules (a module is a .h and .cpp pair), a source at most 300 lines.
 """
 import collections

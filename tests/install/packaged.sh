@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds a program against the Debian packages and runs it with nothing but them and what they
-# depend on: tests/install/packaged.sh PACKAGES [EMULATOR...]
+# Builds a program against the Debian packages, and runs it with only these packages and their
+# dependencies installed: tests/install/packaged.sh PACKAGES [EMULATOR...]
 #
 # Packages for this machine are installed into a minimal Debian root, which only root can make.
 # Packages for ARM are unpacked and serve as a sysroot, and the program runs in the emulator.
@@ -49,14 +49,14 @@ if ((EUID != 0)); then
     echo "minimal root: skipped: only root can make one"
     exit 0
 fi
-# From the package sources of this machine.
+# Uses the package sources of this machine.
 release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
 # shellcheck disable=SC2016 # apt fills these in
 apt-get indextargets --format 'deb $(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created-By: Packages' |
     sort -u >"$work/sources"
 mmdebstrap --variant=essential --include=libstdc++6 "$release" "$root" - \
     <"$work/sources" >"$work/log" 2>&1 || fail "no minimal root: $(tail -5 "$work/log")"
-# dpkg checks that the packages name what they depend on; libstdc++ is all of it.
+# dpkg fails if a dependency of the packages is missing. The root has only libstdc++ for them.
 mkdir "$root/packages"
 cp "$packages"/{libboarddrivers1,libboarddrivers-dev,boardctl}_*.deb "$root/packages"
 chroot "$root" sh -c 'dpkg --install /packages/*.deb' >"$work/log" 2>&1 || fail "dpkg failed: $(cat "$work/log")"

@@ -61,7 +61,7 @@ g++ -std=c++17 -Wall -Wextra -Werror "$source/tests/install/consumer.cpp" -o "$w
 LD_LIBRARY_PATH=$libraries expect "$product" "$work/consumer" "$image"
 echo "installed: CMake with strict flags, the installed consumer, the example, pkg-config"
 
-# Moved elsewhere as a whole, the installed consumer still finds the libraries beside it.
+# If the whole prefix is moved, the installed consumer still finds the libraries beside it.
 cp -a "$prefix" "$work/moved"
 mv "$prefix" "$work/away"
 expect "$product" "$work/moved/bin/consumer" "$image"

@@ -111,7 +111,7 @@ def test_outlives_boardweb(page):
 
 
 def test_is_not_disturbed_by_many_clients(page):
-    """No client reads what it asked for."""
+    """The clients do not read the answers."""
     board = page.board
     with contextlib.ExitStack() as clients:
         open_client = lambda: (client := board.event_client()) and clients.enter_context(client)

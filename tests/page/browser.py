@@ -6,7 +6,7 @@ from selenium import webdriver
 
 
 def browser(*words):
-    """Starts it with more words for its command line."""
+    """Starts the browser with additional arguments."""
     options = webdriver.ChromeOptions()
     options.binary_location = "/usr/bin/chromium"
     for word in ("--headless=new", *words, *(["--no-sandbox"] if os.geteuid() == 0 else [])):

@@ -79,7 +79,7 @@ class Board:
             self.run("leds", "send", *line.split())
 
     def heat(self, celsius):
-        """In one step, as a sensor does."""
+        """Replaces the value in one step, as a sensor does."""
         new = self.folder / "dev/new"
         new.write_text(f"{round(celsius * 1000)}\n", encoding="ascii")
         new.rename(self.folder / "dev/temperature")

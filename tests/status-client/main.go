@@ -4,7 +4,7 @@
 // type.
 //
 // usage: status-client SOCKET [COMMAND [ARGUMENT...]]
-// COMMAND must cause an event on the board, and change an LED. It runs once the client monitors both.
+// COMMAND must cause an event on the board and change an LED. It runs once the client monitors both.
 package main
 
 import (

@@ -62,7 +62,7 @@ inside systemctl start boardctl || fail "the service does not start"
 is ActiveState active || fail "the service is $(property ActiveState)"
 until_true "the service says how the board is" is StatusText "7 devices, no alarm"
 
-# A user without privileges, to whom only the host's socket is open.
+# boardweb runs as a user without privileges, who can open only the host's socket.
 inside systemctl --quiet enable --now boardweb || fail "boardweb does not start"
 until_true "boardweb shows the board" web_has /status '"name":"thermal"'
 [[ $(inside ps --no-headers -o user -C boardweb) != root ]] || fail "boardweb runs as root"

@@ -18,7 +18,7 @@ import subprocess
 import sys
 import tempfile
 
-LIMIT = 120  # seconds; nothing takes that long, so a test that waits for something fails at last
+LIMIT = 120  # seconds; nothing takes that long, so a test that waits in vain fails
 SLACK_KB = 512
 PAGE = pathlib.Path(__file__).resolve().parents[2] / "tools" / "boardweb" / "page"
 TYPES = {".html": "text/html", ".css": "text/css", ".js": "text/javascript", ".svg": "image/svg+xml"}
@@ -254,7 +254,7 @@ def check_events(server, host):
         assert until(events, "status")[0]["alarms"]
         sensor.write_text(usual, encoding="ascii")
         assert until(events, "status", lambda status: not status["alarms"])
-    with Client(server.address) as client:  # what it missed, although that is over
+    with Client(server.address) as client:  # what it missed, although the alarm is over
         events = client.events(board_id)
         event, data, number = next(events)
         word, last = board_id.split("-")
@@ -272,7 +272,7 @@ def check_events(server, host):
 
 def check_most_clients(server):
     def follow():
-        """Another client that follows the events; those of earlier tests may not have been missed yet."""
+        """Another client that follows the events. The server may not have noticed yet that earlier ones left."""
         while True:
             client = stack.enter_context(Client(server.address))
             client.send("/events")
@@ -329,7 +329,7 @@ def check_slow_reader(boardweb, canned_host, folder):
 
 
 def check_end(boardweb, folder):
-    """Asked to end, the server ends, whoever waits for whatever."""
+    """If asked to end, the server ends, although clients are waiting."""
     path = folder / "end.socket"
     with socket.socket(socket.AF_UNIX) as host:  # accepts calls, but never answers
         host.bind(str(folder / "mute.socket"))
@@ -353,7 +353,7 @@ def check_many_connections(server, count):
 
 
 def check_held_connections(server):
-    """Those who hold connections do not keep others out."""
+    """Clients that hold connections do not keep others out."""
     most = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
     count = min(2000, most - 100)
     resource.setrlimit(resource.RLIMIT_NOFILE, (most, most))

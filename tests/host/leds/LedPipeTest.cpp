@@ -34,7 +34,7 @@ public:
                   static_cast<ssize_t>(text.size()));
     }
 
-    /// Keeps other senders from their turn, or lets them have it.
+    /// Takes the turn from other senders, or returns it to them.
     void setTurn(short type) const {
         struct flock turn {};
         turn.l_type = type;

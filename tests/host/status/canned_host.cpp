@@ -1,6 +1,6 @@
 // Answers on the status socket of a profile like a host, with canned answers. Publishes each line
-// of standard input, which is a JSON object, as an event, or {"lit":MASK} as LEDs, and ends at its
-// end.
+// of standard input, which is a JSON object, as an event, or {"lit":MASK} as LEDs. Exits at the end
+// of the input.
 // usage: canned-host PROFILE [SOCKET]
 
 #include <iostream>
