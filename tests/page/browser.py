@@ -25,6 +25,6 @@ def become_desktop(driver):
 
 
 def requested_urls(driver):
-    """Since the last call."""
+    """The URLs that the browser has requested since the last call."""
     events = [json.loads(entry["message"])["message"] for entry in driver.get_log("performance")]
     return {event["params"]["request"]["url"] for event in events if event["method"] == "Network.requestWillBeSent"}

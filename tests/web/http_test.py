@@ -401,7 +401,7 @@ def run(words, folder):
 
 def take_tmp():
     """Starts this program again with a private /tmp, because a host's LED pipe has a fixed path there. If the
-    machine forbids it or the programs are in /tmp, goes on without: the test then has the pipe's lock."""
+    machine forbids it or the programs are in /tmp, goes on in the shared /tmp, under the pipe's lock."""
     apart = ["unshare", "--mount", *(["--map-root-user"] if os.geteuid() else []),
              "sh", "-c", 'mount -t tmpfs tmp /tmp && exec "$@"', "sh"]
     paths = [word for word in " ".join(sys.argv[1:]).split() if "/" in word]
