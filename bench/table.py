@@ -15,6 +15,7 @@ import sys
 import growth
 import host
 import start
+import web
 
 # The limit of a figure: a multiple of its floor, or nanoseconds if it has no floor.
 LIMITS = {
@@ -48,6 +49,14 @@ MOST_MEMORY = 2
 MOST_WAKES = 11  # per second; the LED sequencer alone needs ten, one per tick
 MOST_WAKES_OF_WATCH = 2  # each time that it looks at all devices
 MOST_CORE = 0.2  # percent
+# A board has 64 MB. At rest, the page may cost 1.6 % of them. A client may add twice the 8 KiB that a request may fill.
+MOST_WEB_MEMORY = 1024  # kB
+MOST_WEB_MEMORY_WITH_CLIENTS = MOST_WEB_MEMORY + web.MOST_CLIENTS * 16
+MOST_MEMORY_FOR_WEB = 64  # kB; the buffers of the three connections that boardweb makes
+# A board's core may be twenty times slower than that of the machine that runs this: ten pages may take a tenth of it,
+# and may let the host take twice what it may take alone.
+MOST_WEB_CORE = 0.5  # percent
+MOST_CORE_WITH_PAGES = 2 * MOST_CORE
 
 
 def measure(program):
@@ -102,6 +111,12 @@ def all_rows(tree, arm_tree):
     yield row("boardctl run idle, wakeups per second", wakes, None, MOST_WAKES, "")
     yield row("boardctl run, wakeups per look", host.wakes_of_watch(tree), None, MOST_WAKES_OF_WATCH, "")
     yield row("boardctl run idle, share of a core", share, None, MOST_CORE, "%")
+    at_rest, with_clients, added, web_share, share = web.figures(tree)
+    yield row("boardweb at rest, private memory", at_rest, None, MOST_WEB_MEMORY, "kB")
+    yield row("boardweb, 100 clients, private memory", with_clients, None, MOST_WEB_MEMORY_WITH_CLIENTS, "kB")
+    yield row("boardctl run, memory for boardweb", added, None, MOST_MEMORY_FOR_WEB, "kB")
+    yield row("boardweb with ten pages, share of a core", web_share, None, MOST_WEB_CORE, "%")
+    yield row("boardctl run with ten pages, share of a core", share, None, MOST_CORE_WITH_PAGES, "%")
     yield row("libboarddrivers.so on ARM", size_of(arm_tree + "/lib/libboarddrivers.so"), None, MOST_BYTES, "bytes")
 
 
