@@ -22,8 +22,8 @@ struct NobodyThere : Error {
     using Error::Error;
 };
 
-FileDescriptor connect(const std::string& path) {
-    FileDescriptor socket = tryConnect(path, StatusClient::LIMIT);
+FileDescriptor connect(const std::string& path, std::chrono::milliseconds limit) {
+    FileDescriptor socket = tryConnect(path, limit);
     if (socket.isOpen())
         return socket;
     if (errno == ENOENT || errno == ECONNREFUSED || errno == ENOTDIR)
@@ -40,9 +40,9 @@ std::string asSent(const ordered_json& value) {
 
 } // namespace
 
-StatusClient::StatusClient(std::string path, Wait wait, Clock::duration limit)
-    : m_path(std::move(path)), m_wait(std::move(wait)), m_limit(limit), m_socket(connect(m_path)),
-      m_input(LARGEST_REPLY) {}
+StatusClient::StatusClient(std::string path, Wait wait, Limits limits)
+    : m_path(std::move(path)), m_wait(std::move(wait)), m_answerLimit(limits.answer),
+      m_socket(connect(m_path, limits.accept)), m_input(LARGEST_REPLY) {}
 
 void StatusClient::fail(const std::string& what) const {
     throw Error(m_path + ": " + what);
@@ -96,7 +96,7 @@ std::optional<varlink::Reply> StatusClient::receive(std::optional<Clock::time_po
 }
 
 varlink::Reply StatusClient::awaitReply() {
-    auto reply = receive(Clock::now() + m_limit);
+    auto reply = receive(Clock::now() + m_answerLimit);
     if (!reply)
         fail("interrupted before the host has answered");
     return std::move(*reply);
@@ -139,13 +139,14 @@ std::optional<StatusClient::Event> StatusClient::next() {
     return Event{std::move(reply->parameters["event"]), count};
 }
 
-FoundHost findHost(const std::string& profile, bool isSimulated, const StatusClient::Wait& wait) {
+FoundHost findHost(const std::string& profile, bool isSimulated, const StatusClient::Wait& wait,
+                   StatusClient::Limits limits) {
     const std::string wanted = reportedProfile(profile);
     const std::vector<std::string> places = statusPlaces(profile, isSimulated);
     std::string others, failures;
     for (const std::string& place : places)
         try {
-            StatusClient client(place, wait);
+            StatusClient client(place, wait, limits);
             ordered_json status = client.call("Status");
             const auto hosted = status.find("profile");
             if (hosted != status.end() && asSent(*hosted) == asSent(wanted))

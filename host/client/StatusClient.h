@@ -22,8 +22,12 @@ public:
     /// early. True if the program has been asked to end.
     using Wait = std::function<bool(std::optional<Clock::time_point> end, int descriptor)>;
 
-    /// How long the host may take to accept a connection, and by default to answer a call.
-    static constexpr std::chrono::seconds LIMIT{5};
+    /// How long the host may take. While it does not accept a connection, nothing else can be done
+    /// or noticed.
+    struct Limits {
+        std::chrono::milliseconds accept{5000}; ///< a connection; more than 0
+        std::chrono::milliseconds answer{5000}; ///< a call
+    };
 
     /// The host answered with an error that its interface description declares.
     struct CallError : Error {
@@ -33,9 +37,11 @@ public:
         nlohmann::ordered_json parameters;
     };
 
-    /// Connects to the host at `path`, which may take `limit` to answer a call. Throws Error if
-    /// none listens there, and if the connection is not accepted in time.
-    StatusClient(std::string path, Wait wait, Clock::duration limit = LIMIT);
+    /// Connects to the host at `path`. Throws Error if none listens there, and if the connection is
+    /// not accepted in time.
+    StatusClient(std::string path, Wait wait, Limits limits);
+    StatusClient(std::string path, Wait wait)
+        : StatusClient(std::move(path), std::move(wait), {}) {}
 
     const std::string& path() const { return m_path; }
 
@@ -75,7 +81,7 @@ private:
 
     const std::string m_path;
     const Wait m_wait;
-    const Clock::duration m_limit;
+    const Clock::duration m_answerLimit;
     FileDescriptor m_socket;
     varlink::MessageBuffer m_input;
 };
@@ -88,6 +94,7 @@ struct FoundHost {
 
 /// Connects to the host of a profile. Throws Error if no host answers. The message says how to
 /// start one, or why a host that may be the right one can't be asked.
-FoundHost findHost(const std::string& profile, bool isSimulated, const StatusClient::Wait& wait);
+FoundHost findHost(const std::string& profile, bool isSimulated, const StatusClient::Wait& wait,
+                   StatusClient::Limits limits = {});
 
 } // namespace board

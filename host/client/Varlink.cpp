@@ -12,15 +12,31 @@ namespace {
 // Deeper nesting would exhaust the stack where JSON is handled by recursion.
 constexpr int DEEPEST = 32;
 
+/// Whether objects and arrays are nested too deeply, if `text` is JSON. The parser can report the
+/// depth itself, but then looks through the whole array around each object that ends.
+bool isTooDeep(const std::string& text) {
+    int depth = 0;
+    bool isInString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char each = text[i];
+        if (isInString && each == '\\')
+            ++i;
+        else if (each == '"')
+            isInString = !isInString;
+        else if (!isInString && (each == '[' || each == '{') && ++depth > DEEPEST)
+            return true;
+        else if (!isInString && (each == ']' || each == '}'))
+            --depth;
+    }
+    return false;
+}
+
 /// The object that `text` holds; empty if it holds anything else.
 std::optional<ordered_json> parseObject(const std::string& text) {
-    bool isTooDeep = false;
-    const auto filter = [&](int depth, ordered_json::parse_event_t, ordered_json&) {
-        isTooDeep = isTooDeep || depth > DEEPEST;
-        return !isTooDeep;
-    };
-    ordered_json json = ordered_json::parse(text, filter, false);
-    return isTooDeep || !json.is_object() ? std::nullopt : std::optional(std::move(json));
+    if (isTooDeep(text))
+        return std::nullopt;
+    ordered_json json = ordered_json::parse(text, nullptr, false);
+    return json.is_object() ? std::optional(std::move(json)) : std::nullopt;
 }
 
 /// Stores the member `key` in `value`, if there is one. False if its type is wrong.

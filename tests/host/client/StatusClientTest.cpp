@@ -113,8 +113,8 @@ TEST_F(StatusClientTest, ReceivesEventsUntilTheHostOrTheProgramEnds) {
 TEST_F(StatusClientTest, NamesWhatIsWrongWithTheHost) {
     const std::string place = m_dir.path("host");
     const auto callStatus = [&](const StatusClient::Wait& wait) {
-        return failureOf(
-            [&] { StatusClient(place, wait, std::chrono::seconds(0)).call("Status"); });
+        const StatusClient::Limits limits{std::chrono::seconds(5), std::chrono::seconds(0)};
+        return failureOf([&] { StatusClient(place, wait, limits).call("Status"); });
     };
     const auto ready = [](auto, int) { return false; };
     EXPECT_EQ(callStatus(ready), place + ": no host answers");

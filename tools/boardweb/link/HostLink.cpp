@@ -18,6 +18,17 @@ namespace boardweb {
 namespace {
 
 constexpr milliseconds FIRST_PAUSE{250}, LONGEST_PAUSE{2000};
+
+/// The host answers from memory. One that does not is treated as gone: clients wait for the
+/// answers, and the program could not end either.
+const StatusClient::Limits LIMITS{milliseconds(200), milliseconds(2000)};
+
+/// The host has to last as long before the first pause is short again, and refused LEDs are asked
+/// for again after this time.
+constexpr std::chrono::seconds LASTING{10};
+
+/// Of a fault that comes from the host.
+constexpr std::size_t LONGEST_FAULT = 500;
 constexpr char USUAL_PROFILE[] = "/etc/boarddrivers/board.toml";
 constexpr char USUAL_SOCKET[] = "/run/boarddrivers/host";
 constexpr char NO_METHOD[] = "org.varlink.service.MethodNotFound";
@@ -41,8 +52,12 @@ std::string profileFor(const HostPlace& place) {
     return isThere ? USUAL_PROFILE : "";
 }
 
+std::string cut(const std::string& fault) {
+    return fault.size() <= LONGEST_FAULT ? fault : fault.substr(0, LONGEST_FAULT) + "...";
+}
+
 Answer failure(const std::string& why) {
-    return {false, std::make_shared<const std::string>(textOf({{"error", why}}))};
+    return {false, std::make_shared<const std::string>(textOf({{"error", cut(why)}}))};
 }
 
 const char* methodOf(Question question) {
@@ -108,25 +123,25 @@ void HostLink::withHost(Work work) {
     try {
         work();
     } catch (const board::Error& error) {
-        lose(error.what());
+        lose(cut(error.what()));
     }
 }
 
 StatusClient HostLink::client() const {
     const std::string profile = m_place.socket.empty() ? profileFor(m_place) : "";
     if (profile.empty()) {
-        StatusClient client(m_place.socket.empty() ? USUAL_SOCKET : m_place.socket, m_wait);
+        StatusClient client(m_place.socket.empty() ? USUAL_SOCKET : m_place.socket, m_wait, LIMITS);
         static_cast<void>(client.call("Status")); // throws if that is not a host
         return client;
     }
     // Counting any board as simulated only adds a place where no host listens, and saves reading
     // the profile.
-    return board::findHost(profile, true, m_wait).client;
+    return board::findHost(profile, true, m_wait, LIMITS).client;
 }
 
 std::unique_ptr<HostLink::Connections> HostLink::connections() const {
     StatusClient calls = client();
-    StatusClient events(calls.path(), m_wait);
+    StatusClient events(calls.path(), m_wait, LIMITS);
     events.monitor();
     return std::unique_ptr<Connections>(
         new Connections{std::move(calls), std::move(events), std::nullopt, true, {}});
@@ -136,22 +151,27 @@ void HostLink::connect() {
     try {
         m_host = connections();
         m_isStatusDue = true;
+        m_connected = Clock::now();
         logChange(true, m_host->calls.path());
         publishHost("");
     } catch (const board::Error& error) {
-        lose(error.what());
+        lose(cut(error.what()));
     }
 }
 
 void HostLink::lose(const std::string& fault) {
     if (Waits::isAsked()) // the wait was ended, which is not the host's fault
         return;
+    const bool hadHost = m_host != nullptr;
     m_host.reset();
     m_status = nullptr;
     m_isStatusDue = false;
     m_feed.forget(EventFeed::STATUS);
     m_feed.forget(EventFeed::LEDS);
-    m_nextTry = Clock::now() + m_pause;
+    const auto now = Clock::now();
+    if (hadHost && now - m_connected >= LASTING)
+        m_pause = FIRST_PAUSE;
+    m_nextTry = now + m_pause;
     m_pause = std::min(2 * m_pause, LONGEST_PAUSE);
     logChange(false, fault);
     publishHost(fault);
@@ -206,7 +226,6 @@ void HostLink::askStatus() {
     m_isStatusDue = false;
     withHost([&] {
         m_status = m_host->calls.call("Status");
-        m_pause = FIRST_PAUSE;
         Json status = m_status;
         status.erase("events");
         m_feed.publish(EventFeed::STATUS, textOf(status));
@@ -253,8 +272,8 @@ void HostLink::answerQuestion(Question question) {
 bool HostLink::followLeds() {
     bool mayHaveMore = false;
     if (m_host && m_feed.readers() == 0 && m_host->leds) {
-        m_host->leds.reset();
-        m_feed.forget(EventFeed::LEDS);
+        dropLeds();
+        m_host->nextLeds = {};
     }
     if (m_host && m_feed.readers() != 0)
         try {
@@ -262,19 +281,25 @@ bool HostLink::followLeds() {
         } catch (const StatusClient::CallError& error) {
             // A host that was installed before this program may not have the method.
             m_host->mayHaveLeds = error.name != NO_METHOD;
-            m_host->leds.reset();
+            dropLeds();
         } catch (const board::Error&) { // also if the host has ended, which its other connection
-            m_host->leds.reset();       // reports
+            dropLeds();                 // reports
         }
     return mayHaveMore;
+}
+
+/// What they showed is not true any more. A host that fails here is not asked again at once.
+void HostLink::dropLeds() {
+    m_host->leds.reset();
+    m_host->nextLeds = Clock::now() + LASTING;
+    m_feed.forget(EventFeed::LEDS);
 }
 
 void HostLink::readLeds(bool& mayHaveMore) {
     if (!m_host->leds) {
         if (!m_host->mayHaveLeds || Clock::now() < m_host->nextLeds)
             return;
-        m_host->nextLeds = Clock::now() + History::PERIOD;
-        m_host->leds.emplace(m_host->calls.path(), m_wait);
+        m_host->leds.emplace(m_host->calls.path(), m_wait, LIMITS);
         m_feed.publish(EventFeed::LEDS, textOf(m_host->leds->begin("MonitorLeds")));
     }
     for (int i = 0; i < MOST_AT_ONCE; ++i) {

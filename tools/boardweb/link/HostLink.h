@@ -66,6 +66,7 @@ private:
     void answerQuestion(Question question);
     Answer answerTo(Question question);
     bool followLeds();
+    void dropLeds();
     void readLeds(bool& mayHaveMore);
     void waitForMore(bool mayHaveMore);
 
@@ -80,6 +81,7 @@ private:
     std::string m_since;                 ///< when it appeared or was lost
     std::optional<bool> m_isLoggedAs;    ///< whether the last log line reports one
     Clock::time_point m_nextTry, m_nextTick;
+    Clock::time_point m_connected{}; ///< when the host was last found
     std::chrono::milliseconds m_pause;
     bool m_isStatusDue = false;
     Json m_status; ///< the last one; null if there is no host
