@@ -1,13 +1,10 @@
 #include "link/HostLink.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
 #include <utility>
 
 #include "Log.h"
 #include "base/Events.h"
-#include "base/File.h"
 #include "client/UtcText.h"
 
 using board::StatusClient;
@@ -19,18 +16,12 @@ namespace {
 
 constexpr milliseconds FIRST_PAUSE{250}, LONGEST_PAUSE{2000};
 
-/// The host answers from memory. One that does not is treated as gone: clients wait for the
-/// answers, and the program could not end either.
-const StatusClient::Limits LIMITS{milliseconds(200), milliseconds(2000)};
-
 /// The host has to last as long before the first pause is short again, and refused LEDs are asked
 /// for again after this time.
 constexpr std::chrono::seconds LASTING{10};
 
 /// Of a fault that comes from the host.
 constexpr std::size_t LONGEST_FAULT = 500;
-constexpr char USUAL_PROFILE[] = "/etc/boarddrivers/board.toml";
-constexpr char USUAL_SOCKET[] = "/run/boarddrivers/host";
 constexpr char NO_METHOD[] = "org.varlink.service.MethodNotFound";
 
 /// How many messages are handled before other work gets its turn.
@@ -38,18 +29,6 @@ constexpr int MOST_AT_ONCE = 64;
 
 std::string textOf(const nlohmann::ordered_json& value) {
     return value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-}
-
-/// The profile of the call, or else the one that boardctl would work on; empty if there is none.
-std::string profileFor(const HostPlace& place) {
-    if (!place.profile.empty())
-        return place.profile;
-    const char* const named = std::getenv("BOARDCTL_BOARD");
-    if (named && *named)
-        return named;
-    const bool isThere = board::kindOf(USUAL_PROFILE) != board::FileKind::MISSING ||
-                         (errno != ENOENT && errno != ENOTDIR);
-    return isThere ? USUAL_PROFILE : "";
 }
 
 std::string cut(const std::string& fault) {
@@ -127,20 +106,8 @@ void HostLink::withHost(Work work) {
     }
 }
 
-StatusClient HostLink::client() const {
-    const std::string profile = m_place.socket.empty() ? profileFor(m_place) : "";
-    if (profile.empty()) {
-        StatusClient client(m_place.socket.empty() ? USUAL_SOCKET : m_place.socket, m_wait, LIMITS);
-        static_cast<void>(client.call("Status")); // throws if that is not a host
-        return client;
-    }
-    // Counting any board as simulated only adds a place where no host listens, and saves reading
-    // the profile.
-    return board::findHost(profile, true, m_wait, LIMITS).client;
-}
-
 std::unique_ptr<HostLink::Connections> HostLink::connections() const {
-    StatusClient calls = client();
+    StatusClient calls = connectTo(m_place, m_wait);
     StatusClient events(calls.path(), m_wait, LIMITS);
     events.monitor();
     return std::unique_ptr<Connections>(

@@ -11,17 +11,11 @@
 #include "client/StatusClient.h"
 #include "feed/EventFeed.h"
 #include "feed/History.h"
+#include "link/HostPlace.h"
 #include "link/Questions.h"
 #include "link/Waits.h"
 
 namespace boardweb {
-
-/// Which host to ask.
-struct HostPlace {
-    std::string socket;  ///< its status socket; empty if that depends on the profile
-    std::string profile; ///< the board's profile; empty for the usual one, or for any host if
-                         ///< there is none
-};
 
 /// The connection to the host. While there is no host, looks for one again and again. Otherwise,
 /// asks it for its status in each period of the history and after each event of the board, and
@@ -51,7 +45,6 @@ private:
 
     void connect();
     std::unique_ptr<Connections> connections() const;
-    board::StatusClient client() const;
     void logChange(bool isThere, const std::string& text);
     void publishHost(const std::string& fault);
     void lose(const std::string& fault);
