@@ -1,11 +1,13 @@
 #include "feed/EventFeed.h"
 
 #include <algorithm>
+#include <set>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 using boardweb::EventFeed;
+using boardweb::EventRing;
 
 namespace {
 
@@ -105,6 +107,36 @@ TEST_F(EventFeedTest, AReaderThatIsTooSlowIsToldHowMuchItHasLost) {
                                            message("10", "host\ndata: 1"));
     m_feed.publish(EventFeed::BOARD, data + data + data + data); // kept, although it is too large
     EXPECT_EQ(readAll(*reader).size(), message("11", "board\ndata: ").size() + 4 * data.size());
+}
+
+TEST_F(EventFeedTest, ReadersThatNeverReadShareTheTextsThatTheyAreSent) {
+    const std::string status(1000, 's');
+    m_feed.publish(EventFeed::STATUS, status);
+    std::vector<std::unique_ptr<EventFeed::Reader>> readers;
+    const auto longTexts = [&] {
+        std::set<EventRing::Text> texts;
+        for (const auto& reader : readers)
+            for (const EventRing::Text& text : reader->texts())
+                if (text->size() > status.size())
+                    texts.insert(text);
+        return texts.size();
+    };
+    for (std::size_t i = 0; i < EventFeed::MOST_READERS; ++i) {
+        readers.push_back(m_feed.join("", m_connection));
+        m_feed.publish(EventFeed::LEDS, "1"); // the status is still the same
+    }
+    EXPECT_EQ(longTexts(), 1U);
+    for (const auto& reader : readers)
+        readAll(*reader);
+    EXPECT_EQ(longTexts(), 0U);
+    m_feed.publish(EventFeed::BOARD, std::string(EventFeed::RING_BYTES, 'x'));
+    m_feed.publish(EventFeed::BOARD, "");
+    char byte = 0;
+    for (const auto& reader : readers) {
+        EXPECT_EQ(reader->read(&byte, 1), 1); // has lost a message
+        m_feed.publish(EventFeed::LEDS, "2");
+    }
+    EXPECT_EQ(longTexts(), 1U);
 }
 
 TEST_F(EventFeedTest, AcceptsAReaderOnceAnotherOneHasLeft) {

@@ -18,16 +18,17 @@ EventFeed::EventFeed(std::string run, std::function<void()> onJoin)
     : m_onJoin(std::move(onJoin)), m_ring(std::move(run), RING_BYTES) {}
 
 void EventFeed::publish(Kind kind, const std::string& data) {
+    auto content = std::make_shared<const std::string>(EventRing::contentOf(NAMES[kind], data));
     const std::lock_guard lock(m_mutex);
-    m_ring.add(NAMES[kind], data);
+    m_ring.add(*content);
     if (kind != BOARD)
-        m_last[kind] = data;
+        m_last[kind] = std::move(content);
     wakeReaders();
 }
 
 void EventFeed::forget(Kind kind) {
     const std::lock_guard lock(m_mutex);
-    m_last.at(kind).clear();
+    m_last.at(kind).reset();
 }
 
 void EventFeed::keepAlive() {
@@ -59,7 +60,9 @@ std::unique_ptr<EventFeed::Reader> EventFeed::join(const std::string& lastId,
     if (m_readers.size() >= MOST_READERS)
         return nullptr;
     const auto lastNumber = m_ring.numberOf(lastId);
-    auto first = std::make_shared<const std::string>(lastNumber ? RETRY : RETRY + presentState());
+    auto first = lastNumber
+                     ? std::vector<EventRing::Text>{std::make_shared<const std::string>(RETRY)}
+                     : presentState(RETRY);
     std::unique_ptr<Reader> reader(
         new Reader(*this, connection, lastNumber.value_or(m_ring.newest()) + 1, std::move(first)));
     m_onJoin();
@@ -67,8 +70,8 @@ std::unique_ptr<EventFeed::Reader> EventFeed::join(const std::string& lastId,
 }
 
 EventFeed::Reader::Reader(EventFeed& feed, Connection& connection, std::uint64_t next,
-                          EventRing::Text first)
-    : m_feed(feed), m_connection(connection), m_next(next), m_text(std::move(first)) {
+                          std::vector<EventRing::Text> first)
+    : m_feed(feed), m_connection(connection), m_next(next), m_texts(std::move(first)) {
     m_feed.m_readers.push_back(this);
 }
 
@@ -77,17 +80,28 @@ EventFeed::Reader::~Reader() {
     m_feed.m_readers.remove(this);
 }
 
-std::string EventFeed::presentState() const {
-    const auto last = std::find_if(m_last.rbegin(), m_last.rend(),
-                                   [](const std::string& data) { return !data.empty(); });
-    std::string state;
+std::vector<EventRing::Text> EventFeed::Reader::texts() const {
+    const std::lock_guard lock(m_feed.m_mutex);
+    return m_texts;
+}
+
+/// `start` is sent first.
+std::vector<EventRing::Text> EventFeed::presentState(std::string start) const {
+    const auto last =
+        std::find_if(m_last.rbegin(), m_last.rend(),
+                     [](const EventRing::Text& content) { return content != nullptr; });
+    std::vector<EventRing::Text> texts;
     // Only the last message has the number of the newest one. Otherwise, a client that loses the
     // connection before it has all of them would miss the rest.
-    for (std::size_t kind = 0; kind < m_last.size(); ++kind)
-        if (!m_last[kind].empty())
-            state += m_ring.textOf(NAMES[kind], m_last[kind],
-                                   &m_last[kind] == &*last ? m_ring.newest() : 0);
-    return state;
+    for (const EventRing::Text& content : m_last)
+        if (content) {
+            start += m_ring.idLine(&content == &*last ? m_ring.newest() : 0);
+            texts.push_back(std::make_shared<const std::string>(std::exchange(start, "")));
+            texts.push_back(content);
+        }
+    if (texts.empty())
+        texts.push_back(std::make_shared<const std::string>(std::move(start)));
+    return texts;
 }
 
 /// False if there is nothing to send.
@@ -97,11 +111,10 @@ bool EventFeed::prepareNext(Reader& reader) const {
     if (reader.m_next < m_ring.oldest()) {
         const std::string lost =
             R"({"messages":)" + std::to_string(m_ring.newest() + 1 - reader.m_next) + "}";
-        reader.m_text =
-            std::make_shared<const std::string>(m_ring.textOf("lost", lost, 0) + presentState());
+        reader.m_texts = presentState(m_ring.idLine(0) + EventRing::contentOf("lost", lost));
         reader.m_next = m_ring.newest() + 1;
     } else {
-        reader.m_text = m_ring.at(reader.m_next++);
+        reader.m_texts = {m_ring.at(reader.m_next++)};
     }
     return true;
 }
@@ -111,12 +124,13 @@ std::ptrdiff_t EventFeed::Reader::read(char* buffer, std::size_t size) {
     if (m_feed.m_hasEnded)
         return END;
     std::size_t count = 0;
-    while (count < size && (m_text || m_feed.prepareNext(*this))) {
-        const std::size_t part = m_text->copy(buffer + count, size - count, m_sent);
+    while (count < size && (!m_texts.empty() || m_feed.prepareNext(*this))) {
+        const std::string& text = *m_texts.front();
+        const std::size_t part = text.copy(buffer + count, size - count, m_sent);
         count += part;
         m_sent += part;
-        if (m_sent == m_text->size()) {
-            m_text.reset();
+        if (m_sent == text.size()) {
+            m_texts.erase(m_texts.begin());
             m_sent = 0;
         }
     }

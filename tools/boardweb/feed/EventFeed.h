@@ -8,13 +8,14 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "feed/EventRing.h"
 
 namespace boardweb {
 
-/// Carries messages from the thread that publishes them to many readers. All read from one ring, so
-/// a slow reader takes no more memory than the message that it is being sent.
+/// Carries messages from the thread that publishes them to many readers. All share the same texts:
+/// a slow reader keeps those that it is being sent, but has no copies of its own.
 ///
 /// Any thread.
 class EventFeed {
@@ -46,16 +47,20 @@ public:
         /// are none, pauses the connection and returns 0. Returns END if the feed has ended.
         std::ptrdiff_t read(char* buffer, std::size_t size);
 
+        /// What is being sent. Short texts may be its own; it shares all others.
+        std::vector<EventRing::Text> texts() const;
+
     private:
         friend class EventFeed;
         /// Joins; the caller holds the feed's lock. `first` is sent before the message `next`.
-        Reader(EventFeed& feed, Connection& connection, std::uint64_t next, EventRing::Text first);
+        Reader(EventFeed& feed, Connection& connection, std::uint64_t next,
+               std::vector<EventRing::Text> first);
 
         EventFeed& m_feed;
         Connection& m_connection;
-        std::uint64_t m_next;   ///< the number of the next message
-        EventRing::Text m_text; ///< what is being sent; null if everything was
-        std::size_t m_sent = 0; ///< how much of it was
+        std::uint64_t m_next;                 ///< the number of the next message
+        std::vector<EventRing::Text> m_texts; ///< what is being sent; empty if everything was
+        std::size_t m_sent = 0;               ///< how much of the first one was
         bool m_isPaused = false;
     };
 
@@ -82,13 +87,13 @@ public:
 
 private:
     void wakeReaders();
-    std::string presentState() const;
+    std::vector<EventRing::Text> presentState(std::string start) const;
     bool prepareNext(Reader& reader) const;
 
     const std::function<void()> m_onJoin;
     mutable std::mutex m_mutex; // guards everything below, and the readers
     EventRing m_ring;
-    std::array<std::string, BOARD> m_last; ///< the data of each kind; empty if there is none
+    std::array<EventRing::Text, BOARD> m_last; ///< content of the last messages; null without one
     std::list<Reader*> m_readers;
     bool m_hasEnded = false;
 };

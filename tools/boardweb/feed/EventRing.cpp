@@ -14,14 +14,12 @@ std::size_t weightOf(const EventRing::Text& text) {
 
 } // namespace
 
-std::string EventRing::textOf(const char* event, const std::string& data,
-                              std::uint64_t number) const {
-    std::string text = "id: " + m_run + "-" + std::to_string(number) + "\nevent: ";
-    text += event;
-    text += "\ndata: ";
-    text += data;
-    text += "\n\n";
-    return text;
+std::string EventRing::idLine(std::uint64_t number) const {
+    return "id: " + m_run + "-" + std::to_string(number) + "\n";
+}
+
+std::string EventRing::contentOf(const char* event, const std::string& data) {
+    return std::string("event: ") + event + "\ndata: " + data + "\n\n";
 }
 
 void EventRing::keep(std::string text) {

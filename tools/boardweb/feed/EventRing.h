@@ -21,15 +21,15 @@ public:
     /// kept even if it takes more.
     EventRing(std::string run, std::size_t limit) : m_run(std::move(run)), m_limit(limit) {}
 
-    /// Adds a message. `data` must be one line.
-    void add(const char* event, const std::string& data) {
-        keep(textOf(event, data, newest() + 1));
-    }
+    /// Adds a message with this content.
+    void add(const std::string& content) { keep(idLine(newest() + 1) + content); }
     /// Adds a message that clients ignore. It has a number like any other.
     void addComment() { keep(":\n\n"); }
 
-    /// The text of a message with that number, which need not be in the ring.
-    std::string textOf(const char* event, const std::string& data, std::uint64_t number) const;
+    /// The first line of the message with that number, which need not be in the ring.
+    std::string idLine(std::uint64_t number) const;
+    /// The rest of a message. `data` must be one line.
+    static std::string contentOf(const char* event, const std::string& data);
 
     /// The number of the message that was added last; 0 before the first one.
     std::uint64_t newest() const { return m_oldest + m_messages.size() - 1; }
