@@ -180,7 +180,10 @@ def check_refusals(server):
             ("/status", "PUT", local, 405), ("/", "OPTIONS", local, 405), ("/", "TRACE", local, 405),
             ("/", "POST", (*local, "Content-Length: 1"), 405), ("/", "GET", (*local, "Content-Length: 1"), 413),
             ("/", "GET", (*local, "Transfer-Encoding: chunked"), 413), ("/", "GET", (), 400),
-            ("/", "GET", (*local, *local), 400), ("/status", "GET", ("Host: evil.example",), 421),
+            ("/", "GET", (*local, *local), 400), ("/", "GET", (*local, "Content-Length: 0", "Content-Length: 9"), 400),
+            ("http://localhost/history", "GET", ("Host: evil.example",), 200),
+            ("http://evil.example/history", "GET", local, 421), ("/history", "GET", ("Host: localhost \t",), 200),
+            ("/status", "GET", ("Host: evil.example",), 421),
             ("/events", "GET", (*local, "Sec-Fetch-Site: cross-site", "Sec-Fetch-Mode: cors"), 403),
             ("/", "GET", (*local, "Sec-Fetch-Site: cross-site", "Sec-Fetch-Mode: navigate"), 200)):
         status, got, body = server.ask(path, method=method, headers=headers)
@@ -193,10 +196,13 @@ def check_refusals(server):
 
 
 def check_attacks(server):
-    long = "x" * 9000
+    long = "x" * 36000
     assert server.ask(headers=("Host: localhost", f"X: {long}"))[0] in (431, 413)
     assert server.ask("/" + long)[0] == 414
-    assert server.ask(headers=("Host: localhost", f"X: {long[:5000]}"))[0] == 200
+    assert server.ask(headers=("Host: localhost", f"X: {long[:20000]}"))[0] == 200
+    cookies = "; ".join(f"session{number}={long[:30]}" for number in range(200))
+    assert server.ask(headers=("Host: localhost", f"Cookie: {cookies}"))[0] == 200
+    assert server.ask("/history?" + "a=1&" * 4000)[0] == 200
     for garbage in (b"GET", b"\xff\xfe", b"PRI * HTTP/2.0\r\n\r\nSM", b"\x16\x03\x01", b"GET / HTTP/9.9"):
         with Client(server.address) as client:
             client.socket.sendall(garbage + b"\r\n\r\n")

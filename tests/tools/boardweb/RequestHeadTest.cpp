@@ -19,9 +19,14 @@ TEST(RequestHead, IsRefusedUnlessItIsMeantForThisServer) {
         {{"GET", "/", "[::1]", 1, "", "", false}, 0},
         {{"GET", "/", "[::1]:8411", 1, "", "", false}, 0},
         {{"GET", "/", "board.example:80", 1, "", "", false}, 0},
+        {{"GET", "/", " \tlocalhost:1\t ", 1, "", "", false}, 0},
+        {{"GET", "/", "localhost", 1, "", "", false, 1}, 0},
+        {{"GET", "/", "localhost", 1, "", "", true, 2}, 400},
         {{"GET", "/", "", 0, "", "", false}, 400},
         {{"GET", "/", "localhost", 2, "", "", false}, 400},
         {{"GET", "/", "", 1, "", "", false}, 421},
+        {{"GET", "/", " ", 1, "", "", false}, 421},
+        {{"GET", "/", "local host", 1, "", "", false}, 421},
         {{"GET", "/", "evil.example", 1, "", "", false}, 421},
         {{"GET", "/", "localhost.evil.example", 1, "", "", false}, 421},
         {{"GET", "/", "localhost:80@evil.example", 1, "", "", false}, 421},
@@ -37,6 +42,26 @@ TEST(RequestHead, IsRefusedUnlessItIsMeantForThisServer) {
     for (const auto& each : CASES)
         EXPECT_EQ(boardweb::refusalOf(each.head, {"Board.Example"}), each.status)
             << each.head.method << " " << each.head.path << " " << each.head.host;
+}
+
+TEST(RequestHead, TakesTheHostFromATargetInAbsoluteForm) {
+    const struct {
+        const char *target, *path, *host;
+    } CASES[] = {
+        {"/status", "/status", "header"},
+        {"*", "*", "header"},
+        {"http://a:1/x/http://b/", "/x/http://b/", "a:1"},
+        {"HTTP://a", "/", "a"},
+        {"http:///x", "/x", ""},
+        {"https://a/x", "https://a/x", "header"},
+    };
+    for (const auto& each : CASES) {
+        RequestHead head;
+        head.host = "header";
+        boardweb::setTarget(head, each.target);
+        EXPECT_EQ(head.path, each.path) << each.target;
+        EXPECT_EQ(head.host, each.host) << each.target;
+    }
 }
 
 TEST(ListenAddress, IsAPathOrANumericAddressWithAPort) {

@@ -11,7 +11,9 @@ namespace boardweb {
 
 namespace {
 
-constexpr std::size_t REQUEST_MEMORY = 8U << 10U;
+/// Enough for the cookies that a browser has from all programs on this machine: it sends them to
+/// every port.
+constexpr std::size_t REQUEST_MEMORY = 32U << 10U;
 constexpr unsigned MOST_SILENCE = 15; // seconds
 
 /// Paths are compared as they come: none of ours needs an escape, and an escaped zero byte would
@@ -20,9 +22,21 @@ std::size_t leaveEscaped(void*, MHD_Connection*, char* text) {
     return std::strlen(text);
 }
 
-MHD_Result countHost(void* count, MHD_ValueKind, const char* name, const char*) {
+/// Removes the query before the library notes each of its parameters in the connection's memory. If
+/// that memory ran out, the client would get no answer. Nothing here has parameters.
+void* dropQuery(void*, const char* target, MHD_Connection*) {
+    // The library passes its own buffer, and reads the query from there afterwards.
+    if (char* const query = std::strchr(const_cast<char*>(target), '?'))
+        query[1] = '\0';
+    return nullptr;
+}
+
+MHD_Result countHeader(void* request, MHD_ValueKind, const char* name, const char*) {
+    auto& head = *static_cast<RequestHead*>(request);
     if (::strcasecmp(name, MHD_HTTP_HEADER_HOST) == 0)
-        ++*static_cast<unsigned*>(count);
+        ++head.hosts;
+    if (::strcasecmp(name, MHD_HTTP_HEADER_CONTENT_LENGTH) == 0)
+        ++head.lengths;
     return MHD_YES;
 }
 
@@ -31,16 +45,17 @@ std::string_view headerOf(MHD_Connection* connection, const char* name) {
     return value ? value : "";
 }
 
-RequestHead headOf(MHD_Connection* connection, const char* method, const char* path) {
+RequestHead headOf(MHD_Connection* connection, const char* method, const char* target) {
     RequestHead head;
     head.method = method;
-    head.path = path;
     head.host = headerOf(connection, MHD_HTTP_HEADER_HOST);
-    MHD_get_connection_values(connection, MHD_HEADER_KIND, countHost, &head.hosts);
+    setTarget(head, target);
+    MHD_get_connection_values(connection, MHD_HEADER_KIND, countHeader, &head);
     head.fetchSite = headerOf(connection, "Sec-Fetch-Site");
     head.fetchMode = headerOf(connection, "Sec-Fetch-Mode");
     const std::string_view length = headerOf(connection, MHD_HTTP_HEADER_CONTENT_LENGTH);
-    head.hasBody = length.find_first_not_of('0') != std::string_view::npos ||
+    // Which one of two lengths counts is anybody's guess.
+    head.hasBody = head.lengths > 1 || length.find_first_not_of('0') != std::string_view::npos ||
                    !headerOf(connection, MHD_HTTP_HEADER_TRANSFER_ENCODING).empty();
     return head;
 }
@@ -66,6 +81,7 @@ HttpServer::HttpServer(const Listener& listener, const Sources& sources,
                                 MHD_OPTION_CONNECTION_TIMEOUT, MOST_SILENCE,              //
                                 MHD_OPTION_NOTIFY_CONNECTION, &HttpServer::watch, this,   //
                                 MHD_OPTION_NOTIFY_COMPLETED, &HttpServer::complete, this, //
+                                MHD_OPTION_URI_LOG_CALLBACK, &dropQuery, nullptr,         //
                                 MHD_OPTION_UNESCAPE_CALLBACK, &leaveEscaped, nullptr,     //
                                 MHD_OPTION_END)) {
     if (!m_daemon)
@@ -100,7 +116,7 @@ void HttpServer::watch(void* server, MHD_Connection* connection, void** exchange
 
 /// Called once when the headers are complete, again when the whole request is, and again when the
 /// connection is resumed.
-MHD_Result HttpServer::handle(void* server, MHD_Connection* connection, const char* path,
+MHD_Result HttpServer::handle(void* server, MHD_Connection* connection, const char* target,
                               const char* method, const char*, const char*, std::size_t* bodySize,
                               void** request) noexcept {
     HttpServer& self = *static_cast<HttpServer*>(server);
@@ -108,7 +124,7 @@ MHD_Result HttpServer::handle(void* server, MHD_Connection* connection, const ch
     if (!exchange)
         return MHD_NO;
     try {
-        const RequestHead head = headOf(connection, method, path);
+        const RequestHead head = headOf(connection, method, target);
         if (!*request) {
             *request = exchange;
             self.m_exchanges.begin(*exchange);

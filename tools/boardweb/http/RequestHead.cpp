@@ -19,7 +19,21 @@ bool isSameName(std::string_view a, std::string_view b) {
 
 } // namespace
 
+void setTarget(RequestHead& request, std::string_view target) {
+    constexpr std::string_view SCHEME = "http://";
+    request.path = target;
+    if (!isSameName(target.substr(0, SCHEME.size()), SCHEME))
+        return;
+    target.remove_prefix(SCHEME.size());
+    const auto slash = target.find('/');
+    request.host = target.substr(0, slash);
+    request.path = slash == std::string_view::npos ? "/" : target.substr(slash);
+}
+
 bool isHostNamed(std::string_view host, const std::vector<std::string>& names) {
+    constexpr char BLANKS[] = " \t";
+    host.remove_prefix(std::min(host.find_first_not_of(BLANKS), host.size()));
+    host = host.substr(0, host.find_last_not_of(BLANKS) + 1);
     const auto bracket = host.find(']');
     const auto colon = host.find(':', bracket == std::string_view::npos ? 0 : bracket);
     const std::string_view name = host.substr(0, colon);
@@ -35,7 +49,7 @@ bool isHostNamed(std::string_view host, const std::vector<std::string>& names) {
 }
 
 unsigned refusalOf(const RequestHead& request, const std::vector<std::string>& names) {
-    if (request.hosts != 1)
+    if (request.hosts != 1 || request.lengths > 1)
         return MHD_HTTP_BAD_REQUEST;
     if (!isHostNamed(request.host, names))
         return MHD_HTTP_MISDIRECTED_REQUEST;

@@ -15,11 +15,16 @@ struct RequestHead {
     std::string_view fetchSite;
     std::string_view fetchMode;
     bool hasBody = false;
+    unsigned lengths = 0; ///< the number of Content-Length headers
 };
 
+/// Sets the path. A target may also be in absolute form, "http://HOST/PATH": then its host replaces
+/// that of the Host header, as HTTP requires.
+void setTarget(RequestHead& request, std::string_view target);
+
 /// Whether a Host header names this server: 127.0.0.1, localhost, [::1] or one of `names`, with or
-/// without a port. This defeats DNS rebinding: a foreign page whose name resolves to this machine
-/// sends that name.
+/// without a port. Spaces and tabs around it don't count. This defeats DNS rebinding: a foreign
+/// page whose name resolves to this machine sends that name.
 bool isHostNamed(std::string_view host, const std::vector<std::string>& names);
 
 /// The HTTP status with which the request is refused; 0 if it is not.

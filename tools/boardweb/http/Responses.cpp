@@ -26,7 +26,8 @@ constexpr struct {
     unsigned status;
     std::string_view text;
 } REFUSALS[] = {
-    {MHD_HTTP_BAD_REQUEST, "Bad Request: expected exactly one Host header\n"},
+    {MHD_HTTP_BAD_REQUEST,
+     "Bad Request: expected one Host header, and at most one Content-Length\n"},
     {MHD_HTTP_FORBIDDEN, "Forbidden: requests from other sites are refused\n"},
     {MHD_HTTP_NOT_FOUND, "Not Found\n"},
     {MHD_HTTP_METHOD_NOT_ALLOWED, "Method Not Allowed: expected GET or HEAD\n"},
