@@ -351,6 +351,34 @@ def check_end(boardweb, folder):
             assert not list(events) and not path.exists()
 
 
+def check_wrong_calls(boardweb, folder):
+    """The program says what is wrong, and ends before it does anything."""
+    def call_with(*options, most_files=None):
+        """Exit status and messages of a call, with a limit of open files if one is given."""
+        limit = most_files and (lambda: resource.setrlimit(resource.RLIMIT_NOFILE, most_files))
+        done = subprocess.run([*boardweb, *options], stderr=subprocess.PIPE, text=True, timeout=LIMIT, check=False,
+                              preexec_fn=limit)
+        return done.returncode, done.stderr
+
+    name = "is not a name (expected NAME or [ADDRESS] in ASCII, without a port)"
+    for options, message in (
+            (("--host", ""), "--host: is empty (expected a path)"),
+            (("--board", ""), "--board: is empty (expected a path)"),
+            (("--listen", "[::1]:0", "--listen", "[::1]:0"), "--listen: can be given only once"),
+            (("--host=",), "--host: the value is missing"),
+            (("--listen", "0.0.0.0:0"), "--listen: other machines can connect to 0.0.0.0:0"),
+            *((("--allow-host", given), f"--allow-host: '{shown}' {name}") for given, shown in (
+                ("a\x1bb", r"a\x1bb"), ("b\xfcro", "b\xfcro"), ("a:1", "a:1"), ("[::1]:1", "[::1]:1"), ("", "")))):
+        status, messages = call_with(*options)
+        assert status == 2 and messages.startswith(f"boardweb: {message}"), (options, status, messages)
+    missing = folder / "missing" / "socket"
+    for most_files, warns in (((100, 100), True), ((100, 200), False)):
+        status, messages = call_with("--listen", str(missing), most_files=most_files)
+        assert (status, "only 100 files" in messages) == (1, warns), (status, messages)
+        assert messages.endswith(f"{missing.parent}/: can't open the folder of the socket: No such file or directory\n")
+    assert not missing.parent.exists()
+
+
 def check_many_connections(server, count):
     for number in range(count):
         with Client(server.address) as client:
@@ -401,6 +429,7 @@ def run(words, folder):
           f"server {before[0]} kB before, {after[0]} kB after; host {before[1]} and {after[1]} kB")
     for old, new in zip(before, after):
         assert not words.memory or abs(new - old) <= SLACK_KB, "the memory has changed"
+    check_wrong_calls(words.boardweb.split(), folder)
     check_end(words.boardweb.split(), folder)
     check_slow_reader(words.boardweb.split(), words.canned_host.split(), folder)
 

@@ -1,12 +1,16 @@
 #include "CommandLine.h"
 
+#include <algorithm>
 #include <random>
+
+#include <sys/resource.h>
 
 #include <CLI/CLI.hpp>
 
 #include "Log.h"
 #include "base/Error.h"
 #include "base/Notification.h"
+#include "base/Text.h"
 #include "feed/EventFeed.h"
 #include "feed/History.h"
 #include "http/HttpServer.h"
@@ -33,9 +37,24 @@ struct WrongCall : board::Error {
 
 CLI::Validator hostName() {
     const auto check = [](const std::string& name) -> std::string {
-        const bool isAddress = name.size() > 2 && name.front() == '[' && name.back() == ']';
-        const bool isName = !name.empty() && name.find_first_of(":/ []") == std::string::npos;
-        return isAddress || isName ? "" : "is not a name (expected NAME or [ADDRESS], no port)";
+        const bool isAddress =
+            name.size() > 2 && name.front() == '[' && name.back() == ']' &&
+            name.find_first_not_of("0123456789abcdefABCDEF:.", 1) == name.size() - 1;
+        const bool isName = !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
+            return c > ' ' && c <= '~' &&
+                   std::string_view(":/[]").find(c) == std::string_view::npos;
+        });
+        return isAddress || isName ? ""
+                                   : "'" + board::printable(name) +
+                                         "' is not a name (expected NAME or [ADDRESS] in ASCII, "
+                                         "without a port)";
+    };
+    return {check, ""};
+}
+
+CLI::Validator notEmpty() {
+    const auto check = [](const std::string& path) {
+        return std::string(path.empty() ? "is empty (expected a path)" : "");
     };
     return {check, ""};
 }
@@ -56,12 +75,14 @@ void addOptions(CLI::App& app, Options& options) {
         ->take_all();
     auto* const socket =
         app.add_option("--host", options.host.socket, "Status socket of the host to show")
-            ->type_name("SOCKET");
+            ->type_name("SOCKET")
+            ->check(notEmpty());
     app.add_option("--board", options.host.profile,
                    "Board profile whose host to show; default: the file that $BOARDCTL_BOARD "
                    "names, else /etc/boarddrivers/board.toml, else the host that answers at "
                    "/run/boarddrivers/host")
         ->type_name("FILE")
+        ->check(notEmpty())
         ->excludes(socket);
     app.footer("Shows a board that `boardctl run` hosts. Nothing on the board can be changed "
                "through boardweb.\n"
@@ -81,6 +102,31 @@ ListenAddress addressOf(const Options& options) {
                     "the name by which they call this machine)");
 }
 
+std::string explained(const CLI::ParseError& error) {
+    std::string what = error.what();
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error)) {
+        const std::string name = what.substr(0, what.find(':'));
+        if (what.find("missing") != std::string::npos)
+            return name + ": the value is missing";
+        if (what.find("At Most 1 ") != std::string::npos)
+            return name + ": can be given only once";
+    }
+    return what;
+}
+
+/// Warns if the system allows too few open files for all connections. Raises the limit if it can.
+void allowConnections() {
+    constexpr rlim_t NEEDED = Exchanges::MOST + 20; // the rest is for the host and the program
+    rlimit files{};
+    if (::getrlimit(RLIMIT_NOFILE, &files) != 0 || files.rlim_cur >= NEEDED)
+        return;
+    const rlim_t allowed = files.rlim_cur;
+    files.rlim_cur = files.rlim_max;
+    if (files.rlim_max < NEEDED || ::setrlimit(RLIMIT_NOFILE, &files) != 0)
+        logLine("warning: only " + std::to_string(allowed) + " files may be open (expected " +
+                std::to_string(NEEDED) + "), so clients may have to wait (see `ulimit -n`)");
+}
+
 /// A word that differs from run to run.
 std::string runWord() {
     std::random_device random;
@@ -93,6 +139,7 @@ std::string runWord() {
 
 void serve(const Options& options) {
     const ListenAddress address = addressOf(options);
+    allowConnections();
     Waits waits;
     EventFeed feed(runWord(), [&] { waits.wake(); });
     History history;
@@ -119,7 +166,7 @@ int runCommandLine(int argc, char** argv) {
     } catch (const CLI::Success& question) { // --help or --version
         return app.exit(question);
     } catch (const CLI::ParseError& error) {
-        logLine(error.what() + std::string(" (see boardweb --help)"));
+        logLine(explained(error) + " (see boardweb --help)");
         return WRONG_CALL;
     } catch (const WrongCall& error) {
         logLine(error.what());

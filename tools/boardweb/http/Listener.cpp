@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <sys/socket.h>
 
 #include "base/Error.h"
@@ -71,6 +72,9 @@ bool ListenAddress::isLocal() const {
 
 Listener::Listener(const ListenAddress& at) {
     if (!at.path.empty()) {
+        // A missing folder is a mistake in the path. LocalListener would make it.
+        const std::string folder = board::folderOf(at.path);
+        board::openFile(folder, O_PATH | O_DIRECTORY, "can't open the folder of the socket");
         m_local = std::make_unique<board::LocalListener>(at.path);
         return;
     }

@@ -30,7 +30,8 @@ struct ListenAddress {
 /// A socket that accepts connections of HTTP clients.
 class Listener {
 public:
-    /// Throws Error if the system refuses; for a Unix socket as board::LocalListener does.
+    /// Throws Error if the system refuses; for a Unix socket as board::LocalListener does, and also
+    /// if its folder is missing.
     explicit Listener(const ListenAddress& address);
 
     int descriptor() const { return m_local ? m_local->descriptor() : m_socket.number(); }
