@@ -22,15 +22,6 @@ std::size_t leaveEscaped(void*, MHD_Connection*, char* text) {
     return std::strlen(text);
 }
 
-/// Removes the query before the library notes each of its parameters in the connection's memory. If
-/// that memory ran out, the client would get no answer. Nothing here has parameters.
-void* dropQuery(void*, const char* target, MHD_Connection*) {
-    // The library passes its own buffer, and reads the query from there afterwards.
-    if (char* const query = std::strchr(const_cast<char*>(target), '?'))
-        query[1] = '\0';
-    return nullptr;
-}
-
 MHD_Result countHeader(void* request, MHD_ValueKind, const char* name, const char*) {
     auto& head = *static_cast<RequestHead*>(request);
     if (::strcasecmp(name, MHD_HTTP_HEADER_HOST) == 0)
@@ -81,7 +72,6 @@ HttpServer::HttpServer(const Listener& listener, const Sources& sources,
                                 MHD_OPTION_CONNECTION_TIMEOUT, MOST_SILENCE,              //
                                 MHD_OPTION_NOTIFY_CONNECTION, &HttpServer::watch, this,   //
                                 MHD_OPTION_NOTIFY_COMPLETED, &HttpServer::complete, this, //
-                                MHD_OPTION_URI_LOG_CALLBACK, &dropQuery, nullptr,         //
                                 MHD_OPTION_UNESCAPE_CALLBACK, &leaveEscaped, nullptr,     //
                                 MHD_OPTION_END)) {
     if (!m_daemon)
