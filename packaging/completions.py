@@ -2,8 +2,8 @@
 """Generates the shell completions of a program from its `--help` and that of each command.
 
 usage: packaging/completions.py PROGRAM FOLDER
-writes FOLDER/PROGRAM (bash) and FOLDER/_PROGRAM (zsh). The templates are written for boardctl;
-another program's name replaces it.
+writes FOLDER/PROGRAM (bash), FOLDER/_PROGRAM (zsh) and FOLDER/PROGRAM.fish. The templates are
+written for boardctl; another program's name replaces it.
 """
 import pathlib
 import re
@@ -72,32 +72,47 @@ class Completions:
             self.arguments += [(path, row) for row in rows]
 
     def bash(self):
-        return self.tables("    ['{}']='{}'", lambda name, text: name)
+        return self.arrays("    ['{}']='{}'", lambda name, text: name)
 
     def zsh(self):
-        return self.tables("    '{}' '{}'", lambda name, text: f"{name}:{text}")
+        return self.arrays("    '{}' '{}'", lambda name, text: f"{name}:{text}")
 
-    def tables(self, entry, described):
-        """Yields the lines of the tables: one table per kind of word, indexed by the command."""
+    def fish(self):
+        """Yields the lines of the tables: one list per kind of word, because there are no arrays."""
+        for name, rows in self.tables(lambda name, text: f"{name}\t{text}"):
+            yield f"set -g _{self.name}_{name} \\"
+            for path, line in rows:
+                line = f"{path}\t{line}".replace("\\", "\\\\").replace("'", "\\'")
+                yield f"    '{line}' \\"
+            yield ""
+
+    def arrays(self, entry, described):
+        """Yields the lines of the tables: one array per kind of word, indexed by the command."""
+        for name, rows in self.tables(described):
+            lines = {}
+            for path, line in rows:
+                lines.setdefault(path, []).append(line.replace("'", "'\\''"))
+            yield f"_{self.name}_{name}=("
+            for path, each in lines.items():
+                yield entry.format(path, "\n".join(each))
+            yield ")"
+
+    def tables(self, described):
+        """Yields the tables: (name, rows of a command and what belongs to it)."""
         for name, rows in (
                 ("commands", [(path, described(name, text)) for path, name, text in self.commands]),
                 ("options", [(path, described(name, text)) for path, names, text, _ in self.options for name in names]),
                 ("values", [(path, " ".join([name, *values])) for path, names, _, values in self.options if values
                             for name in names]),
                 ("arguments", [(path, " ".join(row)) for path, row in self.arguments])):
-            lines = {}
-            for path, line in rows:
-                lines.setdefault(f"{self.name} {path}".strip(), []).append(line.replace("'", "'\\''"))
-            yield f"_{self.name}_{name}=("
-            for path, each in lines.items():
-                yield entry.format(path, "\n".join(each))
-            yield ")"
+            yield name, [(f"{self.name} {path}".strip(), line) for path, line in rows]
 
 
 def main():
     found, folder = Completions(sys.argv[1]), pathlib.Path(sys.argv[2])
     folder.mkdir(parents=True, exist_ok=True)
-    for shell, name, tables in (("bash", found.name, found.bash()), ("zsh", f"_{found.name}", found.zsh())):
+    for shell, name, tables in (("bash", found.name, found.bash()), ("zsh", f"_{found.name}", found.zsh()),
+                                ("fish", f"{found.name}.fish", found.fish())):
         template = (HERE / f"completion.{shell}").read_text().replace("boardctl", found.name)
         (folder / name).write_text(template.replace("# TABLES\n", "\n".join(tables) + "\n"))
 

@@ -50,6 +50,9 @@ file(RELATIVE_PATH up_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(packaging/boarddrivers.pc.in boarddrivers.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/boarddrivers.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+if(NOT BOARD_TOOLS)
+    return()
+endif()
 
 # board_program(<program>) installs the program and its systemd units.
 function(board_program program)
@@ -87,25 +90,28 @@ function(board_reference program runner)
     add_custom_command(OUTPUT ${page}
         COMMAND ${PROJECT_SOURCE_DIR}/packaging/man.sh ${runner} | gzip -9 -n >${page}.part
         COMMAND ${CMAKE_COMMAND} -E rename ${page}.part ${page}
-        DEPENDS ${program} packaging/man.sh packaging/${program}.h2m)
+        DEPENDS ${program} packaging/man.sh packaging/changelog packaging/${program}.h2m)
     install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${program})
 
     find_program(PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
     set(completions ${PROJECT_BINARY_DIR}/completions)
-    add_custom_command(OUTPUT ${completions}/${program} ${completions}/_${program}
+    set(made ${completions}/${program} ${completions}/_${program} ${completions}/${program}.fish)
+    add_custom_command(OUTPUT ${made}
         COMMAND ${PYTHON} ${PROJECT_SOURCE_DIR}/packaging/completions.py
             ${runner} ${completions}
         DEPENDS
             ${program}
             packaging/completions.py
             packaging/completion.bash
+            packaging/completion.fish
             packaging/completion.zsh)
     install(FILES ${completions}/${program}
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${program})
     install(FILES ${completions}/_${program}
         DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT ${program})
-    add_custom_target(${program}_reference ALL
-        DEPENDS ${page} ${completions}/${program} ${completions}/_${program})
+    install(FILES ${completions}/${program}.fish
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT ${program})
+    add_custom_target(${program}_reference ALL DEPENDS ${page} ${made})
 endfunction()
 
 if(BOARD_MAN)

@@ -106,5 +106,5 @@ echo "static build: the consumer contains the library"
 build_with "$work/whole" "$source/tests/install/subproject" -DBOARDDRIVERS_SOURCE="$source"
 expect "$product" "$work/whole/consumer" "$image"
 cmake --install "$work/whole" --prefix "$work/whole-installed" >/dev/null
-[[ -z $(find "$work/whole-installed" -type f) ]] || fail "a project that contains the library installs it unasked"
+[[ ! -e $work/whole-installed ]] || fail "a project that contains the library installs it unasked"
 echo "subproject: the library alone is built"

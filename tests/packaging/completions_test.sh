@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Completes calls of boardctl as bash does.
+# Completes calls of boardctl as the shells do.
 # usage: tests/packaging/completions_test.sh COMPLETIONS_PY BOARDCTL
 set -euo pipefail
 
@@ -44,6 +44,26 @@ expect "image.bin" bd compare list.json im
 expect "image.bin" bd set 5=u8:1 --image im
 expect "" cpu --count ""
 
+# offers EXPECTED LINE: what fish offers for a line, without descriptions.
+offers() {
+    local offered
+    # shellcheck disable=SC2016 # expanded by fish
+    offered=$(fish --no-config -c 'source boardctl.fish; complete -C $argv | string replace -r "\t.*" ""; true' "$2" | xargs)
+    [[ $offered == "$1" ]] || {
+        echo "fish completes '$2' by '$offered' (expected '$1')" >&2
+        status=1
+    }
+}
+if command -v fish >/dev/null; then
+    offers "bd button" "boardctl b"
+    offers "add get list set" "boardctl bd mac "
+    offers "send" "boardctl --board x leds s"
+    offers "--force --format" "boardctl bd set --fo"
+    offers "--format=json" "boardctl info --format=j"
+    offers "off on" "boardctl led status bi "
+    offers "image.bin" "boardctl bd check image.bin im"
+    offers "" "boardctl cpu --count "
+fi
 if command -v zsh >/dev/null; then
     zsh -n _boardctl || status=1
 fi
