@@ -23,7 +23,8 @@ namespace {
 void addGlobalOptions(CLI::App& app, Options& options) {
     app.formatter(std::make_shared<HelpFormatter>());
     app.require_subcommand(1);
-    app.set_version_flag("--version", "boardctl " BOARDCTL_VERSION, "Print the version and exit");
+    app.set_version_flag("-V,--version", "boardctl " BOARDCTL_VERSION,
+                         "Print the version and exit");
     app.fallthrough(); // these options may come before or after the command
     app.add_option("--board", options.board,
                    "Board profile (TOML); default: the file that $BOARDCTL_BOARD names, else "

@@ -60,7 +60,8 @@ CLI::Validator notEmpty() {
 }
 
 void addOptions(CLI::App& app, Options& options) {
-    app.set_version_flag("--version", "boardweb " BOARDWEB_VERSION, "Print the version and exit");
+    app.set_version_flag("-V,--version", "boardweb " BOARDWEB_VERSION,
+                         "Print the version and exit");
     app.add_option(
            "--listen", options.listen,
            "Where to serve HTTP: ADDRESS:PORT of this machine or the path of a Unix socket; "
