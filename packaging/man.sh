@@ -37,5 +37,8 @@ describe() {
     done
     cat "$(dirname "$0")/$name.h2m"
 } >"$sections"
+# The date of the page is that of the changelog.
+SOURCE_DATE_EPOCH=$(date --date "$(sed -n 's/^ -- .*>  //p;T;q' "$(dirname "$0")/changelog")" +%s)
+export SOURCE_DATE_EPOCH
 help2man --no-info --include="$sections" "$program" |
     sed '/^\.SS "Subcommands:"/,/^\.SH COMMANDS/{/^\.SH COMMANDS/!d}'

@@ -13,6 +13,9 @@ fail() {
     exit 1
 }
 
+# unpack PACKAGE FOLDER
+unpack() { dpkg-deb --raw-extract "$build/packages/$1"_*.*deb "$root/$2"; }
+
 rm -rf "$build/packages"
 (cd "$build" && cpack) >"$build/cpack.log" 2>&1 || fail "cpack failed: $(cat "$build/cpack.log")"
 packages=("$build"/packages/*.deb)
@@ -49,6 +52,7 @@ for file in "${library%.1}" "$root/usr/include/boarddrivers/CBoardDescr.h" \
     "$root/etc/boarddrivers" "$root/usr/lib/tmpfiles.d/boardctl.conf" "$root/usr/share/doc/boardctl/board-guide.md" "$root/usr/share/boarddrivers/tags.schema.json" \
     "$root/usr/share/bash-completion/completions/boardctl" \
     "$root/usr/share/zsh/vendor-completions/_boardctl" \
+    "$root/usr/share/fish/vendor_completions.d/boardctl.fish" \
     "$root/usr/lib/systemd/system/boardctl.service.d/boardweb.conf" \
     "$root/usr/share/bash-completion/completions/boardweb" \
     "$root/usr/share/zsh/vendor-completions/_boardweb"; do
@@ -65,6 +69,19 @@ done
 for program in boardctl boardweb; do
     readelf --file-header "$root/usr/bin/$program" | grep -q 'Type: *DYN' || fail "$program is not position-independent"
 done
+
+# Debug information comes in packages of its own, under the build ID of what is installed.
+unpack boardctl-dbgsym debug
+build_id=$(readelf --notes "$root/usr/bin/boardctl" | sed -n 's/.*Build ID: //p')
+debug=$root/debug/usr/lib/debug/.build-id/${build_id:0:2}/${build_id:2}.debug
+readelf --string-dump=.debug_line_str "$debug" 2>/dev/null | grep /usr/src/boarddrivers- >/dev/null ||
+    fail "boardctl-dbgsym has no debug information of boardctl"
+
+# Other packages depend on this version or a later one. dpkg calls ldconfig because of the trigger.
+unpack libboarddrivers1 library
+[[ $(awk '{ print $2, $3, $4, $5 }' "$root/library/DEBIAN/shlibs" | sort -u) == "1 libboarddrivers1 (>= "*")" ]] ||
+    fail "shlibs: $(<"$root/library/DEBIAN/shlibs")"
+[[ ! -e $root/library/DEBIAN/postinst ]] || fail "libboarddrivers1 calls ldconfig"
 
 # Flash is small on a board. The sum of text, data and bss.
 bytes=$(size "$library" | awk 'NR == 2 { print $4 }')
