@@ -1,8 +1,8 @@
 # Installs the systemd units of a program, with the path of the installed program filled in. Runs
 # when the tree is installed, because the prefix is not known earlier. install.cmake sets `program`,
-# `folder`, `made` and `bin`.
+# `folder`, `made`, `bin` and `unit_folder`.
 get_filename_component(prefix "${CMAKE_INSTALL_PREFIX}" ABSOLUTE)
-set(destination "${CMAKE_INSTALL_PREFIX}/lib/systemd/system")
+cmake_path(APPEND CMAKE_INSTALL_PREFIX ${unit_folder} OUTPUT_VARIABLE destination)
 if(prefix STREQUAL /usr AND program STREQUAL boardctl)
     # The place of the profile, which the board's owner writes.
     file(MAKE_DIRECTORY $ENV{DESTDIR}/etc/boarddrivers)
