@@ -74,7 +74,7 @@ done
 unpack boardctl-dbgsym debug
 build_id=$(readelf --notes "$root/usr/bin/boardctl" | sed -n 's/.*Build ID: //p')
 debug=$root/debug/usr/lib/debug/.build-id/${build_id:0:2}/${build_id:2}.debug
-readelf --string-dump=.debug_line_str "$debug" 2>/dev/null | grep /usr/src/boarddrivers- >/dev/null ||
+strings --all "$debug" | grep ^/usr/src/boarddrivers- >/dev/null ||
     fail "boardctl-dbgsym has no debug information of boardctl"
 
 # Other packages depend on this version or a later one. dpkg calls ldconfig because of the trigger.
