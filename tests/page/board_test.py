@@ -128,6 +128,30 @@ def test_is_not_disturbed_by_many_clients(page):
     page.await_link("live")
 
 
+def test_follows_the_board_in_more_tabs_than_connections(page):
+    """A browser has at most six connections to a server."""
+    driver = page.driver
+    first = driver.current_window_handle
+
+    def check(line, is_lit):
+        page.board.send(line)
+        page.until(lambda: page.lit().get("line") == is_lit, f"a tab misses {line}")
+
+    check("line call", True)
+    for _ in range(7):
+        driver.switch_to.new_window("tab")
+        page.open()
+        page.await_link("live")
+    check("line idle", False)
+    driver.switch_to.window(first)
+    check("line call", True)
+    page.await_link("live")
+    for tab in set(driver.window_handles) - {first}:
+        driver.switch_to.window(tab)
+        driver.close()
+    driver.switch_to.window(first)
+
+
 def test_is_not_shown_under_a_foreign_name(page):
     port = page.board.address.split(":")[1]
     page.driver.get(f"http://evil.example:{port}/")
@@ -207,6 +231,7 @@ def run_tests(page):
     test_shows_texts_as_text_and_fetches_nothing_else(page)
     test_fits_a_phone(page)
     test_is_not_disturbed_by_many_clients(page)
+    test_follows_the_board_in_more_tabs_than_connections(page)
     test_outlives_the_host(page)
     test_outlives_boardweb(page)
     test_is_not_shown_under_a_foreign_name(page)

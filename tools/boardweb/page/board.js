@@ -20,7 +20,8 @@ const askLeds = keep("leds", isLive, (answer) => {
     showLeds(answer);
     const ms = nextEnd();
     clearTimeout(countdown);
-    if (ms !== null && isLive()) countdown = setTimeout(askLeds, Math.min(ms + 100, COUNTDOWN_MS));
+    if (ms !== null && isLive())
+        countdown = setTimeout(() => { if (isLive()) askLeds(); }, Math.min(ms + 100, COUNTDOWN_MS));
 }, failLeds);
 const askDescriptor = keep("descriptor", isLive, showDescriptor, failDescriptor);
 const askHistory = keep("history", isLive, showHistory, failHistory);

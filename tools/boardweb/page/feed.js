@@ -14,7 +14,8 @@ export async function fetchJson(path) {
 }
 
 // Calls the function of `acts` with the name of the event, `onUp` when the stream has begun, and
-// `onDown` with the reason when it has ended. Opens it again by itself.
+// `onDown` with the reason when it has ended. Opens it again by itself. A hidden page has no stream,
+// because a browser has only six connections to a server for all its tabs.
 export class Feed {
     #acts;
     #onUp;
@@ -28,11 +29,10 @@ export class Feed {
         this.#onUp = onUp;
         this.#onDown = onDown;
         this.#open();
+        document.addEventListener("visibilitychange", () => this.#follow(document.hidden));
         // A page in the back/forward cache holds no connection.
-        addEventListener("pagehide", () => this.#source.close());
-        addEventListener("pageshow", (event) => {
-            if (event.persisted) this.#restart("was not connected while the page was hidden", 0);
-        });
+        addEventListener("pagehide", () => this.#follow(true));
+        addEventListener("pageshow", (event) => { if (event.persisted) this.#follow(false); });
     }
 
     // Whether messages must arrive. If not, silence is not a fault.
@@ -43,7 +43,20 @@ export class Feed {
                 SILENCE_MS);
     }
 
+    #follow(isHidden) {
+        if (!isHidden) return this.#open();
+        this.#close();
+        this.#down("was not connected while the page was hidden");
+    }
+
+    #close() {
+        this.#source?.close();
+        clearTimeout(this.#opening);
+    }
+
     #open() {
+        this.#close();
+        if (document.hidden) return;
         this.#source = new EventSource("events");
         this.#source.onopen = () => this.#onUp();
         this.#source.onerror = () => {
@@ -58,9 +71,8 @@ export class Feed {
     }
 
     #restart(reason, delay) {
-        this.#source.close();
+        this.#close();
         this.#down(reason);
-        clearTimeout(this.#opening);
         this.#opening = setTimeout(() => this.#open(), delay);
     }
 
