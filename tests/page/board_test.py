@@ -44,6 +44,18 @@ window.fetch = async (path, options) => {
     return new Response(JSON.stringify(data));
 };"""
 
+# Reports 300 events in a wrong order, and two at the same time.
+EVENTS = """const [done] = arguments;
+import("./log.js").then(({ addEvents }) => {
+    const event = (time, text) => ({ event: "test", time: `2099-01-01T00:${time}Z`, text });
+    const two = (number) => String(number).padStart(2, "0");
+    const all = Array.from({ length: 300 }, (_, i) => i * 7 % 300).map(
+        (i) => event(`${two(Math.floor(i / 60))}:${two(i % 60)}`, `event ${i}`));
+    addEvents([...all, event("04:59", "event 300")]);
+    requestAnimationFrame(() => done([...document.querySelectorAll("#event-list li span")].map(
+        (item) => item.textContent)));
+});"""
+
 
 def test_shows_the_leds_at_the_pace_of_the_sequencer(page):
     board = page.board
@@ -89,6 +101,12 @@ def test_shows_an_alarm_that_comes_and_goes(page):
     page.await_text("#alarm-list", "No alarm")
     page.await_text("[role=alert]", "Alarm over: thermal")
     page.await_text("#event-list", "below its maximum of 85")
+
+
+def test_lists_the_latest_events(page):
+    assert page.driver.execute_async_script(EVENTS) == [f"event {i}" for i in range(300, 100, -1)]
+    page.open()
+    page.await_link("live")
 
 
 def test_outlives_the_host(page):
@@ -232,6 +250,7 @@ def run_tests(page):
     test_fits_a_phone(page)
     test_is_not_disturbed_by_many_clients(page)
     test_follows_the_board_in_more_tabs_than_connections(page)
+    test_lists_the_latest_events(page)
     test_outlives_the_host(page)
     test_outlives_boardweb(page)
     test_is_not_shown_under_a_foreign_name(page)

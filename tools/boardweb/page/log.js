@@ -6,8 +6,7 @@ const MOST = 200;
 const TROUBLE = new Set(["temperature-over", "device-gone", "power-lost", "fan-astray",
     "fan-stopped", "led-pipe-gone", "led-gone", "fault", "host-gone", "lost"]);
 
-let entries = []; // the newest first
-let number = 0;
+const entries = []; // the newest first
 let isDrawing = false;
 
 function add(time, kind, text, isTrouble) {
@@ -17,14 +16,14 @@ function add(time, kind, text, isTrouble) {
     if (isTrouble) item.dataset.trouble = kind;
     addTime(item, time);
     make(item, "span", {}, text);
-    entries.push({ key, time, number: number++, item });
+    const at = entries.findIndex((entry) => entry.time <= time);
+    entries.splice(at < 0 ? entries.length : at, 0, { key, time, item });
+    entries.length = Math.min(entries.length, MOST); // not in draw(): a hidden page never draws
 }
 
 function draw() {
     isDrawing = false;
     const list = byId("event-list");
-    entries.sort((a, b) => a.time === b.time ? b.number - a.number : a.time < b.time ? 1 : -1);
-    entries = entries.slice(0, MOST);
     entries.forEach(({ item }, i) => {
         if (list.children[i] !== item) list.insertBefore(item, list.children[i] ?? null);
     });
