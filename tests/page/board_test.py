@@ -56,6 +56,12 @@ import("./log.js").then(({ addEvents }) => {
         (item) => item.textContent)));
 });"""
 
+# From the next stream on, the page gets no masks, as if the host were too old to report them.
+BECOME_OLD = """const listen = EventSource.prototype.addEventListener;
+EventSource.prototype.addEventListener = function (name, act) {
+    if (name !== "leds") listen.call(this, name, act);
+};"""
+
 
 def test_shows_the_leds_at_the_pace_of_the_sequencer(page):
     board = page.board
@@ -101,6 +107,21 @@ def test_shows_an_alarm_that_comes_and_goes(page):
     page.await_text("#alarm-list", "No alarm")
     page.await_text("[role=alert]", "Alarm over: thermal")
     page.await_text("#event-list", "below its maximum of 85")
+
+
+def test_asks_for_the_leds_if_the_host_no_longer_reports_them(page):
+    page.board.send("line call")
+    page.until(lambda: page.lit()["line"], "the line is not lit")
+    page.driver.execute_script(BECOME_OLD)
+    first = page.driver.current_window_handle
+    page.driver.switch_to.new_window("tab")
+    page.driver.close()  # the page is shown again, with a new stream
+    page.driver.switch_to.window(first)
+    page.await_link("live")
+    page.board.send("line idle")
+    page.until(lambda: not page.lit()["line"], "the page shows an old state")
+    page.open()
+    page.await_link("live")
 
 
 def test_lists_the_latest_events(page):
@@ -250,6 +271,7 @@ def run_tests(page):
     test_fits_a_phone(page)
     test_is_not_disturbed_by_many_clients(page)
     test_follows_the_board_in_more_tabs_than_connections(page)
+    test_asks_for_the_leds_if_the_host_no_longer_reports_them(page)
     test_lists_the_latest_events(page)
     test_outlives_the_host(page)
     test_outlives_boardweb(page)

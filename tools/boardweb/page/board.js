@@ -3,7 +3,8 @@
 import { addToHistory, failHistory, showHistory } from "./charts.js";
 import { byId, secondText, setText } from "./dom.js";
 import { Feed, keep } from "./feed.js";
-import { failLeds, lightLeds, needsLeds, nextEnd, showLeds, whenOpened } from "./leds.js";
+import { failLeds, forgetMask, lightLeds, needsLeds, nextEnd, showLeds, whenOpened }
+    from "./leds.js";
 import { addBoardEvent, addEvents, addHost, addLoss } from "./log.js";
 import { failDescriptor, showDescriptor, showStatus } from "./status.js";
 
@@ -21,7 +22,8 @@ const askLeds = keep("leds", isLive, (answer) => {
     const ms = nextEnd();
     clearTimeout(countdown);
     if (ms !== null && isLive())
-        countdown = setTimeout(() => { if (isLive()) askLeds(); }, Math.min(ms + 100, COUNTDOWN_MS));
+        countdown = setTimeout(() => { if (isLive()) askLeds(); },
+            Math.min(ms + 100, COUNTDOWN_MS));
 }, failLeds);
 const askDescriptor = keep("descriptor", isLive, showDescriptor, failDescriptor);
 const askHistory = keep("history", isLive, showHistory, failHistory);
@@ -63,6 +65,7 @@ const feed = new Feed({
     host(message) {
         if (host && host.boardweb !== message.boardweb) location.reload(); // another page by now
         host = message;
+        forgetMask(); // perhaps this host does not report one
         addHost(message);
         showLink();
         askAll();

@@ -14,8 +14,8 @@ export async function fetchJson(path) {
 }
 
 // Calls the function of `acts` with the name of the event, `onUp` when the stream has begun, and
-// `onDown` with the reason when it has ended. Opens it again by itself. A hidden page has no stream,
-// because a browser has only six connections to a server for all its tabs.
+// `onDown` with the reason when it has ended. Opens it again by itself. A hidden page has no
+// stream, because a browser opens at most six connections to a server, for all its tabs together.
 export class Feed {
     #acts;
     #onUp;

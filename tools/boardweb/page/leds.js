@@ -100,6 +100,11 @@ export function lightLeds(mask) {
     paint();
 }
 
+// After this, the next answer of /leds counts, unless a mask comes before it.
+export function forgetMask() {
+    lit = null;
+}
+
 // Without a mask, or while reasons are shown, each status makes the page fetch /leds.
 export function needsLeds() {
     return lit === null || opened >= 0;
