@@ -196,11 +196,11 @@ def check_refusals(server):
 
 
 def check_attacks(server):
-    long = "x" * 36000
+    long = "x" * 18000
     assert server.ask(headers=("Host: localhost", f"X: {long}"))[0] in (431, 413)
     assert server.ask("/" + long)[0] == 414
-    assert server.ask(headers=("Host: localhost", f"X: {long[:20000]}"))[0] == 200
-    cookies = "; ".join(f"session{number}={long[:30]}" for number in range(200))
+    assert server.ask(headers=("Host: localhost", f"X: {long[:10000]}"))[0] == 200
+    cookies = "; ".join(f"session{number}={long[:30]}" for number in range(100))
     assert server.ask(headers=("Host: localhost", f"Cookie: {cookies}"))[0] == 200
     for garbage in (b"GET", b"\xff\xfe", b"PRI * HTTP/2.0\r\n\r\nSM", b"\x16\x03\x01", b"GET / HTTP/9.9"):
         with Client(server.address) as client:

@@ -13,7 +13,7 @@ namespace {
 
 /// Enough for the cookies that a browser has from all programs on this machine: it sends them to
 /// every port.
-constexpr std::size_t REQUEST_MEMORY = 32U << 10U;
+constexpr std::size_t REQUEST_MEMORY = 16U << 10U;
 constexpr unsigned MOST_SILENCE = 15; // seconds
 
 /// Paths are compared as they come: none of ours needs an escape, and an escaped zero byte would
