@@ -4,6 +4,7 @@ A page is a client that follows the events, as the page's script does, on a boar
 """
 
 import contextlib
+import os
 import re
 import selectors
 import socket
@@ -87,6 +88,7 @@ class Clients:
 def figures(tree):
     """Returns the memory of boardweb in kB, at rest and with as many clients as it takes; what it adds to the host's
     memory; and the shares of a core in percent, of boardweb and of the host, with some pages."""
+    os.sync()  # until a program that was just linked is on the disk, its pages count as changed by the process
     with host.Hosted(tree, ROLLING) as hosted:
         time.sleep(1)
         before = hosted.dirty()
