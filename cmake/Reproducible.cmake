@@ -1,5 +1,6 @@
-# Packages are the same byte for byte, whatever folder they are built in. The debug information of
-# release builds goes into packages of its own, and names the folder that debuggers expect.
+# Keeps the folders of a release build out of its files. The shared libraries are the same byte for
+# byte in every folder; the debug information of boardctl still differs. Debug information goes into
+# packages of its own, and names the folder where debuggers look for sources.
 set(board_named /usr/src/boarddrivers-${PROJECT_VERSION})
 set(board_release $<CONFIG:Release,MinSizeRel>)
 foreach(option

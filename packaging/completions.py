@@ -78,7 +78,7 @@ class Completions:
         return self.arrays("    '{}' '{}'", lambda name, text: f"{name}:{text}")
 
     def fish(self):
-        """Yields the lines of the tables: one list per kind of word, because there are no arrays."""
+        """Yields the lines of the tables: one list per kind of word. fish has no arrays indexed by words."""
         for name, rows in self.tables(lambda name, text: f"{name}\t{text}"):
             yield f"set -g _{self.name}_{name} \\"
             for path, line in rows:

@@ -18,8 +18,8 @@ bool isJsonList(const std::string& bytes);
 
 /// Reads an image or a JSON list. Instead of a value, an entry of the list may have a pattern:
 /// `any` (true), `size` (bytes), `matches` (a regular expression on the whole text), or `from` and
-/// `to` (addresses); the last two may come with `iface`. Throws Error if there are no bytes, if the
-/// image is corrupt, if `tagsFromJson` rejects the list, or if entries follow the terminator.
+/// `to` (addresses). An entry with `from` and `to` may also have `iface`. Throws Error if `bytes` is
+/// empty, the image is corrupt, `tagsFromJson` rejects the list, or entries follow the terminator.
 /// Messages call the input `source`.
 ExpectedList readExpected(const std::string& bytes, const std::string& source);
 

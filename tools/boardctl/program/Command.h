@@ -48,8 +48,8 @@ struct CommandEntry {
     const char* second = nullptr; ///< null if it adds only one
 };
 
-/// Adds the commands that are among `options.words`, or all if there are no words. Making the
-/// parsers of all commands takes more time and memory than most commands do.
+/// Adds each command whose name is in `options.words`; all of them if there are no words. To make
+/// the parsers of all commands takes more time and memory than most commands take.
 inline void addCommands(CLI::App& parent, Options& options,
                         std::initializer_list<CommandEntry> entries) {
     const auto isNamed = [&](const char* name) { return name && options.words.count(name) != 0; };

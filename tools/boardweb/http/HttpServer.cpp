@@ -51,7 +51,7 @@ RequestHead headOf(MHD_Connection* connection, const char* method, const char* t
     return head;
 }
 
-/// The object that `watch` has made for the connection; null if there was no memory for it.
+/// The object that `watch` created for the connection; null if memory was short.
 Exchange* exchangeOf(MHD_Connection* connection) {
     const auto* const info =
         MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT);

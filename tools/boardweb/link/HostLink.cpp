@@ -148,10 +148,8 @@ void HostLink::lose(const std::string& fault) {
 void HostLink::logChange(bool isThere, const std::string& text) {
     if (m_isLoggedAs == isThere)
         return;
-    logLine((isThere        ? "the host answers at "
-             : m_isLoggedAs ? "the host is lost: "
-                            : "there is no host yet: ") +
-            text);
+    const char* const fault = m_isLoggedAs ? "lost the host: " : "no host answers yet: ";
+    logLine((isThere ? "the host answers at " : fault) + text);
     m_isLoggedAs = isThere;
 }
 

@@ -17,10 +17,10 @@
 
 namespace boardweb {
 
-/// The connection to the host. While there is no host, looks for one again and again. Otherwise,
-/// asks it for its status in each period of the history and after each event of the board, and
-/// passes the questions of clients on. The replies go to the feed, the history and the clients.
-/// Runs on the program's main thread.
+/// The connection to the host. If there is no host, looks for one until it finds one. Asks the host
+/// for its status in each period of the history and after each event of the board, and passes on
+/// the questions of clients. The replies go to the feed, the history and the clients. Runs on the
+/// program's main thread.
 class HostLink {
 public:
     /// All references must outlive the object.
