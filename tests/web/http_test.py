@@ -14,9 +14,11 @@ import re
 import resource
 import signal
 import socket
+import socketserver
 import subprocess
 import sys
 import tempfile
+import threading
 
 LIMIT = 120  # seconds; nothing takes that long, so a test that waits in vain fails
 SLACK_KB = 512
@@ -333,6 +335,38 @@ def check_slow_reader(boardweb, canned_host, folder):
         host.stdout.close()
 
 
+class ForgetfulHost(socketserver.StreamRequestHandler):
+    """Answers calls, but ends each connection for the LEDs after its first reply."""
+
+    def handle(self):
+        request = b""
+        while byte := self.rfile.read(1):
+            if byte != b"\0":
+                request += byte
+                continue
+            method = json.loads(request)["method"].rpartition(".")[2]
+            request = b""
+            reply = {"MonitorLeds": {"lit": 5}, "Monitor": {"event": None, "lost": 0}}.get(method, {})
+            self.wfile.write(json.dumps({"parameters": reply, "continues": method.startswith("Monitor")}).encode() + b"\0")
+            if method == "MonitorLeds":
+                return
+
+
+def check_leds_lost(boardweb, folder):
+    """LEDs that the host reports no more are not shown as they were: neither to old clients nor to new ones."""
+    at = str(folder / "forgetful.socket")
+    with socketserver.ThreadingUnixStreamServer(at, ForgetfulHost) as host:
+        host.daemon_threads = True
+        threading.Thread(target=host.serve_forever, daemon=True).start()
+        with Server(boardweb, "--host", at) as server, Client(server.address) as old, Client(server.address) as new:
+            events = old.events()
+            until(events, "leds", lambda data: data["lit"] == 5)
+            until(events, "leds", lambda data: data["lit"] is None)
+            names = (name for name, *_ in new.events())
+            assert [next(names) for _ in range(3)] == ["host", "status", "status"]  # the second after some seconds
+        host.shutdown()
+
+
 def check_end(boardweb, folder):
     """If asked to end, the server ends, although clients are waiting."""
     path = folder / "end.socket"
@@ -431,6 +465,7 @@ def run(words, folder):
     check_wrong_calls(words.boardweb.split(), folder)
     check_end(words.boardweb.split(), folder)
     check_slow_reader(words.boardweb.split(), words.canned_host.split(), folder)
+    check_leds_lost(words.boardweb.split(), folder)
 
 
 def take_tmp():

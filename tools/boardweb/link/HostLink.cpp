@@ -253,8 +253,10 @@ bool HostLink::followLeds() {
     return mayHaveMore;
 }
 
-/// What they showed is not true any more. A host that fails here is not asked again at once.
+/// Nobody knows any more what they show. A host that fails here is not asked again at once.
 void HostLink::dropLeds() {
+    if (m_host->leds && m_feed.readers() != 0)
+        m_feed.publish(EventFeed::LEDS, textOf({{"lit", nullptr}}));
     m_host->leds.reset();
     m_host->nextLeds = Clock::now() + LASTING;
     m_feed.forget(EventFeed::LEDS);
