@@ -18,9 +18,9 @@ bool isJsonList(const std::string& bytes);
 
 /// Reads an image or a JSON list. Instead of a value, an entry of the list may have a pattern:
 /// `any` (true), `size` (bytes), `matches` (a regular expression on the whole text), or `from` and
-/// `to` (addresses). An entry with `from` and `to` may also have `iface`. Throws Error if `bytes` is
-/// empty, the image is corrupt, `tagsFromJson` rejects the list, or entries follow the terminator.
-/// Messages call the input `source`.
+/// `to` (addresses). An entry with `from` and `to` may also have `iface`. Throws Error if `bytes`
+/// is empty, the image is corrupt, `tagsFromJson` rejects the list, or entries follow the
+/// terminator. Messages call the input `source`.
 ExpectedList readExpected(const std::string& bytes, const std::string& source);
 
 } // namespace board

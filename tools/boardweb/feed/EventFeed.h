@@ -70,7 +70,8 @@ public:
     /// Sends a message to all readers. `data` is JSON on one line. A new reader first gets the last
     /// message of each kind except BOARD.
     void publish(Kind kind, const std::string& data);
-    /// Forgets the last message of this kind, because it is no longer true. New readers don't get it.
+    /// Forgets the last message of this kind, because it is no longer true. New readers don't get
+    /// it.
     void forget(Kind kind);
     /// Sends a comment, which clients ignore, so that dead connections are noticed.
     void keepAlive();
