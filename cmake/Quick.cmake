@@ -11,7 +11,7 @@ function(board_quick)
         # The lowest level at which g++ prints all warnings and _FORTIFY_SOURCE works.
         set(level -O1)
     endif()
-    add_compile_options("$<$<CONFIG:RelWithDebInfo>:${level};-g1>")
+    add_compile_options("$<$<CONFIG:RelWithDebInfo>:${level}>" $<$<NOT:$<CONFIG:Debug>>:-g1>)
 endfunction()
 
 # board_precompile(<target> <header>...) compiles heavy headers of other projects once per target;

@@ -1,10 +1,10 @@
-# Keeps the folders of a release build out of its files. The shared libraries are the same byte for
-# byte in every folder; the debug information of boardctl still differs. Debug information goes into
-# packages of its own, and names the folder where debuggers look for sources.
+# Keeps the folders of a release build out of its files, so that they are the same byte for byte in
+# every folder. Debug information goes into packages of its own, and names the folder where debuggers
+# look for sources.
 set(board_named /usr/src/boarddrivers-${PROJECT_VERSION})
 set(board_release $<CONFIG:Release,MinSizeRel>)
 foreach(option
-        -g1
+        -g
         -ffile-prefix-map=${PROJECT_SOURCE_DIR}=${board_named}
         -ffile-prefix-map=${PROJECT_BINARY_DIR}=${board_named}/build)
     add_compile_options($<${board_release}:${option}>)
