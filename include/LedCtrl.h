@@ -145,10 +145,11 @@ protected:
             unsigned fileCount, AccessMethod method, unsigned tickMs, unsigned blinkPattern,
             NotStarted);
 
-    /// Creates the pipe if it is missing, and opens it for reading.
+    /// Creates the pipe if it is missing, and opens it for reading. A link in its place is not
+    /// followed.
     void setupFifo();
     /// Opens the pipe for writing too, leaves it open, and tests the pipe once; faults are only
-    /// logged.
+    /// logged. A link or a file that is not a pipe is left as it is.
     void testFifo();
     /// Opens each LED's file.
     void openFiles();

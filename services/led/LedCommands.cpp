@@ -56,6 +56,22 @@ std::int32_t numberIn(const char* text) {
     return number < INT32_MIN ? INT32_MIN : static_cast<std::int32_t>(number);
 }
 
+/// Opens the pipe. Does not follow a link in its place, because another user may have put it there.
+int openFifo(int flags) {
+    return ::open(FIFO_PATH, flags | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
+}
+
+/// The pipe's writing end; -1 on failure. Only a pipe is written to: another file in its place may
+/// be one that matters.
+int openFifoToWrite() {
+    const int writer = openFifo(O_WRONLY);
+    struct stat status {};
+    if (writer < 0 || (::fstat(writer, &status) == 0 && S_ISFIFO(status.st_mode)))
+        return writer;
+    ::close(writer);
+    return -1;
+}
+
 /// Closes a descriptor that an earlier start of the service left open.
 void closeFormer(std::int32_t& descriptor) {
     if (descriptor > 0)
@@ -69,7 +85,7 @@ void LedCtrl::setupFifo() {
     closeFormer(m_fifoFd);
     if (::mknod(FIFO_PATH, S_IFIFO | 0666, 0) != 0 && errno != EEXIST)
         VSYSLOG(CATEGORY, ERROR, "error mknod: %s", std::strerror(errno));
-    m_fifoFd = ::open(FIFO_PATH, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    m_fifoFd = openFifo(O_RDONLY);
     if (m_fifoFd < 0)
         VSYSLOG(CATEGORY, ERROR, "error open: %s", std::strerror(errno));
 }
@@ -77,7 +93,7 @@ void LedCtrl::setupFifo() {
 void LedCtrl::testFifo() {
     // Left open on purpose: while this writer exists, a read of the empty pipe returns "no data",
     // not "end of file", after the last client has closed the pipe.
-    const int writer = ::open(FIFO_PATH, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    const int writer = openFifoToWrite();
     if (writer < 0) {
         VSYSLOG(CATEGORY, ERROR, "error open - test fifo: ");
         return;

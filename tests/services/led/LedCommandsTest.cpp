@@ -1,6 +1,9 @@
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 
 #include <fcntl.h>
 #include <sched.h>
@@ -101,6 +104,28 @@ TEST_F(LedPipe, ReadsAtMost80BytesPerTickAndAcceptsAnyByte) {
     const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC); // gets the pipe's number
     leds.shutdown();
     EXPECT_EQ(::close(next), 0) << "not the service's to close";
+}
+
+TEST_F(LedPipe, WritesNothingIntoAnythingElseInItsPlace) {
+    const TempDir dir;
+    dir.write("file", "image");
+    const std::string linked = "DB_FRAMEWORK 3: error open: Too many levels of symbolic links",
+                      untested = "DB_FRAMEWORK 3: error open - test fifo: ";
+    for (const bool isLink : {true, false}) {
+        if (isLink)
+            std::filesystem::create_symlink(dir.path("file"), PIPE);
+        else
+            std::filesystem::copy_file(dir.path("file"), PIPE);
+        Sequencer leds({});
+        LogRecorder log;
+        leds.setupFifo();
+        leds.testFifo();
+        EXPECT_EQ(log.take(), isLink ? Lines({linked, untested}) : Lines({untested}));
+        leds.shutdown();
+        std::ifstream file(PIPE);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "image");
+        ::unlink(PIPE);
+    }
 }
 
 TEST_F(LedPipe, RunsByItselfUntilItIsReleased) {
