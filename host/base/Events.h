@@ -121,8 +121,12 @@ struct LedPipeGone {
 
 /// Lines are read from the LED pipe again.
 struct LedPipeBack {
-    std::string writers; ///< who may write, in words
+    std::string writers;      ///< who may write, in words
+    bool isTakenOver = false; ///< another service read them until now
 };
+
+/// The sequencer drives the LEDs, which another program drove until now.
+struct LedsTakenOver {};
 
 /// The sequencer can't drive an LED any more.
 struct LedFileGone {
@@ -143,7 +147,7 @@ using Event =
                  event::DeviceBack, event::PowerLost, event::PowerBack, event::FanAstray,
                  event::FanFollows, event::FanStopped, event::FanTurns, event::DescriptorChanged,
                  event::FaultReport, event::LogLine, event::LedCommandUnknown, event::LedPipeGone,
-                 event::LedPipeBack, event::LedFileGone, event::LedFileBack>;
+                 event::LedPipeBack, event::LedFileGone, event::LedFileBack, event::LedsTakenOver>;
 
 /// The time by the calendar clock.
 TYTime calendarTime();

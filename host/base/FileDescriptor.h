@@ -56,4 +56,29 @@ std::optional<FileIdentity> tryIdentify(const std::string& path);
 std::optional<FileIdentity> tryIdentify(const FileDescriptor& file);
 ///@}
 
+/// To whom a file belongs, and who may use it.
+struct FileStatus {
+    mode_t mode; ///< with the kind of the file: see kindOf
+    uid_t owner;
+    gid_t group;
+};
+
+///@{
+/// Empty if it can't be examined; the reason is then in `errno`. A symbolic link at the end of the
+/// path is not followed.
+std::optional<FileStatus> tryExamine(const std::string& path);
+std::optional<FileStatus> tryExamine(const FileDescriptor& file);
+///@}
+
+/// Opens a file for reading and writing. Creates it if it is missing, and then only this user may
+/// open it. Does not follow a symbolic link at the end of the path.
+FileDescriptor tryOpenPrivate(const std::string& path);
+
+///@{
+/// They change the file of a path. False on failure, with the reason in `errno`. The path must be
+/// one that no other user can replace.
+bool trySetMode(const std::string& path, mode_t mode);
+bool trySetGroup(const std::string& path, gid_t group);
+///@}
+
 } // namespace board

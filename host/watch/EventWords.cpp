@@ -146,8 +146,9 @@ EventWords words(const event::LedPipeGone& pipe) {
 
 EventWords words(const event::LedPipeBack& pipe) {
     return {"led-pipe-back",
-            "LED commands are read from " + std::string(LED_PIPE) + " again, which " +
-                pipe.writers + " may write",
+            "LED commands are read from " + std::string(LED_PIPE) +
+                (pipe.isTakenOver ? " now" : " again") + ", which " + pipe.writers + " may write" +
+                (pipe.isTakenOver ? ": the service that read them has ended" : ""),
             {{"pipe", LED_PIPE}, {"writers", pipe.writers}}};
 }
 
@@ -160,6 +161,11 @@ EventWords words(const event::LedFileGone& led) {
 
 EventWords words(const event::LedFileBack& led) {
     return {"led-back", "LED '" + led.name + "' is back", {{"name", led.name}}};
+}
+
+EventWords words(const event::LedsTakenOver&) {
+    return {"leds-taken-over", "the LEDs are driven now: the program that drove them has ended",
+            ordered_json::object()};
 }
 
 EventWords words(const event::FaultReport& fault) {
