@@ -10,7 +10,7 @@ namespace board {
 namespace {
 
 constexpr std::uint32_t TICKS_PER_PIPE_LOOK = 4;
-constexpr std::uint32_t FILE_LOOK_US = 1000000;
+constexpr std::uint32_t FILE_LOOK_US = 1000000, PIPE_TRY_US = 5000000;
 
 TYTime now() {
     TYTime time;
@@ -26,8 +26,15 @@ HostedLedCtrl::HostedLedCtrl(const LedSequencerProfile& profile, const LedTable&
       m_drivesFiles(profile.access == ACCESS_FILES), m_tableNumber(numberOf(table)),
       m_ticksPerFileLook(std::max(1U, FILE_LOOK_US / m_tickUs)), m_parts(std::move(parts)) {
     begin();
-    if (!start(String::EMPTY()).isSuccess())
-        throw Error("can't create the thread for the LED sequencer");
+    const XCode started = start(String::EMPTY());
+    if (!started.isSuccess()) {
+        shutdown(); // otherwise the pipe would have a reader, and senders would not notice
+        throw Error(std::string("can't start the LED sequencer: ") + started.getMessage().c_str());
+    }
+}
+
+unsigned HostedLedCtrl::pipeLooksPerTry(std::uint32_t tickUs) {
+    return std::max(1U, PIPE_TRY_US / TICKS_PER_PIPE_LOOK / tickUs);
 }
 
 HostedLedCtrl::~HostedLedCtrl() {

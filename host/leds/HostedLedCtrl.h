@@ -10,7 +10,7 @@
 #include "base/Events.h"
 #include "leds/LedFileWatch.h"
 #include "leds/LedMemory.h"
-#include "leds/LedPipe.h"
+#include "leds/LedPipeKeeper.h"
 #include "leds/TracedLedCtrl.h"
 
 namespace board {
@@ -37,6 +37,9 @@ public:
     HostedLedCtrl(const LedSequencerProfile& profile, const LedTable& table,
                   const std::vector<FileNameMap>& files, Parts parts);
     ~HostedLedCtrl() override;
+
+    /// How often it looks at the pipe in some seconds: see LedPipeKeeper. The tick is above 0.
+    static unsigned pipeLooksPerTry(std::uint32_t tickUs);
 
     /// The base's loop, in which the pipe is optional. The base offers no place for what is added,
     /// because a new virtual operation would change the library's binary interface.

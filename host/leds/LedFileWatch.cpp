@@ -19,11 +19,18 @@ void LedClaim::lock() {
         m_path = led.path;
         if (!m_file.isOpen())
             continue;
-        if (!tryLock(m_file) && errno == EWOULDBLOCK)
-            throw Error(led.path +
-                        ": another program drives the LEDs of this board; they are left alone");
+        if (!m_lock.tryTake(m_file) && errno == EWOULDBLOCK)
+            throw LedsInUse(
+                led.path + ": another program drives the LEDs of this board; they are left alone",
+                led.path);
         return;
     }
+}
+
+bool LedClaim::isFree(const std::string& path) {
+    const FileDescriptor file = tryOpen(path, O_RDONLY | O_NONBLOCK);
+    HostLock lock;
+    return !file.isOpen() || lock.tryTake(file) || errno != EWOULDBLOCK;
 }
 
 void LedClaim::renew() {

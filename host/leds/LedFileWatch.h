@@ -2,30 +2,44 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "base/Error.h"
 #include "base/Events.h"
 #include "base/FileDescriptor.h"
+#include "devices/HostLock.h"
 #include "leds/LedStates.h"
 #include "leds/LedTable.h"
 
 namespace board {
 
-/// The right to drive the LEDs of a board: the first LED's file is locked, as every program does
+/// Another host drives the LEDs.
+struct LedsInUse : Error {
+    LedsInUse(const std::string& what, std::string file) : Error(what), path(std::move(file)) {}
+    std::string path; ///< of the LED's file that it has locked
+};
+
+/// The right to drive the LEDs of a board: a lock on the first LED's file, which every host takes
 /// that drives these LEDs from a profile. One thread at a time.
 class LedClaim {
 public:
-    /// Throws Error if another program has the right. Locks nothing if no file can be opened.
+    /// Throws LedsInUse if another host has the right. Locks nothing if no file can be opened.
     explicit LedClaim(const std::vector<Led>& leds);
 
-    /// Locks the file that is there now if it is another one. Throws Error as the constructor does.
+    /// Locks the file that is there now if it is another one. Throws as the constructor does.
     void renew();
+
+    /// Whether no host holds the lock on this file, or the file can't be opened. Costs a few system
+    /// calls.
+    static bool isFree(const std::string& path);
 
 private:
     void lock();
 
     const std::vector<Led>& m_leds;
-    FileDescriptor m_file;
+    FileDescriptor m_file; ///< while it is open, no other file gets its identity
+    HostLock m_lock;
     std::string m_path;
 };
 

@@ -7,7 +7,7 @@
 #include "base/Error.h"
 #include "base/File.h"
 #include "base/FileReplacement.h"
-#include "leds/LedPipe.h"
+#include "leds/LedLine.h"
 
 namespace board {
 

@@ -30,7 +30,7 @@ LedService::LedService(const LedSequencerProfile& profile, bool tellsChanges, Ev
         m_leds.reset(new LedCtrl(nullptr, 0, nullptr, 0, profile.access, profile.tickMs, 0));
         return;
     }
-    LedPipeKeeper pipe(events);
+    LedPipeKeeper pipe(events, profile.group, HostedLedCtrl::pipeLooksPerTry(profile.tickUs()));
     m_writers = pipe.writers();
     if (pipe.fault())
         m_pipeFault = *pipe.fault() + "; the LEDs run without commands";

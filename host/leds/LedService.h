@@ -18,9 +18,9 @@ namespace board {
 class LedService {
 public:
     /// Starts the sequencer. If another service reads the pipe, it shows its defaults and accepts
-    /// no commands. `profile` must outlive the object. Throws Error if another program drives the
-    /// LEDs of this board, because each would overwrite the other's states, or if a thread can't be
-    /// created.
+    /// no commands until that service has ended. `profile` must outlive the object. Throws
+    /// LedsInUse if another host drives the LEDs of this board, because each would overwrite the
+    /// other's states, and Error if a thread can't be created.
     ///
     /// `memory` is a file that survives a restart of the service, but not of the board. What the
     /// LEDs hold without a time is kept there, and held again at the next start. If it is empty,

@@ -158,6 +158,8 @@ LedSequencerProfile readLeds(const ProfileReader& reader) {
     if (reader.has("access"))
         leds.access = static_cast<LedCtrl::AccessMethod>(reader.wordOrNumber(
             "access", {{"files", LedCtrl::ACCESS_FILES}, {"none", LedCtrl::ACCESS_NONE}}));
+    if (reader.has("group"))
+        leds.group = reader.name("group");
     for (const ProfileReader& file : reader.tables("file", {"mask", "path", "on", "name", "color"}))
         leds.files.push_back(readLedFile(file));
     for (const ProfileReader& command :
@@ -262,7 +264,7 @@ Profile Profile::load(const std::string& path) {
     if (const auto reader = root.table("firmware", {"info"}))
         profile.firmware = reader->path("info");
     if (const auto reader =
-            root.table("leds", {"tick_ms", "blink_pattern", "access", "file", "command"}))
+            root.table("leds", {"tick_ms", "blink_pattern", "access", "group", "file", "command"}))
         profile.ledService = readLeds(*reader);
     if (const auto reader = root.table("watch", {"period_s", "on_alarm", "on_clear"}))
         profile.watch = readWatch(*reader);

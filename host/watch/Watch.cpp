@@ -5,7 +5,7 @@
 #include "board/Report.h"
 #include "devices/DeviceValue.h"
 #include "devices/HostedFan.h"
-#include "leds/LedPipe.h"
+#include "leds/LedLine.h"
 
 namespace board {
 

@@ -5,7 +5,7 @@
 
 #include "LedCtrl.h"
 #include "String.h"
-#include "leds/LedPipe.h"
+#include "leds/LedLine.h"
 
 namespace board {
 

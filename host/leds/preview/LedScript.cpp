@@ -7,7 +7,7 @@
 
 #include "base/Error.h"
 #include "base/Text.h"
-#include "leds/LedPipe.h"
+#include "leds/LedLine.h"
 
 namespace board {
 

@@ -1,12 +1,17 @@
 #include "leds/LedPipe.h"
+#include "leds/LedLine.h"
+
+#include <vector>
 
 #include <fcntl.h>
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "base/FileDescriptor.h"
 #include "support/Failure.h"
+#include "support/TempDir.h"
 
 using board::LED_PIPE;
 using support::failureOf;
@@ -48,32 +53,93 @@ private:
 
 } // namespace
 
-TEST(LedPipeClaim, KnowsWhoMayWrite) {
-    for (const auto& [mode, writers] : {std::pair(0602U, "everybody"),
-                                        {0620U, "its owner and group"},
-                                        {0644U, "its owner alone"}}) {
+TEST(LedPipeClaim, LetsNobodyReadAndKnowsWhoMayWrite) {
+    const struct group* const group = ::getgrgid(1);
+    const std::string groupName = ::geteuid() == 0 && group ? group->gr_name : "",
+                      corrected = LED_PIPE + std::string(": others could read commands (mode ");
+    struct Row {
+        mode_t umask, found, wanted; ///< nothing is found if that is 0
+        std::string writers, correction = {}, group = {};
+    };
+    std::vector<Row> rows = {{0, 0, 0622, "everybody"},
+                             {0007, 0, 0620, "its owner and group"},
+                             {0022, 0, 0600, "its owner alone"},
+                             {0, 0602, 0602, "everybody"},
+                             {0, 0644, 0600, "its owner alone", "644"},
+                             {0, 0660, 0620, "its owner and group", "660"}};
+    if (!groupName.empty()) {
+        rows.push_back({0077, 0, 0620, "its owner and group", "", groupName});
+        rows.push_back({0077, 0666, 0620, "its owner and group", "666", groupName});
+    }
+    for (const Row& row : rows) {
         ::unlink(LED_PIPE);
-        ASSERT_TRUE(::mkfifo(LED_PIPE, 0600) == 0 && ::chmod(LED_PIPE, mode) == 0);
-        EXPECT_EQ(board::LedPipeClaim().writers(), writers);
+        if (row.found != 0) {
+            ASSERT_TRUE(::mkfifo(LED_PIPE, 0600) == 0 && ::chmod(LED_PIPE, row.found) == 0);
+        }
+        const mode_t former = ::umask(row.umask);
+        const board::LedPipeClaim claim(row.group);
+        ::umask(former);
+        struct stat status {};
+        ASSERT_EQ(::stat(LED_PIPE, &status), 0);
+        EXPECT_EQ(status.st_mode, S_IFIFO | row.wanted);
+        EXPECT_TRUE(row.group.empty() || status.st_gid == group->gr_gid);
+        EXPECT_EQ(claim.writers(), row.writers);
+        EXPECT_EQ(claim.correction().substr(0, corrected.size() + 3),
+                  row.correction.empty() ? "" : corrected + row.correction);
     }
     ::unlink(LED_PIPE);
 }
 
 TEST(LedPipeClaim, RejectsAnythingElseInThePipesPlace) {
-    const auto expectFault = [](const std::string& fault) {
-        try {
-            const board::LedPipeClaim claim;
-            ADD_FAILURE() << fault;
-        } catch (const board::Error& error) {
-            EXPECT_EQ(error.what(), LED_PIPE + fault);
-        }
+    const auto faultOf = [](const char* group = "") {
+        return failureOf([&] { const board::LedPipeClaim claim(group); });
     };
+    const std::string pipe = LED_PIPE;
     ASSERT_EQ(::mkdir(LED_PIPE, 0700), 0);
-    expectFault(": is not a pipe (expected a pipe or no file: remove it)");
+    EXPECT_EQ(faultOf(), pipe + ": is not a pipe (expected a pipe or no file: remove it)");
     ::rmdir(LED_PIPE);
-    ASSERT_EQ(::symlink("/nowhere/at all", LED_PIPE), 0);
-    expectFault(": can't open the pipe: No such file or directory");
+    {
+        const support::TempDir dir;
+        dir.makePipe("pipe");
+        ASSERT_EQ(::symlink(dir.path("pipe").c_str(), LED_PIPE), 0);
+        EXPECT_EQ(faultOf(), pipe + ": is a symbolic link (expected a pipe or no file: remove it)");
+        EXPECT_EQ(failureOf([] { board::sendLedLine("a b"); }), faultOf());
+        ::unlink(LED_PIPE);
+    }
+    EXPECT_EQ(faultOf("no such group"),
+              pipe + ": this machine has no group 'no such group', which the profile names");
     ::unlink(LED_PIPE);
+    if (::geteuid() != 0)
+        return; // only root can do what follows
+    ASSERT_TRUE(::mkfifo(LED_PIPE, 0622) == 0 && ::chown(LED_PIPE, 65534, 65534) == 0);
+    EXPECT_EQ(faultOf(),
+              pipe +
+                  ": belongs to user 65534 (expected a pipe of root or of this user: remove it)");
+    ::unlink(LED_PIPE);
+    struct stat folder {};
+    ASSERT_TRUE(::stat("/tmp", &folder) == 0 && ::chmod("/tmp", 0777) == 0);
+    EXPECT_EQ(faultOf(), pipe + ": other users could replace the pipe, because its folder has the "
+                                "mode 777 (expected a sticky folder: `chmod +t /tmp/`)");
+    ::chmod("/tmp", folder.st_mode & 07777);
+    EXPECT_NE(::access(LED_PIPE, F_OK), 0);
+}
+
+TEST(SendLedLine, SendsNothingToAStrangerUnlessAGroupVouchesForHim) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give a pipe to another user";
+    const ReadPipe pipe;
+    const struct {
+        gid_t group;
+        mode_t mode;
+        bool isSent;
+    } ROWS[] = {{65534, 0622, false}, {::getegid(), 0602, false}, {::getegid(), 0620, true}};
+    for (const auto& row : ROWS) {
+        ASSERT_TRUE(::chown(LED_PIPE, 65534, row.group) == 0 && ::chmod(LED_PIPE, row.mode) == 0);
+        const std::string fault = failureOf([] { board::sendLedLine("a b"); });
+        EXPECT_EQ(fault.substr(0, fault.find(',')),
+                  row.isSent ? "no failure" : LED_PIPE + std::string(": belongs to user 65534"));
+        EXPECT_EQ(pipe.read(), row.isSent ? "a b\n" : "");
+    }
 }
 
 TEST(SendLedLine, NamesWhoMayWriteIfTheUserMayNot) {

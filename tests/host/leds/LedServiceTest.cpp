@@ -3,8 +3,10 @@
 #include <filesystem>
 #include <set>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -26,7 +28,9 @@ struct Words {
         return e.name + (e.isLit ? " on" : " off");
     }
     std::string operator()(const board::event::LedPipeGone& e) const { return "gone " + e.reason; }
-    std::string operator()(const board::event::LedPipeBack& e) const { return "back " + e.writers; }
+    std::string operator()(const board::event::LedPipeBack& e) const {
+        return (e.isTakenOver ? "taken over " : "back ") + e.writers;
+    }
     std::string operator()(const board::event::LedFileGone& e) const {
         return e.name + " gone " + e.reason;
     }
@@ -123,7 +127,7 @@ TEST_F(LedServiceTest, MakesThePipeAgainAndReportsEachLossOnce) {
     expectDescriptors(1);
 }
 
-TEST_F(LedServiceTest, PicksUpAPipeThatCouldNotBeMadeAtTheStartButNoneOfAnotherService) {
+TEST_F(LedServiceTest, PicksUpAPipeThatCouldNotBeMadeAtTheStart) {
     const board::LedSequencerProfile profile = table("");
     std::filesystem::create_directory(LED_PIPE);
     const board::LedService leds(profile, false, m_events);
@@ -133,11 +137,44 @@ TEST_F(LedServiceTest, PicksUpAPipeThatCouldNotBeMadeAtTheStartButNoneOfAnotherS
     EXPECT_FALSE(leds.writers());
     ::rmdir(LED_PIPE);
     EXPECT_EQ(next().substr(0, 4), "back");
-    board::EventQueue events;
-    board::LedPipeKeeper second(events);
+}
+
+TEST_F(LedServiceTest, TakesThePipeOverWhenTheServiceThatHasItEnds) {
+    const board::LedSequencerProfile profile = table("");
+    std::optional<board::LedService> leds(std::in_place, profile, false, m_events);
+    board::LedPipeKeeper second(m_events, "", 2);
     EXPECT_NE(second.fault().value_or("").find("is in use"), std::string::npos);
+    const auto look = [&] { return second.look() || second.look(); }; // the second one tries
+    EXPECT_FALSE(look());
     ::unlink(LED_PIPE);
-    EXPECT_FALSE(second.look());
+    EXPECT_FALSE(look()) << "the pipe is the other service's to make again";
+    EXPECT_EQ(next().substr(0, 4), "gone");
+    EXPECT_EQ(next().substr(0, 4), "back");
+    leds.reset();
+    EXPECT_TRUE(look());
+    EXPECT_FALSE(second.fault());
+    EXPECT_EQ(next(), "taken over " + second.writers().value_or("nobody"));
+    ::unlink(LED_PIPE);
+    EXPECT_TRUE(second.look());
+    EXPECT_EQ(next().substr(0, 4), "gone");
+    EXPECT_EQ(next().substr(0, 4), "back");
+}
+
+TEST_F(LedServiceTest, StartsAlthoughOthersHaveLockedItsPipeAndItsLeds) {
+    const board::LedSequencerProfile profile = table("");
+    ::setenv("XDG_RUNTIME_DIR", m_dir.path("").c_str(), 1); // a folder of this user
+    ASSERT_EQ(::mkfifo(LED_PIPE, 0600), 0);
+    std::optional<board::FileDescriptor> reader(
+        ::open(LED_PIPE, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const board::FileDescriptor writer(::open(LED_PIPE, O_WRONLY | O_NONBLOCK | O_CLOEXEC)),
+        led(::open(m_dir.path("file").c_str(), O_RDONLY | O_CLOEXEC));
+    reader.reset();
+    for (const auto* const file : {&writer, &led})
+        ASSERT_EQ(::flock(file->number(), LOCK_EX | LOCK_NB), 0);
+    const board::LedService leds(profile, false, m_events);
+    EXPECT_FALSE(leds.pipeFault());
+    EXPECT_THROW(board::LedService(profile, false, m_events), board::LedsInUse);
+    ::setenv("XDG_RUNTIME_DIR", "/tmp", 1); // as all these tests have it
 }
 
 TEST_F(LedServiceTest, ReportsAndDrivesLedsThatGoAndComeBack) {

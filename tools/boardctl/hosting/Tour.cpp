@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "board/Report.h"
+#include "leds/LedLine.h"
 #include "leds/LedPipe.h"
 #include "output/Readings.h"
 #include "simulation/SimulatedButton.h"

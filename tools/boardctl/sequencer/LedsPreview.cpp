@@ -6,7 +6,7 @@
 
 #include "base/File.h"
 #include "base/Result.h"
-#include "leds/LedPipe.h"
+#include "leds/LedLine.h"
 #include "leds/preview/LedJson.h"
 #include "leds/preview/LedPage.h"
 #include "leds/preview/LedPicture.h"

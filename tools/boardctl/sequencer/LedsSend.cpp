@@ -6,7 +6,7 @@
 #include <string>
 
 #include "base/Error.h"
-#include "leds/LedPipe.h"
+#include "leds/LedLine.h"
 #include "leds/LedRow.h"
 #include "output/Json.h"
 #include "output/Progress.h"
@@ -36,13 +36,15 @@ std::unique_ptr<BoardProfile> namedBoard(const Options& options) {
 }
 
 /// Waits while the sequencer reads what others have sent, for LED_TURN_TICKS ticks at most.
-void sendInTurn(const std::string& line, std::chrono::duration<double> tick) {
+void sendInTurn(const std::string& line, std::chrono::duration<double> tick,
+                const std::string& group) {
     Progress progress(tick.count() * board::LED_TURN_TICKS);
-    board::sendLedLineInTurn(line, [&] {
+    const auto pause = [&] {
         const double seconds = tick.count() / board::LED_PAUSES_PER_TICK;
         return !progress.waitUntil(StopSignals::Clock::now() + StopSignals::spanOf(seconds),
                                    "waiting until the lines of others have been read");
-    });
+    };
+    board::sendLedLineInTurn(line, pause, group);
 }
 
 int send(const Options& options, const SendWords& words) {
@@ -53,14 +55,16 @@ int send(const Options& options, const SendWords& words) {
         throw WrongCall(error.what());
     }
     std::uint32_t tickMs = board::LedSequencerProfile().tickMs; // the default
+    std::string group;
     if (const auto board = namedBoard(options)) {
         const board::LedSequencerProfile& tables = ledTablesOf(*board);
         tickMs = tables.tickMs;
+        group = tables.group;
         if (!board::hasRow(tables, words.word1, words.word2, words.number))
             throw board::Error(board->profilePath() + ": no row of [leds] matches '" + line +
                                "', so it was not sent");
     }
-    sendInTurn(line, std::chrono::milliseconds(tickMs));
+    sendInTurn(line, std::chrono::milliseconds(tickMs), group);
     if (options.json)
         printJson({{"sent", line}});
     return DONE;

@@ -1,0 +1,65 @@
+#include "devices/HostLock.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/File.h"
+
+namespace board {
+
+namespace {
+
+constexpr char NAME[] = "/boarddrivers.lock";
+
+bool isOwn(const std::optional<FileStatus>& status) {
+    return status && status->owner == ::geteuid();
+}
+
+/// The file whose bytes are the locks; owns nothing if this user has no folder for it. The places
+/// do not depend on how a host was started as far as that is possible, so that hosts of a user find
+/// each other.
+FileDescriptor openLocks() {
+    const char* const folder = std::getenv("XDG_RUNTIME_DIR");
+    for (const std::string& place :
+         {std::string("/run"), std::string("/run/boarddrivers"),
+          "/run/user/" + std::to_string(::geteuid()), std::string(folder ? folder : "")}) {
+        if (place.empty() || !isOwn(tryExamine(place)))
+            continue;
+        FileDescriptor locks = tryOpenPrivate(place + NAME);
+        if (locks.isOpen() && isOwn(tryExamine(locks)))
+            return locks;
+    }
+    return FileDescriptor();
+}
+
+/// The byte that stands for a file.
+off_t byteOf(const FileIdentity& file) {
+    constexpr std::uint64_t PRIME = 0x100000001b3; // of FNV-1a
+    const std::uint64_t mixed =
+        (static_cast<std::uint64_t>(file.device) * PRIME ^ file.number) * PRIME;
+    return static_cast<off_t>(mixed >> 33U); // 31 bits, as far as every machine can count
+}
+
+} // namespace
+
+bool HostLock::tryTake(const FileDescriptor& file) {
+    const std::optional<FileIdentity> identity = tryIdentify(file);
+    if (!identity)
+        return false;
+    m_locks = openLocks();
+    if (!m_locks.isOpen())
+        return tryLock(file);
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = byteOf(*identity);
+    lock.l_len = 1;
+    return ::fcntl(m_locks.number(), F_OFD_SETLK, &lock) == 0;
+}
+
+} // namespace board
