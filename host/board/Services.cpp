@@ -8,22 +8,53 @@ namespace board {
 
 Services::Services(const Profile& profile, bool tellsLeds, EventQueue& events,
                    const std::string& ledMemory)
-    : m_profile(profile), m_events(events) {
+    : m_profile(profile), m_tellsLeds(tellsLeds), m_ledMemory(ledMemory), m_events(events) {
+    if (profile.ledService)
+        startLeds();
+    if (const auto fault = startButton())
+        m_failures.push_back({Kind::BUTTON, *fault});
+}
+
+void Services::startLeds() {
+    m_ledInUse.reset();
     try {
-        if (profile.ledService)
-            m_leds = std::make_unique<LedService>(*profile.ledService, tellsLeds, events,
-                                                  DeviceLocator(), ledMemory);
+        m_leds = std::make_unique<LedService>(*m_profile.ledService, m_tellsLeds, m_events,
+                                              DeviceLocator(), m_ledMemory);
+    } catch (const LedsInUse& error) {
+        m_ledInUse = error.path;
+        m_failures.push_back({Kind::LEDS, error.what()});
     } catch (const Error& error) {
         m_failures.push_back({Kind::LEDS, error.what()});
     }
-    if (m_leds) {
-        for (const std::string& fault : m_leds->faults())
-            m_failures.push_back({Kind::LEDS, fault});
-        if (m_leds->pipeFault())
-            m_failures.push_back({Kind::PIPE, *m_leds->pipeFault()});
-    }
-    if (const auto fault = startButton())
-        m_failures.push_back({Kind::BUTTON, *fault});
+    if (!m_leds)
+        return;
+    for (const std::string& fault : m_leds->faults())
+        m_failures.push_back({Kind::LEDS, fault});
+    if (m_leds->pipeFault())
+        m_failures.push_back({Kind::PIPE, *m_leds->pipeFault()});
+}
+
+void Services::forget(Kind service) {
+    m_failures.erase(
+        std::remove_if(m_failures.begin(), m_failures.end(),
+                       [&](const Failure& failure) { return failure.service == service; }),
+        m_failures.end());
+}
+
+bool Services::lookAtLeds() {
+    if (!m_ledInUse || !LedClaim::isFree(*m_ledInUse))
+        return false;
+    forget(Kind::LEDS);
+    startLeds();
+    if (m_leds)
+        m_events.push(event::LedsTakenOver{});
+    if (m_leds && m_leds->writers())
+        m_events.push(event::LedPipeBack{*m_leds->writers(), true});
+    if (!m_ledInUse)
+        for (const Failure& failure : m_failures)
+            if (failure.service != Kind::BUTTON)
+                m_events.push(event::FaultReport{"leds: " + failure.text});
+    return m_leds != nullptr;
 }
 
 std::optional<std::string> Services::startButton() {
@@ -46,10 +77,7 @@ void Services::lookAtButton() {
         return;
     const bool wasStarted = m_button != nullptr;
     m_button.reset();
-    m_failures.erase(
-        std::remove_if(m_failures.begin(), m_failures.end(),
-                       [](const Failure& failure) { return failure.service == Kind::BUTTON; }),
-        m_failures.end());
+    forget(Kind::BUTTON);
     const auto fault = startButton();
     if (fault)
         m_failures.push_back({Kind::BUTTON, *fault});

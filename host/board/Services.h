@@ -37,15 +37,24 @@ public:
     const LedService* leds() const { return m_leds.get(); }
     bool watchesButton() const { return m_button && m_button->isWatching(); }
 
+    /// Starts the LED sequencer if another host drove the LEDs and has ended. This is an event.
+    /// Costs a few system calls while that host runs. True if the sequencer was started.
+    bool lookAtLeds();
+
     /// Starts the button monitor if its device has appeared, or is another one than before. A
     /// change is an event.
     void lookAtButton();
 
 private:
+    void startLeds();
     std::optional<std::string> startButton();
+    void forget(Kind service);
 
     const Profile& m_profile;
+    const bool m_tellsLeds;
+    const std::string m_ledMemory;
     EventQueue& m_events;
+    std::optional<std::string> m_ledInUse; ///< the file of an LED that another host drives
     std::vector<Failure> m_failures;
     std::unique_ptr<LedService> m_leds;
     std::optional<FileIdentity> m_buttonFile; ///< when the monitor was started

@@ -50,10 +50,19 @@ HostStatus::HostStatus(const std::string& profilePath, const Profile& profile, H
       m_started(calendarTime()) {}
 
 void HostStatus::setServices(const Services* services) {
+    if (services && !m_services)
+        noteFailures(*services);
     m_services = services;
     m_takesLines = services && services->leds() && services->leds()->writers();
     if (services && services->leds())
         m_pipeFault = services->leds()->pipeFault();
+}
+
+void HostStatus::noteFailures(const Services& services) {
+    for (const Services::Failure& failure : services.failures()) {
+        const char* const kind = failure.service == Services::Kind::BUTTON ? "button: " : "leds: ";
+        static_cast<void>(note({calendarTime(), event::FaultReport{kind + failure.text}}));
+    }
 }
 
 ordered_json HostStatus::note(const EventQueue::Entry& entry) {

@@ -23,7 +23,8 @@ public:
     HostStatus(const std::string& profilePath, const Profile& profile, Host& host,
                const Watch& watch);
 
-    /// The services, for as long as they run; null before and after.
+    /// The services, for as long as they run; null before and after. What failed when they were
+    /// started is kept as events, because nobody could monitor it then.
     void setServices(const Services* services);
 
     void setFirmware(Result<FirmwareInfo> firmware) { m_firmware = std::move(firmware); }
@@ -47,6 +48,7 @@ public:
     std::string metrics() const override;
 
 private:
+    void noteFailures(const Services& services);
     nlohmann::ordered_json devicesJson() const;
     nlohmann::ordered_json ledServiceJson() const;
     nlohmann::ordered_json buttonJson() const;

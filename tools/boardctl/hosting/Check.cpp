@@ -4,11 +4,13 @@
 
 #include "base/Text.h"
 #include "board/BoardCheck.h"
+#include "client/StatusClient.h"
 #include "output/Json.h"
 #include "program/Board.h"
 #include "program/Command.h"
 #include "program/Commands.h"
 #include "program/Help.h"
+#include "program/StopSignals.h"
 #include "program/SysfsOption.h"
 
 using board::BoardFinding;
@@ -46,12 +48,39 @@ int report(const Options& options, const std::string& path,
     return findings.empty() ? DONE : FOUND;
 }
 
+/// What the running host of the board, if there is one, reports about its services.
+std::vector<BoardFinding> findingsOfHost(const BoardProfile& chosen) {
+    std::vector<BoardFinding> findings;
+    const auto add = [&](const char* service, const ordered_json& fault) {
+        if (fault.is_string())
+            findings.push_back(
+                {BoardFinding::Level::ERROR,
+                 {std::string("running host: ") + service, fault.get<std::string>()}});
+    };
+    try {
+        const ordered_json status =
+            board::findHost(chosen.profilePath(), chosen.isSimulated(), StopSignals::waitUntil)
+                .status;
+        const ordered_json none = ordered_json::object();
+        for (const ordered_json& fault :
+             status.value(ordered_json::json_pointer("/leds/faults"), none))
+            add("leds", fault);
+        add("button", status.value(ordered_json::json_pointer("/button/fault"), none));
+    } catch (const board::Error&) {            // no host runs
+    } catch (const ordered_json::exception&) { // one of another version
+    }
+    return findings;
+}
+
 int check(const Options& options, const CheckWords& words) {
     try {
         const BoardProfile chosen(options);
         board::BoardCheck check{board::DeviceLocator(words.sysfs)};
         check.check(chosen.profile());
-        return report(options, chosen.profilePath(), check.findings());
+        std::vector<BoardFinding> findings = check.findings();
+        const std::vector<BoardFinding> ofHost = findingsOfHost(chosen);
+        findings.insert(findings.end(), ofHost.begin(), ofHost.end());
+        return report(options, chosen.profilePath(), findings);
     } catch (const board::ProfileError& error) {
         return report(options, error.file(), {{BoardFinding::Level::ERROR, error.fault()}});
     }

@@ -12,7 +12,7 @@
 #include "client/StatusPlaces.h"
 #include "hosting/BringUp.h"
 #include "hosting/Tour.h"
-#include "leds/LedPipe.h"
+#include "leds/LedLine.h"
 #include "output/EventLines.h"
 #include "output/Prompt.h"
 #include "output/Readings.h"
@@ -90,8 +90,7 @@ private:
         }
         {
             board::Services services(m_board.profile(), m_showsLeds, m_loop.events(), ledMemory());
-            m_leds = services.leds();
-            m_status.setServices(&services);
+            adopt(&services);
             bringUp.showServices(services);
             m_watch.sendLedLinesTo([this](const std::string& line) { return sendToLeds(line); },
                                    ledsHoldAlarm());
@@ -104,9 +103,13 @@ private:
                 m_panel.clear();
             notify("STOPPING=1");
             m_watch.sendLedLinesTo(nullptr);
-            m_status.setServices(nullptr);
-            m_leds = nullptr;
+            adopt(nullptr);
         }
+    }
+
+    void adopt(const board::Services* services) {
+        m_leds = services ? services->leds() : nullptr;
+        m_status.setServices(services);
     }
 
     static std::string ledMemory() {
@@ -196,6 +199,8 @@ private:
         m_loop.every(m_board.profile().watch.period, [&] {
             m_watch.look();
             services.lookAtButton();
+            if (services.lookAtLeds())
+                adopt(&services);
         });
         if (const auto period = board::watchdogPeriod())
             m_loop.every(*period / 2, [this] { notify("WATCHDOG=1"); });
