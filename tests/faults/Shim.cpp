@@ -228,6 +228,17 @@ __attribute__((destructor)) void writeTrace() {
 
 } // namespace
 
+// Returns its error instead of setting errno.
+extern "C" __attribute__((visibility("default"))) int
+faulty_pthread_create(void* thread, const void* how, void* (*body)(void*),
+                      void* argument) __asm__("pthread_create");
+int faulty_pthread_create(void* thread, const void* how, void* (*body)(void*), void* argument) {
+    static const auto real =
+        reinterpret_cast<decltype(&faulty_pthread_create)>(::dlsym(RTLD_NEXT, "pthread_create"));
+    const Verdict verdict = judge("pthread_create", "thread");
+    return verdict == Verdict::FAIL ? errno : orDie(verdict, real(thread, how, body, argument));
+}
+
 // Time does not pass while the program waits: it leaps to where the wait ends. Only another program
 // takes real time to answer on a socket.
 
