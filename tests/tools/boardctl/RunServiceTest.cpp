@@ -78,6 +78,20 @@ Button                             watched, 0 presses so far
     third.signalUntilEnded(SIGINT);
 }
 
+TEST_F(HostedBoard, TakesOverTheLedsAndThePipeOfAHostThatEnds) {
+    expectTranscript(m_dir, "\n$ printf '[watch]\\nperiod_s = 0.1\\n' >>board.toml\n");
+    Program first(words({"run"}));
+    ASSERT_TRUE(first.waitForOutput("ready\n"));
+    Program second(words({"run"}));
+    ASSERT_TRUE(second.waitForOutput("ready\n"));
+    first.signalUntilEnded(SIGINT);
+    ASSERT_TRUE(second.waitForOutput("the LEDs are driven now"));
+    ASSERT_TRUE(second.waitForOutput("the service that read them has ended\n"));
+    expectTranscript(m_dir, "\n$ boardctl leds send line call\n");
+    ASSERT_TRUE(second.waitForOutput("LED command: line call\n"));
+    second.signalUntilEnded(SIGINT);
+}
+
 TEST_F(HostedBoard, TellsTheInitSystemWhatItDoes) {
     const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     sockaddr_un address{};
