@@ -48,7 +48,7 @@ void expectKnownOwner(const FileStatus& pipe, const std::string& group) {
     if (!isOfGroup || (pipe.mode & S_IWGRP) == 0)
         failAtLedPipe("belongs to user " + std::to_string(pipe.owner) +
                       ", who may be a stranger, so nothing is sent (expected a pipe of root or of "
-                      "this user, or one that a group of this user may write)");
+                      "this user, or one that a group of this user or of the profile may write)");
 }
 
 /// The writing end of the pipe, for one line.
