@@ -33,7 +33,8 @@ bool LedPipeKeeper::isTimeToTry() {
     const bool isTurn = ++m_looks % m_looksPerTry == 0;
     if (!m_isInUse)
         return isTurn || found != m_rejected;
-    return isTurn && (found || std::exchange(m_wasMissing, true));
+    // Another pipe, or none, is the other service's to replace or to open.
+    return isTurn && std::exchange(m_rejected, found) == found;
 }
 
 bool LedPipeKeeper::look() {
@@ -57,7 +58,6 @@ bool LedPipeKeeper::claim(const std::optional<std::string>& loss) {
             m_events.push(event::LedPipeGone{loss.value()});
         keep(std::move(claim));
         m_fault.reset();
-        m_wasMissing = false;
         m_events.push(event::LedPipeBack{m_claim->writers(), std::exchange(m_isInUse, false)});
         return true;
     } catch (const LedPipeInUse& error) {
@@ -67,7 +67,6 @@ bool LedPipeKeeper::claim(const std::optional<std::string>& loss) {
         fault = error.what();
     }
     m_isInUse = isInUse;
-    m_wasMissing = false;
     m_rejected = tryIdentify(LED_PIPE);
     if (m_fault != fault)
         m_events.push(event::LedPipeGone{fault});

@@ -28,8 +28,8 @@ public:
     /// so is its end. While all is well, or while the same thing is in the pipe's place, this costs
     /// one system call. True if the sequencer must open the pipe now, because it is another one.
     ///
-    /// While another service has the pipe, only every `looksPerTry`-th look tries to claim it. If
-    /// that service has to make its pipe again, it is left the time to do so.
+    /// While another service has the pipe, only every `looksPerTry`-th look tries to claim it, and
+    /// only if the same pipe was there at the last try: that service may be replacing its pipe.
     bool look();
 
 private:
@@ -43,7 +43,6 @@ private:
     std::optional<LedPipeClaim> m_claim;
     std::optional<std::string> m_fault;
     bool m_isInUse = false;                 ///< by another service
-    bool m_wasMissing = false;              ///< at the last try, while it was in use
     std::optional<FileIdentity> m_rejected; ///< what was in the pipe's place
     unsigned m_looks = 0;                   ///< since the pipe was lost
 };

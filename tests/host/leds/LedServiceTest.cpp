@@ -150,8 +150,9 @@ TEST_F(LedServiceTest, TakesThePipeOverWhenTheServiceThatHasItEnds) {
     EXPECT_FALSE(look()) << "the pipe is the other service's to make again";
     EXPECT_EQ(next().substr(0, 4), "gone");
     EXPECT_EQ(next().substr(0, 4), "back");
+    EXPECT_FALSE(look());
     leds.reset();
-    EXPECT_TRUE(look());
+    ASSERT_TRUE(look());
     EXPECT_FALSE(second.fault());
     EXPECT_EQ(next(), "taken over " + second.writers().value_or("nobody"));
     ::unlink(LED_PIPE);
