@@ -8,6 +8,7 @@
 #include "descriptor/DescriptorSource.h"
 #include "devices/DeviceFile.h"
 #include "devices/DeviceValue.h"
+#include "leds/LedPipe.h"
 #include "leds/LedRow.h"
 #include "leds/check/LedCheck.h"
 #include "leds/check/LedDeviceCheck.h"
@@ -113,6 +114,13 @@ void BoardCheck::check(const DescriptorProfile& descriptor) {
 }
 
 void BoardCheck::checkLedTables(const Profile& profile) {
+    const std::string& group = profile.ledService->group;
+    if (!group.empty() && !tryFindGroup(group))
+        m_findings.push_back(
+            {Level::ERROR,
+             {profile.ledService->groupPlace, "this machine has no group '" + group +
+                                                  "', so no LED commands are "
+                                                  "taken"}});
     const auto addMistakes = [&](Level level, std::vector<LedFinding> findings) {
         for (LedFinding& finding : findings)
             if (finding.level == LedFinding::Level::MISTAKE)

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "String.h"
 #include "base/File.h"
 #include "base/Text.h"
 

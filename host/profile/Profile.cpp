@@ -158,8 +158,10 @@ LedSequencerProfile readLeds(const ProfileReader& reader) {
     if (reader.has("access"))
         leds.access = static_cast<LedCtrl::AccessMethod>(reader.wordOrNumber(
             "access", {{"files", LedCtrl::ACCESS_FILES}, {"none", LedCtrl::ACCESS_NONE}}));
-    if (reader.has("group"))
+    if (reader.has("group")) {
         leds.group = reader.name("group");
+        leds.groupPlace = reader.where("group");
+    }
     for (const ProfileReader& file : reader.tables("file", {"mask", "path", "on", "name", "color"}))
         leds.files.push_back(readLedFile(file));
     for (const ProfileReader& command :

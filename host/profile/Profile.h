@@ -93,6 +93,7 @@ struct LedSequencerProfile {
 
     std::string place; ///< "FILE:LINE: leds", for messages
     std::string group; ///< who may write to the pipe besides its owner; empty: as the umask says
+    std::string groupPlace; ///< "FILE:LINE: leds.group", for messages
     std::uint32_t tickMs = 100;
     std::uint32_t blinkPattern = 0x0F0F0F0F;
     LedCtrl::AccessMethod access = LedCtrl::ACCESS_FILES;

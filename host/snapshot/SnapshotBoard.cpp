@@ -127,6 +127,7 @@ public:
         }
         if (toml::table* const leds = profile["leds"].as_table()) {
             makeFolder(m_root / "leds");
+            leds->erase("group"); // of the board, not of this machine
             eachOf(*leds, "file",
                    [&](toml::table& entry, std::size_t index) { moveLed(entry, index); });
         }

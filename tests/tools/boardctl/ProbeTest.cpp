@@ -169,7 +169,7 @@ $ printf "[[fan]]\nname='b'\ndevice='/proc/sys/kernel/cap_last_cap'\nmaximum=255
 $ printf "[[thermal]]\nname='c'\ndevice='heat'\nmaximum=85\n[[power]]\nname='d'\ndevice='.'\n" >>board.toml
 $ printf "[[led]]\nname='e'\ndevice='led/brightness'\nbi_status=true\n[descriptor]\ndevice='eeprom'\n" >>board.toml
 $ printf "[preferences]\nfile='prefs'\n[button]\ndevice='heat'\n[firmware]\ninfo='none'\n" >>board.toml
-$ printf "[leds]\n[[leds.file]]\nmask=1\npath='led:x'\n[[leds.file]]\nmask=0\npath='led/brightness'\non=255\n[watch]\non_clear='a b'\n" >>board.toml
+$ printf "[leds]\ngroup='no such'\n[[leds.file]]\nmask=1\npath='led:x'\n[[leds.file]]\nmask=0\npath='led/brightness'\non=255\n[watch]\non_clear='a b'\n" >>board.toml
 $ echo 201 >level; mkfifo pipe; echo N/A >heat; mkdir led; echo 1 | tee led/max_brightness >led/brightness
 $ printf '\000\055\000\001ab\000\000\000\004' >eeprom; printf 'voip.sip-legs = many\nnonsense\n' >prefs
 $ boardctl check --board board.toml --sysfs .
@@ -185,11 +185,12 @@ warning: board.toml:25: preferences.file: prefs:2: 'nonsense' IS NOT A 'key = va
 warning: board.toml:25: preferences.file: PREFERENCE 'voip.sip-legs': 'many' IGNORED, EXPECTED A NUMBER FROM 0 TO 4294967295
 error: board.toml:27: button.device: heat: is not a button (expected a pipe or a character device)
 error: board.toml:29: firmware.info: OPEN 'none' FAILED (none: can't open: No such file or directory)
-error: board.toml:33: leds.file[0].path: this LED is not driven: led:x: there is no LED 'x' (there are: none)
-error: board.toml:36: leds.file[1].path: `on` is 255, but led/max_brightness holds 1: the LED is lit at 1
-warning: board.toml:34: leds.file[1].mask: is 0: this LED is never lit
-warning: board.toml:36: leds.file[1].path: is the device of [[led]] 'e' too: the sequencer overwrites what is set there
-warning: board.toml:39: watch.on_clear: has no effect: no row of [leds] has this line
+error: board.toml:31: leds.group: this machine has no group 'no such', so no LED commands are taken
+error: board.toml:34: leds.file[0].path: this LED is not driven: led:x: there is no LED 'x' (there are: none)
+error: board.toml:37: leds.file[1].path: `on` is 255, but led/max_brightness holds 1: the LED is lit at 1
+warning: board.toml:35: leds.file[1].mask: is 0: this LED is never lit
+warning: board.toml:37: leds.file[1].path: is the device of [[led]] 'e' too: the sequencer overwrites what is set there
+warning: board.toml:40: watch.on_clear: has no effect: no row of [leds] has this line
 [3]
 $ json check --board board.toml --sysfs . | head -c 200; echo
 { "board": "board.toml", "findings": [ { "place": "board.toml:3: fan[0].device", "what": "level: holds '201' (expected 0 to 200)", "level": "error" }, { "place": "board.toml:5: fan[0].enable", "what":

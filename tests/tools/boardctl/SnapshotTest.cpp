@@ -44,13 +44,15 @@ $ for i in '{' '{"snapshot":2}' '{"snapshot":1,"profile":{"text":"a=1"},"files":
 )sh");
 }
 
-TEST(Snapshot, GivesEachLedFilesOfItsOwn) {
+TEST(Snapshot, GivesEachLedFilesOfItsOwnAndForgetsTheGroupOfThePipe) {
     expectTranscript(TempDir(), R"sh(
 $ for i in led1 z/led1 a a.state; do mkdir -p $i; echo 1 >$i/brightness; printf "[[leds.file]]\nmask=$((n = 2 * n + 1))\npath='$i/brightness'\n"; done >files
-$ printf "[leds]\n[[leds.command]]\nword1='a'\nword2='b'\nmask=1\naction='on'\n" | cat - files >board.toml
-$ boardctl --board board.toml snapshot -o board.json && boardctl sim create copy --from board.json && cd copy/leds && echo *
+$ printf "[leds]\ngroup='ops'\n[[leds.command]]\nword1='a'\nword2='b'\nmask=1\naction='on'\n" | cat - files >board.toml
+$ boardctl --board board.toml snapshot -o board.json && boardctl sim create copy --from board.json && cd copy/leds && echo * && grep -c group ../board.toml
 board.json: written; 4 of 4 files of the board could be read
 created copy/board.toml; try: boardctl --board copy/board.toml info
 a a.state led1 led1.state led2 led2.state led3 led3.state
+0
+[1]
 )sh");
 }
