@@ -3,10 +3,13 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <map>
 #include <mutex>
+#include <sstream>
 #include <string>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "RTD.h"
 
@@ -16,6 +19,7 @@ namespace {
 
 constexpr char LOG_CATEGORY[] = "PREFERENCES";
 constexpr int LOG_ERROR = 3;
+constexpr unsigned SIZE_LIMIT = 65536;
 
 using Store = std::map<std::string, String>;
 
@@ -43,11 +47,41 @@ bool parse(const String& text, unsigned minimum, unsigned maximum, unsigned& val
     return true;
 }
 
+/// Reads to the end, but little more than SIZE_LIMIT bytes: the path may lead to an endless file,
+/// or to a pipe, which is not waited for.
+/// On failure returns false, with the reason in `errno`.
+bool read(const String& path, std::string& content) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0)
+        return false;
+    char chunk[512];
+    ssize_t got;
+    do {
+        got = ::read(file, chunk, sizeof chunk);
+        if (got > 0)
+            content.append(chunk, static_cast<std::size_t>(got));
+    } while ((got > 0 && content.size() <= SIZE_LIMIT) || (got < 0 && errno == EINTR));
+    const int reason = errno;
+    ::close(file);
+    errno = reason;
+    return got >= 0;
+}
+
 } // namespace
 
 XCode LOAD(const String& path, String& error) {
-    errno = 0;
-    std::ifstream file(path.c_str());
+    std::string content;
+    if (!read(path, content)) {
+        error = String::format("FAILED TO READ PREFERENCES '%s': %s", path.c_str(),
+                               std::strerror(errno));
+        return XCode(XCode::FAILURE);
+    }
+    if (content.size() > SIZE_LIMIT) {
+        error = String::format("FAILED TO READ PREFERENCES '%s': LARGER THAN %u BYTES",
+                               path.c_str(), SIZE_LIMIT);
+        return XCode(XCode::FAILURE);
+    }
+    std::istringstream file(content);
     Store loaded;
     std::string line;
     unsigned number = 0;
@@ -65,11 +99,6 @@ XCode LOAD(const String& path, String& error) {
         const std::string value = line.substr(equals + 1);
         const String key = String(line.data(), static_cast<unsigned>(equals)).trim();
         loaded[key.c_str()] = String(value.data(), static_cast<unsigned>(value.size())).trim();
-    }
-    if (!file.eof()) {
-        error = String::format("FAILED TO READ PREFERENCES '%s': %s", path.c_str(),
-                               std::strerror(errno));
-        return XCode(XCode::FAILURE);
     }
     const std::lock_guard<std::mutex> hold(storeLock());
     store().swap(loaded);

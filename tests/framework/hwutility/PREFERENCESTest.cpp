@@ -47,14 +47,17 @@ TEST(Preferences, ReadNumbersInRangeAndLogAllOthers) {
 TEST(Preferences, AreReadLineByLineAndKeptIfAFileCantBeRead) {
     const support::TempDir dir;
     const std::string path = dir.path("preferences");
-    dir.write("preferences", "# comment = 1\n\n a = 1\nwhat\na = 2\nb=c=d\n  e = 5");
+    dir.write("preferences",
+              "# comment = 1\n\n a = 1\nwhat\na = 2\nb=c=d\n  e = 5" + std::string(65490, ' '));
     support::LogRecorder log;
     String error;
     ASSERT_TRUE(PREFERENCES::LOAD(path.c_str(), error).isSuccess());
     EXPECT_EQ(log.take(),
               Lines{"PREFERENCES 3: " + path + ":4: 'what' IS NOT A 'key = value' LINE"});
-    for (const auto& [name, reason] :
-         {std::pair("missing", "No such file or directory"), {".", "Is a directory"}}) {
+    dir.write("large", std::string(65537, '#'));
+    for (const auto& [name, reason] : {std::pair("missing", "No such file or directory"),
+                                       {".", "Is a directory"},
+                                       {"large", "LARGER THAN 65536 BYTES"}}) {
         EXPECT_FALSE(PREFERENCES::LOAD(dir.path(name).c_str(), error).isSuccess());
         EXPECT_EQ(error, String::format("FAILED TO READ PREFERENCES '%s': %s",
                                         dir.path(name).c_str(), reason));
