@@ -12,51 +12,64 @@ namespace board {
 
 namespace {
 
-/// Locks a pipe against a second monitor and keeps it open for reading and writing, because the
-/// monitor opens it again for each message and a message written in between must not be lost. Owns
-/// nothing for a character device.
+TYTime monotonicTime() {
+    TYTime now;
+    static_cast<void>(now.getSystemClock(TYTime::MONOTONIC_CLOCK));
+    return now;
+}
+
+/// Opens the button's file, so that no other file can have its identity. A character device is only
+/// named, because its driver may allow one reader. A pipe is locked against a second monitor and
+/// kept open for reading and writing, because the monitor opens it again for each message and a
+/// message written in between must not be lost.
 FileDescriptor claim(const std::string& path) {
-    const FileKind kind = kindOf(path);
-    if (kind == FileKind::MISSING)
-        failWith(path, "can't open", errno);
-    if (kind == FileKind::CHARACTER_DEVICE) {
+    FileDescriptor file = openFile(path, O_PATH);
+    if (kindOf(file) == FileKind::CHARACTER_DEVICE) {
         expectReadable(path);
-        return FileDescriptor();
+        return file;
     }
-    if (kind != FileKind::PIPE)
+    if (kindOf(file) == FileKind::PIPE) // looked at again, because the path may be another file now
+        file = openFile(path, O_RDWR | O_NONBLOCK);
+    if (kindOf(file) != FileKind::PIPE)
         throw Error(path + ": is not a button (expected a pipe or a character device)");
-    FileDescriptor pipe = openFile(path, O_RDWR | O_NONBLOCK);
-    if (!tryLock(pipe))
+    if (!tryLock(file))
         throw Error(path + ": another program watches this button");
-    return pipe;
+    return file;
 }
 
 } // namespace
 
 XCode ButtonService::Watch::runThread() {
     XCode status = ServiceButton::runThread(); // returns only if the device has failed
-    end("");
+    report("");
     return status;
 }
 
 void ButtonService::Watch::end(const String& why) {
+    report(why);
+    static_cast<void>(stop()); // takes effect when this thread waits next
+}
+
+void ButtonService::Watch::report(const String& why) {
     m_hasFailed = true;
     m_events.push(event::FaultReport{
         String::format("button: %s%s is no longer watched", m_path.c_str(), why.c_str()).c_str()});
 }
 
 void ButtonService::Watch::processButtonMessage(const String& message) {
-    if (!message.isEmpty())
-        return ServiceButton::processButtonMessage(message);
+    const auto found = tryIdentify(m_path.c_str());
+    if (found && found != tryIdentify(m_file)) // a file whose reads don't wait, perhaps
+        end(" was replaced and");
+    else if (!message.isEmpty())
+        ServiceButton::processButtonMessage(message);
     // Somebody opened and closed a pipe. A device that returns nothing would do so forever.
-    if (kindOf(m_path.c_str()) != FileKind::CHARACTER_DEVICE)
-        return;
-    end(" returned no message (expected a device that waits for the button) and");
-    static_cast<void>(stop()); // takes effect when this thread waits next
+    else if (kindOf(m_file) == FileKind::CHARACTER_DEVICE)
+        end(" returned no message (expected a device that waits for the button) and");
 }
 
-ButtonService::ButtonService(const NamedPath& device, EventQueue& events)
-    : m_events(events), m_claim(claim(device.path)), m_button(device.path.c_str(), this, events) {
+ButtonService::ButtonService(const NamedPath& device, EventQueue& events, Clock clock)
+    : m_events(events), m_clock(clock ? std::move(clock) : monotonicTime),
+      m_claim(claim(device.path)), m_button(device.path.c_str(), this, m_claim, events) {
     String error;
     if (!m_button.start(error).isSuccess())
         throw Error(error.c_str());
@@ -66,15 +79,17 @@ ButtonService::~ButtonService() {
     static_cast<void>(m_button.stop()); // while the observer still exists
 }
 
+// The library's own times are those of the calendar clock, which may be set during a press.
 void ButtonService::onButtonPressed(const TYTime&) {
-    m_isPressed = true;
+    m_pressedAt = m_clock();
     m_events.push(event::ButtonPressed{});
 }
 
-void ButtonService::onButtonReleased(const TYTime& heldFor) {
+void ButtonService::onButtonReleased(const TYTime&) {
     // If the button was down before the service started, nobody knows for how long.
-    const bool isKnown = std::exchange(m_isPressed, false);
-    m_events.push(event::ButtonReleased{isKnown ? std::optional(heldFor) : std::nullopt});
+    const std::optional<TYTime> pressedAt = std::exchange(m_pressedAt, std::nullopt);
+    m_events.push(
+        event::ButtonReleased{pressedAt ? std::optional(m_clock() - *pressedAt) : std::nullopt});
 }
 
 } // namespace board

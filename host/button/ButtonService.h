@@ -1,6 +1,8 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
+#include <optional>
 #include <string>
 
 #include "ServiceButton.h"
@@ -13,23 +15,29 @@ namespace board {
 /// The service button of a hosted board. Presses and releases become events.
 class ButtonService final : private ServiceButton::Observer {
 public:
+    /// Returns a time that is never set. Called on the button's thread.
+    using Clock = std::function<TYTime()>;
+
     /// Starts watching. Throws Error if `device` can't be read, if it is neither a pipe nor a
     /// character device (a file whose reads don't wait would keep the processor busy), or if
-    /// another program watches the pipe, as each message reaches only one of the two.
-    ButtonService(const NamedPath& device, EventQueue& events);
+    /// another program watches the pipe, as each message reaches only one of the two. `clock`
+    /// measures how long presses last; without one, the system's monotonic clock does.
+    ButtonService(const NamedPath& device, EventQueue& events, Clock clock = {});
     ~ButtonService();
     ButtonService(const ButtonService&) = delete;
     ButtonService& operator=(const ButtonService&) = delete;
 
-    /// False after a device error has ended it. The error and the end are events.
+    /// False after a device error has ended it, or because the path leads to another file. The
+    /// error and the end are events.
     bool isWatching() const { return m_button.isWatching(); }
 
 private:
-    /// Reports when the device has failed.
+    /// Reports when the device has failed. Ends when the path leads to another file than `file`.
     class Watch final : public ServiceButton {
     public:
-        Watch(const String& path, Observer* observer, EventQueue& events)
-            : ServiceButton(path, observer), m_path(path), m_events(events) {}
+        Watch(const String& path, Observer* observer, const FileDescriptor& file,
+              EventQueue& events)
+            : ServiceButton(path, observer), m_path(path), m_file(file), m_events(events) {}
         ~Watch() override { static_cast<void>(stop()); }
         bool isWatching() const { return !m_hasFailed; }
         XCode runThread() override;
@@ -37,8 +45,10 @@ private:
 
     private:
         void end(const String& why);
+        void report(const String& why);
 
         const String m_path;
+        const FileDescriptor& m_file;
         EventQueue& m_events;
         std::atomic<bool> m_hasFailed{false};
     };
@@ -47,8 +57,9 @@ private:
     void onButtonReleased(const TYTime& heldFor) override;
 
     EventQueue& m_events;
-    bool m_isPressed = false;     ///< only the button's thread uses it
-    const FileDescriptor m_claim; ///< open and locked if the button is a pipe
+    const Clock m_clock;
+    std::optional<TYTime> m_pressedAt; ///< by the clock; only the button's thread uses it
+    const FileDescriptor m_claim;      ///< the button's file; locked if it is a pipe
     Watch m_button;
 };
 
