@@ -1,5 +1,7 @@
 #include "ImageInfo.h"
 
+#include <filesystem>
+
 #include "support/Descriptors.h"
 #include "support/DriverFixtures.h"
 #include "support/TempDir.h"
@@ -27,6 +29,8 @@ TEST(ImageInfo, KeepsSixLinesAndComposesTheVersionByTheKindOfBuild) {
     for (const auto& [file, expected] : std::vector<std::pair<std::string, std::string>>{
              {" 5.2\t\r\n Test \n1234", "5.2|Test|1234||||5.2/1234"},
              {"5.2\nbranch\n\n4\n5\n\n7", "5.2|branch|||7||5.2"},
+             {"5.2\nBranches\n3", "5.2|Branches|3||||5.2"},
+             {"5.2\nTested\n3", "5.2|Tested|3||||5.2"},
              {std::string("5.2\0dropped\nTest\0\n", 18), "5.2|Test|||||5.2/"},
              {whole + "Test\n3\n", whole + "|Test|3||||" + whole + "/3"},
              {whole + "\nTest", whole + "||Test||||" + whole}, // its newline is a line
@@ -66,6 +70,9 @@ TEST(ImageInfo, ReadsAValueByItsPrefixFromTenBytes) {
         EXPECT_EQ(value, expected) << file;
     }
     int value = 77;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe");
+    EXPECT_TRUE(readValueFromFile(program.c_str(), value).isSuccess())
+        << "a program that runs can be opened, but only for reading";
     dir.write("empty", "");
     for (const char* unreadable : {"empty", "missing", ""})
         expectPlainFailure(readValueFromFile(dir.path(unreadable).c_str(), value));

@@ -1,9 +1,11 @@
 #include "CBoardDescr.h"
 
+#include <csignal>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "support/Descriptors.h"
 #include "support/DriverFixtures.h"
@@ -138,13 +140,23 @@ TEST_F(CBoardDescrDeviceTest, StoringKeepsTheBytesAfterTheImageAndLoadingStopsAt
     EXPECT_EQ(tagsOf(device), Tags{"0/0:"});
 }
 
-TEST_F(CBoardDescrDeviceTest, ImageMustBeSmallerThanTheDevice) {
+TEST_F(CBoardDescrDeviceTest, ImageMustBeSmallerThanTheDeviceAndIsWrittenInOneCall) {
     const std::string bytes(512, 'y');
     expectPlainFailure(device.writeRawBD(TString<char>(bytes.data(), 512), error));
     EXPECT_EQ(str(error), "FAILED TO WRITE DEVICE '" + path + "': DEV SIZE=512, BD SIZE=512");
     EXPECT_EQ(dir.read("eeprom"), content);
     EXPECT_TRUE(device.writeRawBD(TString<char>(bytes.data(), 511), error).isSuccess());
     EXPECT_EQ(dir.read("eeprom"), bytes.substr(1) + "x");
+    // With a limit on files, the first write is short, and one that begins at the limit fails.
+    rlimit limit{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlimit small{64, limit.rlim_max};
+    const auto action = std::signal(SIGXFSZ, SIG_IGN);
+    EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const bool isWritten = device.writeRawBD(TString<char>(bytes.data(), 511), error).isSuccess();
+    EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    std::signal(SIGXFSZ, action);
+    EXPECT_TRUE(isWritten) << "not written in one call";
     for (const auto operation : {&CBoardDescr::readBD, &CBoardDescr::writeBD})
         expectPlainFailure((board.*operation)(error)); // there is no device
 }
@@ -156,6 +168,8 @@ TEST_F(CBoardDescrDeviceTest, DescriptorZeroIsValidAndNoDescriptorLeaks) {
         EXPECT_TRUE(device.readBD(error).isSuccess());
         EXPECT_TRUE(device.writeBD(error).isSuccess());
         EXPECT_FALSE(CBoardDescr(dir.path(".").c_str(), 1, 512).readBD(error).isSuccess());
+        // A folder can be opened, but only for reading.
+        EXPECT_EQ(str(error), "FAILED TO READ DEVICE '" + dir.path(".") + "'");
         EXPECT_TRUE(hole.isStillFree());
     }
     EXPECT_EQ(tagsOf(device), whole);

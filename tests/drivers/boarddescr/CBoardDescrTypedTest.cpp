@@ -55,6 +55,8 @@ TEST_F(CBoardDescrTypedTest, NumbersAreReadByTheWidthOfTheirTag) {
     }
     EXPECT_TRUE(board.getTag(ID, 0, error)->setData(nullptr, 4).isSuccess());
     EXPECT_EQ(read(&CBoardDescr::getTagUInt32), "0") << "missing bytes count as zero";
+    EXPECT_TRUE(board.getTag(ID, 0, error)->setData(nullptr, 5).isSuccess());
+    EXPECT_EQ(read(&CBoardDescr::getTagUInt), BAD) << "the length field counts";
 }
 
 TEST_F(CBoardDescrTypedTest, WritesReplaceTheDataOfOneOccurrenceWhateverItsWidth) {

@@ -80,7 +80,8 @@ TEST_F(CResourceVoipTest, FiguresComeFromTagsDefaultsAndPreferences) {
 }
 
 TEST_F(CResourceVoipTest, HoldsEachLockInTurnAndKeepsItsFiguresIfTheDescriptorIsNotFound) {
-    Capacity capacity(false);
+    EXPECT_TRUE(descriptor.addTag(0x800E, fromHex("10")).isSuccess());
+    Capacity capacity(false), another(false);
     const auto setUp = [&] { EXPECT_TRUE(capacity.setup(error).isSuccess()); };
     EXPECT_TRUE(waitsFor(*DRIVER::INSTANCE()->getLock(), setUp));
     EXPECT_TRUE(waitsFor(*descriptor.getLock(), setUp, [] {
@@ -93,8 +94,10 @@ TEST_F(CResourceVoipTest, HoldsEachLockInTurnAndKeepsItsFiguresIfTheDescriptorIs
     EXPECT_TRUE(DRIVER::INSTANCE()->unregisterDriver("board-descr-driver").isSuccess());
     EXPECT_EQ(str(capacity.setup(error).getMessage()), "DRIVER 'board-descr-driver' NOT FOUND");
     EXPECT_EQ(str(error), "FAILED TO GET BOARD-DESCRIPTOR-DRIVER INTERFACE");
-    EXPECT_EQ(capacity.getDspChannelCount(), UNKNOWN);
-    EXPECT_EQ(capacity.getSipLegCount(), 30U);
+    EXPECT_EQ(capacity.getDspChannelCount(), 16U);
+    EXPECT_EQ(capacity.getSipLegCount(), 32U);
+    EXPECT_FALSE(another.setup(error).isSuccess());
+    EXPECT_EQ(reportOf(another, {2, 1, 3, 3})[3], "2.3 Transcoding=no");
 }
 
 TEST_F(CResourceVoipTest, ReportsWithinTheLimits) {
