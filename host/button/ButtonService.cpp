@@ -19,10 +19,10 @@ TYTime monotonicTime() {
 }
 
 /// Opens the button's file, so that no other file can have its identity. A character device is only
-/// named, because its driver may allow one reader. A pipe is locked against a second monitor and
-/// kept open for reading and writing, because the monitor opens it again for each message and a
-/// message written in between must not be lost.
-FileDescriptor claim(const std::string& path) {
+/// named, because its driver may allow one reader. A pipe stays open for reading and writing,
+/// because the monitor opens it again for each message and a message written in between must not be
+/// lost.
+FileDescriptor openButton(const std::string& path) {
     FileDescriptor file = openFile(path, O_PATH);
     if (kindOf(file) == FileKind::CHARACTER_DEVICE) {
         expectReadable(path);
@@ -32,8 +32,6 @@ FileDescriptor claim(const std::string& path) {
         file = openFile(path, O_RDWR | O_NONBLOCK);
     if (kindOf(file) != FileKind::PIPE)
         throw Error(path + ": is not a button (expected a pipe or a character device)");
-    if (!tryLock(file))
-        throw Error(path + ": another program watches this button");
     return file;
 }
 
@@ -69,7 +67,13 @@ void ButtonService::Watch::processButtonMessage(const String& message) {
 
 ButtonService::ButtonService(const NamedPath& device, EventQueue& events, Clock clock)
     : m_events(events), m_clock(clock ? std::move(clock) : monotonicTime),
-      m_claim(claim(device.path)), m_button(device.path.c_str(), this, m_claim, events) {
+      m_file(openButton(device.path)), m_button(device.path.c_str(), this, m_file, events) {
+    // Two monitors would each get a part of a pipe's messages.
+    if (kindOf(m_file) == FileKind::PIPE && !m_lock.tryTake(m_file)) {
+        if (errno != EWOULDBLOCK)
+            failWith(device.path, "can't lock", errno);
+        throw Error(device.path + ": another program watches this button");
+    }
     String error;
     if (!m_button.start(error).isSuccess())
         throw Error(error.c_str());

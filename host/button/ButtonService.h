@@ -8,6 +8,7 @@
 #include "ServiceButton.h"
 #include "base/Events.h"
 #include "base/FileDescriptor.h"
+#include "devices/HostLock.h"
 #include "profile/NamedPath.h"
 
 namespace board {
@@ -20,8 +21,8 @@ public:
 
     /// Starts watching. Throws Error if `device` can't be read, if it is neither a pipe nor a
     /// character device (a file whose reads don't wait would keep the processor busy), or if
-    /// another program watches the pipe, as each message reaches only one of the two. `clock`
-    /// measures how long presses last; without one, the system's monotonic clock does.
+    /// another host of this user watches the pipe, as each message reaches only one of the two.
+    /// `clock` measures how long presses last; without one, the system's monotonic clock does.
     ButtonService(const NamedPath& device, EventQueue& events, Clock clock = {});
     ~ButtonService();
     ButtonService(const ButtonService&) = delete;
@@ -59,7 +60,8 @@ private:
     EventQueue& m_events;
     const Clock m_clock;
     std::optional<TYTime> m_pressedAt; ///< by the clock; only the button's thread uses it
-    const FileDescriptor m_claim;      ///< the button's file; locked if it is a pipe
+    const FileDescriptor m_file;       ///< the button
+    HostLock m_lock;                   ///< on the button, if it is a pipe
     Watch m_button;
 };
 

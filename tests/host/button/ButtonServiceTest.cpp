@@ -1,16 +1,21 @@
 #include "button/ButtonService.h"
 
 #include <cstdio>
+#include <cstdlib>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 
+#include "base/File.h"
+#include "board/Services.h"
 #include "button/ButtonPipe.h"
 #include "support/TempDir.h"
 
 namespace {
 
 using board::event::ButtonReleased;
+using board::event::DeviceBack;
 using board::event::FaultReport;
 
 /// A pipe, and who presses the button through it.
@@ -64,4 +69,27 @@ TEST_F(ButtonServiceTest, EndsWithOneEventIfAnOrdinaryFileTakesThePlaceOfItsPipe
     const auto* const fault = std::get_if<FaultReport>(&entries[0].event);
     ASSERT_TRUE(fault);
     EXPECT_EQ(fault->text, "button: " + device.path + " was replaced and is no longer watched");
+}
+
+TEST_F(ButtonServiceTest, IsTakenOverWhenAnotherHostEndsAndNotLeftToAForeignLock) {
+    ::setenv("XDG_RUNTIME_DIR", dir.path("").c_str(), 0); // where the host's locks may lie
+    board::Profile profile;
+    profile.button = device;
+    const board::FileDescriptor foreign = board::openFile(device.path, O_RDONLY | O_NONBLOCK);
+    ASSERT_TRUE(board::tryLock(foreign));
+    std::optional<board::Services> first(std::in_place, profile, false, queue);
+    EXPECT_TRUE(first->watchesButton());
+    board::Services second(profile, false, queue);
+    const auto look = [&] {
+        second.lookAtButton();
+        EXPECT_EQ(second.failures().empty(), second.watchesButton());
+        return second.watchesButton();
+    };
+    EXPECT_FALSE(look());
+    EXPECT_TRUE(queue.take().entries.empty());
+    first.reset();
+    EXPECT_TRUE(look());
+    const auto entries = queue.take().entries;
+    ASSERT_EQ(entries.size(), 1U);
+    EXPECT_TRUE(std::holds_alternative<DeviceBack>(entries[0].event));
 }
