@@ -173,8 +173,11 @@ ordered_json HostStatus::ledServiceJson() const {
 ordered_json HostStatus::buttonJson() const {
     if (!m_profile.button)
         return nullptr;
-    const std::vector<std::string> faults = faultsOf(Services::Kind::BUTTON);
-    return {{"watched", m_services && m_services->watchesButton()},
+    const bool isWatched = m_services && m_services->watchesButton();
+    std::vector<std::string> faults = faultsOf(Services::Kind::BUTTON);
+    if (m_services && !isWatched && faults.empty()) // it has failed since the start
+        faults.push_back(m_profile.button->path + ": is no longer watched");
+    return {{"watched", isWatched},
             {"pressed", orNull(m_isPressed)},
             {"fault", faults.empty() ? ordered_json(nullptr) : ordered_json(join(faults, "; "))}};
 }

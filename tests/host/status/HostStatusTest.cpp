@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include <poll.h>
+
 #include "host/descriptor/Images.h"
 #include "support/TempDir.h"
 
@@ -55,4 +57,20 @@ TEST(HostStatus, TellsWhatEachTagOfTheDescriptorSaysAndWhatIsWrongWithIt) {
     watch.look();
     EXPECT_EQ(status.descriptor().at("tags"), corrupt.at("tags"));
     EXPECT_NE(status.descriptor().at("fault"), corrupt.at("fault"));
+}
+
+TEST(HostStatus, HasAFaultForAButtonThatFailedAfterTheStart) {
+    const support::TempDir dir;
+    dir.write("board.toml", "[button]\ndevice='/dev/null'\n"); // its reads don't wait
+    const board::Profile profile = board::Profile::load(dir.path("board.toml"));
+    board::EventQueue events;
+    board::Host host(profile);
+    const board::Watch watch(host, profile, events);
+    board::HostStatus status(dir.path("board.toml"), profile, host, watch);
+    const board::Services services(profile, false, events);
+    status.setServices(&services);
+    pollfd failure{events.descriptor(), POLLIN, 0};
+    EXPECT_EQ(::poll(&failure, 1, -1), 1);
+    EXPECT_EQ(status.status().at("button").dump(),
+              R"({"watched":false,"pressed":null,"fault":"/dev/null: is no longer watched"})");
 }
