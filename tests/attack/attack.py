@@ -1,0 +1,109 @@
+#!/usr/bin/env python3
+"""Attacks boardctl with kills, failing calls, full disks, floods and another user, and counts what is lost.
+
+usage: attack.py BOARDCTL SECONDS [--seed N] [--only ROUND]... [--settings]
+Every round runs at least once. Rounds that this machine or user does not allow are left out, and named.
+--settings lets a round switch fs.protected_symlinks off for the whole machine, for moments.
+"""
+import argparse
+import os
+import pathlib
+import random
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+import edits
+import hosts
+import parts
+import strangers
+
+# Each with the seconds that it has in one turn, and with what it needs.
+ROUNDS = {
+    "kills": (edits.kills, 6, ""),
+    "errors": (edits.errors, 2, "strace"),
+    "full-disks": (edits.full_disks, 0.3, "mount"),
+    "editors": (edits.editors, 1, ""),
+    "readers": (edits.readers, 1, ""),
+    "floods": (hosts.floods, 2, ""),
+    "starts": (hosts.starts, 2, ""),
+    "successions": (hosts.successions, 0.1, ""),
+    "swaps": (strangers.swaps, 2, "root"),
+    "thefts": (strangers.thefts, 0.5, "root"),
+    "locks": (strangers.locks, 0.1, "root"),
+}
+
+
+def take_tmp():
+    """Starts this program again with a private /tmp, because a host's LED pipe has a fixed path there."""
+    apart = ["unshare", "--mount", *(["--map-root-user"] if os.geteuid() else []),
+             "sh", "-c", 'mount -t tmpfs -o mode=1777 tmp /tmp && exec "$@"', "sh"]
+    if subprocess.run([*apart, "ls", __file__, sys.argv[1]], capture_output=True, check=False).returncode:
+        sys.exit("attack: needs a private /tmp (as root, or with user namespaces), with the programs outside of /tmp")
+    root = [] if os.geteuid() else ["--root"]
+    os.execvp(apart[0], [*apart, sys.executable, __file__, "--here", *root, *sys.argv[1:]])
+
+
+def allowed(attack, need, is_root):
+    if need == "root" and not is_root:
+        return "only root can become another user"
+    if need == "strace" and (not shutil.which(need) or attack.call("--version", before=("strace", "-o", "/dev/null")).returncode):
+        return "strace does not work here"
+    return ""
+
+
+def run(attack, words):
+    names = words.only or list(ROUNDS)
+    for name in list(names):
+        if why := allowed(attack, ROUNDS[name][2], words.root):
+            attack.left_out[name] = why
+            names.remove(name)
+    end = time.monotonic() + words.seconds
+    for turn in range(1 << 30):
+        for name in names:
+            if turn and time.monotonic() >= end:
+                return
+            work, seconds, _ = ROUNDS[name]
+            attack.chance = random.Random(f"{words.seed} {name} {turn}")
+            try:
+                work(attack, time.monotonic() + seconds)
+            except parts.Lost as loss:
+                attack.lost[name].append(str(loss))
+                if len(attack.lost[name]) == 1:
+                    print(f"attack: {name}, turn {turn}: {loss}", file=sys.stderr, flush=True)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("boardctl", type=os.path.abspath)
+    parser.add_argument("seconds", type=float)
+    parser.add_argument("--seed", type=int, default=random.randrange(1 << 32))
+    parser.add_argument("--only", action="append", choices=ROUNDS)
+    for option in ("--settings", "--here", "--root"):
+        parser.add_argument(option, action="store_true")
+    words = parser.parse_args()
+    if not words.here:
+        take_tmp()
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))  # undoes and ends everything
+    begin = time.monotonic()
+    with tempfile.TemporaryDirectory(prefix="attack-") as name:
+        os.chmod(name, 0o755)  # what is inside decides what others may read
+        attack = parts.Attack(words.boardctl, pathlib.Path(name), words.settings and words.root)
+        run(attack, words)
+    print(f"seed {words.seed}, {time.monotonic() - begin:.0f} s")
+    for what, count in attack.counts.items():
+        print(f"{what:40}{count:9}")
+    for what, why in attack.left_out.items():
+        print(f"left out: {what}: {why}")
+    for name, losses in attack.lost.items():
+        print(f"LOST in {name}, {len(losses)} times, first: {losses[0]}")
+    print(f"{'lost':40}{sum(map(len, attack.lost.values())):9}")
+    if attack.lost:
+        sys.exit(f"attack: something was lost; to try again: --seed {words.seed} --only {next(iter(attack.lost))}")
+
+
+if __name__ == "__main__":
+    main()
