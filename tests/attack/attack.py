@@ -25,12 +25,12 @@ import strangers
 ROUNDS = {
     "kills": (edits.kills, 6, ""),
     "errors": (edits.errors, 2, "strace"),
-    "full-disks": (edits.full_disks, 0.3, "mount"),
+    "full-disks": (edits.full_disks, 0.3, ""),
     "editors": (edits.editors, 1, ""),
     "readers": (edits.readers, 1, ""),
-    "floods": (hosts.floods, 2, ""),
-    "starts": (hosts.starts, 2, ""),
-    "successions": (hosts.successions, 0.1, ""),
+    "floods": (hosts.floods, 2, "tmp"),
+    "starts": (hosts.starts, 2, "tmp"),
+    "successions": (hosts.successions, 0.1, "tmp"),
     "swaps": (strangers.swaps, 2, "root"),
     "thefts": (strangers.thefts, 0.5, "root"),
     "locks": (strangers.locks, 0.1, "root"),
@@ -41,24 +41,26 @@ def take_tmp():
     """Starts this program again with a private /tmp, because a host's LED pipe has a fixed path there."""
     apart = ["unshare", "--mount", *(["--map-root-user"] if os.geteuid() else []),
              "sh", "-c", 'mount -t tmpfs -o mode=1777 tmp /tmp && exec "$@"', "sh"]
-    if subprocess.run([*apart, "ls", __file__, sys.argv[1]], capture_output=True, check=False).returncode:
-        sys.exit("attack: needs a private /tmp (as root, or with user namespaces), with the programs outside of /tmp")
-    root = [] if os.geteuid() else ["--root"]
-    os.execvp(apart[0], [*apart, sys.executable, __file__, "--here", *root, *sys.argv[1:]])
+    if subprocess.run([*apart, "ls", __file__, sys.argv[1]], capture_output=True, check=False).returncode == 0:
+        user = "user" if os.geteuid() else "root"
+        os.execvp(apart[0], [*apart, sys.executable, __file__, "--private-tmp", user, *sys.argv[1:]])
 
 
-def allowed(attack, need, is_root):
-    if need == "root" and not is_root:
+def missing(need, attack, private_tmp):
+    """Why a round can't run here; empty if it can."""
+    if need in ("tmp", "root") and not private_tmp:
+        return "needs a private /tmp: as root, or with user namespaces, and programs that are not in /tmp"
+    if need == "root" and private_tmp != "root":
         return "only root can become another user"
-    if need == "strace" and (not shutil.which(need) or attack.call("--version", before=("strace", "-o", "/dev/null")).returncode):
-        return "strace does not work here"
+    if need == "strace" and (not shutil.which(need) or attack.call("--help", before=("strace", "-o", "/dev/null")).returncode):
+        return "needs a strace that works"
     return ""
 
 
 def run(attack, words):
     names = words.only or list(ROUNDS)
     for name in list(names):
-        if why := allowed(attack, ROUNDS[name][2], words.root):
+        if why := missing(ROUNDS[name][2], attack, words.private_tmp):
             attack.left_out[name] = why
             names.remove(name)
     end = time.monotonic() + words.seconds
@@ -82,16 +84,16 @@ def main():
     parser.add_argument("seconds", type=float)
     parser.add_argument("--seed", type=int, default=random.randrange(1 << 32))
     parser.add_argument("--only", action="append", choices=ROUNDS)
-    for option in ("--settings", "--here", "--root"):
-        parser.add_argument(option, action="store_true")
+    parser.add_argument("--settings", action="store_true")
+    parser.add_argument("--private-tmp", choices=("root", "user"), help=argparse.SUPPRESS)
     words = parser.parse_args()
-    if not words.here:
+    if not words.private_tmp:
         take_tmp()
     signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))  # undoes and ends everything
     begin = time.monotonic()
     with tempfile.TemporaryDirectory(prefix="attack-") as name:
         os.chmod(name, 0o755)  # what is inside decides what others may read
-        attack = parts.Attack(words.boardctl, pathlib.Path(name), words.settings and words.root)
+        attack = parts.Attack(words.boardctl, pathlib.Path(name), words.settings and words.private_tmp == "root")
         run(attack, words)
     print(f"seed {words.seed}, {time.monotonic() - begin:.0f} s")
     for what, count in attack.counts.items():

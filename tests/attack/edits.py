@@ -3,6 +3,7 @@ import contextlib
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import tempfile
 import time
@@ -82,30 +83,27 @@ def random_edit(chance, tags):
 
 def check_backups(attack, target):
     """Each backup with a full name is whole, and nobody else can read what the owner alone may read."""
-    for entry in os.scandir(attack.folder / "state" / "boardctl"):
-        mode = entry.stat().st_mode
-        expect(not mode & 0o007, f"everybody may read {entry.name}, but not the image (mode {mode & 0o777:o})")
-        if BACKUP.fullmatch(entry.name):
-            attack.counts["backups checked"] += 1
-            expect(pathlib.Path(entry).read_bytes() == target.content, f"the backup {entry.name} is not whole")
-        if not entry.name.startswith("unfinished-"):
-            os.unlink(entry)  # a journal is still needed
+    for path in (attack.folder / "state" / "boardctl").iterdir():
+        mode = path.stat().st_mode & 0o777
+        expect(not mode & 0o007, f"everybody may read {path.name}, but not the image (mode {mode:o})")
+        is_backup = BACKUP.fullmatch(path.name)
+        expect(not is_backup or path.read_bytes() == target.content, f"the backup {path.name} is not whole")
+        if not path.name.startswith("unfinished-"):  # a journal is still needed
+            attack.counts["backups, whole" if is_backup else "backups, without their name yet"] += 1
+            path.unlink()
 
 
 def clear_backups(attack):
-    for entry in (attack.folder / "state" / "boardctl").iterdir():
-        entry.unlink()
+    shutil.rmtree(attack.folder / "state", ignore_errors=True)
+    (attack.folder / "state" / "boardctl").mkdir(parents=True)
 
 
-def check_image(attack, target, words, tags, is_done=False):
+def check_image(target, words, tags, is_done=False):
     """The image is the old one, unless the edit is done, or the new one. Returns whether it is the new one."""
     found, new = target.path.read_bytes(), target.after(tags)
-    if found == target.content and not is_done:
-        attack.counts["  left old"] += 1
-    elif found == new:
-        attack.counts["  left new"] += 1
+    if found == new:
         target.tags, target.content = tags, new
-    else:
+    elif found != target.content or is_done:
         target.set(target.tags)
         raise Lost(f"{target.name}: after {' '.join(words)} the image is {found.hex()}")
     return found == new
@@ -114,12 +112,11 @@ def check_image(attack, target, words, tags, is_done=False):
 def complete_edit(attack, target):
     """An edit that nothing disturbs. Nothing that the others have left is beside the image then."""
     words, tags = random_edit(attack.chance, target.tags)
-    clear_backups(attack)
     done = attack.call("bd", *words, "-y", "-q", *target.where)
     expect(done.returncode == 0, f"{target.name}: the next edit fails: {done.stderr}")
     check_backups(attack, target)
-    check_image(attack, target, words, tags, is_done=True)
-    attack.counts["edits afterwards"] += 1
+    check_image(target, words, tags, is_done=True)
+    attack.counts["edits afterwards, nothing left beside"] += 1
     if target.name == "file":
         left = [path.name for path in target.path.parent.iterdir() if path != target.path]
         for name in left:
@@ -137,10 +134,9 @@ def kills(attack, end):
                 time.sleep(attack.chance.random() * target.span)
                 process.kill()
             attack.counts[f"edits of a {target.name} killed"] += 1
-            try:
-                check_backups(attack, target)
-            finally:
-                check_image(attack, target, words, tags)
+            check_backups(attack, target)
+            is_new = check_image(target, words, tags)
+            attack.counts["  left the new image" if is_new else "  left the old image"] += 1
             if attack.chance.random() < 0.2:
                 complete_edit(attack, target)
 
@@ -160,8 +156,8 @@ def errors(attack, end):
             plan = f"inject={calls}:error={error}:when={attack.chance.randint(1, 100 if '%' in calls else 8)}+"
             done = attack.call("bd", *words, "-y", "-q", *target.where, before=("strace", "-qq", "-o", "/dev/null", "-e", plan))
             attack.counts["edits with failing calls"] += 1
-            clear_backups(attack)
-            is_new = check_image(attack, target, words, tags, is_done=done.returncode == 0)
+            check_backups(attack, target)
+            is_new = check_image(target, words, tags, is_done=done.returncode == 0)
             told = done.stderr if calls not in ("write", "%desc") else "boardctl: written"  # messages fail too
             expect(done.returncode == 0 or "boardctl: " in told, f"{plan}: status {done.returncode} without a message: {told}")
             expect(done.returncode == 0 or not is_new or re.search("written|replaced", told),
@@ -192,7 +188,7 @@ def full_disks(attack, end):
             attack.counts["edits on a full disk"] += 1
             expect(done.returncode == 1 and "No space left on device" in done.stderr,
                    f"on a full disk: status {done.returncode}, {done.stderr}")
-            expect(not check_image(attack, target, words, tags), "a full disk took an image")
+            expect(not check_image(target, words, tags), "a full disk took an image")
             left = {path.name for path in disk.iterdir()} - {"image", "filler"}
             expect(not left, f"left on a full disk: {left}")
         finally:

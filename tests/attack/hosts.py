@@ -6,7 +6,7 @@ import socket
 import subprocess
 import time
 
-from parts import PIPE, Host, await_true, expect
+from parts import PIPE, Host, await_true, expect, faults_in
 
 SLACK_KB = 4096
 LINES = (b"system ready", b"line ring 0", b"\0\0", b"lamp test 99999999999999999999", b"%s%n\x1b[2J", b"x" * 4000)
@@ -87,8 +87,8 @@ def starts(attack, end):
                     expect(host.await_event("ready"), "a host has ended that was only stopped")
                     host.end()
         with Host(attack, attack.chance.choice(boards)) as host:
-            text = host.await_event("ready")
-            expect(text and b'{"event":"fault"' not in text, f"after others have ended, a host starts with a fault: {text}")
+            events = host.await_event("ready")
+            expect(events and not faults_in(events), f"after others have ended, a host starts with {faults_in(events)}")
             check_alive(attack, host)
             host.end()
         attack.counts["starts after others"] += 1

@@ -64,6 +64,10 @@ def await_true(what, condition):
         time.sleep(0.01)
 
 
+def faults_in(events):
+    return [line for line in events.splitlines() if line.startswith(b'{"event":"fault"')]
+
+
 def image_of(tags):
     """The bytes of an image with these (identifier, data) and a terminator."""
     return b"".join(struct.pack(">HH", number, 4 + len(data)) + data for number, data in tags) + b"\0\0\0\4"
