@@ -52,7 +52,8 @@ def missing(need, attack, private_tmp):
         return "needs a private /tmp: as root, or with user namespaces, and programs that are not in /tmp"
     if need == "root" and private_tmp != "root":
         return "only root can become another user"
-    if need == "strace" and (not shutil.which(need) or attack.call("--help", before=("strace", "-o", "/dev/null")).returncode):
+    strace = ("strace", "-o", "/dev/null")
+    if need == "strace" and (not shutil.which(need) or attack.call("--help", before=strace).returncode):
         return "needs a strace that works"
     return ""
 
@@ -87,6 +88,8 @@ def main():
     parser.add_argument("--settings", action="store_true")
     parser.add_argument("--private-tmp", choices=("root", "user"), help=argparse.SUPPRESS)
     words = parser.parse_args()
+    if not os.access(words.boardctl, os.X_OK):
+        parser.error(f"{words.boardctl} can't be run")
     if not words.private_tmp:
         take_tmp()
     signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))  # undoes and ends everything

@@ -24,6 +24,7 @@ class Lost(Exception):
 class Attack:
     def __init__(self, boardctl, folder, may_set):
         self.boardctl, self.folder, self.may_set = boardctl, folder, may_set
+        self.backups = folder / "state" / "boardctl"
         self.counts, self.lost = collections.Counter(), collections.defaultdict(list)
         self.left_out = {}  # round: why
         self.chance = random.Random()  # each round gets a seeded one
@@ -47,7 +48,8 @@ class Attack:
         if not board.exists():
             self.call("sim", "create", board)
             profile = board / "board.toml"
-            profile.write_text(profile.read_text(encoding="ascii").replace("tick_ms = 100", "tick_ms = 1"), encoding="ascii")
+            text = profile.read_text(encoding="ascii")
+            profile.write_text(text.replace("tick_ms = 100", "tick_ms = 1"), encoding="ascii")
         return board
 
 

@@ -49,7 +49,7 @@ def exchange_with(victim):
 
 @contextlib.contextmanager
 def clear_tmp(attack, is_sticky=True):
-    """A /tmp without pipes, for which the kernel's protection may be switched off. Everything is as before afterwards."""
+    """A /tmp without pipes, in which the kernel may protect no links. All is as before afterwards."""
     mode, setting = os.stat("/tmp").st_mode, SYMLINKS.read_text(encoding="ascii")
     try:
         pathlib.Path(PIPE).unlink(missing_ok=True)
@@ -92,7 +92,8 @@ def swaps(attack, end):
                 expect(victim.read_bytes() == content, f"{where}: a host has written over another file")
                 expect(any(b'"kind":"leds"' in fault for fault in faults_in(events)),
                        f"{where}: a host takes commands from a stranger's pipe")
-                expect(not stolen(receiver) and sent.returncode == 1, f"{where}: a line was sent into a stranger's pipe")
+                expect(not stolen(receiver) and sent.returncode == 1,
+                       f"{where}: a line was sent into a stranger's pipe")
 
 
 def thefts(attack, end):
@@ -147,7 +148,8 @@ def locks(attack, end):
             expect(os.read(receiver, 4) == b"held", "the stranger has no lock")
             events = host.await_event("ready")
             attack.counts["hosts beside a stranger's locks"] += 1
-            faults = [fault for fault in faults_in(events) if not with_descriptor or b'"kind":"descriptor"' not in fault]
+            faults = [fault for fault in faults_in(events)
+                      if not with_descriptor or b'"kind":"descriptor"' not in fault]
             expect(events and not faults, f"beside a stranger's locks a host starts with {faults}")
             check_alive(attack, host)
             host.end()
