@@ -50,7 +50,7 @@ def missing(need, attack, private_tmp):
     """Why a round can't run here; empty if it can."""
     if need in ("tmp", "root") and not private_tmp:
         return "needs a private /tmp: as root, or with user namespaces, and programs that are not in /tmp"
-    if need == "root" and private_tmp != "root":
+    if need == "root" and not (private_tmp == "root" and parts.can_be_stranger()):
         return "only root can become another user"
     strace = ("strace", "-o", "/dev/null")
     if need == "strace" and (not shutil.which(need) or attack.call("--help", before=strace).returncode):
@@ -96,9 +96,11 @@ def main():
     begin = time.monotonic()
     with tempfile.TemporaryDirectory(prefix="attack-") as name:
         os.chmod(name, 0o755)  # what is inside decides what others may read
-        attack = parts.Attack(words.boardctl, pathlib.Path(name), words.settings and words.private_tmp == "root")
+        may_set = words.settings and os.access(strangers.SYMLINKS, os.W_OK)
+        attack = parts.Attack(words.boardctl, pathlib.Path(name), may_set)
         run(attack, words)
-    print(f"seed {words.seed}, {time.monotonic() - begin:.0f} s")
+    setting = "also off" if may_set else "as it is"
+    print(f"seed {words.seed}, {time.monotonic() - begin:.0f} s, fs.protected_symlinks {setting}")
     for what, count in attack.counts.items():
         print(f"{what:40}{count:9}")
     for what, why in attack.left_out.items():

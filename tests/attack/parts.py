@@ -137,6 +137,14 @@ class Host:
         self.process.stdout.close()
 
 
+def can_be_stranger():
+    """Whether this program may become another user, and that user id exists here."""
+    try:
+        return subprocess.run(["true"], user=STRANGER, group=STRANGER, extra_groups=[], check=False).returncode == 0
+    except (OSError, ValueError):
+        return False
+
+
 @contextlib.contextmanager
 def stranger(work):
     """Runs `work` in a process of another user until the end of the block. `work` gets a function that sends bytes;

@@ -149,7 +149,7 @@ def locks(attack, end):
             events = host.await_event("ready")
             attack.counts["hosts beside a stranger's locks"] += 1
             faults = [fault for fault in faults_in(events)
-                      if not with_descriptor or b'"kind":"descriptor"' not in fault]
+                      if not with_descriptor or b'"name":"board-descr-driver"' not in fault]
             expect(events and not faults, f"beside a stranger's locks a host starts with {faults}")
             check_alive(attack, host)
             host.end()
