@@ -18,14 +18,18 @@ PLANTED, LINK = "/tmp/planted", "/tmp/link"
 
 
 def steal(send):
-    """Reads what comes through the pipe, forever, and sends it."""
+    """Opens the pipe, and any that replaces it, as soon as that works, and sends what it reads from them. Sends "test"
+    after the first look."""
+    pipes, greeting = {}, b"test"
     while True:
         with contextlib.suppress(OSError):
-            pipe = os.open(PIPE, os.O_RDONLY | os.O_NONBLOCK)
+            if (number := os.stat(PIPE).st_ino) not in pipes:
+                pipes[number] = os.open(PIPE, os.O_RDONLY | os.O_NONBLOCK)
+        for pipe in pipes.values():
             with contextlib.suppress(BlockingIOError):
-                for _ in range(1000):
-                    send(os.read(pipe, 4096))
-            os.close(pipe)
+                send(os.read(pipe, 4096))
+        send(greeting)
+        greeting = b""
 
 
 def exchange_with(victim):
@@ -97,17 +101,26 @@ def swaps(attack, end):
 
 
 def thefts(attack, end):
-    """Another user tries to read the commands that a host takes."""
+    """Another user tries to read the commands that a host takes, perhaps from a pipe that an older host has left."""
     board = attack.make_board("robbed")
     while time.monotonic() < end:
         umask = attack.chance.choice((0, 0o002, 0o022, 0o007))
-        with clear_tmp(attack), stranger(steal) as receiver, Host(attack, board, umask=umask) as host:
+        with contextlib.ExitStack() as stack:
+            stack.enter_context(clear_tmp(attack))
+            left = attack.chance.choice((None, 0o622, 0o644, 0o666))
+            if left:
+                os.mkfifo(PIPE)
+                os.chmod(PIPE, left)
+            receiver = stack.enter_context(stranger(steal))
+            expect(os.read(receiver, 4) == b"test", "the thief has not started")
+            host = stack.enter_context(Host(attack, board, umask=umask))
             expect(host.await_event("ready"), "a host ends")
             for _ in range(20):
                 attack.call("leds", "send", "lamp", "test")
                 attack.counts["commands beside a thief"] += 1
                 found = stolen(receiver)
-                expect(not found, f"with umask {umask:03o}, another user reads commands: {found[:100]}")
+                which = f"a pipe left with mode {left:03o}" if left else f"a pipe made with umask {umask:03o}"
+                expect(not found, f"another user reads commands from {which}: {found[:100]}")
             check_alive(attack, host)
             host.end()
 
