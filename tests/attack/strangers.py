@@ -157,13 +157,14 @@ def locks(attack, end):
         # A host can't read the descriptor then, and reports that.
         with_descriptor = attack.chance.random() < 0.3
         paths = [path for path in (*board.rglob("*"), PIPE) if with_descriptor or path != board / "eeprom.bin"]
-        with stranger(hold_locks(paths, kind)) as receiver, Host(attack, board) as host:
-            expect(os.read(receiver, 4) == b"held", "the stranger has no lock")
-            events = host.await_event("ready")
-            attack.counts["hosts beside a stranger's locks"] += 1
-            faults = [fault for fault in faults_in(events)
-                      if not with_descriptor or b'"name":"board-descr-driver"' not in fault]
-            expect(events and not faults, f"beside a stranger's locks a host starts with {faults}")
-            check_alive(attack, host)
-            host.end()
+        with stranger(hold_locks(paths, kind)) as receiver:
+            expect(os.read(receiver, 4) == b"held", "the stranger has no locks")
+            with Host(attack, board) as host:
+                events = host.await_event("ready")
+                attack.counts["hosts beside a stranger's locks"] += 1
+                faults = [fault for fault in faults_in(events)
+                          if not with_descriptor or b'"name":"board-descr-driver"' not in fault]
+                expect(events and not faults, f"beside a stranger's locks a host starts with {faults}")
+                check_alive(attack, host)
+                host.end()
         clear_backups(attack)
