@@ -10,6 +10,7 @@
 #include "String.h"
 #include "base/File.h"
 #include "base/Text.h"
+#include "devices/PipeReaders.h"
 
 namespace board {
 
@@ -58,9 +59,20 @@ FileStatus examinePipe() {
     return *found;
 }
 
-void expectNoReader() {
-    if (tryOpenLedPipe(O_WRONLY).isOpen())
+bool hasReader() {
+    return tryOpenLedPipe(O_WRONLY).isOpen();
+}
+
+/// Removes the pipe if it is of this user and could be read by others, and somebody reads it who is
+/// not this user. Everything else that reads it is another service: throws LedPipeInUse.
+void removeFromStranger(const FileStatus& found) {
+    const std::optional<FileIdentity> pipe = tryIdentify(LED_PIPE);
+    if ((found.mode & READ_BY_OTHERS) == 0 || found.owner != ::geteuid() || !pipe ||
+        isReadByThisUser(*pipe) != false)
         failAsInUse();
+    const std::string fault = discard(LED_PIPE);
+    if (!fault.empty())
+        failAtLedPipe("another user reads its commands" + fault);
 }
 
 gid_t numberOf(const std::string& group) {
@@ -93,6 +105,14 @@ bool correct(const FileStatus& found, const std::string& group) {
     return true;
 }
 
+/// Creates the pipe if it is missing. Returns what is there.
+FileStatus makePipe(const std::string& group) {
+    constexpr mode_t ANY_WRITER = 0622, OWNER = 0600;
+    if (!tryMakePipe(LED_PIPE, group.empty() ? ANY_WRITER : OWNER) && errno != EEXIST)
+        failWithReason("can't create the pipe");
+    return examinePipe();
+}
+
 /// False if the kernel has no such setting.
 bool isSwitchedOff(const char* setting) {
     return tryReadLine(std::string("/proc/sys/fs/") + setting) == "0";
@@ -101,18 +121,16 @@ bool isSwitchedOff(const char* setting) {
 } // namespace
 
 LedPipeClaim::LedPipeClaim(const std::string& group) {
-    constexpr mode_t ANY_WRITER = 0622, OWNER = 0600;
     expectSafeFolder();
-    if (!tryMakePipe(LED_PIPE, group.empty() ? ANY_WRITER : OWNER) && errno != EEXIST)
-        failWithReason("can't create the pipe");
-    const FileStatus found = examinePipe();
-    expectNoReader();
-    if (correct(found, group)) {
-        expectNoReader(); // one that opened it before
-        if ((found.mode & READ_BY_OTHERS) != 0)
-            m_correction = std::string(LED_PIPE) + ": others could read commands (mode " +
-                           octal(found.mode) + "); now only its owner can";
+    const FileStatus found = makePipe(group);
+    // A reader may have come before the correction.
+    if (hasReader() || (correct(found, group) && hasReader())) {
+        removeFromStranger(found);
+        correct(makePipe(group), group);
     }
+    if ((found.mode & READ_BY_OTHERS) != 0 && found.owner == ::geteuid())
+        m_correction = std::string(LED_PIPE) + ": others could read commands (mode " +
+                       octal(found.mode) + "); now only its owner can";
     m_reader = tryOpenLedPipe(O_RDONLY);
     if (!m_reader.isOpen())
         failWithReason("can't open the pipe");

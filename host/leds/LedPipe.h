@@ -25,8 +25,8 @@ class LedPipeClaim {
 public:
     /// Creates the pipe if it is missing. Only its owner may read it, because each line goes to one
     /// reader. Who may write is up to the umask, and with a `group` these are its owner and that
-    /// group. A pipe that exists already gets the same mode; one that others could read is given
-    /// the mode that it should have had.
+    /// group. A pipe that exists already is corrected. If another user reads it, which its mode
+    /// then allowed, it is replaced.
     ///
     /// Throws LedPipeInUse if somebody else reads the pipe. Throws Error if something other than a
     /// pipe is in its place, if it belongs to another user than root and this one, if other users
