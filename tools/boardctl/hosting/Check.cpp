@@ -91,8 +91,8 @@ int check(const Options& options, const CheckWords& words) {
 void addCheck(CLI::App& app, Options& options) {
     const auto [command, words] = addCommand<CheckWords>(
         app, options, "check",
-        "Look for mistakes in the profile, its devices, LED table and descriptor; exits with 3 if "
-        "there are any",
+        "Look for mistakes in the profile, its devices, LED table and descriptor, and for services "
+        "that do not work in the running host; exits with 3 if there are any",
         check);
     addSysfsOption(command, words.sysfs);
     addExamples(command, {"check --board board.toml  try a profile before a host uses it"});
