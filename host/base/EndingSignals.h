@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <csignal>
 #include <initializer_list>
 
@@ -24,5 +25,14 @@ public:
 private:
     sigset_t m_former;
 };
+
+/// A program that handles those signals stores a function here that tells whether one has asked it
+/// to end. Computations that may be long and waits that come in parts look at it.
+inline std::atomic<bool (*)()> endQuestion{nullptr};
+
+inline bool isEndAsked() {
+    bool (*const question)() = endQuestion;
+    return question && question();
+}
 
 } // namespace board

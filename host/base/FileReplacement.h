@@ -1,9 +1,10 @@
 #pragma once
 
-#include <functional>
 #include <string>
 
 #include "base/FileDescriptor.h"
+#include "base/files/FileLock.h"
+#include "base/files/NewFile.h"
 
 namespace board {
 
@@ -11,31 +12,35 @@ namespace board {
 /// writers take turns.
 ///
 /// Symbolic links are followed. The file is locked, then a new file is written in the same folder
-/// with the same owner and mode, synced and renamed into place. If the program is killed before
-/// that, the new file stays, and the next replacement removes it. A device or a sysfs file can't be
-/// replaced that way: it is locked and written from its start in one call. One thread at a time.
+/// with the same owner and mode, synced and renamed into place (see NewFile). If the program is
+/// killed before that, the new file stays as `.NAME.new-content`, and the next replacement removes
+/// it. A device or a sysfs file can't be replaced that way: it is locked and written from its start
+/// in one call. One thread at a time.
 class FileReplacement {
 public:
     /// BY_KIND replaces a file and writes a device in place. IN_PLACE also writes an ordinary file
     /// in place, for a file that simulates a board's device.
     enum class Manner { BY_KIND, IN_PLACE };
 
-    /// Waits for the lock on `path`. If another program holds it, calls `onWait` once before that.
-    /// A file that does not exist is not locked; `commit` creates it, and replaces one that has
-    /// appeared in the meantime. Throws Error for folders, pipes and sockets, and if the file can't
-    /// be opened or locked.
-    explicit FileReplacement(
-        const std::string& path, Manner manner = Manner::BY_KIND,
-        const std::function<void()>& onWait = [] {});
+    /// Waits for the lock on `path` as `wait` tells. A file that does not exist is not locked;
+    /// `commit` creates it, and replaces one that has appeared in the meantime. Throws Error for
+    /// folders, pipes and sockets, if the file can't be opened or locked, and for a file with
+    /// several names (hard links): the others would keep the old content.
+    explicit FileReplacement(const std::string& path, Manner manner = Manner::BY_KIND,
+                             const LockWait& wait = {});
 
     /// Whether there was a file when this object was made; it is locked since then.
     bool exists() const { return m_lock.isOpen(); }
+
+    /// Who may read and write the locked file. Throws Error if that can't be found out.
+    FileAccess access() const;
 
     /// Whether `commit` writes in place.
     bool isInPlace() const { return m_inPlace; }
 
     /// The content of the locked file, or the first `limit` bytes if it is written in place. Throws
-    /// Error if it can't be read, does not exist, or is a file of more than `limit` bytes.
+    /// Error if it can't be read, does not exist, is a file of more than `limit` bytes, or if a
+    /// pipe or folder has taken its place.
     std::string content(std::size_t limit) const;
 
     /// Makes `bytes` the content. A new file is read back and compared before it replaces the old
@@ -45,7 +50,6 @@ public:
     void commit(const std::string& bytes);
 
 private:
-    void rewriteBeside(const std::string& bytes) const;
     void writeInPlace(const std::string& bytes) const;
 
     const std::string m_path; ///< as the user named it, for messages
@@ -58,7 +62,8 @@ private:
 /// the same time: a line is written in one call.
 class LineFile {
 public:
-    /// Opens the file; creates it if it is missing. Throws Error if that is not possible.
+    /// Opens the file; creates it if it is missing. Throws Error if that is not possible, and for a
+    /// pipe: without a reader it drops what was appended, and with a slow one it blocks.
     explicit LineFile(const std::string& path);
 
     /// Appends the line and a newline, and syncs. If a power failure has cut off the last line, the

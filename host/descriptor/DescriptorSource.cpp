@@ -1,7 +1,5 @@
 #include "descriptor/DescriptorSource.h"
 
-#include <utility>
-
 #include <fcntl.h>
 
 #include "base/Error.h"
@@ -50,7 +48,8 @@ std::size_t DescriptorSource::deviceSize(const TagImage& image) const {
 TagImage DescriptorSource::load() const {
     if (!m_device)
         return TagImage(m_path.empty() ? readStandardInput(MAX_IMAGE_SIZE)
-                                       : readFile(m_path, MAX_IMAGE_SIZE));
+                                       : readLocked(m_path, MAX_IMAGE_SIZE, m_wait));
+    const FileDescriptor locked = openLocked(m_path, m_wait); // the driver does not lock
     TString<char> bytes;
     String error;
     CBoardDescr driver(m_path.c_str(), m_device->readChunk, m_device->size);

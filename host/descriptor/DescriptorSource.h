@@ -2,7 +2,9 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
+#include "base/files/FileLock.h"
 #include "descriptor/TagImage.h"
 
 namespace board {
@@ -36,9 +38,18 @@ public:
     /// The size in bytes of the device that `image` was read from; an image must be smaller.
     std::size_t deviceSize(const TagImage& image) const;
 
-    /// Throws Error if the bytes can't be read, or if a file or standard input has more than
-    /// MAX_IMAGE_SIZE bytes. A board's device has no such check here: `ofBoard` has checked its
-    /// size, and the driver reads no more than `size` bytes. A corrupt image is not a failure.
+    /// How long a load or a change waits for the lock of the file or device, and who is told; by
+    /// default LockWait's time, and nobody.
+    void waitForLock(LockWait wait) { m_wait = std::move(wait); }
+    const LockWait& lockWait() const { return m_wait; }
+
+    /// Reads under a shared lock, so never in the middle of an edit; standard input, a pipe and a
+    /// character device are not locked.
+    ///
+    /// Throws Error if the bytes can't be read or the lock is not free in time, or if a file or
+    /// standard input has more than MAX_IMAGE_SIZE bytes. A board's device has no such check here:
+    /// `ofBoard` has checked its size, and the driver reads no more than `size` bytes. A corrupt
+    /// image is not a failure.
     TagImage load() const;
 
 private:
@@ -50,6 +61,7 @@ private:
 
     std::string m_path; ///< empty: standard input
     std::optional<BoardDevice> m_device;
+    LockWait m_wait;
 };
 
 } // namespace board

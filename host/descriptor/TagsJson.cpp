@@ -32,10 +32,16 @@ std::vector<BD::Tag> tagsFromJson(const std::string& text, const std::string& so
                                   TagsAfterEnd afterEnd) {
     std::vector<BD::Tag> tags;
     bool isEnded = false;
+    std::size_t size = 0;
     readEntries(text, source, TagEntry::keys(), [&](const JsonEntry& entry) {
         if (isEnded && afterEnd == TagsAfterEnd::REFUSED)
             TagEntry(entry).failAfterEnd();
         tags.push_back(TagEntry(entry).tag());
+        size += imageOf({tags.back()}).size();
+        if (size > MAX_IMAGE_SIZE)
+            entry.fail(nullptr, "makes an image of " + std::to_string(size) +
+                                    " bytes (expected at most " + std::to_string(MAX_IMAGE_SIZE) +
+                                    ")");
         isEnded = isEnded || tags.back().id == TERMINATOR_TAG;
     });
     return tags;

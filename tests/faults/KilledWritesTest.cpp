@@ -54,6 +54,12 @@ TEST_P(KilledWrites, LeaveAFileOldOrNewAndADeviceThatTheNextRunRepairs) {
             const bool isWhole = left == before || left == after;
             EXPECT_TRUE(isWhole || isDevice);
             torn += isWhole ? 0 : 1;
+            for (const auto& [file, content] : files())
+                if (file.rfind(contains(GetParam(), "@kept") ? "kept" : "state/boardctl/", 0) ==
+                        0 &&
+                    !isLeft(file)) {
+                    EXPECT_EQ(content, before) << file << " is a backup, but not the old image";
+                }
             EXPECT_EQ(runAgain(GetParam() + " --dry-run", "none 0 0").status, 0);
             EXPECT_EQ(files().at(image), left);
             const Outcome again = runAgain(GetParam(), "none 0 0");

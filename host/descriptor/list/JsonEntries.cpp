@@ -1,11 +1,15 @@
 #include "descriptor/list/JsonEntries.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <iterator>
 
+#include "base/EndingSignals.h"
 #include "base/Error.h"
+#include "base/File.h"
 #include "base/Suggestion.h"
 #include "base/Text.h"
+#include "descriptor/TagImage.h"
 
 using nlohmann::json;
 
@@ -72,13 +76,16 @@ public:
 
     bool start_object(std::size_t) {
         if (m_depth == 1) {
+            if (m_entry.number == MOST_ENTRIES)
+                m_entry.fail(nullptr, "is one too many (expected at most " +
+                                          std::to_string(MOST_ENTRIES) +
+                                          ", which fill the largest image)");
             m_entry.line = m_progress.line;
             m_entry.members.clear();
         } else {
             value(json::object());
         }
-        ++m_depth;
-        return true;
+        return enter();
     }
     bool end_object() {
         if (--m_depth == 1) {
@@ -90,8 +97,7 @@ public:
     bool start_array(std::size_t) {
         if (m_depth > 0)
             value(json::array());
-        ++m_depth;
-        return true;
+        return enter();
     }
     bool end_array() {
         --m_depth;
@@ -125,6 +131,8 @@ public:
 
 private:
     static constexpr std::size_t LONGEST_KEY = 40;
+    static constexpr std::size_t DEEPEST = 8;                       // more than any key takes
+    static constexpr std::size_t MOST_ENTRIES = MAX_IMAGE_SIZE / 4; // of tags without data
 
     /// What the parser reports, without its own name for the error and without the line: it counts
     /// a newline as part of the next line. "[name] parse error at line 2, column 3: syntax error".
@@ -137,7 +145,15 @@ private:
         return what.substr(start, LONGEST) + (what.size() > start + LONGEST ? "..." : "");
     }
 
+    bool enter() {
+        if (++m_depth > DEEPEST)
+            fail("is nested too deeply (expected at most " + std::to_string(DEEPEST) + " levels)");
+        return true;
+    }
+
     bool value(json found) {
+        if (isEndAsked())
+            throw Error(m_entry.source + ": can't read: " + board::reasonOf(EINTR));
         if (m_depth == 0)
             throw Error(m_entry.source +
                         ": is not an array (expected [{\"id\":45,\"data\":\"1234abcd\"}, ...])");

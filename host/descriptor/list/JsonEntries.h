@@ -32,7 +32,9 @@ struct JsonEntry {
 
 /// Reads a JSON array of objects with no other keys than `keys`, and passes the objects to `take`,
 /// one by one in their order. Throws Error if the text is something else; entries before the
-/// mistake have then been passed. Time and memory are proportional to the text, whatever is in it.
+/// mistake have then been passed. Also throws for more entries than an image can hold, for deep
+/// nesting, and if the program is asked to end meanwhile (see isEndAsked). Time and memory are
+/// proportional to the text, whatever is in it.
 void readEntries(const std::string& text, const std::string& source,
                  const std::vector<std::string>& keys,
                  const std::function<void(const JsonEntry&)>& take);

@@ -100,7 +100,8 @@ void store(DescriptorTarget& target, const StoreManner& manner, const std::strin
     if (target.isDevice())
         confirm(outcome);
     if (manner.keepOld)
-        outcome.backup = keepImage(target.old().bytes(), target.path(), manner.backup);
+        outcome.backup =
+            keepImage(target.old().bytes(), target.path(), target.access(), manner.backup);
     const std::string after = afterwards(target, content);
     outcome.after.reset();
     try {
@@ -121,7 +122,7 @@ void store(DescriptorTarget& target, const StoreManner& manner, const std::strin
 void editDescriptor(const DescriptorSource& source, const StoreManner& manner,
                     const std::function<void(DescriptorEdit&)>& step, const Confirm& confirm,
                     StoreOutcome& outcome) {
-    DescriptorTarget target(source, manner.dryRun, manner.onWait);
+    DescriptorTarget target(source, manner.dryRun);
     note(target, outcome);
     DescriptorEdit edit(target.old());
     const TagImage& old = edit.original();
@@ -145,7 +146,7 @@ void editDescriptor(const DescriptorSource& source, const StoreManner& manner,
 void writeDescriptor(const DescriptorSource& source, const StoreManner& manner,
                      const TagImage& image, const Confirm& confirm, StoreOutcome& outcome) {
     outcome.image = terminated(image);
-    DescriptorTarget target(source, manner.dryRun, manner.onWait);
+    DescriptorTarget target(source, manner.dryRun);
     note(target, outcome);
     target.expectRoom(outcome.image);
     const std::string content = writtenContent(target, outcome.image, manner.fill);

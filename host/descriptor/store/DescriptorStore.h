@@ -29,8 +29,6 @@ struct StoreManner {
     std::string backup;  ///< the file for it; empty: a dated one in the state folder
     std::optional<char> fill; ///< for a write: clears everything behind the image with this byte
     std::optional<StoreRecord> record; ///< gets a line if something is written
-    /// Called if another program holds the lock, before the wait for it.
-    std::function<void()> onWait = [] {};
 };
 
 /// What an edit or a write did. Filled step by step, so after an Error it tells how far that came.

@@ -39,13 +39,12 @@ JournalFindings journalsFor(const std::string& path, const std::string& bytes, b
 
 } // namespace
 
-DescriptorTarget::DescriptorTarget(const DescriptorSource& source, bool isReading,
-                                   const std::function<void()>& onWait)
+DescriptorTarget::DescriptorTarget(const DescriptorSource& source, bool isReading)
     : m_source(source), m_path(checkedPath(source)),
       m_file(m_path,
              source.isBoardDevice() ? FileReplacement::Manner::IN_PLACE
                                     : FileReplacement::Manner::BY_KIND,
-             onWait),
+             source.lockWait()),
       m_found(content()), m_journals(journalsFor(m_path, m_found, isDevice(), isReading)),
       m_old(isTorn() ? m_journals.unfinished->old : m_found) {}
 

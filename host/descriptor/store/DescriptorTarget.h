@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <string>
 
 #include "base/FileReplacement.h"
@@ -22,15 +21,15 @@ enum class StoreResult {
 /// The file or device of a descriptor, locked for one change. One thread.
 class DescriptorTarget {
 public:
-    /// Waits for the lock, after calling `onWait` if another program holds it, and reads the bytes.
-    /// Throws Error for character devices and everything that can't be locked or read. With
-    /// `isReading`, nothing will be written.
-    DescriptorTarget(const DescriptorSource& source, bool isReading,
-                     const std::function<void()>& onWait);
+    /// Waits for the lock as `source` tells, and reads the bytes. Throws Error for character
+    /// devices and everything that can't be locked or read. With `isReading`, nothing will be
+    /// written.
+    DescriptorTarget(const DescriptorSource& source, bool isReading);
 
     const std::string& path() const { return m_path; }
     /// Whether it is written in place; a file is replaced.
     bool isDevice() const { return m_file.isInPlace(); }
+    FileAccess access() const { return m_file.access(); }
 
     /// Its bytes as they were found.
     const std::string& found() const { return m_found; }

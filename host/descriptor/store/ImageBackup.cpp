@@ -1,18 +1,21 @@
 #include "descriptor/store/ImageBackup.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <ctime>
 #include <filesystem>
 #include <map>
+#include <random>
 #include <regex>
 #include <tuple>
 
 #include "base/Error.h"
 #include "base/File.h"
+#include "base/Text.h"
 #include "descriptor/TagImage.h"
 #include "descriptor/TagWords.h"
 #include "descriptor/store/StateFolder.h"
+
+#include <fcntl.h>
 
 namespace fs = std::filesystem;
 
@@ -45,6 +48,20 @@ std::string serialName(const std::string& bytes) {
     return serial.empty() ? "" : "-" + serial;
 }
 
+/// Adds six letters that make a file's name unique.
+std::string unusedName(const std::string& start) {
+    constexpr std::size_t LETTERS = 6;
+    std::random_device random;
+    std::uniform_int_distribution<int> letter('a', 'z');
+    for (;;) {
+        std::string name = start;
+        for (std::size_t i = 0; i < LETTERS; ++i)
+            name += static_cast<char>(letter(random));
+        if (kindOf(name) == FileKind::MISSING)
+            return name;
+    }
+}
+
 std::string now() {
     const std::time_t now = std::time(nullptr);
     std::tm utc{};
@@ -58,7 +75,7 @@ std::string now() {
 /// hold `bytes`.
 std::string targetFor(const std::string& image, const std::string& file, const std::string& bytes) {
     std::error_code error;
-    fs::path target = fs::weakly_canonical(file, error);
+    fs::path target = fs::weakly_canonical(fs::absolute(file, error), error);
     if (error)
         throw Error(file + ": can't follow the path: " + error.message());
     const fs::file_status status = fs::status(target, error);
@@ -69,7 +86,9 @@ std::string targetFor(const std::string& image, const std::string& file, const s
     if (fs::equivalent(target, image, error))
         throw Error(file + ": is the image itself (expected another file for the backup)");
     const auto size = fs::file_size(target, error);
-    const bool isKept = size == bytes.size() && readFile(target.string(), bytes.size()) == bytes;
+    const bool isKept =
+        size == bytes.size() &&
+        readUpTo(openFile(target.string(), O_RDONLY | O_NONBLOCK), size, file) == bytes;
     if (size != 0 && !isKept)
         throw Error(file +
                     ": exists already, and may be the last good image (expected a new file for the "
@@ -90,18 +109,17 @@ Backup backupOf(const std::string& file, std::string name, const std::string& ti
 
 } // namespace
 
-std::string keepImage(const std::string& bytes, const std::string& image, const std::string& file) {
-    if (file.empty())
-        return writeNewFile(stateFolder() + "/" + deviceName(image) + serialName(bytes) + "-" +
-                                now(),
-                            bytes, "backup");
-    const std::string target = targetFor(image, file, bytes);
-    const std::string written = writeNewFile(target, bytes, "backup");
-    if (!tryRename(written, target)) {
-        const int error = errno;
-        throw Error(file + ": can't rename the backup into place: " + reasonOf(error) +
-                    discard(written));
+std::string keepImage(const std::string& bytes, const std::string& image, const FileAccess& access,
+                      const std::string& file) {
+    if (file.empty()) {
+        const std::string folder = stateFolder() + "/", device = deviceName(image);
+        const std::string target =
+            unusedName(folder + device + serialName(bytes) + "-" + now() + ".");
+        putNewFile({target, folder + device, target, access, true}, bytes);
+        return target;
     }
+    const std::string target = targetFor(image, file, bytes);
+    putNewFile({file, folderOf(target) + fileNameOf(image), target, access, true}, bytes);
     return file;
 }
 

@@ -4,15 +4,21 @@
 #include <string>
 #include <vector>
 
+#include "base/files/NewFile.h"
+
 namespace board {
 
-/// Writes the bytes of an image to a backup file and syncs it. Returns the file's name.
+/// Writes the bytes of an image to a backup file and syncs it. Returns the file's name. `access` is
+/// that of the image: whoever may not read that may not read the backup either. The backup gets its
+/// name when it is complete; see NewFile for what a killed program leaves, which is named after the
+/// image and removed by the next backup of that image in the same folder.
 ///
 /// `file` must not exist yet, be empty, or hold these bytes already, as it does if the command was
 /// interrupted and is repeated. If no `file` is named, the backup goes to the state
 /// folder; its name tells the device or file `image`, the unit's serial number if the image holds
 /// one, and the date. Throws Error if the backup can't be written.
-std::string keepImage(const std::string& bytes, const std::string& image, const std::string& file);
+std::string keepImage(const std::string& bytes, const std::string& image, const FileAccess& access,
+                      const std::string& file);
 
 /// A backup in the state folder.
 struct Backup {

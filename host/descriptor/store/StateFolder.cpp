@@ -42,7 +42,7 @@ std::string writeNewFile(const std::string& start, const std::string& bytes, con
     const FileDescriptor file =
         createUnique(start, name, start, ("can't make the " + purpose).c_str());
     const auto isKept = [&] {
-        if (!tryWriteAll(file, bytes) || !trySetMode(file, modeOfNewFile()) || !trySync(file))
+        if (!tryWriteAll(file, bytes) || !trySync(file))
             return false;
         const FileDescriptor folder =
             tryOpen(fs::absolute(name).parent_path().string(), O_RDONLY | O_DIRECTORY);

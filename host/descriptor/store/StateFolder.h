@@ -15,7 +15,8 @@ std::optional<std::string> stateFolderPath();
 std::string stateFolder();
 
 /// Writes a new file with a unique name that begins with `start`, so that it survives a power
-/// failure. Returns the name. `what` names the file's purpose in an Error, such as "backup".
+/// failure. Only this user may read it. Returns the name. `what` names the file's purpose in an
+/// Error, such as "backup".
 std::string writeNewFile(const std::string& start, const std::string& bytes, const char* what);
 
 } // namespace board

@@ -3,8 +3,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
+#include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -76,6 +78,41 @@ TEST(FileReplacement, RemovesWhatAKilledProgramHasLeftAndNothingElse) {
         EXPECT_EQ(::unlink(dir.path(left).c_str()), 0);
     }
     EXPECT_EQ(entriesOf(dir.path(".")), 2);
+    dir.write(left + ".a1B2c3", "half");
+    const std::vector<std::string> foreign = {"image.backup", left + ".a1B2c", left + ".a1B2c-",
+                                              left + ".Z9y8x7"};
+    for (const std::string& each : foreign)
+        dir.write(each, "kept");
+    const int used = ::open(dir.path(foreign.back()).c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(used, LOCK_EX), 0);
+    board::replaceFile(dir.path("image"), "third");
+    for (const std::string& each : foreign)
+        EXPECT_EQ(dir.read(each), "kept") << each;
+    EXPECT_EQ(entriesOf(dir.path(".")), 6);
+    ::close(used);
+    board::replaceFile(dir.path("image"), "fourth");
+    EXPECT_EQ(entriesOf(dir.path(".")), 5);
+}
+
+TEST(FileReplacement, LeavesAFileWithSeveralNamesOrWithAForeignLockAsItIs) {
+    const TempDir dir;
+    dir.write("image", "old");
+    const std::string path = dir.path("image");
+    const int held = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(held, LOCK_SH), 0);
+    board::LockWait wait;
+    wait.most = std::chrono::milliseconds(0);
+    EXPECT_EQ(support::failureOf([&] {
+                  const board::FileReplacement locked(path, board::FileReplacement::Manner::BY_KIND,
+                                                      wait);
+              }),
+              path + ": is locked by process " + std::to_string(::getpid()));
+    ::close(held);
+    fs::create_hard_link(path, dir.path("same"));
+    EXPECT_EQ(failureOf(path, "new"),
+              path + ": has 2 names (hard links), and the others would keep the old content "
+                     "(expected a file with one name, such as a copy)");
+    EXPECT_EQ(dir.read("image") + dir.read("same"), "oldold");
 }
 
 TEST(FileReplacement, WritesADeviceThatCanNotSeekAndReportsWhatItDoesNotAccept) {

@@ -1,5 +1,8 @@
 #include <filesystem>
+#include <string>
+#include <vector>
 
+#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -37,7 +40,7 @@ $ for i in first eeprom.bin . gone/backup; do boardctl --board board.toml bd rem
 ! boardctl: first: exists already, and may be the last good image (expected a new file for the backup)
 ! boardctl: eeprom.bin: is the image itself (expected another file for the backup)
 ! boardctl: .: can't hold a backup (expected a file)
-! boardctl: gone/backup: can't make the backup: No such file or directory
+! boardctl: gone/backup: can't create a new file in its folder: No such file or directory
 [1]
 $ printf "[descriptor]\ndevice='eeprom'\nsize=1018\n" >new.toml; printf '\000\000\000\004' >old
 $ for i in 2016 2018; do cp old eeprom; boardctl --board new.toml bd add -y --backup $i 19=hex:`printf %0${i}d 0` | tail -n 1; done
@@ -89,15 +92,37 @@ $ boardctl bd add 19=u8:1 -i image --backup new >/dev/full; boardctl bd get 19.1
 )sh");
 }
 
-TEST(BdEdit, SaysThatAnotherProgramHoldsTheLockAndWaitsForIt) {
+TEST(BdEdit, SaysWhoHoldsTheLockAndWaitsForItButNotForEver) {
     const TempDir dir;
     ASSERT_EQ(support::Program({BOARDCTL, "sim", "create", dir.path("sim")}).finish().status, 0);
     const std::string image = dir.path("sim/eeprom.bin");
     const int held = ::open(image.c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(::flock(held, LOCK_EX), 0);
-    const std::string put = "exec \"$0\" bd put 19=u8:2 -q -i \"$1\" --backup \"$1.old\" 2>&1";
+    const std::string put =
+        "exec \"$0\" bd put 19=u8:2 -q -i \"$1\" --backup \"$1.old\" --wait 3600 2>&1";
+    const std::string locked = image + ": is locked by process " + std::to_string(::getpid());
+    {
+        support::Program waiting({"/bin/sh", "-c", put, BOARDCTL, image});
+        EXPECT_TRUE(waiting.waitForOutput(locked + "; waiting up to 3600 s"));
+        waiting.signal(SIGINT);
+        EXPECT_EQ(waiting.finish().status, 128 + SIGINT);
+    }
     support::Program waiting({"/bin/sh", "-c", put, BOARDCTL, image});
-    EXPECT_TRUE(waiting.waitForOutput(image + ": is locked by another program; waiting"));
+    EXPECT_TRUE(waiting.waitForOutput(locked + "; waiting up to 3600 s"));
+    const std::vector<std::string> reads[] = {
+        {"bd", "dump", image},
+        {"bd", "check", "--board", dir.path("sim/board.toml")},
+        {"bd", "get", "5", "-i", image},
+        {"bd", "compare", image, image},
+        {"bd", "build", image, "-o", dir.path("new")},
+        {"bd", "write", image, "-i", image}};
+    for (std::vector<std::string> words : reads) {
+        words.insert(words.begin(), BOARDCTL);
+        words.insert(words.end(), {"--wait", "0"});
+        const support::Outcome read = support::Program(words).finish();
+        EXPECT_EQ(read.status, 1);
+        EXPECT_EQ(read.err, "boardctl: " + locked + "\n") << words[2];
+    }
     ::close(held);
     EXPECT_EQ(waiting.finish().status, 0);
 }

@@ -11,6 +11,21 @@ void addBdMac(CLI::App& bd, Options& options) {
     addCommands(mac, options, {{"list", addBdMacRead, "get"}, {"set", addBdMacEdit, "add"}});
 }
 
+/// Adds --wait to the commands below `group` that lock a file or device.
+void addLockWait(CLI::App& group, Options& options) {
+    for (CLI::App* const command : group.get_subcommands([](const CLI::App*) { return true; })) {
+        if (command->get_name() == "mac")
+            addLockWait(*command, options);
+        else if (command->get_name() != "backups")
+            command
+                ->add_option("--wait", options.lockSeconds,
+                             "How long to wait while another program holds the lock; by default "
+                             "10, and 0 does not wait")
+                ->check(seconds())
+                ->type_name("SECONDS");
+    }
+}
+
 } // namespace
 
 void addBd(CLI::App& app, Options& options) {
@@ -31,6 +46,7 @@ void addBd(CLI::App& app, Options& options) {
                  {"backups", addBdBackups},
                  {"check", addBdCheck},
                  {"compare", addBdCompare}});
+    addLockWait(bd, options);
 }
 
 } // namespace boardctl

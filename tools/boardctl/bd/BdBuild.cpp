@@ -7,6 +7,7 @@
 #include "base/FileReplacement.h"
 #include "bd/Assignments.h"
 #include "bd/BdCommands.h"
+#include "bd/BdSource.h"
 #include "descriptor/DescriptorEdit.h"
 #include "descriptor/TagsJson.h"
 #include "descriptor/store/ImageBackup.h"
@@ -35,13 +36,14 @@ struct Built {
     std::size_t used = 0; ///< bytes before those that fill the image up
 };
 
-std::vector<BD::Tag> readTags(const BuildWords& words) {
+std::vector<BD::Tag> readTags(const Options& options, const BuildWords& words) {
     const auto afterEnd = words.isExact ? board::TagsAfterEnd::KEPT : board::TagsAfterEnd::REFUSED;
     if (words.source == STANDARD_STREAM)
         return board::tagsFromJson(board::readStandardInput(board::MAX_TAGS_JSON), "standard input",
                                    afterEnd);
-    return board::tagsFromJson(board::readFile(words.source, board::MAX_TAGS_JSON), words.source,
-                               afterEnd);
+    return board::tagsFromJson(
+        board::readLocked(words.source, board::MAX_TAGS_JSON, lockWait(options)), words.source,
+        afterEnd);
 }
 
 void expectSizes(const board::DescriptorEdit& edit) {
@@ -51,8 +53,9 @@ void expectSizes(const board::DescriptorEdit& edit) {
                                "; nothing was written (--force builds it anyway)");
 }
 
-Built imageOf(const BuildWords& words, const std::vector<board::Assignment>& assignments) {
-    const std::vector<BD::Tag> tags = readTags(words);
+Built imageOf(const Options& options, const BuildWords& words,
+              const std::vector<board::Assignment>& assignments) {
+    const std::vector<BD::Tag> tags = readTags(options, words);
     const board::TagImage listed(board::imageOf(tags));
     board::DescriptorEdit edit(listed);
     for (const board::Assignment& each : assignments)
@@ -86,17 +89,17 @@ Built imageOf(const BuildWords& words, const std::vector<board::Assignment>& ass
 
 /// Stores the image in the file. If that changes a file with content, its content is kept first.
 /// Returns whether anything was written.
-bool store(const BuildWords& words, const std::string& image, std::string& backup) {
-    board::FileReplacement target(words.target, board::FileReplacement::Manner::BY_KIND, [&] {
-        complain(words.target + ": is locked by another program; waiting");
-    });
+bool store(const Options& options, const BuildWords& words, const std::string& image,
+           std::string& backup) {
+    board::FileReplacement target(words.target, board::FileReplacement::Manner::BY_KIND,
+                                  lockWait(options));
     // What a character device such as /dev/null holds is not read: it may have no end.
     if (target.exists() && board::kindOf(words.target) != board::FileKind::CHARACTER_DEVICE) {
         const std::string old = target.content(board::MAX_TAGS_JSON);
         if (target.isInPlace() ? old.compare(0, image.size(), image) == 0 : old == image)
             return false;
         if (!old.empty())
-            backup = board::keepImage(old, words.target, words.backup);
+            backup = board::keepImage(old, words.target, target.access(), words.backup);
     }
     target.commit(image);
     return true;
@@ -113,9 +116,9 @@ int build(const Options& options, const BuildWords& words) {
     std::string backup;
     bool isWritten = false;
     try {
-        built = imageOf(words, assignments);
+        built = imageOf(options, words, assignments);
         if (!isPrinted)
-            isWritten = store(words, built.image, backup);
+            isWritten = store(options, words, built.image, backup);
     } catch (const board::Error& error) {
         if (!options.json)
             throw;

@@ -63,17 +63,18 @@ ordered_json toJson(const board::TagDifference& difference) {
     return json;
 }
 
-board::ExpectedList readExpected(const std::string& path) {
+board::ExpectedList readExpected(const Options& options, const std::string& path) {
     if (path == STANDARD_STREAM)
         return board::readExpected(board::readStandardInput(board::MAX_TAGS_JSON),
                                    "standard input");
-    return board::readExpected(board::readFile(path, board::MAX_TAGS_JSON), path);
+    return board::readExpected(board::readLocked(path, board::MAX_TAGS_JSON, lockWait(options)),
+                               path);
 }
 
 int compare(const Options& options, const CompareWords& words) {
     if (words.expected == STANDARD_STREAM && words.found == STANDARD_STREAM)
         throw WrongCall("standard input can be read only once (expected one -)");
-    const board::ExpectedList expected = readExpected(words.expected);
+    const board::ExpectedList expected = readExpected(options, words.expected);
     const BdSource chosen(options, words.found);
     const std::string& path = chosen.source().path();
     const std::string name = path.empty() ? "standard input" : path;

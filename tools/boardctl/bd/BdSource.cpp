@@ -1,5 +1,6 @@
 #include "bd/BdSource.h"
 
+#include <chrono>
 #include <optional>
 
 #include "base/Error.h"
@@ -30,9 +31,20 @@ board::DescriptorSource sourceOf(const std::string& image) {
 
 } // namespace
 
+board::LockWait lockWait(const Options& options) {
+    board::LockWait wait;
+    if (options.lockSeconds)
+        wait.most = std::chrono::duration_cast<std::chrono::milliseconds>(
+            std::chrono::duration<double>(*options.lockSeconds));
+    wait.onWait = complain;
+    return wait;
+}
+
 BdSource::BdSource(const Options& options, const std::string& image)
     : m_board(image.empty() ? std::make_unique<BoardProfile>(options) : nullptr),
-      m_source(m_board ? sourceOf(*m_board) : sourceOf(image)) {}
+      m_source(m_board ? sourceOf(*m_board) : sourceOf(image)) {
+    m_source.waitForLock(lockWait(options));
+}
 
 int printImage(const Options& options, const std::string& image,
                const std::function<int(const board::TagImage&)>& print) {

@@ -10,6 +10,10 @@
 
 namespace boardctl {
 
+/// How long the commands wait for a lock: what --wait tells, or ten seconds. A message tells that
+/// they wait, and for whom.
+board::LockWait lockWait(const Options& options);
+
 /// The descriptor that a command works on.
 class BdSource {
 public:
@@ -25,7 +29,7 @@ public:
 private:
     const std::unique_ptr<BoardProfile> m_board; ///< null for an image file; a simulated board
                                                  ///< exists as long as this
-    const board::DescriptorSource m_source;
+    board::DescriptorSource m_source;
 };
 
 /// Loads the image that a command's words choose and passes it to `print`, which returns the exit

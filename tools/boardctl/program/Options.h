@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -28,6 +29,9 @@ struct Options {
     bool metrics = false; ///< only for `info` and `status`
     bool svg = false;     ///< only for `leds preview`
     bool html = false;    ///< only for `leds preview`
+
+    /// How long `bd` waits for the lock of a file or device; empty: the usual time.
+    std::optional<double> lockSeconds;
 
     /// The words of the command line. Only the commands among them get parsers; if empty, all do.
     std::set<std::string_view> words;

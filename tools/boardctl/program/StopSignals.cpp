@@ -1,10 +1,13 @@
 #include "program/StopSignals.h"
 
+#include <atomic>
 #include <csignal>
 #include <ctime>
 
 #include <poll.h>
+#include <unistd.h>
 
+#include "base/EndingSignals.h"
 #include "program/Options.h"
 
 namespace boardctl {
@@ -12,11 +15,36 @@ namespace boardctl {
 namespace {
 
 volatile std::sig_atomic_t asked = 0; ///< the first signal; 0 before it
+std::atomic<bool> isNoticed{false};   ///< the command knows, and is ending in order
+std::atomic<long> askedAt{0};         ///< when `asked` was set
 bool isExpected = false;
 
+/// In milliseconds, from an unknown start; it may wrap.
+long now() {
+    timespec time{};
+    ::clock_gettime(CLOCK_MONOTONIC, &time);
+    return static_cast<long>(static_cast<unsigned long>(time.tv_sec) * 1000UL +
+                             static_cast<unsigned long>(time.tv_nsec) / 1000000UL);
+}
+
 void ask(int signal) {
-    if (asked == 0)
+    // timeout(1) sends its signal twice: to the program and to its group.
+    constexpr unsigned long SAME_REQUEST = 500;
+    if (asked == 0) {
+        askedAt = now();
         asked = signal;
+    } else if (!isNoticed &&
+               static_cast<unsigned long>(now()) - static_cast<unsigned long>(askedAt.load()) >=
+                   SAME_REQUEST) {
+        ::_exit(BY_SIGNAL + signal);
+    }
+}
+
+/// Whether the program was asked to end. If so, the caller has now noticed.
+bool notice() {
+    if (asked != 0)
+        isNoticed = true;
+    return asked != 0;
 }
 
 sigset_t askingSignals() {
@@ -45,10 +73,11 @@ void StopSignals::install() {
     // reaches its size limit.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    board::endQuestion = isAsked;
 }
 
 bool StopSignals::isAsked() {
-    return asked != 0;
+    return notice();
 }
 
 void StopSignals::expectAsEnd() {
@@ -56,7 +85,7 @@ void StopSignals::expectAsEnd() {
 }
 
 int StopSignals::statusAfter(int status) {
-    return asked != 0 && !isExpected ? BY_SIGNAL + asked : status;
+    return notice() && !isExpected ? BY_SIGNAL + asked : status;
 }
 
 bool StopSignals::waitWritable(int descriptor) {
@@ -67,8 +96,8 @@ bool StopSignals::waitWritable(int descriptor) {
     const timespec atOnce{};
     int ready = 0;
     do
-        ready = ::ppoll(&output, 1, asked ? &atOnce : nullptr, &former);
-    while (ready < 0 && !asked);
+        ready = ::ppoll(&output, 1, notice() ? &atOnce : nullptr, &former);
+    while (ready < 0 && !notice());
     if (ready < 0) // interrupted by a request to end
         ready = ::poll(&output, 1, 0);
     pthread_sigmask(SIG_SETMASK, &former, nullptr);
@@ -101,7 +130,7 @@ bool StopSignals::waitUntil(std::optional<Clock::time_point> end, int descriptor
             break;
     }
     pthread_sigmask(SIG_SETMASK, &former, nullptr);
-    return asked != 0;
+    return notice();
 }
 
 } // namespace boardctl

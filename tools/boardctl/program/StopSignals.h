@@ -10,8 +10,9 @@ namespace boardctl {
 /// The signals don't end the program directly, so a command always restores and removes what it
 /// must. But they interrupt a waiting system call, so a blocked device can't keep the program from
 /// exiting. Each asks the running command to end, except SIGHUP if it was ignored when the program
-/// started, as nohup arranges. While a command restores a device, it holds them back
-/// (board::EndingSignalsHeld).
+/// started, as nohup arranges. A second signal, half a second later or more, ends the program at
+/// once, unless the command has noticed the first one by then and so is ending in order. While a
+/// command restores a device, it holds the signals back (board::EndingSignalsHeld).
 class StopSignals {
 public:
     using Clock = std::chrono::steady_clock;

@@ -4,6 +4,10 @@
 #include <filesystem>
 #include <thread>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "host/descriptor/Images.h"
 #include "support/TempDir.h"
 
@@ -56,14 +60,16 @@ TEST(DescriptorStore, KeepsTheSizeOfAnImageFileThatHasRoomAndWhatLiesBehindADevi
     for (const auto& each : CASES) {
         const TempDir dir;
         dir.write("image", bytesOf(each.before));
-        std::filesystem::create_hard_link(dir.path("image"), dir.path("same"));
-        const std::string path = dir.path("image");
-        edit(each.isDevice ? DescriptorSource::ofBoard(path, 128, 512)
-                           : DescriptorSource::ofFile(path),
+        const std::string file = dir.path("image");
+        const auto same = board::tryIdentify(file);
+        const int open = ::open(file.c_str(), O_RDONLY | O_CLOEXEC); // so its number stays in use
+        edit(each.isDevice ? DescriptorSource::ofBoard(file, 128, 512)
+                           : DescriptorSource::ofFile(file),
              each.step);
         EXPECT_EQ(hexOf(dir.read("image")) + " ", each.after);
-        // A device is written in place; a file is replaced, which separates its two names.
-        EXPECT_EQ(dir.read("same") == dir.read("image"), each.isDevice);
+        // A device is written in place; a file is replaced.
+        EXPECT_EQ(board::tryIdentify(file) == same, each.isDevice);
+        ::close(open);
     }
 }
 
@@ -83,6 +89,23 @@ TEST(DescriptorStore, ReportsADeviceThatDoesNotHoldWhatWasWritten) {
         EXPECT_EQ(failureOf([&] { edit(device, addOne, dir.path("backup"), takeAway); }),
                   dir.path("eeprom") + ": does not hold what was written; " + outcome +
                       " and is kept in " + dir.path("backup"));
+    }
+}
+
+TEST(DescriptorStore, KeepsTheOldImageForThoseWhoMayReadTheImage) {
+    const TempDir dir;
+    ::setenv("XDG_STATE_HOME", dir.path("state").c_str(), 1);
+    dir.write("image", bytesOf(END));
+    ::chmod(dir.path("image").c_str(), 0600);
+    StoreManner manner;
+    for (const std::string& backup : {std::string(), dir.path("backup")}) {
+        board::StoreOutcome outcome;
+        manner.backup = backup;
+        board::editDescriptor(
+            DescriptorSource::ofFile(dir.path("image")), manner, addOne, [](const auto&) {},
+            outcome);
+        EXPECT_EQ(std::filesystem::status(outcome.backup).permissions(),
+                  std::filesystem::perms(0600));
     }
 }
 

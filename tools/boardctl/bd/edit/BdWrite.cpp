@@ -5,6 +5,7 @@
 #include "base/File.h"
 #include "base/Text.h"
 #include "bd/BdCommands.h"
+#include "bd/BdSource.h"
 #include "bd/edit/Edit.h"
 #include "bd/edit/StationRecord.h"
 #include "descriptor/DescriptorCheck.h"
@@ -101,10 +102,10 @@ int write(const Options& options, const WriteWords& words) {
                                    return StationRecord::line(target.path(), outcomeSoFar, "");
                                }};
         const bool isPiped = words.source == STANDARD_STREAM;
-        const board::TagImage image =
-            imageFrom(isPiped ? board::readStandardInput(board::MAX_TAGS_JSON)
-                              : board::readFile(words.source, board::MAX_TAGS_JSON),
-                      isPiped ? "standard input" : words.source, manner.force);
+        const board::TagImage image = imageFrom(
+            isPiped ? board::readStandardInput(board::MAX_TAGS_JSON)
+                    : board::readLocked(words.source, board::MAX_TAGS_JSON, lockWait(options)),
+            isPiped ? "standard input" : words.source, manner.force);
         board::writeDescriptor(target, recorded, image, confirm, outcome);
     };
     return store(options, filled, false, storing,

@@ -65,7 +65,6 @@ int store(const Options& options, const EditWords& words, bool isEdit, const Sto
         path = chosen.source().path();
         outcome.isDevice = chosen.source().isDevice();
         board::StoreManner manner = words.manner;
-        manner.onWait = [&] { complain(path + ": is locked by another program; waiting"); };
         if (chosen.isScratch()) {
             complain("--sim: this edits a simulated board that is removed after the command");
             manner.keepOld = !manner.backup.empty();

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <string>
+
+#include "base/FileDescriptor.h"
+
+/// Locks (flock) that programs hold while they read or write a file, so that nobody reads it half
+/// written. Anybody who may open a file can lock it, so no wait for a lock is without end.
+namespace board {
+
+enum class LockKind {
+    SHARED,   ///< to read; others may read too
+    EXCLUSIVE ///< to write
+};
+
+/// How long to wait for a lock.
+struct LockWait {
+    std::chrono::milliseconds most{std::chrono::seconds(10)}; ///< 0: do not wait
+    /// Called before the wait with a message: which file is locked, who holds the lock if the
+    /// system tells it, and how long the wait can last.
+    std::function<void(const std::string& message)> onWait = [](const std::string&) {};
+};
+
+/// Waits for the lock of one path. If its file is replaced meanwhile, the next one can be locked
+/// with the same object: the time is that of all waits together. One thread.
+class LockWaiter {
+public:
+    LockWaiter(std::string path, const LockWait& wait);
+
+    /// Locks the open file. Throws Error if the time is over, or if the program is asked
+    /// to end (see isEndAsked). If the file can't be locked at all, as on some network file
+    /// systems, throws Error for EXCLUSIVE and returns for SHARED: a reader must not depend on it.
+    void lock(const FileDescriptor& file, LockKind kind);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    bool mayWait(const FileDescriptor& file);
+
+    const std::string m_path;
+    const LockWait& m_wait;
+    Clock::time_point m_end;
+    bool m_isWaiting = false;
+};
+
+/// Opens a file or block device for reading and locks it SHARED, until the descriptor is closed.
+/// If the file was replaced during the wait, the new one is opened. The open never waits. Throws
+/// Error for what LockWaiter reports, and for anything that is not a file or block device.
+FileDescriptor openLocked(const std::string& path, const LockWait& wait);
+
+/// The content of a file of at most `limit` bytes, read under a SHARED lock. A pipe or character
+/// device is not locked, and reading it may wait. Throws Error if the file is larger or can't be
+/// locked or read.
+std::string readLocked(const std::string& path, std::size_t limit, const LockWait& wait);
+
+} // namespace board
