@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -111,6 +112,13 @@ public:
     /// The board descriptor, empty until its `readBD`; null if the profile has none.
     CBoardDescr* descriptor() const { return m_descriptor.get(); }
 
+    ///@{
+    /// Whether the descriptor could not be loaded because a program that writes held the lock of
+    /// its device for too long. `loadDescriptor` sets this; whoever can then loads it later.
+    bool isDescriptorAwaited() const { return m_isDescriptorAwaited; }
+    void awaitDescriptor(bool isAwaited) const { m_isDescriptorAwaited = isAwaited; }
+    ///@}
+
     /// The VoIP capacity, 0 until its `setup`; null if the profile has none.
     CResourceVoip* capacity() const { return m_capacity.get(); }
 
@@ -147,6 +155,7 @@ private:
     const DescriptorProfile* m_descriptorProfile = nullptr;
     std::string m_descriptorPath; // the descriptor's driver keeps a pointer to it
     TYPPtr<CBoardDescr> m_descriptor;
+    mutable std::atomic<bool> m_isDescriptorAwaited{false};
     TYPPtr<CResourceVoip> m_capacity;
 };
 

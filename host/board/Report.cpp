@@ -5,8 +5,12 @@
 #include <unordered_map>
 #include <utility>
 
+#include <fcntl.h>
+
 #include "DRIVER.h"
 #include "IDriverRepository.h"
+#include "base/Error.h"
+#include "base/File.h"
 #include "board/Host.h"
 
 namespace board {
@@ -121,9 +125,22 @@ std::optional<std::string> faultIn(const Result<void>& result) {
 
 } // namespace
 
-Result<void> loadDescriptor(const Host& host) {
+Result<void> loadDescriptor(const Host& host, const LockWait& wait) {
     CBoardDescr& descriptor = *host.descriptor();
     String error;
+    FileDescriptor device; // locked as long as the driver reads
+    host.awaitDescriptor(false);
+    if (!host.faultOf(DESCRIPTOR_DRIVER)) {
+        const std::string& path = host.find(DESCRIPTOR_DRIVER)->path;
+        device = tryOpen(path, O_RDONLY | O_NONBLOCK); // if it can't be opened, the driver tells
+        try {
+            if (device.isOpen())
+                LockWaiter(path, wait).lock(device, LockKind::SHARED);
+        } catch (const Error& failure) {
+            host.awaitDescriptor(true);
+            return Fault{failure.what() + std::string("; the board descriptor is not loaded")};
+        }
+    }
     const TYLockHolder hold(descriptor.getLock());
     if (descriptor.readBD(error).isSuccess())
         return {};
@@ -164,10 +181,10 @@ std::optional<unsigned> dspChannelsOf(const CResourceVoip& capacity) {
     return channels == UNKNOWN_CHANNELS ? std::nullopt : std::optional(channels);
 }
 
-Report makeReport(const Host& host) {
+Report makeReport(const Host& host, const LockWait& wait) {
     Draft draft;
     Report& report = draft.report;
-    const auto descriptor = host.descriptor() ? loadDescriptor(host) : Result<void>();
+    const auto descriptor = host.descriptor() ? loadDescriptor(host, wait) : Result<void>();
     const auto capacity = host.capacity() ? settleCapacity(host) : Result<void>();
     VELM_List<String> names;
     DRIVER::INSTANCE()->getDriverNames(names);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "CResourceVoip.h"
 #include "InfoContainer.h"
 #include "base/Result.h"
+#include "base/files/FileLock.h"
 #include "board/Firmware.h"
 #include "board/Readings.h"
 
@@ -49,9 +51,14 @@ struct Report {
     std::optional<Result<FirmwareInfo>> firmware;
 };
 
+/// How long a host waits for a program that edits its descriptor. A host that never starts would be
+/// worse than one without a descriptor.
+constexpr std::chrono::seconds DESCRIPTOR_WAIT{3};
+
 /// Loads the board descriptor. A corrupt image leaves the tags before the fault in the descriptor.
-/// The host must have a descriptor.
-Result<void> loadDescriptor(const Host& host);
+/// While another program edits the device, waits as `wait` tells; if that is too short, loads
+/// nothing, returns a fault, and the host awaits its descriptor. The host must have a descriptor.
+Result<void> loadDescriptor(const Host& host, const LockWait& wait = {DESCRIPTOR_WAIT});
 
 /// Determines the VoIP capacity from the loaded descriptor and the preferences. The host must have
 /// a capacity.
@@ -66,7 +73,8 @@ std::string identifierText(unsigned identifier);
 /// The DSP channels; empty if the board does not state them.
 std::optional<unsigned> dspChannelsOf(const CResourceVoip& capacity);
 
-/// Loads the descriptor, determines the capacity, and asks every driver of the repository.
-Report makeReport(const Host& host);
+/// Loads the descriptor (see loadDescriptor), determines the capacity, and asks every driver of the
+/// repository.
+Report makeReport(const Host& host, const LockWait& wait = {DESCRIPTOR_WAIT});
 
 } // namespace board

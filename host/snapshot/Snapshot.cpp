@@ -5,6 +5,8 @@
 
 #include "base/Error.h"
 #include "base/File.h"
+#include "base/files/FileLock.h"
+#include "board/Report.h"
 #include "devices/DeviceValue.h"
 
 namespace board {
@@ -19,7 +21,10 @@ std::string keyOf(const NamedPath& named) {
     return separator == std::string::npos ? named.place : named.place.substr(separator + 2);
 }
 
-Result<std::string> contentOf(const std::string& path) {
+/// Only the descriptor's device is locked: other programs lock an LED's file for another purpose.
+enum class Locking { NONE, DESCRIPTOR };
+
+Result<std::string> contentOf(const std::string& path, Locking locking) {
     switch (kindOf(path)) {
     case FileKind::MISSING:
         return Fault{path + ": can't open: " + reasonOf(errno)};
@@ -28,12 +33,13 @@ Result<std::string> contentOf(const std::string& path) {
     case FileKind::REGULAR:
     case FileKind::BLOCK_DEVICE:
         try {
-            return readFile(path, MOST);
+            return locking == Locking::NONE ? readFile(path, MOST)
+                                            : readLocked(path, MOST, {DESCRIPTOR_WAIT});
         } catch (const Error& error) {
             return Fault{error.what()};
         }
     case FileKind::PIPE:
-        return contentOf(path + ".state");
+        return contentOf(path + ".state", locking);
     default:
         return Fault{path + ": is not a file or a device"};
     }
@@ -43,11 +49,11 @@ class Collector {
 public:
     explicit Collector(const DeviceLocator& locator) : m_locator(locator.readingOnce()) {}
 
-    void add(const NamedPath& named) {
+    void add(const NamedPath& named, Locking locking = Locking::NONE) {
         SnapshotFile file{keyOf(named), named.path};
         try {
             file.path = m_locator.locate(named.path);
-            file.content = contentOf(file.path);
+            file.content = contentOf(file.path, locking);
         } catch (const Error& error) {
             file.content = Fault{error.what()};
         }
@@ -85,7 +91,7 @@ std::vector<SnapshotFile> snapshotFiles(const Profile& profile, const DeviceLoca
     files.addDevices(profile.powers);
     files.addDevices(profile.leds);
     if (profile.descriptor)
-        files.add(profile.descriptor->device);
+        files.add(profile.descriptor->device, Locking::DESCRIPTOR);
     files.add(profile.preferences);
     files.add(profile.firmware);
     if (profile.ledService)

@@ -9,6 +9,7 @@
 
 #include "base/Error.h"
 #include "base/File.h"
+#include "base/files/FileLock.h"
 #include "descriptor/DescriptorSource.h"
 
 namespace board {
@@ -64,7 +65,7 @@ Result<std::optional<event::DescriptorChanged>> DescriptorWatch::look(const std:
         const FileDescriptor file = openFile(path, O_RDONLY | O_NONBLOCK);
         if (m_seen && holds(file, path, m_seen->bytes, m_seen->isWhole))
             return Change();
-        if (!tryLock(file) && errno == EWOULDBLOCK)
+        if (!tryLockShared(file))
             return Change();
         const TagImage image =
             DescriptorSource::ofBoard(path, m_profile.readChunk, m_profile.size).load();

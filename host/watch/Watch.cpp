@@ -166,7 +166,7 @@ void Watch::lookAtDescriptor(WatchedDevice& device) {
     note(device, std::move(fault));
     if (change)
         m_events.push(std::move(*change));
-    if (isBack)
+    if (isBack || (m_host.isDescriptorAwaited() && m_descriptor->image()))
         pickDescriptorUp();
 }
 
@@ -178,7 +178,9 @@ void Watch::pickDescriptorUp() const {
         if (m_host.descriptor()->getTags().size() != 0)
             return;
     }
-    const Result<void> loaded = loadDescriptor(m_host);
+    const Result<void> loaded = loadDescriptor(m_host, {std::chrono::milliseconds(0)});
+    if (m_host.isDescriptorAwaited())
+        return; // the edit still goes on
     const Result<void> settled = m_host.capacity() ? settleCapacity(m_host) : Result<void>();
     for (const Result<void>& step : {loaded, settled})
         if (!step)

@@ -100,6 +100,10 @@ bool LockWaiter::mayWait(const FileDescriptor& file) {
     return Clock::now() < m_end;
 }
 
+bool tryLockShared(const FileDescriptor& file) {
+    return tryLock(file, LockKind::SHARED) || errno != EWOULDBLOCK;
+}
+
 FileDescriptor openLocked(const std::string& path, const LockWait& wait) {
     for (LockWaiter waiter(path, wait);;) {
         FileDescriptor file = openFile(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);

@@ -46,6 +46,10 @@ private:
     bool m_isWaiting = false;
 };
 
+/// Locks the open file SHARED without waiting. False only if a program that writes holds the lock:
+/// a file that can't be locked can be read anyway.
+bool tryLockShared(const FileDescriptor& file);
+
 /// Opens a file or block device for reading and locks it SHARED, until the descriptor is closed.
 /// If the file was replaced during the wait, the new one is opened. The open never waits. Throws
 /// Error for what LockWaiter reports, and for anything that is not a file or block device.

@@ -1,6 +1,19 @@
 #include "descriptor/TagsJson.h"
 
+#include "base/EndingSignals.h"
 #include "host/descriptor/Images.h"
+
+namespace {
+
+/// The entry as often as that, with commas.
+std::string repeated(const std::string& entry, unsigned count) {
+    std::string list = entry;
+    for (unsigned i = 1; i < count; ++i)
+        list += "," + entry;
+    return list;
+}
+
+} // namespace
 
 TEST(TagsJson, RejectsTagsThatNoImageCanHoldOrThatMayBeAMistake) {
     const std::string tooLong(2 * std::size_t{65531}, '0');
@@ -59,10 +72,20 @@ TEST(TagsJson, RejectsTagsThatNoImageCanHoldOrThatMayBeAMistake) {
          "last)"},
         {"[{\"id\":5,\"u8\":1},\n{" + std::string(1, '\0') + "}]",
          "2: entry 1: holds a zero byte (expected JSON)"},
+        {R"([{"id":5,"name":)" + std::string(7, '['),
+         "1: entry 0: is nested too deeply (expected at most 8 levels)"},
+        {"[" + repeated(R"({"id":5,"data":""})", 16385),
+         "1: entry 16384: is one too many (expected at most 16384, which fill the largest image)"},
+        {"[\n" + repeated(R"({"id":5,"data":"00000000"})", 8193),
+         "2: entry 8192: makes an image of 65544 bytes (expected at most 65536)"},
     };
     for (const auto& each : CASES)
         EXPECT_EQ(support::failureOf([&] { board::tagsFromJson(each.text, "tags"); }),
                   "tags:" + each.message);
+    board::endQuestion = [] { return true; };
+    EXPECT_EQ(support::failureOf([] { board::tagsFromJson("[{\"id\":5", "tags"); }),
+              "tags: can't read: Interrupted system call");
+    board::endQuestion = nullptr;
     const std::pair<std::string, std::string> PLACES[] = {
         // before the parser's own words
         {"[{\"id\":5,\"data\":\"\"},\n{\"id\":5,\n\"u8\":1e400\n}]", "3: entry 1: number overflow"},

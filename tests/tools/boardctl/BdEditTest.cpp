@@ -127,6 +127,23 @@ TEST(BdEdit, SaysWhoHoldsTheLockAndWaitsForItButNotForEver) {
     EXPECT_EQ(waiting.finish().status, 0);
 }
 
+TEST(BdEdit, ShowsTheControlCharactersOfPathsAsCodes) {
+    expectTranscript(TempDir(), R"sh(
+$ boardctl sim create "$(printf 'a\033b')"; mv a?b/eeprom.bin "$(printf 'i\tj')"
+created a\x1bb/board.toml; try: boardctl --board a\x1bb/board.toml info
+$ boardctl bd remove 5 -i i?j --backup "$(printf 'k\007')" | tail -n 1
+i\x09j: written; the old image is in k\x07
+$ boardctl bd write k? -i i?j --backup 2; boardctl bd check i?j k? | cut -d ' ' -f 1; boardctl bd compare i?j k?
+i\x09j: 7 tags in 74 bytes
+i\x09j: written; the old image is in 2
+i\x09j:
+k\x07:
+k\x07: 7 tags, as expected
+$ printf '[{"id":5,"text":"a"}]' >tags; boardctl bd build tags -o i?j --backup "$(printf '3\r')"
+i\x09j: written; the old file is in 3\x0d
+)sh");
+}
+
 TEST(BdEdit, AsksBeforeADeviceIsChanged) {
     const TempDir dir;
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);

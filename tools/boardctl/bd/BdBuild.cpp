@@ -5,6 +5,7 @@
 
 #include "base/File.h"
 #include "base/FileReplacement.h"
+#include "base/Text.h"
 #include "bd/Assignments.h"
 #include "bd/BdCommands.h"
 #include "bd/BdSource.h"
@@ -142,7 +143,7 @@ int build(const Options& options, const BuildWords& words) {
             json["backup"] = backup;
         printJson(json);
     } else if (!backup.empty() && !words.quiet) {
-        std::cout << words.target << ": written" << note << "\n";
+        std::cout << board::printable(words.target + ": written" + note) << "\n";
     }
     if (flushOutput())
         return DONE;

@@ -2,6 +2,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "base/Text.h"
 #include "bd/BdCommands.h"
 #include "bd/BdSource.h"
 #include "descriptor/DescriptorCheck.h"
@@ -102,7 +103,7 @@ public:
         for (const std::string& image : m_words.images) {
             ordered_json json;
             try {
-                const int status = check(image, image + ": ", json);
+                const int status = check(image, board::printable(image) + ": ", json);
                 worst = worst == FAILED ? worst : std::max(worst, status);
             } catch (const board::Error& error) {
                 json["error"] = error.what();

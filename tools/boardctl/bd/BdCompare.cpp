@@ -1,6 +1,7 @@
 #include <iostream>
 
 #include "base/File.h"
+#include "base/Text.h"
 #include "bd/BdCommands.h"
 #include "bd/BdSource.h"
 #include "descriptor/TagWords.h"
@@ -97,7 +98,7 @@ int compare(const Options& options, const CompareWords& words) {
     for (const board::TagDifference& each : differences)
         std::cout << each.text << "\n";
     const std::size_t count = differences.empty() ? expected.tags.size() : differences.size();
-    std::cout << name << ": " << count
+    std::cout << board::printable(name) << ": " << count
               << (differences.empty() ? count == 1 ? " tag, as" : " tags, as"
                   : count == 1        ? " difference from what is"
                                       : " differences from what is")

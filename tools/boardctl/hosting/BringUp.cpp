@@ -4,6 +4,7 @@
 #include <string>
 
 #include "board/Report.h"
+#include "output/Messages.h"
 #include "output/Readings.h"
 #include "output/ReportRows.h"
 #include "output/Rows.h"
@@ -36,7 +37,8 @@ void BringUp::showDevice(const board::Device& device) const {
 }
 
 void BringUp::showReport() const {
-    const board::Report report = board::makeReport(m_board.host());
+    const board::Report report =
+        board::makeReport(m_board.host(), {board::DESCRIPTOR_WAIT, complain});
     for (const board::DriverReport& driver : report.drivers)
         if (driver.fault && !m_watch.isGone(driver.name))
             m_lines.fault("driver '" + driver.name + "': " + *driver.fault,

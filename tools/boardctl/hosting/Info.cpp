@@ -46,7 +46,7 @@ std::string textOf(const board::Report& report, const Options& options, const Bo
 
 int info(const Options& options, const InfoWords& words) {
     const Board board(options);
-    board::Report report = board::makeReport(board.host());
+    board::Report report = board::makeReport(board.host(), {board::DESCRIPTOR_WAIT, complain});
     if (board.profile().firmware)
         report.firmware = board::readFirmware(*board.profile().firmware);
     report.cpuSinceBoot = board::cpuLoadSinceBoot();

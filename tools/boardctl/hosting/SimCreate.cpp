@@ -2,6 +2,7 @@
 #include <string>
 
 #include "base/File.h"
+#include "base/Text.h"
 #include "output/Json.h"
 #include "program/Command.h"
 #include "program/Commands.h"
@@ -29,9 +30,10 @@ int create(const Options& options, const CreateWords& words) {
                                         words.from);
     if (options.json)
         printJson({{"profile", board.profile()}, {"simulated", true}});
-    else
-        std::cout << "created " << board.profile() << "; try: boardctl --board " << board.profile()
-                  << " info\n";
+    if (options.json)
+        return DONE;
+    const std::string profile = board::printable(board.profile());
+    std::cout << "created " << profile << "; try: boardctl --board " << profile << " info\n";
     return DONE;
 }
 

@@ -32,7 +32,7 @@ struct SnapshotWords {
 
 int snapshot(const Options& options, const SnapshotWords& words) {
     const Board board(options);
-    board::Report report = board::makeReport(board.host());
+    board::Report report = board::makeReport(board.host(), {board::DESCRIPTOR_WAIT, complain});
     report.cpuSinceBoot = board::cpuLoadSinceBoot();
     if (board.profile().firmware)
         report.firmware = board::readFirmware(*board.profile().firmware);

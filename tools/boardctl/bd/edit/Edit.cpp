@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "base/Text.h"
 #include "bd/BdCommands.h"
 #include "bd/BdSource.h"
 #include "bd/edit/EditOutput.h"
@@ -55,7 +56,7 @@ int store(const Options& options, const EditWords& words, bool isEdit, const Sto
         if (isEdit)
             printChanges(out, outcome.changes);
         else
-            out << path << ": " << sizeOf(outcome.image) << "\n";
+            out << board::printable(path) << ": " << sizeOf(outcome.image) << "\n";
         isShown = true;
     };
     int status = DONE;

@@ -56,9 +56,9 @@ void printChanges(std::ostream& out, const std::vector<board::TagChange>& change
 }
 
 void printOutcome(const std::string& path, const board::StoreOutcome& outcome) {
-    std::cout << path << ": ";
+    std::cout << board::printable(path) << ": ";
     if (outcome.result == board::StoreResult::WRITTEN)
-        std::cout << "written" << backupNote(outcome) << "\n";
+        std::cout << "written" << board::printable(backupNote(outcome)) << "\n";
     else
         std::cout << (outcome.wouldWrite ? "dry run" : "already up to date")
                   << "; nothing was written\n";
