@@ -10,6 +10,7 @@
 #include "output/Messages.h"
 #include "program/Command.h"
 #include "program/Help.h"
+#include "program/StopSignals.h"
 
 using nlohmann::ordered_json;
 
@@ -101,6 +102,8 @@ public:
         ordered_json all = ordered_json::array();
         int worst = DONE;
         for (const std::string& image : m_words.images) {
+            if (StopSignals::isAsked())
+                break;
             ordered_json json;
             try {
                 const int status = check(image, board::printable(image) + ": ", json);

@@ -20,7 +20,7 @@ std::atomic<long> askedAt{0};         ///< when `asked` was set
 bool isExpected = false;
 
 /// In milliseconds, from an unknown start; it may wrap.
-long now() {
+long clockMs() {
     timespec time{};
     ::clock_gettime(CLOCK_MONOTONIC, &time);
     return static_cast<long>(static_cast<unsigned long>(time.tv_sec) * 1000UL +
@@ -31,10 +31,10 @@ void ask(int signal) {
     // timeout(1) sends its signal twice: to the program and to its group.
     constexpr unsigned long SAME_REQUEST = 500;
     if (asked == 0) {
-        askedAt = now();
+        askedAt = clockMs();
         asked = signal;
     } else if (!isNoticed &&
-               static_cast<unsigned long>(now()) - static_cast<unsigned long>(askedAt.load()) >=
+               static_cast<unsigned long>(clockMs()) - static_cast<unsigned long>(askedAt.load()) >=
                    SAME_REQUEST) {
         ::_exit(BY_SIGNAL + signal);
     }
