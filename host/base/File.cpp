@@ -257,10 +257,6 @@ bool tryLock(const FileDescriptor& file) {
     return ::flock(file.number(), LOCK_EX | LOCK_NB) == 0;
 }
 
-bool tryLockWaiting(const FileDescriptor& file) {
-    return ::flock(file.number(), LOCK_EX) == 0;
-}
-
 bool tryMakePipe(const std::string& path, mode_t mode) {
     return ::mkfifo(path.c_str(), mode) == 0;
 }

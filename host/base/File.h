@@ -111,10 +111,8 @@ void expectReadable(const std::string& path);
 void expectWritable(const std::string& path);
 
 /// Locks the open file exclusively, without waiting. `errno` is EWOULDBLOCK if another descriptor
-/// holds the lock.
+/// holds the lock. To wait for it, see FileLock.h.
 bool tryLock(const FileDescriptor& file);
-/// The same, but waits. A signal that the program handles interrupts the wait (EINTR).
-bool tryLockWaiting(const FileDescriptor& file);
 
 /// Creates a named pipe with what the umask leaves of `mode`. `errno` is EEXIST if the path exists
 /// already.

@@ -4,6 +4,7 @@
 #include "base/File.h"
 #include "board/EventTap.h"
 #include "board/Firmware.h"
+#include "board/Report.h"
 #include "descriptor/DescriptorCheck.h"
 #include "descriptor/DescriptorSource.h"
 #include "devices/DeviceFile.h"
@@ -98,7 +99,8 @@ void BoardCheck::expectRange(const LedDeviceProfile& led, const std::string& pat
 void BoardCheck::check(const DescriptorProfile& descriptor) {
     look(descriptor.device, [&] {
         const std::string path = m_locator.locate(descriptor.device.path);
-        const auto source = DescriptorSource::ofBoard(path, descriptor.readChunk, descriptor.size);
+        auto source = DescriptorSource::ofBoard(path, descriptor.readChunk, descriptor.size);
+        source.waitForLock({DESCRIPTOR_WAIT});
         for (const Finding& finding : checkImage(source.load(), true))
             if (finding.weight == Finding::Weight::CORRUPT ||
                 finding.weight == Finding::Weight::WARNING)

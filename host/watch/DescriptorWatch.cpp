@@ -67,8 +67,9 @@ Result<std::optional<event::DescriptorChanged>> DescriptorWatch::look(const std:
             return Change();
         if (!tryLockShared(file))
             return Change();
-        const TagImage image =
-            DescriptorSource::ofBoard(path, m_profile.readChunk, m_profile.size).load();
+        auto source = DescriptorSource::ofBoard(path, m_profile.readChunk, m_profile.size);
+        source.waitForLock({std::chrono::milliseconds(0)});
+        const TagImage image = source.load();
         // After the terminator there may be anything. All of a corrupt image counts.
         const bool isWhole = image.isCorrupt() || !image.terminator();
         const auto former = std::exchange(

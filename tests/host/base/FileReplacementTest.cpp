@@ -115,6 +115,16 @@ TEST(FileReplacement, LeavesAFileWithSeveralNamesOrWithAForeignLockAsItIs) {
     EXPECT_EQ(dir.read("image") + dir.read("same"), "oldold");
 }
 
+TEST(FileReplacement, DoesNotWaitForAPipeThatHasTakenThePlaceOfTheLockedFile) {
+    const TempDir dir;
+    dir.write("image", "old");
+    const board::FileReplacement locked(dir.path("image"));
+    fs::remove(dir.path("image"));
+    dir.makePipe("image");
+    EXPECT_EQ(support::failureOf([&] { static_cast<void>(locked.content(100)); }),
+              dir.path("image") + ": has become something else (expected a file or a device)");
+}
+
 TEST(FileReplacement, WritesADeviceThatCanNotSeekAndReportsWhatItDoesNotAccept) {
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_EQ(::grantpt(terminal) | ::unlockpt(terminal), 0);

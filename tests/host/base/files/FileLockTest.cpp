@@ -15,7 +15,7 @@ using support::failureOf;
 
 namespace {
 
-constexpr std::size_t LIMIT = 100;
+constexpr std::size_t SMALL_LIMIT = 100;
 
 class FileLock : public testing::Test {
 protected:
@@ -43,14 +43,14 @@ TEST_F(FileLock, IsAwaitedByAReaderWhoThenReadsTheFileThatHasTakenThePlace) {
         std::filesystem::rename(m_dir.path("other"), m_path);
         ::flock(m_held, LOCK_SH); // other readers are no obstacle
     };
-    EXPECT_EQ(board::readLocked(m_path, LIMIT, m_wait), "new");
+    EXPECT_EQ(board::readLocked(m_path, SMALL_LIMIT, m_wait), "new");
     EXPECT_EQ(said, m_path + ": is locked by process " + std::to_string(::getpid()) +
                         "; waiting up to 3600 s");
-    EXPECT_EQ(board::readLocked(m_path, LIMIT, m_wait), "new");
+    EXPECT_EQ(board::readLocked(m_path, SMALL_LIMIT, m_wait), "new");
 }
 
 TEST_F(FileLock, IsGivenUpInTimeAndWhenTheProgramIsAskedToEnd) {
-    const auto read = [&] { static_cast<void>(board::readLocked(m_path, LIMIT, m_wait)); };
+    const auto read = [&] { static_cast<void>(board::readLocked(m_path, SMALL_LIMIT, m_wait)); };
     m_wait.most = std::chrono::milliseconds(2);
     const std::string locked =
         m_path + ": is locked by process " + std::to_string(::getpid()) + "; gave up after 0.002 s";

@@ -1,5 +1,7 @@
 #include "base/files/NewFile.h"
 
+#include <filesystem>
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,5 +26,19 @@ TEST(NewFile, IsReadByNobodyWhoMayNotReadTheFileThatItIsACopyOf) {
         ASSERT_EQ(::stat(path.c_str(), &made), 0);
         EXPECT_EQ(made.st_mode & 07777U,
                   made.st_gid == each.group ? each.mode & 0666U : each.copied);
+    }
+}
+
+TEST(NewFile, RemovesWhatAKilledProgramHadGivenToTheOwnerOfTheFileAlready) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give a file away";
+    const support::TempDir dir;
+    const std::string path = dir.path("file"), left = dir.path(".file.new-content");
+    constexpr uid_t OWNER = 12, STRANGER = 13;
+    for (const uid_t owner : {OWNER, STRANGER}) {
+        dir.write(".file.new-content", "half");
+        ASSERT_EQ(::chown(left.c_str(), owner, 0), 0);
+        board::putNewFile({path, path, path, board::FileAccess{OWNER, 0, 0600}}, "new");
+        EXPECT_EQ(std::filesystem::exists(left), owner == STRANGER);
     }
 }
