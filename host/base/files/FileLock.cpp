@@ -91,13 +91,16 @@ void LockWaiter::lock(const FileDescriptor& file, LockKind kind) {
 }
 
 bool LockWaiter::mayWait(const FileDescriptor& file) {
-    if (!std::exchange(m_isWaiting, true)) {
-        m_end = Clock::now() + m_wait.most;
-        if (m_wait.most.count() > 0)
-            m_wait.onWait(m_path + ": is locked by " + holderOf(file) + "; waiting up to " +
-                          secondsOf(m_wait.most));
-    }
-    return Clock::now() < m_end;
+    constexpr milliseconds NOT_WORTH_A_MESSAGE{100};
+    const Clock::time_point now = Clock::now();
+    if (!std::exchange(m_isWaiting, true))
+        m_start = now;
+    if (now - m_start >= m_wait.most)
+        return false;
+    if (now - m_start >= NOT_WORTH_A_MESSAGE && !std::exchange(m_isTold, true))
+        m_wait.onWait(m_path + ": is locked by " + holderOf(file) + "; waiting up to " +
+                      secondsOf(m_wait.most));
+    return true;
 }
 
 bool tryLockShared(const FileDescriptor& file) {

@@ -19,13 +19,13 @@ enum class LockKind {
 /// How long to wait for a lock.
 struct LockWait {
     std::chrono::milliseconds most{std::chrono::seconds(10)}; ///< 0: do not wait
-    /// Called before the wait with a message: which file is locked, who holds the lock if the
-    /// system tells it, and how long the wait can last.
+    /// Called once with a message if the wait lasts longer than a moment: which file is locked, who
+    /// holds the lock if the system tells it, and how long the wait can last.
     std::function<void(const std::string& message)> onWait = [](const std::string&) {};
 };
 
 /// Waits for the lock of one path. If its file is replaced meanwhile, the next one can be locked
-/// with the same object: the time is that of all waits together. One thread.
+/// with the same object, in the same time. `wait` must outlive the object. One thread.
 class LockWaiter {
 public:
     LockWaiter(std::string path, const LockWait& wait);
@@ -42,8 +42,8 @@ private:
 
     const std::string m_path;
     const LockWait& m_wait;
-    Clock::time_point m_end;
-    bool m_isWaiting = false;
+    Clock::time_point m_start; ///< of the wait
+    bool m_isWaiting = false, m_isTold = false;
 };
 
 /// Locks the open file SHARED without waiting. False only if a program that writes holds the lock:

@@ -113,8 +113,7 @@ std::string keepImage(const std::string& bytes, const std::string& image, const 
                       const std::string& file) {
     if (file.empty()) {
         const std::string folder = stateFolder() + "/", device = deviceName(image);
-        const std::string target =
-            unusedName(folder + device + serialName(bytes) + "-" + now() + ".");
+        std::string target = unusedName(folder + device + serialName(bytes) + "-" + now() + ".");
         putNewFile({target, folder + device, target, access, true}, bytes);
         return target;
     }
