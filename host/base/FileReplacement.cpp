@@ -10,14 +10,30 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/EndingSignals.h"
 #include "base/Error.h"
 #include "base/File.h"
+#include "base/Text.h"
 
 namespace fs = std::filesystem;
 
 namespace board {
 
 namespace {
+
+/// As the kernel does if fs.protected_symlinks is on: in a sticky folder to which everybody may
+/// write, follows only the links of this user and of the folder's owner.
+void expectTrustedLink(const std::string& path, const fs::path& link) {
+    const std::optional<FileStatus> found = tryExamine(link.string()),
+                                    folder = tryExamine(folderOf(link.string()));
+    if (!found || !folder)
+        failWith(path, "can't follow the path", errno);
+    constexpr mode_t OPEN_TO_ALL = S_ISVTX | S_IWOTH;
+    if ((folder->mode & OPEN_TO_ALL) == OPEN_TO_ALL && found->owner != ::geteuid() &&
+        found->owner != folder->owner)
+        throw Error(path + ": leads to a symbolic link of user " + std::to_string(found->owner) +
+                    " in a folder to which everybody may write (expected a file)");
+}
 
 /// The file that a path leads to through symbolic links, even if that file does not exist yet.
 std::string behindLinks(const std::string& path) {
@@ -26,6 +42,7 @@ std::string behindLinks(const std::string& path) {
     for (int links = 0; !error && fs::is_symlink(fs::symlink_status(target, error)); ++links) {
         if (links == 40)
             failWith(path, "can't follow the path", ELOOP);
+        expectTrustedLink(path, target);
         target = target.parent_path() / fs::read_symlink(target, error);
     }
     if (error && error != std::errc::no_such_file_or_directory)
@@ -71,8 +88,13 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner, const L
                     isOfDeviceTree(m_lock);
         // Meanwhile, the previous holder of the lock may have replaced the file or changed the
         // link.
-        if (::stat(path.c_str(), &named) != 0 || !isSameFile(locked, named)) {
+        const bool isThere = ::stat(path.c_str(), &named) == 0;
+        if (!isThere && errno != ENOENT)
+            failWith(path, "can't examine the file", errno);
+        if (!isThere || !isSameFile(locked, named)) {
             m_lock.close();
+            if (isEndAsked()) // somebody may go on replacing it
+                failWith(path, "can't lock", EINTR);
             continue;
         }
         if (!m_inPlace && locked.st_nlink > 1)

@@ -16,10 +16,12 @@ import sys
 import tempfile
 import time
 
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 import edits
 import hosts
 import parts
 import strangers
+from hosting import take_tmp
 
 # Each with the seconds that it has in one turn, and with what it needs.
 ROUNDS = {
@@ -37,20 +39,11 @@ ROUNDS = {
 }
 
 
-def take_tmp():
-    """Starts this program again with a private /tmp, because a host's LED pipe has a fixed path there."""
-    apart = ["unshare", "--mount", *(["--map-root-user"] if os.geteuid() else []),
-             "sh", "-c", 'mount -t tmpfs -o mode=1777 tmp /tmp && exec "$@"', "sh"]
-    if subprocess.run([*apart, "ls", __file__, sys.argv[1]], capture_output=True, check=False).returncode == 0:
-        user = "user" if os.geteuid() else "root"
-        os.execvp(apart[0], [*apart, sys.executable, __file__, "--private-tmp", user, *sys.argv[1:]])
-
-
-def missing(need, attack, private_tmp):
+def missing(need, attack):
     """Why a round can't run here; empty if it can."""
-    if need in ("tmp", "root") and not private_tmp:
+    if need in ("tmp", "root") and not attack.private_tmp:
         return "needs a private /tmp: as root, or with user namespaces, and programs that are not in /tmp"
-    if need == "root" and not (private_tmp == "root" and parts.can_be_stranger()):
+    if need == "root" and not (attack.private_tmp == "root" and parts.can_be_stranger()):
         return "only root can become another user"
     strace = ("strace", "-o", "/dev/null")
     if need == "strace" and (not shutil.which(need) or attack.call("--help", before=strace).returncode):
@@ -61,7 +54,7 @@ def missing(need, attack, private_tmp):
 def run(attack, words):
     names = words.only or list(ROUNDS)
     for name in list(names):
-        if why := missing(ROUNDS[name][2], attack, words.private_tmp):
+        if why := missing(ROUNDS[name][2], attack):
             attack.left_out[name] = why
             names.remove(name)
     end = time.monotonic() + words.seconds
@@ -86,18 +79,16 @@ def main():
     parser.add_argument("--seed", type=int, default=random.randrange(1 << 32))
     parser.add_argument("--only", action="append", choices=ROUNDS)
     parser.add_argument("--settings", action="store_true")
-    parser.add_argument("--private-tmp", choices=("root", "user"), help=argparse.SUPPRESS)
     words = parser.parse_args()
     if not os.access(words.boardctl, os.X_OK):
         parser.error(f"{words.boardctl} can't be run")
-    if not words.private_tmp:
-        take_tmp()
+    private_tmp = take_tmp(words.boardctl)
     signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))  # undoes and ends everything
     begin = time.monotonic()
     with tempfile.TemporaryDirectory(prefix="attack-") as name:
         os.chmod(name, 0o755)  # what is inside decides what others may read
         may_set = words.settings and os.access(strangers.SYMLINKS, os.W_OK)
-        attack = parts.Attack(words.boardctl, pathlib.Path(name), may_set)
+        attack = parts.Attack(words.boardctl, pathlib.Path(name), private_tmp, may_set)
         run(attack, words)
     setting = "also off" if may_set else "as it is"
     print(f"seed {words.seed}, {time.monotonic() - begin:.0f} s, fs.protected_symlinks {setting}")

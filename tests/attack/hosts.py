@@ -6,6 +6,7 @@ import socket
 import subprocess
 import time
 
+from hosting import memory_kb
 from parts import PIPE, Host, await_true, expect, faults_in
 
 SLACK_KB = 4096
@@ -51,11 +52,11 @@ def floods(attack, end):
         for _ in range(5):  # allocates what is allocated once
             flood(attack, host)
         check_alive(attack, host)
-        before = host.memory_kb()
+        before = memory_kb(host.process)
         while time.monotonic() < end:
             flood(attack, host)
         check_alive(attack, host)
-        grown = host.memory_kb() - before
+        grown = memory_kb(host.process) - before
         expect(grown <= SLACK_KB, f"the host has grown by {grown} kB in floods")
         host.end()
 

@@ -2,15 +2,15 @@
 import collections
 import contextlib
 import ctypes
-import json
 import os
 import random
 import select
 import signal
-import socket
 import struct
 import subprocess
 import time
+
+import hosting
 
 BOUND = 30  # seconds; nothing takes that long, so whatever does has hung
 PIPE = "/tmp/evt.fifo"
@@ -22,8 +22,8 @@ class Lost(Exception):
 
 
 class Attack:
-    def __init__(self, boardctl, folder, may_set):
-        self.boardctl, self.folder, self.may_set = boardctl, folder, may_set
+    def __init__(self, boardctl, folder, private_tmp, may_set):
+        self.boardctl, self.folder, self.private_tmp, self.may_set = boardctl, folder, private_tmp, may_set
         self.backups = folder / "state" / "boardctl"
         self.counts, self.lost = collections.Counter(), collections.defaultdict(list)
         self.left_out = {}  # round: why
@@ -98,21 +98,10 @@ class Host:
         return text
 
     def ask(self, method="Status"):
-        with socket.socket(socket.AF_UNIX) as host:
-            host.settimeout(BOUND)
-            reply = b""
-            try:
-                host.connect(str(self.board / "host.socket"))
-                host.sendall(json.dumps({"method": f"org.boarddrivers.Host.{method}"}).encode() + b"\0")
-                while not reply.endswith(b"\0"):
-                    reply += host.recv(65536) or b"\0"
-                return json.loads(reply[:-1])["parameters"]
-            except (OSError, ValueError, KeyError) as error:
-                raise Lost(f"the host does not answer: {error!r}, {reply[:100]}") from error
-
-    def memory_kb(self):
-        with open(f"/proc/{self.process.pid}/status", encoding="ascii") as file:
-            return next(int(line.split()[1]) for line in file if line.startswith("VmRSS"))
+        try:
+            return hosting.ask(self.board / "host.socket", method)["parameters"]
+        except (OSError, ValueError, KeyError) as error:
+            raise Lost(f"the host does not answer: {error!r}") from error
 
     def end(self, number=signal.SIGTERM, is_ready=True):
         """Ends the host, and makes sure that none of its processes is left."""

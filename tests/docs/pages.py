@@ -22,6 +22,9 @@ import subprocess
 import sys
 import tempfile
 
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+from hosting import take_tmp
+
 FENCE = re.compile(r"^```(\w*) ?(.*)$")
 PICTURE = re.compile(r"!\[[^]]*\]\(([^)]+)\)")
 LINK = re.compile(r"\]\((?!https?:)([^)#]+)[^)]*\)")
@@ -156,27 +159,15 @@ def run(path, programs):
             [step for step in page.steps if isinstance(step, Command)])
 
 
-def take_tmp(paths):
-    """Starts this program again with a private /tmp, because the LED pipe has a fixed path there. If
-    the machine forbids it or one of the paths is in /tmp, waits for the other tests that use the
-    pipe and locks them out until this program ends."""
-    apart = ["unshare", "--mount", *(["--map-root-user"] if os.geteuid() else []),
-             "sh", "-c", 'mount -t tmpfs tmp /tmp && exec "$@"', "sh"]
-    if subprocess.run([*apart, "ls", *paths], capture_output=True, check=False).returncode == 0:
-        os.execvp(apart[0], [*apart, sys.executable, __file__, "--here", *sys.argv[1:]])
-    fcntl.flock(os.open("/tmp", os.O_RDONLY), fcntl.LOCK_EX)
-
-
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--program", action="append", default=[], metavar="NAME=CALL")
-    parser.add_argument("--here", action="store_true", help="use the machine's own /tmp")
     parser.add_argument("pages", nargs="+", type=pathlib.Path)
     words = parser.parse_args()
     programs = dict(word.split("=", 1) for word in words.program)
-    if not words.here:
-        called = [word for word in " ".join(programs.values()).split() if "/" in word]
-        take_tmp([*called, *words.pages, os.getcwd(), __file__])
+    called = [word for word in " ".join(programs.values()).split() if "/" in word]
+    if not take_tmp(*called, *words.pages, os.getcwd()):  # then other tests that use the pipe are locked out
+        fcntl.flock(os.open("/tmp", os.O_RDONLY), fcntl.LOCK_EX)
     failed = False
     pages = [found for page in words.pages for found in (sorted(page.glob("*.md")) if page.is_dir() else [page])]
     for page in pages:

@@ -17,7 +17,9 @@ import sys
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 from browser import become_desktop, become_phone, browser, requested_urls
+from hosting import take_tmp
 from stage import Board, Page
 
 HOSTILE = "<img src=x onerror=alert(1)><script>alert(2)</script>"
@@ -256,13 +258,6 @@ def take_pictures(page, folder):
     take_picture(page, folder / "board-gone.png")
 
 
-def take_tmp():
-    """Starts this program again with a private /tmp, because the pipe of the LEDs has a fixed path there."""
-    apart = ["unshare", "--mount", *(["--map-root-user"] if os.geteuid() else []),
-             "sh", "-c", 'mount -t tmpfs tmp /tmp && exec "$@"', "sh"]
-    os.execvp(apart[0], [*apart, sys.executable, os.path.abspath(__file__), "--here", *sys.argv[1:]])
-
-
 def run_tests(page):
     test_shows_the_leds_at_the_pace_of_the_sequencer(page)
     test_opens_why_by_keyboard(page)
@@ -283,13 +278,12 @@ def run_tests(page):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("--here", action="store_true", help=argparse.SUPPRESS)  # in the private /tmp
     parser.add_argument("--screenshots", type=pathlib.Path, metavar="FOLDER")
     parser.add_argument("boardctl", type=os.path.abspath)
     parser.add_argument("boardweb", type=os.path.abspath)
     words = parser.parse_args()
-    if not words.here:
-        take_tmp()
+    if not take_tmp(words.boardctl, words.boardweb):
+        sys.exit("board_test: needs a private /tmp (the machine forbids one, or the programs are in /tmp)")
     names = ("--window-size=1280,900", "--host-resolver-rules=MAP evil.example 127.0.0.1")
     with browser(*names) as driver:
         board = Board(words.boardctl, words.boardweb, pathlib.Path("/tmp/gateway"))

@@ -8,6 +8,8 @@ from selenium import webdriver
 from selenium.webdriver.common.by import By
 from selenium.webdriver.support.ui import WebDriverWait
 
+from hosting import ask
+
 PATIENCE = 60  # seconds, until a test fails
 LIT = """return Object.fromEntries([...document.querySelectorAll("#panel button")].map(
     (lamp) => [lamp.querySelector(".name").textContent, lamp.dataset.state === "lit"]))"""
@@ -65,11 +67,7 @@ class Board:
         return connection
 
     def leds(self):
-        with self.connect("Leds") as connection:
-            reply = b""
-            while not reply.endswith(b"\0"):
-                reply += connection.recv(65536)
-        return json.loads(reply[:-1])["parameters"]["leds"]
+        return ask(self.folder / "host.socket", "Leds")["parameters"]["leds"]
 
     def lit(self):
         return {led["name"]: led["lit"] for led in self.leds()}

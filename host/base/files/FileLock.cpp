@@ -117,6 +117,8 @@ FileDescriptor openLocked(const std::string& path, const LockWait& wait) {
         const auto locked = tryIdentify(file), named = tryIdentify(path);
         if (!locked || !named || *locked == *named) // a file without a name is as good
             return file;
+        if (isEndAsked()) // somebody may go on replacing it
+            failWith(path, "can't lock", EINTR);
     }
 }
 

@@ -94,6 +94,21 @@ TEST(FileReplacement, RemovesWhatAKilledProgramHasLeftAndNothingElse) {
     EXPECT_EQ(entriesOf(dir.path(".")), 5);
 }
 
+TEST(FileReplacement, FollowsNoLinkOfAStrangerInAFolderToWhichEverybodyMayWrite) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can make a link for another user";
+    const TempDir dir;
+    dir.write("target", "old");
+    fs::create_symlink("target", dir.path("link"));
+    constexpr uid_t STRANGER = 65534;
+    ASSERT_TRUE(::lchown(dir.path("link").c_str(), STRANGER, STRANGER) == 0 &&
+                ::chmod(dir.path(".").c_str(), 01777) == 0);
+    EXPECT_EQ(failureOf(dir.path("link"), "new"),
+              dir.path("link") + ": leads to a symbolic link of user 65534 in a folder to which "
+                                 "everybody may write (expected a file)");
+    EXPECT_EQ(dir.read("target"), "old");
+}
+
 TEST(FileReplacement, LeavesAFileWithSeveralNamesOrWithAForeignLockAsItIs) {
     const TempDir dir;
     dir.write("image", "old");
