@@ -22,9 +22,8 @@ constexpr mode_t PERMISSIONS = 0777, OTHERS = 0007, READ_BY_OTHERS = 0044;
     failWith(LED_PIPE, what, errno);
 }
 
-[[noreturn]] void failAsInUse() {
-    throw LedPipeInUse(std::string(LED_PIPE) +
-                       ": the pipe is in use: another LED service reads it");
+[[noreturn]] void failAsInUse(const std::string& reader = "another LED service reads it") {
+    throw LedPipeInUse(std::string(LED_PIPE) + ": the pipe is in use: " + reader);
 }
 
 std::string octal(mode_t mode) {
@@ -43,7 +42,8 @@ void expectSafeFolder() {
                       "`)");
 }
 
-/// In a sticky folder, nobody except these owners can put something else in the pipe's place.
+/// In a sticky folder, only these owners and the folder's can put something else in the pipe's
+/// place.
 void expectOwned(const FileStatus& found) {
     expectLedPipe(found);
     if (found.owner != 0 && found.owner != ::geteuid())
@@ -63,13 +63,18 @@ bool hasReader() {
     return tryOpenLedPipe(O_WRONLY).isOpen();
 }
 
-/// Removes the pipe if it is of this user and could be read by others, and somebody reads it who is
-/// not this user. Everything else that reads it is another service: throws LedPipeInUse.
+/// Removes the pipe if it belongs to this user, others could read it, and no process of this user
+/// does. Otherwise throws LedPipeInUse: the reader is another service, or may be one.
 void removeFromStranger(const FileStatus& found) {
     const std::optional<FileIdentity> pipe = tryIdentify(LED_PIPE);
-    if ((found.mode & READ_BY_OTHERS) == 0 || found.owner != ::geteuid() || !pipe ||
-        isReadByThisUser(*pipe) != false)
+    if ((found.mode & READ_BY_OTHERS) == 0 || !pipe)
         failAsInUse();
+    const std::optional<bool> isReadByOwn = isReadByThisUser(*pipe);
+    if (isReadByOwn == true)
+        failAsInUse();
+    if (!isReadByOwn || found.owner != ::geteuid())
+        failAsInUse("another program reads it, an LED service or a stranger (expected no other "
+                    "reader: end that program or remove the pipe)");
     const std::string fault = discard(LED_PIPE);
     if (!fault.empty())
         failAtLedPipe("another user reads its commands" + fault);
@@ -94,9 +99,12 @@ bool correct(const FileStatus& found, const std::string& group) {
         // A member of the group may read what root has made for the group.
         if (!group.empty() && found.group == number && (mode & OTHERS) == 0)
             return false;
-        failAtLedPipe("others could take commands away: it belongs to root, with the group " +
-                      std::to_string(found.group) + " and the mode " + octal(mode) +
-                      " (expected the group in the profile, and nothing for others)");
+        failAtLedPipe("belongs to root, and its group is " + std::to_string(found.group) +
+                      " and its mode " + octal(mode) +
+                      (group.empty() ? ", so others could read commands (expected a pipe that only "
+                                       "its owner can read)"
+                                     : " (expected the group '" + group +
+                                           "' in the profile, and nothing for others)"));
     }
     if (found.group != number && !trySetGroup(LED_PIPE, number))
         failWithReason("can't give the pipe to the group '" + group + "'");

@@ -24,14 +24,16 @@ struct LedPipeInUse : Error {
 class LedPipeClaim {
 public:
     /// Creates the pipe if it is missing. Only its owner may read it, because each line goes to one
-    /// reader. Who may write is up to the umask, and with a `group` these are its owner and that
-    /// group. A pipe that exists already is corrected. If another user reads it, which its mode
-    /// then allowed, it is replaced.
+    /// reader. With a `group`, the owner and that group may write. Without one, the umask decides
+    /// who may write to a new pipe, and an existing pipe keeps its writers. If others may read a
+    /// pipe of this user, takes that right away. If another user has opened it for reading,
+    /// replaces it.
     ///
-    /// Throws LedPipeInUse if somebody else reads the pipe. Throws Error if something other than a
-    /// pipe is in its place, if it belongs to another user than root and this one, if other users
-    /// could replace it because of the mode of its folder, or if it can't be created, opened or
-    /// given its mode.
+    /// Throws LedPipeInUse if another service reads the pipe, or a program that may be a stranger's
+    /// while the pipe can't be replaced. Throws Error if something other than a pipe is in its
+    /// place, if it belongs to a user other than root and this one, if it is a pipe of root whose
+    /// mode or group is wrong and this user is not root, if the mode of its folder lets others
+    /// replace it, or if it can't be created, opened or changed.
     explicit LedPipeClaim(const std::string& group = "");
 
     /// Why the path no longer leads to this pipe. Empty if it still does. Costs one system call.

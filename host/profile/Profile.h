@@ -92,7 +92,7 @@ struct LedSequencerProfile {
     std::uint32_t tickUs() const { return tickMs * 1000U; }
 
     std::string place; ///< "FILE:LINE: leds", for messages
-    std::string group; ///< who may write to the pipe besides its owner; empty: as the umask says
+    std::string group; ///< who may write to the pipe besides its owner; empty: see LedPipeClaim
     std::string groupPlace; ///< "FILE:LINE: leds.group", for messages
     std::uint32_t tickMs = 100;
     std::uint32_t blinkPattern = 0x0F0F0F0F;

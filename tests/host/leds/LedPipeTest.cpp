@@ -126,6 +126,13 @@ TEST(LedPipeClaim, RejectsAnythingElseInThePipesPlace) {
               pipe +
                   ": belongs to user 65534 (expected a pipe of root or of this user: remove it)");
     ::unlink(LED_PIPE);
+    ASSERT_TRUE(::mkfifo(LED_PIPE, 0600) == 0 && ::chmod(LED_PIPE, 0644) == 0);
+    ASSERT_EQ(::seteuid(65534), 0);
+    const std::string fault = faultOf();
+    ASSERT_EQ(::seteuid(0), 0);
+    EXPECT_EQ(fault, pipe + ": belongs to root, and its group is 0 and its mode 644, so others "
+                            "could read commands (expected a pipe that only its owner can read)");
+    ::unlink(LED_PIPE);
     struct stat folder {};
     ASSERT_TRUE(::stat("/tmp", &folder) == 0 && ::chmod("/tmp", 0777) == 0);
     EXPECT_EQ(faultOf(), pipe + ": other users could replace the pipe, because its folder has the "
