@@ -17,17 +17,12 @@ namespace {
 
 constexpr std::size_t LARGEST_REPLY = 4U << 20U;
 
-/// No program listens on the socket.
-struct NobodyThere : Error {
-    using Error::Error;
-};
-
 FileDescriptor connect(const std::string& path, std::chrono::milliseconds limit) {
     FileDescriptor socket = tryConnect(path, limit);
     if (socket.isOpen())
         return socket;
     if (errno == ENOENT || errno == ECONNREFUSED || errno == ENOTDIR)
-        throw NobodyThere(path + ": no host answers");
+        throw NoHost(path + ": no host answers");
     if (errno == EAGAIN)
         throw Error(path + ": the host does not accept a connection");
     failWith(path, "can't connect to the host", errno);
@@ -155,14 +150,14 @@ FoundHost findHost(const std::string& profile, bool isSimulated, const StatusCli
                 "; " + place + " answers for another profile" +
                 (hosted != status.end() && hosted->is_string() ? ", " + hosted->get<std::string>()
                                                                : "");
-        } catch (const NobodyThere&) { // the usual case, which the message below covers
+        } catch (const NoHost&) { // the usual case, which the message below covers
         } catch (const Error& error) {
             failures += std::string(failures.empty() ? "" : "; ") + error.what();
         }
     if (!failures.empty())
         throw Error("can't ask a host of " + profile + ": " + failures);
-    throw Error("no host of " + profile + " answers at " + joinChoices(places) +
-                " (start one with `boardctl --board " + profile + " run`)" + others);
+    throw NoHost("no host of " + profile + " answers at " + joinChoices(places) +
+                 " (start one with `boardctl --board " + profile + " run`)" + others);
 }
 
 } // namespace board

@@ -13,6 +13,11 @@
 
 namespace board {
 
+/// No host listens.
+struct NoHost : Error {
+    using Error::Error;
+};
+
 /// A connection to a running host's status socket. One thread.
 class StatusClient {
 public:
@@ -37,8 +42,8 @@ public:
         nlohmann::ordered_json parameters;
     };
 
-    /// Connects to the host at `path`. Throws Error if none listens there, and if the connection is
-    /// not accepted in time.
+    /// Connects to the host at `path`. Throws NoHost if none listens there, and Error if the
+    /// connection is not accepted in time.
     StatusClient(std::string path, Wait wait, Limits limits);
     StatusClient(std::string path, Wait wait)
         : StatusClient(std::move(path), std::move(wait), {}) {}
@@ -92,8 +97,8 @@ struct FoundHost {
     nlohmann::ordered_json status;
 };
 
-/// Connects to the host of a profile. Throws Error if no host answers. The message says how to
-/// start one, or why a host that may be the right one can't be asked.
+/// Connects to the host of a profile. Throws NoHost if none answers; the message says how to start
+/// one. Throws Error if a host that may be the right one can't be asked.
 FoundHost findHost(const std::string& profile, bool isSimulated, const StatusClient::Wait& wait,
                    StatusClient::Limits limits = {});
 

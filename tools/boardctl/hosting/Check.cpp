@@ -48,7 +48,8 @@ int report(const Options& options, const std::string& path,
     return findings.empty() ? DONE : FOUND;
 }
 
-/// What the running host of the board, if there is one, reports about its services.
+/// What the running host of the board, if there is one, reports about its services, or why it can't
+/// be asked.
 std::vector<BoardFinding> findingsOfHost(const BoardProfile& chosen) {
     std::vector<BoardFinding> findings;
     const auto add = [&](const char* service, const ordered_json& fault) {
@@ -66,7 +67,10 @@ std::vector<BoardFinding> findingsOfHost(const BoardProfile& chosen) {
              status.value(ordered_json::json_pointer("/leds/faults"), none))
             add("leds", fault);
         add("button", status.value(ordered_json::json_pointer("/button/fault"), none));
-    } catch (const board::Error&) {            // no host runs
+    } catch (const board::NoHost&) {
+    } catch (const board::Error& error) {
+        if (!StopSignals::isAsked())
+            findings.push_back({BoardFinding::Level::WARNING, {"running host", error.what()}});
     } catch (const ordered_json::exception&) { // one of another version
     }
     return findings;
@@ -91,8 +95,8 @@ int check(const Options& options, const CheckWords& words) {
 void addCheck(CLI::App& app, Options& options) {
     const auto [command, words] = addCommand<CheckWords>(
         app, options, "check",
-        "Look for mistakes in the profile, its devices, LED table and descriptor, and for services "
-        "that do not work in the running host; exits with 3 if there are any",
+        "Look for mistakes in the profile, its devices, LED table and descriptor, and in the "
+        "services of the running host; exits with 3 if there are any",
         check);
     addSysfsOption(command, words.sysfs);
     addExamples(command, {"check --board board.toml  try a profile before a host uses it"});
