@@ -12,7 +12,7 @@ inline constexpr char VOIP_SIP_LEGS[] = "voip.sip-legs";
 
 /// Replaces the store with the `key = value` lines of a text file. Blank lines and lines that begin
 /// with # are ignored; if a key appears twice, the later line wins. A line without "=" is logged at
-/// level 3 and skipped. If the file can't be read or has more than 65536 bytes, fails with a text
+/// level 3 and skipped. If the file can't be read or is larger than 65536 bytes, fails with a text
 /// in `error` and leaves the store unchanged.
 XCode LOAD(const String& path, String& error);
 

@@ -56,7 +56,7 @@ std::optional<FileIdentity> tryIdentify(const std::string& path);
 std::optional<FileIdentity> tryIdentify(const FileDescriptor& file);
 ///@}
 
-/// To whom a file belongs, and who may use it.
+/// Who owns a file, and who may use it.
 struct FileStatus {
     mode_t mode; ///< with the kind of the file: see kindOf
     uid_t owner;
@@ -75,8 +75,8 @@ std::optional<FileStatus> tryExamine(const FileDescriptor& file);
 FileDescriptor tryOpenPrivate(const std::string& path);
 
 ///@{
-/// They change the file of a path. False on failure, with the reason in `errno`. The path must be
-/// one that no other user can replace.
+/// Change the file at `path`. False on failure, with the reason in `errno`. No other user may be
+/// able to replace what is at the path.
 bool trySetMode(const std::string& path, mode_t mode);
 bool trySetGroup(const std::string& path, gid_t group);
 ///@}

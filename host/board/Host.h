@@ -113,8 +113,8 @@ public:
     CBoardDescr* descriptor() const { return m_descriptor.get(); }
 
     ///@{
-    /// Whether the descriptor could not be loaded because a program that writes held the lock of
-    /// its device for too long. `loadDescriptor` sets this; whoever can then loads it later.
+    /// Whether the descriptor is still to be loaded, because its device was locked for too long.
+    /// Set by loadDescriptor; the watch then loads the descriptor when the lock is free.
     bool isDescriptorAwaited() const { return m_isDescriptorAwaited; }
     void awaitDescriptor(bool isAwaited) const { m_isDescriptorAwaited = isAwaited; }
     ///@}

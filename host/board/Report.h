@@ -56,8 +56,8 @@ struct Report {
 constexpr std::chrono::seconds DESCRIPTOR_WAIT{3};
 
 /// Loads the board descriptor. A corrupt image leaves the tags before the fault in the descriptor.
-/// While another program edits the device, waits as `wait` tells; if that is too short, loads
-/// nothing, returns a fault, and the host awaits its descriptor. The host must have a descriptor.
+/// While another program edits the device, waits as `wait` tells. If that is too short, loads
+/// nothing, returns a fault and calls Host::awaitDescriptor(true). The host must have a descriptor.
 Result<void> loadDescriptor(const Host& host, const LockWait& wait = {DESCRIPTOR_WAIT});
 
 /// Determines the VoIP capacity from the loaded descriptor and the preferences. The host must have

@@ -26,7 +26,7 @@ void ButtonPipe::write(const std::string& message) const {
         failWith(m_path, "can't write", errno);
 }
 
-// A record lock, because the monitor's side uses flock to keep a second monitor out.
+// A record lock: a host without a lock file of its own locks the pipe with flock.
 bool ButtonPipe::setLock(int how, short type) const {
     struct flock lock {};
     lock.l_type = type;

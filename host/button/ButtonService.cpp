@@ -18,10 +18,10 @@ TYTime monotonicTime() {
     return now;
 }
 
-/// Opens the button's file, so that no other file can have its identity. A character device is only
-/// named, because its driver may allow one reader. A pipe stays open for reading and writing,
-/// because the monitor opens it again for each message and a message written in between must not be
-/// lost.
+/// Opens the button's file, so that no other file can have its identity. A character device is
+/// opened only as a path (O_PATH), because its driver may allow just one reader. A pipe stays open
+/// for reading and writing, because the monitor opens it again for each message and a message
+/// written in between must not be lost.
 FileDescriptor openButton(const std::string& path) {
     FileDescriptor file = openFile(path, O_PATH);
     if (kindOf(file) == FileKind::CHARACTER_DEVICE) {

@@ -26,7 +26,7 @@ enum class TagsAfterEnd { REFUSED, KEPT };
 /// a number, or a text such as "0x1f"), or `mac` with `iface`, the number of the interface. A
 /// `length` is checked; a `name` must not be that of another `id`; `simulated` is ignored. Throws
 /// Error that names the line, the entry, counted from 0, and what was expected there; messages call
-/// the text `source`. The entry with which the list exceeds MAX_IMAGE_SIZE is such a mistake.
+/// the text `source`. An entry that makes the image exceed MAX_IMAGE_SIZE is a mistake, too.
 std::vector<BD::Tag> tagsFromJson(const std::string& text, const std::string& source,
                                   TagsAfterEnd afterEnd = TagsAfterEnd::REFUSED);
 

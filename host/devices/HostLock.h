@@ -13,8 +13,8 @@ namespace board {
 /// user. If none does, it is a lock on the file itself.
 class HostLock {
 public:
-    /// Locks what `file` is, until this object ends. `file` must stay open meanwhile. Returns false
-    /// on failure: `errno` is EWOULDBLOCK if another host has the lock.
+    /// Locks the file behind `file` until this object is destroyed. `file` must stay open
+    /// meanwhile. Returns false on failure: `errno` is EWOULDBLOCK if another host has the lock.
     bool tryTake(const FileDescriptor& file);
 
 private:

@@ -17,11 +17,11 @@ namespace board {
 /// Another host drives the LEDs.
 struct LedsInUse : Error {
     LedsInUse(const std::string& what, std::string file) : Error(what), path(std::move(file)) {}
-    std::string path; ///< of the LED's file that it has locked
+    std::string path; ///< the LED's file that the other host has locked
 };
 
-/// The right to drive the LEDs of a board: a lock on the first LED's file, which every host takes
-/// that drives these LEDs from a profile. One thread at a time.
+/// The right to drive the LEDs of a board: a lock for the first LED's file. Every host that drives
+/// LEDs from a profile takes it. One thread at a time.
 class LedClaim {
 public:
     /// Throws LedsInUse if another host has the right. Locks nothing if no file can be opened.

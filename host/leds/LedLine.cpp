@@ -78,8 +78,8 @@ FileDescriptor openToSend(const std::string& group) {
     return pipe;
 }
 
-/// True if this sender alone may look and write now. Its turn ends when it closes the pipe. The
-/// lock is a record lock, because the reader keeps the pipe locked with flock.
+/// True if this sender alone may look and write now. Its turn ends when it closes the pipe. A
+/// record lock: a host without a lock file of its own locks the pipe with flock.
 bool tryTakeTurn(const FileDescriptor& pipe) {
     struct flock turn {};
     turn.l_type = F_WRLCK;

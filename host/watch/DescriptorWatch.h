@@ -18,8 +18,8 @@ public:
 
     /// Compares the device at `path` with what the previous call read there, and returns the
     /// change. Empty if there is none, and for the first call. Loads the image only if its bytes
-    /// differ. While another program writes and so holds the device's lock, a change is left for a
-    /// later call, when the writer is done. A fault tells why the device can't be read.
+    /// differ. While another program holds the device's exclusive lock, because it writes, a change
+    /// is left for a later call. A fault tells why the device can't be read.
     Result<std::optional<event::DescriptorChanged>> look(const std::string& path);
 
     /// The bytes that a load would read, as of the last successful `look`; null before the first

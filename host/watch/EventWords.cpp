@@ -164,7 +164,8 @@ EventWords words(const event::LedFileBack& led) {
 }
 
 EventWords words(const event::LedsTakenOver&) {
-    return {"leds-taken-over", "the LEDs are driven now: the program that drove them has ended",
+    return {"leds-taken-over",
+            "this host drives the LEDs now: the program that drove them has ended",
             ordered_json::object()};
 }
 

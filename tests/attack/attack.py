@@ -2,8 +2,8 @@
 """Attacks boardctl with kills, failing calls, full disks, floods and another user, and counts what is lost.
 
 usage: attack.py BOARDCTL SECONDS [--seed N] [--only ROUND]... [--settings]
-Every round runs at least once. Rounds that this machine or user does not allow are left out, and named.
---settings lets a round switch fs.protected_symlinks off for the whole machine, for moments.
+Every round runs at least once. Rounds that this machine or user does not allow are skipped and listed.
+--settings lets a round briefly switch fs.protected_symlinks off, for the whole machine.
 """
 import argparse
 import os

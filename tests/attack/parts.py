@@ -89,7 +89,7 @@ class Host:
         end = time.monotonic() + BOUND
         while b'{"event":"%s"' % name.encode() not in self.text:
             if not select.select([self.process.stdout], [], [], max(0.0, end - time.monotonic()))[0]:
-                raise Lost(f"the host has not told '{name}' within {BOUND} s")
+                raise Lost(f"the host has not reported '{name}' within {BOUND} s")
             data = self.process.stdout.read()
             if data == b"":
                 return b""

@@ -33,7 +33,7 @@ def steal(send):
 
 
 def exchange_with(victim):
-    """Makes a pipe that everybody may use, puts it in the place of the host's one, and exchanges it with a link to the
+    """Makes a pipe that everybody may use, puts it in the place of the host's, and exchanges it with a link to the
     victim, forever. Reads what comes through it."""
     def work(send):
         os.umask(0)

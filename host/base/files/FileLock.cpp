@@ -41,7 +41,7 @@ std::string holderOf(const FileDescriptor& file) {
     try {
         lines.str(readUpTo(table, MOST, "/proc/locks"));
     } catch (const Error&) {
-        return "another program"; // who it is only helps
+        return "another program"; // naming the holder is only a help to the user
     }
     for (std::string line; std::getline(lines, line);) {
         std::istringstream words(line);
@@ -115,7 +115,7 @@ FileDescriptor openLocked(const std::string& path, const LockWait& wait) {
             throw Error(path + ": is not a device file (expected a file or a block device)");
         waiter.lock(file, LockKind::SHARED);
         const auto locked = tryIdentify(file), named = tryIdentify(path);
-        if (!locked || !named || *locked == *named) // a file without a name is as good
+        if (!locked || !named || *locked == *named) // a file that was removed can still be read
             return file;
         if (isEndAsked()) // somebody may go on replacing it
             failWith(path, "can't lock", EINTR);

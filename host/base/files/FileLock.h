@@ -8,7 +8,7 @@
 #include "base/FileDescriptor.h"
 
 /// Locks (flock) that programs hold while they read or write a file, so that nobody reads it half
-/// written. Anybody who may open a file can lock it, so no wait for a lock is without end.
+/// written. Anybody who may open a file can lock it, so every wait is bounded.
 namespace board {
 
 enum class LockKind {

@@ -27,8 +27,8 @@ std::optional<FileAccess> tryAccessOf(const FileDescriptor& file);
 /// else is in the way there, such as a link or another user's file, it is
 /// `.NAME.new-content.XXXXXX` with six letters or digits. The file is locked while it is written.
 /// What a killed program has left is removed by the next one that writes beside the same file:
-/// ordinary files of these two names with no other name, which nobody has locked, and which belong
-/// to this user or to `access->owner`.
+/// ordinary files with one of these two names and no hard link, which nobody has locked and which
+/// belong to this user or to `access->owner`.
 struct NewFile {
     std::string path;   ///< as messages name it
     std::string beside; ///< absolute
@@ -36,9 +36,9 @@ struct NewFile {
     /// Of the file whose content this replaces or keeps. If empty, the file gets the mode that the
     /// umask grants.
     std::optional<FileAccess> access;
-    /// Whether it keeps the old content of a file instead of replacing it. A copy need not have the
-    /// same owner and group, which only root can always set. But nobody else may then read it who
-    /// may not read the original.
+    /// Whether this is a copy of a file's old content, not its replacement. A copy may have another
+    /// owner and group, because only root can always set them. Its mode is then reduced so that
+    /// nobody else can read it who may not read the original.
     bool isCopy = false;
 };
 

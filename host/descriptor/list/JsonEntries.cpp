@@ -79,7 +79,7 @@ public:
             if (m_entry.number == MOST_ENTRIES)
                 m_entry.fail(nullptr, "is one too many (expected at most " +
                                           std::to_string(MOST_ENTRIES) +
-                                          ", which fill the largest image)");
+                                          " entries, which fill the largest image)");
             m_entry.line = m_progress.line;
             m_entry.members.clear();
         } else {

@@ -75,7 +75,8 @@ TEST(TagsJson, RejectsTagsThatNoImageCanHoldOrThatMayBeAMistake) {
         {R"([{"id":5,"name":)" + std::string(7, '['),
          "1: entry 0: is nested too deeply (expected at most 8 levels)"},
         {"[" + repeated(R"({"id":5,"data":""})", 16385),
-         "1: entry 16384: is one too many (expected at most 16384, which fill the largest image)"},
+         "1: entry 16384: is one too many (expected at most 16384 entries, which fill the largest "
+         "image)"},
         {"[\n" + repeated(R"({"id":5,"data":"00000000"})", 8193),
          "2: entry 8192: makes an image of 65544 bytes (expected at most 65536)"},
     };

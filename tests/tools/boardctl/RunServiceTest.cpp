@@ -85,7 +85,7 @@ TEST_F(HostedBoard, TakesOverTheLedsAndThePipeOfAHostThatEnds) {
     Program second(words({"run"}));
     ASSERT_TRUE(second.waitForOutput("ready\n"));
     first.signalUntilEnded(SIGINT);
-    ASSERT_TRUE(second.waitForOutput("the LEDs are driven now"));
+    ASSERT_TRUE(second.waitForOutput("this host drives the LEDs now"));
     ASSERT_TRUE(second.waitForOutput("the service that read them has ended\n"));
     expectTranscript(m_dir, "\n$ boardctl leds send line call\n");
     ASSERT_TRUE(second.waitForOutput("LED command: line call\n"));

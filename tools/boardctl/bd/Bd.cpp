@@ -19,8 +19,8 @@ void addLockWait(CLI::App& group, Options& options) {
         else if (command->get_name() != "backups")
             command
                 ->add_option("--wait", options.lockSeconds,
-                             "How long to wait while another program holds the lock; by default "
-                             "10, and 0 does not wait")
+                             "Longest time to wait for a lock that another program holds (default "
+                             "10; 0 does not wait)")
                 ->check(seconds())
                 ->type_name("SECONDS");
     }

@@ -10,8 +10,8 @@
 
 namespace boardctl {
 
-/// How long the commands wait for a lock: what --wait tells, or ten seconds. A message tells that
-/// they wait, and for whom.
+/// How long the commands wait for a lock: the value of --wait, or ten seconds. A message tells
+/// which process they wait for.
 board::LockWait lockWait(const Options& options);
 
 /// The descriptor that a command works on.

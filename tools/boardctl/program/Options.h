@@ -30,7 +30,7 @@ struct Options {
     bool svg = false;     ///< only for `leds preview`
     bool html = false;    ///< only for `leds preview`
 
-    /// How long `bd` waits for the lock of a file or device; empty: the usual time.
+    /// How long `bd` waits for the lock of a file or device; empty: the default.
     std::optional<double> lockSeconds;
 
     /// The words of the command line. Only the commands among them get parsers; if empty, all do.
