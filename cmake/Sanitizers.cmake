@@ -11,7 +11,8 @@ if(BOARD_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# Compiles the targets of the calling folder faster: no fuzzer uses them.
+# Builds the targets of the calling folder without the fuzzers' instrumentation, which is faster: no
+# fuzzer uses them.
 function(board_not_fuzzed)
     if(BOARD_FUZZ)
         add_compile_options(-fno-sanitize=fuzzer-no-link)

@@ -55,4 +55,4 @@ sed -i -e '/^LIC_FILES_CHKSUM/d' \
     packaging/yocto/recipes-support/boarddrivers/*.bb
 sed -i -e "s|_LICENSE = .*|_LICENSE = $name|" -e 's|_LICENSE_FILES = .*|_LICENSE_FILES = LICENSE|' \
     packaging/buildroot/package/boarddrivers/boarddrivers.mk
-echo "The tree is under $name now. Look at the changes, and state the license in README.md."
+echo "The tree is under $name now. Review the changes, and state the license in README.md."

@@ -1,4 +1,4 @@
-# Runs after cpack and mends what it does:
+# Runs after cpack and corrects what it has made:
 # - The modes of folders depend on the user's umask.
 # - A package with libraries gets scripts that call ldconfig. dpkg calls it anyway, because of the
 #   package's trigger.
