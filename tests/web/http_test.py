@@ -407,6 +407,13 @@ def check_many_connections(server, count):
                 assert client.ask("/status" if number % 16 == 1 else "/")[0] == 200
 
 
+def is_served(server):
+    """The server may end a connection whose request it has not read yet, if a hundred others arrive meanwhile."""
+    with contextlib.suppress(ConnectionError):
+        return server.ask("/status")[0] == 200
+    return False
+
+
 def check_held_connections(server):
     """Clients that hold connections do not keep others out."""
     most = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
@@ -417,7 +424,7 @@ def check_held_connections(server):
             client = stack.enter_context(socket.socket())
             client.setblocking(False)
             client.connect_ex(server.address)
-        assert server.ask("/status")[0] == 200
+        assert any(is_served(server) for _ in range(100))
     return count
 
 
