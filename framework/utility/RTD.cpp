@@ -1,6 +1,8 @@
 #include "RTD.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <string>
 
 #include <unistd.h>
 
@@ -24,8 +26,12 @@ int highestLevel() {
 
 void writeToStandardError(const String& category, int level, const String& text) {
     // One write per line, so that lines of several threads and processes do not mix.
-    const String line = String::format("%s %d: %s\n", category.c_str(), level, text.c_str());
-    if (::write(STDERR_FILENO, line.c_str(), line.length()) < 0)
+    std::string line = String::format("%s %d: %s", category.c_str(), level, text.c_str()).c_str();
+    // A text may quote a file, and a terminal may obey what it quotes.
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
+    line += '\n';
+    if (::write(STDERR_FILENO, line.data(), line.size()) < 0)
         return; // there is nowhere to report the failure
 }
 

@@ -21,18 +21,19 @@ namespace board {
 
 namespace {
 
-/// As the kernel does if fs.protected_symlinks is on: in a sticky folder to which everybody may
-/// write, follows only the links of this user and of the folder's owner.
-void expectTrustedLink(const std::string& path, const fs::path& link) {
-    const std::optional<FileStatus> found = tryExamine(link.string()),
-                                    folder = tryExamine(folderOf(link.string()));
+/// As the kernel does for a shell if fs.protected_symlinks and fs.protected_regular are on: in a
+/// sticky folder to which everybody may write, uses only what belongs to this user or to the
+/// folder's owner.
+void expectTrusted(const std::string& path, const std::string& entry) {
+    const std::optional<FileStatus> found = tryExamine(entry), folder = tryExamine(folderOf(entry));
     if (!found || !folder)
         failWith(path, "can't follow the path", errno);
     constexpr mode_t OPEN_TO_ALL = S_ISVTX | S_IWOTH;
     if ((folder->mode & OPEN_TO_ALL) == OPEN_TO_ALL && found->owner != ::geteuid() &&
         found->owner != folder->owner)
-        throw Error(path + ": leads to a symbolic link of user " + std::to_string(found->owner) +
-                    " in a folder to which everybody may write (expected a file)");
+        throw Error(path + ": leads to a " + (S_ISLNK(found->mode) ? "symbolic link" : "file") +
+                    " of user " + std::to_string(found->owner) +
+                    " in a folder to which everybody may write (expected a file of this user)");
 }
 
 /// The file that a path leads to through symbolic links, even if that file does not exist yet.
@@ -42,7 +43,7 @@ std::string behindLinks(const std::string& path) {
     for (int links = 0; !error && fs::is_symlink(fs::symlink_status(target, error)); ++links) {
         if (links == 40)
             failWith(path, "can't follow the path", ELOOP);
-        expectTrustedLink(path, target);
+        expectTrusted(path, target.string());
         target = target.parent_path() / fs::read_symlink(target, error);
     }
     if (error && error != std::errc::no_such_file_or_directory)
@@ -73,13 +74,15 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner, const L
                 failWith(path, "can't examine the file", errno);
             return;
         }
+        expectTrusted(path, m_target);
         expectReplaceable(path, named.st_mode);
         // The new content of a file never goes through this descriptor. It is still opened for
         // writing: a writable folder does not imply permission to replace the file.
         m_lock = tryOpen(m_target, O_WRONLY | O_NONBLOCK | O_NOCTTY);
         if (!m_lock.isOpen())
             failWith(path, "can't open for writing", errno);
-        waiter.lock(m_lock, LockKind::EXCLUSIVE);
+        if (manner != Manner::UNREAD || kindOf(m_lock) != FileKind::REGULAR)
+            waiter.lock(m_lock, LockKind::EXCLUSIVE);
         struct stat locked {};
         if (::fstat(m_lock.number(), &locked) != 0)
             failWith(path, "can't examine the file", errno);
@@ -199,7 +202,7 @@ bool LineFile::holds(const std::string& line) const {
 }
 
 void replaceFile(const std::string& path, const std::string& bytes) {
-    FileReplacement(path).commit(bytes);
+    FileReplacement(path, FileReplacement::Manner::UNREAD).commit(bytes);
 }
 
 } // namespace board

@@ -19,8 +19,9 @@ namespace board {
 class FileReplacement {
 public:
     /// BY_KIND replaces a file and writes a device in place. IN_PLACE also writes an ordinary file
-    /// in place, for a file that simulates a board's device.
-    enum class Manner { BY_KIND, IN_PLACE };
+    /// in place, for a file that simulates a board's device. UNREAD does not lock an ordinary file:
+    /// nothing of what it held is needed, and whoever may read it could hold the lock for ever.
+    enum class Manner { BY_KIND, IN_PLACE, UNREAD };
 
     /// Waits for the lock on `path` as `wait` tells. A file that does not exist is not locked;
     /// `commit` creates it, and replaces one that has appeared in the meantime. Throws Error for
@@ -29,7 +30,7 @@ public:
     explicit FileReplacement(const std::string& path, Manner manner = Manner::BY_KIND,
                              const LockWait& wait = {});
 
-    /// Whether there was a file when this object was made; it is locked since then.
+    /// Whether there was a file when this object was made; it is locked since then, unless UNREAD.
     bool exists() const { return m_lock.isOpen(); }
 
     /// Who may read and write the locked file. Throws Error if that can't be found out.

@@ -15,6 +15,7 @@
 #include "base/Error.h"
 #include "base/File.h"
 #include "base/Text.h"
+#include "base/files/HostLock.h"
 
 namespace board {
 
@@ -71,10 +72,16 @@ FileDescriptor trySocket(int flags) {
     return FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0));
 }
 
-/// Opens the folder of a socket, and makes it if it is missing. Held locked while a socket is made,
-/// so that two programs don't take one another's new socket for an abandoned one. Such a lock is
-/// short; a program that has another purpose for it may hold it for ever.
-FileDescriptor lockedFolder(const std::string& path, std::chrono::milliseconds patience) {
+/// The folder of a socket, locked while the socket is made, so that two hosts don't take one
+/// another's new socket for an abandoned one.
+struct LockedFolder {
+    FileDescriptor folder;
+    HostLock lock;
+};
+
+/// Makes the folder if it is missing. Another host holds the lock for a short time only. A user
+/// without a private place for locks locks the folder itself, and others may do so for ever.
+LockedFolder lockedFolder(const std::string& path, std::chrono::milliseconds patience) {
     using Clock = std::chrono::steady_clock;
     const std::string folder = placeOf(path);
     if (::mkdir(folder.c_str(), FOLDER_MODE) == 0) {
@@ -84,9 +91,9 @@ FileDescriptor lockedFolder(const std::string& path, std::chrono::milliseconds p
     } else if (errno != EEXIST) {
         failWith(folder, "can't make the folder", errno);
     }
-    FileDescriptor descriptor = openFile(folder, O_RDONLY | O_DIRECTORY, "can't open the folder");
+    LockedFolder locked{openFile(folder, O_RDONLY | O_DIRECTORY, "can't open the folder"), {}};
     const Clock::time_point end = Clock::now() + patience;
-    while (!tryLock(descriptor)) {
+    while (!locked.lock.tryTake(locked.folder)) {
         if (errno != EWOULDBLOCK)
             failWith(folder, "can't lock the folder", errno);
         if (Clock::now() >= end)
@@ -94,7 +101,7 @@ FileDescriptor lockedFolder(const std::string& path, std::chrono::milliseconds p
                                  "the lock is needed to make the socket in it)");
         std::this_thread::sleep_for(NEXT_TRY);
     }
-    return descriptor;
+    return locked;
 }
 
 /// Removes the socket of a program that has ended.
@@ -122,7 +129,7 @@ LocalListener::LocalListener(const std::string& path, std::chrono::milliseconds 
     constexpr char WHAT[] = "can't listen on this socket";
     if (!m_socket.isOpen())
         failWith(path, WHAT, errno);
-    const FileDescriptor folder = lockedFolder(path, patience);
+    const LockedFolder folder = lockedFolder(path, patience);
     removeAbandoned(path);
     // The file gets the mode of the socket, less the umask. It is never open to everybody.
     if (!trySetMode(m_socket, SOCKET_MODE) || Address(path).pass(::bind, m_socket) != 0)

@@ -8,7 +8,7 @@
 #include "ServiceButton.h"
 #include "base/Events.h"
 #include "base/FileDescriptor.h"
-#include "devices/HostLock.h"
+#include "base/files/HostLock.h"
 #include "profile/NamedPath.h"
 
 namespace board {

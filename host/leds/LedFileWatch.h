@@ -8,7 +8,7 @@
 #include "base/Error.h"
 #include "base/Events.h"
 #include "base/FileDescriptor.h"
-#include "devices/HostLock.h"
+#include "base/files/HostLock.h"
 #include "leds/LedStates.h"
 #include "leds/LedTable.h"
 

@@ -7,7 +7,7 @@
 
 #include "base/Error.h"
 #include "base/FileDescriptor.h"
-#include "devices/HostLock.h"
+#include "base/files/HostLock.h"
 
 namespace board {
 

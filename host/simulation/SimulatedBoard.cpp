@@ -5,6 +5,9 @@
 #include <filesystem>
 #include <iterator>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "base/Error.h"
 #include "base/File.h"
 #include "base/FileReplacement.h"
@@ -235,6 +238,10 @@ SimulatedBoard SimulatedBoard::create(const std::string& directory,
         makeFolder(directory);
     else if (!fs::is_directory(root, error))
         throw Error(directory + ": is not a folder");
+    else if (const auto found = tryExamine(directory + "/");
+             !found || found->owner != ::geteuid() || (found->mode & S_IWOTH) != 0)
+        throw Error(directory + ": another user could put links into this folder (expected a new "
+                                "one, or one of this user that others can't write to)");
     else if (!fs::is_empty(root, error) || error)
         throw Error(
             directory + ": " +

@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <map>
 #include <set>
 
@@ -92,6 +93,15 @@ TEST_F(KilledWrite, LeavesAnotherUnitAloneAndRepairsItsOwnLater) {
     EXPECT_TRUE(contains(runAgain("bd remove 2 # -y", "none 0 0").err, "interrupted"));
     // What the interrupted write was to change is as before it.
     EXPECT_EQ(runAgain("bd get 45 #", "none 0 0").out, "1234abcd\n");
+}
+
+TEST_F(KilledWrite, IsNotRepairedWithWhatAnotherUserMayHaveWritten) {
+    const std::string put = "bd put 5=text:UNIT-2 45=hex:00000001 # -y";
+    EXPECT_EQ(run(put, "pwrite 1 " + std::to_string(faults::KILLED + 10), "").status, -1);
+    for (const auto& [file, content] : files())
+        if (contains(file, "unfinished-"))
+            std::filesystem::permissions(m_dir.path(file), std::filesystem::perms(0620));
+    EXPECT_FALSE(contains(runAgain(put, "none 0 0").err, "interrupted"));
 }
 
 TEST_F(KilledWrite, IsRepairedEvenIfTheRepairsAreInterrupted) {

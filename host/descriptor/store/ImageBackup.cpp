@@ -88,7 +88,7 @@ std::string targetFor(const std::string& image, const std::string& file, const s
     const auto size = fs::file_size(target, error);
     const bool isKept =
         size == bytes.size() &&
-        readUpTo(openFile(target.string(), O_RDONLY | O_NONBLOCK), size, file) == bytes;
+        readUpTo(openFile(target.string(), O_RDONLY | O_NONBLOCK), bytes.size(), file) == bytes;
     if (size != 0 && !isKept)
         throw Error(file +
                     ": exists already, and may be the last good image (expected a new file for the "

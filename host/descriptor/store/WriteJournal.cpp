@@ -4,7 +4,9 @@
 #include <filesystem>
 #include <vector>
 
+#include <fcntl.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 #include "base/Error.h"
 #include "base/File.h"
@@ -55,10 +57,23 @@ std::string textOf(const std::string& device, const UnfinishedWrite& write) {
     return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
-/// Empty if the journal itself was cut off: then its write never began.
+/// A journal makes this program write to a device and to a record, so nobody else may have written
+/// it: the folder can be another user's, if HOME is.
+bool isOwn(const FileDescriptor& file) {
+    const std::optional<FileStatus> found = tryExamine(file);
+    constexpr mode_t WRITE_BY_OTHERS = 0022;
+    return found && kindOf(found->mode) == FileKind::REGULAR && found->owner == ::geteuid() &&
+           (found->mode & WRITE_BY_OTHERS) == 0;
+}
+
+/// Empty if the journal itself was cut off: then its write never began. Also if another user may
+/// have written it.
 std::optional<UnfinishedWrite> readJournal(const std::string& file) {
     constexpr std::size_t LARGEST = std::size_t{64} * MAX_IMAGE_SIZE; // with a long record
-    const std::string text = readFile(file, LARGEST);
+    const FileDescriptor opened = tryOpen(file, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    if (!opened.isOpen() || !isOwn(opened))
+        return std::nullopt;
+    const std::string text = readUpTo(opened, LARGEST, file);
     const auto json = nlohmann::json::parse(text, nullptr, false);
     UnfinishedWrite write;
     const auto take = [](const nlohmann::json& object, const char* key, std::string& bytes) {

@@ -94,19 +94,23 @@ TEST(FileReplacement, RemovesWhatAKilledProgramHasLeftAndNothingElse) {
     EXPECT_EQ(entriesOf(dir.path(".")), 5);
 }
 
-TEST(FileReplacement, FollowsNoLinkOfAStrangerInAFolderToWhichEverybodyMayWrite) {
+TEST(FileReplacement, UsesNothingOfAStrangerInAFolderToWhichEverybodyMayWrite) {
     if (::geteuid() != 0)
-        GTEST_SKIP() << "only root can make a link for another user";
+        GTEST_SKIP() << "only root can make something for another user";
     const TempDir dir;
     dir.write("target", "old");
-    fs::create_symlink("target", dir.path("link"));
+    dir.write("file", "old");
+    fs::create_symlink("target", dir.path("symbolic link"));
     constexpr uid_t STRANGER = 65534;
-    ASSERT_TRUE(::lchown(dir.path("link").c_str(), STRANGER, STRANGER) == 0 &&
-                ::chmod(dir.path(".").c_str(), 01777) == 0);
-    EXPECT_EQ(failureOf(dir.path("link"), "new"),
-              dir.path("link") + ": leads to a symbolic link of user 65534 in a folder to which "
-                                 "everybody may write (expected a file)");
-    EXPECT_EQ(dir.read("target"), "old");
+    ASSERT_EQ(::chmod(dir.path(".").c_str(), 01777), 0);
+    for (const std::string what : {"symbolic link", "file"}) {
+        const std::string path = dir.path(what);
+        ASSERT_EQ(::lchown(path.c_str(), STRANGER, STRANGER), 0);
+        EXPECT_EQ(failureOf(path, "new"), path + ": leads to a " + what +
+                                              " of user 65534 in a folder to which everybody may "
+                                              "write (expected a file of this user)");
+        EXPECT_EQ(dir.read(what == "file" ? "file" : "target"), "old");
+    }
 }
 
 TEST(FileReplacement, LeavesAFileWithSeveralNamesOrWithAForeignLockAsItIs) {
@@ -122,6 +126,7 @@ TEST(FileReplacement, LeavesAFileWithSeveralNamesOrWithAForeignLockAsItIs) {
                                                       wait);
               }),
               path + ": is locked by process " + std::to_string(::getpid()));
+    board::replaceFile(path, "old"); // does not need what the file held
     ::close(held);
     fs::create_hard_link(path, dir.path("same"));
     EXPECT_EQ(failureOf(path, "new"),

@@ -8,6 +8,7 @@
 #include <sys/un.h>
 
 #include "base/File.h"
+#include "base/files/HostLock.h"
 #include "support/Failure.h"
 #include "support/TempDir.h"
 
@@ -60,7 +61,8 @@ TEST(LocalListener, ReplacesOnlyTheSocketOfAProgramThatHasEnded) {
     EXPECT_EQ(support::failureOf([&] { LocalListener third(dir.path("file")); }),
               dir.path("file") + ": is not a socket (expected a socket or no file)");
     const board::FileDescriptor folder = board::tryOpen(dir.path(""), O_RDONLY | O_DIRECTORY);
-    ASSERT_TRUE(board::tryLock(folder));
+    board::HostLock lock;
+    ASSERT_TRUE(lock.tryTake(folder));
     EXPECT_EQ(support::failureOf([&] { LocalListener fourth(path, std::chrono::seconds(0)); }),
               dir.path("") + ": another program keeps this folder locked (`lslocks` lists who; the "
                              "lock is needed to make the socket in it)");

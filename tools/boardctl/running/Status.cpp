@@ -1,5 +1,7 @@
+#include <sstream>
 #include <string>
 
+#include "base/Text.h"
 #include "output/Json.h"
 #include "output/OutputFile.h"
 #include "output/Rows.h"
@@ -115,11 +117,20 @@ struct StatusWords {
     std::string output; ///< empty: standard output
 };
 
+/// A host of another user may send anything.
+std::string printableLines(const std::string& text) {
+    std::istringstream lines(text);
+    std::string shown;
+    for (std::string line; std::getline(lines, line);)
+        shown += board::printable(line) + "\n";
+    return shown;
+}
+
 std::string answerOf(board::FoundHost& host, const Options& options) {
     if (options.json)
         return jsonText(host.status);
     if (options.metrics)
-        return textOf(host.client.call("Metrics"), "text");
+        return printableLines(textOf(host.client.call("Metrics"), "text"));
     return rowsText(StatusRows(host.status, listOf(host.client.call("Leds"), "leds")).rows());
 }
 

@@ -1,4 +1,4 @@
-#include "devices/HostLock.h"
+#include "base/files/HostLock.h"
 
 #include <cstdint>
 #include <cstdlib>
