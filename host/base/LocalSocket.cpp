@@ -122,6 +122,19 @@ void removeAbandoned(const std::string& path) {
         failWith(path, "can't remove the socket of a program that has ended", errno);
 }
 
+/// Gives the new socket its whole mode, and examines it. Changes nothing else that somebody may
+/// have put in its place meanwhile.
+bool tryOpenToGroup(const std::string& path, struct stat& status) {
+    const FileDescriptor made = tryOpen(path, O_PATH | O_NOFOLLOW);
+    if (!made.isOpen() || ::fstat(made.number(), &status) != 0)
+        return false;
+    if (!S_ISSOCK(status.st_mode) || status.st_uid != ::geteuid()) {
+        errno = EEXIST;
+        return false;
+    }
+    return ::chmod(("/proc/self/fd/" + std::to_string(made.number())).c_str(), SOCKET_MODE) == 0;
+}
+
 } // namespace
 
 LocalListener::LocalListener(const std::string& path, std::chrono::milliseconds patience)
@@ -135,8 +148,7 @@ LocalListener::LocalListener(const std::string& path, std::chrono::milliseconds 
     if (!trySetMode(m_socket, SOCKET_MODE) || Address(path).pass(::bind, m_socket) != 0)
         failWith(path, WHAT, errno);
     struct stat status {};
-    if (::chmod(path.c_str(), SOCKET_MODE) != 0 || ::lstat(path.c_str(), &status) != 0 ||
-        ::listen(m_socket.number(), MOST_CLIENTS_WAITING) != 0) {
+    if (!tryOpenToGroup(path, status) || ::listen(m_socket.number(), MOST_CLIENTS_WAITING) != 0) {
         const int error = errno;
         throw Error(path + ": " + WHAT + ": " + reasonOf(error) + discard(path));
     }

@@ -78,7 +78,9 @@ void LedStates::openPipe(Source& source) {
     }
     // Opened for writing too, so that it never reports an end when the sequencer closes it.
     source.pipe = tryOpen(source.path, O_RDWR | O_NONBLOCK);
-    source.stateFile = tryOpen(source.path + ".state", O_WRONLY);
+    source.stateFile = tryOpen(source.path + ".state", O_WRONLY | O_NONBLOCK | O_NOFOLLOW);
+    if (kindOf(source.stateFile) != FileKind::REGULAR)
+        source.stateFile.close();
 }
 
 bool LedStates::hasEnded() {

@@ -52,7 +52,8 @@ bool tryClear(const std::string& name, const NewFile& wanted, IfLocked ifLocked)
         return false;
     try {
         LockWait wait;
-        if (ifLocked == IfLocked::LEAVE)
+        // The owner of the file may hold the lock as long as he likes.
+        if (ifLocked == IfLocked::LEAVE || found.st_uid != ::geteuid())
             wait.most = std::chrono::milliseconds(0);
         LockWaiter(name, wait).lock(file, LockKind::EXCLUSIVE);
     } catch (const Error&) {

@@ -12,10 +12,14 @@ TEST(LedStates, FollowTheLastByteOfAFileAndWhatAPipeDelivers) {
     dir.write("file", "10");
     dir.makePipe("pipe");
     dir.write("pipe.state", "?");
+    dir.makePipe("other");
+    dir.makePipe("other.state"); // opening it must not wait for a reader
     board::EventQueue events;
-    const board::LedStates leds(
-        {{1, "file", dir.path("file")}, {2, "pipe", dir.path("pipe")}, {4, "unknown", ""}}, 1, true,
-        events);
+    const board::LedStates leds({{1, "file", dir.path("file")},
+                                 {2, "pipe", dir.path("pipe")},
+                                 {4, "unknown", ""},
+                                 {8, "other", dir.path("other")}},
+                                1, true, events);
     const auto nextChange = [&] {
         pollfd arrived{events.descriptor(), POLLIN, 0};
         EXPECT_EQ(::poll(&arrived, 1, -1), 1);
@@ -31,7 +35,7 @@ TEST(LedStates, FollowTheLastByteOfAFileAndWhatAPipeDelivers) {
     std::string states;
     for (const auto& state : leds.states())
         states += state.name + (state.isLit ? *state.isLit ? " on," : " off," : " ?,");
-    EXPECT_EQ(states, "file on,pipe on,unknown ?,");
+    EXPECT_EQ(states, "file on,pipe on,unknown ?,other ?,");
 }
 
 TEST(LedStates, PassOnWhatTheSequencerWritesAsTheBrightnessOfADimmableLed) {
