@@ -130,7 +130,7 @@ std::string FileReplacement::content(std::size_t limit) const {
     return bytes;
 }
 
-void FileReplacement::commit(const std::string& bytes) {
+void FileReplacement::commit(const std::string& bytes, std::optional<mode_t> newMode) {
     if (m_inPlace) {
         writeInPlace(bytes);
         return;
@@ -138,6 +138,8 @@ void FileReplacement::commit(const std::string& bytes) {
     NewFile file{m_path, m_target, m_target, {}};
     if (exists())
         file.access = access();
+    else if (newMode)
+        file.access = FileAccess{::geteuid(), ::getegid(), *newMode};
     putNewFile(file, bytes);
 }
 
@@ -201,8 +203,8 @@ bool LineFile::holds(const std::string& line) const {
     return true;
 }
 
-void replaceFile(const std::string& path, const std::string& bytes) {
-    FileReplacement(path, FileReplacement::Manner::UNREAD).commit(bytes);
+void replaceFile(const std::string& path, const std::string& bytes, std::optional<mode_t> newMode) {
+    FileReplacement(path, FileReplacement::Manner::UNREAD).commit(bytes, newMode);
 }
 
 } // namespace board

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
+
+#include <sys/types.h>
 
 #include "base/FileDescriptor.h"
 #include "base/files/FileLock.h"
@@ -47,8 +50,9 @@ public:
     /// Makes `bytes` the content. A new file is read back and compared before it replaces the old
     /// one; the content of a device is not compared. Throws Error on failure. A file is then
     /// unchanged unless the message says that it was replaced; a device may hold part of the bytes.
-    /// The message also names a temporary file that could not be removed.
-    void commit(const std::string& bytes);
+    /// The message also names a temporary file that could not be removed. `newMode` is for a file
+    /// that did not exist; without it, the umask decides.
+    void commit(const std::string& bytes, std::optional<mode_t> newMode = {});
 
 private:
     void writeInPlace(const std::string& bytes) const;
@@ -80,7 +84,8 @@ private:
     const FileDescriptor m_file;
 };
 
-/// Locks, replaces and unlocks in one call.
-void replaceFile(const std::string& path, const std::string& bytes);
+/// Replaces a file, UNREAD, in one call.
+void replaceFile(const std::string& path, const std::string& bytes,
+                 std::optional<mode_t> newMode = {});
 
 } // namespace board

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -36,6 +37,21 @@ void notifyInitSystem(const std::string& state) {
                                     reinterpret_cast<const sockaddr*>(&address), size) >= 0;
     if (!sent)
         throw Error(std::string("NOTIFY_SOCKET: ") + path + ": " + reasonOf(errno));
+}
+
+std::optional<std::string> InitSystem::tell(const std::string& state) {
+    constexpr char READY[] = "READY=1";
+    try {
+        notifyInitSystem(m_unsaid + state);
+        m_unsaid.clear();
+        m_wasHeard = true;
+    } catch (const Error& error) {
+        if (state == READY)
+            m_unsaid = state + "\n";
+        if (std::exchange(m_wasHeard, false))
+            return error.what();
+    }
+    return std::nullopt;
 }
 
 std::optional<std::chrono::microseconds> watchdogPeriod() {

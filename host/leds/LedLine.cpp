@@ -91,12 +91,15 @@ bool tryTakeTurn(const FileDescriptor& pipe) {
     return false;
 }
 
-/// Writes the bytes if it is this sender's turn and the pipe holds at most `mostWaiting` unread
-/// bytes. Otherwise returns false. Opens the pipe for each try, because its reader may have ended
-/// or replaced it.
-bool trySend(const std::string& bytes, std::size_t mostWaiting, const std::string& group) {
+enum class Turn { NEEDED, NOT_NEEDED };
+
+/// Writes the bytes if it is this sender's turn, or no turn is needed, and the pipe holds at most
+/// `mostWaiting` unread bytes. Otherwise returns false. Opens the pipe for each try, because its
+/// reader may have ended or replaced it.
+bool trySend(const std::string& bytes, std::size_t mostWaiting, const std::string& group,
+             Turn turn = Turn::NEEDED) {
     const FileDescriptor pipe = openToSend(group);
-    if (!tryTakeTurn(pipe))
+    if (turn == Turn::NEEDED && !tryTakeTurn(pipe))
         return false;
     int waiting = 0;
     if (::ioctl(pipe.number(), FIONREAD, &waiting) != 0)
@@ -130,6 +133,9 @@ void sendLedLine(const std::string& line, const std::string& group) {
             return;
         ::sched_yield();
     }
+    // Whoever may write to the pipe could keep the turn. A line is written in one piece anyway.
+    if (trySend(line + "\n", MAX_LED_LINE - line.size() - 1, group, Turn::NOT_NEEDED))
+        return;
     failAtLedPipe("the pipe holds lines that its reader has not read yet, and '" + line +
                   "' does not fit");
 }

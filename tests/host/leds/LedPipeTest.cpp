@@ -174,6 +174,7 @@ TEST(SendLedLine, NamesWhoMayWriteIfTheUserMayNot) {
 TEST(SendLedLine, WritesAtOnceWhatTheNextReadCanHold) {
     const ReadPipe pipe;
     const std::string text(41, 'x'), line(37, 'y'), full = text + "\n" + line + "\n";
+    pipe.setTurn(F_WRLCK); // somebody who keeps it can't hold back what needs no turn
     for (const std::string& each : {text, line})
         board::sendLedLine(each);
     EXPECT_EQ(failureOf([] { board::sendLedLine(""); }),

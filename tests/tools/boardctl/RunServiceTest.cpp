@@ -120,12 +120,25 @@ b:
     EXPECT_EQ(told(), "READY=1");
     EXPECT_EQ(told(), "STATUS=7 devices, no alarm");
     EXPECT_EQ(told(), "STOPPING=1");
-    Program run(runWith("WATCHDOG_USEC=20000 NOTIFY_SOCKET=" + m_dir.path("notify")));
+    std::vector<std::string> hosting =
+        runWith("WATCHDOG_USEC=20000 NOTIFY_SOCKET=" + m_dir.path("notify"));
+    hosting[2] += " --format json";
+    Program run(hosting);
     EXPECT_EQ(told(), "READY=1");
     EXPECT_EQ(told(), "STATUS=7 devices, no alarm");
     EXPECT_EQ(told(), "WATCHDOG=1");
+    const int other = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    ASSERT_EQ(::connect(other, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    while (::send(other, "x", 1, 0) == 1) {
+    }
+    ASSERT_TRUE(run.waitForOutput("NOTIFY_SOCKET")); // the queue is full
+    while (told() != "x") {
+    }
+    while (told() != "WATCHDOG=1") { // the host has not given up
+    }
     run.signalUntilEnded(SIGINT);
     ::close(socket);
+    ::close(other);
 }
 
 TEST_F(HostedBoard, AnswersEvenIfNobodyReadsWhatItPrints) {

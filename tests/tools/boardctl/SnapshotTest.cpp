@@ -13,6 +13,8 @@ $ cd real; printf "[preferences]\nfile='figures'\n[leds]\n[[leds.file]]\nmask=1\
 $ cd real; printf "[[leds.file]]\nmask=2\npath='led:none'\n[[leds.command]]\nword1='a'\nword2='b'\nmask=1\naction='on'\n" >>board.toml
 $ boardctl --board real/board.toml snapshot -o board.json; boardctl --board real/board.toml snapshot -o - >again; for i in board.json again; do sed '/time/d; /since_boot/d' $i >$i.steady; done; diff board.json.steady again.steady
 board.json: written; 6 of 8 files of the board could be read
+$ stat -c %a board.json
+600
 $ boardctl sim create copy --from board.json && cd copy && ls . dev leds && cat dev/fan0-enable leds/lamp.state && grep -e simul -e lamp board.toml
 created copy/board.toml; try: boardctl --board copy/board.toml info
 .:

@@ -186,13 +186,8 @@ private:
     }
 
     void notify(const std::string& state) {
-        try {
-            if (m_isNotifying)
-                board::notifyInitSystem(state);
-        } catch (const board::Error& error) {
-            m_isNotifying = false;
-            m_lines.fault(error.what(), {{"error", error.what()}});
-        }
+        if (const std::optional<std::string> fault = m_initSystem.tell(state))
+            m_lines.fault(*fault, {{"error", *fault}});
     }
 
     void host(board::Services& services, Clock::time_point start) {
@@ -259,7 +254,7 @@ private:
     const RunWords m_words;
     const bool m_showsLeds; ///< the tour shows them too
     const bool m_drawsPanel;
-    bool m_isNotifying = true; ///< until it has failed once
+    board::InitSystem m_initSystem;
     Panel m_panel;
     EventLines m_lines;
     board::HostingLoop m_loop;

@@ -48,7 +48,8 @@ int snapshot(const Options& options, const SnapshotWords& words) {
         std::cout << text;
         return DONE;
     }
-    board::replaceFile(words.output, text);
+    constexpr mode_t OWNER = 0600; // it holds what the devices may keep to their owner
+    board::replaceFile(words.output, text, OWNER);
     std::size_t unread = 0;
     for (const board::SnapshotFile& file : files)
         unread += file.content ? 0U : 1U;
