@@ -71,7 +71,7 @@ LockWaiter::LockWaiter(std::string path, const LockWait& wait)
     : m_path(std::move(path)), m_wait(wait) {}
 
 void LockWaiter::lock(const FileDescriptor& file, LockKind kind) {
-    // There is no flock with a timeout.
+    // flock waits forever or not at all, so this tries again and again.
     constexpr milliseconds LONGEST_PAUSE{50};
     milliseconds pause{1};
     while (!tryLock(file, kind)) {
