@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <map>
 #include <random>
-#include <regex>
+#include <string_view>
 #include <tuple>
 
 #include "base/Error.h"
@@ -60,6 +60,22 @@ std::string unusedName(const std::string& start) {
         if (kindOf(name) == FileKind::MISSING)
             return name;
     }
+}
+
+/// What the name of a backup ends with: the time as `now` returns it, and the six letters of
+/// `unusedName`. Here, '0' stands for any digit and 'a' for any letter or digit.
+constexpr std::string_view SAMPLE_END = "-00000000T000000Z.aaaaaa";
+constexpr std::size_t TIME_LENGTH = SAMPLE_END.find('.') - 1;
+
+bool isBackupName(const std::string& name) {
+    const auto isLike = [](char sample, char c) {
+        const bool isDigit = c >= '0' && c <= '9';
+        const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        return sample == '0' ? isDigit : sample == 'a' ? isDigit || isLetter : c == sample;
+    };
+    // The device or the serial number comes before the end.
+    return name.size() > SAMPLE_END.size() &&
+           std::equal(SAMPLE_END.rbegin(), SAMPLE_END.rend(), name.rbegin(), isLike);
 }
 
 std::string now() {
@@ -123,7 +139,6 @@ std::string keepImage(const std::string& bytes, const std::string& image, const 
 }
 
 BackupList listBackups() {
-    static const std::regex NAME("(.+)-(\\d{8}T\\d{6}Z)\\.\\w{6}");
     const std::optional<std::string> folder = stateFolderPath();
     BackupList list;
     if (!folder || kindOf(*folder) == FileKind::MISSING)
@@ -132,17 +147,18 @@ BackupList listBackups() {
     std::map<std::string, fs::file_time_type> changed; // two may have been made in one second
     for (fs::directory_iterator each(*folder, error); !error && each != fs::directory_iterator();
          each.increment(error)) {
-        const std::string name = each->path().filename().string();
-        std::smatch parts;
+        const std::string file = each->path().string(), name = fileNameOf(file);
         std::error_code gone; // another program may prune the folder
-        if (!std::regex_match(name, parts, NAME) || !each->is_regular_file(gone))
+        if (!isBackupName(name) || !each->is_regular_file(gone))
             continue;
+        const std::size_t end = name.size() - SAMPLE_END.size();
         try {
-            list.backups.push_back(backupOf(each->path().string(), parts[1], parts[2]));
-            changed[each->path().string()] = each->last_write_time(gone);
+            list.backups.push_back(
+                backupOf(file, name.substr(0, end), name.substr(end + 1, TIME_LENGTH)));
+            changed[file] = each->last_write_time(gone);
         } catch (const Error& failure) {
             if (each->exists(gone))
-                list.unreadable.push_back({each->path().string(), failure.what()});
+                list.unreadable.push_back({file, failure.what()});
         }
     }
     if (error)
