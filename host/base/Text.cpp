@@ -61,6 +61,10 @@ std::size_t columnsOf(const std::string& text) {
     return columns;
 }
 
+bool isDigits(const std::string& text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
 std::string joinChoices(const std::vector<std::string>& words) {
     std::string joined;
     for (const std::string& word : words)

@@ -13,6 +13,9 @@ std::string printable(const std::string& text);
 /// The columns that UTF-8 text occupies on a screen, counting one per character.
 std::size_t columnsOf(const std::string& text);
 
+/// True for one or more decimal digits and nothing else.
+bool isDigits(const std::string& text);
+
 /// The items of `list` with `separator` between them. An item is anything that a string can append.
 template <class List>
 std::string join(const List& list, const char* separator = ", ") {

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "base/File.h"
+#include "base/Text.h"
 #include "sysfs/Attributes.h"
 
 namespace board {
@@ -16,10 +17,6 @@ constexpr Quantity QUANTITIES[] = {{"temp", "C", 3},  {"fan", "rpm", 0},   {"in"
 
 constexpr const char* LIMITS[] = {"lcrit", "min",       "max",       "max_hyst",
                                   "crit",  "crit_hyst", "emergency", "cap"};
-
-bool isDigits(const std::string& text) {
-    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-}
 
 bool contains(const std::vector<std::string>& files, const std::string& file) {
     return std::find(files.begin(), files.end(), file) != files.end();

@@ -26,12 +26,9 @@ std::optional<std::uint64_t> scaledNumber(const std::string& text, std::uint64_t
     const auto point = std::min(text.find('.'), text.size());
     const std::string whole = text.substr(0, point);
     std::string part = point < text.size() ? text.substr(point + 1) : "0";
-    const auto isDigitsOnly = [](const std::string& digits) {
-        return !digits.empty() && digits.size() <= MOST_DIGITS &&
-               digits.find_first_not_of("0123456789") == std::string::npos;
-    };
-    if (!isDigitsOnly(whole) || !isDigitsOnly(part))
-        return std::nullopt;
+    for (const std::string& digits : {whole, part})
+        if (!isDigits(digits) || digits.size() > MOST_DIGITS)
+            return std::nullopt;
     part.resize(MOST_DIGITS, '0');
     constexpr std::uint64_t PARTS = 1000000000;
     return std::stoull(whole) * scale + (std::stoull(part) * scale + PARTS - 1) / PARTS;

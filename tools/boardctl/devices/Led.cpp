@@ -11,6 +11,7 @@
 #include "base/Error.h"
 #include "base/Result.h"
 #include "base/Suggestion.h"
+#include "base/Text.h"
 #include "board/Readings.h"
 #include "output/Messages.h"
 #include "output/Progress.h"
@@ -179,7 +180,7 @@ int blink(const Options& options, const LedWords& words, unsigned count, unsigne
 
 unsigned number(const std::string& word, const char* what, unsigned minimum, unsigned maximum) {
     const unsigned value = String(word.c_str()).toUInt();
-    if (!isDigits(word) || value < minimum || value > maximum)
+    if (!board::isDigits(word) || value < minimum || value > maximum)
         throw WrongCall(std::string(what) + " is '" + word + "' (expected " +
                         std::to_string(minimum) + " to " + std::to_string(maximum) + ")");
     return value;
@@ -192,7 +193,7 @@ unsigned stateOf(const std::vector<std::string>& action) {
     if (first == "bi")
         throw WrongCall("bi needs on or off" +
                         (action.size() > 1 ? board::didYouMean(action[1], {"on", "off"}) : ""));
-    if (action.size() > 1 || !isDigits(first))
+    if (action.size() > 1 || !board::isDigits(first))
         throw WrongCall("'" + first +
                         "' is not an action (expected 0, 1, 2, 'bi on', 'bi off' or 'blink COUNT "
                         "PERIOD_MS')" +

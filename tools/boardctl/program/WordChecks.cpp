@@ -69,8 +69,4 @@ CLI::Validator hexByte() {
         "");
 }
 
-bool isDigits(const std::string& word) {
-    return !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
-}
-
 } // namespace boardctl

@@ -24,7 +24,4 @@ CLI::Validator decimal(long long least, long long most);
 /// For a byte as two hexadecimal digits: "FF".
 CLI::Validator hexByte();
 
-/// True for one or more decimal digits and nothing else.
-bool isDigits(const std::string& word);
-
 } // namespace boardctl
