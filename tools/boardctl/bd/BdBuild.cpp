@@ -155,9 +155,8 @@ int build(const Options& options, const BuildWords& words) {
 } // namespace
 
 void addBdBuild(CLI::App& bd, Options& options) {
-    const auto [command, words] = addCommand<BuildWords>(
-        bd, options, "build", "Make an image of the tags in a JSON file, ended by a terminator",
-        build);
+    const auto [command, words] = addCommand<BuildWords, build>(
+        bd, options, "build", "Make an image of the tags in a JSON file, ended by a terminator");
     command
         .add_option("TAGS", words.source,
                     "What `bd dump` prints: [{\"id\":45,\"data\":\"1234abcd\"}, ...]; names and "

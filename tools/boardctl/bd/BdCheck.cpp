@@ -147,9 +147,9 @@ int check(const Options& options, const CheckWords& words) {
 } // namespace
 
 void addBdCheck(CLI::App& bd, Options& options) {
-    const auto [command, words] = addCommand<CheckWords>(
+    const auto [command, words] = addCommand<CheckWords, check>(
         bd, options, "check",
-        "List what is wrong with images; exits with 3 if one is corrupt or after a warning", check);
+        "List what is wrong with images; exits with 3 if one is corrupt or after a warning");
     command.add_option("-i,--image,IMAGE", words.images, READ_IMAGE)
         ->check(notEmpty())
         ->type_name("FILE");

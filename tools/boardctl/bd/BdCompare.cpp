@@ -109,9 +109,9 @@ int compare(const Options& options, const CompareWords& words) {
 } // namespace
 
 void addBdCompare(CLI::App& bd, Options& options) {
-    const auto [command, words] = addCommand<CompareWords>(
+    const auto [command, words] = addCommand<CompareWords, compare>(
         bd, options, "compare",
-        "Compare an image tag by tag with what is expected; exits with 3 if they differ", compare);
+        "Compare an image tag by tag with what is expected; exits with 3 if they differ");
     command
         .add_option("EXPECTED", words.expected,
                     "An image, or a list for `bd build` in which patterns can replace values: any, "

@@ -23,9 +23,8 @@ int dump(const Options& options, const DumpWords& words) {
 } // namespace
 
 void addBdDump(CLI::App& bd, Options& options) {
-    const auto [command, words] = addCommand<DumpWords>(
-        bd, options, "dump", "Print all tags as JSON, for `bd build`; --format has no effect",
-        dump);
+    const auto [command, words] = addCommand<DumpWords, dump>(
+        bd, options, "dump", "Print all tags as JSON, for `bd build`; --format has no effect");
     addImageWord(command, words.image);
 }
 

@@ -85,7 +85,7 @@ int get(const Options& options, const GetWords& words) {
 } // namespace
 
 void addBdGet(CLI::App& bd, Options& options) {
-    const auto [command, words] = addCommand<GetWords>(bd, options, "get", "Read one tag", get);
+    const auto [command, words] = addCommand<GetWords, get>(bd, options, "get", "Read one tag");
     addWord(command, "TAG", words.tag, TAG_HELP)->required();
     command.add_option("--type", words.type, "How to read the data; by default hex")
         ->option_text("u8|u16|u32|uint|text|hex|mac");

@@ -78,13 +78,12 @@ int getAddress(const Options& options, const MacReadWords& words) {
 
 void addBdMacRead(CLI::App& mac, Options& options) {
     {
-        const auto [command, words] = addCommand<MacReadWords>(
-            mac, options, "list", "List each address with its index and interface number",
-            listAddresses);
+        const auto [command, words] = addCommand<MacReadWords, listAddresses>(
+            mac, options, "list", "List each address with its index and interface number");
         addImageWord(command, words.image);
     }
-    const auto [command, words] = addCommand<MacReadWords>(
-        mac, options, "get", "Print one address and its interface number", getAddress);
+    const auto [command, words] = addCommand<MacReadWords, getAddress>(
+        mac, options, "get", "Print one address and its interface number");
     addWord(command, "INDEX", words.index, "Which address, counted from 0")->required();
     addImageOption(command, words.image);
 }

@@ -43,11 +43,11 @@ int showRaw(const Options& options, const ShowWords& words) {
 void addBdShow(CLI::App& bd, Options& options) {
     {
         const auto [command, words] =
-            addCommand<ShowWords>(bd, options, "show", "Print what each tag means", show);
+            addCommand<ShowWords, show>(bd, options, "show", "Print what each tag means");
         addImageWord(command, words.image);
     }
     const auto [command, words] =
-        addCommand<ShowWords>(bd, options, "raw", "Print all tags as bytes", showRaw);
+        addCommand<ShowWords, showRaw>(bd, options, "raw", "Print all tags as bytes");
     addImageWord(command, words.image);
 }
 

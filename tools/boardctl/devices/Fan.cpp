@@ -39,8 +39,8 @@ int fan(const Options& options, const FanWords& words) {
 } // namespace
 
 void addFan(CLI::App& app, Options& options) {
-    const auto [command, words] = addCommand<FanWords>(
-        app, options, "fan", "Read a fan's speed, or set it and read it back", fan);
+    const auto [command, words] = addCommand<FanWords, fan>(
+        app, options, "fan", "Read a fan's speed, or set it and read it back");
     command
         .add_option("SPEED", words.speed,
                     "The speed to set; it stays when the command ends. auto: let the chip control "

@@ -228,9 +228,9 @@ int led(const Options& options, const LedWords& words) {
 } // namespace
 
 void addLed(CLI::App& app, Options& options) {
-    const auto [command, words] = addCommand<LedWords>(
+    const auto [command, words] = addCommand<LedWords, led>(
         app, options, "led",
-        "Read an LED, set it and read it back, hold its bi-status overlay, or blink it", led);
+        "Read an LED, set it and read it back, hold its bi-status overlay, or blink it");
     command.add_option("NAME", words.name, "The LED; `boardctl info` lists them")
         ->check(notEmpty())
         ->required()

@@ -5,8 +5,8 @@
 namespace boardctl {
 
 void addPower(CLI::App& app, Options& options) {
-    addSensorCommand(app, options, "power", board::DeviceKind::POWER, "Read the power status",
-                     &board::readPower);
+    addSensorCommand<board::DeviceKind::POWER, board::readPower>(app, options, "power",
+                                                                 "Read the power status");
 }
 
 } // namespace boardctl

@@ -14,19 +14,20 @@ struct SensorWords {
     std::string name;
 };
 
-/// Adds a command that reads all devices of a kind, or the one that --name picks.
-template <class Reading>
-void addSensorCommand(CLI::App& app, Options& options, const char* name, board::DeviceKind kind,
-                      const char* text,
-                      Reading (*read)(const board::Host&, const std::string& device)) {
-    const auto readAll = [kind, read](const Options& call, const SensorWords& words) {
-        const Board board(call, kind, words.name);
-        std::vector<Reading> readings;
-        for (const std::string& device : board.names())
-            readings.push_back(read(board.host(), device));
-        return show(readings, call.json);
-    };
-    const auto [command, words] = addCommand<SensorWords>(app, options, name, text, readAll);
+/// Reads all devices of a kind, or the one that --name picks: READ(host, device).
+template <board::DeviceKind KIND, auto READ>
+int readSensors(const Options& options, const SensorWords& words) {
+    const Board board(options, KIND, words.name);
+    std::vector<decltype(READ(board.host(), ""))> readings;
+    for (const std::string& device : board.names())
+        readings.push_back(READ(board.host(), device));
+    return show(readings, options.json);
+}
+
+template <board::DeviceKind KIND, auto READ>
+void addSensorCommand(CLI::App& app, Options& options, const char* name, const char* text) {
+    const auto [command, words] =
+        addCommand<SensorWords, readSensors<KIND, READ>>(app, options, name, text);
     command.add_option("--name", words.name, "The device to read; default: all of them")
         ->check(notEmpty())
         ->type_name("NAME");

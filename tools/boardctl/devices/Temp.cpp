@@ -5,8 +5,8 @@
 namespace boardctl {
 
 void addTemp(CLI::App& app, Options& options) {
-    addSensorCommand(app, options, "temp", board::DeviceKind::THERMAL,
-                     "Read the temperature sensors", &board::readTemperature);
+    addSensorCommand<board::DeviceKind::THERMAL, board::readTemperature>(
+        app, options, "temp", "Read the temperature sensors");
 }
 
 } // namespace boardctl

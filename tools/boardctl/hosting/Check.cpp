@@ -93,11 +93,10 @@ int check(const Options& options, const CheckWords& words) {
 } // namespace
 
 void addCheck(CLI::App& app, Options& options) {
-    const auto [command, words] = addCommand<CheckWords>(
+    const auto [command, words] = addCommand<CheckWords, check>(
         app, options, "check",
         "Look for mistakes in the profile, its devices, LED table and descriptor, and in the "
-        "services of the running host; exits with 3 if there are any",
-        check);
+        "services of the running host; exits with 3 if there are any");
     addSysfsOption(command, words.sysfs);
     addExamples(command, {"check --board board.toml  try a profile before a host uses it"});
 }

@@ -64,8 +64,8 @@ int info(const Options& options, const InfoWords& words) {
 } // namespace
 
 void addInfo(CLI::App& app, Options& options) {
-    const auto [command, words] = addCommand<InfoWords>(
-        app, options, "info", "Show everything that the board's drivers report", info);
+    const auto [command, words] = addCommand<InfoWords, info>(
+        app, options, "info", "Show everything that the board's drivers report");
     addOutputOption(command, words.output);
 }
 

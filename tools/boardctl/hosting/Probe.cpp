@@ -251,9 +251,8 @@ int probe(const Options& options, const ProbeWords& words) {
 } // namespace
 
 void addProbe(CLI::App& app, Options& options) {
-    const auto [command, words] = addCommand<ProbeWords>(
-        app, options, "probe", "List the sensors, fans, LEDs, EEPROMs and keys of this machine",
-        probe);
+    const auto [command, words] = addCommand<ProbeWords, probe>(
+        app, options, "probe", "List the sensors, fans, LEDs, EEPROMs and keys of this machine");
     addSysfsOption(command, words.sysfs);
     command.add_flag("--toml", words.toml,
                      "Print a board profile to start from; reads EEPROMs, too");

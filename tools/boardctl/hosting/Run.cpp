@@ -276,8 +276,8 @@ int run(const Options& options, const RunWords& words) {
 } // namespace
 
 void addRun(CLI::App& app, Options& options) {
-    const auto [command, words] = addCommand<RunWords>(
-        app, options, "run", "Host the board until a signal ends it, and show what happens", run);
+    const auto [command, words] = addHostingCommand<RunWords, run>(
+        app, options, "run", "Host the board until a signal ends it, and show what happens");
     command.add_option("--for", words.seconds, "End after this long")
         ->check(seconds())
         ->option_text("SECONDS");

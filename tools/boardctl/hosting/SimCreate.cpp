@@ -40,8 +40,8 @@ int create(const Options& options, const CreateWords& words) {
 } // namespace
 
 void addSimCreate(CLI::App& sim, Options& options) {
-    const auto [command, words] = addCommand<CreateWords>(
-        sim, options, "create", "Create a simulated board in a folder", create);
+    const auto [command, words] = addCommand<CreateWords, create>(
+        sim, options, "create", "Create a simulated board in a folder");
     command.add_option("DIR", words.folder, "A new or empty folder")
         ->check(notEmpty())
         ->type_name("")

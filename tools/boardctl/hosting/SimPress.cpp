@@ -36,8 +36,8 @@ int press(const Options& options, const PressWords& words) {
 } // namespace
 
 void addSimPress(CLI::App& sim, Options& options) {
-    const auto [command, words] = addCommand<PressWords>(
-        sim, options, "press", "Press the button of a simulated board that is hosted", press);
+    const auto [command, words] = addCommand<PressWords, press>(
+        sim, options, "press", "Press the button of a simulated board that is hosted");
     command.add_option("--for", words.seconds, "How long to hold it; default 0.1 seconds")
         ->check(seconds())
         ->option_text("SECONDS");

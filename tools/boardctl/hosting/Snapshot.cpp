@@ -61,10 +61,9 @@ int snapshot(const Options& options, const SnapshotWords& words) {
 } // namespace
 
 void addSnapshot(CLI::App& app, Options& options) {
-    const auto [command, words] = addCommand<SnapshotWords>(
+    const auto [command, words] = addCommand<SnapshotWords, snapshot>(
         app, options, "snapshot",
-        "Write what the board is and holds to one JSON file, for somebody without the board",
-        snapshot);
+        "Write what the board is and holds to one JSON file, for somebody without the board");
     command.add_option("-o,--output", words.output, "The file, which is replaced; - prints it")
         ->check(notEmpty())
         ->option_text("FILE")

@@ -2,7 +2,6 @@
 
 #include <initializer_list>
 #include <memory>
-#include <utility>
 
 #include <CLI/CLI.hpp>
 
@@ -17,27 +16,37 @@ struct Command {
     Words& words; ///< exist as long as the command
 };
 
-/// Adds a command below `parent`. `run(options, words)` returns the exit status; it is called once
-/// the whole command line has been parsed, with the Words that the command's options filled.
-template <class Words, class Run>
-Command<Words> addCommand(CLI::App& parent, Options& options, const char* name, const char* text,
-                          Run run) {
+/// Adds the command that hosts the board. It differs from the others only in where its code lies.
+template <class Words, auto RUN>
+Command<Words> addHostingCommand(CLI::App& parent, Options& options, const char* name,
+                                 const char* text) {
     CLI::App& app = *parent.add_subcommand(name, text);
     const auto words = std::make_shared<Words>();
-    app.callback([&options, words, run = std::move(run)] {
-        options.command = [&options, words, run] { return run(options, *words); };
+    app.callback([&options, words] {
+        options.command = [&options, words] { return RUN(options, *words); };
     });
     return {app, *words};
 }
 
-/// A command without words: `run(options)`.
-template <class Run>
-CLI::App& addCommand(CLI::App& parent, Options& options, const char* name, const char* text,
-                     Run run) {
+/// Calls RUN. The compiler places what only cold functions call apart from all other code: so a
+/// host, which stays in memory for years, does not keep the code of the other commands there.
+template <auto RUN, class... Words>
+[[gnu::cold, gnu::noinline]] int runApart(const Options& options, const Words&... words) {
+    return RUN(options, words...);
+}
+
+/// Adds a command below `parent`. RUN(options, words) returns the exit status; it is called once
+/// the whole command line has been parsed, with the Words that the command's options filled.
+template <class Words, auto RUN>
+Command<Words> addCommand(CLI::App& parent, Options& options, const char* name, const char* text) {
+    return addHostingCommand<Words, runApart<RUN, Words>>(parent, options, name, text);
+}
+
+/// A command without words: RUN(options).
+template <auto RUN>
+CLI::App& addCommand(CLI::App& parent, Options& options, const char* name, const char* text) {
     CLI::App& app = *parent.add_subcommand(name, text);
-    app.callback([&options, run = std::move(run)] {
-        options.command = [&options, run] { return run(options); };
-    });
+    app.callback([&options] { options.command = [&options] { return runApart<RUN>(options); }; });
     return app;
 }
 

@@ -65,8 +65,8 @@ int why(const Options& options, const WhyWords& words) {
 } // namespace
 
 void addLedsWhy(CLI::App& leds, Options& options) {
-    const auto [command, words] = addCommand<WhyWords>(
-        leds, options, "why", "Show what drives each LED of the running host, and until when", why);
+    const auto [command, words] = addCommand<WhyWords, why>(
+        leds, options, "why", "Show what drives each LED of the running host, and until when");
     command.add_option("LED", words.led, "Only this LED")->check(notEmpty())->type_name("");
 }
 

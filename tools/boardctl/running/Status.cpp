@@ -143,8 +143,8 @@ int status(const Options& options, const StatusWords& words) {
 } // namespace
 
 void addStatus(CLI::App& app, Options& options) {
-    const auto [command, words] = addCommand<StatusWords>(
-        app, options, "status", "Show what the running host of the board knows", status);
+    const auto [command, words] = addCommand<StatusWords, status>(
+        app, options, "status", "Show what the running host of the board knows");
     addOutputOption(command, words.output);
 }
 

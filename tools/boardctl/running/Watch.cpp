@@ -44,9 +44,9 @@ int watch(const Options& options) {
 } // namespace
 
 void addWatch(CLI::App& app, Options& options) {
-    addCommand(app, options, "watch",
-               "Show the events of the running host until it ends, or a signal ends this command",
-               watch);
+    addCommand<watch>(
+        app, options, "watch",
+        "Show the events of the running host until it ends, or a signal ends this command");
 }
 
 } // namespace boardctl

@@ -79,11 +79,10 @@ int checkTables(const Options& options, const LedsCheckWords& words) {
 } // namespace
 
 void addLedsCheck(CLI::App& leds, Options& options) {
-    const auto [command, words] = addCommand<LedsCheckWords>(
+    const auto [command, words] = addCommand<LedsCheckWords, checkTables>(
         leds, options, "check",
         "List mistakes and doubtful rows of the LED tables, and what is wrong with the LEDs' "
-        "files; exits with 3 after a mistake",
-        checkTables);
+        "files; exits with 3 after a mistake");
     command.add_flag("--strict", words.isStrict, "Exit with 3 after a warning too");
     addSysfsOption(command, words.sysfs);
     addExamples(command, {"leds check --strict --board board.toml  before a table is released"});

@@ -151,10 +151,9 @@ int preview(const Options& options, const PreviewWords& words) {
 } // namespace
 
 void addLedsPreview(CLI::App& leds, Options& options) {
-    const auto [command, words] = addCommand<PreviewWords>(
+    const auto [command, words] = addCommand<PreviewWords, preview>(
         leds, options, "preview",
-        "Show what the LEDs would do: as waveforms, a picture (svg), a page (html), or played",
-        preview);
+        "Show what the LEDs would do: as waveforms, a picture (svg), a page (html), or played");
     CLI::Option* const ticks =
         command.add_option("--ticks", words.ticks, "Number of ticks; default 100")
             ->transform(decimal(1, board::MOST_PREVIEW_TICKS))

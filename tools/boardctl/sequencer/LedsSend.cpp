@@ -73,8 +73,8 @@ int send(const Options& options, const SendWords& words) {
 } // namespace
 
 void addLedsSend(CLI::App& leds, Options& options) {
-    const auto [command, words] = addCommand<SendWords>(
-        leds, options, "send", "Write a line to the pipe of the running LED service", send);
+    const auto [command, words] = addCommand<SendWords, send>(
+        leds, options, "send", "Write a line to the pipe of the running LED service");
     command.add_option("WORD1", words.word1, "The line's first word")->required()->type_name("");
     command.add_option("WORD2", words.word2, "The line's second word")->required()->type_name("");
     command.add_option("NUMBER", words.number, "Optional number; default 0")

@@ -57,10 +57,9 @@ int bridgeButton(const Options& options, const BridgeWords& words) {
 } // namespace
 
 void addButtonBridge(CLI::App& button, Options& options) {
-    const auto [command, words] = addCommand<BridgeWords>(
+    const auto [command, words] = addCommand<BridgeWords, bridgeButton>(
         button, options, "bridge",
-        "Forward a key of an input device to the board's button, until a signal ends it",
-        bridgeButton);
+        "Forward a key of an input device to the board's button, until a signal ends it");
     command.add_option("EVENT_DEVICE", words.device, "The input device, such as /dev/input/event0")
         ->check(notEmpty())
         ->required()

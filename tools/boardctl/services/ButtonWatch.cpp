@@ -46,9 +46,8 @@ int watchButton(const Options& options, const WatchWords& words) {
 } // namespace
 
 void addButtonWatch(CLI::App& button, Options& options) {
-    const auto [command, words] =
-        addCommand<WatchWords>(button, options, "watch",
-                               "Show each press and release until a signal ends it", watchButton);
+    const auto [command, words] = addCommand<WatchWords, watchButton>(
+        button, options, "watch", "Show each press and release until a signal ends it");
     command.add_option("--for", words.seconds, "End after this time")
         ->check(seconds())
         ->option_text("SECONDS");

@@ -52,7 +52,7 @@ int cpu(const Options& options, const CpuWords& words) {
 
 void addCpu(CLI::App& app, Options& options) {
     const auto [command, words] =
-        addCommand<CpuWords>(app, options, "cpu", "Measure the CPU load", cpu);
+        addCommand<CpuWords, cpu>(app, options, "cpu", "Measure the CPU load");
     command.add_option("--period", words.period, "Length of a period; default 1 second")
         ->check(seconds(0.1, 86400))
         ->option_text("SECONDS");

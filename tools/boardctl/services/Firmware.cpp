@@ -45,8 +45,8 @@ int firmware(const Options& options, const FirmwareWords& words) {
 } // namespace
 
 void addFirmware(CLI::App& app, Options& options) {
-    const auto [command, words] = addCommand<FirmwareWords>(
-        app, options, "firmware", "Show the version of the firmware image", firmware);
+    const auto [command, words] = addCommand<FirmwareWords, firmware>(
+        app, options, "firmware", "Show the version of the firmware image");
     command.add_option("FILE", words.file, "The information file; default: the board's own")
         ->check(notEmpty())
         ->type_name("");

@@ -24,7 +24,7 @@ int add(const Options& options, const AddWords& words) {
 
 void addBdAdd(CLI::App& bd, Options& options) {
     const auto [command, words] =
-        addCommand<AddWords>(bd, options, "add", "Add tags before the terminator", add);
+        addCommand<AddWords, add>(bd, options, "add", "Add tags before the terminator");
     addAssignments(command, words.assignments,
                    "Several assignments are written together or not at all")
         ->required();

@@ -82,9 +82,8 @@ int backups(const Options& options, const BackupsWords& words) {
 } // namespace
 
 void addBdBackups(CLI::App& bd, Options& options) {
-    const auto [command, words] = addCommand<BackupsWords>(
-        bd, options, "backups", "List the images that edits and writes have kept, newest first",
-        backups);
+    const auto [command, words] = addCommand<BackupsWords, backups>(
+        bd, options, "backups", "List the images that edits and writes have kept, newest first");
     command
         .add_option("--keep", words.keep,
                     "Remove all but the newest N of each device, and list those that are removed")

@@ -26,8 +26,8 @@ int insert(const Options& options, const InsertWords& words) {
 } // namespace
 
 void addBdInsert(CLI::App& bd, Options& options) {
-    const auto [command, words] = addCommand<InsertWords>(
-        bd, options, "insert", "Insert tags at a position of the list", insert);
+    const auto [command, words] = addCommand<InsertWords, insert>(
+        bd, options, "insert", "Insert tags at a position of the list");
     addWord(command, "POSITION", words.position,
             "Counted from 0 among all tags; never after the terminator")
         ->required();

@@ -51,7 +51,7 @@ void addMacWord(CLI::App& command, MacWords& words) {
 void addBdMacEdit(CLI::App& mac, Options& options) {
     {
         const auto [command, words] =
-            addCommand<MacWords>(mac, options, "set", "Overwrite an address", setAddress);
+            addCommand<MacWords, setAddress>(mac, options, "set", "Overwrite an address");
         addWord(command, "INDEX", words.index, "Which address, counted from 0")->required();
         addMacWord(command, words);
         addWord(command, "INTERFACE", words.interface,
@@ -59,7 +59,7 @@ void addBdMacEdit(CLI::App& mac, Options& options) {
         addEditOptions(command, words);
     }
     const auto [command, words] =
-        addCommand<MacWords>(mac, options, "add", "Add an address after the last one", addAddress);
+        addCommand<MacWords, addAddress>(mac, options, "add", "Add an address after the last one");
     addMacWord(command, words);
     addWord(command, "INTERFACE", words.interface,
             "The interface number, 0 to 65535; by default 0");

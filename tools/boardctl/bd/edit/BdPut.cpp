@@ -23,8 +23,8 @@ int put(const Options& options, const PutWords& words) {
 } // namespace
 
 void addBdPut(CLI::App& bd, Options& options) {
-    const auto [command, words] = addCommand<PutWords>(
-        bd, options, "put", "Set tags, and add those that are missing; safe to repeat", put);
+    const auto [command, words] = addCommand<PutWords, put>(
+        bd, options, "put", "Set tags, and add those that are missing; safe to repeat");
     addAssignments(command, words.assignments,
                    "Several assignments are written together or not at all")
         ->required();

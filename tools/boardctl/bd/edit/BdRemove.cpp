@@ -20,7 +20,7 @@ int removeTag(const Options& options, const RemoveWords& words) {
 
 void addBdRemove(CLI::App& bd, Options& options) {
     const auto [command, words] =
-        addCommand<RemoveWords>(bd, options, "remove", "Remove a tag", removeTag);
+        addCommand<RemoveWords, removeTag>(bd, options, "remove", "Remove a tag");
     addWord(command, "TAG", words.tag, TAG_HELP)->required();
     addEditOptions(command, words);
 }

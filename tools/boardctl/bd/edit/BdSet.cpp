@@ -24,7 +24,7 @@ int set(const Options& options, const SetWords& words) {
 
 void addBdSet(CLI::App& bd, Options& options) {
     const auto [command, words] =
-        addCommand<SetWords>(bd, options, "set", "Replace the data of existing tags", set);
+        addCommand<SetWords, set>(bd, options, "set", "Replace the data of existing tags");
     addAssignments(command, words.assignments,
                    "Several assignments are written together or not at all")
         ->required();

@@ -116,8 +116,8 @@ int write(const Options& options, const WriteWords& words) {
 } // namespace
 
 void addBdWrite(CLI::App& bd, Options& options) {
-    const auto [command, words] = addCommand<WriteWords>(
-        bd, options, "write", "Write a whole image, and a terminator behind it", write);
+    const auto [command, words] = addCommand<WriteWords, write>(
+        bd, options, "write", "Write a whole image, and a terminator behind it");
     command
         .add_option("SOURCE", words.source,
                     "An image, a backup or a JSON list of tags; - for standard input")
