@@ -21,6 +21,10 @@ import sys
 ALONE = ("framework", "drivers", "services", "sysinfo")  # few headers; local names may be the same
 JOINED = ("host", "tools")
 CHECKS = "--checks=-misc-unused-using-decls,-bugprone-suspicious-include"
+# The most steps for which the analyzer follows one function. By default, it follows for 225,000 and
+# takes most of the time, but finds no more: with a null pointer used at the end of each of 287
+# functions, it found 126 of them, and with this limit 128.
+STEPS = [f"--extra-arg={word}" for word in ("-Xclang", "-analyzer-config", "-Xclang", "max-nodes=30000")]
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 
@@ -74,7 +78,7 @@ def prepare(build, folder):
 
 def check(folder, source, places):
     """Returns what clang-tidy finds, at the places in the tree; empty if it finds nothing."""
-    done = subprocess.run(["clang-tidy", "-p", folder, f"--config-file={ROOT / '.clang-tidy'}", "--quiet", CHECKS, source],
+    done = subprocess.run(["clang-tidy", "-p", folder, f"--config-file={ROOT / '.clang-tidy'}", "--quiet", CHECKS, *STEPS, source],
                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
     if done.returncode == 0:
         return ""
