@@ -181,7 +181,7 @@ char stripOf(const std::string& holders, const board::LedSequencerProfile& profi
 
 TEST(LedPage, AgreesWithTheModelAndWithAllOtherViewsOnRandomTables) {
     unsigned withMachines = 0, presses = 0;
-    constexpr unsigned TABLES = TESTS_ARE_SLOW ? 30 : 300;
+    constexpr unsigned TABLES = TESTS_ARE_SLOW ? 10 : 300;
     for (unsigned seed = 0; seed < TABLES; ++seed) {
         SCOPED_TRACE("table " + std::to_string(seed));
         Random random(seed);
