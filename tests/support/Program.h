@@ -29,8 +29,7 @@ public:
     /// Waits until standard output contains `text`; false if the program ends without it.
     bool waitForOutput(const std::string& text);
 
-    /// Sends the signal repeatedly, because one may arrive just before the call that it must
-    /// interrupt. A host needs only one: it looks for signals while it waits.
+    /// For a signal that may arrive just before the call that it must interrupt: repeats it.
     void signalUntilEnded(int number);
 
     Outcome finish();

@@ -12,14 +12,9 @@
 
 #include "services/led/Sequencer.h"
 #include "support/Descriptors.h"
-#include "support/LogRecorder.h"
-#include "support/TempDir.h"
 #include "support/Threads.h"
 
-using support::LogRecorder;
-using support::TempDir;
 using namespace sequencer;
-using Lines = std::vector<std::string>;
 
 namespace {
 

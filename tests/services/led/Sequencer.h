@@ -7,9 +7,14 @@
 #include <gtest/gtest.h>
 
 #include "LedCtrl.h"
+#include "support/LogRecorder.h"
+#include "support/TempDir.h"
 
 namespace sequencer {
 
+using support::LogRecorder;
+using support::TempDir;
+using Lines = std::vector<std::string>;
 using Row = LedCtrl::CmdDef;
 
 enum { ON, OFF, BLINK, FLASH, UP, DOWN, STOP, DEFAULTS };
