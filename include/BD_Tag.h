@@ -13,22 +13,23 @@ struct BOARD_API Tag {
     /// Creates a tag without data.
     explicit Tag(TagId tagId = 0) : id(tagId) {}
 
-    /// Replaces the data with a copy of `bytes` and sets `length` to match. Always returns success;
-    /// if memory runs out, the tag is left empty.
+    /// Replaces the data with a copy of `bytes` and sets `length` to the number of bytes. Always
+    /// returns success; if memory runs out, the tag is left empty.
     XCode setData(const TString<char>& bytes);
 
-    /// The same for the `n` bytes at `bytes`. If `bytes` is null, the data becomes empty but
-    /// `length` becomes `n`. Numbers and addresses then read the missing bytes as 0; texts and
-    /// dumps end where the data ends.
+    /// Does the same with the `n` bytes at `bytes`. If `bytes` is null, the data becomes empty, but
+    /// `length` becomes `n`. A number or an address is then read as if the missing bytes were 0; a
+    /// text or a dump ends where the data ends.
     XCode setData(const char* bytes, unsigned n);
 
     ///@{
-    /// The data as a number if `length` is the width of the type (1, 2 or 4 bytes), otherwise 0.
+    /// Return the data as a number if `length` is the width of the number (1, 2 or 4 bytes),
+    /// otherwise 0.
     char getDataChar() const;
     unsigned short getDataUInt16() const;
     unsigned long getDataUInt32() const;
     ///@}
-    /// The data as a number if `length` is 1, 2 or 4, otherwise 0.
+    /// Returns the data as a number if `length` is 1, 2 or 4, otherwise 0.
     unsigned getDataUInt() const;
 
     /// Sets `out` to the first `length` bytes, or to the whole data if it is shorter, and returns
@@ -39,7 +40,7 @@ struct BOARD_API Tag {
     /// returns `out`.
     String& getDataAsHexString(String& out) const;
 
-    TagId id;            ///< what the tag means; 0 for a terminator
+    TagId id;            ///< defines what the tag means; 0 for a terminator
     unsigned length = 0; ///< number of data bytes
     TString<char> data;  ///< the data bytes
 };

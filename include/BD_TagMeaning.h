@@ -6,14 +6,14 @@ namespace BD {
 
 /// How a tag's data is read and shown.
 enum class TagKind {
-    BYTES,      ///< anything; shown as a byte dump
-    MAC,        ///< six bytes of address, then two bytes of interface number
-    IPV4,       ///< four address bytes
+    BYTES,      ///< any data; shown as a byte dump
+    MAC,        ///< a six-byte address, then a two-byte interface number
+    IPV4,       ///< a four-byte address
     TEXT,       ///< a text of any length
     UPPER_TEXT, ///< a text that is shown in upper case
     NUMBER,     ///< a 32-bit number, shown in decimal
     HEX_NUMBER, ///< a 32-bit number, shown in hexadecimal
-    PRODUCT,    ///< two bytes of platform identifier, then two bytes of product identifier
+    PRODUCT,    ///< a two-byte platform identifier, then a two-byte product identifier
     OBSOLETE,   ///< no longer used; shown as a byte dump
     HIDDEN      ///< left out of the report
 };
@@ -23,8 +23,8 @@ struct TagMeaning {
     TagId first;      ///< the lowest identifier
     TagId last;       ///< the highest identifier
     TagKind kind;     ///< how the data is read and shown
-    unsigned size;    ///< the number of data bytes that the kind needs; 0 for any number
-    bool isSingle;    ///< a second tag with the same identifier is a mistake
+    unsigned size;    ///< the required number of data bytes; 0 if any number is valid
+    bool isSingle;    ///< true if a second tag with the same identifier is a mistake
     const char* name; ///< null if the identifiers have no name
 };
 
@@ -65,8 +65,8 @@ inline constexpr TagMeaning TAG_MEANINGS[] = {
     {0x801A, 0x801A, TagKind::BYTES, 0, false, "SipLegs"},
 };
 
-/// The meaning of `id`. An unknown identifier has data of kind BYTES and any size, and may be
-/// repeated.
+/// The meaning of `id`. The data of an unknown identifier is of kind BYTES and may have any size;
+/// such tags may be repeated.
 constexpr TagMeaning meaningOf(TagId id) {
     for (const TagMeaning& meaning : TAG_MEANINGS)
         if (meaning.first <= id && id <= meaning.last)

@@ -1,7 +1,7 @@
 #pragma once
 
-/// The version of these headers, for `#if`. A program that was compiled with a lower minor or patch
-/// version runs with this library; one with another major version does not.
+/// The version of these headers, for use in `#if`. A program compiled with a lower minor or patch
+/// version runs with this library. A program compiled with another major version does not.
 #define BOARDDRIVERS_VERSION_MAJOR 1
 #define BOARDDRIVERS_VERSION_MINOR 0
 #define BOARDDRIVERS_VERSION_PATCH 0

@@ -8,13 +8,13 @@
 #include "TDriver.h"
 #include "VELM_List.h"
 
-/// The board descriptor's driver: keeps the tag list in memory, loads and stores its image in a
-/// device file, and makes two reports.
+/// The board descriptor's driver. It keeps the tag list in memory, loads it from an image in a
+/// device file, stores it there, and creates two reports.
 ///
 /// An image is a sequence of chunks from byte 0. A chunk consists of an identifier (2 bytes), the
 /// length of the whole chunk (2 bytes, at least 4) and data. Numbers are big-endian. Identifier
 /// 0x0000 or 0xFFFF ends the image. The writer pads data of odd length with a zero byte and
-/// includes that byte in the length, so such a tag reads back one byte longer.
+/// includes that byte in the length, so the tag reads back one byte longer.
 ///
 /// The order of the virtual operations is part of the binary interface.
 class BOARD_API CBoardDescr : public TDriver<CDriver, IBoardDescr, IInfo> {
@@ -23,18 +23,20 @@ public:
     using TagList = VELM_List<BD::Tag>;
 
     ///@{
-    /// Error texts. The first is a printf format for the identifier and its name.
+    /// Error texts. The first one is a printf format; its arguments are the identifier and its
+    /// name.
     static constexpr char ERR_TAG_NOT_FOUND[] = "ERR TAG '%d:=%s' NOT FOUND";
     static constexpr char ERR_WRONG_TAG_SIZE[] = "ERR WRONG TAG SIZE";
     static constexpr char ERR_MAC_TOO_LONG[] = "ERR MAC TOO LONG";
     ///@}
 
-    /// Creates an empty list without a device: `readBD` and `writeBD` fail without a text.
+    /// Creates a driver with an empty list and no device: `readBD` and `writeBD` fail without a
+    /// text.
     CBoardDescr();
 
-    /// Creates an empty list bound to the device file `devicePath`. The path is not copied and must
-    /// outlive the object. The file is read `readChunk` bytes at a time. An image is written only
-    /// if it is smaller than `deviceSize` bytes.
+    /// Creates a driver with an empty list for the device file `devicePath`. The path is not copied
+    /// and must outlive the object. The file is read `readChunk` bytes at a time. An image is
+    /// written only if it is smaller than `deviceSize` bytes.
     CBoardDescr(const char* devicePath, unsigned readChunk, unsigned deviceSize);
     ~CBoardDescr() override;
 
@@ -64,31 +66,33 @@ public:
     XCode getPlatformID(unsigned& id, String& error) override;
     XCode getProductID(unsigned& id, String& error) override;
 
-    /// The report for people: a header row and, two levels deeper, the rows of the tags, formatted
-    /// by what each tag means. A malformed tag does not end the report.
+    /// Adds the report for people: a header row and, two levels deeper, the rows of the tags. The
+    /// meaning of a tag determines its format. A malformed tag does not end the report.
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
 
-    /// The raw report: a header row and, two levels deeper, a numbered row with a byte dump for
-    /// each tag.
+    /// Adds the raw report: a header row and, two levels deeper, a numbered row with a byte dump
+    /// for each tag.
     virtual InfoContainer& getRawInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                                       unsigned maxIndex, unsigned index,
                                       const String& prefix) const;
 
-    /// Appends the whole device file to `image`. Fails without a text if there is no device. Fails
-    /// with "FAILED TO OPEN DEVICE '%s'" or "FAILED TO READ DEVICE '%s'" if that is what happened.
-    /// If a read fails or std::bad_alloc is thrown, `image` keeps the bytes that were read before.
-    /// The class of a board that keeps its descriptor elsewhere overrides this and `writeRawBD`.
+    /// Appends the whole device file to `image`. Fails without a text if there is no device. If the
+    /// file can't be opened or read, fails with "FAILED TO OPEN DEVICE '%s'" or "FAILED TO READ
+    /// DEVICE '%s'". If a read fails or std::bad_alloc is thrown, `image` keeps the bytes that were
+    /// read before. If a board keeps its descriptor elsewhere, its class overrides `readRawBD` and
+    /// `writeRawBD`.
     virtual XCode readRawBD(TString<char>& image, String& error);
 
     /// Writes `image` to the start of the device file in one call; the device's bytes after the
     /// image do not change. Fails without a text if there is no device. If the image is not smaller
     /// than `deviceSize`, fails without opening the device. A short write is not detected: if the
-    /// EEPROM is smaller than the image, it stores what fits, and the call succeeds.
+    /// EEPROM is smaller than the image, the EEPROM stores the part that fits, and the call
+    /// succeeds.
     virtual XCode writeRawBD(const TString<char>& image, String& error);
 
-    /// Returns the tag in the list, or null with a text in `error`. The pointer is valid until the
-    /// tag is removed or a list is loaded.
+    /// Returns occurrence `index` of `id` in the list. If there is none, returns null and puts a
+    /// text into `error`. The pointer is valid until the tag is removed or another list is loaded.
     BD::Tag* getTag(BD::TagId id, unsigned index, String& error);
 
     /// The position of occurrence `index` of `id`; the end of the list if there is none.
@@ -100,20 +104,21 @@ public:
     /// All tags in order, read-only.
     const TagList& getTags() const { return m_tags; }
 
-    /// Reads `tag` as a MAC address, whatever its identifier: six bytes of address, then two bytes
-    /// of interface number. If the tag is not 8 bytes long, fails and leaves the outputs unchanged.
+    /// Reads the data of `tag`, whatever its identifier, as a six-byte MAC address and a two-byte
+    /// interface number. If the tag is not 8 bytes long, fails and leaves the outputs unchanged.
     XCode getMacAddr(const BD::Tag& tag, String& mac, unsigned& iface) const;
 
-    /// Replaces the list with the tags of `image`. A terminator becomes a last tag with identifier
-    /// 0 and no data. If the image is corrupt, fails with "CORRUPTED BOARD DESCRIPTOR: ..." and the
-    /// position of the fault; the list then holds the tags before the fault. If std::bad_alloc is
-    /// thrown, the list is unchanged or holds the tags before the one for which memory ran out.
+    /// Replaces the list with the tags of `image`. A terminator ends the import and becomes the
+    /// last tag, with identifier 0 and no data. If the image is corrupt, fails with "CORRUPTED
+    /// BOARD DESCRIPTOR: ..." and the position of the fault; the list then holds the tags before
+    /// the fault. If std::bad_alloc is thrown, the list is unchanged or holds the tags before the
+    /// tag for which memory ran out.
     XCode importBD(const TString<char>& image, String& error);
 
     /// Appends the list's image to `image`, without adding a terminator. Always returns success; if
     /// std::bad_alloc is thrown, `image` is unchanged. Identifiers and chunk lengths are written
     /// with their low 16 bits only, so a tag that exceeds the limits of the image (see IBoardDescr)
-    /// does not read back as it was.
+    /// does not read back unchanged.
     XCode exportBD(TString<char>& image, String& error);
 
 private:

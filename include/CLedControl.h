@@ -20,7 +20,7 @@ public:
     const VELM_UUID& getDID() const override;
     XCode onConnected(String& error) override;
 
-    /// A header row with the driver's name and, one level deeper, the rows "Description" and
+    /// Adds a header row with the driver's name and, one level deeper, the rows "Description" and
     /// "Status". The status is "on" or "off"; an LED that can't be read shows "off".
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
@@ -32,8 +32,8 @@ public:
     XCode enableLedToggle() override;
     XCode disableLedToggle() override;
 
-    /// Writes `status` to the device file, even while an overlay is on. Success does not mean that
-    /// the device accepted the state.
+    /// Writes `status` to the device file, even while an overlay (see ILedControl) is on. Success
+    /// does not mean that the device accepted the state.
     XCode realSetLedStatus(unsigned int status);
 
 private:

@@ -9,39 +9,42 @@
 #include "TYPPtr.h"
 
 /// The VoIP capacity driver. `setup` determines the figures from the board descriptor and the
-/// preferences; the other operations only return them. Abstract: a board's subclass supplies the
-/// default number of SIP legs, because a descriptor may lack it.
+/// preferences; the other operations only return them. The class is abstract: a descriptor may lack
+/// the number of SIP legs, so a board's subclass supplies the default.
 ///
 /// Clients read the figures without a lock, so call `setup` before any client can ask for them. To
-/// call it again later, hold `getLock()` around the call and have the clients hold it too. The
-/// order of the virtual operations is part of the binary interface.
+/// call `setup` again later, hold the driver's lock (`getLock()`) during the call; the clients must
+/// then hold it during their calls too. The order of the virtual operations is part of the binary
+/// interface.
 class BOARD_API CResourceVoip : public TDriver<CDriver, IResourceVoip, IInfo> {
 public:
-    /// In border-controller mode, a board whose descriptor does not state its SIP legs has 0.
+    /// If `borderController` is true, a board whose descriptor does not state its SIP legs has
+    /// none.
     explicit CResourceVoip(bool borderController);
     ~CResourceVoip() override;
 
     /// Determines the figures anew at each call. Gets "board-descr-driver" from the process's
-    /// repository and reads two of its tags: 0x800E, the DSP channels (unknown if 0 or unreadable),
-    /// and 0x801A, the SIP legs (if unreadable, `getDefaultSipLegs`, or 0 in border-controller
-    /// mode). Preferences override both. If there is no such driver, returns the repository's
-    /// status, puts "FAILED TO GET BOARD-DESCRIPTOR-DRIVER INTERFACE" into `error` and changes
-    /// nothing.
+    /// repository and reads two of its tags. Tag 0x800E holds the number of DSP channels; 0 or an
+    /// unreadable tag means that the number is unknown. Tag 0x801A holds the number of SIP legs; if
+    /// the tag is unreadable, the number is the result of `getDefaultSipLegs`, or 0 in
+    /// border-controller mode. Preferences override both figures. If the driver is not available,
+    /// returns the repository's status, puts "FAILED TO GET BOARD-DESCRIPTOR-DRIVER INTERFACE" into
+    /// `error` and changes nothing.
     ///
-    /// Holds the repository's lock for the lookup and the descriptor's lock for each read, never
-    /// both at once.
+    /// Holds the repository's lock for the lookup and the descriptor's lock for each read, but
+    /// never both locks at once.
     virtual XCode setup(String& error);
 
     unsigned getDspChannelCount() const override;
     unsigned getSipLegCount() const override;
 
-    /// A header row "VoIP Resource" and, one level deeper, the two figures, then whether the board
-    /// transcodes and whether it is in border-controller mode.
+    /// Adds a header row "VoIP Resource" and, one level deeper, four rows: the two figures, whether
+    /// the board transcodes, and whether it is in border-controller mode.
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
 
-    /// The SIP legs of a board whose descriptor does not state them. `setup` calls this after it
-    /// has determined the DSP channels.
+    /// Returns the SIP legs of a board whose descriptor does not state them. `setup` calls this
+    /// function after it has determined the DSP channels.
     virtual unsigned getDefaultSipLegs() = 0;
 
     ///@{

@@ -9,23 +9,24 @@
 /// The board descriptor: the board's identity as a list of tags, kept in an EEPROM.
 ///
 /// A tag is found by its identifier and its occurrence: `index` counts from 0 among the tags with
-/// that identifier, in list order. Operations fail with code -1 and put a text into `error`; for a
-/// missing tag that is "ERR TAG '<id>:=<name>' NOT FOUND". Edits stay in memory until `writeBD`.
+/// that identifier, in list order. A failed operation returns code -1 and puts a text into `error`;
+/// for a missing tag, the text is "ERR TAG '<id>:=<name>' NOT FOUND". Edits stay in memory until
+/// `writeBD` stores them.
 ///
 /// The list in memory has no limits, but its image on the device does. The image holds only the low
 /// 16 bits of an identifier, and the identifiers 0 and 65535 end it. A tag can be loaded with up to
 /// 65,531 bytes of data but stored with at most 65,530, because data of odd length is padded with
-/// one byte. No operation checks these limits; a store checks only that the image is smaller than
-/// the device. A tag that exceeds a limit reads back as something else, or not at all.
+/// one byte. No operation checks these limits; `writeBD` checks only that the image is smaller than
+/// the device. A tag that exceeds a limit does not read back unchanged.
 ///
 /// If memory runs out while an operation sets a tag's data, the tag is left empty and the operation
 /// succeeds. If memory runs out for anything else, std::bad_alloc is thrown and the list is
-/// unchanged, with two exceptions: a load keeps only the tags before the one for which memory ran
-/// out, and adding a MAC address may leave a new, empty tag in the list.
+/// unchanged, with two exceptions: `readBD` may leave only the tags before the tag for which memory
+/// ran out, and adding a MAC address may leave a new, empty tag in the list.
 ///
-/// No operation takes a lock. Hold `getLock()` around calls on a driver that several threads share,
-/// and around several calls that belong together. The order of the virtual operations is part of
-/// the binary interface.
+/// No operation takes a lock. If several threads share a driver, each must hold its lock
+/// (`getLock()`) during a call, or during a whole sequence of calls that belong together. The order
+/// of the virtual operations is part of the binary interface.
 class BOARD_API IBoardDescr : public IUnknown {
 public:
     static const VELM_UUID& IID();
@@ -36,25 +37,25 @@ public:
     virtual bool hasTag(BD::TagId id) = 0;
 
     ///@{
-    /// Reads a number. `value` is set only on success. The data must have exactly the width of the
-    /// type, otherwise the call fails with "ERR WRONG TAG SIZE"; `getTagUInt` accepts up to 4 bytes
-    /// and reads data of 0 or 3 bytes as 0.
+    /// Read a number. `value` is set only on success. If the data does not have exactly the width
+    /// of the number, the call fails with "ERR WRONG TAG SIZE". `getTagUInt`, however, accepts up
+    /// to 4 bytes and reads data of 0 or 3 bytes as 0.
     virtual XCode getTagUInt(BD::TagId id, unsigned index, unsigned& value, String& error) = 0;
     virtual XCode getTagUInt8(BD::TagId id, unsigned index, unsigned char& value,
                               String& error) = 0;
     virtual XCode getTagUInt16(BD::TagId id, unsigned index, unsigned short& value,
                                String& error) = 0;
     ///@}
-    /// The same for a number of 32 bits, even if `long` is wider.
+    /// Reads a 32-bit number in the same way, even if `long` is wider.
     virtual XCode getTagUInt32(BD::TagId id, unsigned index, unsigned long& value,
                                String& error) = 0;
-    /// Reads a text: the data bytes unchanged. `value` is set only on success.
+    /// Reads the data bytes, unchanged, as a text. `value` is set only on success.
     virtual XCode getTagString(BD::TagId id, unsigned index, String& value, String& error) = 0;
 
     ///@{
-    /// Replaces the data of an existing tag, whatever its width was. `setTagUInt8` writes 1 byte,
-    /// `setTagUInt16` 2, `setTagUInt` and `setTagUInt32` 4. A text is written without a terminating
-    /// zero.
+    /// Replace the data of an existing tag, whatever its former length. `setTagUInt8` writes 1
+    /// byte, `setTagUInt16` writes 2, `setTagUInt` and `setTagUInt32` write 4. A text is written
+    /// without a terminating zero.
     virtual XCode setTagUInt(BD::TagId id, unsigned index, unsigned value, String& error) = 0;
     virtual XCode setTagUInt8(BD::TagId id, unsigned index, unsigned char value, String& error) = 0;
     virtual XCode setTagUInt16(BD::TagId id, unsigned index, unsigned short value,
@@ -66,11 +67,11 @@ public:
     ///@}
 
     /// Appends a tag with a copy of `data`. Always returns success. If there is no memory for a
-    /// tag, throws std::bad_alloc and appends nothing. A tag after a terminator (identifier 0) is
-    /// stored but not read back.
+    /// tag, throws std::bad_alloc and appends nothing. A tag that follows a terminator (identifier
+    /// 0) is stored but not read back.
     virtual XCode addTag(BD::TagId id, const TString<char>& data) = 0;
-    /// The same, but inserts the tag at position `index` of the whole list, or appends it if the
-    /// list has no more than `index` tags.
+    /// Does the same, but inserts the tag at position `index` of the whole list, counted from 0. If
+    /// the list has no more than `index` tags, appends the tag.
     virtual XCode insertTag(unsigned index, BD::TagId id, const TString<char>& data) = 0;
     /// Reads the data. `data` is set only on success.
     virtual XCode getTag(BD::TagId id, unsigned index, TString<char>& data, String& error) = 0;
@@ -80,39 +81,40 @@ public:
     /// Removes occurrence `index` of `id`.
     virtual XCode removeTag(BD::TagId id, unsigned index, String& error) = 0;
 
-    /// Replaces the list with what the device holds. If the device can't be read, the list does not
-    /// change; if the image is corrupt, the list then holds the tags before the fault. If
-    /// std::bad_alloc is thrown, the list is unchanged or holds the tags before the one for which
-    /// memory ran out.
+    /// Replaces the list with the tags on the device. If the device can't be read, fails and leaves
+    /// the list unchanged. If the image is corrupt, fails too, and the list then holds the tags
+    /// before the fault. If std::bad_alloc is thrown, the list is unchanged or holds the tags
+    /// before the tag for which memory ran out.
     virtual XCode readBD(String& error) = 0;
     /// Stores the list on the device, without adding a terminator. If the list does not end with a
     /// terminator (a tag with identifier 0), the next load reads the old bytes after the image as
     /// more tags.
     virtual XCode writeBD(String& error) = 0;
 
-    /// Reads MAC address `index` (tag 1) as "00:1A:2B:3C:4D:5E" with the interface number, 0 to
-    /// 65535. Fails without a text if the tag is not 8 bytes long. The outputs are set only on
-    /// success.
+    /// Reads MAC address `index` (occurrence `index` of tag 1). Sets `mac` to a text such as
+    /// "00:1A:2B:3C:4D:5E" and `iface` to the interface number, 0 to 65535. Fails without a text if
+    /// the tag is not 8 bytes long. The outputs are set only on success.
     virtual XCode getMacAddress(unsigned index, String& mac, unsigned& iface, String& error) = 0;
     /// Overwrites MAC address `index`. Each group of `mac` is read as a hexadecimal number, clamped
     /// to a signed number of 32 bits, and stored as its low 8 bits; any group above 7FFFFFFF is
-    /// therefore stored as FF. Missing groups are 0. Several colons in a row count as one, and
-    /// colons at either end are ignored, so an empty group is skipped, not read as 0. A seventh
-    /// group fails with "ERR MAC TOO LONG" and changes nothing. The tag stores only the upper 16
-    /// bits of `iface`: to read back N, pass N * 65536.
+    /// therefore stored as FF. Missing groups are stored as 0. Several colons in a row count as
+    /// one, and colons at either end are ignored, so an empty group is skipped, not read as 0. A
+    /// seventh group fails with "ERR MAC TOO LONG" and changes nothing. The tag stores only the
+    /// upper 16 bits of `iface`: to read back N, pass N * 65536.
     virtual XCode setMacAddress(unsigned index, const String& mac, unsigned iface,
                                 String& error) = 0;
-    /// Inserts an empty MAC tag before MAC address `index`, before the last one if there are fewer,
-    /// or at the end of the list if there are none. Then writes the address into the last MAC tag.
-    /// If there were MAC tags before, the new one therefore stays empty and the last address is
-    /// overwritten. If the address has too many groups, fails and leaves the empty tag in the list.
+    /// Inserts an empty MAC tag before MAC address `index`. If that address does not exist, inserts
+    /// the tag before the last MAC address or, if there is none, at the end of the list. Then
+    /// writes the address into the last MAC tag. If there were MAC tags before, the new tag
+    /// therefore stays empty and the last address is overwritten. If the address has too many
+    /// groups, fails and leaves the empty tag in the list.
     virtual XCode insertMacAddress(unsigned index, const String& mac, unsigned iface) = 0;
-    /// Calls `insertMacAddress` with the index of the last MAC tag.
+    /// Does the same as `insertMacAddress` with an `index` higher than that of any MAC address.
     virtual XCode addMacAddress(const String& mac, unsigned iface) = 0;
 
     ///@{
-    /// Read the first and the second 16-bit half of tag 45 (ProductID). Fail without a text if the
-    /// tag is not 4 bytes long.
+    /// `getPlatformID` reads the first 16-bit half of tag 45 (ProductID), `getProductID` the
+    /// second. Both fail without a text if the tag is not 4 bytes long.
     virtual XCode getPlatformID(unsigned& id, String& error) = 0;
     virtual XCode getProductID(unsigned& id, String& error) = 0;
     ///@}

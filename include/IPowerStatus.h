@@ -7,13 +7,15 @@
 /// The board's power supply. Every operation except `isValid` returns a status; a failure has code
 /// -1 and no text.
 ///
-/// No operation takes a lock. Hold `getLock()` around calls on a driver that several threads share,
-/// and around `open` while clients use the driver, because `open` replaces the path.
+/// No operation takes a lock. If several threads share a driver, they must hold its lock
+/// (`getLock()`) during their calls. Hold the lock during `open` too while clients use the driver,
+/// because `open` replaces the path.
 class BOARD_API IPowerStatus : public IUnknown {
 public:
     static const VELM_UUID& IID();
 
-    /// Whether the driver has ever connected and could then open its device file.
+    /// True once the driver has connected and opened its device file. Stays true from then on, even
+    /// if the file disappears.
     virtual bool isValid() = 0;
 
     /// The kernel driver's description of the supply; "" before the driver is connected. Always
@@ -21,8 +23,8 @@ public:
     virtual XCode getDescription(String& description) = 0;
 
     /// Reads the status word: the number in the first 4 bytes of the device. The kernel driver
-    /// defines what it means; a negative number is converted to unsigned. A device that can be
-    /// opened but holds no number or can't be read counts as 0. Fails, with `status` 0, if the
-    /// driver is not valid or the device file can't be opened.
+    /// defines its meaning; a negative number is converted to unsigned. If the device file can be
+    /// opened but not read, or holds no number, the driver uses 0. Fails and sets `status` to 0 if
+    /// the driver is not valid or the device file can't be opened.
     virtual XCode getPowerStatus(unsigned int& status) = 0;
 };

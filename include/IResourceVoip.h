@@ -6,8 +6,8 @@
 /// How much VoIP work the board can carry.
 ///
 /// No operation takes a lock. The figures change only when the host determines them. If the host
-/// may do that again while clients on other threads use the driver, host and clients must hold
-/// `getLock()` around their calls.
+/// may determine them again while clients on other threads use the driver, the host and the clients
+/// must hold the driver's lock (`getLock()`) during their calls.
 class BOARD_API IResourceVoip : public IUnknown {
 public:
     static const VELM_UUID& IID();

@@ -7,24 +7,25 @@
 /// A temperature sensor of the board. Every operation except `isValid` returns a status; a failure
 /// has code -1 and no text.
 ///
-/// No operation takes a lock. Hold `getLock()` around calls on a driver that several threads share,
-/// and around `open` while clients use the driver, because `open` replaces the path and the
-/// maximum.
+/// No operation takes a lock. If several threads share a driver, they must hold its lock
+/// (`getLock()`) during their calls. Hold the lock during `open` too while clients use the driver,
+/// because `open` replaces the path and the maximum.
 class BOARD_API IThermalSensor : public IUnknown {
 public:
     static const VELM_UUID& IID();
 
-    /// Whether the driver has ever connected and could then open its device file.
+    /// True once the driver has connected and opened its device file. Stays true from then on, even
+    /// if the file disappears.
     virtual bool isValid() = 0;
 
     /// The kernel driver's description of the sensor; "" before the driver is connected. Always
     /// succeeds.
     virtual XCode getDescription(String& description) = 0;
 
-    /// Reads the current temperature in degrees Celsius from the first 16 bytes of the device,
-    /// which hold it in thousandths of a degree. A device that can be opened but holds no number or
-    /// can't be read counts as 0. Fails, with `temperature` 0, if the driver is not valid or the
-    /// device file can't be opened.
+    /// Reads the current temperature in degrees Celsius. The first 16 bytes of the device hold it
+    /// as a number of thousandths of a degree. If the device file can be opened but not read, or
+    /// holds no number, the driver uses 0. Fails and sets `temperature` to 0 if the driver is not
+    /// valid or the device file can't be opened.
     virtual XCode getTemperature(float& temperature) = 0;
 
     /// The highest allowed temperature, in whatever unit the kernel driver uses; 0 before the

@@ -11,22 +11,23 @@
 
 /// An LED sequencer on a thread of its own. It shows steady, blinking, flashing, timed and rolling
 /// patterns, which the rows of a command table define. A line of text written to the named pipe
-/// "/tmp/evt.fifo" runs a row.
+/// "/tmp/evt.fifo" names the row to run.
 ///
 /// A line has two words and a number, such as `system boot 0`; a missing number is 0. Once per
 /// tick, the service reads at most 80 bytes from the pipe; the LEDs show the effect from the next
-/// tick on. A line that continues in the next read becomes two lines. A line that matches no row of
+/// tick on. A line that is split between two reads becomes two lines. A line that matches no row of
 /// the table is dropped.
 ///
-/// The caller owns both tables and the texts in them; they must outlive the object. The service
-/// logs under "DB_FRAMEWORK", errors at level 3 and traces at level 7. No failure ends the service:
-/// without a pipe it still shows its defaults, and without one LED's file it still drives the other
-/// LEDs. Files are opened once per start, so an LED whose driver was removed and came back is not
-/// driven until the next start.
+/// The caller owns the command table, the file table and the texts in them; all of these must
+/// outlive the object. The service logs under "DB_FRAMEWORK", errors at level 3 and traces at level
+/// 7. No failure ends the service: without a pipe it still shows its defaults, and if one LED's
+/// file is missing, it still drives the other LEDs. Files are opened once per start. If an LED's
+/// kernel driver is removed and comes back, the service does not drive that LED until the next
+/// start.
 ///
-/// One thread, the owner's, creates, stops, starts, shuts down and releases the object. Everything
-/// else happens on the thread "led", which the constructor starts. The order of virtual operations
-/// and of members is part of the binary interface.
+/// Only one thread, the owner's, may create, stop, start, shut down and release the object.
+/// Everything else happens on the thread "led", which the constructor starts. The order of virtual
+/// operations and of members is part of the binary interface.
 class BOARD_API LedCtrl : public TYThread {
 public:
     /// What a row of the command table does with its LEDs.
@@ -56,18 +57,19 @@ public:
         std::int32_t number;   ///< the line's third token must be this number
         std::uint32_t ledMask; ///< bit i is LED i
         std::int32_t action;   ///< an ActionKind
-        std::int32_t group;    ///< if above 0, first ends what the group's last row started
-        /// The duration in milliseconds, rounded up to whole ticks; 0 means until something else
-        /// ends the action. It is converted to microseconds in 32 bits, so a duration above about
-        /// 71 minutes wraps and becomes too short. A negative number wraps to an arbitrary
-        /// duration; another row of the group then ends the action only if it is a roll.
+        std::int32_t group;    ///< if above 0, the row first ends what the group's last row started
+        /// The duration in milliseconds, rounded up to whole ticks; with 0, the action lasts until
+        /// something else ends it. The duration is converted to microseconds in 32 bits, so a
+        /// duration above about 71 minutes wraps and becomes too short. A negative number wraps to
+        /// an arbitrary duration; another row of the group then ends the action only if the action
+        /// is a roll.
         std::int32_t timeMs;
         bool isDefault; ///< the row runs at each start and on ACTION_DEFAULTS
     };
 
     /// A row of the file table. If several rows have the same mask, the last one counts.
     struct FileNameMap {
-        std::int32_t ledMask; ///< the LED's bit; if there are several, any of them lights it
+        std::int32_t ledMask; ///< the LED's bit; of several bits, any one lights the LED
         /// A file that accepts "1" and "0"; not null. "1" is full brightness if the LED's maximum
         /// is 1, and almost dark if it is 255.
         const char* fileName;
@@ -76,7 +78,7 @@ public:
     /// An LED's file.
     struct FileDesc {
         const char* fileName; ///< from the file table
-        std::int32_t fd;      ///< 0 until opened, -1 if that failed
+        std::int32_t fd;      ///< 0 until opened, -1 if opening failed
     };
 
     /// A running action.
@@ -87,16 +89,16 @@ public:
         bool endless;            ///< a roll without a time
     };
 
-    /// What the sequencer shows and why. The numbers are copies; the references show later changes
-    /// too.
+    /// What the sequencer shows and why. The numbers are copies; the two containers are references
+    /// and also show later changes.
     struct View {
-        std::uint32_t steadyMask; ///< lit steadily, unless an action owns them
-        std::uint32_t blinkMask;  ///< blinking, unless an action owns them
-        std::uint32_t flashMask;  ///< lit in the next tick only, unless an action owns them
-        std::uint32_t actionMask; ///< owned by actions, which hide the states above
+        std::uint32_t steadyMask; ///< LEDs lit steadily, unless an action owns them
+        std::uint32_t blinkMask;  ///< LEDs that blink, unless an action owns them
+        std::uint32_t flashMask;  ///< LEDs lit in the next tick only, unless an action owns them
+        std::uint32_t actionMask; ///< LEDs owned by actions, which hide the states above
         const std::list<ActionDesc>& actions;                ///< the oldest first
         const std::map<std::int32_t, const CmdDef*>& groups; ///< the last row of each group
-        std::int32_t phase;                                  ///< what blinks is lit if bit 0 is set
+        std::int32_t phase;       ///< blinking LEDs are lit if bit 0 is set
         std::uint32_t phaseCount; ///< ticks since the blink pattern was loaded, 0 to 32
     };
 
@@ -105,8 +107,9 @@ public:
     /// thread. If the thread can't be created, the constructor logs nothing and the LEDs stay as
     /// they are.
     ///
-    /// A blink period has 33 ticks: tick i shows bit i of `blinkPattern`, and the last tick shows
-    /// bit 31 again. The pattern is first loaded after 32 ticks; until then nothing blinks.
+    /// A blink period has 33 ticks: tick i, counted from 0, shows bit i of `blinkPattern`, and the
+    /// last tick shows bit 31 again. The pattern is first loaded after 32 ticks; until then,
+    /// blinking LEDs are dark.
     LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files,
             unsigned fileCount, AccessMethod method, unsigned tickMs, unsigned blinkPattern);
 
@@ -115,41 +118,43 @@ public:
     ~LedCtrl() override;
 
     /// The thread's body: opens the pipe and the files, runs the default rows, then ticks until the
-    /// thread is stopped. Returns only if the tick is 0 microseconds: immediately, with a failure.
+    /// thread is stopped. Returns only if the tick is 0 microseconds, and then immediately, with a
+    /// failure.
     ///
     /// After `stop()` the service can be started again. A restart closes the pipe and the LED files
-    /// that are still open before it opens them again. LEDs that were steady or blinking without a
-    /// time stay so, unless a default row changes them.
+    /// that are still open before it opens them again. LEDs that were lit steadily or blinking with
+    /// no time limit stay that way, unless a default row changes them.
     XCode runThread() override;
 
     /// Ends the thread, then closes the pipe and the LED files; the LEDs keep their state. A second
-    /// call does nothing. On the LED thread, which would wait for itself, it only logs an error.
+    /// call does nothing. On the LED thread, which would have to wait for itself, `shutdown` only
+    /// logs an error.
     ///
-    /// The list of LED files is cleared, so a service that is started again drives no LED.
+    /// The list of LED files is cleared, so the service drives no LED if it is started again.
     ///
-    /// Each start leaves one writing descriptor of the pipe open for the life of the process, so
-    /// that readers always have a writer.
+    /// Each start opens the pipe for writing and leaves that descriptor open for the life of the
+    /// process, so that the pipe always has a writer.
     void shutdown();
 
-    /// Shuts down and deletes the object, which must have been created with `new`. On the LED
-    /// thread it only logs an error, as `shutdown` does.
+    /// Shuts down and deletes the object, which must have been created with `new`. Like `shutdown`,
+    /// it only logs an error on the LED thread.
     void release();
 
 protected:
     struct NotStarted {};
 
-    /// Does not start the thread. For previews and tests, which call `nextOutput` or `update`
-    /// themselves, and for hosts that override `runThread`. A derived class that starts the thread
-    /// must call `stop()` in its own destructor.
+    /// Creates the object without starting the thread, for previews and tests, which call
+    /// `nextOutput` or `update` themselves, and for hosts that override `runThread`. A derived
+    /// class that starts the thread must call `stop()` in its own destructor.
     LedCtrl(const CmdDef* commands, unsigned commandCount, const FileNameMap* files,
             unsigned fileCount, AccessMethod method, unsigned tickMs, unsigned blinkPattern,
             NotStarted);
 
-    /// Creates the pipe if it is missing, and opens it for reading. A link in its place is not
-    /// followed.
+    /// Creates the pipe if it is missing, and opens it for reading. If the path is a symbolic link,
+    /// does not follow it.
     void setupFifo();
-    /// Opens the pipe for writing too, leaves it open, and tests the pipe once; faults are only
-    /// logged. A link or a file that is not a pipe is left as it is.
+    /// Opens the pipe for writing, leaves that descriptor open, and tests the pipe once. Only logs
+    /// faults. Does not change a link or a file that is not a pipe.
     void testFifo();
     /// Opens each LED's file.
     void openFiles();
@@ -158,7 +163,7 @@ protected:
     void readLines(const std::function<void(char* line)>& handle);
     /// Reads the pipe once, logs each line and runs the row that it names.
     void readCmd();
-    /// The row that `line` names; null if there is none.
+    /// Returns the row that `line` names; null if there is none.
     const CmdDef* find(const char* line) const;
     /// Runs the row that `line` names, if any. Always returns 0.
     int handleCmd(char* line);
@@ -170,25 +175,25 @@ protected:
     /// Ends the actions whose time is over, advances the others by a tick and returns the LEDs that
     /// they light.
     std::uint32_t updateActions();
-    /// The LEDs that are lit without an action: steady, blinking in the current phase, or flashing.
-    /// Ends the flashes.
+    /// Returns the LEDs that are lit without an action: steady LEDs, LEDs that blink and are now
+    /// lit, and flashing LEDs. Ends the flashes.
     std::uint32_t getState();
     /// Advances everything by one tick and returns the LEDs that are lit in it.
     std::uint32_t nextOutput();
-    /// Unless the LEDs are suspended, advances everything by one tick and shows the result by the
+    /// Unless the LEDs are suspended, advances everything by one tick and shows the result with the
     /// access method.
     void update();
     /// Ends what `cmd` started.
     void stopAction(const CmdDef& cmd);
-    /// Ends what the last row of the group of `cmd` started.
+    /// Ends what the last row in the group of `cmd` started.
     void stopGroupAction(const CmdDef& cmd);
-    /// Ends one roll that has the first word and the LEDs of `cmd`.
+    /// Ends one roll whose first word and LEDs are those of `cmd`.
     void removeRollAction(const CmdDef& cmd);
     /// Ends all actions and runs the default rows.
     void setupDefault();
 
-    /// The present state. Only on the LED thread, or while there is none; valid as long as the
-    /// object.
+    /// Returns the current state, which is valid as long as the object. Call it only on the LED
+    /// thread, or while no LED thread is running.
     View view() const;
 
 private:

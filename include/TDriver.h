@@ -7,8 +7,8 @@
 class TYLock;
 
 /// Implements what all drivers share: query, reference count and lock. `Base` is the framework's
-/// base class of the driver, and `Interfaces` are what the driver adds to it. A driver class
-/// derives from this one and contains only its own operations.
+/// base class of the driver, and `Interfaces` are the interfaces that the driver adds to it. A
+/// driver class derives from TDriver and contains only its own operations.
 ///
 /// Every interface inherits IUnknown separately. This class overrides the operations of IUnknown
 /// once for all interfaces. The order of the bases is part of the binary interface.
@@ -17,9 +17,9 @@ class BOARD_API TDriver : public Base, public Interfaces... {
 public:
     using Base::Base;
 
-    /// Asks `Base` first and returns its status if that is a success. Otherwise tries `Interfaces`
-    /// in the order given. If none matches, stores null and returns a failure with code -1 and no
-    /// text, whatever `Base` returned.
+    /// Asks `Base` first and returns its status if the query succeeds. Otherwise tries `Interfaces`
+    /// in the order given. If none of them matches, stores null and returns a failure with code -1
+    /// and no text, whatever `Base` returned.
     XCode queryInterface(const VELM_UUID& iid, void** object) override {
         XCode status = Base::queryInterface(iid, object);
         if (status.isSuccess())
@@ -32,7 +32,7 @@ public:
     }
 
     ///@{
-    /// These call the operation of `Base`, so all interfaces share one count and one lock.
+    /// Call the same operation of `Base`, so that all interfaces share one count and one lock.
     unsigned addRef() override { return Base::addRef(); }
     unsigned release() override { return Base::release(); }
     TYLock* getLock() override { return Base::getLock(); }

@@ -11,17 +11,18 @@
 /// device opens the file, reads or writes one decimal number, and closes the file.
 ///
 /// Only this library's drivers can derive from this class, because its functions are defined and
-/// instantiated inside the library. Derive a driver of your own from `TDriver<CKernelDriver,
+/// instantiated inside the library. Derive your own drivers from `TDriver<CKernelDriver,
 /// YourInterface>`.
 template <class Interface>
 class BOARD_API TKernelDriver : public TDriver<CKernelDriver, Interface> {
 public:
-    /// Takes the arguments of the driver's constructor.
+    /// The arguments are those of the driver's own constructor.
     TKernelDriver(IDriverRepository* repository, const String& driverName,
                   const String& endpointName);
     ~TKernelDriver() override;
 
-    /// Whether the driver has ever connected and could then open its device file.
+    /// True once the driver has connected and opened its device file. Stays true from then on, even
+    /// if the file disappears.
     bool isValid() override;
     /// The kernel driver's description of the device; "" before the driver is connected. Always
     /// succeeds.
@@ -31,18 +32,18 @@ protected:
     /// The text that `getDescription` returns, for derived classes.
     const String& description() const { return m_description; }
 
-    /// Asks for the path and the description when the driver connects, then checks that the file
-    /// can be opened. If a step fails, returns its status and skips the other steps; answers
-    /// already received are kept.
+    /// For use when the driver connects. Asks the kernel driver for the path and the description,
+    /// then checks that the file can be opened. If a step fails, returns the status of that step
+    /// and skips the remaining ones; answers already received are kept.
     XCode handshake();
-    /// The same, but also sends `question` and stores the reply in `answer` before the file is
-    /// checked.
+    /// Does the same, but also sends `question` and stores the reply in `answer` before it checks
+    /// the file.
     template <class Answer>
     XCode handshake(KernelMessage question, Answer& answer);
 
-    /// Reads the number at the start of the device file, within its first `width` bytes; 0 if there
-    /// is none. Fails and leaves `number` alone if the driver is not valid or the file can't be
-    /// opened.
+    /// Reads the number at the start of the device file, within its first `width` bytes. If there
+    /// is no number, sets `number` to 0. Fails and leaves `number` unchanged if the driver is not
+    /// valid or the file can't be opened.
     XCode readDevice(unsigned width, int& number) const;
 
     /// Writes `number` as a record of `width` bytes: digits, then zero bytes. Fails as `readDevice`
