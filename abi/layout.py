@@ -2,8 +2,8 @@
 
 For each class, prints the size, the offsets of the bases and members, and the slots of the virtual
 operations that the class declares. abidw reads all of this from the compiler's debug information. A
-base TDriver<...> is not shown, because it only implements what all drivers share. Its bases and
-slots are shown as if the class itself had them.
+base class TDriver<...> is not shown, because it only implements what all drivers share. Its own
+bases and slots are shown as if the derived class itself had them.
 """
 
 import re

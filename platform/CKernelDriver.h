@@ -11,14 +11,14 @@
 /// operations.
 class CKernelDriver : public CDriver, public IInfo {
 public:
-    /// `driverName` is what `getDriverName` returns, `endpointName` the kernel driver's name on the
-    /// message channel. Does not contact the kernel driver. `repository` may be null and is not
-    /// owned.
+    /// `driverName` is the name that `getDriverName` returns; `endpointName` is the kernel driver's
+    /// name on the message channel. Does not contact the kernel driver. `repository` may be null
+    /// and is not owned.
     CKernelDriver(IDriverRepository* repository, const String& driverName,
                   const String& endpointName);
     ~CKernelDriver() override;
 
-    /// Each kind of driver returns its own identifier.
+    /// The identifier of the kind of driver; each kind has its own.
     const VELM_UUID& getDID() const override = 0;
 
     /// Supports IInfo and the interfaces of CDriver.
@@ -27,29 +27,29 @@ public:
     unsigned release() override;
     TYLock* getLock() override;
 
-    /// Adds only the header row, whose title is the driver's name.
+    /// Adds only the header row; its title is the driver's name.
     InfoContainer& getInfo(InfoContainer& container, unsigned maxLevel, unsigned level,
                            unsigned maxIndex, unsigned index, const String& prefix) const override;
 
     /// Connects the channel and calls `onConnected`. On failure, closes the channel again and
-    /// returns the failing status; a message in that status is also stored in `error`. An open
-    /// driver is closed first, so calling `open` again reconnects it to a kernel driver that was
-    /// gone and has come back.
+    /// returns the failing status; if that status has a message, also stores the message in
+    /// `error`. An open driver is closed first, so calling `open` again reconnects it to a kernel
+    /// driver that disappeared and came back.
     virtual XCode open(String& error);
 
     /// Closes the channel, then calls `onDisconnected`. Does nothing if the driver is closed.
     virtual void close();
 
-    /// Called by `open` when the channel is connected. Its result decides whether `open` succeeds.
+    /// Called by `open` once the channel is connected. Its result decides whether `open` succeeds.
     virtual XCode onConnected(String& error);
     /// Called by `close` after the channel is closed.
     virtual void onDisconnected();
 
 protected:
     ///@{
-    /// Sends `code` without a value, waits for the answer and stores it in `reply`. Fails with a
-    /// message, and leaves `reply` unchanged, if the driver is not open, if the endpoint is gone,
-    /// or if the endpoint does not answer the code with a value of this type.
+    /// Send `code` without a value, wait for the answer and store it in `reply`. They fail with a
+    /// message and leave `reply` unchanged if the driver is not open, if the endpoint is gone, or
+    /// if the endpoint does not answer the code with a value of this type.
     XCode sendReceiveMessage(unsigned code, String& reply);
     XCode sendReceiveMessage(unsigned code, bool& reply);
     XCode sendReceiveMessage(unsigned code, int& reply);

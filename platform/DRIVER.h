@@ -10,7 +10,7 @@ IDriverRepository* INSTANCE();
 
 /// Replaces the process's repository by the host's own `repository`; null restores the default.
 /// Returns the previous replacement, or null if the default was in use. `repository` is not owned
-/// and must outlive its use.
+/// and must exist as long as it is in use.
 IDriverRepository* SET_INSTANCE(IDriverRepository* repository);
 
 } // namespace DRIVER

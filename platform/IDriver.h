@@ -10,14 +10,14 @@ class IDriver : public IUnknown {
 public:
     static const VELM_UUID& IID();
 
-    /// Which kind of driver this is. The same for all objects of one class.
+    /// Identifies the kind of driver. The same for all objects of one class.
     virtual const VELM_UUID& getDID() const = 0;
 
     /// The name under which a repository keeps this object.
     virtual const String& getDriverName() const = 0;
 
     ///@{
-    /// The repository this driver belongs to, or null. It is not owned.
+    /// The repository that this driver belongs to, or null. It is not owned.
     virtual IDriverRepository* getDriverRepository() = 0;
     virtual void setDriverRepository(IDriverRepository* repository) = 0;
     ///@}

@@ -5,8 +5,8 @@
 
 class TYLock;
 
-/// The operations of every framework object. The order of the virtual operations is part of the
-/// binary interface.
+/// The operations that every framework object has. The order of the virtual operations is part of
+/// the binary interface.
 class IUnknown {
 public:
     static const VELM_UUID& IID();
@@ -23,8 +23,8 @@ public:
     /// object. May be called on any thread.
     virtual unsigned release() = 0;
 
-    /// The object's lock, for callers that share the object with other threads; null if it has
-    /// none.
+    /// The object's lock, for callers that share the object with other threads; null if the object
+    /// has no lock.
     virtual TYLock* getLock();
 
     virtual ~IUnknown();

@@ -7,7 +7,7 @@
 /// Holds the rows of an information dump in order.
 class InfoContainer {
 public:
-    /// A row: its depth, its number among rows of its kind, its title and its text.
+    /// A row: its depth, its number among the rows of the same kind, its title and its text.
     struct Row {
         unsigned level;
         unsigned index;

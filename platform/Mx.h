@@ -8,21 +8,22 @@
 
 /// A client's end of the kernel message channel. `publish` creates the other end, an endpoint.
 ///
-/// An endpoint is a handler with a name. Calls to the handler of one endpoint run one at a time,
-/// each on the thread that sends. Any thread may call any operation, but only one thread at a time
-/// may use a channel object.
+/// An endpoint is a handler with a name. Calls to an endpoint's handler run one at a time, each on
+/// the thread that sends the request. Any thread may use this class, but only one thread at a time
+/// may use the same object.
 class Mx {
 public:
     /// Answers one request by setting a value in `reply`. A reply without a value means that the
-    /// endpoint does not know this code. A failure is passed on to the sender.
+    /// endpoint does not know the code of the request. If the handler returns a failure, the sender
+    /// receives it.
     using Handler = std::function<XCode(const MxMsg& request, MxMsg& reply)>;
 
-    /// Makes `handler` answer for `endpoint`. Fails with "ENDPOINT '%s' ALREADY PUBLISHED", or with
-    /// "ENDPOINT '%s' HAS NO HANDLER" if `handler` is empty.
+    /// Makes `handler` answer the requests to `endpoint`. Fails with "ENDPOINT '%s' ALREADY
+    /// PUBLISHED", or with "ENDPOINT '%s' HAS NO HANDLER" if `handler` is empty.
     static XCode publish(const String& endpoint, Handler handler);
 
-    /// Removes the endpoint. When this returns, no other thread is running the handler, and it is
-    /// never called again. Fails with "ENDPOINT '%s' NOT FOUND".
+    /// Removes the endpoint. When the call returns, no other thread is running the handler, and the
+    /// handler is never called again. Fails with "ENDPOINT '%s' NOT FOUND".
     static XCode withdraw(const String& endpoint);
 
     Mx();
@@ -30,7 +31,7 @@ public:
     Mx(const Mx&) = delete;
     Mx& operator=(const Mx&) = delete;
 
-    /// Binds to a published endpoint. Fails with "ENDPOINT '%s' NOT FOUND".
+    /// Connects to a published endpoint. Fails with "ENDPOINT '%s' NOT FOUND".
     XCode connect(const String& endpoint);
     void disconnect();
     bool isConnected() const;

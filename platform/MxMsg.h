@@ -22,8 +22,8 @@ public:
     bool hasValue() const { return m_value.index() != 0; }
 
     ///@{
-    /// Reads the value. If the message carries another type or no value, fails with "MESSAGE %u
-    /// CARRIES %s, EXPECTED %s" and leaves `value` unchanged.
+    /// Read the value. If the message has a value of another type or no value, fail with "MESSAGE
+    /// %u CARRIES %s, EXPECTED %s" and leave `value` unchanged.
     XCode get(String& value) const;
     XCode get(bool& value) const;
     XCode get(int& value) const;

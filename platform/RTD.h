@@ -6,14 +6,14 @@
 
 namespace RTD {
 
-/// Receives log lines. Called on any thread, even on several at once.
+/// Receives log lines. Any thread may call it, even several at once.
 class LogSink {
 public:
     virtual ~LogSink();
     virtual void write(const String& category, int level, const String& text) = 0;
 };
 
-/// The event monitor: receives reports of events that need attention. Called on any thread.
+/// The event monitor: receives reports of events that need attention. Any thread may call it.
 class Monitor {
 public:
     virtual ~Monitor();
@@ -27,10 +27,10 @@ void VSYSLOG(const String& category, int level, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
 /// Sends log lines to `sink`; null restores standard error. Returns the previous sink. The sink is
-/// not owned and must live until no thread can still be logging to it.
+/// not owned and must exist until no thread can log to it any more.
 LogSink* SET_LOG_SINK(LogSink* sink);
 
 } // namespace RTD
 
-/// The event monitor; null means that there is none. Set by the host, not owned.
+/// The event monitor, set and owned by the host; null means that there is none.
 extern std::atomic<RTD::Monitor*> MON_EVENT;

@@ -5,9 +5,9 @@
 
 /// The framework's text string. It owns its bytes, which may include zero bytes.
 ///
-/// Positions and lengths count bytes. Operations that return `String&` return the string itself.
-/// Throws std::bad_alloc if memory runs out; nothing else fails. Several threads may read a string
-/// at once, but not while another thread changes it.
+/// Positions and lengths count bytes. Operations that return `String&` return the string itself. If
+/// memory runs out, an operation throws std::bad_alloc; nothing else fails. Several threads may
+/// read a string at once, but not while another thread changes it.
 class String {
 public:
     String() = default;
@@ -39,18 +39,18 @@ public:
     /// Removes blanks, tabs, newlines, carriage returns, form feeds and vertical tabs at both ends.
     String& trim();
 
-    /// Converts the ASCII letters a to z; every other byte stays.
+    /// Converts the ASCII letters a to z; every other byte stays unchanged.
     String& toUpperCase();
 
     bool startsWith(const String& prefix) const;
 
     /// The signed number at the start of the text, after blanks, clamped to 32 bits on every
-    /// machine; 0 if there is none. `base` is 2 to 36, or 0 to choose it by the prefix as C does
-    /// ("0x" or "0"). Base 16 allows the prefix "0x".
+    /// machine; 0 if there is no number. `base` is 2 to 36, or 0 to choose the base by the prefix
+    /// ("0x" or "0"), as C does. Base 16 allows the prefix "0x".
     int toInteger(int base = 10) const;
 
     /// The decimal number at the start of the text, after blanks, clamped to 0..4294967295 (a
-    /// negative number is 0); 0 if there is none.
+    /// negative number counts as 0); 0 if there is no number.
     unsigned toUInt() const;
 
     friend bool operator==(const String& a, const String& b) { return a.m_text == b.m_text; }

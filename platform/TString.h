@@ -2,8 +2,8 @@
 
 #include <string>
 
-/// The framework's growable buffer of elements, which may be zero; `TString<char>` holds tag data
-/// and EEPROM images. A copy shares no memory with its source. If memory runs out, throws
+/// The framework's growable buffer. Its elements may be zero. `TString<char>` holds tag data and
+/// EEPROM images. A copy shares no memory with its source. If memory runs out, throws
 /// std::bad_alloc and changes nothing.
 template <class T>
 class TString {
@@ -46,5 +46,5 @@ public:
     }
 
 private:
-    std::basic_string<T> m_elements; // stores the data of most tags without allocating memory
+    std::basic_string<T> m_elements; // needs no allocated memory for the data of most tags
 };

@@ -14,13 +14,13 @@ public:
     TYFile& operator=(const TYFile&) = delete;
 
     /// Opens the file, after closing it if it is open. `flags` are those of open(2) (0 is
-    /// read-only) and `extraFlags` are added to them; `mode` is the mode of a new file. May wait,
-    /// for example for the writer of a pipe; a framework thread can be ended while it waits. Fails
-    /// with a text.
+    /// read-only), and `extraFlags` are added to them; `mode` is the mode of a new file. The call
+    /// may wait, for example for the writer of a pipe; a framework thread can be ended while it
+    /// waits. A failure has a text.
     XCode open(int flags, unsigned mode, int extraFlags);
 
     /// Reads once, at most `size` bytes, and stores the number of bytes in `count`; 0 is the end of
-    /// the file. With `wait`, waits for data, and a framework thread can be ended meanwhile.
+    /// the file. With `wait`, waits for data; a framework thread can be ended while it waits.
     /// Without `wait`, `count` is also 0 if there is no data yet. On failure, the status has a text
     /// and `count` is 0.
     XCode readOnce(char* buffer, unsigned size, unsigned& count, bool wait);

@@ -1,7 +1,7 @@
 #pragma once
 
-/// What `getLock()` returns: a recursive lock. A thread that takes it several times must release it
-/// as often.
+/// The recursive lock that `getLock()` returns. A thread must release the lock as many times as it
+/// took the lock.
 class TYLock {
 public:
     virtual ~TYLock();

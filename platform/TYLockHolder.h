@@ -3,7 +3,7 @@
 #include "TYLock.h"
 
 /// Takes a lock in its constructor and releases it in its destructor. The lock may be null, because
-/// an object may have none.
+/// an object may have no lock.
 class TYLockHolder {
 public:
     explicit TYLockHolder(TYLock* lock) : m_lock(lock) {

@@ -7,6 +7,6 @@ class TYRunnable {
 public:
     virtual ~TYRunnable();
 
-    /// Runs on the thread. Joining the thread returns its result.
+    /// Runs on the thread. Joining the thread returns the result of this function.
     virtual XCode runThread() = 0;
 };

@@ -15,16 +15,16 @@ class TYRunnable;
 /// exceptions propagate, and must not wait in a `noexcept` function or a destructor. (While the
 /// stack is unwound, a wait in a destructor returns early.)
 ///
-/// Host code (a log sink, a message handler, an observer) need not follow these rules: each call
-/// into it is protected by an `Undisturbed`, so the thread cannot be ended there, not even in a
-/// wait.
+/// Host code (a log sink, a message handler, an observer) need not follow these rules: an
+/// `Undisturbed` protects each call into host code, so the thread cannot be ended there, not even
+/// in a wait.
 ///
 /// Only the owner calls `start`, `detach` and the destructor, one at a time. Once `start` has
 /// returned, any thread, including the framework thread itself, may call the other operations.
 ///
 /// Framework threads block all signals except those that report a fault, such as SIGSEGV, so the
 /// host receives its signals on its own threads. The framework uses SIGURG to interrupt a waiting
-/// thread; a host must not install a handler for it.
+/// thread; a host must not install a handler for SIGURG.
 class TYThread {
 public:
     /// `runnable` is not owned; it may be null if a derived class overrides `runThread`. Does not
@@ -32,12 +32,12 @@ public:
     explicit TYThread(const String& name, TYRunnable* runnable = nullptr);
 
     /// Stops the thread. A class that overrides `runThread` must call `stop()` in its own
-    /// destructor, while what its thread uses still exists.
+    /// destructor, while everything that its thread uses still exists.
     virtual ~TYThread();
     TYThread(const TYThread&) = delete;
     TYThread& operator=(const TYThread&) = delete;
 
-    /// The thread's body: runs the runnable. Fails if there is none.
+    /// The thread's body: runs the runnable. Fails if there is no runnable.
     virtual XCode runThread();
 
     virtual bool isAlive() const;
@@ -46,42 +46,43 @@ public:
     /// The kernel's thread ID; 0 if no thread is running.
     virtual int getTid() const;
 
-    /// Starts the thread. `name`, unless empty, replaces the constructor's name in the system's
-    /// thread list, which shows 15 bytes. Fails if the thread is already running or cannot be
-    /// created.
+    /// Starts the thread. If `name` is not empty, it replaces the constructor's name in the
+    /// system's thread list, which shows 15 bytes. Fails if the thread is already running or cannot
+    /// be created.
     virtual XCode start(const String& name);
 
-    /// Ends the thread and waits until it has ended: at once if the thread is waiting, otherwise at
-    /// its next wait. May be called twice or before `start`. If the thread calls it on itself, it
-    /// returns immediately, and the thread ends at its next wait.
+    /// Ends the thread and waits until it has ended. A thread that is waiting ends at once, any
+    /// other thread at its next wait. May be called twice or before `start`. If a thread calls
+    /// `stop` on itself, the call returns immediately, and the thread ends at its next wait.
     virtual XCode stop();
 
     /// Detaches the thread: it cannot be joined any more, but `stop()` still ends it.
     virtual XCode detach();
 
-    /// Waits for the thread's end and returns the result of its body; success if the thread was
-    /// stopped. Fails if the thread calls it on itself, after `detach`, and if no thread was
-    /// started.
+    /// Waits for the thread's end and returns the result of its body, or success if the thread was
+    /// stopped. Fails if the thread calls it on itself, if the thread is detached, or if no thread
+    /// was started.
     virtual XCode join();
-    /// The same, but gives up and fails after `milliseconds`.
+    /// Does the same, but gives up and fails after `milliseconds`.
     virtual XCode join(unsigned milliseconds);
 
-    /// The stack of this thread, one line per frame. Fails unless this thread itself calls it.
+    /// Sets `text` to the stack of this thread, one line per frame. Fails if another thread calls
+    /// it or if the C library has no stack traces.
     virtual XCode getBacktrace(String& text) const;
 
     ///@{
-    /// The system's scheduling policy (SCHED_OTHER, SCHED_FIFO, ...) and priority. Fail if no
-    /// thread is running.
+    /// Read or set the thread's scheduling policy (SCHED_OTHER, SCHED_FIFO, ...) and priority. Both
+    /// fail if no thread is running.
     virtual XCode getSchedulingPolicy(int& policy, int& priority) const;
     virtual XCode setSchedulingPolicy(int policy, int priority);
     ///@}
 
-    /// Puts the calling thread to sleep for at least this long. A framework thread can be ended
-    /// here.
+    /// Puts the calling thread to sleep for at least `microseconds`. A framework thread can be
+    /// ended while it sleeps.
     static void usleep(unsigned microseconds);
 
     /// As long as an object of this class exists, the thread that created it cannot be ended, not
-    /// even in a wait. Create one on the stack around each call into host code.
+    /// even in a wait. Create such an object on the stack around each call into host code.
     class Undisturbed {
     public:
         Undisturbed();

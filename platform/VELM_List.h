@@ -6,7 +6,7 @@
 #include <utility>
 
 /// A circular, doubly linked list with one sentinel and a count. Elements are held by value. An
-/// iterator is a position: an element, or the sentinel, which is the end. An iterator stays valid
+/// iterator points to an element or to the sentinel, which is the end. An iterator stays valid
 /// until its element is removed. A list cannot be copied, and only one thread at a time may use it.
 template <class T>
 class VELM_List {
@@ -91,7 +91,7 @@ public:
 
     Iterator append(T value) { return insert(end(), std::move(value)); }
 
-    /// The same as `insert`, but constructs the value in place.
+    /// Does the same as `insert`, but constructs the value in place.
     template <class... Arguments>
     Iterator emplace(Iterator position, Arguments&&... arguments) {
         Link* const element = new Element(std::forward<Arguments>(arguments)...);
@@ -103,8 +103,8 @@ public:
         return Iterator(element);
     }
 
-    /// Removes and destroys the element at `position`, which must not be the end. Returns the next
-    /// position.
+    /// Removes and destroys the element at `position`, which must not be the end. Returns the
+    /// position of the next element, or the end.
     Iterator remove(Iterator position) {
         Link* const link = position.m_link;
         Link* const next = link->next;

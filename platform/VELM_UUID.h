@@ -6,7 +6,8 @@
 
 /// Identifier of a driver, a class or an interface: a handle to a shared representation of 16 value
 /// bytes and a name text. Two identifiers are equal when they share the representation or their 16
-/// bytes are equal; the name is ignored. Several threads may copy and compare handles.
+/// bytes are equal; the name is ignored. Several threads may copy and compare handles at the same
+/// time.
 class VELM_UUID {
 public:
     /// The 16 bytes in memory order.
@@ -39,7 +40,8 @@ public:
     /// A handle to `rep`; takes a reference unless the representation is static.
     explicit VELM_UUID(Rep& rep);
 
-    /// A handle to a new representation that counts its references. `name` must outlive it.
+    /// A handle to a new representation that counts its references. `name` must outlive the
+    /// representation.
     VELM_UUID(const Value& value, const char* name);
 
     VELM_UUID(const VELM_UUID& other);
@@ -60,8 +62,9 @@ private:
                : c >= 'a' && c <= 'f' ? c - 'a' + 10
                                       : refuse();
     }
-    /// Throws std::invalid_argument. A constant expression that calls it does not compile, because
-    /// it is not constexpr. A `throw` in this header would not compile without exceptions.
+    /// Throws std::invalid_argument. The function is not constexpr, so a constant expression that
+    /// calls it does not compile. Its `throw` is not in this header, because a program built
+    /// without exceptions could not compile the `throw`.
     static int refuse();
     static Rep* acquire(Rep* rep);
     static void drop(Rep* rep);

@@ -4,8 +4,8 @@
 
 class String;
 
-/// The status that nearly every operation returns. Code 0 is success, and -1 is a failure without a
-/// more specific code. A status may carry a message.
+/// The status that nearly every operation returns. Code 0 means success; code -1 means a failure
+/// that has no more specific code. A status may carry a message.
 ///
 /// A status is one machine word. Without a message, the word is the code shifted left by one with
 /// the low bit set: success is the word 1, and code -1 is the word with all bits set. With a

@@ -6,8 +6,8 @@ CDriver::CDriver(const VELM_UUID& did, const String& driverName)
 CDriver::~CDriver() = default;
 
 XCode CDriver::queryInterface(const VELM_UUID& iid, void** object) {
-    // A driver has several IUnknown bases. Always return the one of IDriver, so that two pointers
-    // are equal exactly if they refer to the same object.
+    // A driver has several IUnknown bases. Always return the IUnknown base of IDriver, so that two
+    // IUnknown pointers are equal exactly if they refer to the same driver.
     IDriver* const face = iid == IUnknown::IID() || iid == IDriver::IID() ? this : nullptr;
     if (object) {
         if (face)

@@ -36,7 +36,7 @@ XCode CDriverRepository::registerDriver(IDriver* driver) {
 }
 
 XCode CDriverRepository::unregisterDriver(const String& name) {
-    TYPtr<IDriver> removed; // outlives the lock below, so the driver is released without it
+    TYPtr<IDriver> removed; // outlives the lock below, so the driver is released after the lock
     {
         const TYLockHolder hold(&m_lock);
         const auto found = m_places.find(name);
@@ -45,8 +45,8 @@ XCode CDriverRepository::unregisterDriver(const String& name) {
         removed = std::move(*found->second);
         m_drivers.erase(found->second);
         m_places.erase(found);
-        // Still under the lock, because another thread may register the driver again right
-        // afterwards.
+        // Done under the lock, because another thread may register the driver again as soon as the
+        // lock is free.
         removed->setDriverRepository(nullptr);
     }
     return XCode();

@@ -26,5 +26,5 @@ private:
 
     TYRecursiveLock m_lock;
     Drivers m_drivers;
-    std::map<String, Drivers::iterator> m_places; ///< of each driver, by name
+    std::map<String, Drivers::iterator> m_places; ///< the entries of m_drivers by driver name
 };

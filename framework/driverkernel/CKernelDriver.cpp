@@ -2,7 +2,7 @@
 
 #include "InfoContainer.h"
 
-// The concrete class overrides getDID, so nobody sees the identity passed to the base.
+// The concrete class overrides getDID, so the identifier passed to CDriver is never visible.
 CKernelDriver::CKernelDriver(IDriverRepository* repository, const String& driverName,
                              const String& endpointName)
     : CDriver(VELM_UUID(VELM_UUID::Value{}, ""), driverName), m_endpointName(endpointName) {

@@ -10,7 +10,7 @@ struct Mx::Endpoint {
     Endpoint(const String& n, Handler h) : name(n), handler(std::move(h)) {}
 
     const String name;
-    // Recursive, so that a handler may withdraw its own endpoint.
+    // The mutex is recursive, so that a handler may withdraw its own endpoint.
     std::recursive_mutex mutex;
     bool published = true;
     const Handler handler;

@@ -47,9 +47,8 @@ bool parse(const String& text, unsigned minimum, unsigned maximum, unsigned& val
     return true;
 }
 
-/// Reads to the end, but little more than SIZE_LIMIT bytes: the path may lead to an endless file,
-/// or to a pipe, which is not waited for.
-/// On failure returns false, with the reason in `errno`.
+/// Reads the file, but not much more than SIZE_LIMIT bytes, because the file may be endless. Does
+/// not block if the file is a pipe. On failure, returns false with the reason in `errno`.
 bool read(const String& path, std::string& content) {
     const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (file < 0)

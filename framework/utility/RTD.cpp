@@ -25,9 +25,9 @@ int highestLevel() {
 }
 
 void writeToStandardError(const String& category, int level, const String& text) {
-    // One write per line, so that lines of several threads and processes do not mix.
+    // Writes each line with one call, so that lines of several threads and processes do not mix.
     std::string line = String::format("%s %d: %s", category.c_str(), level, text.c_str()).c_str();
-    // A text may quote a file, and a terminal may obey what it quotes.
+    // A text may quote a file, and a terminal would obey control characters in the quotation.
     std::replace_if(
         line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
     line += '\n';

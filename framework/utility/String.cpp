@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Formats into `line` on the stack, and a second time only if the text does not fit.
+/// Formats into `line` on the stack, and a second time, into `text`, only if the text does not fit.
 __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
     char line[128];
     va_list again;

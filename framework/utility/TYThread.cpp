@@ -10,7 +10,7 @@
 #include <mutex>
 #include <utility>
 
-#if __has_include(<execinfo.h>) // musl has none
+#if __has_include(<execinfo.h>) // musl has no such header
 #include <execinfo.h>
 #endif
 #include <pthread.h>
@@ -28,8 +28,8 @@ XCode failure(const char* what, int error = 0) {
                  error ? String::format("%s: %s", what, std::strerror(error)) : String(what));
 }
 
-// Fault signals stay unblocked: a blocked one would kill the process without calling the host's
-// handler, which may write a crash report.
+// Fault signals stay unblocked: a blocked fault signal would kill the process without a call to the
+// host's handler, which may write a crash report.
 sigset_t everySignalButFaults() {
     sigset_t signals;
     sigfillset(&signals);
@@ -64,7 +64,8 @@ TYThread::TYThread(const String& name, TYRunnable* runnable) : m_name(name), m_r
 
 TYThread::~TYThread() {
     static_cast<void>(TYThread::stop());
-    // Needed only if the thread destroys its own object: `stop` does not join the calling thread.
+    // `detach` is needed only if the thread destroys its own object: `stop` does not join the
+    // calling thread.
     static_cast<void>(TYThread::detach());
 }
 
@@ -82,8 +83,8 @@ void* TYThread::body(void* argument) {
         control->changed.notify_all();
     }
 
-    // A destructor records the end, so that it is also recorded if host code ends the thread with
-    // pthread_exit or pthread_cancel.
+    // A destructor records the thread's end, so that the end is also recorded if host code ends the
+    // thread with pthread_exit or pthread_cancel.
     struct Ending {
         Control& control;
         XCode result;
@@ -114,7 +115,7 @@ XCode TYThread::start(const String& name) {
     m_control = control; // set first, because the new thread may use it at once
     const sigset_t blocked = everySignalButFaults();
     sigset_t former;
-    // Set before the new thread is created, because that thread inherits the mask.
+    // The mask is set before the new thread is created, because that thread inherits it.
     pthread_sigmask(SIG_SETMASK, &blocked, &former);
     int error;
     {

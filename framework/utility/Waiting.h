@@ -3,32 +3,32 @@
 #include <atomic>
 #include <cerrno>
 
-/// Lets a framework thread be stopped while it waits, and nowhere else.
+/// Makes it possible to stop a framework thread while it waits, but nowhere else.
 ///
 /// The stopping thread sets `stopRequested` and then sends SIGURG repeatedly until the thread has
 /// ended, because one signal may arrive just before the system call and be lost. The signal is
 /// blocked outside the one call that waits, so host code never sees an interrupted call.
 ///
 /// If the call returns a descriptor, the caller stores the descriptor before it checks for a stop,
-/// so the descriptor is not leaked. pthread_cancel could end the thread before the descriptor is
-/// stored.
+/// so that the descriptor is not leaked. pthread_cancel is not used, because it could end the
+/// thread before the descriptor is stored.
 namespace waiting {
 
-/// Shared by a thread and the threads that stop it. Each start of a thread creates a new one.
+/// Shared by a thread and the threads that stop it. Each start of a thread creates a new State.
 struct State {
     std::atomic<bool> stopRequested{false};
-    std::atomic<bool> inCall{false}; ///< in the waiting call; the signal has an effect only then
+    std::atomic<bool> inCall{false}; ///< true in the waiting call; the signal has effect only then
 };
 
 /// Thrown to unwind a thread's stack and caught only by the framework. It has no base class, so a
 /// handler for std::exception does not catch it.
 struct ThreadStopped {};
 
-/// The signal that interrupts a wait. It is ignored by default, so a stray one does no harm.
+/// The signal that interrupts a wait. By default it is ignored, so a stray signal does no harm.
 int wakeSignal();
 
 /// Installs the handler of the wake signal, once per process. The handler does nothing; its only
-/// purpose is to interrupt the call.
+/// purpose is to let the signal interrupt the waiting call.
 void installHandler();
 
 /// The calling thread's state; null if the framework did not start the thread.
@@ -37,7 +37,7 @@ State*& current();
 /// True while the calling thread is in host code, where it can't be stopped.
 bool& undisturbed();
 
-/// Returns whether the calling thread was asked to stop and can be stopped here.
+/// True if the calling thread was asked to stop and can be stopped here.
 bool stopRequested();
 
 /// Ends the calling thread by throwing ThreadStopped if it was asked to stop; otherwise returns
