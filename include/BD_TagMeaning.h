@@ -23,7 +23,7 @@ struct TagMeaning {
     TagId first;      ///< the lowest identifier
     TagId last;       ///< the highest identifier
     TagKind kind;     ///< how the data is read and shown
-    unsigned size;    ///< the required number of data bytes; 0 if any number is valid
+    unsigned size;    ///< the required number of data bytes; 0 if any length is valid
     bool isSingle;    ///< true if a second tag with the same identifier is a mistake
     const char* name; ///< null if the identifiers have no name
 };

@@ -11,15 +11,15 @@
 /// The board descriptor's driver. It keeps the tag list in memory, loads it from an image in a
 /// device file, stores it there, and creates two reports.
 ///
-/// An image is a sequence of chunks from byte 0. A chunk consists of an identifier (2 bytes), the
-/// length of the whole chunk (2 bytes, at least 4) and data. Numbers are big-endian. Identifier
-/// 0x0000 or 0xFFFF ends the image. The writer pads data of odd length with a zero byte and
-/// includes that byte in the length, so the tag reads back one byte longer.
+/// An image is a sequence of chunks that starts at byte 0. A chunk consists of an identifier (2
+/// bytes), the length of the whole chunk (2 bytes, at least 4) and data. Numbers are big-endian.
+/// Identifier 0x0000 or 0xFFFF ends the image. The writer pads data of odd length with a zero byte
+/// and includes that byte in the length, so the tag reads back one byte longer.
 ///
 /// The order of the virtual operations is part of the binary interface.
 class BOARD_API CBoardDescr : public TDriver<CDriver, IBoardDescr, IInfo> {
 public:
-    /// The tags in the order of their image.
+    /// The tags, in the order of the image.
     using TagList = VELM_List<BD::Tag>;
 
     ///@{

@@ -55,8 +55,8 @@ public:
 
     /// Ends the thread and waits until it has ended; a message that has already been read is
     /// handled first. Sends nothing to the event monitor. May be called on any thread, before
-    /// `start` and more than once. On the button's own thread it only requests the end: the thread
-    /// ends after the observer returns.
+    /// `start` and more than once. On the button's own thread, `stop` only requests the end: the
+    /// thread ends after the observer returns.
     XCode stop();
 
     /// The thread's body. Returns only after a file error. The function does not retry, but reports

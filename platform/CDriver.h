@@ -6,8 +6,9 @@
 #include "String.h"
 #include "TYRecursiveLock.h"
 
-/// The framework's base class of all drivers: identity, name, repository, reference count, lock. A
-/// new object has one reference, which belongs to its creator. Cannot be copied or moved.
+/// The framework's base class of all drivers. Holds the identity, name, repository, reference count
+/// and lock. A new object has one reference, which belongs to its creator. Cannot be copied or
+/// moved.
 class CDriver : public IDriver {
 public:
     /// Both arguments are copied.

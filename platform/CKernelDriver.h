@@ -4,8 +4,8 @@
 #include "IInfo.h"
 #include "Mx.h"
 
-/// The framework's base class of kernel-backed drivers: the message channel to the kernel driver,
-/// and the header row of the information dump.
+/// The framework's base class of kernel-backed drivers. Implements the message channel to the
+/// kernel driver and the header row of the information dump.
 ///
 /// Only the host calls `open` and `close`. Once the driver is open, any thread may call the other
 /// operations.

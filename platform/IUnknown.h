@@ -19,7 +19,7 @@ public:
     /// Takes one reference and returns the new count. May be called on any thread.
     virtual unsigned addRef() = 0;
 
-    /// Releases one reference and returns the new count. Releasing the last one destroys the
+    /// Releases one reference and returns the new count. Releasing the last reference destroys the
     /// object. May be called on any thread.
     virtual unsigned release() = 0;
 

@@ -3,7 +3,7 @@
 #include "String.h"
 #include "XCode.h"
 
-/// The preference store: settings of an operator that override the board's own figures. Any thread
+/// The preference store: an operator's settings, which override the board's own figures. Any thread
 /// may call these functions.
 namespace PREFERENCES {
 
@@ -19,8 +19,8 @@ XCode LOAD(const String& path, String& error);
 /// Empties the store.
 void CLEAR();
 
-/// Sets `value` to the preference `key`, or to `defaultValue` if the preference is not set. A
-/// preference that is not a number (decimal, or hexadecimal after 0x) or is outside
+/// Sets `value` to the number in the preference `key`, or to `defaultValue` if the preference is
+/// not set. A preference that is not a number (decimal, or hexadecimal after 0x) or is outside
 /// `minimum`..`maximum` is logged at level 3 and counts as not set. Returns true if the preference
 /// counts as set. The variables passed as `value` and `defaultValue` may be the same.
 bool READPREF_UINT(const char* key, unsigned& value, unsigned defaultValue, unsigned minimum,
