@@ -118,7 +118,7 @@ public:
     /// Appends the list's image to `image`, without adding a terminator. Always returns success; if
     /// std::bad_alloc is thrown, `image` is unchanged. Identifiers and chunk lengths are written
     /// with their low 16 bits only, so a tag that exceeds the limits of the image (see IBoardDescr)
-    /// does not read back unchanged.
+    /// reads back changed or not at all.
     XCode exportBD(TString<char>& image, String& error);
 
 private:

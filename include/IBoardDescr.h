@@ -17,14 +17,14 @@
 /// 16 bits of an identifier, and the identifiers 0 and 65535 end it. A tag can be loaded with up to
 /// 65,531 bytes of data but stored with at most 65,530, because data of odd length is padded with
 /// one byte. No operation checks these limits; `writeBD` checks only that the image is smaller than
-/// the device. A tag that exceeds a limit does not read back unchanged.
+/// the device. A tag that exceeds a limit reads back changed or not at all.
 ///
 /// If memory runs out while an operation sets a tag's data, the tag is left empty and the operation
 /// succeeds. If memory runs out for anything else, std::bad_alloc is thrown and the list is
 /// unchanged, with two exceptions: `readBD` may leave only the tags before the tag for which memory
 /// ran out, and adding a MAC address may leave a new, empty tag in the list.
 ///
-/// No operation takes a lock. If several threads share a driver, each must hold its lock
+/// No operation takes a lock. If several threads share a driver, each must hold the driver's lock
 /// (`getLock()`) during a call, or during a whole sequence of calls that belong together. The order
 /// of the virtual operations is part of the binary interface.
 class BOARD_API IBoardDescr : public IUnknown {

@@ -48,7 +48,7 @@ public:
     virtual XCode setLedStatus(unsigned int status) = 0;
 
     /// Switches the bi-status overlay on (any value except 0) or off (0). Switching it on remembers
-    /// the current state of the LED and writes 2, so switching it on a second time remembers that
+    /// the current state of the LED and writes 2, so switching it on a second time remembers state
     /// 2. Switching it off writes the remembered state. In toggle mode, the call only records the
     /// request.
     ///
