@@ -6,8 +6,8 @@
 
 namespace board {
 
-/// Holds back the signals that ask a program to end, as long as it exists: a device must not be
-/// left between two states, and a write that restores one must not be interrupted. A signal that
+/// As long as it exists, holds back the signals that ask a program to end, so that no device is
+/// left between two states and no write that restores a device is interrupted. A signal that
 /// arrives meanwhile is delivered afterwards.
 class EndingSignalsHeld {
 public:
@@ -26,8 +26,9 @@ private:
     sigset_t m_former;
 };
 
-/// A program that handles those signals stores a function here that tells whether one has asked it
-/// to end. Computations that may be long and waits that come in parts look at it.
+/// A program that handles these signals stores a function here. The function tells whether a signal
+/// has asked the program to end. Long computations and loops of short waits ask isEndAsked, so that
+/// they end early.
 inline std::atomic<bool (*)()> endQuestion{nullptr};
 
 inline bool isEndAsked() {

@@ -37,7 +37,7 @@ struct TemperatureOver {
     unsigned maximum; ///< degrees Celsius
 };
 
-/// It has fallen below the maximum again, by more than the hysteresis.
+/// The temperature has fallen more than the hysteresis below the maximum.
 struct TemperatureBack {
     std::string name;
     double celsius;
@@ -70,10 +70,10 @@ struct PowerBack {
 struct FanAstray {
     std::string name;
     std::string set;  ///< "full", "high", "low" or "off"
-    std::string held; ///< the same words
+    std::string held; ///< one of the same words
 };
 
-/// The fan holds the speed that was set, or no speed that was set is in force any more.
+/// The fan now holds the speed that was set, or no set speed is in force any more.
 struct FanFollows {
     std::string name;
     std::optional<std::string> set; ///< empty if no speed is in force
@@ -93,18 +93,18 @@ struct FanTurns {
     unsigned rpm;
 };
 
-/// The device of the board descriptor holds something else than before.
+/// The content of the board descriptor's device has changed.
 struct DescriptorChanged {
-    unsigned tags;                    ///< how many differ, were added or are gone
-    std::optional<std::string> fault; ///< why it is corrupt
+    unsigned tags;                    ///< how many tags were changed, added or removed
+    std::optional<std::string> fault; ///< why the image is corrupt; empty if it is not
 };
 
-/// Something does not work, in words for people.
+/// A description, for people, of something that does not work.
 struct FaultReport {
     std::string text;
 };
 
-/// A line of the log, at a level that BOARD_LOG_LEVEL asks for.
+/// A line of the log whose level BOARD_LOG_LEVEL includes.
 struct LogLine {
     std::string text;
 };
@@ -122,7 +122,7 @@ struct LedPipeGone {
 /// Lines are read from the LED pipe again.
 struct LedPipeBack {
     std::string writers;      ///< who may write, in words
-    bool isTakenOver = false; ///< another service read them until now
+    bool isTakenOver = false; ///< another service read the lines until now
 };
 
 /// The sequencer drives the LEDs, which another program drove until now.
@@ -174,7 +174,7 @@ public:
     Batch take();
 
     /// Makes the descriptor readable although no event has arrived, so that the thread that takes
-    /// the events looks at what else has changed. Any thread; never waits.
+    /// the events checks for other changes. Any thread; never waits.
     void wake() const;
 
     /// Readable while events are waiting, and after `wake`, until the next `take`.

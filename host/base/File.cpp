@@ -27,7 +27,7 @@ auto repeatInterrupted(Call call) -> decltype(call()) {
     return result;
 }
 
-/// Reads to the end, or as far as `size` if that is not 0.
+/// Reads to the end, or only until `size` bytes are read if `size` is not 0.
 template <class Read>
 std::string readUpTo(Read read, std::size_t limit, const std::string& path, const char* what,
                      std::size_t size = 0) {
@@ -45,7 +45,7 @@ std::string readUpTo(Read read, std::size_t limit, const std::string& path, cons
     return content;
 }
 
-/// Reads until the end or a signal. Throws Error if there are more than `limit` bytes.
+/// The same. Throws Error for more than `limit` bytes, and if a signal interrupts the read.
 std::string readWhole(int descriptor, std::size_t limit, const std::string& path,
                       std::size_t size = 0) {
     const auto readOnce = [&](void* bytes, std::size_t most) {
@@ -248,7 +248,7 @@ void expectWritable(const std::string& path) {
     if (kindOf(path) == FileKind::FOLDER)
         failWith(path, WHAT, EISDIR);
     struct stat status {};
-    // In sysfs, nobody may write to such a file, not even root.
+    // In sysfs, not even root may write to a file whose mode allows nobody to write.
     if (isDevice(path) && ::stat(path.c_str(), &status) == 0 && (status.st_mode & WRITE) == 0)
         failWith(path, WHAT, EACCES);
 }

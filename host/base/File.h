@@ -8,15 +8,16 @@
 
 #include "base/FileDescriptor.h"
 
-/// The operating system's calls to open, read, write and replace files. In the host and its
-/// programs only this folder makes them. Other rooms use std::filesystem for paths and folders, and
-/// they poll, lock or control the devices and pipes that they have opened here.
+/// Functions that call the operating system to open, read, write and replace files. In host/ and
+/// tools/, only this folder makes such calls. Other rooms use std::filesystem for paths and
+/// folders. They open devices and pipes with these functions, and may then poll, lock or control
+/// them.
 ///
 /// A function whose name begins with `try` reports failure in its result and leaves the reason in
 /// `errno`. A function that only answers a question (what kind of file, which mode) never fails:
-/// its comment says what it returns if it can't find out. The others throw Error with "PATH: what
-/// failed: the system's reason". A call that a signal interrupts is repeated unless the function's
-/// comment says otherwise.
+/// its comment tells what it returns if the answer can't be found out. The others throw Error with
+/// "PATH: what failed: the system's reason". A call that a signal interrupts is repeated unless the
+/// function's comment says otherwise.
 namespace board {
 
 /// The system's description of an `errno` value.
@@ -27,27 +28,27 @@ std::string reasonOf(int error);
 
 enum class FileKind { MISSING, REGULAR, FOLDER, PIPE, CHARACTER_DEVICE, BLOCK_DEVICE, OTHER };
 
-/// Follows symbolic links. MISSING if the path can't be examined for any reason, which is then in
-/// `errno`.
+/// Follows symbolic links. Returns MISSING, with the reason in `errno`, if the path can't be
+/// examined for any reason.
 FileKind kindOf(const std::string& path);
-/// The same; also stores the size that the file system states, 0 if the file can't be examined.
+/// The same. Also stores the size that the file system states, or 0 if the file can't be examined.
 FileKind kindOf(const std::string& path, std::size_t& size);
 /// OTHER if the open file can't be examined; the reason is then in `errno`.
 FileKind kindOf(const FileDescriptor& file);
-/// The kind in the `st_mode` of a stat call.
+/// The kind that the `st_mode` of a stat call contains.
 FileKind kindOf(mode_t mode);
 
 /// The permission bits; 0 if the open file can't be examined.
 mode_t permissionsOf(const FileDescriptor& file);
 
-/// The size of a file or a block device, found by moving to its end; -1 on failure.
+/// The size of a file or a block device, found by seeking to its end; -1 on failure.
 off_t trySize(const FileDescriptor& file);
 /// The size that the file system states, without opening the file; -1 on failure.
 off_t trySize(const std::string& path);
 
-/// True for block devices and for files of the kernel's sysfs, such as an EEPROM. A
-/// sysfs file looks like an ordinary one, but a new file can't take its place. False if the file
-/// can't be examined.
+/// True for block devices and for files of the kernel's sysfs, such as an EEPROM. A sysfs file
+/// looks like an ordinary file, but a new file can't take its place. False if the file can't be
+/// examined.
 bool isDevice(const std::string& path);
 bool isOfDeviceTree(const FileDescriptor& file);
 
@@ -65,8 +66,8 @@ FileDescriptor createUnique(const std::string& start, std::string& name, const s
 
 /// One read of at most `size` bytes. Returns 0 at the end and -1 on failure.
 ssize_t tryRead(const FileDescriptor& file, void* bytes, std::size_t size);
-/// The same, but a signal that the program handles interrupts it (EINTR). Serves descriptors that
-/// the caller does not own, too.
+/// The same, but a signal that the program handles interrupts it (EINTR). Also reads descriptors
+/// that the caller does not own.
 ssize_t tryReadOnce(int descriptor, void* bytes, std::size_t size);
 /// Like tryRead, at a position in the file.
 ssize_t tryReadAt(const FileDescriptor& file, void* bytes, std::size_t size, off_t position);
@@ -74,7 +75,7 @@ ssize_t tryReadAt(const FileDescriptor& file, void* bytes, std::size_t size, off
 ssize_t tryWrite(const FileDescriptor& file, const void* bytes, std::size_t size);
 /// The same at a position in the file. Fails with ESPIPE on files without positions.
 ssize_t tryWriteAt(const FileDescriptor& file, const void* bytes, std::size_t size, off_t position);
-/// Writes everything, in as many calls as that takes.
+/// Writes all bytes, in as many calls as necessary.
 bool tryWriteAll(const FileDescriptor& file, const std::string& bytes);
 bool trySync(const FileDescriptor& file);
 bool trySetMode(const FileDescriptor& file, mode_t mode);
@@ -94,31 +95,32 @@ std::string readUpTo(const FileDescriptor& file, std::size_t limit, const std::s
 /// nobody writes to.
 std::string readFile(const std::string& path, std::size_t limit);
 
-/// The same for a file that has `size` bytes: once they are read, no further read looks for its
-/// end. If `size` is 0, the file may have more, as files of the kernel do.
+/// The same for a file whose stated size is `size`: stops after that many bytes, without another
+/// read to find the end. Reads to the end if `size` is 0, because many files of the kernel state
+/// that size and have more.
 std::string readFile(const std::string& path, std::size_t limit, std::size_t size);
 
 /// The same for standard input.
 std::string readStandardInput(std::size_t limit);
 
-/// The first line of a small file, without its end; empty optional if it can't be read.
+/// The first line of a small file, without its newline; nullopt if the file can't be read.
 std::optional<std::string> tryReadLine(const std::string& path);
 
 /// Throws Error with the system's reason if the file can't be opened for reading.
 void expectReadable(const std::string& path);
-/// Throws Error with the system's reason if the file can't be opened for writing, as far as its
-/// permissions tell: the file is not opened.
+/// Throws Error with the system's reason if the file can't be opened for writing. Only checks its
+/// permissions and its kind; does not open it.
 void expectWritable(const std::string& path);
 
 /// Locks the open file exclusively, without waiting. `errno` is EWOULDBLOCK if another descriptor
-/// holds the lock. To wait for it, see FileLock.h.
+/// holds the lock. To wait for the lock, see FileLock.h.
 bool tryLock(const FileDescriptor& file);
 
-/// Creates a named pipe with what the umask leaves of `mode`. `errno` is EEXIST if the path exists
-/// already.
+/// Creates a named pipe with the bits of `mode` that the umask does not clear. `errno` is EEXIST if
+/// the path exists already.
 bool tryMakePipe(const std::string& path, mode_t mode);
 
-/// Creates a pipe without a name. Both ends don't wait.
+/// Creates a pipe without a name. Both ends are non-blocking.
 bool tryMakePipe(FileDescriptor& readEnd, FileDescriptor& writeEnd);
 
 void makeFolder(const std::string& path);
@@ -130,8 +132,9 @@ std::string makeUniqueFolder(const std::string& start);
 /// may create a file meanwhile.
 mode_t modeOfNewFile();
 
-/// Removes an incomplete file. Does not throw Error, because another failure is being reported;
-/// returns what that failure's message must add: nothing, or that the file could not be removed.
+/// Removes an incomplete file. Does not throw, because the caller is already reporting another
+/// failure. Returns the text that the caller must append to its message: empty, or why the file
+/// could not be removed.
 std::string discard(const std::string& file);
 
 } // namespace board

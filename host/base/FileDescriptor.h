@@ -38,7 +38,7 @@ private:
     int m_number = -1;
 };
 
-/// What a path leads to. While a file is open, no other file has its identity.
+/// Identifies a file, whatever its path. While a file is open, no other file has its identity.
 struct FileIdentity {
     dev_t device;
     ino_t number;
@@ -50,8 +50,8 @@ struct FileIdentity {
 };
 
 ///@{
-/// Empty if it can't be examined; the reason is then in `errno`. The path's symbolic links are
-/// followed.
+/// Empty if the file can't be examined; the reason is then in `errno`. Symbolic links in the path
+/// are followed.
 std::optional<FileIdentity> tryIdentify(const std::string& path);
 std::optional<FileIdentity> tryIdentify(const FileDescriptor& file);
 ///@}
@@ -64,19 +64,19 @@ struct FileStatus {
 };
 
 ///@{
-/// Empty if it can't be examined; the reason is then in `errno`. A symbolic link at the end of the
-/// path is not followed.
+/// Empty if the file can't be examined; the reason is then in `errno`. A symbolic link at the end
+/// of the path is not followed.
 std::optional<FileStatus> tryExamine(const std::string& path);
 std::optional<FileStatus> tryExamine(const FileDescriptor& file);
 ///@}
 
-/// Opens a file for reading and writing. Creates it if it is missing, and then only this user may
-/// open it. Does not follow a symbolic link at the end of the path.
+/// Opens a file for reading and writing. If the file is missing, creates one that only this user
+/// may open. Does not follow a symbolic link at the end of the path.
 FileDescriptor tryOpenPrivate(const std::string& path);
 
 ///@{
-/// Change the file at `path`. False on failure, with the reason in `errno`. No other user may be
-/// able to replace what is at the path.
+/// Change the file at `path`. False on failure, with the reason in `errno`. Call these only if no
+/// other user can replace the file at that path.
 bool trySetMode(const std::string& path, mode_t mode);
 bool trySetGroup(const std::string& path, gid_t group);
 ///@}

@@ -21,9 +21,9 @@ namespace board {
 
 namespace {
 
-/// As the kernel does for a shell if fs.protected_symlinks and fs.protected_regular are on: in a
-/// sticky folder to which everybody may write, uses only what belongs to this user or to the
-/// folder's owner.
+/// In a sticky folder to which everybody may write, accepts only links and files that belong to
+/// this user or to the folder's owner. The kernel protects a shell's output in the same way if
+/// fs.protected_symlinks and fs.protected_regular are on.
 void expectTrusted(const std::string& path, const std::string& entry) {
     const std::optional<FileStatus> found = tryExamine(entry), folder = tryExamine(folderOf(entry));
     if (!found || !folder)
@@ -76,8 +76,8 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner, const L
         }
         expectTrusted(path, m_target);
         expectReplaceable(path, named.st_mode);
-        // The new content of a file never goes through this descriptor. It is still opened for
-        // writing: a writable folder does not imply permission to replace the file.
+        // If the file is replaced, nothing is written through this descriptor. The file is still
+        // opened for writing: a writable folder does not imply permission to replace the file.
         m_lock = tryOpen(m_target, O_WRONLY | O_NONBLOCK | O_NOCTTY);
         if (!m_lock.isOpen())
             failWith(path, "can't open for writing", errno);
@@ -96,7 +96,7 @@ FileReplacement::FileReplacement(const std::string& path, Manner manner, const L
             failWith(path, "can't examine the file", errno);
         if (!isThere || !isSameFile(locked, named)) {
             m_lock.close();
-            if (isEndAsked()) // somebody may go on replacing it
+            if (isEndAsked()) // others may replace the file again and again
                 failWith(path, "can't lock", EINTR);
             continue;
         }
@@ -152,7 +152,8 @@ void FileReplacement::writeInPlace(const std::string& bytes) const {
     if (static_cast<std::size_t>(written) != bytes.size())
         throw Error(m_path + ": accepted only " + std::to_string(written) + " of " +
                     std::to_string(bytes.size()) + " bytes");
-    // A later read must come from the device, not from memory. Some devices have nothing to sync.
+    // A later read must come from the device, not from the page cache. Some devices can't be
+    // synced.
     if (!trySync(m_lock) && errno != EINVAL)
         failWith(m_path, "can't sync", errno);
     static_cast<void>(::posix_fadvise(m_lock.number(), 0, 0, POSIX_FADV_DONTNEED));
@@ -168,7 +169,7 @@ LineFile::LineFile(const std::string& path)
 }
 
 void LineFile::append(const std::string& line) const {
-    const off_t size = trySize(m_file); // -1 for a pipe or a terminal
+    const off_t size = trySize(m_file); // -1 for a terminal
     char last = '\n';
     if (size > 0 && tryReadAt(m_file, &last, 1, size - 1) != 1)
         failWith(m_path, "can't read the last line", errno);
@@ -185,7 +186,7 @@ void LineFile::append(const std::string& line) const {
 
 bool LineFile::holds(const std::string& line) const {
     const std::string wanted = "\n" + line + "\n";
-    std::string window = "\n"; // what may be the start of the line, then what follows
+    std::string window = "\n"; // what may be the start of the line, then the next bytes
     std::vector<char> bytes(std::size_t{64} * 1024);
     off_t position = 0;
     if (kindOf(m_file) != FileKind::REGULAR) // a device may have no end

@@ -25,14 +25,14 @@ constexpr mode_t SOCKET_MODE = 0660, FOLDER_MODE = 0750;
 constexpr int MOST_CLIENTS_WAITING = 64;
 constexpr std::chrono::milliseconds NEXT_TRY{5};
 
-/// As folderOf(), but never empty.
+/// Like folderOf(), but never empty.
 std::string placeOf(const std::string& path) {
     const std::string folder = folderOf(path);
     return folder.empty() ? "./" : folder;
 }
 
-/// The address of a path. If the path is too long for an address, it leads through the descriptor
-/// of the folder, which must stay open.
+/// The socket address of a path. If the path is too long, the address leads through a descriptor of
+/// the folder, which this object keeps open.
 class Address {
 public:
     explicit Address(const std::string& path) {
@@ -56,7 +56,7 @@ public:
     /// Calls `bind` or `connect`. Returns -1 on failure.
     template <class Call>
     int pass(const Call& call, const FileDescriptor& socket) const {
-        // Without an address, the reason is still that of the constructor.
+        // Without an address, `errno` still has the reason from the constructor.
         return m_size == 0
                    ? -1
                    : call(socket.number(), reinterpret_cast<const sockaddr*>(&m_address), m_size);
@@ -72,20 +72,21 @@ FileDescriptor trySocket(int flags) {
     return FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0));
 }
 
-/// The folder of a socket, locked while the socket is made, so that two hosts don't take one
-/// another's new socket for an abandoned one.
+/// The folder of a socket, locked while the socket is made, so that two hosts don't mistake each
+/// other's new socket for an abandoned one.
 struct LockedFolder {
     FileDescriptor folder;
     HostLock lock;
 };
 
-/// Makes the folder if it is missing. Another host holds the lock for a short time only. A user
-/// without a private place for locks locks the folder itself, and others may do so for ever.
+/// Makes the folder if it is missing, and locks it. Another host holds the lock for a short time
+/// only. But for a user without a private place for locks, the folder itself is locked (see
+/// HostLock), and any program may hold that lock forever.
 LockedFolder lockedFolder(const std::string& path, std::chrono::milliseconds patience) {
     using Clock = std::chrono::steady_clock;
     const std::string folder = placeOf(path);
     if (::mkdir(folder.c_str(), FOLDER_MODE) == 0) {
-        // mkdir has also applied the umask.
+        // mkdir has removed the umask's bits from the mode.
         if (::chmod(folder.c_str(), FOLDER_MODE) != 0)
             failWith(folder, "can't set the mode of the folder", errno);
     } else if (errno != EEXIST) {
@@ -122,8 +123,8 @@ void removeAbandoned(const std::string& path) {
         failWith(path, "can't remove the socket of a program that has ended", errno);
 }
 
-/// Gives the new socket its whole mode, and examines it. Changes nothing else that somebody may
-/// have put in its place meanwhile.
+/// Restores the mode bits that the umask has removed from the new socket, and examines the socket.
+/// Changes no other file that somebody may have put in its place meanwhile.
 bool tryOpenToGroup(const std::string& path, struct stat& status) {
     const FileDescriptor made = tryOpen(path, O_PATH | O_NOFOLLOW);
     if (!made.isOpen() || ::fstat(made.number(), &status) != 0)
@@ -144,7 +145,8 @@ LocalListener::LocalListener(const std::string& path, std::chrono::milliseconds 
         failWith(path, WHAT, errno);
     const LockedFolder folder = lockedFolder(path, patience);
     removeAbandoned(path);
-    // The file gets the mode of the socket, less the umask. It is never open to everybody.
+    // bind gives the file the mode of the socket, less the umask, so the file is never open to
+    // everybody.
     if (!trySetMode(m_socket, SOCKET_MODE) || Address(path).pass(::bind, m_socket) != 0)
         failWith(path, WHAT, errno);
     struct stat status {};

@@ -8,19 +8,19 @@
 
 #include "base/FileDescriptor.h"
 
-/// Stream sockets between programs of one machine, each with a name in the file system. A path may
-/// be longer than a socket's address, as long as the folder's file name is not. As in File.h, `try`
-/// functions leave the reason of a failure in `errno`.
+/// Stream sockets between programs on one machine. Each socket has a name in the file system. Its
+/// path may be too long for a socket address if its file name alone is short enough. As in File.h,
+/// `try` functions leave the reason of a failure in `errno`.
 namespace board {
 
-/// A socket that accepts connections, and its file. The destructor removes the file, unless another
-/// one has taken its place.
+/// A socket that accepts connections, and the socket's file. The destructor removes the file,
+/// unless another file has taken its place.
 class LocalListener {
 public:
-    /// Makes the file for its owner and group only (mode 0660), in a folder that is made (mode
-    /// 0750) if it is missing. Replaces the socket file of a program that has ended. Throws Error
-    /// if another program listens there, if something other than a socket has that name, if another
-    /// program locks the folder for longer than `patience`, or if the system fails.
+    /// Makes the file, which only its owner and group may use (mode 0660), and its folder (mode
+    /// 0750) if that is missing. Replaces the socket file of a program that has ended. Throws Error
+    /// if another program listens at `path`, if something other than a socket is there, if another
+    /// program locks the folder for longer than `patience`, or if a system call fails.
     explicit LocalListener(const std::string& path,
                            std::chrono::milliseconds patience = std::chrono::seconds(3));
     ~LocalListener();
@@ -31,8 +31,8 @@ public:
     int descriptor() const { return m_socket.number(); }
     const std::string& path() const { return m_path; }
 
-    /// The next connection, which does not wait. Not open if no program waits (`errno` is EAGAIN)
-    /// or if the system fails.
+    /// Accepts the next connection, which is non-blocking. The result is not open if no program
+    /// waits (`errno` is EAGAIN) or if the system call fails.
     FileDescriptor tryAccept() const;
 
 private:
@@ -42,13 +42,13 @@ private:
     ino_t m_inode = 0;
 };
 
-/// A connection to the program that listens at `path`. It does not wait, but making it waits for at
-/// most `limit`, unless a signal interrupts it, if the program has many connections to accept.
-/// `errno` is ENOENT or ECONNREFUSED if no program listens.
+/// Connects to the program that listens at `path`. The connection is non-blocking. If the program
+/// has too many connections to accept, waits for at most `limit`, or until a signal that this
+/// program handles. `errno` is ENOENT or ECONNREFUSED if no program listens.
 FileDescriptor tryConnect(const std::string& path, std::chrono::milliseconds limit);
 
-/// Sends as many bytes as fit without waiting. Returns -1 on failure; a peer that has gone is
-/// EPIPE, without a signal.
+/// Sends as many bytes as fit without waiting. Returns -1 on failure. If the peer is gone, `errno`
+/// is EPIPE, and no signal is sent.
 ssize_t trySend(const FileDescriptor& socket, const void* bytes, std::size_t size);
 
 } // namespace board

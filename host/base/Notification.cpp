@@ -62,7 +62,7 @@ std::optional<std::chrono::microseconds> watchdogPeriod() {
     const long long microseconds = std::atoll(period);
     if (microseconds <= 0)
         return std::nullopt;
-    constexpr long long LEAST = 2000, MOST = 86'400'000'000; // to be halved, and to be added to now
+    constexpr long long LEAST = 2000, MOST = 86'400'000'000; // callers halve it and add it to now
     return std::chrono::microseconds(std::clamp(microseconds, LEAST, MOST));
 }
 

@@ -11,12 +11,14 @@ namespace board {
 /// variable is unset or empty. Throws Error if the message can't be sent.
 void notifyInitSystem(const std::string& state);
 
-/// The init system, for a process that tells it something again and again. It may be too busy for a
-/// message once, but it ends a process that is then silent. One thread at a time.
+/// Sends messages to the init system as long as the process runs. One of them may fail because the
+/// init system is busy. The process must go on sending even then, because the init system ends a
+/// silent process. One thread at a time.
 class InitSystem {
 public:
-    /// As notifyInitSystem, but returns the fault if the message can't be sent and the one before
-    /// could be. "READY=1" is said again with the next message until it has been sent.
+    /// Like notifyInitSystem, but does not throw. Returns the fault if the message can't be sent,
+    /// unless the message before it failed too. If "READY=1" fails, it is sent with the next
+    /// message.
     std::optional<std::string> tell(const std::string& state);
 
 private:
@@ -24,12 +26,12 @@ private:
     bool m_wasHeard = true;
 };
 
-/// How often the init system expects "WATCHDOG=1" at least; empty if it does not. The variables
-/// WATCHDOG_USEC and WATCHDOG_PID say so.
+/// The longest time that the init system allows between two "WATCHDOG=1" messages, from the
+/// variables WATCHDOG_USEC and WATCHDOG_PID; empty if it expects no such message.
 std::optional<std::chrono::microseconds> watchdogPeriod();
 
-/// Whether what is written to the open file goes to the init system's journal, which takes "<3>" at
-/// the start of a line for the priority of an error. The variable JOURNAL_STREAM names that file.
+/// Whether the open file is the init system's journal, which the variable JOURNAL_STREAM names. In
+/// the journal, "<3>" at the start of a line marks an error.
 bool isJournal(int descriptor);
 
 } // namespace board

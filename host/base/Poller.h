@@ -18,29 +18,29 @@ public:
     /// Throws Error if the system has no descriptor left.
     Poller();
 
-    /// From now on, `serve` calls `action` if `descriptor` is readable or its other end is gone. It
-    /// does so again and again until the action has read what there is, or removes the descriptor.
-    /// The descriptor must be a pipe, a socket or a device, stays with its owner, and must not be
-    /// closed before it is removed. Throws Error if the system can't wait for it.
+    /// From now on, each `serve` calls `action` if `descriptor` is readable or its other end is
+    /// gone, until the action has read everything or removes the descriptor. The descriptor must be
+    /// a pipe, a socket or a device. The caller still owns it, and must remove it here before
+    /// closing it. Throws Error if the system can't wait for it.
     void add(int descriptor, Action action);
 
-    /// Whether the action is also called while `descriptor`, which has been added, accepts data. At
-    /// first it is not. Throws Error with the system's reason.
+    /// Sets whether `serve` also calls the action while `descriptor` accepts data; at first, it
+    /// does not. The descriptor must have been added. Throws Error with the system's reason.
     void callWhenWritable(int descriptor, bool isWanted);
 
-    /// Does nothing if `descriptor` has not been added. An action may remove any descriptor, its
-    /// own too; the actions of those are not called any more.
+    /// Does nothing if `descriptor` has not been added. An action may remove any descriptor, even
+    /// its own. The action of a removed descriptor is not called any more.
     void remove(int descriptor);
 
-    /// Calls the actions of the descriptors that are ready. Never waits. What an action throws
-    /// passes through; the actions that were still due are called by the next call.
+    /// Calls the actions of the descriptors that are ready. Never waits. Passes on what an action
+    /// throws; the next call then calls the actions that were still due.
     void serve();
 
     /// Readable while `serve` has an action to call.
     int descriptor() const { return m_descriptor.number(); }
 
 private:
-    /// Distinguishes a descriptor from an earlier one with the same number.
+    /// The `id` distinguishes a descriptor from an earlier one with the same number.
     struct Entry {
         std::uint32_t id;
         std::shared_ptr<const Action> action;

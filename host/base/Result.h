@@ -24,7 +24,7 @@ public:
     const Value& operator*() const { return std::get<Value>(m_content); }
     const Value* operator->() const { return &std::get<Value>(m_content); }
 
-    /// Only if there is no value.
+    /// Call it only if there is no value.
     const std::string& fault() const { return std::get<Fault>(m_content).text; }
 
 private:

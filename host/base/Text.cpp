@@ -4,8 +4,8 @@ namespace board {
 
 namespace {
 
-/// The length in bytes of the printable UTF-8 character at `position`; 0 for a control character,
-/// including those of the text's direction, a line separator or an invalid sequence.
+/// The length in bytes of the printable UTF-8 character at `position`; 0 for a control character, a
+/// character that changes the text's direction, a line separator or an invalid sequence.
 std::size_t printableBytes(const std::string& text, std::size_t position) {
     const auto byteAt = [&](std::size_t i) {
         return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
@@ -26,7 +26,7 @@ std::size_t printableBytes(const std::string& text, std::size_t position) {
     constexpr unsigned long LEAST[] = {0, 0, 0xA0, 0x800, 0x10000};
     const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
     const bool isSeparator = code == 0x2028 || code == 0x2029;
-    // They change the order in which the text around them is shown, so it may mislead a reader.
+    // These change the order in which the text around them is shown, which may mislead a reader.
     const bool isDirection = code == 0x61C || code == 0x200E || code == 0x200F ||
                              (code >= 0x202A && code <= 0x202E) ||
                              (code >= 0x2066 && code <= 0x2069);

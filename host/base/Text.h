@@ -6,8 +6,9 @@
 
 namespace board {
 
-/// Makes text from files or users safe for a terminal or a message, on one line: each byte of a
-/// control or direction character, line separator or invalid UTF-8 becomes an escape: "\x1b".
+/// Makes text from files or users safe to print on one line of a terminal or a message. Each byte
+/// of a control character, line separator or invalid UTF-8 becomes an escape such as "\x1b". So
+/// does each byte of a character that changes the direction of text.
 std::string printable(const std::string& text);
 
 /// The columns that UTF-8 text occupies on a screen, counting one per character.
@@ -16,7 +17,8 @@ std::size_t columnsOf(const std::string& text);
 /// True for one or more decimal digits and nothing else.
 bool isDigits(const std::string& text);
 
-/// The items of `list` with `separator` between them. An item is anything that a string can append.
+/// The items of `list` with `separator` between them. The type of an item is any that can be
+/// appended to a string.
 template <class List>
 std::string join(const List& list, const char* separator = ", ") {
     std::string joined;

@@ -26,8 +26,8 @@ bool tryLock(const FileDescriptor& file, LockKind kind) {
     return ::flock(file.number(), (kind == LockKind::SHARED ? LOCK_SH : LOCK_EX) | LOCK_NB) == 0;
 }
 
-/// "process 123", or "another program" if the system does not tell which. A line of the table is
-/// "1: FLOCK  ADVISORY  WRITE 123 08:01:4567 0 EOF".
+/// "process 123", or "another program" if the system does not tell which. A line of the system's
+/// table is "1: FLOCK  ADVISORY  WRITE 123 08:01:4567 0 EOF".
 std::string holderOf(const FileDescriptor& file) {
     constexpr std::size_t MOST = std::size_t{1} << 20U;
     struct stat status {};
@@ -60,7 +60,7 @@ std::string secondsOf(milliseconds span) {
     return text.str();
 }
 
-/// Waits, at most until a signal that the program handles arrives.
+/// Waits for `span`, or until a signal that the program handles.
 void pauseFor(milliseconds span) {
     static_cast<void>(::poll(nullptr, 0, static_cast<int>(span.count())));
 }
@@ -117,7 +117,7 @@ FileDescriptor openLocked(const std::string& path, const LockWait& wait) {
         const auto locked = tryIdentify(file), named = tryIdentify(path);
         if (!locked || !named || *locked == *named) // a file that was removed can still be read
             return file;
-        if (isEndAsked()) // somebody may go on replacing it
+        if (isEndAsked()) // others may replace the file again and again
             failWith(path, "can't lock", EINTR);
     }
 }

@@ -19,20 +19,21 @@ enum class LockKind {
 /// How long to wait for a lock.
 struct LockWait {
     std::chrono::milliseconds most{std::chrono::seconds(10)}; ///< 0: do not wait
-    /// Called once with a message if the wait lasts longer than a moment: which file is locked, who
-    /// holds the lock if the system tells it, and how long the wait can last.
+    /// Called once if the wait lasts longer than a moment. The message tells which file is locked,
+    /// which process holds the lock (if the system lists it), and how long the wait can last.
     std::function<void(const std::string& message)> onWait = [](const std::string&) {};
 };
 
-/// Waits for the lock of one path. If its file is replaced meanwhile, the next one can be locked
-/// with the same object, in the same time. `wait` must outlive the object. One thread.
+/// Waits for the lock on the file at a path. If the file is replaced meanwhile, the new file can be
+/// locked with the same object, within the same time limit. `wait` must outlive the object. One
+/// thread.
 class LockWaiter {
 public:
     LockWaiter(std::string path, const LockWait& wait);
 
-    /// Locks the open file. Throws Error if the time is over, or if the program is asked
-    /// to end (see isEndAsked). If the file can't be locked at all, as on some network file
-    /// systems, throws Error for EXCLUSIVE and returns for SHARED: a reader must not depend on it.
+    /// Locks the open file. Throws Error if the time limit expires, or if the program is asked to
+    /// end (see isEndAsked). If the file can't be locked at all, as on some network file systems,
+    /// throws Error for EXCLUSIVE, but returns for SHARED: reading must work without locks.
     void lock(const FileDescriptor& file, LockKind kind);
 
 private:
@@ -46,13 +47,14 @@ private:
     bool m_isWaiting = false, m_isTold = false;
 };
 
-/// Locks the open file SHARED without waiting. False only if a program that writes holds the lock:
-/// a file that can't be locked can be read anyway.
+/// Locks the open file SHARED without waiting. False only if a writing program holds the EXCLUSIVE
+/// lock. True if the file can't be locked at all, because it can be read anyway.
 bool tryLockShared(const FileDescriptor& file);
 
-/// Opens a file or block device for reading and locks it SHARED, until the descriptor is closed.
-/// If the file was replaced during the wait, the new one is opened. The open never waits. Throws
-/// Error for what LockWaiter reports, and for anything that is not a file or block device.
+/// Opens a file or block device for reading and locks it SHARED, until the descriptor is closed. If
+/// the file was replaced during the wait, opens the new one. Opening never waits. Throws Error if
+/// the file can't be opened, if LockWaiter does, and for anything that is not a file or block
+/// device.
 FileDescriptor openLocked(const std::string& path, const LockWait& wait);
 
 /// The content of a file of at most `limit` bytes, read under a SHARED lock. A pipe or character

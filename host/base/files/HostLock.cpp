@@ -20,9 +20,9 @@ bool isOwn(const std::optional<FileStatus>& status) {
     return status && status->owner == ::geteuid();
 }
 
-/// The file whose bytes are the locks; owns nothing if this user has no folder for it. The places
-/// do not depend on how a host was started as far as that is possible, so that hosts of a user find
-/// each other.
+/// Opens the file whose bytes are the locks. The result is not open if this user has no folder for
+/// that file. The places that don't depend on how a host was started come first, so that all hosts
+/// of a user find the same file.
 FileDescriptor openLocks() {
     const char* const folder = std::getenv("XDG_RUNTIME_DIR");
     for (const std::string& place :
@@ -37,12 +37,12 @@ FileDescriptor openLocks() {
     return FileDescriptor();
 }
 
-/// The byte that stands for a file.
+/// The position of the byte that stands for `file`.
 off_t byteOf(const FileIdentity& file) {
     constexpr std::uint64_t PRIME = 0x100000001b3; // of FNV-1a
     const std::uint64_t mixed =
         (static_cast<std::uint64_t>(file.device) * PRIME ^ file.number) * PRIME;
-    return static_cast<off_t>(mixed >> 33U); // 31 bits, as far as every machine can count
+    return static_cast<off_t>(mixed >> 33U); // 31 bits, which every off_t can hold
 }
 
 } // namespace

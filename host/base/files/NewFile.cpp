@@ -36,8 +36,8 @@ bool isAt(const std::string& path, const struct stat& status) {
 
 enum class IfLocked { WAIT, LEAVE };
 
-/// Removes a file that a killed program has left. Returns whether it is gone; a file that this
-/// program would not have made stays.
+/// Removes a file that a killed program has left. Returns whether the file is gone. Keeps a file
+/// that this program would not have made.
 bool tryClear(const std::string& name, const NewFile& wanted, IfLocked ifLocked) {
     const FileDescriptor file = tryOpen(name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
     struct stat found {};
@@ -52,7 +52,7 @@ bool tryClear(const std::string& name, const NewFile& wanted, IfLocked ifLocked)
         return false;
     try {
         LockWait wait;
-        // The owner of the file may hold the lock as long as he likes.
+        // Another user may hold the lock on his file forever, so this does not wait for it.
         if (ifLocked == IfLocked::LEAVE || found.st_uid != ::geteuid())
             wait.most = std::chrono::milliseconds(0);
         LockWaiter(name, wait).lock(file, LockKind::EXCLUSIVE);
@@ -72,7 +72,7 @@ void clearUnique(const NewFile& wanted) {
                           (c >= 'a' && c <= 'z');
                });
     };
-    std::error_code error; // if the folder can't be listed, they stay until it can
+    std::error_code error; // if the folder can't be listed, the files stay for now
     for (fs::directory_iterator each(folderOf(wanted.beside), error);
          !error && each != fs::directory_iterator(); each.increment(error))
         if (isUnique(each->path().filename().string()))
@@ -80,8 +80,8 @@ void clearUnique(const NewFile& wanted) {
 }
 
 /// Creates the temporary file and locks it; stores its name in `name`. The name is always the same,
-/// so that the next program finds what a killed one has left. If it can't be used, the name is a
-/// unique one.
+/// so that the next program finds what a killed one has left. If that name can't be used, the file
+/// gets a unique name.
 FileDescriptor create(const NewFile& wanted, std::string& name) {
     constexpr char WHAT[] = "can't create a new file in its folder";
     clearUnique(wanted);
@@ -94,7 +94,7 @@ FileDescriptor create(const NewFile& wanted, std::string& name) {
         struct stat made {};
         if (!file.isOpen() && error != EEXIST)
             failWith(wanted.path, WHAT, error);
-        // Another program may have found the file before it was locked, and have removed it.
+        // Before the file is locked here, another program may find and remove it.
         if (file.isOpen() && (tryLock(file) || errno != EWOULDBLOCK) &&
             (::fstat(file.number(), &made) != 0 || isAt(name, made)))
             return file;
@@ -108,7 +108,7 @@ FileDescriptor create(const NewFile& wanted, std::string& name) {
     }
 }
 
-/// The temporary file; removed again unless it was renamed or discarded.
+/// The temporary file. The destructor removes it unless it was renamed or discarded.
 class Temporary {
 public:
     explicit Temporary(const NewFile& wanted) : m_wanted(wanted), m_file(create(wanted, m_name)) {}
@@ -143,7 +143,7 @@ public:
         const std::string& path = m_wanted.path;
         if (!trySync(m_file))
             failWith(path, "can't sync the new content", errno);
-        // Opened before the target changes: after that nothing should fail.
+        // Opened before the rename: after the rename, nothing should fail.
         const FileDescriptor folder = tryOpen(folderOf(m_wanted.target), O_RDONLY | O_DIRECTORY);
         if (!folder.isOpen())
             failWith(path, "can't open its folder", errno);
@@ -157,25 +157,27 @@ public:
                      errno);
     }
 
-    /// What a failure's message must add.
+    /// Removes the file. Returns the text that a failure's message must append (see
+    /// board::discard).
     std::string discard() { return std::exchange(m_isGone, true) ? "" : board::discard(m_name); }
 
 private:
     bool tryGive(const FileAccess& access) const {
         const std::optional<FileAccess> made = tryAccessOf(m_file);
-        // A service may not be allowed to change owners at all, even to what they are.
+        // A service may be forbidden to call fchown at all, even with the present owner and group.
         return (made && made->owner == access.owner && made->group == access.group) ||
                ::fchown(m_file.number(), access.owner, access.group) == 0;
     }
 
-    /// Returns the mode that then grants nobody more than `access` does.
+    /// Sets the owner and group, or only the group, if the system permits. Returns a mode that then
+    /// grants nobody except the owner more than `access` does.
     mode_t giveAsFarAsPossible(const FileAccess& access) const {
         constexpr mode_t DATA = 0666, OTHERS = 0006;
         const mode_t mode = access.mode & DATA;
         constexpr auto SAME_OWNER = static_cast<uid_t>(-1);
         if (tryGive(access) || ::fchown(m_file.number(), SAME_OWNER, access.group) == 0)
             return mode;
-        // The group of the new file may have other members.
+        // The group of the new file may have other members, so it gets only what others get.
         return (mode & 0606U) | (mode & OTHERS) << 3U;
     }
 
