@@ -20,7 +20,7 @@ void BoardCheck::add(Level level, const NamedPath& entry, const std::string& wha
     m_findings.push_back({level, {entry.place, what}});
 }
 
-/// An Error of `look` is a finding about the entry.
+/// Calls `look`. If it throws an Error, adds a finding about the entry.
 template <class Look>
 void BoardCheck::look(const NamedPath& entry, Look look) {
     try {
@@ -30,7 +30,7 @@ void BoardCheck::look(const NamedPath& entry, Look look) {
     }
 }
 
-/// The path of a device that can be looked at; empty after a finding.
+/// The path of the entry's device. If no device file is found, adds a finding and returns nothing.
 std::optional<std::string> BoardCheck::deviceOf(const NamedPath& entry) {
     std::optional<std::string> device;
     look(entry, [&] {
@@ -171,7 +171,7 @@ void BoardCheck::checkButton(const NamedPath& button) {
         expectKind(button.path, {FileKind::PIPE, FileKind::CHARACTER_DEVICE},
                    "a button (expected a pipe or a character device)");
         expectReadable(button.path);
-        if (kindOf(button.path) == FileKind::PIPE) // kept open for writing, too
+        if (kindOf(button.path) == FileKind::PIPE) // a host opens it for writing, too
             expectWritable(button.path);
     });
 }

@@ -21,17 +21,18 @@ struct BoardFinding {
     ProfileFault fault;
 };
 
-/// Looks whether a host could use the devices that a profile names: whether they exist, are the
-/// right kind of file, can be read, hold a value that devices of their kind can have, and may be
-/// written if a host writes to them. What is only doubtful about LED tables and their files is left
-/// out. Nothing is written or opened for writing. The list of hardware monitors is read once.
+/// Checks whether a host could use the devices that a profile names: each must exist, be the right
+/// kind of file, be readable, hold a value that such a device can have, and be writable if a host
+/// writes to it. Reports mistakes in LED tables and their files, but nothing that is only doubtful.
+/// Writes nothing and opens nothing for writing. Reads the list of hardware monitors once.
 class BoardCheck {
 public:
     explicit BoardCheck(const DeviceLocator& locator = DeviceLocator())
         : m_locator(locator.readingOnce()) {}
 
-    /// Everything in a profile: the devices and files, the LED tables and what the descriptor's
-    /// device holds. Empties the process's preferences, so no host may exist meanwhile.
+    /// Checks everything in a profile: the devices and files, the LED tables and what the
+    /// descriptor's device holds. Empties the process's preferences, so no host may exist
+    /// meanwhile.
     void check(const Profile& profile);
 
     void check(const FanProfile& fan);

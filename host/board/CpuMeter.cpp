@@ -51,7 +51,7 @@ Result<CpuReading> CpuMeter::next() {
     return reading;
 }
 
-/// Without this sample, the longer spans must start over.
+/// A sample is missing, so the longer spans start over. Returns the fault.
 Fault CpuMeter::restart() {
     m_isSetUp = m_load.setup().isSuccess();
     m_periods = 0;

@@ -23,9 +23,10 @@ public:
     /// Takes the first sample.
     CpuMeter();
 
-    /// The load since the last call, or since construction. The library's meter leaves its result
-    /// unchanged if there was no idle time. If the counter of busy time advanced in that period,
-    /// the load was 100 percent; if not, no time has passed and the previous result remains.
+    /// The load since the last call, or since construction. If the idle time did not advance in
+    /// that period, the library's meter leaves its result unchanged. The load was then 100 percent
+    /// if the busy time advanced. If it did not, no time has passed, and the previous result
+    /// remains.
     Result<CpuReading> next();
 
 private:

@@ -5,8 +5,9 @@
 
 namespace board {
 
-/// While it lives, turns what the library logs and what it reports to the event monitor into
-/// events: errors into faults, other lines up to the level in BOARD_LOG_LEVEL into log lines.
+/// As long as it exists, turns the library's log lines and its reports to the event monitor into
+/// events. Reports and errors become faults. Other lines become log lines, up to the level in
+/// BOARD_LOG_LEVEL.
 class EventTap : private RTD::LogSink, private RTD::Monitor {
 public:
     /// `queue` must outlive the object.

@@ -13,7 +13,7 @@ namespace board {
 
 namespace {
 
-/// The library reports that the file can't be opened; the system knows why.
+/// Why the file can't be opened: the library only reports that it can't.
 std::string systemsReason(const std::string& path) {
     try {
         expectReadable(path);
@@ -24,8 +24,8 @@ std::string systemsReason(const std::string& path) {
 }
 
 /// The bytes from which the library takes its lines: eight lines, or pieces of longer ones. Empty
-/// if the file can't be opened, which the library will report. Throws Error for pipes and folders:
-/// only a file has positions that can be read.
+/// if the file can't be opened, which the library will report. Throws Error for pipes and folders,
+/// because they can't be read at a position.
 std::string look(const std::string& path) {
     constexpr std::size_t LINES = 8;
     constexpr std::size_t LONGEST = 126;
@@ -58,8 +58,8 @@ FirmwareInfo copyOf(const ImageInfo& info) {
     return copy;
 }
 
-/// The library takes any bytes for lines and cuts them at a zero byte. Throws Error if they are not
-/// text, or name no version.
+/// The library accepts any bytes as lines and cuts them at a zero byte. Throws Error if the bytes
+/// are not text, or if the first line, which is the version, is empty.
 void expectInformation(const std::string& path, const std::string& text,
                        const FirmwareInfo& firmware) {
     for (std::size_t i = 0; i < text.size(); ++i) {

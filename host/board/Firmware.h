@@ -14,10 +14,11 @@ struct FirmwareInfo {
 };
 
 /// Reads the information file. Anything but an ordinary file is a fault, because a pipe would block
-/// the reader. So are bytes in its eight lines that are not text, and an empty first line.
+/// the reader. Bytes in its eight lines that are not text are a fault too, and so is an empty first
+/// line.
 Result<FirmwareInfo> readFirmware(const std::string& path);
 
-/// The same for the file that a profile names. A fault begins with the place that names it.
+/// The same for the file that a profile names. A fault begins with the place in the profile.
 Result<FirmwareInfo> readFirmware(const NamedPath& file);
 
 } // namespace board

@@ -18,8 +18,8 @@ namespace board {
 
 namespace {
 
-/// Rejects a file that would block a reader, such as a pipe: a driver must not hang in its first
-/// open. A missing file is left to the driver.
+/// Rejects a file that would block a reader, such as a pipe: a driver must not hang when it first
+/// opens the file. Accepts a missing file, which the driver will report.
 void expectDeviceFile(const std::string& path) {
     const FileKind kind = kindOf(path);
     const bool isAllowed = kind == FileKind::MISSING || kind == FileKind::REGULAR ||
@@ -28,7 +28,7 @@ void expectDeviceFile(const std::string& path) {
         throw Error(path + ": is not a device file (expected a file or a device)");
 }
 
-/// The board's VoIP capacity with the default that its profile gives.
+/// The board's VoIP capacity, with the default number of SIP legs from its profile.
 class Capacity : public CResourceVoip {
 public:
     explicit Capacity(const VoipProfile& profile)
@@ -125,7 +125,7 @@ void Host::locate(Device& device, const DeviceProfile& entry, const DeviceLocato
     try {
         if (device.tach)
             device.tachPath = locator.locate(device.tach->path);
-    } catch (const Error&) { // a reading reports it
+    } catch (const Error&) { // a reading of the fan reports it
     }
     try {
         withPlaceInErrors(entry.device, [&](const std::string& named) {

@@ -39,9 +39,9 @@ struct Device {
     std::uint32_t on = 1;          ///< of an LED: the brightness that means lit
     bool biStatus = false;         ///< of an LED: has two lit states
     std::optional<NamedPath> tach; ///< of a fan: a file with its revolutions per minute
-    std::string tachPath;          ///< where that file is; empty if it was not found
+    std::string tachPath;          ///< the path of that file; empty if it was not found
 
-    /// Which files were found, if the profile names them by their class.
+    /// Which files were found at `path` and `tachPath`, if the profile names them by their class.
     std::optional<FileIdentity> identity, tachIdentity;
 };
 
@@ -60,8 +60,8 @@ struct DeviceChoice {
 /// find them by name.
 ///
 /// Only the devices of the choice are opened, and for reading only: nothing on the board changes
-/// until somebody sets a device through its driver. The preferences are read if the VoIP capacity
-/// is among the choice.
+/// until somebody sets a device through its driver. The preferences are read if the choice includes
+/// the VoIP capacity.
 ///
 /// A device that can't be used does not affect the others. Its driver is registered anyway and
 /// fails when it is used. The drivers point into this object, so it must outlive every reference to
@@ -80,21 +80,23 @@ public:
     /// Sorted by kind, and within a kind as in the profile.
     const std::vector<Device>& devices() const { return m_devices; }
 
-    /// Looks for a device again and connects its driver to what it finds, so that a device that was
-    /// missing, or that the kernel has made anew, can be used. Clients keep their driver: it is the
-    /// same object, and its lock is held while it is connected. What the driver of an LED remembers
-    /// of its overlays, and the speed that was set for a fan, stay. Does nothing if `name` is
-    /// unknown, if its driver is not the one in the repository, or if it has no device. The driver
-    /// of a descriptor keeps its path, so a descriptor whose path could not be used when this
-    /// object was made stays unusable.
+    /// Searches for a device again and connects its driver to the file that is found. A device that
+    /// was missing, or that the kernel has created anew, can then be used. Clients keep their
+    /// driver, because it remains the same object; its lock is held while it is connected. An LED's
+    /// driver keeps its overlays, and a fan's driver keeps the speed that was set. Does nothing if
+    /// `name` is unknown, if another driver has this name in the repository, or if the driver has
+    /// no device. The descriptor's driver can't change its path, so a descriptor without a usable
+    /// path when this object was made remains unusable.
     void reconnect(const std::string& name);
 
     /// True if the profile names a file of the device by its class ("hwmon:...", "led:..."), and
-    /// the path that was found for it now leads to another file or to none. Does not search.
+    /// the path that was found for that file now leads to another file or to none. Does not search
+    /// again.
     static bool hasMoved(const Device& device);
 
-    /// Does with each fan that was set what the profile asks for at the end of a host. Returns what
-    /// failed. A program calls it before it ends, unless the fans shall stay as they were set.
+    /// Applies the profile's `on_exit` to each fan whose speed was set: restores the fan, keeps its
+    /// speed or sets full speed. Returns the failures. A program calls this before it ends, unless
+    /// the fans should keep their speeds.
     std::vector<std::string> giveBack() const;
 
     /// The device of driver `name`; null if it is unknown.
@@ -103,30 +105,30 @@ public:
     /// The driver of fan `name`; null if it is unknown.
     HostedFan* fan(const std::string& name) const;
 
-    /// Finds what the profile names.
+    /// Finds the files that the profile names.
     const DeviceLocator& locator() const { return m_locator; }
 
-    /// Why the device of driver `name` can't be used; nothing if it can or is unknown.
+    /// Why the device of driver `name` can't be used; empty if it can be used or is unknown.
     std::optional<std::string> faultOf(const std::string& name) const;
 
-    /// The board descriptor, empty until its `readBD`; null if the profile has none.
+    /// The board descriptor, which is empty until `readBD` is called; null if the profile has none.
     CBoardDescr* descriptor() const { return m_descriptor.get(); }
 
     ///@{
-    /// Whether the descriptor is still to be loaded, because its device was locked for too long.
+    /// Whether the descriptor has not been loaded yet because its device was locked for too long.
     /// Set by loadDescriptor; the watch then loads the descriptor when the lock is free.
     bool isDescriptorAwaited() const { return m_isDescriptorAwaited; }
     void awaitDescriptor(bool isAwaited) const { m_isDescriptorAwaited = isAwaited; }
     ///@}
 
-    /// The VoIP capacity, 0 until its `setup`; null if the profile has none.
+    /// The VoIP capacity, which is 0 until `setup` is called; null if the profile has none.
     CResourceVoip* capacity() const { return m_capacity.get(); }
 
 private:
     /// Where the parts of a device are.
     struct Place {
         std::size_t device;                    ///< index in `m_devices`
-        std::optional<std::size_t> connection; ///< in `m_connections`; empty without kernel driver
+        std::optional<std::size_t> connection; ///< in `m_connections`; empty if there is none
         bool isRegistered;                     ///< its driver is the one in the repository
     };
 

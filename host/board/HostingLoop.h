@@ -12,19 +12,19 @@
 namespace board {
 
 /// The loop of a process that hosts a board: passes events on as they arrive, serves descriptors,
-/// and does what is due from time to time. One thread.
+/// and calls periodic actions. One thread.
 class HostingLoop {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// How the loop reads the clock and waits. A program really waits and watches its signals; a
-    /// test scripts both.
+    /// How the loop reads the clock and waits. In a program, this really waits and notices signals;
+    /// in a test, the clock and the waits are scripted.
     class Waiter {
     public:
         virtual ~Waiter() = default;
         virtual Clock::time_point now() = 0;
-        /// Waits until `end`, forever without one, or until `descriptor` is readable if that comes
-        /// first. True if the program has been asked to stop.
+        /// Waits until `end` (forever if it is empty) or until `descriptor` is readable, whichever
+        /// comes first. Returns true if the program has been asked to stop.
         virtual bool waitUntil(std::optional<Clock::time_point> end, int descriptor) = 0;
     };
 
@@ -33,9 +33,9 @@ public:
     public:
         virtual ~Listener() = default;
         virtual void onEvents(const EventQueue::Batch& batch) = 0;
-        /// Called once after everything that arrived or was due during one wait.
+        /// Called once after each wait, when everything that had arrived or was due is done.
         virtual void onRoundEnd() = 0;
-        /// False ends the loop: nobody is left to receive events.
+        /// False if nobody is left to receive events, which ends the loop.
         virtual bool isListening() const = 0;
     };
 
@@ -46,12 +46,12 @@ public:
     /// Where services put their events.
     EventQueue& events() { return m_queue; }
 
-    /// Where others add descriptors for the loop to serve. An action of the loop may do so too.
+    /// Where others add descriptors for the loop to serve. An action of the loop may add some too.
     Poller& poller() { return m_poller; }
 
-    /// Calls `action` every `period`, first when one has passed. If the loop is late, it skips what
-    /// it has missed. Actions are called in the order in which they were added, and must not add
-    /// others. The period is longer than 0.
+    /// Calls `action` every `period`, for the first time after one period. If the loop is late, it
+    /// skips the calls that it has missed. Actions are called in the order in which they were
+    /// added, and must not add others. `period` must be longer than 0.
     void every(Clock::duration period, std::function<void()> action);
 
     /// Runs until `end`, or forever if it is empty. True if the loop ended early, because the

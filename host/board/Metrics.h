@@ -26,8 +26,8 @@ struct HostFigures {
 
 /// The report's figures in the Prometheus text format, one family of samples for each figure.
 /// Values that can't be read are omitted, so that a monitor sees a gap instead of a false value.
-/// `figures` is null if no running host was asked. Each sample of a simulated board
-/// has the label simulated="true".
+/// `figures` is null if no running host supplied them. Each sample of a simulated board has the
+/// label simulated="true".
 std::string toMetrics(const Host& host, const Report& report, bool isSimulated,
                       const HostFigures* figures);
 

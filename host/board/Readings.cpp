@@ -62,8 +62,9 @@ Result<std::int32_t> numberIn(const ILedControl&, const Device& device) {
     return readBrightness(device.path);
 }
 
-/// A driver reports 0 for a device that holds no number or can't be read. So the host looks at the
-/// device first, and at the reason that a failed read of the driver leaves behind.
+/// A driver reports 0 for a device that holds no number or can't be read. So the host reads the
+/// device itself first, and then checks `errno`, where a failed read of the driver leaves the
+/// reason.
 template <class Driver>
 auto readSurely(Driver& driver, const Device& device) -> decltype(readOnce(driver)) {
     const Result<std::int32_t> number = numberIn(driver, device);
@@ -76,9 +77,9 @@ auto readSurely(Driver& driver, const Device& device) -> decltype(readOnce(drive
     return value;
 }
 
-/// Reads until the brightness `isReached`, at least twice, however slow this process is. The kernel
-/// writes to an LED on a bus only after the write call has returned; until then the old state is
-/// read.
+/// Reads until `isReached` accepts the brightness or some time has passed. Reads at least twice,
+/// however slow this process is. The kernel writes to an LED on a bus only after the write call has
+/// returned; until then, the old state is read.
 Result<unsigned> readUntil(ILedControl& led, const Device& device,
                            const std::function<bool(unsigned)>& isReached) {
     using Clock = std::chrono::steady_clock;
@@ -149,7 +150,7 @@ DeviceReading withDriver(const Host& host, const std::string& name, Operation op
     return reading;
 }
 
-/// The same for an LED, whose brightness `operation` returns.
+/// The same for an LED. `operation` returns the brightness of the LED.
 template <class Operation>
 LedReading withLed(const Host& host, const std::string& name, Operation operation) {
     auto reading = withDriver<ILedControl, LedReading>(host, name, operation);
@@ -170,7 +171,8 @@ FanReading withFan(const Host& host, const std::string& name, Operation operatio
                                                });
 }
 
-/// The file that was found, so that it is not searched again for each reading.
+/// The file with the fan's speed: the path that was found, if any, so that no reading searches
+/// again.
 NamedPath tachOf(const Device& device) {
     return {device.tachPath.empty() ? device.tach->path : device.tachPath, device.tach->place};
 }

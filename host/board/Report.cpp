@@ -50,7 +50,7 @@ private:
     std::unordered_map<std::string, std::size_t> m_places; ///< in `report.drivers`
 };
 
-/// Keeps a reading. Its fault also becomes the driver's, unless the driver has one already.
+/// Adds a reading. Its fault also becomes the driver's fault, unless the driver has one already.
 template <class DeviceReading>
 void add(Draft& draft, std::vector<DeviceReading>& readings, DeviceReading reading) {
     DriverReport* const driver = draft.find(reading.name);
@@ -59,7 +59,8 @@ void add(Draft& draft, std::vector<DeviceReading>& readings, DeviceReading readi
     readings.push_back(std::move(reading));
 }
 
-/// Replaces the rows of driver `name` by what `change` makes of each. An empty value removes a row.
+/// Replaces the value of each row of driver `name`, except at level 0, with what `change` returns
+/// for the row. An empty value removes the row.
 void changeRows(Draft& draft, const std::string& name,
                 const std::function<String(const InfoContainer::Row&)>& change) {
     DriverReport* const driver = draft.find(name);
@@ -74,8 +75,8 @@ void changeRows(Draft& draft, const std::string& name,
     driver->rows = std::move(rows);
 }
 
-/// The driver prints "off" for an LED that it could not read, and its own description, which is
-/// empty before it is connected. The reading knows both.
+/// The driver reports "off" for an LED that it could not read, and an empty description before it
+/// is connected. Both are replaced from the reading.
 void addLed(Draft& draft, const LedReading& led) {
     add(draft, draft.report.leds, led);
     changeRows(draft, led.name, [&](const InfoContainer::Row& row) -> String {
@@ -105,8 +106,8 @@ void addReading(const Host& host, Draft& draft, const Device& device) {
     }
 }
 
-/// Adds the figures that were determined, and removes the rows of the others: the driver prints the
-/// largest number for unknown channels, and zeros before the capacity has been determined.
+/// Adds the figures that are known, and removes the rows of the others, because the driver reports
+/// the largest number for unknown channels, and zeros before the capacity has been determined.
 void addCapacity(Draft& draft, const CResourceVoip& driver, bool isDetermined) {
     const std::optional<unsigned> channels = dspChannelsOf(driver);
     if (isDetermined)
@@ -128,11 +129,11 @@ std::optional<std::string> faultIn(const Result<void>& result) {
 Result<void> loadDescriptor(const Host& host, const LockWait& wait) {
     CBoardDescr& descriptor = *host.descriptor();
     String error;
-    FileDescriptor device; // locked as long as the driver reads
+    FileDescriptor device; // locked while the driver reads
     host.awaitDescriptor(false);
     if (!host.faultOf(DESCRIPTOR_DRIVER)) {
         const std::string& path = host.find(DESCRIPTOR_DRIVER)->path;
-        device = tryOpen(path, O_RDONLY | O_NONBLOCK); // if it can't be opened, the driver tells
+        device = tryOpen(path, O_RDONLY | O_NONBLOCK); // the driver reports a failure
         try {
             if (device.isOpen())
                 LockWaiter(path, wait).lock(device, LockKind::SHARED);
@@ -144,7 +145,7 @@ Result<void> loadDescriptor(const Host& host, const LockWait& wait) {
     const TYLockHolder hold(descriptor.getLock());
     if (descriptor.readBD(error).isSuccess())
         return {};
-    // The driver reports what failed; the host knows the reason.
+    // The driver reports what failed; the host may know why.
     const auto reason = host.faultOf(DESCRIPTOR_DRIVER);
     if (error.isEmpty())
         return Fault{reason.value_or("the board descriptor can't be read")};

@@ -30,7 +30,7 @@ struct CapacityReport {
     unsigned sipLegs = 0;
 };
 
-/// The identifiers in a board descriptor; empty if it has none.
+/// The identifiers in a board descriptor; each is empty if the descriptor lacks it.
 struct BoardIdentity {
     std::optional<unsigned> platform;
     std::optional<unsigned> product;
@@ -55,16 +55,17 @@ struct Report {
 /// worse than one without a descriptor.
 constexpr std::chrono::seconds DESCRIPTOR_WAIT{3};
 
-/// Loads the board descriptor. A corrupt image leaves the tags before the fault in the descriptor.
-/// While another program edits the device, waits as `wait` tells. If that is too short, loads
-/// nothing, returns a fault and calls Host::awaitDescriptor(true). The host must have a descriptor.
+/// Loads the board descriptor. If the image is corrupt, the descriptor holds the tags before the
+/// fault. While another program edits the device, waits as long as `wait` allows. If the device is
+/// still locked then, loads nothing, returns a fault and calls Host::awaitDescriptor(true). The
+/// host must have a descriptor.
 Result<void> loadDescriptor(const Host& host, const LockWait& wait = {DESCRIPTOR_WAIT});
 
 /// Determines the VoIP capacity from the loaded descriptor and the preferences. The host must have
 /// a capacity.
 Result<void> settleCapacity(const Host& host);
 
-/// The identifiers in the tags that the descriptor holds now. Holds its lock.
+/// The identifiers in the tags that the descriptor holds now. Takes the descriptor's lock.
 BoardIdentity identityOf(CBoardDescr& descriptor);
 
 /// An identifier as it is printed, such as "0x12ab".

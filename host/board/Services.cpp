@@ -72,7 +72,7 @@ std::optional<std::string> Services::startButton() {
 }
 
 void Services::lookAtButton() {
-    // A device that has failed is left alone until it is another one.
+    // A monitor that has failed is not started again until the path leads to another file.
     if (!m_profile.button || (m_button && tryIdentify(m_profile.button->path) == m_buttonFile))
         return;
     const bool wasStarted = m_button != nullptr;

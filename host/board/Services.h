@@ -15,12 +15,12 @@ namespace board {
 
 /// The services of a hosted board, which run on threads of their own: the LED sequencer and the
 /// button monitor. A service that can't be started is a failure and does not affect the other. The
-/// destructor ends the button's thread first, then the LEDs'.
+/// destructor ends the button's thread first, then the LED sequencer's.
 class Services {
 public:
-    /// `profile` and `events` must outlive the object. With `tellsLeds`, each change of an LED is
-    /// an event. `ledMemory` is the file in which the LED sequencer remembers what LEDs hold over a
-    /// restart; empty for none.
+    /// `profile` and `events` must outlive the object. If `tellsLeds` is true, each change of an
+    /// LED is an event. `ledMemory` is the file in which the LED sequencer keeps the LEDs' lasting
+    /// states across a restart; if it is empty, nothing is kept.
     Services(const Profile& profile, bool tellsLeds, EventQueue& events,
              const std::string& ledMemory = "");
 
@@ -37,12 +37,13 @@ public:
     const LedService* leds() const { return m_leds.get(); }
     bool watchesButton() const { return m_button && m_button->isWatching(); }
 
-    /// Starts the LED sequencer if another host drove the LEDs and has ended. This is an event.
-    /// Costs a few system calls while that host runs. True if the sequencer was started.
+    /// Starts the LED sequencer if another host drove the LEDs and has ended. The start is an
+    /// event. While the other host runs, a call costs only a few system calls. Returns true if the
+    /// sequencer was started.
     bool lookAtLeds();
 
-    /// Starts the button monitor if its device has appeared, or is another one than before. A
-    /// change is an event.
+    /// Starts the button monitor if the button's device has appeared, or is another file than
+    /// before. An event reports a start, or that the monitor could not be started again.
     void lookAtButton();
 
 private:
@@ -57,8 +58,8 @@ private:
     std::optional<std::string> m_ledInUse; ///< the file of an LED that another host drives
     std::vector<Failure> m_failures;
     std::unique_ptr<LedService> m_leds;
-    std::optional<FileIdentity> m_buttonFile; ///< when the monitor was started
-    std::unique_ptr<ButtonService> m_button;  // last: it ends first
+    std::optional<FileIdentity> m_buttonFile; ///< the device when the monitor was started
+    std::unique_ptr<ButtonService> m_button;  // declared last, so that it ends first
 };
 
 } // namespace board

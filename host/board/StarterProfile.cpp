@@ -24,8 +24,8 @@ constexpr char HEADING[] =
     "# programs find the devices, and add a `description` for people. What can't be used as it is\n"
     "# found is a comment with the reason.\n";
 
-constexpr long long DEGREE = 1000, HOTTEST = 1000; // a degree's steps; what a sensor can have
-constexpr long long BRIGHTEST = 9999;              // that an LED's driver can write
+constexpr long long DEGREE = 1000, HOTTEST = 1000; // steps in a degree; highest limit in degrees
+constexpr long long BRIGHTEST = 9999;              // what an LED's driver can write
 constexpr long long LARGEST_DESCRIPTOR = 65536;
 
 std::string tomlText(const std::string& text) {
@@ -85,12 +85,12 @@ private:
     void addFan(const Monitor& monitor, const Pwm& pwm) {
         FanProfile fan;
         fan.device.path = m_locator.nameOf(monitor, pwm.file);
-        fan.maximum = 255; // the kernel's, for every PWM
+        fan.maximum = 255; // the kernel's maximum for every PWM
         std::string lines = begin("fan", fan.device) + line("maximum", "255");
         if (pwm.mode) {
             fan.enable = {m_locator.nameOf(monitor, pwm.enable), ""};
             lines += line("enable", tomlText(fan.enable->path));
-            constexpr long long USUAL = 2; // drivers with several automatic modes count on
+            constexpr long long USUAL = 2; // larger numbers are further automatic modes
             if (*pwm.mode && **pwm.mode > USUAL)
                 lines += line("automatic", std::to_string(**pwm.mode));
         }
@@ -145,7 +145,7 @@ private:
         m_hasDescriptor = addChecked(lines, descriptor);
     }
 
-    /// The pipe does not exist before the bridge runs.
+    /// Adds the button as a comment, because its pipe does not exist before the bridge runs.
     void addButton() {
         std::string bridges;
         for (const InputDevice& input : inputDevicesOf(m_locator.sysfs()))
@@ -159,8 +159,8 @@ private:
                       bridges + "#[button]\n#device = \"/run/board-button\"\n";
     }
 
-    /// The first lines of an entry. Its name is `wanted` or, if another entry has that, the same
-    /// with a number.
+    /// The first lines of an entry. Its name is `wanted`, or `kind` if that is empty. If another
+    /// entry has that name, a number follows it.
     std::string begin(const std::string& kind, const NamedPath& device,
                       const std::string& comment = "", std::string wanted = "") {
         if (wanted.empty())
@@ -176,7 +176,8 @@ private:
         m_text += "\n# Left out: " + printable(reason) + "\n" + commented(lines);
     }
 
-    /// Returns whether nothing is wrong with the entry.
+    /// Adds the entry, as a comment if something is wrong with it. Returns whether nothing is
+    /// wrong.
     template <class Entry>
     bool addChecked(const std::string& lines, const Entry& entry) {
         BoardCheck check(m_locator);

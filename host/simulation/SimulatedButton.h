@@ -15,7 +15,8 @@ public:
 
     /// Each call writes one message and returns once it has been read, so that no message is lost
     /// or merged with the next. `press` first waits until every other program has released the
-    /// button. Throws Error if nobody reads for a second; the message then stays in the pipe.
+    /// button. Throws Error if nobody reads for a second; the unread message then stays in the
+    /// pipe.
     void press() const;
     void release() const;
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t MOST = std::size_t{1} << 20U;
 
-/// The entry in "FILE:LINE: KEY". A file's name may contain the separator, a key can't.
+/// The KEY in the place "FILE:LINE: KEY". FILE may contain the separator ": ", KEY can't.
 std::string keyOf(const NamedPath& named) {
     const std::size_t separator = named.place.rfind(": ");
     return separator == std::string::npos ? named.place : named.place.substr(separator + 2);

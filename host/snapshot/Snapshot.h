@@ -17,9 +17,9 @@ struct SnapshotFile {
 };
 
 /// Reads every file that the profile names, in the order of its sections, except the button's
-/// device: reading that would take its messages from whoever waits for them. Opens the files for
-/// reading only, never waits, and reads no pipe. The LED pipe of a simulated board has its state in
-/// a file beside it, whose content stands for the pipe.
+/// device: reading it would take messages away from the program that waits for them. Opens the
+/// files for reading only, reads no pipe, and waits for nothing except the lock on the descriptor's
+/// device. Instead of a simulated board's LED pipe, reads the state file beside it.
 ///
 /// A file that can't be read, or is larger than 1 MiB, has a fault instead of its content.
 std::vector<SnapshotFile> snapshotFiles(const Profile& profile,

@@ -42,7 +42,7 @@ std::string hexOf(const std::string& bytes) {
     return text;
 }
 
-/// What a snapshot says about a board, checked.
+/// The content of a snapshot, checked.
 class Source {
 public:
     Source(const std::string& text, std::string name) : m_name(std::move(name)) {
@@ -102,7 +102,7 @@ private:
     std::map<std::string, std::string> m_contents;
 };
 
-/// Gives each entry of the profile a file of the simulated board.
+/// Makes each entry of the profile name a file of the simulated board, and writes that file.
 class Rewriter {
 public:
     Rewriter(fs::path root, const Source& source) : m_root(std::move(root)), m_source(source) {}
@@ -127,7 +127,7 @@ public:
         }
         if (toml::table* const leds = profile["leds"].as_table()) {
             makeFolder(m_root / "leds");
-            leds->erase("group"); // of the board, not of this machine
+            leds->erase("group"); // this machine may not have that group
             eachOf(*leds, "file",
                    [&](toml::table& entry, std::size_t index) { moveLed(entry, index); });
         }
@@ -171,7 +171,7 @@ private:
         entry.insert_or_assign("path", "leds/" + name);
     }
 
-    /// False if another LED has one of the two files that an LED of this name would have.
+    /// Reserves the names of the LED's two files. False if another LED has one of these names.
     bool takeLedName(const std::string& name) {
         const std::string state = name + ".state";
         if (m_ledFiles.count(name) != 0 || m_ledFiles.count(state) != 0)
@@ -215,7 +215,7 @@ SimulatedBoard createFromSnapshot(const std::string& directory, const std::strin
         const std::string path = (fs::path(root) / "board.toml").string();
         writeFile(path, source.profile());
         try {
-            static_cast<void>(Profile::load(path)); // what loads has the shape that follows
+            static_cast<void>(Profile::load(path)); // so Rewriter finds the types it expects
         } catch (const Error& error) {
             throw Error(name + ": its profile: " + error.what());
         }

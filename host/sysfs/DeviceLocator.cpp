@@ -34,7 +34,7 @@ std::string textOf(const Monitor& monitor) {
     return monitor.name ? *monitor.name : std::string();
 }
 
-/// The monitor as its name in a profile begins, after the class.
+/// NAME@BUSDEVICE of a monitor, or NAME alone if it has no device on a bus.
 std::string fullNameOf(const Monitor& monitor) {
     return textOf(monitor) + (monitor.busDevice.empty() ? "" : "@" + monitor.busDevice);
 }
@@ -58,7 +58,7 @@ std::string fullNameOf(const Monitor& monitor) {
                 joinChoices(choices) + ")");
 }
 
-/// The files that `label` means.
+/// The value files of the channels whose label is `label`.
 std::vector<std::string> labeled(const Monitor& monitor, const std::vector<std::string>& files,
                                  const std::string& label) {
     constexpr std::string_view END = "_label";
@@ -156,7 +156,7 @@ std::string DeviceLocator::locateMonitor(const std::string& device,
         failToMatch(device, name, file, matches, list->all());
     const Monitor& monitor = *matches.front();
     std::string path = monitor.folder + "/" + file;
-    // A label may contain a slash; a path that leaves the folder is not one of its files.
+    // A label may contain a slash; the name of a file in the folder can't.
     const bool isFile = isFileName(file) && kindOf(path) != FileKind::MISSING;
     return isFile ? path : locateLabel(device, monitor, file);
 }

@@ -13,7 +13,8 @@ namespace board {
 namespace {
 
 /// The numbers of the bits that are set. The kernel writes words in hexadecimal, the highest first
-/// and without leading zeros, each as long as a word of the program that reads them.
+/// and without leading zeros. A word has as many bits as an `unsigned long` of the program that
+/// reads the file.
 Result<std::vector<unsigned>> bitsOf(const std::string& path) {
     constexpr unsigned WORD = 8 * sizeof(unsigned long);
     const Result<std::string> text = readText(path);

@@ -11,11 +11,11 @@ namespace board {
 struct InputDevice {
     std::string file;                    ///< such as "/dev/input/event0"
     Result<std::string> name;            ///< what its driver calls it
-    Result<std::vector<unsigned>> codes; ///< its keys, ascending, in the kernel's numbers
+    Result<std::vector<unsigned>> codes; ///< the kernel's codes of its keys, ascending
 };
 
-/// All of them, in the kernel's order, which may change at each boot. Only their descriptions are
-/// read: the devices themselves may need rights.
+/// All input devices with keys, in the kernel's order, which may change at each boot. Reads only
+/// their descriptions, because this user may not be permitted to open the devices.
 std::vector<InputDevice> inputDevicesOf(const std::string& sysfs);
 
 /// Ascending numbers for people: "1 to 10, 28".

@@ -22,7 +22,7 @@ bool contains(const std::vector<std::string>& files, const std::string& file) {
     return std::find(files.begin(), files.end(), file) != files.end();
 }
 
-/// The quantity of the channel "temp1", for example; null if it is none that is known.
+/// The quantity of a channel such as "temp1"; null if it is not known here.
 const Quantity* quantityOf(const std::string& channel) {
     const auto digits = std::min(channel.find_first_of("0123456789"), channel.size());
     const auto found =
@@ -32,7 +32,8 @@ const Quantity* quantityOf(const std::string& channel) {
     return found != std::end(QUANTITIES) && isDigits(channel.substr(digits)) ? &*found : nullptr;
 }
 
-/// Whether `file` holds its channel's value. A power sensor may have only an average.
+/// Whether the file of `attribute` holds the channel's value. A power sensor may have only an
+/// average.
 bool isValue(const std::string& channel, const std::string& attribute,
              const std::vector<std::string>& files) {
     return attribute == "input" || (attribute == "average" && !contains(files, channel + "_input"));

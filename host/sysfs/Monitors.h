@@ -13,17 +13,17 @@ namespace board {
 struct Monitor {
     std::string folder;       ///< where its files are
     std::string busDevice;    ///< its device's name on its bus, such as "1-0048"; may be empty
-    Result<std::string> name; ///< what its driver calls it; devices of one kind have one name
+    Result<std::string> name; ///< what its driver calls it; the same for devices of one kind
 };
 
-/// All of them, in the kernel's order, which may change at each boot.
+/// All monitors, in the kernel's order, which may change at each boot.
 std::vector<Monitor> monitorsOf(const std::string& sysfs);
 
 /// The files of a monitor, without those that every device has.
 std::vector<std::string> filesOf(const Monitor& monitor);
 
-/// What a kind of sensor measures. The number in a sensor's file is in steps of 10 to the power of
-/// -`decimals` units.
+/// What a kind of sensor measures. The number in a sensor's file counts steps; a step is 10 to the
+/// power of -`decimals` units.
 struct Quantity {
     const char* kind; ///< how the file's name begins, such as "temp"
     const char* unit; ///< such as "C"; for people
@@ -34,10 +34,10 @@ struct Quantity {
 struct Sensor {
     std::string file;          ///< such as "temp1_input"
     std::string channel;       ///< such as "temp1"
-    const Quantity* quantity;  ///< exists as long as the program
-    Result<std::string> label; ///< what the driver calls it; empty if nothing
+    const Quantity* quantity;  ///< valid as long as the program runs
+    Result<std::string> label; ///< what the driver calls the sensor; may be empty
     Result<long long> value;   ///< in the quantity's steps
-    /// In the quantity's steps, by name, such as "max"; only those that the sensor has.
+    /// By name, such as "max", and in the quantity's steps; only those limits that the sensor has.
     std::vector<std::pair<std::string, Result<long long>>> limits;
 };
 
