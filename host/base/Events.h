@@ -20,7 +20,7 @@ struct ButtonReleased {
     std::optional<TYTime> heldFor; ///< empty if the press was not seen
 };
 
-/// A line that came through the LED pipe and runs a row of the table.
+/// A line that came through the LED pipe and that a row of the table matches.
 struct LedCommand {
     std::string line;
 };
@@ -104,7 +104,7 @@ struct FaultReport {
     std::string text;
 };
 
-/// A line of the log whose level BOARD_LOG_LEVEL includes.
+/// A line of the log, at a level that BOARD_LOG_LEVEL enables.
 struct LogLine {
     std::string text;
 };

@@ -96,8 +96,8 @@ std::string readUpTo(const FileDescriptor& file, std::size_t limit, const std::s
 std::string readFile(const std::string& path, std::size_t limit);
 
 /// The same for a file whose stated size is `size`: stops after that many bytes, without another
-/// read to find the end. Reads to the end if `size` is 0, because many files of the kernel state
-/// that size and have more.
+/// read to find the end. Reads to the end if `size` is 0, because files of the kernel may state 0
+/// and hold more.
 std::string readFile(const std::string& path, std::size_t limit, std::size_t size);
 
 /// The same for standard input.

@@ -16,15 +16,15 @@ namespace board {
 ///
 /// Symbolic links are followed. The file is locked, then a new file is written in the same folder
 /// with the same owner and mode, synced and renamed into place (see NewFile). If the program is
-/// killed before that, the new file stays as `.NAME.new-content`, and the next replacement removes
-/// it. A device or a sysfs file can't be replaced: it is locked and written from its start in one
-/// call. One thread at a time.
+/// killed before the rename, the new file stays as `.NAME.new-content`, and the next replacement
+/// removes it. A device or a sysfs file can't be replaced: it is locked and written from its start
+/// in one call. One thread at a time.
 class FileReplacement {
 public:
     /// BY_KIND replaces an ordinary file and writes to a device in place. IN_PLACE also writes to
-    /// an ordinary file in place, because the file simulates a board's device. UNREAD does not lock
-    /// an ordinary file: its old content is not needed, and anybody who may read the file could
-    /// hold its lock forever.
+    /// an ordinary file in place, for files that simulate a board's device. UNREAD does not lock an
+    /// ordinary file: its old content is not needed, and anybody who may read the file could hold
+    /// its lock forever.
     enum class Manner { BY_KIND, IN_PLACE, UNREAD };
 
     /// Waits for the lock on `path` as long as `wait` allows. A file that does not exist is not

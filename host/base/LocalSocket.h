@@ -8,8 +8,8 @@
 
 #include "base/FileDescriptor.h"
 
-/// Stream sockets between programs on one machine. Each socket has a name in the file system. Its
-/// path may be too long for a socket address if its file name alone is short enough. As in File.h,
+/// Stream sockets between programs on one machine. Each socket has a name in the file system. The
+/// path may be too long for a socket address if the file name alone is short enough. As in File.h,
 /// `try` functions leave the reason of a failure in `errno`.
 namespace board {
 
@@ -44,7 +44,8 @@ private:
 
 /// Connects to the program that listens at `path`. The connection is non-blocking. If the program
 /// has too many connections to accept, waits for at most `limit`, or until a signal that this
-/// program handles. `errno` is ENOENT or ECONNREFUSED if no program listens.
+/// program handles. The result is not open on failure; `errno` is ENOENT or ECONNREFUSED if no
+/// program listens.
 FileDescriptor tryConnect(const std::string& path, std::chrono::milliseconds limit);
 
 /// Sends as many bytes as fit without waiting. Returns -1 on failure. If the peer is gone, `errno`

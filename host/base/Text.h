@@ -17,8 +17,8 @@ std::size_t columnsOf(const std::string& text);
 /// True for one or more decimal digits and nothing else.
 bool isDigits(const std::string& text);
 
-/// The items of `list` with `separator` between them. The type of an item is any that can be
-/// appended to a string.
+/// The items of `list` with `separator` between them. An item may be anything that can be appended
+/// to a string.
 template <class List>
 std::string join(const List& list, const char* separator = ", ") {
     std::string joined;

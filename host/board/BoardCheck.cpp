@@ -148,7 +148,7 @@ void BoardCheck::checkWatch(const Profile& profile) {
 void BoardCheck::checkPreferences(const NamedPath& file) {
     look(file, [&] {
         expectKind(file.path, {FileKind::REGULAR}, "a file (expected lines 'key = value')");
-        // The library logs what it ignores in the file.
+        // The library logs what it ignores in the file. These log lines become findings.
         EventQueue messages;
         {
             const EventTap tap(messages);

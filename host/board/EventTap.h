@@ -6,8 +6,8 @@
 namespace board {
 
 /// As long as it exists, turns the library's log lines and its reports to the event monitor into
-/// events. Reports and errors become faults. Other lines become log lines, up to the level in
-/// BOARD_LOG_LEVEL.
+/// events. Reports and errors become FaultReport events. Other lines become LogLine events, up to
+/// the level in BOARD_LOG_LEVEL.
 class EventTap : private RTD::LogSink, private RTD::Monitor {
 public:
     /// `queue` must outlive the object.

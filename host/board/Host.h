@@ -35,7 +35,7 @@ struct Device {
     std::optional<std::string> fault; ///< why the device can't be used
 
     std::uint32_t maximum = 0;     ///< of a fan or a temperature sensor, from the profile
-    std::uint32_t hysteresis = 0;  ///< of a sensor: degrees below the maximum that end an alarm
+    std::uint32_t hysteresis = 0;  ///< of a sensor: an alarm ends this many degrees below `maximum`
     std::uint32_t on = 1;          ///< of an LED: the brightness that means lit
     bool biStatus = false;         ///< of an LED: has two lit states
     std::optional<NamedPath> tach; ///< of a fan: a file with its revolutions per minute
@@ -108,7 +108,7 @@ public:
     /// Finds the files that the profile names.
     const DeviceLocator& locator() const { return m_locator; }
 
-    /// Why the device of driver `name` can't be used; empty if it can be used or is unknown.
+    /// Why the device of driver `name` can't be used; empty if it can be used or `name` is unknown.
     std::optional<std::string> faultOf(const std::string& name) const;
 
     /// The board descriptor, which is empty until `readBD` is called; null if the profile has none.

@@ -14,13 +14,13 @@
 namespace board {
 
 /// The services of a hosted board, which run on threads of their own: the LED sequencer and the
-/// button monitor. A service that can't be started is a failure and does not affect the other. The
-/// destructor ends the button's thread first, then the LED sequencer's.
+/// button monitor. A service that can't be started is listed in `failures` and does not affect the
+/// other. The destructor ends the button's thread first, then the LED sequencer's.
 class Services {
 public:
     /// `profile` and `events` must outlive the object. If `tellsLeds` is true, each change of an
-    /// LED is an event. `ledMemory` is the file in which the LED sequencer keeps the LEDs' lasting
-    /// states across a restart; if it is empty, nothing is kept.
+    /// LED is an event. `ledMemory` is the file that keeps, across a restart, what LEDs show
+    /// without a time limit; if it is empty, nothing is kept.
     Services(const Profile& profile, bool tellsLeds, EventQueue& events,
              const std::string& ledMemory = "");
 

@@ -10,8 +10,8 @@ namespace board {
 /// of the sequencer. The content is stated byte by byte; it does not come from the drivers that are
 /// tested with it.
 ///
-/// Any process may change the values. The host of the board drains the LED pipes and stores each
-/// LED's state in the file NAME.state next to its pipe.
+/// Any process may change the values in these files. The host of the board drains the LED pipes and
+/// stores each LED's state in the file NAME.state next to its pipe.
 class SimulatedBoard {
 public:
     /// Makes the board in `directory`, which must be empty or not exist; its parent must exist. On

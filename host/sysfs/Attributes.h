@@ -5,7 +5,7 @@
 
 #include "base/Result.h"
 
-/// Reading sysfs, in which a folder is a device and a file is one of its values.
+/// Functions that read sysfs, in which a folder is a device and a file is one of its values.
 namespace board {
 
 /// The names in a folder, sorted with their numbers in numeric order: "pwm2" is before "pwm10".

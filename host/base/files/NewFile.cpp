@@ -157,8 +157,8 @@ public:
                      errno);
     }
 
-    /// Removes the file. Returns the text that a failure's message must append (see
-    /// board::discard).
+    /// Removes the file unless it was renamed. Returns the text that a failure's message must
+    /// append.
     std::string discard() { return std::exchange(m_isGone, true) ? "" : board::discard(m_name); }
 
 private:
