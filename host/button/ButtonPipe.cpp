@@ -26,7 +26,8 @@ void ButtonPipe::write(const std::string& message) const {
         failWith(m_path, "can't write", errno);
 }
 
-// A record lock: a host without a lock file of its own locks the pipe with flock.
+// Uses a record lock, which does not conflict with the flock that a host without its own lock file
+// holds on the pipe.
 bool ButtonPipe::setLock(int how, short type) const {
     struct flock lock {};
     lock.l_type = type;

@@ -7,13 +7,14 @@
 namespace board {
 
 /// The writing side of a button's named pipe. It is open for reading too, so that a message stays
-/// in it until the monitor reads it.
+/// in the pipe until the monitor reads it.
 ///
 /// The monitor opens the pipe again for each message and reads everything in it. A message may
-/// therefore be written only while the pipe is empty; otherwise two would be read as one.
+/// therefore be written only while the pipe is empty; otherwise the monitor would read two as one.
 class ButtonPipe {
 public:
-    /// Throws Error if `path` can't be opened or is not a pipe; `what` names what it should be.
+    /// Throws Error if `path` can't be opened or is not a pipe; `what` is the expected kind of
+    /// pipe, for the message.
     ButtonPipe(const std::string& path, const char* what);
 
     const std::string& path() const { return m_path; }

@@ -18,17 +18,17 @@ TYTime monotonicTime() {
     return now;
 }
 
-/// Opens the button's file, so that no other file can have its identity. A character device is
-/// opened only as a path (O_PATH), because its driver may allow just one reader. A pipe stays open
-/// for reading and writing, because the monitor opens it again for each message and a message
-/// written in between must not be lost.
+/// Opens the button's file. As long as it is open, no other file can get its identity. A character
+/// device is opened only as a path (O_PATH), because its driver may allow just one reader. A pipe
+/// stays open for reading and writing, because the monitor opens it again for each message and a
+/// message written in between must not be lost.
 FileDescriptor openButton(const std::string& path) {
     FileDescriptor file = openFile(path, O_PATH);
     if (kindOf(file) == FileKind::CHARACTER_DEVICE) {
         expectReadable(path);
         return file;
     }
-    if (kindOf(file) == FileKind::PIPE) // looked at again, because the path may be another file now
+    if (kindOf(file) == FileKind::PIPE) // checked again: the path may lead to another file now
         file = openFile(path, O_RDWR | O_NONBLOCK);
     if (kindOf(file) != FileKind::PIPE)
         throw Error(path + ": is not a button (expected a pipe or a character device)");
@@ -56,11 +56,11 @@ void ButtonService::Watch::report(const String& why) {
 
 void ButtonService::Watch::processButtonMessage(const String& message) {
     const auto found = tryIdentify(m_path.c_str());
-    if (found && found != tryIdentify(m_file)) // a file whose reads don't wait, perhaps
+    if (found && found != tryIdentify(m_file)) // perhaps with a file whose reads don't wait
         end(" was replaced and");
     else if (!message.isEmpty())
         ServiceButton::processButtonMessage(message);
-    // Somebody opened and closed a pipe. A device that returns nothing would do so forever.
+    // A pipe returns nothing if somebody opened and closed it. A device would do so forever.
     else if (kindOf(m_file) == FileKind::CHARACTER_DEVICE)
         end(" returned no message (expected a device that waits for the button) and");
 }
@@ -83,7 +83,7 @@ ButtonService::~ButtonService() {
     static_cast<void>(m_button.stop()); // while the observer still exists
 }
 
-// The library's own times are those of the calendar clock, which may be set during a press.
+// The times that the library passes come from the calendar clock, which may be set during a press.
 void ButtonService::onButtonPressed(const TYTime&) {
     m_pressedAt = m_clock();
     m_events.push(event::ButtonPressed{});

@@ -21,19 +21,20 @@ public:
 
     /// Starts watching. Throws Error if `device` can't be read, if it is neither a pipe nor a
     /// character device (a file whose reads don't wait would keep the processor busy), or if
-    /// another host of this user watches the pipe, as each message reaches only one of the two.
-    /// `clock` measures how long presses last; without one, the system's monotonic clock does.
+    /// another host of this user watches the pipe, because each message would reach only one of the
+    /// two. `clock` measures how long presses last; without one, the system's monotonic clock does.
     ButtonService(const NamedPath& device, EventQueue& events, Clock clock = {});
     ~ButtonService();
     ButtonService(const ButtonService&) = delete;
     ButtonService& operator=(const ButtonService&) = delete;
 
-    /// False after a device error has ended it, or because the path leads to another file. The
-    /// error and the end are events.
+    /// False if the watch has ended after a device error or because the path leads to another file.
+    /// The error and the end are reported as events.
     bool isWatching() const { return m_button.isWatching(); }
 
 private:
-    /// Reports when the device has failed. Ends when the path leads to another file than `file`.
+    /// Monitors the button and reports if the device fails. Ends if the path leads to a file other
+    /// than `file`.
     class Watch final : public ServiceButton {
     public:
         Watch(const String& path, Observer* observer, const FileDescriptor& file,

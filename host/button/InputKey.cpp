@@ -92,7 +92,7 @@ std::vector<bool> KeyEvents::read() {
         if (std::exchange(m_isDown, isDown) != isDown)
             levels.push_back(isDown);
     };
-    // The device's answer is newer than everything in this read, so the later key events in it are
+    // The device's answer is newer than every event of this read, so the rest of its key events are
     // ignored.
     bool isAsked = false;
     for (std::size_t i = 0; i < count; ++i) {

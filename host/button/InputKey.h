@@ -9,7 +9,7 @@
 
 namespace board {
 
-/// Follows one key in the kernel's input events that a descriptor delivers.
+/// Follows one key in the input events that the kernel delivers on a descriptor.
 class KeyEvents {
 public:
     /// `descriptor` is not owned. `isDownNow` asks the device for the key's current state; it is
@@ -42,7 +42,7 @@ public:
     unsigned code() const { return m_code; }
     /// Readable if there are events or if the device is gone.
     int descriptor() const { return m_file.number(); }
-    /// Reading them never waits. They exist as long as this object.
+    /// Reading the events never waits. The reference is valid as long as this object exists.
     KeyEvents& events() { return m_events; }
 
 private:

@@ -28,7 +28,7 @@ FileDescriptor connect(const std::string& path, std::chrono::milliseconds limit)
     failWith(path, "can't connect to the host", errno);
 }
 
-/// The value as a host sends it: JSON can't hold bytes that are not UTF-8.
+/// The value as a host sends it: without bytes that are not UTF-8, which JSON can't hold.
 std::string asSent(const ordered_json& value) {
     return value.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
@@ -46,7 +46,7 @@ void StatusClient::fail(const std::string& what) const {
 void StatusClient::send(const varlink::Request& request) {
     const std::string bytes = varlink::toBytes(request);
     const ssize_t sent = trySend(m_socket, bytes.data(), bytes.size());
-    // A host that has closed the connection has said why, which is still to be read.
+    // A host that has closed the connection has sent the reason, which can still be read.
     if (sent < 0 && errno != EPIPE && errno != ECONNRESET)
         failWith(m_path, "can't send to the host", errno);
     if (sent >= 0 && static_cast<std::size_t>(sent) != bytes.size())
@@ -123,7 +123,7 @@ std::optional<ordered_json> StatusClient::tryNext() {
 }
 
 std::optional<StatusClient::Event> StatusClient::next() {
-    if (m_wait(Clock::now(), m_socket.number())) // also if events never stop coming
+    if (m_wait(Clock::now(), m_socket.number())) // ends even if events never stop coming
         return std::nullopt;
     auto reply = receive(std::nullopt);
     if (!reply)

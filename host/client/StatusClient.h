@@ -23,15 +23,15 @@ class StatusClient {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// Waits until the time, if there is one, or until the descriptor is readable; may return
-    /// early. True if the program has been asked to end.
+    /// Waits until `end`, if there is one, or until the descriptor is readable; may return early.
+    /// True if the program has been asked to end.
     using Wait = std::function<bool(std::optional<Clock::time_point> end, int descriptor)>;
 
-    /// How long the host may take. While it does not accept a connection, nothing else can be done
-    /// or noticed.
+    /// How long to wait for the host. The client blocks while connecting, so it does not notice a
+    /// request to end until the connection is accepted or the limit expires.
     struct Limits {
-        std::chrono::milliseconds accept{5000}; ///< a connection; more than 0
-        std::chrono::milliseconds answer{5000}; ///< a call
+        std::chrono::milliseconds accept{5000}; ///< to accept a connection; more than 0
+        std::chrono::milliseconds answer{5000}; ///< to answer a call
     };
 
     /// The host answered with an error that its interface description declares.
@@ -58,10 +58,10 @@ public:
 
     /// What happened on the board.
     struct Event {
-        nlohmann::ordered_json event; ///< null if there is none, but some were lost
+        nlohmann::ordered_json event; ///< null if this only reports lost events
         long long lost;               ///< how many were missed before this event
     };
-    /// Asks for events, and returns once the host will send each. No call may follow.
+    /// Asks the host for events. Once this returns, the host sends every event. No call may follow.
     void monitor();
     /// Waits for the next event; empty if the program is asked to end. Throws Error if the host has
     /// ended.
@@ -73,7 +73,8 @@ public:
     /// The next reply of such a method, if it has arrived; never waits. Throws CallError, and Error
     /// if the host has ended.
     std::optional<nlohmann::ordered_json> tryNext();
-    /// Readable once another reply may have arrived. Look with `tryNext` before waiting for it.
+    /// Readable if another reply may have arrived. Call `tryNext` before waiting for this
+    /// descriptor.
     int descriptor() const { return m_socket.number(); }
 
 private:

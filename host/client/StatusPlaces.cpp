@@ -19,7 +19,7 @@ std::string variable(const char* name) {
     return value ? value : "";
 }
 
-/// Differs for different paths, and may be shorter than they are: "board-" and a hash (FNV-1a).
+/// A name of limited length that differs for different paths: "board-" and a hash (FNV-1a).
 std::string nameFor(const std::string& path) {
     std::uint64_t hash = 0xcbf29ce484222325;
     for (const char c : path)

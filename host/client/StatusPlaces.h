@@ -5,8 +5,9 @@
 
 namespace board {
 
-/// The folder that the init system has made for this service and keeps until the board boots: the
-/// first one in $RUNTIME_DIRECTORY, where systemd separates several by colons. Empty without one.
+/// The folder that the init system has made for this service and keeps until the next boot: the
+/// first one in $RUNTIME_DIRECTORY, where systemd separates several by colons. Empty if there is
+/// none.
 std::string serviceFolder();
 
 /// The paths of the sockets where a host of this profile may answer. A host listens on the first
@@ -16,7 +17,8 @@ std::string serviceFolder();
 /// - $XDG_RUNTIME_DIR/boarddrivers/NAME.socket, if the variable is set; the name is derived from
 ///   the profile's path
 /// - /run/boarddrivers/host
-/// The last one serves any profile, so a client must look at which one its host reports.
+/// The host on the last socket may have any profile, so a client must check the profile that the
+/// host reports.
 std::vector<std::string> statusPlaces(const std::string& profile, bool isSimulated);
 
 /// The absolute path of the profile without symbolic links, as a host reports it. Throws Error if

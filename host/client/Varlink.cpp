@@ -9,11 +9,11 @@ namespace board::varlink {
 
 namespace {
 
-// Deeper nesting would exhaust the stack where JSON is handled by recursion.
+// Deeper nesting could exhaust the stack of recursive functions that process the JSON.
 constexpr int DEEPEST = 32;
 
-/// Whether objects and arrays are nested too deeply, if `text` is JSON. The parser can report the
-/// depth itself, but then looks through the whole array around each object that ends.
+/// Whether objects and arrays are nested too deeply, if `text` is JSON. The parser could report the
+/// depth itself, but would then search the whole enclosing array whenever an object ends.
 bool isTooDeep(const std::string& text) {
     int depth = 0;
     bool isInString = false;

@@ -16,7 +16,7 @@ struct Request {
     nlohmann::ordered_json parameters = nlohmann::ordered_json::object();
     bool oneway = false;  ///< the client wants no reply
     bool more = false;    ///< the client accepts several replies
-    bool upgrade = false; ///< the client wants to go on with another protocol
+    bool upgrade = false; ///< the client wants to switch to another protocol
 };
 
 struct Reply {
@@ -25,9 +25,9 @@ struct Reply {
     std::string error; ///< the name of an error; empty for success
 };
 
-/// Parse a message, without its zero byte. Empty if it is not such a message: no JSON, not an
-/// object, nested more than 32 levels deep, without a method, or with a member of a wrong type. A
-/// member that is null counts as absent, and others than those above are ignored.
+/// Parse a message, without its zero byte. Empty if the text is not such a message: if it is not a
+/// JSON object, is nested more than 32 levels deep, is a request without a method, or has a member
+/// of a wrong type. A member that is null counts as absent, and unknown members are ignored.
 std::optional<Request> parseRequest(const std::string& text);
 std::optional<Reply> parseReply(const std::string& text);
 

@@ -14,8 +14,8 @@ bool isBlank(char c) {
     return c == '\0' || c == '\xFF';
 }
 
-/// "all 512 bytes are 0xFF" if an image is nothing but one blank byte repeated, and needs no tags
-/// to look like that; otherwise empty.
+/// "all 512 bytes are 0xFF" if an image consists of one blank byte repeated, so that it holds no
+/// tags; otherwise empty.
 std::string blankness(const std::string& bytes) {
     constexpr std::size_t LEAST = 4; // a whole terminator
     const bool isBlankOnly = bytes.size() >= LEAST && isBlank(bytes.front()) &&
@@ -101,7 +101,7 @@ private:
             add(Finding::Weight::WARNING, tag.offset, name + ": is empty (required)");
     }
 
-    /// What follows is often the rest of an older image.
+    /// Shows the first bytes from the fault on, because they are often the rest of an older image.
     void addFault(const std::string& fault) {
         constexpr std::size_t MOST_SHOWN = 16;
         const std::size_t start = m_image.usedBytes();
@@ -155,8 +155,8 @@ private:
     const bool m_isDevice;
     const std::vector<TagPlace>& m_required;
     std::unordered_map<BD::TagId, std::vector<const ImageTag*>> m_tagsOf;
-    std::unordered_map<std::string, std::size_t> m_addresses; ///< where each is first
-    std::unordered_map<unsigned, std::size_t> m_interfaces;   ///< the same
+    std::unordered_map<std::string, std::size_t> m_addresses; ///< where each one first occurs
+    std::unordered_map<unsigned, std::size_t> m_interfaces;   ///< by interface number
     std::vector<Finding> m_findings;
 };
 

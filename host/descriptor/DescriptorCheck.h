@@ -14,8 +14,8 @@ namespace board {
 struct Finding {
     enum class Weight {
         CORRUPT, ///< the image can't be loaded whole
-        WARNING, ///< it loads, but is probably a mistake
-        BLANK,   ///< it is erased or zeroed: right for a new board, wrong for one in use
+        WARNING, ///< the image loads, but this is probably a mistake
+        BLANK,   ///< the image is erased or zeroed: right for a new board, wrong for one in use
         NOTE     ///< nothing is wrong
     };
     Weight weight;
@@ -23,9 +23,10 @@ struct Finding {
     std::string text;
 };
 
-/// Looks at every byte of an image; findings are ordered by offset. On a device, bytes after the
-/// terminator are only a note: an earlier, longer image may have left them there. Tags in
-/// `required` that are missing or empty are warnings at the end of the tags.
+/// Checks every byte of an image; the findings are ordered by offset. On a device, bytes after the
+/// terminator are only a note: an earlier, longer image may have left them there. There is a
+/// warning for each tag in `required` that is missing (at `usedBytes()`) or empty (at its own
+/// offset).
 std::vector<Finding> checkImage(const TagImage& image, bool isDevice,
                                 const std::vector<TagPlace>& required = {});
 

@@ -10,8 +10,8 @@
 namespace board {
 
 /// Throws Error if `path` is neither a regular file nor a block device, because reading anything
-/// else may never end. Also throws if it is larger than MAX_IMAGE_SIZE: a device is read into
-/// memory as a whole, so a disk named by mistake must be rejected. A device that is missing or
+/// else may never end. Also throws if the file or device is larger than MAX_IMAGE_SIZE: it is read
+/// into memory as a whole, so a disk named by mistake must be rejected. A device that is missing or
 /// can't be opened passes.
 void expectDescriptorDevice(const std::string& path);
 
@@ -25,9 +25,10 @@ public:
     /// An image on standard input. It can be loaded only once and can't be edited.
     static DescriptorSource ofStandardInput();
 
-    /// The device that a board's profile names; an ordinary file there is treated as a device too.
-    /// The device is read `readChunk` bytes at a time. An image must be smaller than `size` bytes.
-    /// Throws Error if the device can't be read or `expectDescriptorDevice` rejects it.
+    /// The device that a board's profile names; if it is an ordinary file, it is treated as a
+    /// device too. The device is read `readChunk` bytes at a time. An image must be smaller than
+    /// `size` bytes. Throws Error if the device can't be read or `expectDescriptorDevice` rejects
+    /// it.
     static DescriptorSource ofBoard(const std::string& path, unsigned readChunk, unsigned size);
 
     /// Empty for standard input.
@@ -38,18 +39,18 @@ public:
     /// The size in bytes of the device that `image` was read from; an image must be smaller.
     std::size_t deviceSize(const TagImage& image) const;
 
-    /// How long a load or a change waits for the lock of the file or device, and who is told; by
-    /// default LockWait's time, and nobody.
+    /// Sets how long a load or a change waits for the lock of the file or device, and who is told
+    /// about the wait. By default, it waits for LockWait's default time and tells nobody.
     void waitForLock(LockWait wait) { m_wait = std::move(wait); }
     const LockWait& lockWait() const { return m_wait; }
 
-    /// Reads under a shared lock, so never in the middle of an edit; standard input, a pipe and a
-    /// character device are not locked.
+    /// Reads under a shared lock, so it never reads a half-written image. Standard input, a pipe
+    /// and a character device are not locked.
     ///
     /// Throws Error if the bytes can't be read or the lock is not free in time, or if a file or
-    /// standard input has more than MAX_IMAGE_SIZE bytes. A board's device has no such check here:
-    /// `ofBoard` has checked its size, and the driver reads no more than `size` bytes. A corrupt
-    /// image is not a failure.
+    /// standard input has more than MAX_IMAGE_SIZE bytes. The size of a board's device is not
+    /// checked here: `ofBoard` has checked it, and the driver reads no more than `size` bytes. A
+    /// corrupt image is not a failure.
     TagImage load() const;
 
 private:

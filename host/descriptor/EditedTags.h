@@ -19,8 +19,8 @@ struct EditedTag {
     std::string chunk;
 };
 
-/// A list of tags that is changed by many assignments. A look-up does not search the list, and a
-/// tag is inserted without moving others if it comes last or follows the one inserted before.
+/// A list of tags that many assignments change. A look-up does not search the list, and an
+/// insertion moves no other tags if it is at the end or right after the previous insertion.
 /// Positions are counted from 0. One thread.
 class EditedTags {
 public:
@@ -42,8 +42,8 @@ public:
             return std::nullopt;
         return positionOf(m_index->byId.at(id)[occurrence]);
     }
-    /// The positions, in ascending order, of the MAC addresses that begin with these six bytes, or
-    /// that have these two bytes as their interface number.
+    /// The positions, in ascending order, of the MAC address tags with `bytes`: either the six
+    /// bytes of an address or the two bytes of an interface number.
     std::vector<std::size_t> macsWith(const std::string& bytes) const {
         std::vector<std::size_t> positions;
         if (const auto found = index().macs.find(bytes); found != m_index->macs.end())
@@ -89,14 +89,14 @@ public:
     }
 
 private:
-    /// A tag's position in `m_front`, or BEHIND and its position in `m_behind`. It does not change
-    /// if tags are added at the end of either.
+    /// A tag's position in `m_front`, or BEHIND plus its position in `m_behind`. It does not change
+    /// if tags are added at the end of either list.
     using Slot = std::size_t;
     static constexpr Slot BEHIND = Slot{1} << 31U;
 
     struct Index {
         std::unordered_map<BD::TagId, std::vector<Slot>> byId; ///< in ascending order
-        std::unordered_map<std::string, std::set<Slot>> macs;  ///< by what `macsWith` takes
+        std::unordered_map<std::string, std::set<Slot>> macs;  ///< by the argument of `macsWith`
     };
 
     Slot slotOf(std::size_t position) const {
@@ -106,7 +106,7 @@ private:
         return slot < BEHIND ? slot : m_front.size() + (slot - BEHIND);
     }
 
-    /// What `macsWith` finds a tag by; nothing if it is not an address.
+    /// The arguments with which `macsWith` finds a tag; none if the tag is not an address.
     static std::vector<std::string> macKeys(const BD::Tag& tag) {
         constexpr unsigned ADDRESS_BYTES = 6, ALL_BYTES = 8;
         if (tag.id != MAC_TAG || tag.data.length() != ALL_BYTES)
@@ -131,7 +131,7 @@ private:
         return *m_index;
     }
 
-    /// Moves tags until `position` is where `m_behind` begins.
+    /// Moves tags between the two lists until `m_behind` begins at `position`.
     void divideAt(std::size_t position) {
         if (m_front.size() != position)
             m_index.reset();
@@ -141,8 +141,8 @@ private:
             m_behind.push_front(std::move(m_front.back()));
     }
 
-    std::vector<EditedTag> m_front;       ///< up to where a tag was last inserted or removed
-    std::deque<EditedTag> m_behind;       ///< the others
+    std::vector<EditedTag> m_front;       ///< the tags up to the last insertion or removal
+    std::deque<EditedTag> m_behind;       ///< the tags after it
     mutable std::optional<Index> m_index; ///< made by the first look-up
 };
 

@@ -82,7 +82,7 @@ std::string imageOf(const std::vector<BD::Tag>& tags) {
     TString<char> image;
     String error;
     for (const BD::Tag& tag : tags)
-        static_cast<void>(descriptor.addTag(tag.id, tag.data)); // both always succeed
+        static_cast<void>(descriptor.addTag(tag.id, tag.data)); // like exportBD, always succeeds
     static_cast<void>(descriptor.exportBD(image, error));
     return std::string(image.data(), image.length());
 }

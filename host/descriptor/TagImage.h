@@ -12,8 +12,8 @@ namespace board {
 /// The largest image that is read or written: 64 KiB.
 constexpr unsigned MAX_IMAGE_SIZE = 65536;
 
-/// The most data that one tag can store: the 16-bit length of a chunk covers its header, and odd
-/// data gets one more byte.
+/// The most data that one tag can store: the 16-bit length of a chunk includes the chunk's header,
+/// and data of odd length gets a padding byte.
 constexpr std::size_t MAX_TAG_DATA = 65530;
 
 constexpr BD::TagId TERMINATOR_TAG = 0;
@@ -26,7 +26,7 @@ struct ImageTag {
 };
 
 /// The bytes of a descriptor image and what the library loads from them. Immutable. A corrupt image
-/// has a fault, and the tags before it.
+/// has a fault and only the tags before the fault.
 class TagImage {
 public:
     explicit TagImage(std::string bytes);
@@ -47,9 +47,9 @@ public:
     /// The number of bytes that the tags and the terminator occupy.
     std::size_t usedBytes() const;
 
-    /// Where the bytes after the terminator begin, which no load reads. A load reads only the
-    /// identifier of a terminator, so its length field belongs to it only if it has the usual
-    /// value.
+    /// The offset of the bytes after the terminator, which no load reads. A load reads only the
+    /// identifier of a terminator. The two bytes after that count as its length field only if they
+    /// have the usual value.
     std::size_t restOffset() const;
 
     /// The bytes of a tag's chunk as they are in the image.
@@ -58,8 +58,8 @@ public:
     /// Occurrence `index` of `id`. Throws Error with the library's message if there is none.
     const BD::Tag& find(BD::TagId id, unsigned index) const;
 
-    /// Replaces the list of `descriptor` with the tags of the image, including the terminator.
-    /// Serves `bd show` and `bd raw`: they print the reports of the library's class, so that a user
+    /// Replaces the list of `descriptor` with the tags of the image, including the terminator. Used
+    /// by `bd show` and `bd raw`: they print the reports of the library's class, so that a user
     /// sees the same rows as a program on the board.
     void loadInto(CBoardDescr& descriptor) const;
 
@@ -71,7 +71,7 @@ private:
     std::size_t m_tagBytes = 0;
 };
 
-/// The library's message about a tag that is missing.
+/// The library's message for a missing tag.
 std::string missingTag(BD::TagId id);
 
 /// The tag as it is loaded after a store: odd data is padded with a zero byte.

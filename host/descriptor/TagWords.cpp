@@ -77,7 +77,7 @@ std::string bytesOfHex(const std::string& digits) {
     return bytes;
 }
 
-/// "ADDRESS/INTERFACE".
+/// The data of a MAC address tag for the value "ADDRESS/INTERFACE".
 std::string macDataOf(const std::string& value) {
     const auto slash = value.find('/');
     const std::string mac = parseMac(value.substr(0, slash));
@@ -128,7 +128,7 @@ std::optional<BD::TagId> findTagId(const std::string& word) {
     for (const BD::TagMeaning& meaning : BD::TAG_MEANINGS)
         if (meaning.name && word == meaning.name)
             return meaning.first;
-    // Output calls an identifier without a name "Tag5"; that can be typed too.
+    // Output calls an identifier without a name "Tag5", so users may type that too.
     if (word.rfind("Tag", 0) == 0 && readId(word.substr(3), id) && tagName(id) == word)
         return id;
     return std::nullopt;
@@ -197,7 +197,8 @@ std::string parseMac(const std::string& word) {
 }
 
 std::optional<std::string> faultOfAddress(const std::string& mac) {
-    // Multicast is the lowest bit of the first byte, which broadcast has set too.
+    // The lowest bit of the first byte marks a multicast address. The broadcast address has it set
+    // too.
     if (digitOf(mac[1]) % 2 != 0)
         return "is a multicast or broadcast address (expected the address of one interface)";
     if (mac.find_first_not_of("0:") == std::string::npos)

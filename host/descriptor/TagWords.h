@@ -59,26 +59,27 @@ TagType parseTagType(const std::string& word);
 /// separated by colons; not multicast, broadcast or all zero. Returns the word unchanged.
 std::string parseMac(const std::string& word);
 
-/// Why no interface can have this address, "is all zero (expected ...)"; empty if one can. `mac` is
-/// six groups as above.
+/// Why no interface can have the address `mac`, such as "is all zero (expected ...)"; empty if an
+/// interface can have it. `mac` is six groups as described for parseMac.
 std::optional<std::string> faultOfAddress(const std::string& mac);
 
 /// The six bytes of an address that parseMac has returned.
 std::string macBytes(const std::string& mac);
 
 /// The data of a MAC address tag: the six bytes of the address, then the interface number. `mac` is
-/// what parseMac returns; `interface` is at most 65535.
+/// an address that parseMac has returned; `interface` is at most 65535.
 std::string macData(const std::string& mac, unsigned interface);
 
 /// The lowest `width` bytes of `value`, the highest of them first. `width` is at most 4.
 std::string bigEndian(unsigned value, unsigned width);
 
-/// A decimal number, or a hexadecimal one with 0x, up to `maximum`; `what` names it in the message.
+/// A decimal number, or a hexadecimal one with 0x, up to `maximum`; `what` names the number in the
+/// message.
 unsigned parseNumber(const std::string& word, unsigned maximum, const std::string& what);
 
 /// Decodes pairs of hexadecimal digits and appends the bytes to `bytes`. Returns npos on success;
 /// otherwise the position of the first character that is not a hexadecimal digit, or the length of
-/// `digits` if half of the last pair is missing.
+/// `digits` if the last pair has only one digit.
 std::size_t decodeHex(const std::string& digits, std::string& bytes);
 
 /// The data as pairs of lower-case hexadecimal digits without blanks.
@@ -88,7 +89,7 @@ struct MacAddress {
     std::string mac; ///< "02:00:00:00:00:07", digits in upper case
     unsigned interface = 0;
 
-    /// As an assignment takes it: "02:00:00:00:00:07/3".
+    /// The value of an assignment with TYPE mac: "02:00:00:00:00:07/3".
     std::string word() const { return mac + "/" + std::to_string(interface); }
 };
 /// The address in the data; empty if the data is not 8 bytes long.
@@ -98,7 +99,8 @@ std::optional<MacAddress> macOf(const BD::Tag& tag);
 /// assignment names an occurrence or is not an address.
 std::optional<unsigned> interfaceToPut(const Assignment& assignment);
 
-/// The data as text, without zero bytes at the end: storing pads data of odd length with one.
+/// The data as text, without zero bytes at the end, because storing pads data of odd length with a
+/// zero byte.
 std::string textOf(const BD::Tag& tag);
 
 } // namespace board

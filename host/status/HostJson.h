@@ -10,8 +10,8 @@
 /// Parts of a host's answers, as org.boarddrivers.Host.varlink describes them.
 namespace board {
 
-/// The type Device. `watched` is null for a device that no watch looks at; such a device has been
-/// as it is since `started`.
+/// The type Device. `watched` is null for a device that no watch reads; its state dates from
+/// `started`.
 nlohmann::ordered_json toJson(const Device& device, const WatchedDevice* watched,
                               const TYTime& started);
 

@@ -22,7 +22,7 @@ namespace {
 /// How many events are kept for Status.
 constexpr std::size_t MOST_EVENTS = 50;
 
-/// What is wrong with the device, without the figures, which would change at each look.
+/// What is wrong with the device, without the measured value, which would change at each look.
 std::string briefOf(const Alarm& alarm, const Profile& profile) {
     switch (alarm.kind) {
     case Alarm::Kind::DEVICE_GONE:

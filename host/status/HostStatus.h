@@ -23,8 +23,8 @@ public:
     HostStatus(const std::string& profilePath, const Profile& profile, Host& host,
                const Watch& watch);
 
-    /// The services, for as long as they run; null before and after. What failed when they were
-    /// started is kept as events, because nobody could monitor it then.
+    /// Sets the services while they run; null before and after that. What failed when they were
+    /// started is kept as events, because no client could monitor it at that time.
     void setServices(const Services* services);
 
     void setFirmware(Result<FirmwareInfo> firmware) { m_firmware = std::move(firmware); }
@@ -35,7 +35,7 @@ public:
     /// Counts events for which the queue had no room.
     void noteLost(unsigned count) { m_lost += count; }
 
-    /// Whether the LED sequencer reads lines from its pipe, as far as the events tell.
+    /// Whether the LED sequencer reads lines from its pipe, according to the events so far.
     bool takesLedLines() const { return m_takesLines; }
 
     /// One line: "7 devices, 1 alarm: thermal over 85".
@@ -65,7 +65,7 @@ private:
     std::deque<nlohmann::ordered_json> m_events; ///< the last ones, the oldest first
     std::optional<bool> m_isPressed;
     bool m_takesLines = false;                      ///< from the LED pipe
-    std::optional<std::string> m_pipeFault;         ///< why it does not
+    std::optional<std::string> m_pipeFault;         ///< why it takes none
     std::map<std::string, std::string> m_ledFaults; ///< by the name of an LED whose file is gone
     std::uint64_t m_presses = 0;
     std::uint64_t m_lost = 0;

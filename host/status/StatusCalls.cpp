@@ -49,7 +49,7 @@ struct StatusCalls::Method {
     const char* interface;
     const char* name;
     const char* parameter; ///< a string; null if the method has no parameter
-    bool isRequired;       ///< the parameter may not be absent
+    bool isRequired;       ///< the parameter must be present
     bool needsMore;
     varlink::Reply (*reply)(const StatusCalls& calls, const ordered_json& parameters);
 };
@@ -110,7 +110,7 @@ varlink::Reply StatusCalls::reply(const varlink::Request& request) const {
         });
     if (method == std::end(METHODS))
         return failure(SERVICE, "MethodNotFound", {{"method", request.method}});
-    if (request.upgrade) // no method goes on with another protocol
+    if (request.upgrade) // no method switches to another protocol
         return failure(SERVICE, "MethodNotImplemented", {{"method", request.method}});
     if (method->isRequired && !request.parameters.contains(method->parameter))
         return invalidParameter(method->parameter);

@@ -52,7 +52,7 @@ void StatusServer::serve() {
         else
             m_mayAccept = true;
     removeEnded();
-    // Also if an earlier call failed: one of the clients may just have freed a descriptor.
+    // Tries again if an earlier call failed, because a client may just have freed a descriptor.
     if (m_mayAccept)
         acceptClients();
 }
@@ -126,7 +126,7 @@ void StatusServer::answerNext(Client& client) const {
         client.lit = client.litNow = lit->get<std::uint32_t>();
 }
 
-/// What the client must be told about what it has missed; empty if there is nothing.
+/// The reply that tells the client what it has missed; empty if it has missed nothing.
 std::string StatusServer::newsFor(Client& client) {
     if (client.lost > 0)
         return varlink::toBytes(eventReply(nullptr, std::exchange(client.lost, 0)));
@@ -157,7 +157,7 @@ void StatusServer::awaitMore(Client& client) {
     if (!client.output.empty() || (client.interest == Interest::NONE && client.input.hasMessage()))
         awaited = EPOLLOUT; // if a request has arrived, the next `serve` handles it
     else if (client.interest != Interest::NONE)
-        awaited = 0; // the end of a connection is announced nevertheless
+        awaited = 0; // epoll reports the end of a connection anyway
     else if (client.hasSentAll)
         client.socket.close();
     if (!client.socket.isOpen() || awaited == client.awaited)

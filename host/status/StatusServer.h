@@ -14,22 +14,22 @@ namespace board {
 /// Answers Varlink calls on a host's status socket, without ever waiting for a client.
 ///
 /// At most 64 clients are connected. The next one is told so and disconnected. A client that sends
-/// something other than a request, or more than 4 KiB without an end, is disconnected. Requests of
-/// one client are answered in order: the next one is read once the client has read all replies, so
-/// that a client that does not read costs the memory of one reply.
+/// something other than a request, or a message of more than 4 KiB, is disconnected. Requests of
+/// one client are answered in order. The next request is handled once the client has read all
+/// replies, so a client that does not read costs only the memory of one reply.
 ///
-/// A client that monitors events and does not read keeps up to 64 KiB of them, in addition to what
-/// its socket holds. Later events are counted instead, and the client is told the number as soon as
-/// it reads again. A client that monitors the LEDs and does not read gets their latest state as
-/// soon as it has read what its socket holds. The server reads nothing more from a client that
-/// monitors something.
+/// For a client that monitors events and does not read, the server keeps up to 64 KiB of events, in
+/// addition to what the socket holds. Later events are only counted, and the client is told the
+/// number as soon as it reads again. A client that monitors the LEDs and does not read gets their
+/// latest state as soon as it has read what its socket holds. The server reads nothing more from a
+/// client that monitors something.
 ///
 /// One thread.
 class StatusServer {
 public:
     static constexpr std::size_t MOST_CLIENTS = 64;
     static constexpr std::size_t LARGEST_REQUEST = 4096;
-    static constexpr std::size_t MOST_WAITING_EVENTS = 65536; ///< bytes of them for one client
+    static constexpr std::size_t MOST_WAITING_EVENTS = 65536; ///< in bytes, for one client
 
     /// Listens on `path`. `answers` must outlive the server. Throws Error as LocalListener does.
     StatusServer(const std::string& path, const StatusAnswers& answers);
@@ -39,16 +39,17 @@ public:
     const std::string& path() const { return m_listener.path(); }
     std::size_t clients() const { return m_clients.size(); }
 
-    /// Handles part of what is ready: at most one request of each of some clients.
+    /// Handles part of what is ready: at most one request per client, for a limited number of
+    /// clients.
     void serve();
 
-    /// Sends an object to all clients that monitor events, as far as they read.
+    /// Sends an event to all clients that monitor events. See above for those that do not read.
     void publish(const nlohmann::ordered_json& event);
 
     /// Whether a client monitors the LEDs.
     bool isAskedForLeds() const;
-    /// Sends the LEDs that are lit to the clients that monitor them, if these were told otherwise
-    /// last.
+    /// Sends the LEDs that are lit to each client that monitors them, unless its last reply was the
+    /// same.
     void publishLeds(std::uint32_t lit);
 
 private:
@@ -65,7 +66,7 @@ private:
         unsigned lost = 0;                  ///< events that it missed since its last reply
         std::uint32_t lit = 0;              ///< the LEDs in its last reply
         std::uint32_t litNow = 0;           ///< the LEDs that its next reply is to report
-        unsigned awaited = 0;               ///< what `descriptor` waits for on its behalf
+        unsigned awaited = 0;               ///< the epoll events that it is registered for
     };
 
     void acceptClients();

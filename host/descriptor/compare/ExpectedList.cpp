@@ -11,7 +11,7 @@ namespace {
 
 const std::vector<std::string> PATTERN_KEYS = {"any", "size", "matches", "from"};
 
-/// An entry that may be a pattern.
+/// An entry with a value or a pattern.
 class ExpectedEntry {
 public:
     explicit ExpectedEntry(const JsonEntry& json) : m_json(json), m_entry(json) {}
@@ -29,7 +29,7 @@ public:
 private:
     ExpectedTag pattern() const {
         const BD::TagId id = m_entry.id();
-        // Together with a value, a pattern has no meaning.
+        // An entry can't have both a pattern and a value.
         std::vector<std::string> keys = PATTERN_KEYS;
         keys.insert(keys.end(), TagEntry::valueKeys().begin(), TagEntry::valueKeys().end());
         const JsonMember& member = m_entry.oneOf(keys);
@@ -98,7 +98,8 @@ bool isJsonList(const std::string& bytes) {
 }
 
 ExpectedList readExpected(const std::string& bytes, const std::string& source) {
-    // A command that failed in front of the pipe prints nothing, and an erased unit would match.
+    // A command that failed before the pipe has printed nothing. An empty list would match an
+    // erased unit.
     if (bytes.empty())
         throw Error(source + ": is empty (expected an image or a JSON list of tags)");
     if (isJsonList(bytes))

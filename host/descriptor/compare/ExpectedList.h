@@ -13,10 +13,10 @@ struct ExpectedList {
     bool needsTerminator = true; ///< false for an image that has none itself
 };
 
-/// Whether `bytes` are meant as JSON: an image holds zero bytes or begins with erased ones.
+/// Whether `bytes` are meant as JSON: an image contains a zero byte or begins with an erased one.
 bool isJsonList(const std::string& bytes);
 
-/// Reads an image or a JSON list. Instead of a value, an entry of the list may have a pattern:
+/// Reads an image or a JSON list. Instead of a value, an entry of the JSON list may have a pattern:
 /// `any` (true), `size` (bytes), `matches` (a regular expression on the whole text), or `from` and
 /// `to` (addresses). An entry with `from` and `to` may also have `iface`. Throws Error if `bytes`
 /// is empty, the image is corrupt, `tagsFromJson` rejects the list, or entries follow the

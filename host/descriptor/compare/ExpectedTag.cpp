@@ -27,7 +27,7 @@ std::string colons(const std::string& address) {
     return digits;
 }
 
-/// How a tag meets an expected value, and the words for the value.
+/// `Meets` tells whether a tag has an expected value; `Words` describes the value.
 struct Meets {
     const BD::Tag& tag;
 

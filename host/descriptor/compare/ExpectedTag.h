@@ -11,12 +11,13 @@ namespace board {
 
 struct AnyValue {};
 
-/// Data of this many bytes; data of odd size is loaded with one byte more.
+/// Data of this many bytes; data of odd size is loaded with a padding byte.
 struct DataSize {
     std::size_t bytes;
 };
 
-/// A MAC address from `first` to `last`, six bytes each, of the interface if one is named.
+/// A MAC address from `first` to `last`, six bytes each; `interface`, if given, must be its
+/// interface.
 struct AddressRange {
     std::string first, last;
     std::optional<unsigned> interface;
@@ -29,7 +30,7 @@ public:
     using Value = std::variant<TString<char>, AnyValue, DataSize, TextPattern, AddressRange>;
 
     ExpectedTag(BD::TagId id, Value value);
-    /// A tag with the same data: data of odd size may have a padding byte.
+    /// Expects the data of `tag`; data of odd size matches with and without a padding byte.
     explicit ExpectedTag(const BD::Tag& tag);
 
     BD::TagId id() const { return m_id; }
@@ -37,10 +38,10 @@ public:
     /// The data as it is loaded; null for a pattern.
     const TString<char>* data() const { return std::get_if<TString<char>>(&m_value); }
 
-    /// Whether a tag with this identifier has the data that is expected.
+    /// Whether `tag`, which has this identifier, has the expected data.
     bool isMetBy(const BD::Tag& tag) const;
 
-    /// For people: what `valueWords` returns for exact data, or the pattern, such as "4 bytes".
+    /// What is expected, in words: `valueWords` of exact data, or the pattern, such as "4 bytes".
     std::string words() const;
 
 private:
@@ -48,9 +49,9 @@ private:
     Value m_value;
 };
 
-/// The data of a tag for people, as its meaning suggests: an address with its interface, a text in
-/// quotes, a decimal number, or hexadecimal digits; long data is cut. If `asBytes`, hexadecimal
-/// digits.
+/// The data of a tag for people. Depending on the tag's meaning, it is an address with its
+/// interface, a text in quotes, a decimal number, or hexadecimal digits; if `asBytes`, always
+/// hexadecimal digits. Long data is cut.
 std::string valueWords(const BD::Tag& tag, bool asBytes = false);
 
 } // namespace board

@@ -58,8 +58,8 @@ private:
         m_taken[found] = true;
     }
 
-    /// Pairs tags with one identifier: first those that match in the same place, then equal ones
-    /// elsewhere, then what is left, in its order.
+    /// Pairs expected and found tags with one identifier: first those that match at the same index,
+    /// then equal ones at other indexes, then the remaining ones in their order.
     void pair(const Alike& alike) {
         const std::size_t both = std::min(alike.expected.size(), alike.found.size());
         std::size_t matching = 0;
@@ -82,7 +82,7 @@ private:
     }
 
     void pairEqual(const Alike& alike) {
-        std::unordered_map<std::string, std::vector<std::size_t>> byData; // last one first
+        std::unordered_map<std::string, std::vector<std::size_t>> byData; // the last one first
         for (auto found = alike.found.rbegin(); found != alike.found.rend(); ++found)
             if (!m_taken[*found])
                 byData[bytesOf(asLoaded(foundTag(*found)).data)].push_back(*found);
@@ -102,8 +102,8 @@ private:
         return std::string(data.data(), data.length());
     }
 
-    /// Which expected tags are in another place: the fewest whose removal leaves the others in
-    /// order, which are those outside a longest ascending run of places.
+    /// Which expected tags have been moved: the smallest set whose removal leaves the others in
+    /// order. These are the tags outside a longest ascending run of places in the image.
     std::vector<bool> moved() const {
         std::vector<std::size_t> ends;                             // of the best run of each length
         std::vector<std::size_t> previous(m_partner.size(), NONE); // in the best run that ends here
@@ -128,8 +128,8 @@ private:
         return isMoved;
     }
 
-    /// For each expected tag that is in another place, the next one in its place that it is on the
-    /// wrong side of; NONE for the others.
+    /// For each moved tag, an unmoved neighbor in the expected order that it is on the wrong side
+    /// of; NONE for the other tags.
     std::vector<std::size_t> passedByMoved() const {
         const std::vector<bool> isMoved = moved();
         std::vector<std::size_t> passed(m_partner.size(), NONE);
@@ -142,7 +142,8 @@ private:
             else if (inPlace != NONE && m_partner[inPlace] > m_partner[i])
                 passed[i] = inPlace;
         }
-        // A tag on the right side of the one in front of it is on the wrong side of the one behind.
+        // If a moved tag correctly follows the unmoved tag in front, it wrongly follows the one
+        // behind.
         inPlace = NONE;
         for (std::size_t i = passed.size(); i-- > 0;) {
             if (m_partner[i] == NONE)
@@ -221,10 +222,10 @@ private:
 
     const ExpectedList& m_expected;
     const TagImage& m_found;
-    std::vector<std::size_t> m_partner;    ///< of each expected tag: the place of its tag, or NONE
-    std::vector<unsigned> m_expectedIndex; ///< of each expected tag: among those like it
+    std::vector<std::size_t> m_partner;    ///< of each expected tag: its partner's place, or NONE
+    std::vector<unsigned> m_expectedIndex; ///< of each expected tag: which one with its identifier
     std::vector<bool> m_taken;             ///< of each tag of the image: whether it has a partner
-    std::vector<unsigned> m_index;         ///< of each tag of the image: among those like it
+    std::vector<unsigned> m_index; ///< of each tag of the image: which one with its identifier
     std::vector<TagDifference> m_differences;
 };
 

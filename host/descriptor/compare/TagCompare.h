@@ -17,22 +17,22 @@ struct TagDifference {
         EXTRA,      ///< a tag is not expected
         DIFFERENT,  ///< a tag does not have the expected value
         ORDER,      ///< a tag is in another place than expected among the others
-        TERMINATOR, ///< nothing ends the tags
+        TERMINATOR, ///< the tags have no terminator
         CORRUPT     ///< the image can't be loaded whole
     };
     Kind kind;
     BD::TagId id = TERMINATOR_TAG;
-    unsigned index = 0; ///< which tag with this identifier: of the expected ones, or, for an extra
-                        ///< tag, of the image's
+    unsigned index = 0; ///< which of the expected tags with this identifier; for an extra tag,
+                        ///< which of those in the image
     std::optional<std::size_t> offset; ///< in the image; empty if the tag is missing
-    std::string expected; ///< as hexadecimal digits, or words for a pattern; empty if none is
+    std::string expected; ///< as hexadecimal digits, or a pattern in words; empty if none is
     std::string found;    ///< as hexadecimal digits; empty if the tag is missing
     std::string text;     ///< the whole difference for people, on one line
 };
 
-/// The differences: expected tags in their order, then extra ones, then the end of the image. None
-/// if the image has the expected tags in the expected order and, if needed, a terminator; what
-/// follows the terminator does not count.
+/// Returns the differences of the expected tags in their order, then the extra tags, then a fault
+/// at the end of the image. There are none if the image has the expected tags in the expected order
+/// and, if needed, a terminator. Bytes after the terminator are ignored.
 ///
 /// The N-th tag with an identifier is compared with the N-th expected one. If they differ, an equal
 /// tag with the same identifier elsewhere counts as moved.

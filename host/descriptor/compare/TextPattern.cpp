@@ -11,10 +11,10 @@ namespace board {
 namespace {
 
 constexpr std::size_t LONGEST = 1000;
-/// Compiled, a repetition takes its bound times the memory of what it repeats.
+/// A compiled repetition uses the memory of the part that it repeats, times its upper bound.
 constexpr std::size_t LARGEST = 10000;
 
-/// The position behind the bracket expression that starts at `start`.
+/// The position right after the bracket expression that starts at `start`.
 std::size_t endOfBracket(const std::string& expression, std::size_t start) {
     const std::size_t first = start + (expression.compare(start, 2, "[^") == 0 ? 2 : 1);
     std::size_t at = first;
@@ -31,9 +31,9 @@ std::size_t endOfBracket(const std::string& expression, std::size_t start) {
 /// Throws Error if the expression refers back to a group, which has no bounded cost, or would be
 /// too large with its repetitions written out.
 void expectBounded(const std::string& expression) {
-    std::vector<std::size_t> outer; // the sizes before each group that is open
-    std::size_t size = 0;           // of what precedes in the innermost group
-    std::size_t last = 0;           // of what a repetition would repeat
+    std::vector<std::size_t> outer; // for each open group, the size before it
+    std::size_t size = 0;           // of the innermost open group so far
+    std::size_t last = 0;           // of the part that a repetition would repeat
     std::size_t at = 0;
     while (at < expression.size()) {
         const char c = expression[at];
@@ -101,7 +101,7 @@ TextPattern::TextPattern(const std::string& expression) : m_expression(expressio
     if (expression.find('\0') != std::string::npos)
         throw Error("the regular expression holds a zero character");
     expectBounded(expression);
-    static_cast<void>(compile(expression));         // an error must not come from the frame below
+    static_cast<void>(compile(expression));         // so that errors are about the user's text
     m_compiled = compile("^(" + expression + ")$"); // without ^, a match is tried at each character
 }
 

@@ -7,12 +7,12 @@
 
 namespace board {
 
-/// A POSIX extended regular expression without references to groups (\1) and of a limited size with
-/// its repetitions written out. So its cost is bounded, unlike that of a matcher that backtracks: a
-/// pattern must not stop a production line.
+/// A POSIX extended regular expression. It has no references to groups (\1), and its size with all
+/// repetitions written out is limited. This bounds the cost of a match, unlike with a matcher that
+/// backtracks. The bound is needed because a pattern must not stop a production line.
 class TextPattern {
 public:
-    /// Throws Error that says what is wrong with `expression`.
+    /// Throws an Error that tells what is wrong with `expression`.
     explicit TextPattern(const std::string& expression);
 
     const std::string& expression() const { return m_expression; }

@@ -17,7 +17,7 @@ namespace board {
 
 namespace {
 
-/// Where in the text the parser is. The parser copies its iterators, so they share this.
+/// The parser's position in the text. All copies that the parser makes of its iterators share it.
 struct Progress {
     const char* at;
     std::size_t line = 1;
@@ -122,7 +122,7 @@ public:
         fail(reasonOf(error.what()));
     }
 
-    /// Throws Error that names where the parser is.
+    /// Throws an Error that names the parser's position.
     [[noreturn]] void fail(const std::string& what) const {
         const std::string entry = "entry " + std::to_string(m_entry.number) + ": ";
         throw Error(m_entry.source + ":" + std::to_string(m_progress.lastLine()) + ": " +
@@ -131,13 +131,14 @@ public:
 
 private:
     static constexpr std::size_t LONGEST_KEY = 40;
-    static constexpr std::size_t DEEPEST = 8;                       // more than any key takes
-    static constexpr std::size_t MOST_ENTRIES = MAX_IMAGE_SIZE / 4; // of tags without data
+    static constexpr std::size_t DEEPEST = 8;                       // more than a valid list has
+    static constexpr std::size_t MOST_ENTRIES = MAX_IMAGE_SIZE / 4; // each at least a header
 
-    /// What the parser reports, without its own name for the error and without the line: it counts
-    /// a newline as part of the next line. "[name] parse error at line 2, column 3: syntax error".
+    /// The parser's message, such as "[name] parse error at line 2, column 3: syntax error",
+    /// without the name and the line. The line is left out because the parser counts a newline as
+    /// part of the next line.
     std::string reasonOf(const std::string& what) const {
-        constexpr std::size_t LONGEST = 200; // it may quote the text
+        constexpr std::size_t LONGEST = 200; // the message may quote the text
         constexpr char PLACE[] = "parse error at line ";
         std::size_t start = what.find("] ") + 2;
         if (what.compare(start, sizeof PLACE - 1, PLACE) == 0)

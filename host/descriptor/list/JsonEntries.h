@@ -9,7 +9,8 @@
 
 namespace board {
 
-/// One key of an entry with its value. An array or object has no content here: no key takes one.
+/// One key of an entry with its value. An array or object is stored here without its content,
+/// because no key accepts one.
 struct JsonMember {
     std::string key;
     nlohmann::json value;
@@ -31,10 +32,10 @@ struct JsonEntry {
 };
 
 /// Reads a JSON array of objects with no other keys than `keys`, and passes the objects to `take`,
-/// one by one in their order. Throws Error if the text is something else; entries before the
-/// mistake have then been passed. Also throws for more entries than an image can hold, for deep
+/// one by one in their order. Throws Error if the text is something else; the entries before the
+/// mistake have been passed by then. Also throws for more entries than an image can hold, for deep
 /// nesting, and if the program is asked to end meanwhile (see isEndAsked). Time and memory are
-/// proportional to the text, whatever is in it.
+/// proportional to the length of the text, whatever it contains.
 void readEntries(const std::string& text, const std::string& source,
                  const std::vector<std::string>& keys,
                  const std::function<void(const JsonEntry&)>& take);

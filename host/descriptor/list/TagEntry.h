@@ -9,28 +9,28 @@
 
 namespace board {
 
-/// Makes sense of one entry of a JSON list of tags. All functions throw Error that names the line,
+/// Interprets one entry of a JSON list of tags. All functions throw an Error that names the line,
 /// the entry and what was expected there.
 class TagEntry {
 public:
     /// The keys that an entry with a value may have.
     static const std::vector<std::string>& keys();
 
-    /// Those of them that give the value. An entry has one.
+    /// The keys among them that hold the tag's value. An entry must have exactly one of these.
     static const std::vector<std::string>& valueKeys();
 
-    /// `entry` must exist as long as this.
+    /// `entry` must outlive this object.
     explicit TagEntry(const JsonEntry& entry) : m_entry(entry) {}
 
     /// The identifier: a number from 1 to 65534, 0 for the terminator, or a name. Throws if "name"
     /// is the name of another identifier; any other text there, such as a remark, passes.
     BD::TagId id() const;
 
-    /// The one member among `keys`; throws if there are several, or none.
+    /// The one member whose key is in `keys`; throws if there are several, or none.
     const JsonMember& oneOf(const std::vector<std::string>& keys) const;
 
-    /// The tag that the entry describes with a key such as "data" or "text". A "length" is compared
-    /// with the data.
+    /// The tag that the entry describes with a key such as "data" or "text". If there is a
+    /// "length", it must be that of the data.
     BD::Tag tag() const;
 
     /// Throws, because the entry comes after the terminator.

@@ -15,7 +15,8 @@ bool hasRoomBehind(const TagImage& image) {
     return image.isCorrupt() || image.bytes().size() > image.usedBytes();
 }
 
-/// The new content of an image file. A dump of a whole device stays as large as the device.
+/// The new content of an image file. A file with room after its terminator, such as a dump of a
+/// whole device, keeps its size.
 std::string fileContent(const TagImage& old, std::string image) {
     constexpr char ERASED = '\xFF';
     const std::string& former = old.bytes();
@@ -30,7 +31,8 @@ std::string fileContent(const TagImage& old, std::string image) {
     return image;
 }
 
-/// The new content for a write, and what will be written of it.
+/// The bytes that a write stores from the start of the target. They are the whole content of a
+/// file.
 std::string writtenContent(const DescriptorTarget& target, const std::string& image,
                            const std::optional<char>& fill) {
     const std::string& former = target.old().bytes();
@@ -70,7 +72,7 @@ std::optional<RecordLine> recordOf(const StoreManner& manner, StoreOutcome writt
     return RecordLine{manner.record->file, manner.record->line(written)};
 }
 
-/// A journal needs the state folder. A user who names the backup may have none.
+/// A journal needs the state folder. A user who names the backup file may have no such folder.
 bool canKeepJournal(const StoreManner& manner) {
     if (!manner.keepOld)
         return false;
@@ -78,7 +80,7 @@ bool canKeepJournal(const StoreManner& manner) {
         static_cast<void>(stateFolder());
         return true;
     } catch (const Error&) {
-        return false; // without a named backup, that has failed already
+        return false; // if no backup was named, keepImage has thrown already
     }
 }
 

@@ -26,21 +26,22 @@ struct StoreManner {
                          ///< corrupt image's tags before the fault
     bool dryRun = false; ///< find out what would change, write nothing
     bool keepOld = true; ///< keep the old image before anything is written
-    std::string backup;  ///< the file for it; empty: a dated one in the state folder
+    std::string backup;  ///< the file for the old image; empty: a dated one in the state folder
     std::optional<char> fill; ///< for a write: clears everything behind the image with this byte
     std::optional<StoreRecord> record; ///< gets a line if something is written
 };
 
-/// What an edit or a write did. Filled step by step, so after an Error it tells how far that came.
+/// What an edit or a write did. Filled in step by step, so that it shows how far the operation got
+/// if it throws.
 struct StoreOutcome {
     StoreResult result = StoreResult::FAILED;
     bool isDevice = false;
-    bool isTorn = false; ///< an earlier write to the device was interrupted; repaired if this one
-                         ///< succeeds
+    bool isTorn = false; ///< an earlier write to the device was interrupted; this one repairs it
+                         ///< if it succeeds
     std::vector<TagChange> changes;    ///< of an edit
     std::string image;                 ///< the new image
     std::string backup;                ///< the file with the old image; empty if it was not kept
-    std::optional<std::string> before; ///< all bytes before
+    std::optional<std::string> before; ///< all bytes of the target before
     std::optional<std::string> after;  ///< all bytes afterwards; empty if they can't be read
     bool wouldWrite = false;           ///< it was a dry run, and there is something to write
     std::vector<std::string> notes;    ///< messages about earlier writes
@@ -51,20 +52,20 @@ using Confirm = std::function<void(const StoreOutcome&)>;
 
 /// Changes the tags of an image and stores it, all under one lock: reads, lets `step` edit, keeps
 /// the old image, writes, reads back and compares. An image file is replaced whole and keeps its
-/// size if there is room after the terminator. A device is written from its start in one call, and
-/// the bytes after the image stay. If the device then holds something else, the old image is
-/// written back.
+/// size if it has room after the terminator. A device is written from its start in one call, and
+/// the bytes after the image stay as they are. If the device does not hold the new image
+/// afterwards, the old image is written back.
 ///
-/// If an earlier change of the device was interrupted, the edit starts from the image before that.
-/// Throws Error for what `manner` does not force, an image that is too large, and everything that
-/// can't be read, kept or written. What `step` throws passes through.
+/// If an earlier change of the device was interrupted, the edit starts from the image before that
+/// change. Throws Error if the edit needs `manner.force`, if the image is too large, or if anything
+/// can't be read, kept or written. Exceptions of `step` pass through.
 void editDescriptor(const DescriptorSource& source, const StoreManner& manner,
                     const std::function<void(DescriptorEdit&)>& step, const Confirm& confirm,
                     StoreOutcome& outcome);
 
-/// Stores the tags of `image` and a terminator in the same way. The bytes behind them stay, on a
-/// device and in a file that is larger than its image, unless `manner.fill` clears them. Writes
-/// nothing if all bytes are in place already.
+/// Stores the tags of `image` and a terminator in the same way. The bytes after the terminator
+/// stay, on a device and in a file that is larger than its image, unless `manner.fill` clears them.
+/// Writes nothing if all bytes are in place already.
 void writeDescriptor(const DescriptorSource& source, const StoreManner& manner,
                      const TagImage& image, const Confirm& confirm, StoreOutcome& outcome);
 

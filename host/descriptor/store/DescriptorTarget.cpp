@@ -27,7 +27,7 @@ JournalFindings journalsFor(const std::string& path, const std::string& bytes, b
     } catch (const Error&) {
         if (isDevice)
             throw;
-        return {}; // a file is whole in any case
+        return {}; // a file is replaced whole and needs no repair
     }
 }
 
@@ -76,7 +76,7 @@ void DescriptorTarget::program(const std::string& content, const std::string& ba
     const std::string former = m_old.bytes().substr(0, content.size());
     try {
         m_file.commit(former);
-    } catch (const Error&) { // only what the device now holds matters
+    } catch (const Error&) { // the check below is what counts
     }
     try {
         if (holds(former))
@@ -116,7 +116,7 @@ void DescriptorTarget::write(const std::string& content, bool keepsJournal,
     try {
         if (record)
             LineFile(record->file).append(record->line);
-    } catch (const Error& error) { // with the journal, the next run appends it
+    } catch (const Error& error) { // if there is a journal, the next run appends the line
         throw Error(error.what() + ("; " + m_path + ": was written anyway"));
     }
     if (journal)

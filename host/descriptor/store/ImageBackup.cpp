@@ -23,7 +23,7 @@ namespace board {
 
 namespace {
 
-/// The text without what a file's name should not contain, and not too long for one.
+/// The text as part of a file's name: with dashes for unsuitable characters, and not too long.
 std::string forName(std::string text) {
     constexpr std::size_t LONGEST = 60;
     for (char& c : text)
@@ -33,8 +33,8 @@ std::string forName(std::string text) {
     return text.substr(0, LONGEST);
 }
 
-/// All EEPROMs are named "eeprom", and those of simulated boards "eeprom.bin". The folder tells
-/// which one it is.
+/// How a backup's name begins. Every EEPROM is named "eeprom", or "eeprom.bin" on a simulated
+/// board, so the name of its folder is added.
 std::string deviceName(const std::string& image) {
     const fs::path path = fs::path(image).lexically_normal();
     const fs::path folder = path.parent_path();
@@ -73,7 +73,7 @@ bool isBackupName(const std::string& name) {
         const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
         return sample == '0' ? isDigit : sample == 'a' ? isDigit || isLetter : c == sample;
     };
-    // The device or the serial number comes before the end.
+    // The name of the device, and perhaps the serial number, comes before this end.
     return name.size() > SAMPLE_END.size() &&
            std::equal(SAMPLE_END.rbegin(), SAMPLE_END.rend(), name.rbegin(), isLike);
 }
@@ -87,8 +87,8 @@ std::string now() {
     return date;
 }
 
-/// The path of the backup `file` after following symbolic links. It must not exist yet, be empty or
-/// hold `bytes`.
+/// The path of the backup `file` after following symbolic links. Throws Error unless the file is
+/// missing, is empty or holds `bytes`.
 std::string targetFor(const std::string& image, const std::string& file, const std::string& bytes) {
     std::error_code error;
     fs::path target = fs::weakly_canonical(fs::absolute(file, error), error);
@@ -112,7 +112,8 @@ std::string targetFor(const std::string& image, const std::string& file, const s
     return target.string();
 }
 
-/// Throws Error if the file can't be read. `name` is that of the device and the serial number.
+/// Throws Error if the file can't be read. `name` is the file's name up to the time: the device and
+/// the serial number.
 Backup backupOf(const std::string& file, std::string name, const std::string& time) {
     const std::string bytes = readFile(file, MAX_IMAGE_SIZE);
     const TagImage image(bytes);
@@ -144,7 +145,7 @@ BackupList listBackups() {
     if (!folder || kindOf(*folder) == FileKind::MISSING)
         return list;
     std::error_code error;
-    std::map<std::string, fs::file_time_type> changed; // two may have been made in one second
+    std::map<std::string, fs::file_time_type> changed; // orders the backups of one second
     for (fs::directory_iterator each(*folder, error); !error && each != fs::directory_iterator();
          each.increment(error)) {
         const std::string file = each->path().string(), name = fileNameOf(file);

@@ -9,13 +9,14 @@
 namespace board {
 
 /// Writes the bytes of an image to a backup file and syncs it. Returns the file's name. `access` is
-/// that of the image: whoever may not read that may not read the backup either. The backup gets its
-/// name when it is complete; see NewFile for what a killed program leaves, which is named after the
-/// image and removed by the next backup of that image in the same folder.
+/// that of the image: whoever may not read the image may not read the backup either. The backup
+/// gets its name when it is complete. Until then it has a temporary name, derived from the image's
+/// (see NewFile), so that the next backup of that image in the same folder can remove what a killed
+/// program has left.
 ///
-/// `file` must not exist yet, be empty, or hold these bytes already, as it does if the command was
-/// interrupted and is repeated. If no `file` is named, the backup goes to the state
-/// folder; its name tells the device or file `image`, the unit's serial number if the image holds
+/// `file` must be missing, be empty or hold these bytes already, as after an interrupted command
+/// that is now repeated. If no `file` is named, the backup goes to the state folder; its name
+/// consists of the name of `image` (a device or file), the unit's serial number if the image holds
 /// one, and the date. Throws Error if the backup can't be written.
 std::string keepImage(const std::string& bytes, const std::string& image, const FileAccess& access,
                       const std::string& file);
@@ -23,7 +24,7 @@ std::string keepImage(const std::string& bytes, const std::string& image, const 
 /// A backup in the state folder.
 struct Backup {
     std::string file;   ///< its path
-    std::string device; ///< what it is a backup of, with its folder: "1-0050-eeprom"
+    std::string device; ///< the device or file that was backed up: "1-0050-eeprom"
     std::string serial; ///< of the unit; empty if the image holds none
     std::string time;   ///< when it was made, in UTC: "20261122T130000Z"
     std::size_t size;   ///< in bytes
@@ -32,7 +33,7 @@ struct Backup {
 
 struct UnreadableBackup {
     std::string file;  ///< its path
-    std::string error; ///< a message that names it
+    std::string error; ///< a message that names the file
 };
 
 struct BackupList {

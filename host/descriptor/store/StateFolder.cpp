@@ -29,7 +29,7 @@ std::string stateFolder() {
         throw Error("no folder for a backup (expected XDG_STATE_HOME or HOME to name a folder, or "
                     "--backup FILE)");
     std::error_code error;
-    if (fs::create_directories(*folder, error)) // whatever the umask is
+    if (fs::create_directories(*folder, error)) // for this user only, whatever the umask is
         fs::permissions(*folder, fs::perms::owner_all, error);
     if (error)
         throw Error(*folder + ": can't make the folder for backups: " + error.message() +

@@ -3,18 +3,18 @@
 #include <optional>
 #include <string>
 
-/// The folder "boardctl" of the user's state: $XDG_STATE_HOME, or .local/state in the home folder.
-/// It holds backups of images and the journals of writes that have not ended.
+/// The state folder is "boardctl" in $XDG_STATE_HOME, or in .local/state of the home folder. It
+/// holds backups of images and the journals of unfinished writes.
 namespace board {
 
-/// Its path, whether or not it exists; empty if the environment names none.
+/// Its path, whether or not the folder exists; empty if the environment names no such folder.
 std::optional<std::string> stateFolderPath();
 
-/// Its path; the folder is made if it is missing. Throws Error if it can't be made, or if the
-/// environment names none; the message offers --backup FILE.
+/// Its path; the folder is created if it is missing. Throws Error if it can't be created, or if the
+/// environment names none; the message suggests --backup FILE.
 std::string stateFolder();
 
-/// Writes a new file with a unique name that begins with `start`, so that it survives a power
+/// Writes and syncs a new file with a unique name that begins with `start`; it survives a power
 /// failure. Only this user may read it. Returns the name. `what` names the file's purpose in an
 /// Error, such as "backup".
 std::string writeNewFile(const std::string& start, const std::string& bytes, const char* what);

@@ -22,11 +22,11 @@ namespace board {
 
 namespace {
 
-/// The device stores a write in this order only within a sector; a block device may store the
-/// sectors themselves in any order.
+/// A device stores the bytes of a sector in ascending order, but may store the sectors of one write
+/// in any order.
 constexpr std::size_t SECTOR = 512;
 
-/// How the names of a device's journals begin. The part after the dash tells devices apart whose
+/// How the names of a device's journals begin. The part after the dash tells apart devices whose
 /// files have the same name.
 std::string nameFor(const std::string& device) {
     std::error_code error;
@@ -57,8 +57,8 @@ std::string textOf(const std::string& device, const UnfinishedWrite& write) {
     return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
-/// A journal makes this program write to a device and to a record, so nobody else may have written
-/// it: the folder can be another user's, if HOME is.
+/// A journal makes this program write to a device and to a record, so only this user may have
+/// written it. The folder belongs to another user if HOME does.
 bool isOwn(const FileDescriptor& file) {
     const std::optional<FileStatus> found = tryExamine(file);
     constexpr mode_t WRITE_BY_OTHERS = 0022;
@@ -66,8 +66,8 @@ bool isOwn(const FileDescriptor& file) {
            (found->mode & WRITE_BY_OTHERS) == 0;
 }
 
-/// Empty if the journal itself was cut off: then its write never began. Also if another user may
-/// have written it.
+/// Empty if the journal is incomplete, which means that its write never began, or if another user
+/// may have written it.
 std::optional<UnfinishedWrite> readJournal(const std::string& file) {
     constexpr std::size_t LARGEST = std::size_t{64} * MAX_IMAGE_SIZE; // with a long record
     const FileDescriptor opened = tryOpen(file, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
@@ -98,7 +98,7 @@ std::string whole(const UnfinishedWrite& write) {
 
 bool isMixture(const std::string& bytes, const UnfinishedWrite& write) {
     const std::string written = whole(write);
-    if (bytes.size() > write.found.size()) // a file in place of a device grows
+    if (bytes.size() > write.found.size()) // a file used as a device may grow
         return written.compare(0, bytes.size(), bytes) == 0;
     if (bytes.size() < write.found.size())
         return false;
@@ -129,7 +129,7 @@ std::vector<std::string> journalsOf(const std::string& device) {
     return files;
 }
 
-/// Appends the line unless the file has it already. Returns whether it has it now.
+/// Appends the line unless the file has it already. Returns whether the file has the line now.
 bool completeRecord(const RecordLine& record, std::vector<std::string>& notes) {
     try {
         const LineFile file(record.file);

@@ -6,7 +6,7 @@
 
 namespace board {
 
-/// The line that a file gets when a write is done.
+/// The line that is appended to a file when a write is done.
 struct RecordLine {
     std::string file; ///< its path, not relative
     std::string line;
@@ -15,23 +15,23 @@ struct RecordLine {
 /// A write that began and did not end, because the program was killed or the power failed.
 struct UnfinishedWrite {
     std::string old;   ///< all bytes of the device when it was last whole
-    std::string found; ///< its bytes just before the write: `old`, unless that was a repair
+    std::string found; ///< its bytes just before the write: `old`, unless the write was a repair
     std::string image; ///< what was to be written from the device's start
-    std::optional<RecordLine> record; ///< what the write is recorded with
+    std::optional<RecordLine> record; ///< the line that records the write
 };
 
 /// What is about to be written to a device, kept in a file of the state folder until the device
-/// holds it whole and the write is recorded. A write of an image file that is recorded has one too;
-/// then only `image` and `record` count. The device or file is locked as long as this exists.
+/// holds it whole and the write is recorded. A recorded write of an image file has a journal too,
+/// of which only `image` and `record` are used. The device or file must be locked as long as this
+/// object exists.
 class WriteJournal {
 public:
-    /// Writes the journal. Throws Error if that is not possible; nothing may be written to the
-    /// device then.
+    /// Writes the journal. Throws Error if that fails; nothing may be written to the device then.
     WriteJournal(const std::string& device, const UnfinishedWrite& write);
 
-    /// Removes the journal, and those of interrupted writes that this one has repaired: the device
-    /// is whole again. Returns what a message must add: nothing, or that a file could not be
-    /// removed. Not called by a destructor: a journal stays if a device could not be restored.
+    /// Removes the journal, and those of interrupted writes that this write has repaired. Returns
+    /// text for the end of a message: nothing, or that a file could not be removed. No destructor
+    /// calls this, because the journal must stay if the device could not be restored.
     std::string remove() const;
 
 private:
@@ -40,21 +40,21 @@ private:
     const std::string m_file;
 };
 
-/// What the journals of a device or image file tell.
+/// What the journals of a device or image file show.
 struct JournalFindings {
-    std::optional<UnfinishedWrite> unfinished; ///< the write that left the bytes on the device
-    std::vector<std::string> notes; ///< for the user: records that were completed, or can't be
+    std::optional<UnfinishedWrite> unfinished; ///< the interrupted write, if one left the bytes
+    std::vector<std::string> notes;            ///< for the user: lines added to a record, or not
 };
 
-/// Finds the write that left `bytes` on the locked device: they begin with the new image and go on
-/// with the bytes before it. Content that some other unit has on the same device is never such a
-/// mixture, so it is left alone. An image file is never left like that.
+/// Finds the interrupted write that left `bytes` on the locked device: in each sector, they begin
+/// with the new bytes and go on with the old ones. The content of another unit at the same path is
+/// not such a mixture, so it is left alone. An image file is never left like that.
 ///
-/// Removes the journals of writes that left the device or file whole. If such a write ended before
-/// its line was in the record, appends the line first; if that fails, its journal stays.
+/// Removes the journals of writes that left the device or file whole. If the line of such a write
+/// is missing in its record, appends the line first; if that fails, the journal stays.
 JournalFindings readJournals(const std::string& device, const std::string& bytes, bool isDevice);
 
-/// The same without changing anything, so without notes.
+/// Finds the same write, but changes nothing and so has no notes.
 std::optional<UnfinishedWrite> findUnfinished(const std::string& device, const std::string& bytes);
 
 } // namespace board
