@@ -6,27 +6,27 @@ import tempfile
 
 import start
 
-# The numbers of items. The cost of an item is what the second and the third number cost more than the first, so that
-# the start of the program does not hide growth.
+# The numbers of items. The cost of an item is computed from the extra cost of the second or third number over the
+# first, so that the cost of starting the program does not hide growth.
 MANY = (10, 1000, 10000)
 KINDS = {"fan": ("170", "maximum = 255"), "thermal": ("30000", "maximum = 85"), "power": ("1", ""), "led": ("1", "")}
 
 
 def image(tags):
-    """An image of tags with two bytes of data: addresses, tags with few identifiers, tags with many."""
+    """An image of tags with two bytes of data: addresses, tags with two identifiers, tags with many."""
     ids = [(1, 5, 0x800E, 1000 + i)[i % 4] for i in range(tags)]
     chunks = [each.to_bytes(2, "big") + b"\0\6" + i.to_bytes(2, "big") for i, each in enumerate(ids)]
     return b"".join(chunks) + b"\0\0\0\4"
 
 
 def all_set(tags):
-    """An assignment for each tag of such an image."""
+    """An assignment for each tag of `image(tags)`."""
     places = [(f"1.{i // 4}", f"5.{i // 4}", f"0x800E.{i // 4}", str(1000 + i))[i % 4] for i in range(tags)]
     return [f"{place}=u16:1" for place in places]
 
 
 def all_put(tags):
-    """Assignments that add as many tags; every fourth one is an address."""
+    """Assignments that add this number of tags; every fourth tag is an address."""
     return [f"{20000 + i}=hex:" if i % 4 else f"1=mac:02:00:00:00:{i >> 8:02x}:{i & 255:02x}/{i + 100}"
             for i in range(1, tags + 1)]
 
@@ -40,7 +40,7 @@ def table(rows):
 
 
 def object_with(keys):
-    """A list of one tag whose name, which is ignored, is an object."""
+    """A list of one tag. Its name, which boardctl ignores, is an object."""
     return '[{"id":5,"data":"","name":{' + ",".join(f'"k{i}":1' for i in range(keys)) + "}}]"
 
 
@@ -97,7 +97,7 @@ class Growth:
 
     @staticmethod
     def monitors(folder, count):
-        """Fans that are named by their hardware monitors. Creates these monitors in a sysfs of its own."""
+        """Fans whose devices are files of hardware monitors. Creates these monitors in a simulated sysfs."""
         text = ""
         for i in range(count):
             monitor = f"{folder}/sys/class/hwmon/hwmon{i}"
@@ -109,8 +109,8 @@ class Growth:
         return text
 
     def of(self, command, counts, words=lambda count: []):
-        """Returns the instructions per item of the largest input, and of the middle one. `words` makes more words for
-        the command."""
+        """Returns the instructions per item of the largest input, and of the middle one. `words` returns further
+        words of the command."""
         few, some, many = (start.instructions(
             [self.boardctl] + [word.replace("@", self.folder).replace("#", str(count)) for word in command.split()] +
             words(count)) for count in counts)
@@ -118,7 +118,7 @@ class Growth:
 
 
 def figures(tree):
-    """Yields for each command its name, the cost of an item in a large input, and in a small one."""
+    """Yields for each command its name, the cost of an item in a large input, and the cost in a small one."""
     with Growth(tree) as growth:
         growth.add_boards()
         for command in ("show", "raw", "dump", "check", "get 1.0"):
@@ -145,6 +145,6 @@ def figures(tree):
 
 
 def preview_memory(tree):
-    """Returns the memory that a preview of a million ticks takes, and that of one of a thousand."""
+    """Returns the memory that a preview of a million ticks needs, and of a thousand ticks."""
     return (start.heap([tree + "/bin/boardctl", "--sim", "leds", "preview", "--ticks", ticks])
             for ticks in ("1000000", "1000"))

@@ -38,8 +38,8 @@ class Measured:
         return int(field(f"/proc/{self.process.pid}/status", "VmHWM"))
 
     def dirty(self):
-        """Returns the memory in kB that it alone has written. Pages of files do not count: the system can drop them,
-        and shares them with other programs."""
+        """Returns the memory in kB that only this program has written. Pages of files do not count: the system can
+        drop them, and shares them with other programs."""
         return int(field(f"/proc/{self.process.pid}/smaps_rollup", "Private_Dirty"))
 
     def wakes(self):
@@ -56,7 +56,7 @@ class Measured:
 
 class Hosted(Measured):
     """Hosts a board until the end of the `with` block. The LEDs of this board are ordinary files.
-    The LEDs of a simulated board are pipes, and its host must read them, which costs time."""
+    Other simulated boards have pipes instead, and reading these would cost the host time."""
 
     def __init__(self, tree, profile=""):
         """`profile` is added to the profile of a simulated board."""
@@ -83,7 +83,7 @@ class Hosted(Measured):
 
 
 def shares(*programs):
-    """Returns the share of a core, in percent, that each of the programs takes from now on."""
+    """Returns the share of a core, in percent, that each program uses in the next SECONDS."""
     busy, start = [each.nanoseconds() for each in programs], time.monotonic()
     time.sleep(SECONDS)
     took = time.monotonic() - start
@@ -112,6 +112,6 @@ def at_rest(tree, profile=""):
 
 def wakes_of_watch(tree):
     """Returns the wakeups that one look at all devices costs. A host that looks ten times a second is compared with
-    one that does so every five seconds."""
+    one that looks every five seconds."""
     often, seldom = at_rest(tree, "[watch]\nperiod_s = 0.1\n"), at_rest(tree, "[watch]\nperiod_s = 5\n")
     return max(often[0] - seldom[0], 0) / (1 / 0.1 - 1 / 5)

@@ -63,7 +63,7 @@ private:
     std::vector<LedCtrl::FileNameMap> m_map;
 };
 
-/// A mixture of both kinds of roll, blinking and steady actions. None of them ends during the
+/// A mixture of rolls in both directions, blinking and steady actions. No action ends during the
 /// measurement.
 std::vector<LedCtrl::CmdDef> actions() {
     std::vector<LedCtrl::CmdDef> rows;

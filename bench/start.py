@@ -9,7 +9,7 @@ def counted(words, pattern):
     """Runs a command that prints a figure on standard error, and returns the figure."""
     run = subprocess.run(words, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, check=False)
     found = re.search(pattern, run.stderr)
-    # 3: a check has found something wrong
+    # 3 means that a check has found something wrong.
     if run.returncode not in (0, 3) or not found:
         raise RuntimeError(f"{' '.join(words[:9])}: {run.stderr}")
     return int(found[1].replace(",", ""))

@@ -47,14 +47,14 @@ MOST_CALLS = 110
 MOST_BYTES = 96 * 1024
 MOST_MEMORY = 2
 MOST_WAKES = 11  # per second; the LED sequencer alone needs ten, one per tick
-MOST_WAKES_OF_WATCH = 2  # each time that it looks at all devices
+MOST_WAKES_OF_WATCH = 2  # each time that the host looks at all devices
 MOST_CORE = 0.2  # percent
-# A board has 64 MB. At rest, the page may cost 1.6 % of them. A client may add twice the 8 KiB that a request may fill.
+# A board has 64 MB. boardweb may use 1.6 % of that at rest. Each client may add twice the 8 KiB of a request.
 MOST_WEB_MEMORY = 1024  # kB
 MOST_WEB_MEMORY_WITH_CLIENTS = MOST_WEB_MEMORY + web.MOST_CLIENTS * 16
 MOST_MEMORY_FOR_WEB = 64  # kB; the buffers of the three connections that boardweb makes
-# Ten pages get a hundred messages a second, and each may take 60 us. On a board, whose core may be twenty times slower,
-# that is an eighth of the core. The host may take twice what it may take alone.
+# Ten pages get a hundred messages a second, and each message may take 60 us. On a board, whose core may be twenty times
+# slower, that is an eighth of the core. The host may take twice what it may take without pages.
 MOST_WEB_CORE = 0.6  # percent
 MOST_CORE_WITH_PAGES = 2 * MOST_CORE
 

@@ -16,7 +16,7 @@ import host
 
 PAGES = 10
 MOST_CLIENTS = 100  # boardweb turns away the next one
-# A light rolls over four LEDs: every tick is a message to each client.
+# A light rolls over four LEDs, so that every tick causes a message to each client.
 ROLLING = """
 [[leds.command]]
 word1 = "bench"
@@ -59,7 +59,7 @@ class Clients:
             for _ in range(self.count):
                 client = held.enter_context(socket.create_connection(("127.0.0.1", self.server.port)))
                 client.sendall(b"GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n")
-                # The LEDs come last in what a new client gets.
+                # A new client gets several messages at once; the last one is about the LEDs.
                 got = b""
                 while b"event: leds\n" not in got:
                     got += (new := client.recv(65536))
@@ -86,14 +86,14 @@ class Clients:
 
 
 def figures(tree):
-    """Returns the memory of boardweb in kB, at rest and with as many clients as it takes; what it adds to the host's
-    memory; and the shares of a core in percent, of boardweb and of the host, with some pages."""
-    os.sync()  # until a program that was just linked is on the disk, its pages count as changed by the process
+    """Returns the memory of boardweb in kB, at rest and with as many clients as it accepts; the memory that it adds to
+    the host; and the shares of a core, in percent, that boardweb and the host use with some pages."""
+    os.sync()  # until a newly linked program is on the disk, its pages count as changed by the process
     with host.Hosted(tree, ROLLING) as hosted:
         time.sleep(1)
         before = hosted.dirty()
         with Server(tree, hosted) as server:
-            time.sleep(6)  # it asks for the status every five seconds
+            time.sleep(6)  # boardweb asks for the status every five seconds
             at_rest = server.dirty()
             with Clients(server, PAGES):
                 time.sleep(1)

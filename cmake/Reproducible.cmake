@@ -1,6 +1,6 @@
-# Keeps the folders of a release build out of its files, so that they are the same byte for byte in
-# every folder. Debug information goes into packages of its own, and names the folder where debuggers
-# look for sources.
+# Keeps the paths of a release build's folders out of its files, so that a build in any folder makes
+# the same files, byte for byte. Debug information goes into separate packages; it names the folder
+# where debuggers look for sources.
 set(board_named /usr/src/boarddrivers-${PROJECT_VERSION})
 set(board_release $<CONFIG:Release,MinSizeRel>)
 foreach(option

@@ -11,8 +11,8 @@ if(BOARD_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# Builds the targets of the calling folder without the fuzzers' instrumentation, which is faster: no
-# fuzzer uses them.
+# Builds the targets of the calling folder, which no fuzzer uses, without the fuzzers'
+# instrumentation. That is faster.
 function(board_not_fuzzed)
     if(BOARD_FUZZ)
         add_compile_options(-fno-sanitize=fuzzer-no-link)

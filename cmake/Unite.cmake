@@ -16,6 +16,7 @@ function(board_unite target)
         endif()
     endforeach()
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
-    # g++ takes the sources for headers, and would warn of classes with a local base, as tests have.
+    # g++ treats the united sources as headers and would warn about classes with a local base class,
+    # which tests have.
     target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
 endfunction()

@@ -38,8 +38,8 @@ apt_armhf() {
         -o Acquire::Languages=none -o Acquire::Retries=3 -o APT::Sandbox::User=root "$@" </dev/null >>"$log" 2>&1
 }
 
-# The package sources of this machine as lines "MIRROR SUITE", the running release first. Asks apt,
-# because source lists have several formats.
+# Prints the package sources of this machine as lines "MIRROR SUITE", the running release first.
+# Asks apt for them, because source lists have several formats.
 sources() {
     local release
     release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
@@ -49,7 +49,7 @@ sources() {
             END { printf "%s", others }'
 }
 
-# Uses only one release, because from two apt would choose the packages of the newer one.
+# Uses only one release: from two releases, apt would choose the packages of the newer one.
 find_source() {
     local keys=/usr/share/keyrings/debian-archive-keyring.gpg mirror suite
     while read -r mirror suite; do

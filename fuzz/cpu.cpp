@@ -15,7 +15,7 @@ using fuzz::expect;
 
 namespace {
 
-/// The samples of a CPU load meter. The fuzzer passes it the lines.
+/// The samples of a CPU load meter. The fuzzer passes the lines to the meter.
 struct Meter {
     std::uint32_t busy[cpufigures::SLOTS] = {};
     std::uint32_t idle[cpufigures::SLOTS] = {};
@@ -59,7 +59,7 @@ Form read(const std::string& line, Sample& sample) {
 }
 
 /// All periods since the start. If the line of a period was rejected, the sample of 15 periods
-/// before stays in its place.
+/// earlier stays in its place.
 class History {
 public:
     void add(std::optional<Sample> sample) { m_samples.push_back(sample); }

@@ -88,7 +88,7 @@ std::string exported(CBoardDescr& descriptor) {
     return asText(image);
 }
 
-/// Reads a tag with every typed operation. `index` counts the tags with the chunk's identifier.
+/// Reads a tag with every typed operation. `index` counts only tags with the chunk's identifier.
 void readTyped(CBoardDescr& descriptor, const Chunk& chunk, unsigned index) {
     const auto id = static_cast<BD::TagId>(chunk.id);
     const std::size_t size = chunk.data.size();

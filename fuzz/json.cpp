@@ -29,8 +29,8 @@ std::vector<Entry> entriesOf(const std::vector<BD::Tag>& tags) {
     return entries;
 }
 
-/// The entries that an image of `entries` must load as: up to the terminator, padded to even
-/// lengths.
+/// The entries that an image built from `entries` must load: those up to the terminator, padded to
+/// even lengths.
 std::vector<Entry> loaded(const std::vector<Entry>& entries) {
     std::vector<Entry> good;
     for (const Entry& entry : entries) {
@@ -41,7 +41,7 @@ std::vector<Entry> loaded(const std::vector<Entry>& entries) {
     return good;
 }
 
-/// Returns whether `text` is accepted, and then stores its entries in `entries`.
+/// Returns whether `text` is accepted. If so, stores its entries in `entries`.
 bool reads(const std::string& text, std::vector<Entry>& entries, board::TagsAfterEnd afterEnd) {
     std::vector<BD::Tag> tags;
     try {

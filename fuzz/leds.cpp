@@ -87,7 +87,7 @@ const LedCtrl::CmdDef* rowOf(const std::vector<LedCtrl::CmdDef>& rows, const std
 }
 
 /// The service's pipe, in a private /tmp. No pipe is used if the machine allows no private /tmp, or
-/// if it would hide the corpus, because the program is below /tmp.
+/// if the program is below /tmp: then the private /tmp would hide the corpus.
 class Pipe {
 public:
     Pipe() {

@@ -1,6 +1,6 @@
-// Edits a list of tags with random operations, and does the same to a model of the list. Then
-// compares the result with what was expected before the edits, some of it as patterns, and judges
-// the comparison by the model.
+// Edits a list of tags with random operations, and a model of the list in the same way. Then
+// compares the edited list with the original one, in which patterns replace some tags, and checks
+// the differences against the model.
 
 #include <algorithm>
 #include <cstdint>
@@ -59,8 +59,8 @@ struct Operand {
     std::size_t position;
 };
 
-/// What the commands do, to the list and to the model. The model's side returns false where the
-/// other one must throw.
+/// An operation on the list and the same one on the model. `model` returns false if `edit` must
+/// throw.
 struct Operation {
     void (*edit)(DescriptorEdit& edit, const Operand& operand);
     bool (*model)(Model& model, const Operand& operand);
@@ -193,7 +193,7 @@ void judge(const std::vector<board::TagDifference>& differences,
     struct Count {
         int expected = 0, found = 0, missing = 0, extra = 0, different = 0;
         bool hasPattern = false;
-        std::map<std::string, int> surplus; // of exact data: how many more are expected than found
+        std::map<std::string, int> surplus; // by data: how many more are expected than found
     };
     std::map<int, Count> counts;
     for (const Expected& each : expected) {

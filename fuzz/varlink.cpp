@@ -1,7 +1,7 @@
-// Reads arbitrary bytes as the requests of a client, in pieces of any size: they must be the same
-// messages as in one piece. Each request must survive being written and read again, and its reply
-// must be whole and one line of JSON. Then writes a request from the same bytes, with or without a
-// mistake: it must be accepted exactly if it has no mistake, and as it was meant.
+// Reads arbitrary bytes as the requests of a client, in pieces of any size: the messages must be
+// the same as in one piece. Requests and replies must survive being written and read again. Then
+// writes a request from the same bytes, with or without a mistake: it must be accepted exactly if
+// it has no mistake, and must be read as it was written.
 
 #include <algorithm>
 #include <cstdint>
@@ -56,7 +56,7 @@ void handle(const std::string& message) {
     expect(!reply.continues || (isMonitor && request->more), "only what is monitored continues");
 }
 
-/// What a client sends up to the first message that is too long, without its unfinished rest.
+/// The messages that a client sends before the first one that is too long or is not finished.
 std::vector<std::string> messagesOf(const std::string& bytes) {
     std::vector<std::string> messages;
     std::istringstream stream(bytes);
@@ -98,7 +98,7 @@ enum class Mistake {
     COUNT
 };
 
-/// A request, and its text with the member order, blanks and nulls that a client may use.
+/// Makes a request. Returns its text with any member order, blanks and nulls that are allowed.
 std::string written(Request& request, FuzzedDataProvider& data, Mistake mistake) {
     const char* const blank = data.PickValueInArray({"", " ", "\r\n\t"});
     request.method = data.PickValueInArray({"", "a.b", "org.boarddrivers.Host.Leds"});

@@ -6,7 +6,8 @@ include(CMakePackageConfigHelpers)
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/boarddrivers)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/boarddrivers)
 
-# All libraries are installed in one folder, and each finds the others there, even if it is moved.
+# All libraries are installed in one folder, and each finds the others there, even if the folder is
+# moved.
 set_target_properties(boarddrivers PROPERTIES INSTALL_RPATH $ORIGIN)
 install(TARGETS boarddrivers EXPORT boarddrivers
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development

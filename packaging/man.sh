@@ -21,7 +21,8 @@ describe() {
         done
         return
     fi
-    # The heading shows the usage, and the page lists the common options only once.
+    # Leaves out the usage, which the heading shows, and the common options, which the page lists
+    # once.
     printf '.SS "%s"\n' "$(sed -n "s/^Usage: $name //p" <<<"$help")"
     printf '.nf\n'
     sed -e '/^Usage: /d' -e '/^  -h,--help /d' -e '/^Global options:/d' -e '/^Options:$/d' <<<"$help" |

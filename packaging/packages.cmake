@@ -3,7 +3,7 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT "boarddrivers <boarddrivers@localhost.invalid>")
-# What is installed is stripped. The packages *-dbgsym.ddeb have what is stripped.
+# Programs and libraries are installed stripped. The packages *-dbgsym.ddeb hold what was removed.
 set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_OBJCOPY_EXECUTABLE ${CMAKE_OBJCOPY})
 set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_SOURCE_DIR}/packaging/dated.cmake)

@@ -4,7 +4,7 @@
 get_filename_component(prefix "${CMAKE_INSTALL_PREFIX}" ABSOLUTE)
 cmake_path(APPEND CMAKE_INSTALL_PREFIX ${unit_folder} OUTPUT_VARIABLE destination)
 if(prefix STREQUAL /usr AND program STREQUAL boardctl)
-    # The place of the profile, which the board's owner writes.
+    # The folder for the profile, which the board's owner writes.
     file(MAKE_DIRECTORY $ENV{DESTDIR}/etc/boarddrivers)
 endif()
 if(prefix STREQUAL /usr AND program STREQUAL boardweb)
