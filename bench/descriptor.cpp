@@ -147,7 +147,7 @@ void report(benchmark::State& state) {
 }
 BENCHMARK(report)->Name("formatted report of 40 tags");
 
-/// Formats the same rows into two buffers that every row overwrites.
+/// Formats the same rows as `report` into two buffers, which every row overwrites.
 void reportFloor(benchmark::State& state) {
     const std::vector<Chunk> chunks = copyChunks(makeBoardImage());
     for (auto _ : state)

@@ -69,7 +69,7 @@ private:
     std::uint32_t m_steady = 0, m_blink = 0, m_flash = 0;
 };
 
-/// The row that a line names, or none.
+/// The row that a line names; null if there is none.
 const LedCtrl::CmdDef* rowOf(const std::vector<LedCtrl::CmdDef>& rows, const std::string& line) {
     std::istringstream words(line);
     std::string word1, word2, number;

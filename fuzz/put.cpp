@@ -28,7 +28,7 @@ bool isAddress(const Chunk& chunk) {
     return chunk.id == 1 && chunk.data.size() == 8;
 }
 
-/// What the list holds after the put; empty if the put must fail.
+/// The list after the put; empty if the put must fail.
 std::optional<Chunks> putInModel(Chunks chunks, const Chunk& put, std::optional<unsigned> index) {
     constexpr std::size_t ADDRESS = 6;
     std::vector<std::size_t> same, port;
@@ -84,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     Chunks model;
     board::DescriptorEdit edit{board::TagImage(imageOf(model))};
     while (input.remaining_bytes() > 0) {
-        // Few different tags, addresses and ports, so that they often meet.
+        // Uses few different tags, addresses and ports, so that equal ones are frequent.
         Chunk put{input.ConsumeIntegralInRange<BD::TagId>(1, 3), ""};
         if (put.id == 1 && input.ConsumeBool())
             put.data = {2, 0,

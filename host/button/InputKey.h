@@ -27,7 +27,7 @@ private:
     const unsigned m_code;
     const std::function<bool()> m_isDownNow;
     bool m_isDown;
-    bool m_isLost = false; ///< events were dropped, and their report has not ended yet
+    bool m_isLost = false; ///< events were dropped, and no SYN_REPORT has followed yet
 };
 
 /// One key of an input device, such as a push-button of the kernel's GPIO key driver.

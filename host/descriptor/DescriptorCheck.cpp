@@ -101,7 +101,7 @@ private:
             add(Finding::Weight::WARNING, tag.offset, name + ": is empty (required)");
     }
 
-    /// Shows the first bytes from the fault on, because they are often the rest of an older image.
+    /// Reports the fault and the bytes there, because they are often the rest of an older image.
     void addFault(const std::string& fault) {
         constexpr std::size_t MOST_SHOWN = 16;
         const std::size_t start = m_image.usedBytes();
@@ -155,8 +155,8 @@ private:
     const bool m_isDevice;
     const std::vector<TagPlace>& m_required;
     std::unordered_map<BD::TagId, std::vector<const ImageTag*>> m_tagsOf;
-    std::unordered_map<std::string, std::size_t> m_addresses; ///< where each one first occurs
-    std::unordered_map<unsigned, std::size_t> m_interfaces;   ///< by interface number
+    std::unordered_map<std::string, std::size_t> m_addresses; ///< where each first occurs
+    std::unordered_map<unsigned, std::size_t> m_interfaces;   ///< where each number first occurs
     std::vector<Finding> m_findings;
 };
 

@@ -40,7 +40,7 @@ public:
     std::size_t deviceSize(const TagImage& image) const;
 
     /// Sets how long a load or a change waits for the lock of the file or device, and who is told
-    /// about the wait. By default, it waits for LockWait's default time and tells nobody.
+    /// about the wait. By default, LockWait's default time applies and nobody is told.
     void waitForLock(LockWait wait) { m_wait = std::move(wait); }
     const LockWait& lockWait() const { return m_wait; }
 

@@ -142,7 +142,7 @@ private:
     }
 
     std::vector<EditedTag> m_front;       ///< the tags up to the last insertion or removal
-    std::deque<EditedTag> m_behind;       ///< the tags after it
+    std::deque<EditedTag> m_behind;       ///< the tags after those in m_front
     mutable std::optional<Index> m_index; ///< made by the first look-up
 };
 

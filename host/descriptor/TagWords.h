@@ -39,7 +39,8 @@ struct Assignment {
 /// The identifier that `word` means, as a number or a name; empty if it means none.
 std::optional<BD::TagId> findTagId(const std::string& word);
 
-/// The parsers of command-line words throw an Error that names the word and what was expected.
+/// The parsers of command-line words below throw an Error that names the word and what was
+/// expected.
 
 /// "ID" or "ID.N"; ID is 1 to 65534, decimal or with 0x, or a tag's name; N is decimal.
 TagPlace parseTagPlace(const std::string& word);

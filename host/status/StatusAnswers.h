@@ -7,10 +7,10 @@
 
 namespace board {
 
-/// What a host tells about itself. The names and types in the JSON are those of
-/// org.boarddrivers.Host.varlink. The status server asks on its own thread, for each call that it
-/// answers, so an answer must not wait for a device. A std::exception becomes the reply to that
-/// call and has no other effect.
+/// What a host reports about itself. The names and types in the JSON are those of
+/// org.boarddrivers.Host.varlink. The status server calls these functions on its own thread while
+/// it answers a client, so they must not wait for a device. A std::exception becomes the reply to
+/// that call and has no other effect.
 class StatusAnswers {
 public:
     virtual ~StatusAnswers() = default;

@@ -38,7 +38,7 @@ public:
     /// The data as it is loaded; null for a pattern.
     const TString<char>* data() const { return std::get_if<TString<char>>(&m_value); }
 
-    /// Whether `tag`, which has this identifier, has the expected data.
+    /// Whether `tag` has the expected data. Its identifier must be `id()`.
     bool isMetBy(const BD::Tag& tag) const;
 
     /// What is expected, in words: `valueWords` of exact data, or the pattern, such as "4 bytes".

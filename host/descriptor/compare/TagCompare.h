@@ -16,7 +16,7 @@ struct TagDifference {
         MISSING,    ///< an expected tag is not there
         EXTRA,      ///< a tag is not expected
         DIFFERENT,  ///< a tag does not have the expected value
-        ORDER,      ///< a tag is in another place than expected among the others
+        ORDER,      ///< a tag is not in the expected order among the others
         TERMINATOR, ///< the tags have no terminator
         CORRUPT     ///< the image can't be loaded whole
     };
@@ -25,8 +25,8 @@ struct TagDifference {
     unsigned index = 0; ///< which of the expected tags with this identifier; for an extra tag,
                         ///< which of those in the image
     std::optional<std::size_t> offset; ///< in the image; empty if the tag is missing
-    std::string expected; ///< as hexadecimal digits, or a pattern in words; empty if none is
-    std::string found;    ///< as hexadecimal digits; empty if the tag is missing
+    std::string expected; ///< hexadecimal digits, or a pattern in words; empty for an extra tag
+    std::string found;    ///< hexadecimal digits; empty if the tag is missing
     std::string text;     ///< the whole difference for people, on one line
 };
 

@@ -72,7 +72,7 @@ public:
     bool number_unsigned(json::number_unsigned_t number) { return value(number); }
     bool number_float(json::number_float_t number, const std::string&) { return value(number); }
     bool string(std::string& text) { return value(std::move(text)); }
-    bool binary(json::binary_t&) { return false; } // not in a text
+    bool binary(json::binary_t&) { return false; } // not in JSON text
 
     bool start_object(std::size_t) {
         if (m_depth == 1) {

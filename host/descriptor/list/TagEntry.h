@@ -9,8 +9,8 @@
 
 namespace board {
 
-/// Interprets one entry of a JSON list of tags. All functions throw an Error that names the line,
-/// the entry and what was expected there.
+/// Interprets one entry of a JSON list of tags. On a mistake, all functions throw an Error that
+/// names the line, the entry and what was expected there.
 class TagEntry {
 public:
     /// The keys that an entry with a value may have.

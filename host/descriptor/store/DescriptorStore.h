@@ -25,7 +25,7 @@ struct StoreManner {
     bool force = false;  ///< store what would be refused otherwise: tags of a wrong size, and a
                          ///< corrupt image's tags before the fault
     bool dryRun = false; ///< find out what would change, write nothing
-    bool keepOld = true; ///< keep the old image before anything is written
+    bool keepOld = true; ///< save the old image before anything is written
     std::string backup;  ///< the file for the old image; empty: a dated one in the state folder
     std::optional<char> fill; ///< for a write: clears everything behind the image with this byte
     std::optional<StoreRecord> record; ///< gets a line if something is written
@@ -50,7 +50,7 @@ struct StoreOutcome {
 /// Called before a device is changed; if it throws, nothing is written.
 using Confirm = std::function<void(const StoreOutcome&)>;
 
-/// Changes the tags of an image and stores it, all under one lock: reads, lets `step` edit, keeps
+/// Changes the tags of an image and stores it, all under one lock: reads, lets `step` edit, saves
 /// the old image, writes, reads back and compares. An image file is replaced whole and keeps its
 /// size if it has room after the terminator. A device is written from its start in one call, and
 /// the bytes after the image stay as they are. If the device does not hold the new image
@@ -58,7 +58,7 @@ using Confirm = std::function<void(const StoreOutcome&)>;
 ///
 /// If an earlier change of the device was interrupted, the edit starts from the image before that
 /// change. Throws Error if the edit needs `manner.force`, if the image is too large, or if anything
-/// can't be read, kept or written. Exceptions of `step` pass through.
+/// can't be read, saved or written. Exceptions of `step` pass through.
 void editDescriptor(const DescriptorSource& source, const StoreManner& manner,
                     const std::function<void(DescriptorEdit&)>& step, const Confirm& confirm,
                     StoreOutcome& outcome);
