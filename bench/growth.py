@@ -13,7 +13,7 @@ KINDS = {"fan": ("170", "maximum = 255"), "thermal": ("30000", "maximum = 85"), 
 
 
 def image(tags):
-    """An image of tags with two bytes of data: addresses, tags with two identifiers, tags with many."""
+    """An image of tags with two bytes of data: addresses, tags that share two identifiers, and unique tags."""
     ids = [(1, 5, 0x800E, 1000 + i)[i % 4] for i in range(tags)]
     chunks = [each.to_bytes(2, "big") + b"\0\6" + i.to_bytes(2, "big") for i, each in enumerate(ids)]
     return b"".join(chunks) + b"\0\0\0\4"

@@ -34,7 +34,7 @@ class Measured:
         self.held.close()
 
     def peak(self):
-        """Returns the peak of all its memory in kB."""
+        """Returns the peak of the program's memory in kB."""
         return int(field(f"/proc/{self.process.pid}/status", "VmHWM"))
 
     def dirty(self):

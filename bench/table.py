@@ -54,7 +54,7 @@ MOST_WEB_MEMORY = 1024  # kB
 MOST_WEB_MEMORY_WITH_CLIENTS = MOST_WEB_MEMORY + web.MOST_CLIENTS * 16
 MOST_MEMORY_FOR_WEB = 64  # kB; the buffers of the three connections that boardweb makes
 # Ten pages get a hundred messages a second, and each message may take 60 us. On a board, whose core may be twenty times
-# slower, that is an eighth of the core. The host may take twice what it may take without pages.
+# slower, that is an eighth of the core. The host may take twice what is allowed without pages.
 MOST_WEB_CORE = 0.6  # percent
 MOST_CORE_WITH_PAGES = 2 * MOST_CORE
 

@@ -25,7 +25,7 @@ struct TagDifference {
     unsigned index = 0; ///< which of the expected tags with this identifier; for an extra tag,
                         ///< which of those in the image
     std::optional<std::size_t> offset; ///< in the image; empty if the tag is missing
-    std::string expected; ///< hexadecimal digits, or a pattern in words; empty for an extra tag
+    std::string expected; ///< hexadecimal digits or a pattern in words; empty if no tag is expected
     std::string found;    ///< hexadecimal digits; empty if the tag is missing
     std::string text;     ///< the whole difference for people, on one line
 };

@@ -13,8 +13,8 @@ PACKAGECONFIG[boardweb] = "-DBOARDWEB=ON,-DBOARDWEB=OFF,libmicrohttpd"
 EXTRA_OECMAKE = "-DBOARD_TESTS=OFF -DBOARD_PACKAGES=OFF -DCMAKE_BUILD_TYPE=MinSizeRel \
     -DBOARD_UNIT_DIR=${systemd_system_unitdir}"
 
-# A new board has no profile, so the services are not enabled. boardweb comes first, because it owns
-# a file in boardctl.service.d, which the pattern boardctl* would also match.
+# A new board has no profile, so the services are not enabled.
+# boardweb comes first: it owns a file in boardctl.service.d, which boardctl* would match, too.
 PACKAGES =+ "boardweb boardctl"
 SYSTEMD_PACKAGES = "boardctl boardweb"
 SYSTEMD_SERVICE:boardctl = "boardctl.service"
