@@ -14,13 +14,13 @@ struct Figures {
 /// The number of samples that a `CpuLoad` keeps; the oldest is 14 periods back.
 constexpr std::uint32_t SLOTS = 15;
 
-/// The ring of samples of a `CpuLoad` and three positions in it. All members refer to the object's
-/// own data.
+/// The ring of samples of a `CpuLoad` and three positions in it. All members refer to data of the
+/// `CpuLoad`.
 struct Ring {
     std::uint32_t (&busy)[SLOTS];
     std::uint32_t (&idle)[SLOTS];
     std::uint32_t& current; ///< the slot of the latest sample
-    std::uint32_t& index5;  ///< `measure` advances this and compares with its slot for 5 periods
+    std::uint32_t& index5;  ///< `measure` advances it to the slot of the sample 5 periods back
     std::uint32_t& index14; ///< the same for 14 periods
 };
 

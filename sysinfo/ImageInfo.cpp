@@ -33,8 +33,8 @@ XCode ImageInfo::init(String& error) {
         error = String::format("OPEN '%s' FAILED", m_path.c_str());
         return XCode(XCode::FAILURE);
     }
-    // With a buffer of its own, a stream does not ask the system for the file's preferred size.
-    char buffer[LINES * (LINE_SIZE - 1)]; // all that is read
+    // A stream that is given a buffer does not ask the system for the preferred buffer size.
+    char buffer[LINES * (LINE_SIZE - 1)]; // the most that is read
     static_cast<void>(std::setvbuf(file, buffer, _IOFBF, sizeof buffer));
     String skipped;
     for (String* const line : {&line1, &line2, &line3, &skipped, &skipped, &line6, &line7, &line8})

@@ -14,7 +14,7 @@ BD::Tag makeTag(BD::TagId id, const TString<char>& data) {
     return tag;
 }
 
-// Marked cold to keep it out of the fast path, which is a lookup that finds its tag.
+// Marked cold to keep it out of the fast path: the lookup of a tag that exists.
 [[gnu::cold]] BD::Tag* notFound(BD::TagId id, String& error) {
     error = String::format(CBoardDescr::ERR_TAG_NOT_FOUND, id, BD::TAG_ID_TO_STRING(id).c_str());
     return nullptr;

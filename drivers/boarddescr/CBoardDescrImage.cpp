@@ -64,7 +64,7 @@ XCode CBoardDescr::importBD(const TString<char>& image, String& error) {
         try {
             tag->data.concat(data, dataLength);
         } catch (const std::bad_alloc&) {
-            m_tags.remove(tag); // else it would look like an empty tag on the device
+            m_tags.remove(tag); // otherwise the list would gain an empty tag
             throw;
         }
         tag->length = dataLength;
@@ -76,7 +76,7 @@ XCode CBoardDescr::exportBD(TString<char>& image, String&) {
     std::size_t size = 0;
     for (const BD::Tag& tag : m_tags)
         size += HEADER_BYTES + tag.data.length() + paddingOf(tag);
-    std::vector<char> chunks(size); // zeros, so the padding is in place
+    std::vector<char> chunks(size); // all zero, so no padding has to be written
     char* out = chunks.data();
     for (const BD::Tag& tag : m_tags) {
         const unsigned chunkLength = HEADER_BYTES + tag.length + paddingOf(tag);

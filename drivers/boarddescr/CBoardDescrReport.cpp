@@ -5,8 +5,8 @@
 #include "BD_TagMeaning.h"
 #include "InfoContainer.h"
 
-// The information reports. A host makes one when it starts. Formatting these few texts with printf
-// would keep 128 KiB of the C library in its memory.
+// The information reports. Most texts are formatted without printf: a host makes a report when it
+// starts, and printf would keep 128 KiB of the C library in the host's memory.
 
 namespace {
 
@@ -35,14 +35,14 @@ String hexPair(const BD::Tag& tag, unsigned index) {
     return String(pair.c_str());
 }
 
-/// The text up to its first zero byte. A stored text of odd length ends with such a byte.
+/// The text up to its first zero byte. A text of odd length is stored with a zero byte as padding.
 String text(const BD::Tag& tag) {
     String value;
     return String(tag.getDataString(value).c_str());
 }
 
-/// Adds the rows of one report to the container: the header and, if the report goes that deep, the
-/// tags two levels below it.
+/// Adds the rows of one report to the container: the header and, two levels below it, the tags.
+/// Leaves out what is deeper than `maxLevel`.
 class Report {
 public:
     Report(InfoContainer& container, unsigned maxLevel, unsigned level, unsigned maxIndex,

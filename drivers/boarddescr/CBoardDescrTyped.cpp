@@ -18,8 +18,8 @@ constexpr unsigned MAC_RECORD_BYTES = 8;
 constexpr BD::TagId PRODUCT_TAG = 45;
 constexpr unsigned PRODUCT_BYTES = BD::meaningOf(PRODUCT_TAG).size;
 
-// These helpers take the result of `getTag` as `tag`. A missing tag is null, and then `error` is
-// already set.
+// These helpers take the result of `getTag` as `tag`. If the tag is missing, `tag` is null, and
+// `getTag` has set `error`.
 
 XCode wrongSize(String& error) {
     error = CBoardDescr::ERR_WRONG_TAG_SIZE;
@@ -157,8 +157,8 @@ XCode CBoardDescr::insertMacAddress(unsigned index, const String& mac, unsigned 
     const unsigned count = getNumberOfTag(MAC_TAG);
     const unsigned anchor = count == 0 ? 0 : std::min(index, count - 1);
     m_tags.insert(getTagIterator(MAC_TAG, anchor), BD::Tag(MAC_TAG));
-    // If there were MAC tags before, occurrence `count` is the one that was already last: it
-    // receives the address, and the new tag stays empty. Hosts rely on this.
+    // If there were MAC tags before, the MAC tag with the index `count` is the former last one:
+    // that tag receives the address, and the new tag stays empty. Hosts rely on this.
     String scratch;
     return setMacAddress(count, mac, iface, scratch);
 }

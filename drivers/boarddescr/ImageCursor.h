@@ -11,7 +11,7 @@ public:
     unsigned size() const { return m_image.length(); }
     unsigned position() const { return m_position; }
 
-    /// Whether another chunk can begin here, which takes at least the two bytes of an identifier.
+    /// Whether another chunk can begin here: at least the two bytes of its identifier must be left.
     bool hasChunk() const { return left() >= 2; }
 
     /// Consumes a 16-bit number; bytes past the end of the image count as 0.

@@ -10,9 +10,9 @@ constexpr unsigned MAX_WIDTH = 16;
 /// Whether the file can be opened for reading.
 bool canOpen(const char* path);
 
-/// Reads at most `width` bytes in one call and sets `number` to the decimal number at their start,
-/// clamped to 32 bits, or to 0 if there is none or the read fails. Returns false and leaves
-/// `number` alone if the file can't be opened.
+/// Reads at most `width` bytes in one call and sets `number` to the decimal number that they begin
+/// with, clamped to 32 bits. Without a number, or if the read fails, `number` becomes 0. Returns
+/// false and leaves `number` alone if the file can't be opened.
 bool readDecimal(const char* path, unsigned width, int& number);
 
 /// Writes `number` as "%d" prints it, cut to `width` bytes or padded with zero bytes. Writes it in

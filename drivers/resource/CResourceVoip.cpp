@@ -49,7 +49,8 @@ XCode CResourceVoip::setup(String& error) {
     return XCode();
 }
 
-// Passed by value, so that each step holds its own reference; this is part of the binary interface.
+// `board` is passed by value, so that each step holds its own reference. The binary interface
+// includes these signatures.
 // NOLINTBEGIN(performance-unnecessary-value-param)
 void CResourceVoip::calculateDspChannels(TYPPtr<IBoardDescr> board) {
     unsigned stored = 0;

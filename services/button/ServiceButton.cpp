@@ -27,7 +27,8 @@ TYTime now() {
 ServiceButton::ServiceButton(const String& path, Observer* observer)
     : m_thread("Button Thread", this), m_path(path), m_observer(observer) {}
 
-// Stops here, because the destructor of `m_thread` runs only after `m_path` is destroyed.
+// Stops the thread here, because the destructor of `m_thread` runs only after `m_path` is
+// destroyed.
 ServiceButton::~ServiceButton() {
     static_cast<void>(ServiceButton::stop());
 }

@@ -19,7 +19,7 @@ bool isRoll(std::int32_t action) {
     return action == LedCtrl::ACTION_ROLL_UP || action == LedCtrl::ACTION_ROLL_DOWN;
 }
 
-/// Moves a roll's `bit` to the next LED of `mask` and returns it; returns 0 if the mask is empty.
+/// Moves a roll's `bit` to the next LED of `mask` and returns the bit; 0 if the mask is empty.
 std::uint32_t roll(std::uint32_t& bit, std::uint32_t mask, bool upwards) {
     if (mask == 0)
         return 0;
@@ -140,8 +140,8 @@ void LedCtrl::stopAction(const CmdDef& cmd) {
 void LedCtrl::removeRollAction(const CmdDef& cmd) {
     m_actionMask &= ~cmd.ledMask;
     m_groups.erase(cmd.group);
-    // Only the first word and the LEDs are compared, so that one row can stop a roll of any row
-    // that has them.
+    // Only the first word and the LEDs are compared, so that one row can stop the roll of any row
+    // with the same first word and LEDs.
     const auto found =
         std::find_if(m_actions.begin(), m_actions.end(), [&](const ActionDesc& action) {
             return std::strcmp(action.cmd->word1, cmd.word1) == 0 &&

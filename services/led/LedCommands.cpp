@@ -61,8 +61,8 @@ int openFifo(int flags) {
     return ::open(FIFO_PATH, flags | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
 }
 
-/// The pipe's writing end; -1 on failure. Only a pipe is written to: another file in its place may
-/// be one that matters.
+/// The pipe's writing end; -1 on failure. Fails if the path is not a pipe, so that no other file is
+/// overwritten.
 int openFifoToWrite() {
     const int writer = openFifo(O_WRONLY);
     struct stat status {};

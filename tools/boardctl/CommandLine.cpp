@@ -67,7 +67,8 @@ void addAllCommands(CLI::App& app, Options& options) {
                  {"firmware", addFirmware},
                  {"bd", addBd},
                  {"sim", addSim}});
-    // The commands have copied the footer. The main help lists these options anyway.
+    // The commands have copied the footer, so it can change. The main help needs no such line: it
+    // lists the global options.
     app.footer("Exit status: 0 done, 1 failed, 2 wrong call, 3 found something wrong, 4 declined,\n"
                "128+N ended by signal N.");
     addExamples(app, {"run --sim --tour             see each part of a simulated board",
@@ -82,9 +83,10 @@ int wrongCall(CLI::App& app, const std::string& what, const CLI::ParseError* err
     return WRONG_CALL;
 }
 
-/// Answers a line that no command can be called with: it asks for help, or is wrong.
+/// Answers a line that calls no command: it asks for help or the version, or it is wrong.
 int answer(CLI::App& app, const CLI::ParseError& error) {
-    const bool isQuestion = dynamic_cast<const CLI::Success*>(&error) != nullptr; // or --version
+    // CLI11 reports --help and --version as a success that ends the parse.
+    const bool isQuestion = dynamic_cast<const CLI::Success*>(&error) != nullptr;
     if (!isQuestion || !app.remaining(true).empty())
         return wrongCall(app, explained(app, error), &error);
     const bool isHelp = dynamic_cast<const CLI::CallForHelp*>(&error) != nullptr;
@@ -98,7 +100,7 @@ bool isCalled(const CLI::App& app, const char* command) {
                        [&](const CLI::App* each) { return each->get_name() == command; });
 }
 
-/// Calls the command of a line that has been parsed.
+/// Runs the command that the parsed line calls.
 int call(const CLI::App& app, const Options& options) {
     if (options.metrics && !isCalled(app, "info") && !isCalled(app, "status"))
         throw WrongCall("--format metrics works only with info and status");
@@ -113,10 +115,10 @@ int call(const CLI::App& app, const Options& options) {
     return StopSignals::statusAfter(isPrinted ? status : FAILED);
 }
 
-/// Makes the parsers that `words` name, or all if it is empty, runs the line's command and ends the
-/// program with its status. Returns the exit status if the line has no command to run or the
-/// command throws. Returns empty if only some parsers were made and the line does not fit them,
-/// because it takes all parsers to explain that.
+/// Creates the parsers that `words` names (all if it is empty), runs the line's command and ends
+/// the program with the command's status. Returns the exit status if the line has no command to run
+/// or the command throws. Returns empty if the line does not fit and not all parsers were created,
+/// because only all of them together can explain what is wrong.
 std::optional<int> tryRun(int argc, char** argv, const std::set<std::string_view>& words) {
     Options options;
     options.words = words;
@@ -127,13 +129,13 @@ std::optional<int> tryRun(int argc, char** argv, const std::set<std::string_view
     addAllCommands(app, options);
     try {
         app.parse(argc, argv);
-        // Ends here: the command has cleaned up, and the system frees what the parser holds.
+        // Exits here: the command has cleaned up, and the system frees what the parsers hold.
         std::exit(call(app, options));
     } catch (const CLI::ParseError& error) {
         return words.empty() ? std::optional(answer(app, error)) : std::nullopt;
     } catch (const WrongCall& error) {
         return wrongCall(app, error.what());
-    } catch (const std::exception& error) { // board::Error, or the system ran out of something
+    } catch (const std::exception& error) { // board::Error, or a resource has run out
         complain(error.what());
         if (options.json)
             printJson({{"error", error.what()}}, -1);
@@ -146,7 +148,7 @@ std::optional<int> tryRun(int argc, char** argv, const std::set<std::string_view
 
 int runCommandLine(int argc, char** argv) {
     const OutputWatch output;
-    // Makes only the parsers that are needed: the others would stay in a host's memory for years.
+    // Creates only the parsers that are needed: a host would keep the others in memory for years.
     const std::set<std::string_view> words(argv, argv + argc);
     const std::optional<int> status = tryRun(argc, argv, words);
     return status ? *status : tryRun(argc, argv, {}).value();

@@ -2,8 +2,9 @@
 
 namespace boardctl {
 
-/// Parses the words and runs the command. Then ends the program or, if there was nothing to run or
-/// it failed, returns the exit status. Messages go to standard error. Call it once.
+/// Parses the words, runs the command and ends the program with the command's exit status. If there
+/// is no command to run or the command throws, returns the exit status instead. Messages go to
+/// standard error. Call it once.
 int runCommandLine(int argc, char** argv);
 
 } // namespace boardctl

@@ -10,7 +10,7 @@
 /// The words "ID=TYPE:VALUE" of the commands that build and edit a descriptor.
 namespace boardctl {
 
-/// `about` is what the command does with them.
+/// Adds the assignments to the command's words. `about` ends their help text.
 CLI::Option* addAssignments(CLI::App& command, std::vector<std::string>& assignments,
                             const char* about);
 

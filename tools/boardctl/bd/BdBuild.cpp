@@ -34,7 +34,7 @@ struct BuildWords {
 struct Built {
     std::string image;
     std::size_t tags = 0; ///< including the terminator
-    std::size_t used = 0; ///< bytes before those that fill the image up
+    std::size_t used = 0; ///< bytes of the image without its filling
 };
 
 std::vector<BD::Tag> readTags(const Options& options, const BuildWords& words) {
@@ -88,13 +88,13 @@ Built imageOf(const Options& options, const BuildWords& words,
     return built;
 }
 
-/// Stores the image in the file. If that changes a file with content, its content is kept first.
-/// Returns whether anything was written.
+/// Stores the image in the target file. If the file has other content, keeps that content in a
+/// backup first. Returns whether anything was written.
 bool store(const Options& options, const BuildWords& words, const std::string& image,
            std::string& backup) {
     board::FileReplacement target(words.target, board::FileReplacement::Manner::BY_KIND,
                                   lockWait(options));
-    // What a character device such as /dev/null holds is not read: it may have no end.
+    // A character device such as /dev/null is not read: its content may have no end.
     if (target.exists() && board::kindOf(words.target) != board::FileKind::CHARACTER_DEVICE) {
         const std::string old = target.content(board::MAX_TAGS_JSON);
         if (target.isInPlace() ? old.compare(0, image.size(), image) == 0 : old == image)

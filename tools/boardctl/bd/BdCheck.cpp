@@ -20,7 +20,7 @@ namespace {
 
 struct CheckWords {
     std::vector<std::string> images; ///< none: the board's descriptor
-    std::string required;            ///< tags with commas between them
+    std::string required;            ///< tags, separated by commas
     bool isStrict = false, quiet = false;
 };
 
@@ -68,7 +68,7 @@ public:
     Check(const Options& options, const CheckWords& words) : m_options(options), m_words(words) {
         if (words.required.empty())
             return;
-        std::istringstream names(words.required + ','); // so that an empty last name is found too
+        std::istringstream names(words.required + ','); // so that an empty last name counts
         for (std::string name; std::getline(names, name, ',');)
             m_required.push_back(orWrongCall([&] {
                 try {
@@ -79,7 +79,7 @@ public:
             }));
     }
 
-    /// The document for the image is stored in `json`. Returns the exit status.
+    /// Checks one image. Prints the findings or, for JSON, sets `json`. Returns the exit status.
     int check(const std::string& image, const std::string& start, ordered_json& json) const {
         const BdSource chosen(m_options, image);
         const board::TagImage loaded = chosen.source().load();

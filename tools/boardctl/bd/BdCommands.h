@@ -8,8 +8,8 @@
 #include "program/Options.h"
 #include "program/WordChecks.h"
 
-/// The commands below `bd`, and the words that several of them have. Each function adds one command
-/// or, in the order of the help, a few that belong together.
+/// The commands below `bd`, and the options that several of them share. Each `addBd` function adds
+/// one command, or a few that follow each other in the help.
 namespace boardctl {
 
 void addBdShow(CLI::App& bd, Options& options); ///< show, raw
@@ -30,7 +30,7 @@ void addBdCompare(CLI::App& bd, Options& options);
 
 constexpr char TAG_HELP[] = "ID or ID.N: decimal, 0x hexadecimal or a name; N counts from 0";
 
-/// In place of a file's name: standard input, or for a file that is written standard output.
+/// This file name means standard input, or standard output if the file is to be written.
 constexpr char STANDARD_STREAM[] = "-";
 
 inline void addImage(CLI::App& command, const char* names, std::string& image, const char* text) {
@@ -39,17 +39,17 @@ inline void addImage(CLI::App& command, const char* names, std::string& image, c
 
 constexpr char READ_IMAGE[] = "Image file, - for standard input; by default the board's descriptor";
 
-/// The image to read, for commands that have other words.
+/// Adds the option for the image to read, for commands that take other words.
 inline void addImageOption(CLI::App& command, std::string& image) {
     addImage(command, "-i,--image", image, READ_IMAGE);
 }
 
-/// The same for commands that have no other words: the image may also be one.
+/// The same for commands that take no other words: the image may also be given without the option.
 inline void addImageWord(CLI::App& command, std::string& image) {
     addImage(command, "-i,--image,IMAGE", image, READ_IMAGE);
 }
 
-/// The image to edit.
+/// Adds the option for the image to edit.
 inline void addEditedImage(CLI::App& command, std::string& image) {
     addImage(command, "-i,--image", image, "Image file; by default the board's descriptor");
 }
@@ -59,7 +59,7 @@ inline CLI::Option* addWord(CLI::App& command, const char* name, std::string& wo
     return command.add_option(name, word, text)->check(notEmpty())->type_name("");
 }
 
-/// The result of `parse`. Its board::Error becomes a WrongCall.
+/// Returns the result of `parse`. If `parse` throws board::Error, throws WrongCall instead.
 template <class Parser>
 auto orWrongCall(Parser parse) -> decltype(parse()) {
     try {

@@ -27,7 +27,8 @@ std::vector<BD::Tag> macTags(const board::TagImage& image) {
     return tags;
 }
 
-/// Prints the address for people, or why there is none. Returns it for programs.
+/// Prints the address, unless for JSON, or the reason why there is none. Returns the JSON entry.
+/// Sets `status` to FAILED if there is no address.
 ordered_json printMac(const Options& options, const BD::Tag* tag, std::size_t index,
                       const std::string& prefix, int& status) {
     ordered_json entry = {{"index", index}, {"mac", nullptr}, {"interface", nullptr}};

@@ -53,7 +53,7 @@ int printImage(const Options& options, const std::string& image,
     const int status = print(loaded);
     if (!loaded.fault())
         return status;
-    static_cast<void>(flushOutput()); // the good tags come before the fault
+    static_cast<void>(flushOutput()); // prints the good tags before the fault
     complain(*loaded.fault());
     return status == DONE ? FAILED : status;
 }

@@ -27,14 +27,14 @@ public:
     bool isScratch() const { return m_board && m_board->scratch(); }
 
 private:
-    const std::unique_ptr<BoardProfile> m_board; ///< null for an image file; a simulated board
-                                                 ///< exists as long as this
+    const std::unique_ptr<BoardProfile> m_board; ///< null for an image file; its destructor removes
+                                                 ///< a simulated board
     board::DescriptorSource m_source;
 };
 
 /// Loads the image that a command's words choose and passes it to `print`, which returns the exit
-/// status. A corrupt image is passed too, with the tags before the fault; its status is FAILED
-/// unless `print` returns another one than DONE.
+/// status. A corrupt image is passed too, with the tags before the fault; if `print` then returns
+/// DONE, the status is FAILED.
 int printImage(const Options& options, const std::string& image,
                const std::function<int(const board::TagImage&)>& print);
 

@@ -49,7 +49,7 @@ public:
         throw board::Error("LED '" + m_name + "': " + what);
     }
 
-    /// Brightness 2 is the second lit state, or else just a dim light.
+    /// Fails if the LED has no second lit state: brightness 2 would then be just a dim light.
     void expectSecondState() const {
         if (!device().biStatus)
             fail("has one lit state only (a second one needs bi_status = true in " + profilePath() +
@@ -77,8 +77,8 @@ public:
         return now.brightness;
     }
 
-    /// Restores what the device held. The driver may have restored something else: it remembers
-    /// "off" if it failed to read the LED.
+    /// Writes `former` if the LED does not show it. The driver's own restore may be wrong: it
+    /// remembers "off" if it failed to read the LED.
     board::LedReading restore(unsigned former) const {
         board::LedReading shown = read();
         if (!shown.value || shown.brightness != former)
@@ -86,7 +86,8 @@ public:
         return shown;
     }
 
-    /// A fault unless the device holds what was just written, as far as `isAsWritten` tells.
+    /// Returns a fault if the attempt failed, the LED can't be read, or it does not reach a
+    /// brightness that `isAsWritten` accepts.
     board::Result<void> check(const board::Attempt& attempt, const std::string& written,
                               const std::function<bool(unsigned)>& isAsWritten) const {
         if (!attempt.isDone)
@@ -103,13 +104,13 @@ private:
     const std::string& m_name;
 };
 
-/// What the driver must be asked for to light the LED for the `i`th time. If it is asked for 1, the
-/// driver itself alternates between the two lit states of an LED that has them.
+/// The state to request from the driver to light the LED for the `i`th time. If 1 is requested, the
+/// driver itself alternates between the two lit states of an LED that has both.
 unsigned litState(const board::Device& led, unsigned i) {
     return led.on != LIT && led.biStatus && i % 2 != 0 ? SECOND_LIT : led.on;
 }
 
-/// Holds the overlay until a signal or the end of the time, then restores what was there.
+/// Holds the bi-status overlay until a signal arrives or the time is up, then restores the LED.
 int holdOverlay(const Options& options, const LedWords& words) {
     if (!words.seconds)
         StopSignals::expectAsEnd();
@@ -123,19 +124,19 @@ int holdOverlay(const Options& options, const LedWords& words) {
     if (!outcome) {
         const board::EndingSignalsHeld whileRestoring;
         static_cast<void>(led->setLedBiStatus(OFF));
-        static_cast<void>(board.restore(former)); // best effort: the failure below is what counts
+        static_cast<void>(board.restore(former)); // best effort; the fault below is reported
         board.fail(outcome.fault());
     }
     complain("LED '" + words.name + "' shows 2 until " +
              (words.seconds ? "the time is up" : "SIGINT (Ctrl-C)"));
     StopSignals::waitUntil(StopSignals::endAfter(words.seconds));
     const board::EndingSignalsHeld whileRestoring;
-    static_cast<void>(led->setLedBiStatus(OFF)); // the LED itself is checked next
+    static_cast<void>(led->setLedBiStatus(OFF)); // `restore` checks the LED
     return show(std::vector{board.restore(former)}, options.json);
 }
 
-/// Ends the overlay of another process. This process does not know about it, but it can see that
-/// the LED shows 2.
+/// Ends the overlay of another process. This process recognizes the overlay only by the LED's
+/// state 2.
 int endOverlay(const Options& options, const LedWords& words) {
     const LedBoard board(options, words);
     board.expectSecondState();

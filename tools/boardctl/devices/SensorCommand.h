@@ -14,7 +14,7 @@ struct SensorWords {
     std::string name;
 };
 
-/// Reads all devices of a kind, or the one that --name picks: READ(host, device).
+/// Reads all devices of a kind, or the one that --name picks, by calling READ(host, device).
 template <board::DeviceKind KIND, auto READ>
 int readSensors(const Options& options, const SensorWords& words) {
     const Board board(options, KIND, words.name);

@@ -13,7 +13,7 @@ namespace boardctl {
 
 void BringUp::showDevices() const {
     for (const board::Device& device : m_board.host().devices())
-        if (device.kind != board::DeviceKind::DESCRIPTOR) // the report says more about it
+        if (device.kind != board::DeviceKind::DESCRIPTOR) // the report has the details
             showDevice(device);
 }
 

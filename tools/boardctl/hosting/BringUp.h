@@ -9,14 +9,15 @@
 
 namespace boardctl {
 
-/// Prints how a hosted board comes up.
+/// Prints what a host finds and starts on its board.
 class BringUp {
 public:
     /// All arguments must outlive the object.
     BringUp(const Board& board, const board::Watch& watch, EventLines& lines)
         : m_board(board), m_watch(watch), m_lines(lines) {}
 
-    /// What each driver was connected to. What the watch looks at has its faults told by it.
+    /// Prints what each driver was connected to, and the faults of the devices that the watch does
+    /// not observe. The watch reports the others.
     void showDevices() const;
     /// Loads the descriptor, determines the capacity and shows the whole report. Call it after the
     /// watch's first look, which tells which devices are gone.

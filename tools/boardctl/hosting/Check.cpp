@@ -48,8 +48,8 @@ int report(const Options& options, const std::string& path,
     return findings.empty() ? DONE : FOUND;
 }
 
-/// What the running host of the board, if there is one, reports about its services, or why it can't
-/// be asked.
+/// The faults that the board's running host reports about its services, or the reason why it can't
+/// be asked. Empty if no host is running.
 std::vector<BoardFinding> findingsOfHost(const BoardProfile& chosen) {
     std::vector<BoardFinding> findings;
     const auto add = [&](const char* service, const ordered_json& fault) {
@@ -71,7 +71,7 @@ std::vector<BoardFinding> findingsOfHost(const BoardProfile& chosen) {
     } catch (const board::Error& error) {
         if (!StopSignals::isAsked())
             findings.push_back({BoardFinding::Level::WARNING, {"running host", error.what()}});
-    } catch (const ordered_json::exception&) { // one of another version
+    } catch (const ordered_json::exception&) { // a host of another version
     }
     return findings;
 }

@@ -22,7 +22,7 @@ struct InfoWords {
     std::string output; ///< empty: standard output
 };
 
-/// What the report could not determine.
+/// The faults of everything that the report could not determine.
 std::vector<std::string> faultsIn(const board::Report& report, const board::Host& host) {
     std::vector<std::string> faults;
     for (const board::Device& device : host.devices())
@@ -52,7 +52,7 @@ int info(const Options& options, const InfoWords& words) {
     report.cpuSinceBoot = board::cpuLoadSinceBoot();
     printOrReplace(words.output, textOf(report, options, board));
     std::vector<std::string> faults;
-    if (!options.metrics) // there, a device that is down is a figure
+    if (!options.metrics) // metrics have a figure for a device that is down
         faults = faultsIn(report, board.host());
     if (!*report.cpuSinceBoot)
         faults.push_back(report.cpuSinceBoot->fault());

@@ -32,7 +32,7 @@ struct ProbeWords {
     bool toml = false;
 };
 
-/// What a machine has.
+/// The devices that a machine has.
 struct Findings {
     explicit Findings(const std::string& sysfs)
         : locator(board::DeviceLocator(sysfs).readingOnce()), monitors(board::monitorsOf(sysfs)),
@@ -50,7 +50,7 @@ struct Findings {
     const std::vector<board::InputDevice> inputs;
 };
 
-/// A number of the kernel's steps with all its decimals.
+/// Converts the kernel's integer to units, with all decimals: 41500 thousandths become "41.500".
 std::string decimalOf(long long steps, const board::Quantity& quantity) {
     std::string digits = std::to_string(steps).substr(steps < 0 ? 1 : 0);
     const auto decimals = static_cast<std::size_t>(quantity.decimals);
@@ -144,7 +144,8 @@ void printForPeople(const Findings& found) {
     printRows(rows);
 }
 
-/// Adds a member for a value, or null and the reason.
+/// Adds the member `key` with the value. Without a value, the member is null, and the member
+/// "error" receives the reason.
 template <class Value, class Convert>
 void put(ordered_json& json, const std::string& key, const Result<Value>& value, Convert convert) {
     json[key] = nullptr;

@@ -41,7 +41,7 @@ void print(const board::Backup& backup, const char* start) {
 bool remove(const board::Backup& backup) {
     const std::string fault = board::discard(backup.file);
     if (!fault.empty())
-        complain(fault.substr(2)); // it is meant to follow another message and "; "
+        complain(fault.substr(2)); // without "; ", which joins it to another message
     return fault.empty();
 }
 

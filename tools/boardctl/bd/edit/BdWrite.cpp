@@ -30,8 +30,8 @@ struct WriteWords : EditWords {
                        ")");
 }
 
-/// The image in `bytes`, which came from `source`. Throws board::Error for one that should not be
-/// on a device, unless `force`.
+/// Returns the image in `bytes`, which were read from `source`. Throws board::Error if there are no
+/// bytes or, unless `force` is set, if the image should not be on a device.
 board::TagImage imageFrom(const std::string& bytes, const std::string& source, bool force) {
     if (bytes.empty())
         throw board::Error(source + ": is empty (expected an image or a JSON list of tags)");
@@ -49,7 +49,7 @@ board::TagImage imageFrom(const std::string& bytes, const std::string& source, b
     if (image.tags().empty())
         refuse(source, "holds no tags", "an empty descriptor");
     std::vector<std::string> wrong;
-    for (const BD::Tag& each : list) // padding must not make a size right
+    for (const BD::Tag& each : list) // a size that only padding makes right is wrong
         if (const auto size = board::wrongSizeOf(each);
             size && !board::wrongSizeOf(board::asLoaded(each)))
             wrong.push_back(board::tagName(each.id) + ": has " + *size);
@@ -57,7 +57,7 @@ board::TagImage imageFrom(const std::string& bytes, const std::string& source, b
          board::checkImage(board::TagImage(board::terminated(image)), true))
         if (each.weight != board::Finding::Weight::NOTE)
             wrong.push_back("at " + std::to_string(each.offset) + ": " + each.text);
-    constexpr std::size_t MOST = 3; // one message must stay readable
+    constexpr std::size_t MOST = 3; // so that the message stays readable
     if (const std::size_t count = wrong.size(); count > MOST) {
         wrong.resize(MOST);
         wrong.push_back(std::to_string(count - MOST) + " more");
@@ -69,7 +69,7 @@ board::TagImage imageFrom(const std::string& bytes, const std::string& source, b
 
 /// Throws board::Error if the record would be appended to one of the other files of the command.
 void expectOwnFile(const std::string& record, const std::vector<std::string>& others) {
-    std::error_code error; // a file that can't be looked at fails when it is opened
+    std::error_code error; // ignored: a file that can't be examined can't be opened
     const auto same = std::find_if(others.begin(), others.end(), [&](const std::string& other) {
         return !record.empty() && !other.empty() &&
                (fs::equivalent(record, other, error) ||

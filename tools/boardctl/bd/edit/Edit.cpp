@@ -113,7 +113,7 @@ int store(const Options& options, const EditWords& words, bool isEdit, const Sto
     }
     if (flushOutput())
         return status;
-    if (isWritten) // standard output failed, so the message goes here
+    if (isWritten) // standard output failed, so standard error has the result
         complain(path + ": was written anyway" + backupNote(outcome));
     return FAILED;
 }

@@ -20,7 +20,7 @@ struct EditWords {
     bool quiet = false;
 };
 
-/// `force` explains what --force does.
+/// `force` is the help text of --force.
 void addStoreOptions(CLI::App& command, EditWords& words, const char* force);
 void addEditOptions(CLI::App& command, EditWords& words);
 
@@ -29,16 +29,16 @@ void addEditOptions(CLI::App& command, EditWords& words);
 int edit(const Options& options, const EditWords& words,
          const std::function<void(board::DescriptorEdit&)>& step);
 
-/// What such a command does with the chosen descriptor. Throws board::Error.
+/// Edits or writes the chosen descriptor and sets the outcome. Throws board::Error.
 using Storing = std::function<void(const board::DescriptorSource&, const board::StoreManner&,
                                    const board::Confirm&, board::StoreOutcome&)>;
-/// Called with the result, before it is printed; `error` is empty if all went well. What it throws
-/// is reported too.
+/// Called with the result before it is printed; `error` is empty if all went well. A board::Error
+/// that the call throws is reported too.
 using Recording = std::function<void(const std::string& path, const board::StoreOutcome&,
                                      const std::string& error)>;
 
-/// Runs `storing`: chooses the descriptor, asks before a device is written, prints what was done or
-/// why not. Returns the exit status.
+/// Chooses the descriptor, runs `storing` on it, asks before a device is written, and prints what
+/// was done or why nothing was. Returns the exit status.
 int store(const Options& options, const EditWords& words, bool isEdit, const Storing& storing,
           const Recording& recording);
 

@@ -11,19 +11,20 @@
 
 namespace boardctl {
 
-/// One line for each tag before and after a change: "- 3 Tag5 (5): 6f6e65".
+/// Prints one line for the tag before each change, "- 3 Tag5 (5): 6f6e65", and one for the tag
+/// after the change.
 void printChanges(std::ostream& out, const std::vector<board::TagChange>& changes);
 
-/// What was done, for people.
+/// Prints for people what was done.
 void printOutcome(const std::string& path, const board::StoreOutcome& outcome);
 
-/// What was done, for programs: "unchanged", "written", "restored", "failed" or "declined".
+/// The result's name for programs: "unchanged", "written", "restored", "failed" or "declined".
 const char* nameOf(board::StoreResult result);
 /// The SHA-256 of the bytes; null if they are not known.
 nlohmann::ordered_json checksumOf(const std::optional<std::string>& bytes);
 
-/// With the changes of an edit, or with the size and checksums of a whole image that is written.
-/// `error` is empty if all went well.
+/// Prints what was done as JSON: with the changes of an edit, or with the size and checksums of a
+/// whole image that is written. `error` is empty if all went well.
 void printOutcomeAsJson(const std::string& path, const board::StoreOutcome& outcome, bool isEdit,
                         const std::string& error);
 
