@@ -11,21 +11,23 @@
 
 namespace {
 
-/// If standard input, output or error is closed, the next file opened would take its place and be
-/// read or written as such. The drivers also treat descriptor 0 as a failure. What takes the place
-/// can't be read or written as the command would, so that it fails instead of losing something.
+/// Opens /dev/null for standard input, output or error if one is closed. Otherwise, the next file
+/// would get its descriptor, and the command would read or write that file by mistake; the drivers
+/// also treat descriptor 0 as a failure. Input is opened only for writing and output only for
+/// reading, so that the command fails instead of losing something.
 void occupyStandardDescriptors() {
     pollfd standard[] = {{STDIN_FILENO, 0, 0}, {STDOUT_FILENO, 0, 0}, {STDERR_FILENO, 0, 0}};
     if (::poll(standard, std::size(standard), 0) <= 0)
         return;
-    for (const pollfd& each : standard) { // an open takes the lowest free place
+    for (const pollfd& each : standard) { // an open returns the lowest free descriptor
         const int flags = each.fd == STDIN_FILENO ? O_WRONLY : O_RDONLY;
         if ((each.revents & POLLNVAL) != 0)
             static_cast<void>(board::tryOpen("/dev/null", flags).release());
     }
 }
 
-/// The threads of a host allocate little: a heap for each would only take memory, for years.
+/// Lets all threads use one heap. The threads of a host allocate little, and a heap for each would
+/// waste memory for years.
 void shareHeap() {
 #ifdef M_ARENA_MAX
     ::mallopt(M_ARENA_MAX, 1);

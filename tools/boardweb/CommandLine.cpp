@@ -115,9 +115,9 @@ std::string explained(const CLI::ParseError& error) {
     return what;
 }
 
-/// Warns if the system allows too few open files for all connections. Raises the limit if it can.
+/// Raises the limit of open files if it is too low for all connections. Warns if it can't.
 void allowConnections() {
-    constexpr rlim_t NEEDED = Exchanges::MOST + 20; // the rest is for the host and the program
+    constexpr rlim_t NEEDED = Exchanges::MOST + 20; // 20 for the host and the program
     rlimit files{};
     if (::getrlimit(RLIMIT_NOFILE, &files) != 0 || files.rlim_cur >= NEEDED)
         return;
@@ -128,7 +128,7 @@ void allowConnections() {
                 std::to_string(NEEDED) + "), so clients may have to wait (see `ulimit -n`)");
 }
 
-/// A word that differs from run to run.
+/// A random word that identifies this run of the program.
 std::string runWord() {
     std::random_device random;
     constexpr char DIGITS[] = "0123456789abcdef";

@@ -41,7 +41,7 @@ struct RunWords {
     bool panel = false;
 };
 
-/// Hosts a board and prints how it comes up and what happens.
+/// Hosts a board and prints what it finds, starts and observes.
 class Run : private board::HostingLoop::Waiter, private board::HostingLoop::Listener {
 public:
     Run(const Options& options, const RunWords& words)
@@ -81,7 +81,7 @@ private:
         const BringUp bringUp(m_board, m_watch, m_lines);
         bringUp.showDevices();
         m_watch.look();
-        m_loop.passEventsOn(); // what does not work
+        m_loop.passEventsOn(); // the faults that it found
         bringUp.showReport();
         if (m_board.profile().firmware) {
             const auto firmware = board::readFirmware(*m_board.profile().firmware);
@@ -117,14 +117,15 @@ private:
         return folder.empty() ? "" : folder + "/leds";
     }
 
-    /// The LEDs hold the line about an alarm, from before the service was restarted.
+    /// Whether the LEDs still show the line about an alarm from before the host was restarted.
     bool ledsHoldAlarm() const {
         const auto& line = m_board.profile().watch.onAlarm;
         return m_leds && line &&
                m_leds->remembers(board::ledLine(line->word1, line->word2, line->number));
     }
 
-    /// Listens for programs that ask what this host knows. Without them, it works all the same.
+    /// Listens for programs that ask for this host's status. If it can't, the host runs all the
+    /// same.
     void answerCalls() {
         try {
             const auto places = board::statusPlaces(m_board.profilePath(), m_board.isSimulated());
@@ -139,7 +140,7 @@ private:
         }
     }
 
-    /// What the init system shows about the service.
+    /// Tells the init system what to show about the service.
     void tellSummary() {
         std::string summary = m_status.summary();
         if (summary == m_summary)
@@ -148,7 +149,7 @@ private:
         notify("STATUS=" + m_summary);
     }
 
-    /// The tour makes fans stand still for a moment, which a real board may not bear.
+    /// The tour slows fans down for a moment, which may be too little cooling for a real board.
     void askBeforeTour() {
         const std::vector<std::string> fans = tourFans(m_board);
         if (!fans.empty())
@@ -159,7 +160,7 @@ private:
                                               "input is not a terminal to ask on (expected -y)");
     }
 
-    /// False if a fan that was set could not be given back.
+    /// Applies the profile's end-of-host setting to each fan that was set. False on failure.
     bool giveBack() {
         const std::vector<std::string> faults = m_board.host().giveBack();
         for (const std::string& fault : faults)
@@ -167,11 +168,11 @@ private:
         return faults.empty();
     }
 
-    /// A line that a profile sends when an alarm begins or ends. False if it can't be sent, which
-    /// is reported once.
+    /// Sends a line that the profile has for the beginning or end of alarms. Returns false if that
+    /// fails; the same failure is reported only once.
     bool sendToLeds(const std::string& line) {
         try {
-            // Somebody else may read the pipe.
+            // Otherwise, a program that is not part of this host may read the pipe.
             if (!m_status.takesLedLines())
                 throw board::Error("no LED service of this host takes commands");
             board::sendLedLine(line);
@@ -226,7 +227,7 @@ private:
     }
 
     void onEvents(const board::EventQueue::Batch& batch) override {
-        m_lines.offer(batch); // a reader who has stopped must not stop the board
+        m_lines.offer(batch); // without waiting: a blocked reader must not block the host
         m_status.noteLost(batch.lost);
         for (const board::EventQueue::Entry& entry : batch.entries) {
             const ordered_json event = m_status.note(entry);
@@ -252,7 +253,7 @@ private:
     bool isListening() const override { return !m_lines.isLost(); }
 
     const RunWords m_words;
-    const bool m_showsLeds; ///< the tour shows them too
+    const bool m_showsLeds; ///< for --panel and --tour
     const bool m_drawsPanel;
     board::InitSystem m_initSystem;
     Panel m_panel;
@@ -265,7 +266,7 @@ private:
     std::string m_lineFault; ///< why the last line of the watch could not be sent
     std::string m_summary;   ///< what the init system was told last
     board::CpuMeter m_meter;
-    const board::LedService* m_leds = nullptr; ///< null unless the services run
+    const board::LedService* m_leds = nullptr; ///< null if there is no LED service
 };
 
 int run(const Options& options, const RunWords& words) {

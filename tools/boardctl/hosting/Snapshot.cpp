@@ -48,7 +48,7 @@ int snapshot(const Options& options, const SnapshotWords& words) {
         std::cout << text;
         return DONE;
     }
-    constexpr mode_t OWNER = 0600; // it holds what the devices may keep to their owner
+    constexpr mode_t OWNER = 0600; // some of the copied files may be private
     board::replaceFile(words.output, text, OWNER);
     std::size_t unread = 0;
     for (const board::SnapshotFile& file : files)

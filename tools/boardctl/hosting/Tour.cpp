@@ -49,7 +49,8 @@ private:
         return goesOn(200ms);
     }
 
-    /// Steps each fan through its speeds, slowly enough to follow, then gives them back.
+    /// Steps each fan through its speeds, slowly enough to follow. Then applies the profile's
+    /// end-of-host setting to the fans.
     bool fans() {
         bool wentOn = true;
         for (const board::Device& device : m_stage.board.host().devices())
@@ -151,7 +152,7 @@ private:
         }
     }
 
-    /// The load of the machine itself.
+    /// Measures the CPU load of this machine.
     bool system() {
         board::CpuMeter meter;
         if (!goesOn(500ms))
@@ -162,7 +163,8 @@ private:
     }
 
     const TourStage& m_stage;
-    const board::SimulatedBoard* const m_scratch = m_stage.board.scratch(); ///< null: plays less
+    /// If null, the tour shows only the capacity, the fans and the CPU load.
+    const board::SimulatedBoard* const m_scratch = m_stage.board.scratch();
 };
 
 } // namespace

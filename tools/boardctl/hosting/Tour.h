@@ -24,8 +24,8 @@ struct TourStage {
 std::vector<std::string> tourFans(const Board& board);
 
 /// Shows every subsystem of a board in about ten seconds, in plain words. Unless the board was made
-/// for this call, it only steps the fans and gives them back; it leaves the sensor, the LEDs and
-/// the button alone. False if it ended early.
+/// for this call, leaves the sensor, the LEDs and the button alone. At the end, applies the
+/// profile's end-of-host setting to the fans. Returns false if the tour ended early.
 bool playTour(const TourStage& stage);
 
 } // namespace boardctl

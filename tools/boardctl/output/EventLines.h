@@ -25,19 +25,20 @@ public:
     /// Prints a fault on standard error; with JSON also as a "fault" event with `fields`.
     void fault(const std::string& text, const nlohmann::ordered_json& fields);
 
-    /// Prints what has happened on the board, with its time. What does not work goes to standard
-    /// error, with JSON to both. A panel shows the LEDs, so their changes are not printed then.
+    /// Prints the events of the board with their times. Trouble goes to standard error and, with
+    /// JSON, to standard output too. With a panel, changes of LEDs are not printed: the panel shows
+    /// them.
     void print(const board::EventQueue::Batch& batch);
 
-    /// The same without waiting for the reader: what can't be printed now is kept for
-    /// `printWaiting`. A few thousand events are kept; the rest is counted.
+    /// Prints the events without waiting for the reader. Keeps those that can't be printed now for
+    /// `printWaiting`: up to a few thousand events; the rest are only counted.
     void offer(const board::EventQueue::Batch& batch);
-    /// Prints what is kept, as far as that is possible without waiting.
+    /// Prints the kept events, as many as possible without waiting.
     void printWaiting();
-    /// Prints what is kept, however long the reader takes.
+    /// Prints all kept events, however long the reader takes.
     void printRest();
 
-    /// Whether something can be printed without waiting, also a fault.
+    /// Whether standard output and standard error can be written without waiting.
     static bool isReady();
 
     /// True if standard output can't be written any more.

@@ -20,7 +20,7 @@ void markSimulated(ordered_json& json) {
         json["simulated"] = true;
 }
 
-/// JSON leaves these characters as they are, and a terminal may obey them.
+/// Escapes the control characters that JSON allows in strings, because a terminal may obey them.
 std::string withoutControls(const std::string& json) {
     constexpr unsigned DELETE = 0x7F, LEAD = 0xC2, LAST = 0x9F;
     std::string text;

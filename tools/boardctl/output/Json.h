@@ -13,7 +13,7 @@ namespace boardctl {
 /// each object of the array, so that nobody takes a made-up figure for a measured one.
 std::string jsonText(nlohmann::ordered_json json, int indent = 2);
 
-/// Prints that text on standard output.
+/// Prints the `jsonText` of the document on standard output.
 void printJson(nlohmann::ordered_json json, int indent = 2);
 
 } // namespace boardctl

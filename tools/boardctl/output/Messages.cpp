@@ -16,7 +16,7 @@ namespace boardctl {
 
 namespace {
 
-int outputError = 0; ///< of the first write that failed
+int outputError = 0; ///< the `errno` of the first write that failed
 
 template <class Write>
 auto watched(Write write, decltype(write()) failure) -> decltype(write()) {

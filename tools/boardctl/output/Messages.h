@@ -5,8 +5,8 @@
 
 namespace boardctl {
 
-/// Remembers why a write to standard output fails: a stream forgets it before anybody asks. Exists
-/// once, as long as the program prints.
+/// Remembers why a write to standard output failed, for the message of `flushOutput`: a stream does
+/// not. Create one object; it must exist as long as the program prints.
 class OutputWatch : private std::streambuf {
 public:
     OutputWatch();

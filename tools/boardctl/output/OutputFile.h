@@ -7,7 +7,7 @@
 /// The option `-o FILE` of commands that otherwise print on standard output.
 namespace boardctl {
 
-/// `file` stays empty if the call does not name one.
+/// `file` stays empty if the option is not used.
 void addOutputOption(CLI::App& command, std::string& file);
 
 /// Replaces `file` as a whole, or prints on standard output if `file` is empty.

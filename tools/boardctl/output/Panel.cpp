@@ -26,7 +26,8 @@ bool isColored() {
     return !refused || !*refused;
 }
 
-/// The escape that gives a lamp its color. Terminals have neither orange nor amber.
+/// The escape sequence for a lamp's color. Terminals have neither orange nor amber, so both are
+/// yellow.
 const char* styleOf(board::LedColor color) {
     switch (color) {
     case board::LedColor::RED:

@@ -14,13 +14,13 @@ public:
     /// Whether standard output is a terminal that can redraw a line.
     static bool isPossible();
 
-    /// Draws `lead` and the states that fit the width of the terminal. LEDs that are lit have the
-    /// color of `colors` with the same index, and are bold if it is UNKNOWN; without `colors`, all
-    /// of them are green.
+    /// Draws `lead` and the states that fit the width of the terminal. A lit LED has the color at
+    /// its index in `colors`, or is bold if that color is WHITE or UNKNOWN. Without `colors`, all
+    /// lit LEDs are green.
     void draw(const std::vector<board::LedStates::State>& states, const std::string& lead = "",
               const std::vector<board::LedColor>& colors = {});
 
-    /// Removes the line, before something else is printed and at the end.
+    /// Removes the line. Call it before anything else is printed, and at the end.
     void clear();
 
 private:

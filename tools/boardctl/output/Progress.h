@@ -6,8 +6,8 @@
 
 namespace boardctl {
 
-/// Shows a waiting user what a command is doing: one line on standard error, beginning after one
-/// second, if that is a terminal. Prints nothing otherwise.
+/// Shows a waiting user what a command is doing: after one second, a line on standard error, which
+/// is updated every second. Prints nothing if standard error is not a terminal.
 class Progress {
 public:
     /// `span` is how long the whole command takes, in seconds.

@@ -17,21 +17,21 @@
 
 namespace boardctl {
 
-/// `{"name":...,"description":...,"speed":...}`; instead of "speed" a sensor has "celsius" and
-/// "maximum", a power supply "status", an LED "state". A fan with a tachometer also has "rpm". An
-/// unknown value is null, with the reason in "error".
+/// `{"name":...,"description":...,"speed":...}`; instead of "speed", a sensor has "celsius" and
+/// "maximum", a power supply "status", and an LED "state". A fan with a tachometer also has "rpm".
+/// If a value is unknown, it is null, and "error" has the reason.
 nlohmann::ordered_json toJson(const board::FanReading& fan);
 nlohmann::ordered_json toJson(const board::TemperatureReading& temperature);
 nlohmann::ordered_json toJson(const board::PowerReading& power);
 nlohmann::ordered_json toJson(const board::LedReading& led);
 
-/// `{"last":...,"mid":...,"longest":...}` in percent. A value is null until its span has passed,
-/// and if there is an "error".
+/// `{"last":...,"mid":...,"longest":...}` in percent. A value is null until its span has passed.
+/// If there is an "error", all values are null.
 nlohmann::ordered_json toJson(const board::Result<board::CpuReading>& cpu);
 /// `{"version":...,"line1":...}`. The version is null if there is an "error".
 nlohmann::ordered_json toJson(const board::Result<board::FirmwareInfo>& firmware);
 
-/// Only the value, for people; "unknown" if it is.
+/// Only the value, for people; "unknown" if there is none.
 std::string toText(const board::FanReading& fan);
 std::string toText(const board::TemperatureReading& temperature);
 std::string toText(const board::PowerReading& power);

@@ -10,7 +10,7 @@ namespace boardctl {
 
 namespace {
 
-/// What is known of a device that can't be read, other than its description.
+/// Adds what is known of a device that can't be read, apart from its description.
 template <class Reading>
 void addLimits(InfoContainer&, const Reading&) {}
 void addLimits(InfoContainer& rows, const board::TemperatureReading& temperature) {

@@ -15,7 +15,7 @@ std::string toStdString(const String& text);
 /// For people: indented by level, values in a column.
 std::string rowsText(const InfoContainer& rows);
 
-/// Prints that text on standard output.
+/// Prints the `rowsText` of the rows on standard output.
 void printRows(const InfoContainer& rows);
 
 nlohmann::ordered_json rowsToJson(const InfoContainer& rows);

@@ -18,7 +18,7 @@ constexpr char USUAL_PROFILE[] = "/etc/boarddrivers/board.toml";
 
 bool isSimulatedBoard = false;
 
-/// False only if there is no such file: one that can't be examined must not be passed over.
+/// False only if the file is missing. A file that can't be examined must not be passed over.
 bool mayExist(const char* path) {
     return board::kindOf(path) != board::FileKind::MISSING || (errno != ENOENT && errno != ENOTDIR);
 }
@@ -57,7 +57,7 @@ std::vector<std::string> namesOf(const board::Profile& profile, board::DeviceKin
         return namesOf(profile.powers);
     case board::DeviceKind::LED:
         return namesOf(profile.leds);
-    default: // the others have no name of their own
+    default: // the profile gives devices of other kinds no name
         return {};
     }
 }

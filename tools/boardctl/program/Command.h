@@ -16,7 +16,8 @@ struct Command {
     Words& words; ///< exist as long as the command
 };
 
-/// Adds the command that hosts the board. It differs from the others only in where its code lies.
+/// Adds the command that hosts the board. The compiler does not place its code apart, as it does
+/// for the other commands (see `runApart`).
 template <class Words, auto RUN>
 Command<Words> addHostingCommand(CLI::App& parent, Options& options, const char* name,
                                  const char* text) {
@@ -28,8 +29,8 @@ Command<Words> addHostingCommand(CLI::App& parent, Options& options, const char*
     return {app, *words};
 }
 
-/// Calls RUN. The compiler places what only cold functions call apart from all other code: so a
-/// host, which stays in memory for years, does not keep the code of the other commands there.
+/// Calls RUN. The compiler places functions that only cold functions call apart from all other
+/// code. So a host, which runs for years, does not keep the code of the other commands in memory.
 template <auto RUN, class... Words>
 [[gnu::cold, gnu::noinline]] int runApart(const Options& options, const Words&... words) {
     return RUN(options, words...);
@@ -57,8 +58,8 @@ struct CommandEntry {
     const char* second = nullptr; ///< null if it adds only one
 };
 
-/// Adds each command whose name is in `options.words`; all of them if there are no words. To make
-/// the parsers of all commands takes more time and memory than most commands take.
+/// Adds each command whose name is in `options.words`; all of them if there are no words. Creating
+/// the parsers of all commands takes more time and memory than most commands need to run.
 inline void addCommands(CLI::App& parent, Options& options,
                         std::initializer_list<CommandEntry> entries) {
     const auto isNamed = [&](const char* name) { return name && options.words.count(name) != 0; };
@@ -67,7 +68,7 @@ inline void addCommands(CLI::App& parent, Options& options,
             each.add(parent, options);
 }
 
-/// Adds a command that only holds others: one of them must follow its name.
+/// Adds a command that only groups others: the name of one of these must follow its name.
 inline CLI::App& addGroup(CLI::App& parent, const char* name, const char* text) {
     CLI::App& app = *parent.add_subcommand(name, text);
     app.require_subcommand(1);

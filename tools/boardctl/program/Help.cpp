@@ -45,7 +45,7 @@ std::vector<std::string> knownOptions(CLI::App& app) {
     return known;
 }
 
-/// For an unknown command, or an option without its dashes, such as `help`.
+/// The message about an unknown command, or about an option without its dashes, such as `help`.
 std::string unknownCommand(CLI::App& app, const std::string& word) {
     std::vector<std::string> known = knownOptions(app);
     for (const CLI::App* const each : innermost(app).get_subcommands(nullptr))
@@ -65,7 +65,7 @@ std::string unknownOption(CLI::App& app, const std::string& word) {
     return text;
 }
 
-/// Why a word can't be the command's image, if it may have been meant as one.
+/// A hint about a word that may have been meant as an image file; empty if the command takes none.
 std::string imageHint(const CLI::App& command) {
     const CLI::Option* const image = command.get_option_no_throw("-i");
     if (!image)

@@ -14,11 +14,12 @@ public:
     std::string make_option_usage(const CLI::Option* option) const override;
 };
 
-/// Adds examples at the end of a command's help. `calls` are without the program's name.
+/// Adds examples at the end of a command's help. `calls` don't include the program's name.
 void addExamples(CLI::App& command, std::initializer_list<const char*> calls);
 
-/// Explains to a person what was wrong with the words of the last parse, and what may have been
-/// meant. `error` is what ended the parse; a call for help counts if some words are unknown.
+/// Explains what was wrong with the command line that was parsed last, and suggests what was meant.
+/// `error` is the exception that ended the parse. A request for help is wrong too if the line has
+/// unknown words.
 std::string explained(CLI::App& app, const CLI::ParseError& error);
 
 /// The text to print after a wrong call: the whole help if a command is missing, else only the

@@ -11,7 +11,7 @@
 
 namespace boardctl {
 
-/// Exit statuses that scripts rely on. A command that signal N ends exits with BY_SIGNAL + N.
+/// Exit statuses that scripts rely on. If signal N ends a command, it exits with BY_SIGNAL + N.
 enum ExitStatus : int {
     DONE = 0,
     FAILED = 1,
@@ -33,7 +33,8 @@ struct Options {
     /// How long `bd` waits for the lock of a file or device; empty: the default.
     std::optional<double> lockSeconds;
 
-    /// The words of the command line. Only the commands among them get parsers; if empty, all do.
+    /// The words of the command line. Only the commands named among them get parsers. If empty, all
+    /// commands do.
     std::set<std::string_view> words;
 
     /// Runs the command and returns the exit status. Set while the command line is parsed.

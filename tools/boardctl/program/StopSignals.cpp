@@ -14,12 +14,12 @@ namespace boardctl {
 
 namespace {
 
-volatile std::sig_atomic_t asked = 0; ///< the first signal; 0 before it
-std::atomic<bool> isNoticed{false};   ///< the command knows, and is ending in order
+volatile std::sig_atomic_t asked = 0; ///< the first signal; 0 if there was none
+std::atomic<bool> isNoticed{false};   ///< the command has noticed `asked` and is cleaning up
 std::atomic<long> askedAt{0};         ///< when `asked` was set
 bool isExpected = false;
 
-/// In milliseconds, from an unknown start; it may wrap.
+/// The milliseconds since an unknown start; the number may wrap.
 long clockMs() {
     timespec time{};
     ::clock_gettime(CLOCK_MONOTONIC, &time);
@@ -40,7 +40,7 @@ void ask(int signal) {
     }
 }
 
-/// Whether the program was asked to end. If so, the caller has now noticed.
+/// Whether the program was asked to end. If so, notes that the command knows now.
 bool notice() {
     if (asked != 0)
         isNoticed = true;
@@ -69,8 +69,8 @@ void StopSignals::install() {
     sigaction(SIGHUP, &action, &former);
     if (former.sa_handler == SIG_IGN)
         sigaction(SIGHUP, &former, nullptr);
-    // Writes fail instead, with an error that can be reported: if the reader is gone, or if a file
-    // reaches its size limit.
+    // If the reader is gone or a file reaches its size limit, the write fails instead, with an
+    // error that can be reported.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     board::endQuestion = isAsked;
@@ -110,8 +110,8 @@ bool StopSignals::isWritable(int descriptor) {
 }
 
 bool StopSignals::waitUntil(std::optional<Clock::time_point> end, int descriptor) {
-    // The signals are blocked while `asked` is tested and open only during the wait, so none gets
-    // lost in between.
+    // The signals are blocked while `asked` is tested and unblocked only during the wait, so none
+    // gets lost in between.
     const sigset_t signals = askingSignals();
     sigset_t former;
     pthread_sigmask(SIG_BLOCK, &signals, &former);

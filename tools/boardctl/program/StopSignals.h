@@ -9,10 +9,10 @@ namespace boardctl {
 ///
 /// The signals don't end the program directly, so a command always restores and removes what it
 /// must. But they interrupt a waiting system call, so a blocked device can't keep the program from
-/// exiting. Each asks the running command to end, except SIGHUP if it was ignored when the program
-/// started, as nohup arranges. A second signal, half a second later or more, ends the program at
-/// once, unless the command has noticed the first one by then and so is ending in order. While a
-/// command restores a device, it holds the signals back (board::EndingSignalsHeld).
+/// exiting. Each signal asks the running command to end, except SIGHUP if it was ignored when the
+/// program started, as nohup arranges. A second signal, half a second later or more, ends the
+/// program at once, unless the command has noticed the first one and is already cleaning up. While
+/// a command restores a device, it blocks the signals (board::EndingSignalsHeld).
 class StopSignals {
 public:
     using Clock = std::chrono::steady_clock;
@@ -40,11 +40,11 @@ public:
     /// Whether the program was asked to end.
     static bool isAsked();
 
-    /// Declares that a signal is the usual way to end this command, such as a host: being asked
-    /// does not change its exit status then.
+    /// Declares that a signal is the usual way to end this command, such as a host. Then a signal
+    /// does not change the exit status.
     static void expectAsEnd();
-    /// The exit status of a command that was to return `status`: it tells which signal ended the
-    /// command, unless the command expected one.
+    /// The exit status of the program after its command returned `status`: BY_SIGNAL + N if signal
+    /// N asked it to end and the command did not expect that, otherwise `status`.
     static int statusAfter(int status);
     static bool waitFor(Clock::duration span) { return waitUntil(Clock::now() + span); }
 };

@@ -8,11 +8,11 @@
 /// Checks of a word on the command line, mostly for CLI::Option::check or transform.
 namespace boardctl {
 
-/// For options that name something: an empty word, such as an unset shell variable leaves, is a
-/// wrong call.
+/// For options that name something: rejects an empty word, which often comes from an unset shell
+/// variable.
 CLI::Validator notEmpty();
 
-/// For one of a few words.
+/// Accepts only one of `words`.
 CLI::Validator oneOf(const std::vector<std::string>& words);
 
 /// For a number of seconds, by default up to a year.

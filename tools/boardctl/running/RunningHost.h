@@ -9,12 +9,12 @@
 
 namespace boardctl {
 
-/// The host that runs the board that the call names. Throws WrongCall if it names none, or a
-/// simulated board made for the call, and board::Error if no host answers.
+/// Finds the running host of the board that the call names. Throws WrongCall if the call names no
+/// board or has --sim, and board::Error if no host answers.
 board::FoundHost runningHost(const Options& options);
 
-/// The member as text for people: a text as it is, a number or a truth value as JSON, and "" for
-/// null, for anything else, and if there is no such member. A host of another version may answer
+/// The member as text for people: a string without its quotes, a number or boolean as JSON. Returns
+/// "" if the member is missing or is anything else, because a host of another version may answer
 /// with other members than this program expects.
 std::string textOf(const nlohmann::ordered_json& object, const char* key);
 

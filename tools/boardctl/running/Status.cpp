@@ -15,7 +15,7 @@ namespace boardctl {
 
 namespace {
 
-/// The document as rows for people.
+/// The status of a host as rows for people.
 class StatusRows {
 public:
     StatusRows(const ordered_json& status, const ordered_json& leds) {
@@ -117,7 +117,7 @@ struct StatusWords {
     std::string output; ///< empty: standard output
 };
 
-/// A host of another user may send anything.
+/// Makes each line safe to print, because a host of another user may send anything.
 std::string printableLines(const std::string& text) {
     std::istringstream lines(text);
     std::string shown;

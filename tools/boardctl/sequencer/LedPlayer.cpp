@@ -26,7 +26,8 @@ public:
             m_colors.push_back(led.color);
     }
 
-    /// Prints the lines of `tick` and what the LEDs show in it. False if nobody can read it.
+    /// Prints the lines that `tick` handles and what the LEDs then show. Returns false if nobody
+    /// can read the output.
     bool show(unsigned tick) {
         const auto first = m_next;
         while (m_next != m_waves.lines.end() && m_next->tick <= tick)
@@ -47,7 +48,8 @@ public:
         return flushOutput();
     }
 
-    /// On a terminal, leaves the last state as text. False if it could not be written.
+    /// On a terminal, replaces the panel with the last state as text. Returns false if that could
+    /// not be written.
     bool end() {
         if (!m_last || !StopSignals::isWritable(STDOUT_FILENO))
             return true;
@@ -71,7 +73,7 @@ private:
     std::vector<board::LedLine>::const_iterator m_next;
     const bool m_hasPanel;
     const std::size_t m_timeWidth;
-    std::vector<board::LedColor> m_colors; ///< of the LEDs
+    std::vector<board::LedColor> m_colors; ///< one per LED
     std::optional<unsigned> m_last;        ///< the tick that the panel shows
     Panel m_panel;
 };
@@ -86,7 +88,7 @@ int playLeds(const board::LedWaves& waves, double speed) {
     bool isReadable = true, isEnded = false;
     for (unsigned i = 0; i < waves.ticks && isReadable && !isEnded; ++i) {
         isReadable = player.show(i);
-        // Each tick has its own end, so that late ones do not add up.
+        // The end of each tick is counted from the start, so that delays do not add up.
         isEnded = StopSignals::waitUntil(begin + StopSignals::spanOf(tick * (i + 1)));
     }
     isReadable = player.end() && isReadable;

@@ -49,7 +49,8 @@ int checkTables(const Options& options, const LedsCheckWords& words) {
     const BoardProfile board(options);
     const board::LedSequencerProfile& tables = ledTablesOf(board);
     const board::DeviceLocator locator(words.sysfs);
-    // Tables are designed on other machines too, so files that can't be here are not mistakes.
+    // Tables are designed on other machines too, so missing files are not mistakes if this machine
+    // has none of the LEDs.
     const bool hasFiles = tables.access == LedCtrl::ACCESS_FILES;
     const bool seesFiles = hasFiles && board::mayHaveLeds(tables, locator);
     std::vector<LedFinding> findings = board::checkLeds(board.profile());

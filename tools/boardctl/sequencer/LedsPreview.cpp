@@ -38,8 +38,8 @@ struct PreviewWords {
     std::optional<double> speed;
 };
 
-/// A board reads MAX_LED_LINE bytes per tick and cuts a line in two at that limit. `lines` are in
-/// order of their ticks.
+/// Warns of ticks with too many bytes: a board reads MAX_LED_LINE bytes per tick and cuts a line in
+/// two at that limit. `lines` are ordered by tick.
 void warnOfCuts(const std::vector<board::LedLine>& lines) {
     std::size_t bytes = 0;
     for (std::size_t i = 0; i < lines.size(); ++i) {

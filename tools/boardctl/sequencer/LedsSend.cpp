@@ -26,7 +26,7 @@ struct SendWords {
     std::optional<std::int32_t> number;
 };
 
-/// The board that the call names; null if it names none.
+/// The board that the call names; null if the call names no board.
 std::unique_ptr<BoardProfile> namedBoard(const Options& options) {
     try {
         return std::make_unique<BoardProfile>(options);
@@ -35,7 +35,8 @@ std::unique_ptr<BoardProfile> namedBoard(const Options& options) {
     }
 }
 
-/// Waits while the sequencer reads what others have sent, for LED_TURN_TICKS ticks at most.
+/// Sends the line after the sequencer has read the lines of other senders. Waits for that at most
+/// LED_TURN_TICKS ticks.
 void sendInTurn(const std::string& line, std::chrono::duration<double> tick,
                 const std::string& group) {
     Progress progress(tick.count() * board::LED_TURN_TICKS);

@@ -85,14 +85,15 @@ std::vector<EventRing::Text> EventFeed::Reader::texts() const {
     return m_texts;
 }
 
-/// `start` is sent first.
+/// The texts for a reader that needs the present state: `start`, then the last message of each
+/// kind.
 std::vector<EventRing::Text> EventFeed::presentState(std::string start) const {
     const auto last =
         std::find_if(m_last.rbegin(), m_last.rend(),
                      [](const EventRing::Text& content) { return content != nullptr; });
     std::vector<EventRing::Text> texts;
-    // Only the last message has the number of the newest one. Otherwise, a client that loses the
-    // connection before it has all of them would miss the rest.
+    // Only the last text has the number of the newest message. If an earlier text had it, a client
+    // that loses the connection after that text would miss the rest.
     for (const EventRing::Text& content : m_last)
         if (content) {
             start += m_ring.idLine(&content == &*last ? m_ring.newest() : 0);
@@ -104,7 +105,7 @@ std::vector<EventRing::Text> EventFeed::presentState(std::string start) const {
     return texts;
 }
 
-/// False if there is nothing to send.
+/// Chooses what the reader gets next. Returns false if there is nothing to send.
 bool EventFeed::prepareNext(Reader& reader) const {
     if (reader.m_next > m_ring.newest())
         return false;

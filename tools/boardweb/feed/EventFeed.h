@@ -14,10 +14,10 @@
 
 namespace boardweb {
 
-/// Carries messages from the thread that publishes them to many readers. All share the same texts:
-/// a slow reader keeps those that it is being sent, but has no copies of its own.
+/// Carries messages from the thread that publishes them to many readers. All readers share the same
+/// texts: a slow reader keeps the texts that it is being sent in memory, but does not copy them.
 ///
-/// Any thread.
+/// Can be used on any thread.
 class EventFeed {
 public:
     static constexpr std::size_t MOST_READERS = 100;
@@ -25,12 +25,12 @@ public:
 
     enum Kind { HOST, STATUS, LEDS, BOARD };
 
-    /// The connection of a reader. The feed calls these with its lock held, so they must not call
-    /// the feed.
+    /// The connection of a reader. The feed calls these functions with its lock held, so they must
+    /// not call the feed.
     class Connection {
     public:
         virtual ~Connection() = default;
-        /// There is nothing to read. `read` must not be called again before `resume`.
+        /// Called if there is nothing to read. `read` must not be called again before `resume`.
         virtual void pause() = 0;
         virtual void resume() = 0;
     };
@@ -47,20 +47,21 @@ public:
         /// are none, pauses the connection and returns 0. Returns END if the feed has ended.
         std::ptrdiff_t read(char* buffer, std::size_t size);
 
-        /// What is being sent. Short texts may be its own; it shares all others.
+        /// The texts that are being sent. Short ones may belong to this reader; the others are
+        /// shared.
         std::vector<EventRing::Text> texts() const;
 
     private:
         friend class EventFeed;
-        /// Joins; the caller holds the feed's lock. `first` is sent before the message `next`.
+        /// Joins the feed, whose lock the caller holds. `first` is sent before the message `next`.
         Reader(EventFeed& feed, Connection& connection, std::uint64_t next,
                std::vector<EventRing::Text> first);
 
         EventFeed& m_feed;
         Connection& m_connection;
         std::uint64_t m_next;                 ///< the number of the next message
-        std::vector<EventRing::Text> m_texts; ///< what is being sent; empty if everything was
-        std::size_t m_sent = 0;               ///< how much of the first one was
+        std::vector<EventRing::Text> m_texts; ///< texts that have not been sent completely
+        std::size_t m_sent = 0;               ///< how many bytes of the first text have been sent
         bool m_isPaused = false;
     };
 
@@ -70,17 +71,16 @@ public:
     /// Sends a message to all readers. `data` is JSON on one line. A new reader first gets the last
     /// message of each kind except BOARD.
     void publish(Kind kind, const std::string& data);
-    /// Forgets the last message of this kind, because it is no longer true. New readers don't get
-    /// it.
+    /// Forgets the last message of this kind, so that new readers don't get what is no longer true.
     void forget(Kind kind);
     /// Sends a comment, which clients ignore, so that dead connections are noticed.
     void keepAlive();
 
     std::size_t readers() const;
 
-    /// A new reader, or null if there are too many. It must not outlive the feed or the connection.
-    /// If `lastId` is the identifier of a message of this run, the reader continues after that
-    /// message. It is empty if the client has had no message.
+    /// A new reader, or null if there are too many. The reader must not outlive the feed or the
+    /// connection. `lastId` identifies the client's last message; it is empty if the client has had
+    /// none. If that message is from this run, the reader continues after it.
     std::unique_ptr<Reader> join(const std::string& lastId, Connection& connection);
 
     /// Ends the stream of all readers, and of those that join later.
@@ -94,7 +94,7 @@ private:
     const std::function<void()> m_onJoin;
     mutable std::mutex m_mutex; // guards everything below, and the readers
     EventRing m_ring;
-    std::array<EventRing::Text, BOARD> m_last; ///< content of the last messages; null without one
+    std::array<EventRing::Text, BOARD> m_last; ///< content of each kind's last message, or null
     std::list<Reader*> m_readers;
     bool m_hasEnded = false;
 };

@@ -11,14 +11,14 @@
 namespace boardweb {
 
 /// The last messages of an event stream, in the form in which clients get them. Messages are
-/// numbered from 1. The oldest ones are forgotten. One thread at a time.
+/// numbered from 1. The oldest ones are forgotten. Only one thread at a time may use the ring.
 class EventRing {
 public:
     using Text = std::shared_ptr<const std::string>;
 
-    /// `run` is a word that differs from run to run. It reveals clients whose last message is from
-    /// an earlier run. The messages take about `limit` bytes of memory at most; the newest one is
-    /// kept even if it takes more.
+    /// `run` is a word that differs between runs of the program and becomes part of each
+    /// identifier, so that identifiers from an earlier run are recognized. The messages take about
+    /// `limit` bytes of memory at most; the newest one is kept even if it takes more.
     EventRing(std::string run, std::size_t limit) : m_run(std::move(run)), m_limit(limit) {}
 
     /// Adds a message with this content.
@@ -33,15 +33,16 @@ public:
 
     /// The number of the message that was added last; 0 before the first one.
     std::uint64_t newest() const { return m_oldest + m_messages.size() - 1; }
-    /// The number of the first message that is still there, or of the next one if none is.
+    /// The number of the first message that is still in the ring, or of the next message if the
+    /// ring is empty.
     std::uint64_t oldest() const { return m_oldest; }
-    /// The message with that number, which must be still there.
+    /// The message with that number, which must still be in the ring.
     const Text& at(std::uint64_t number) const {
         return m_messages[static_cast<std::size_t>(number - m_oldest)];
     }
 
-    /// The number in an identifier that a client got with a message of this run; empty if it is
-    /// anything else. The message may be forgotten already.
+    /// The number of the message that `id` identifies; empty if `id` is not an identifier from this
+    /// run. The ring may have forgotten the message already.
     std::optional<std::uint64_t> numberOf(std::string_view id) const;
 
 private:

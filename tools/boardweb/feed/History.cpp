@@ -45,7 +45,7 @@ void History::add(const ordered_json& status, const TYTime& end) {
     m_place = (m_place + 1) % MOST_VALUES;
     m_count = std::min(m_count + 1, MOST_VALUES);
     m_end = board::utcText(end);
-    // A board that was replaced by another one is forgotten after an hour.
+    // Devices without a value in the last hour, such as those of a former board, are forgotten.
     m_series.erase(std::remove_if(m_series.begin(), m_series.end(),
                                   [](const Series& series) {
                                       return std::none_of(series.values.begin(),

@@ -14,15 +14,15 @@
 
 namespace boardweb {
 
-/// What the sensors and fans of a board held during the last hour. Any thread.
+/// The values of a board's sensors and fans during the last hour. Can be used on any thread.
 class History {
 public:
     static constexpr std::chrono::seconds PERIOD{5};
     static constexpr std::size_t MOST_VALUES = 720;
-    static constexpr std::size_t MOST_SERIES = 32; ///< more devices are left out
+    static constexpr std::size_t MOST_SERIES = 32; ///< further devices are left out
 
-    /// Notes what the devices held at the calendar time `end`: a host's reply to Status, or null if
-    /// no host answered.
+    /// Adds the devices' values at the calendar time `end`. `status` is a host's reply to the call
+    /// Status, or null if no host answered.
     void add(const nlohmann::ordered_json& status, const TYTime& end);
 
     /// {"period_s":5,"end":"...","series":[{"device","kind","unit","values":[...]}]}: the oldest
@@ -44,7 +44,7 @@ private:
     mutable std::mutex m_mutex;
     std::vector<Series> m_series;
     std::size_t m_place = 0; ///< in the rings: index of the value that is noted now or next
-    std::size_t m_count = 0; ///< of values in each ring
+    std::size_t m_count = 0; ///< the number of values in each ring
     std::string m_end;
     mutable std::shared_ptr<const std::string> m_text; ///< null if it has to be made
 };

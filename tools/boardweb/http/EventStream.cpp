@@ -70,7 +70,7 @@ Response eventStream(EventFeed& feed, const std::string& lastId, Exchange& excha
         throw std::bad_alloc();
     static_cast<void>(stream.release());
     addHeaders(*response, "text/event-stream");
-    // Otherwise, the system would keep megabytes for each client that does not read.
+    // Without this limit, the system would keep megabytes for each client that does not read.
     static_cast<void>(::setsockopt(exchange.socket(), SOL_SOCKET, SO_SNDBUF, &SOCKET_BUFFER,
                                    sizeof SOCKET_BUFFER));
     MHD_set_connection_option(exchange.connection(), MHD_CONNECTION_OPTION_TIMEOUT, LONGEST_STALL);

@@ -8,8 +8,8 @@
 
 namespace boardweb {
 
-/// The answer to a client that follows the events. Null if too many do. A client that reads nothing
-/// for a minute is disconnected.
+/// The response to a client that wants to follow the events; null if too many clients do. A client
+/// that reads nothing for a minute is disconnected.
 Response eventStream(EventFeed& feed, const std::string& lastId, Exchange& exchange);
 
 } // namespace boardweb

@@ -7,7 +7,8 @@
 
 namespace boardweb {
 
-/// The descriptor stays open until the server has noticed, so that its number is not used again.
+/// Ends the connection but leaves the descriptor open until the server has noticed, so that no
+/// other connection gets the descriptor's number before.
 void Exchanges::shutDown(Exchange& exchange) {
     exchange.m_end.reset();
     exchange.m_isWaiting = false;

@@ -11,7 +11,7 @@
 
 namespace boardweb {
 
-/// A client's connection, and what happens on it at present.
+/// A client's connection and the state of its present request.
 class Exchange final : public Questions::Asker {
 public:
     using Clock = std::chrono::steady_clock;
@@ -26,7 +26,7 @@ public:
         m_answer = answer;
         MHD_resume_connection(m_connection);
     }
-    /// The answer that the client waited for; empty if it has not asked.
+    /// The host's answer that the client waited for; empty if it has not asked the host.
     const std::optional<Answer>& answer() const { return m_answer; }
 
 private:
@@ -36,17 +36,17 @@ private:
     const int m_socket;
     std::optional<Answer> m_answer;
     std::list<Exchange>::iterator m_place;
-    std::optional<Clock::time_point> m_end; ///< when it is ended; empty for a stream of events
+    std::optional<Clock::time_point> m_end; ///< when to end it; empty for a stream of events
     bool m_isWaiting = true;                ///< no complete request has arrived
 };
 
 /// All connections. Ends those that take too long, and makes room for new ones: a client can't keep
-/// others out by holding connections open. Any thread, unless a comment says otherwise.
+/// others out by holding connections open. Can be used on any thread.
 class Exchanges {
 public:
     using Clock = Exchange::Clock;
     static constexpr unsigned MOST = 128;
-    /// To keep this many free, a new connection ends one that waits for a request.
+    /// If fewer than this many are free, a new connection ends one that waits for a request.
     static constexpr unsigned SPARE = 16;
     /// How long a request may take to arrive, counted from the start of the connection or the end
     /// of the previous answer.
@@ -54,18 +54,18 @@ public:
     /// How long it may then take until the answer is sent.
     static constexpr std::chrono::seconds ANSWER_LIMIT{60};
 
-    /// `socket` must not be closed before `remove`. The object exists until then.
+    /// `socket` must not be closed before `remove`. The returned object exists until then.
     Exchange& add(MHD_Connection* connection, int socket);
     void remove(Exchange& exchange);
 
-    /// The request is complete.
+    /// Call it when the request is complete.
     void begin(Exchange& exchange);
-    /// The answer never ends.
+    /// Call it if the answer is a stream that does not end.
     void stream(Exchange& exchange);
-    /// The answer has been sent, or could not be.
+    /// Call it when the answer has been sent, or could not be sent.
     void finish(Exchange& exchange);
 
-    /// Ends those that are overdue. Returns when the next one is due; empty if none is.
+    /// Ends the connections that are overdue. Returns when the next one is due; empty if none is.
     std::optional<Clock::time_point> endOverdue();
 
 private:
