@@ -4,7 +4,7 @@
 
 int main(int argc, char** argv) {
 #ifdef M_ARENA_MAX
-    // Two threads that allocate little: a heap for each would only take memory, for years.
+    // The two threads allocate little, and a heap for each would waste memory for years.
     ::mallopt(M_ARENA_MAX, 1);
 #endif
     return boardweb::runCommandLine(argc, argv);

@@ -14,12 +14,12 @@ namespace boardctl {
 CLI::Option* addAssignments(CLI::App& command, std::vector<std::string>& assignments,
                             const char* about);
 
-/// Assignments to tags that exist; a tag may be named once. Throws WrongCall.
+/// Parses assignments to existing tags; each tag may be named only once. Throws WrongCall.
 std::vector<board::Assignment> parseForExistingTags(const std::vector<std::string>& words);
-/// Assignments to tags that may be missing; a tag, or the address of an interface, may be named
-/// once. Throws WrongCall.
+/// Parses assignments to tags that may be missing; each tag, and each address of an interface, may
+/// be named only once. Throws WrongCall.
 std::vector<board::Assignment> parseToPut(const std::vector<std::string>& words);
-/// Assignments that make new tags, which have no occurrence yet. Throws WrongCall.
+/// Parses assignments that create tags, so none may have an index. Throws WrongCall.
 std::vector<board::Assignment> parseForNewTags(const std::vector<std::string>& words);
 
 } // namespace boardctl

@@ -11,13 +11,13 @@ namespace boardweb {
 
 namespace {
 
-/// Enough for the cookies that a browser has from all programs on this machine: it sends them to
-/// every port.
+/// Enough for the cookies that a browser has from all programs on this machine: the browser sends
+/// them to each of these programs.
 constexpr std::size_t REQUEST_MEMORY = 16U << 10U;
 constexpr unsigned MOST_SILENCE = 15; // seconds
 
-/// Paths are compared as they come: none of ours needs an escape, and an escaped zero byte would
-/// end a path early.
+/// Leaves escapes in paths: no valid path needs one, and a zero byte that was escaped would end the
+/// path early.
 std::size_t leaveEscaped(void*, MHD_Connection*, char* text) {
     return std::strlen(text);
 }
@@ -45,7 +45,7 @@ RequestHead headOf(MHD_Connection* connection, const char* method, const char* t
     head.fetchSite = headerOf(connection, "Sec-Fetch-Site");
     head.fetchMode = headerOf(connection, "Sec-Fetch-Mode");
     const std::string_view length = headerOf(connection, MHD_HTTP_HEADER_CONTENT_LENGTH);
-    // Which one of two lengths counts is anybody's guess.
+    // A request with two lengths counts as one with a body, because either length may be wrong.
     head.hasBody = head.lengths > 1 || length.find_first_not_of('0') != std::string_view::npos ||
                    !headerOf(connection, MHD_HTTP_HEADER_TRANSFER_ENCODING).empty();
     return head;
@@ -79,8 +79,8 @@ HttpServer::HttpServer(const Listener& listener, const Sources& sources,
 }
 
 HttpServer::~HttpServer() {
-    // Leaves the listening socket to its owner. Resumes all paused connections, because the library
-    // can't end those.
+    // The first call leaves the listening socket to its owner. The next two resume all paused
+    // connections, because the library can't end paused ones.
     MHD_quiesce_daemon(m_daemon);
     m_sources.feed.end();
     m_sources.questions.end(

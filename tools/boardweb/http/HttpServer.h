@@ -17,7 +17,7 @@ namespace boardweb {
 /// each, and the size of a request.
 class HttpServer {
 public:
-    /// Serves from now on. Throws Error if the system refuses.
+    /// Starts to serve. Throws Error if the system refuses.
     HttpServer(const Listener& listener, const Sources& sources, std::vector<std::string> names);
     /// Ends all connections.
     ~HttpServer();
@@ -25,7 +25,7 @@ public:
     HttpServer& operator=(const HttpServer&) = delete;
 
     /// Ends connections that take too long. Call it at the time that it returned last, and at least
-    /// every few seconds. Any thread.
+    /// every few seconds. Can be called on any thread.
     std::optional<Exchanges::Clock::time_point> endOverdue() { return m_exchanges.endOverdue(); }
 
 private:

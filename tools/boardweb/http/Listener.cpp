@@ -72,7 +72,7 @@ bool ListenAddress::isLocal() const {
 
 Listener::Listener(const ListenAddress& at) {
     if (!at.path.empty()) {
-        // A missing folder is a mistake in the path. LocalListener would make it.
+        // A missing folder is a mistake in the path, but LocalListener would create the folder.
         const std::string folder = board::folderOf(at.path);
         board::openFile(folder, O_PATH | O_DIRECTORY, "can't open the folder of the socket");
         m_local = std::make_unique<board::LocalListener>(at.path);

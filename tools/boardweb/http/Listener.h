@@ -12,7 +12,7 @@ namespace boardweb {
 
 /// Where to listen.
 struct ListenAddress {
-    /// Parses "ADDRESS:PORT", with a numeric address, or "/PATH". Throws Error if it is neither.
+    /// Parses "ADDRESS:PORT", with a numeric address, or "/PATH". Throws Error for other texts.
     explicit ListenAddress(const std::string& text);
 
     /// Whether only programs on this machine can connect.
@@ -30,8 +30,8 @@ struct ListenAddress {
 /// A socket that accepts connections of HTTP clients.
 class Listener {
 public:
-    /// Throws Error if the system refuses; for a Unix socket as board::LocalListener does, and also
-    /// if its folder is missing.
+    /// Throws Error if the system refuses. For a Unix socket, throws what board::LocalListener
+    /// throws, and Error if the socket's folder is missing.
     explicit Listener(const ListenAddress& address);
 
     int descriptor() const { return m_local ? m_local->descriptor() : m_socket.number(); }

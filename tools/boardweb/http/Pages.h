@@ -9,7 +9,7 @@ namespace boardweb {
 struct PageFile {
     std::string_view path; ///< "/" for the page itself
     const char* type;
-    const char* tag; ///< differs if the content does; with quotation marks, as HTTP writes it
+    const char* tag; ///< a hash of the content; in quotation marks, as HTTP writes it
     std::string_view content;
 };
 

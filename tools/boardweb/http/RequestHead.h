@@ -23,11 +23,11 @@ struct RequestHead {
 void setTarget(RequestHead& request, std::string_view target);
 
 /// Whether a Host header names this server: 127.0.0.1, localhost, [::1] or one of `names`, with or
-/// without a port. Spaces and tabs around it don't count. This defeats DNS rebinding: a foreign
-/// page whose name resolves to this machine sends that name.
+/// without a port. Spaces and tabs around it don't count. This defeats DNS rebinding: if the name
+/// of a foreign page resolves to this machine, the browser sends the foreign name.
 bool isHostNamed(std::string_view host, const std::vector<std::string>& names);
 
-/// The HTTP status with which the request is refused; 0 if it is not.
+/// The HTTP status with which to refuse the request; 0 to accept it.
 unsigned refusalOf(const RequestHead& request, const std::vector<std::string>& names);
 
 } // namespace boardweb

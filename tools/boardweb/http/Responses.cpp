@@ -40,7 +40,7 @@ void add(MHD_Response& response, const char* name, const char* value) {
         throw std::bad_alloc();
 }
 
-/// `content` must exist for ever.
+/// `content` must exist until the program ends.
 Response fixed(const char* type, std::string_view content, const char* caching = "no-store") {
     Response response(MHD_create_response_from_buffer(
         content.size(), const_cast<char*>(content.data()), MHD_RESPMEM_PERSISTENT));

@@ -15,7 +15,7 @@ namespace boardweb {
 struct ResponseCloser {
     void operator()(MHD_Response* response) const { MHD_destroy_response(response); }
 };
-/// A response may be sent by any number of connections, and exists until all are done with it.
+/// Any number of connections may send the same response. It exists until all have finished.
 using Response = std::unique_ptr<MHD_Response, ResponseCloser>;
 
 constexpr char JSON_TYPE[] = "application/json";
@@ -27,7 +27,7 @@ void addHeaders(MHD_Response& response, const char* type, const char* caching = 
 /// A response with this text, which it shares with other holders.
 Response responseOf(const char* type, std::shared_ptr<const std::string> text);
 
-/// The responses that are always the same. None contains anything of a request.
+/// The responses that are always the same. None contains anything from a request.
 class FixedResponses {
 public:
     FixedResponses();
@@ -41,7 +41,7 @@ public:
         const char* tag;
         Response whole, unchanged;
     };
-    /// Null if the page has no such file.
+    /// The page's file at `path`; null if there is none.
     const Page* page(std::string_view path) const;
 
 private:

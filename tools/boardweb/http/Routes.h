@@ -23,13 +23,14 @@ struct Sources {
 /// Answers requests. Runs on the server's thread.
 class Routes {
 public:
-    /// `names` are names of this server besides those of the local machine.
+    /// `names` are names of this server in addition to 127.0.0.1, localhost and [::1].
     Routes(const Sources& sources, std::vector<std::string> names, Exchanges& exchanges)
         : m_sources(sources), m_names(std::move(names)), m_exchanges(exchanges) {}
 
     /// Refuses a request with a body as soon as its headers are complete. Does not read the body.
     MHD_Result refuse(const Exchange& exchange, const RequestHead& head) const;
-    /// Answers a complete request, or pauses its connection. Called again when that is resumed.
+    /// Answers a complete request, or pauses its connection. In that case, the server calls it
+    /// again when the connection is resumed.
     MHD_Result answer(Exchange& exchange, const RequestHead& head) const;
 
 private:

@@ -16,11 +16,11 @@ namespace {
 
 constexpr milliseconds FIRST_PAUSE{250}, LONGEST_PAUSE{2000};
 
-/// The host has to last as long before the first pause is short again, and refused LEDs are asked
-/// for again after this time.
+/// If a host has lasted this long, the first pause after its loss is short again. If a host has
+/// refused to report the LEDs, this is the pause before the next attempt.
 constexpr std::chrono::seconds LASTING{10};
 
-/// Of a fault that comes from the host.
+/// A fault from the host is cut to this length.
 constexpr std::size_t LONGEST_FAULT = 500;
 constexpr char NO_METHOD[] = "org.varlink.service.MethodNotFound";
 
@@ -144,7 +144,7 @@ void HostLink::lose(const std::string& fault) {
     publishHost(fault);
 }
 
-/// `text` is the host's socket, or the fault.
+/// Logs that a host was found or lost, if that is new. `text` is the host's socket, or the fault.
 void HostLink::logChange(bool isThere, const std::string& text) {
     if (m_isLoggedAs == isThere)
         return;
@@ -172,7 +172,7 @@ void HostLink::publishHost(const std::string& fault) {
                                             {"boardweb", BOARDWEB_VERSION}}));
 }
 
-/// True if there may be more to take without a wait.
+/// Publishes the events that have arrived. True if there may be more to take without a wait.
 bool HostLink::takeEvents() {
     int count = 0;
     withHost([&] {
@@ -198,8 +198,8 @@ void HostLink::askStatus() {
 }
 
 void HostLink::tick() {
-    // Periods that this thread has missed have no values. A slow host kept it waiting, or the
-    // program was stopped.
+    // Periods that this thread has missed have no values. A slow host may have kept the thread
+    // waiting, or the program may have been stopped.
     for (; Clock::now() - m_nextTick >= History::PERIOD; m_nextTick += History::PERIOD)
         m_history.add(nullptr, board::calendarTime());
     m_nextTick += History::PERIOD;
@@ -233,7 +233,7 @@ void HostLink::answerQuestion(Question question) {
                                    : failure(m_host ? "boardweb is shutting down" : m_fault));
 }
 
-/// True if there may be more to take without a wait.
+/// Publishes the LEDs while the feed has readers. True if there may be more to take without a wait.
 bool HostLink::followLeds() {
     bool mayHaveMore = false;
     if (m_host && m_feed.readers() == 0 && m_host->leds) {
@@ -244,16 +244,17 @@ bool HostLink::followLeds() {
         try {
             readLeds(mayHaveMore);
         } catch (const StatusClient::CallError& error) {
-            // A host that was installed before this program may not have the method.
+            // A host that is older than this program may not have the method.
             m_host->mayHaveLeds = error.name != NO_METHOD;
             dropLeds();
-        } catch (const board::Error&) { // also if the host has ended, which its other connection
-            dropLeds();                 // reports
+        } catch (const board::Error&) { // takeEvents() notices if the host has ended
+            dropLeds();
         }
     return mayHaveMore;
 }
 
-/// Nobody knows any more what they show. A host that fails here is not asked again at once.
+/// Stops following the LEDs and tells readers that the state is unknown. A host that has failed is
+/// asked for the LEDs again after a pause.
 void HostLink::dropLeds() {
     if (m_host->leds && m_feed.readers() != 0)
         m_feed.publish(EventFeed::LEDS, textOf({{"lit", nullptr}}));

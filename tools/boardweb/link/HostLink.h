@@ -34,11 +34,11 @@ private:
     using Clock = Waits::Clock;
     using Json = nlohmann::ordered_json;
 
-    /// One connection for each purpose, because a client that gets events can't call.
+    /// One connection for each purpose, because a connection that receives events allows no calls.
     struct Connections {
         board::StatusClient calls;
         board::StatusClient events;
-        std::optional<board::StatusClient> leds; ///< while somebody reads the feed
+        std::optional<board::StatusClient> leds; ///< empty unless somebody reads the feed
         bool mayHaveLeds = true;
         Clock::time_point nextLeds{}; ///< when to connect for the LEDs again
     };
@@ -49,7 +49,7 @@ private:
     void publishHost(const std::string& fault);
     void lose(const std::string& fault);
 
-    /// Calls `work` if there is a host. The host is lost if that throws Error.
+    /// Calls `work` if there is a host. If `work` throws Error, the host counts as lost.
     template <class Work>
     void withHost(Work work);
 
@@ -69,15 +69,15 @@ private:
     History& m_history;
     Questions& m_questions;
     const board::StatusClient::Wait m_wait;
-    std::unique_ptr<Connections> m_host; ///< null while there is none
-    std::string m_fault;                 ///< why there is none
-    std::string m_since;                 ///< when it appeared or was lost
-    std::optional<bool> m_isLoggedAs;    ///< whether the last log line reports one
+    std::unique_ptr<Connections> m_host; ///< null while there is no host
+    std::string m_fault;                 ///< why there is no host
+    std::string m_since;                 ///< when the host was found or lost
+    std::optional<bool> m_isLoggedAs;    ///< whether the last log line reports a host
     Clock::time_point m_nextTry, m_nextTick;
     Clock::time_point m_connected{}; ///< when the host was last found
     std::chrono::milliseconds m_pause;
     bool m_isStatusDue = false;
-    Json m_status; ///< the last one; null if there is no host
+    Json m_status; ///< the last status; null if there is no host
 };
 
 } // namespace boardweb

@@ -35,8 +35,8 @@ StatusClient connectTo(const HostPlace& place, const StatusClient::Wait& wait) {
         static_cast<void>(client.call("Status")); // throws if that is not a host
         return client;
     }
-    // Counting any board as simulated only adds a place where no host listens, and saves reading
-    // the profile.
+    // `true` means that the board may be simulated. For other boards, that only adds a place where
+    // no host listens. It saves reading the profile.
     return board::findHost(profile, true, wait, LIMITS).client;
 }
 

@@ -8,13 +8,13 @@ namespace boardweb {
 
 /// Which host to ask.
 struct HostPlace {
-    std::string socket;  ///< its status socket; empty if that depends on the profile
-    std::string profile; ///< the board's profile; empty for the usual one, or for any host if
-                         ///< there is none
+    std::string socket;  ///< the host's status socket; empty if the profile determines it
+    std::string profile; ///< the board's profile; empty for the usual profile or, if that is
+                         ///< missing, the host at the usual socket
 };
 
-/// How long a host may take. It answers from memory, so one that takes longer is treated as gone:
-/// clients wait for its answers, and the program could not end either.
+/// How long a host may take. A host answers from memory, so one that takes longer counts as gone.
+/// While the program waits for a host, clients wait too.
 constexpr board::StatusClient::Limits LIMITS{std::chrono::milliseconds(200),
                                              std::chrono::milliseconds(2000)};
 

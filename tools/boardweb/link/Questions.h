@@ -17,14 +17,16 @@ enum class Question { STATUS, LEDS, DESCRIPTOR, METRICS };
 /// What the host replied, or why it did not.
 struct Answer {
     bool isReply = false;
-    std::shared_ptr<const std::string> text; ///< of the reply, or an object with the member "error"
+    std::shared_ptr<const std::string> text; ///< the reply, or an object with the member "error"
 };
 
-/// Carries questions from the HTTP thread to the thread that talks to the host, and answers back.
-/// All who wait with the same question share one answer. Any thread.
+/// Carries questions from the HTTP thread to the thread that talks to the host, and carries the
+/// answers back. Clients that wait with the same question share one answer. Can be used on any
+/// thread.
 class Questions {
 public:
-    /// Somebody who waits for an answer. Called with the lock held: must not call Questions.
+    /// A client that waits for an answer. Its functions are called with the lock held, so they must
+    /// not call Questions.
     class Asker {
     public:
         virtual ~Asker() = default;
@@ -38,13 +40,13 @@ public:
     /// Pauses the asker, which must exist until there is an answer.
     void ask(Question question, Asker& asker);
 
-    /// A question that somebody has asked; empty if nobody waits. Whoever asks the same question
+    /// A question that clients wait with; empty if none waits. A client that asks the same question
     /// from now on gets a later answer.
     std::optional<Question> take();
     /// Answers the question that was taken.
     void answer(const Answer& answer);
 
-    /// Gives this answer to everybody who waits now or asks later. Nobody is paused any more.
+    /// Gives this answer to all clients that wait now or ask later, so that none stays paused.
     void end(const Answer& answer);
 
 private:
@@ -58,7 +60,7 @@ private:
     std::array<Askers, KINDS> m_waiting;
     Askers m_taken;
     std::size_t m_lastTaken = 0;
-    std::optional<Answer> m_last; ///< set at the end
+    std::optional<Answer> m_last; ///< the answer that `end` gave
 };
 
 } // namespace boardweb

@@ -10,8 +10,8 @@
 namespace boardweb {
 
 /// Waits on behalf of the program's main thread. SIGINT and SIGTERM ask the program to end: they
-/// end the present wait, and later ones return at once. Make only one object, before any other
-/// thread, because it blocks these signals in threads that are made later.
+/// end the present wait, and later waits return at once. Create only one object, before any other
+/// thread: it blocks these signals in threads that are created later.
 class Waits {
 public:
     using Clock = std::chrono::steady_clock;
@@ -20,7 +20,7 @@ public:
     /// Throws Error if the system has no descriptor left.
     Waits();
 
-    /// Ends the present wait, or the next one. Any thread.
+    /// Ends the present wait, or the next one. Can be called on any thread.
     void wake() const;
 
     /// True if the program was asked to end.

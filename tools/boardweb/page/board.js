@@ -10,8 +10,8 @@ import { failDescriptor, showDescriptor, showStatus } from "./status.js";
 
 const COUNTDOWN_MS = 1000;
 
-let host = null; // the last message about it
-let fault = null; // what is wrong with boardweb itself
+let host = null; // the last message about the host
+let fault = null; // why boardweb can't be reached
 let heard = null; // when the last status arrived
 let countdown = null;
 
@@ -31,7 +31,7 @@ const askEvents = keep("status", isLive, (status) => addEvents(status.events), (
 
 const sentence = (text) => `${(text || "no reason is known").replace(/\.$/, "")}.`;
 
-// Says whether what is shown is up to date, and why not.
+// Shows whether the page is up to date and, if not, why.
 function showLink() {
     const link = isLive() ? "live" : fault !== null ? "lost" : host ? "gone" : "starting";
     const asOf = heard ? ` as of ${secondText(heard)}` : "";
@@ -63,9 +63,9 @@ whenOpened(() => { if (isLive()) askLeds(); });
 
 const feed = new Feed({
     host(message) {
-        if (host && host.boardweb !== message.boardweb) location.reload(); // another page by now
+        if (host && host.boardweb !== message.boardweb) location.reload(); // another version
         host = message;
-        forgetMask(); // perhaps this host does not report one
+        forgetMask(); // this host may not report one
         addHost(message);
         showLink();
         askAll();
@@ -93,7 +93,7 @@ const feed = new Feed({
     const wasDown = fault !== null;
     fault = null;
     showLink();
-    if (wasDown) askAll(); // a host that stayed the same repeats nothing
+    if (wasDown) askAll(); // the same host sends no message about itself
 }, (reason) => {
     fault = reason;
     showLink();

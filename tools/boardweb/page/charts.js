@@ -4,7 +4,7 @@ import { byId, make, minuteText, secondText, setText, valueText } from "./dom.js
 
 const MOST = 720; // values of a series
 const [TOP, BOTTOM, LEFT, RIGHT, HEIGHT] = [10, 24, 46, 10, 170];
-const SHORTEST_S = 300; // of the axis of time
+const SHORTEST_S = 300; // the time axis covers at least this
 
 let period = 5; // seconds between two values
 let end = 0; // when the last values were taken, in milliseconds of the board's clock
@@ -34,7 +34,7 @@ class Chart {
         this.figure.addEventListener("blur", () => this.#pick(null));
     }
 
-    #left(index) { // of a value, in pixels
+    #left(index) { // where a value is drawn, in pixels
         const first = this.values.length - 1 - this.span / period;
         return LEFT + (index - first) / (this.span / period) * (this.width - LEFT - RIGHT);
     }
@@ -93,7 +93,7 @@ class Chart {
         let low = this.unit === "rpm" ? 0 : Math.min(...all);
         let high = Math.max(...all, low + 1);
         if (all.length === 0) [low, high] = [0, 1];
-        if (this.unit !== "rpm") low -= (high - low) / 20; // off the edge
+        if (this.unit !== "rpm") low -= (high - low) / 20; // keeps the line off the edge
         const raw = (high - low) * 1.05 / 4;
         const power = 10 ** Math.floor(Math.log10(raw));
         const step = [1, 2, 5, 10].map((each) => each * power).find((each) => each >= raw);
@@ -121,7 +121,7 @@ class Chart {
     }
 
     #drawTimes(right) {
-        const pixels = (right - LEFT) / this.span; // of a second
+        const pixels = (right - LEFT) / this.span; // for one second
         const step = [60, 120, 300, 600, 900, 1800].find((each) => each * pixels >= 60) ?? 3600;
         const last = end / 1000;
         const zone = new Date(end).getTimezoneOffset() * 60;
@@ -160,7 +160,7 @@ class Chart {
                 r: 3.5 });
     }
 
-    // The text alternative, which is also shown.
+    // Sets the text that is shown, and the same text as the alternative to the picture.
     #tell() {
         const known = this.values.filter((value) => value !== null);
         const last = this.values[this.values.length - 1] ?? null;
@@ -217,8 +217,8 @@ function valueOf(device, unit) {
     return level < 0 ? null : level;
 }
 
-// Adds what the status holds; a second status within the same period replaces the first. The axis
-// follows the board's clock, which may differ from the browser's.
+// Adds the values of the status; a second status within the same period replaces the first. The
+// time axis follows the board's clock, which may differ from the browser's.
 export function addToHistory(status) {
     devices = new Map(status.devices.map((device) => [device.name, device]));
     if (end === 0) return;

@@ -19,14 +19,14 @@ export function setText(element, text) {
     if (element.textContent !== text) element.textContent = text;
 }
 
-// A term of a definition list and its meaning. `fill` may add more than a text.
+// Adds a term and its meaning to a definition list. `fill` can add elements to the meaning.
 export function define(list, term, text, fill = () => {}) {
     make(list, "dt", {}, term);
     const meaning = make(list, "dd", {}, text);
     fill(meaning);
 }
 
-// Calls `draw` if `value` differs from what it was the last time.
+// Returns a function that calls `draw` if its argument differs from that of the last call.
 export function onChange(draw) {
     let former = null;
     return (value) => {
@@ -47,7 +47,7 @@ export function secondText(date) {
     return `${minuteText(date)}:${two(date.getSeconds())}`;
 }
 
-// In local time, with the date unless it is today. A text that is not a time stays as it is.
+// A time in local time, with the date unless that is today's. Other texts stay as they are.
 export function timeText(utc) {
     const date = new Date(utc);
     if (Number.isNaN(date.getTime())) return String(utc);
@@ -60,7 +60,7 @@ export function addTime(parent, utc) {
     return make(parent, "time", { datetime: utc, title: utc }, timeText(utc));
 }
 
-// At midnight, what happened today gets its date.
+// After midnight, adds the date to the times of the day before.
 setInterval(() => {
     for (const each of document.querySelectorAll("time"))
         setText(each, timeText(each.dateTime));

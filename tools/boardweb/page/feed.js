@@ -2,7 +2,7 @@
 // also works below a folder of a reverse proxy.
 
 const RETRY_MS = 2000;
-const SLOWEST_RETRY_MS = 60000; // if an answer fails again and again
+const SLOWEST_RETRY_MS = 60000; // if one request after the other fails
 const SILENCE_MS = 20000; // with a host, there is a message every 5 s
 const ANSWER_MS = 10000;
 
@@ -13,9 +13,10 @@ export async function fetchJson(path) {
     return data;
 }
 
-// Calls the function of `acts` with the name of the event, `onUp` when the stream has begun, and
-// `onDown` with the reason when it has ended. Opens it again by itself. A hidden page has no
-// stream, because a browser opens at most six connections to a server, for all its tabs together.
+// The event stream. For each event, calls the function in `acts` that has the event's name. Calls
+// `onUp` when the stream has begun and `onDown` with the reason when it has ended, then opens it
+// again. A hidden page has no stream, because a browser opens at most six connections to a server,
+// for all its tabs together.
 export class Feed {
     #acts;
     #onUp;
@@ -35,7 +36,7 @@ export class Feed {
         addEventListener("pageshow", (event) => { if (event.persisted) this.#follow(false); });
     }
 
-    // Whether messages must arrive. If not, silence is not a fault.
+    // `isExpected` tells whether messages must arrive. If not, silence is not a fault.
     expect(isExpected) {
         clearTimeout(this.#silence);
         if (isExpected)
@@ -60,7 +61,7 @@ export class Feed {
         this.#source = new EventSource("events");
         this.#source.onopen = () => this.#onUp();
         this.#source.onerror = () => {
-            // After a lost connection the browser connects again, but not after a refusal.
+            // The browser connects again after a lost connection, but not after a refusal.
             if (this.#source.readyState === EventSource.CLOSED)
                 this.#restart("refuses the event stream, perhaps because too many pages are open",
                     RETRY_MS);
@@ -82,7 +83,8 @@ export class Feed {
     }
 }
 
-// Keeps the document at `path` on the page: `ask` fetches it, and tries again while `isWanted`.
+// Returns a function that fetches the document at `path` and shows it. If that fails, the function
+// calls `fail` and tries again later if `isWanted` returns true.
 export function keep(path, isWanted, show, fail) {
     let isAsking = false;
     let isStale = false;

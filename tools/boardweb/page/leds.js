@@ -20,7 +20,7 @@ function paint() {
     });
 }
 
-// In the words of `boardctl leds why`.
+// Uses the words of `boardctl leds why`.
 function addDrive(meaning, drive) {
     const line = `'${drive.line}'`;
     const origin = { start: "as a default", defaults: `as a default by ${line}` };
@@ -87,7 +87,7 @@ export function showLeds(answer) {
     paint();
     renderWhy();
     if (opened < 0 || !isUnread) return;
-    isUnread = false; // the focus stays at the LED
+    isUnread = false; // announced below, because the focus stays at the LED
     setText(byId("note"), `${leds[opened].name}: ${byId("why-list").innerText}`);
 }
 
@@ -100,17 +100,17 @@ export function lightLeds(mask) {
     paint();
 }
 
-// After this, the next answer of /leds counts, unless a mask comes before it.
+// From now on, the page shows the LEDs as the answers of /leds report them, until a mask arrives.
 export function forgetMask() {
     lit = null;
 }
 
-// Without a mask, or while reasons are shown, each status makes the page fetch /leds.
+// True if each status must make the page fetch /leds: without a mask, or while reasons are shown.
 export function needsLeds() {
     return lit === null || opened >= 0;
 }
 
-// Milliseconds until something that is shown ends; null if nothing does.
+// Milliseconds until the first of the reasons that are shown ends; null if none ends.
 export function nextEnd() {
     if (opened < 0) return null;
     const ends = [leds[opened].drive, ...leds[opened].covers]

@@ -29,7 +29,7 @@ function announceAlarms(list) {
 
 // --- devices ---
 
-// A long path breaks after a slash.
+// Lets a long path wrap after a slash.
 function addPath(parent, path) {
     for (const part of path.split(/(?<=\/)/)) {
         parent.append(part);
