@@ -82,8 +82,8 @@ bool start(const Ring& ring, const char* line) {
     ring.current = 0;
     ring.busy[0] = figures.busy;
     ring.idle[0] = figures.idle;
-    // `measure` advances both before it uses them. They are then 5 and 14 slots behind the new
-    // sample.
+    // `measure` advances both indexes before it uses them. They are then 5 and 14 slots behind the
+    // new sample.
     ring.index5 = 10;
     ring.index14 = 1;
     return true;

@@ -105,8 +105,8 @@ XCode CLedControl::enableLedToggle() {
 XCode CLedControl::disableLedToggle() {
     if (!m_toggleEnabled)
         return XCode(XCode::FAILURE);
-    // Only an overlay switched on with the value 1 is restored here. With any other value, the LED
-    // gets the remembered state.
+    // The bi-status overlay is restored only if it was switched on with the value 1. With any other
+    // value, the LED gets the remembered state.
     XCode status = realSetLedStatus(m_biStatus == 1 ? SECOND_LIT_STATE : m_savedStatus);
     if (status.isSuccess())
         m_toggleEnabled = false;

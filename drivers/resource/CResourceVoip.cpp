@@ -49,8 +49,8 @@ XCode CResourceVoip::setup(String& error) {
     return XCode();
 }
 
-// `board` is passed by value, so that each step holds its own reference. The binary interface
-// includes these signatures.
+// `board` is passed by value, so that each step holds its own reference. These signatures are part
+// of the binary interface.
 // NOLINTBEGIN(performance-unnecessary-value-param)
 void CResourceVoip::calculateDspChannels(TYPPtr<IBoardDescr> board) {
     unsigned stored = 0;

@@ -67,8 +67,8 @@ void addAllCommands(CLI::App& app, Options& options) {
                  {"firmware", addFirmware},
                  {"bd", addBd},
                  {"sim", addSim}});
-    // The commands have copied the footer, so it can change. The main help needs no such line: it
-    // lists the global options.
+    // The commands have copied the first footer. The main help gets another one, because it lists
+    // the global options anyway.
     app.footer("Exit status: 0 done, 1 failed, 2 wrong call, 3 found something wrong, 4 declined,\n"
                "128+N ended by signal N.");
     addExamples(app, {"run --sim --tour             see each part of a simulated board",

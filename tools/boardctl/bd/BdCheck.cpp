@@ -37,7 +37,7 @@ const char* nameOf(board::Finding::Weight weight) {
     return "note";
 }
 
-/// `start` begins each line: it names the image if there are several.
+/// Each line begins with `start`, which names the image if there are several.
 void printForPeople(const board::TagImage& image, const std::vector<board::Finding>& findings,
                     const std::string& start) {
     for (const board::Finding& finding : findings)

@@ -27,8 +27,8 @@ std::vector<BD::Tag> macTags(const board::TagImage& image) {
     return tags;
 }
 
-/// Prints the address, unless for JSON, or the reason why there is none. Returns the JSON entry.
-/// Sets `status` to FAILED if there is no address.
+/// Prints the address, unless the format is JSON. If there is none, prints the reason and sets
+/// `status` to FAILED. Returns the JSON entry.
 ordered_json printMac(const Options& options, const BD::Tag* tag, std::size_t index,
                       const std::string& prefix, int& status) {
     ordered_json entry = {{"index", index}, {"mac", nullptr}, {"interface", nullptr}};

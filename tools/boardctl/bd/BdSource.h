@@ -17,8 +17,8 @@ board::LockWait lockWait(const Options& options);
 /// The descriptor that a command works on.
 class BdSource {
 public:
-    /// The image file `image` (STANDARD_STREAM: standard input), or the device of the board if
-    /// `image` is empty. The board's other devices are not opened. Throws board::Error if the
+    /// Chooses the image file `image` (STANDARD_STREAM: standard input) or, if `image` is empty,
+    /// the board's device. Does not open the board's other devices. Throws board::Error if the
     /// board's device can't be read.
     BdSource(const Options& options, const std::string& image);
 

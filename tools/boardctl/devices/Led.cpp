@@ -37,7 +37,7 @@ constexpr unsigned OFF = 0;
 constexpr unsigned LIT = 1;
 constexpr unsigned SECOND_LIT = 2;
 
-/// A board that opens only this LED.
+/// The board with only one device opened: the LED that the call names.
 class LedBoard : public Board {
 public:
     LedBoard(const Options& options, const LedWords& words)
@@ -135,8 +135,7 @@ int holdOverlay(const Options& options, const LedWords& words) {
     return show(std::vector{board.restore(former)}, options.json);
 }
 
-/// Ends the overlay of another process. This process recognizes the overlay only by the LED's
-/// state 2.
+/// Ends the overlay of another process. This process can see only that the LED shows 2.
 int endOverlay(const Options& options, const LedWords& words) {
     const LedBoard board(options, words);
     board.expectSecondState();

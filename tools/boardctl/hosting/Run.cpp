@@ -172,7 +172,7 @@ private:
     /// fails; the same failure is reported only once.
     bool sendToLeds(const std::string& line) {
         try {
-            // Otherwise, a program that is not part of this host may read the pipe.
+            // If this host does not read the pipe, another program may.
             if (!m_status.takesLedLines())
                 throw board::Error("no LED service of this host takes commands");
             board::sendLedLine(line);

@@ -6,7 +6,7 @@
 namespace boardctl {
 
 /// Remembers why a write to standard output failed, for the message of `flushOutput`: a stream does
-/// not. Create one object; it must exist as long as the program prints.
+/// not keep the reason. Create one object; it must exist as long as the program prints.
 class OutputWatch : private std::streambuf {
 public:
     OutputWatch();

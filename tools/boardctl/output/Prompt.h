@@ -4,9 +4,9 @@
 
 namespace boardctl {
 
-/// Asks on standard error, so that standard output holds results only, and returns if the answer on
-/// standard input is "y" or "yes". Throws Declined otherwise: with `refused`, or with `unasked` if
-/// standard input is not a terminal.
+/// Asks on standard error, because standard output is for results only. Returns if the answer on
+/// standard input is "y", "Y" or "yes". Otherwise, throws Declined: with `unasked` if standard
+/// input is not a terminal, else with `refused`.
 void expectYes(const std::string& question, const std::string& refused, const std::string& unasked);
 
 } // namespace boardctl

@@ -25,8 +25,8 @@ nlohmann::ordered_json toJson(const board::TemperatureReading& temperature);
 nlohmann::ordered_json toJson(const board::PowerReading& power);
 nlohmann::ordered_json toJson(const board::LedReading& led);
 
-/// `{"last":...,"mid":...,"longest":...}` in percent. A value is null until its span has passed.
-/// If there is an "error", all values are null.
+/// `{"last":...,"mid":...,"longest":...}` in percent. A value is null until its span has passed. If
+/// there is an "error", all values are null.
 nlohmann::ordered_json toJson(const board::Result<board::CpuReading>& cpu);
 /// `{"version":...,"line1":...}`. The version is null if there is an "error".
 nlohmann::ordered_json toJson(const board::Result<board::FirmwareInfo>& firmware);

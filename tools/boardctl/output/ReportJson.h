@@ -6,7 +6,8 @@
 
 namespace boardctl {
 
-/// What `boardctl info --format json` prints. A value that can't be read is null beside an "error".
+/// What `boardctl info --format json` prints. If a value can't be read, it is null, and "error" has
+/// the reason.
 nlohmann::ordered_json reportToJson(const board::Report& report);
 
 } // namespace boardctl

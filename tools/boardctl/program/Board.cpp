@@ -18,7 +18,7 @@ constexpr char USUAL_PROFILE[] = "/etc/boarddrivers/board.toml";
 
 bool isSimulatedBoard = false;
 
-/// False only if the file is missing. A file that can't be examined must not be passed over.
+/// False only if the file is missing. If it can't be examined, loading it reports the reason.
 bool mayExist(const char* path) {
     return board::kindOf(path) != board::FileKind::MISSING || (errno != ENOENT && errno != ENOTDIR);
 }

@@ -16,8 +16,8 @@ struct Command {
     Words& words; ///< exist as long as the command
 };
 
-/// Adds the command that hosts the board. The compiler does not place its code apart, as it does
-/// for the other commands (see `runApart`).
+/// Adds the command that hosts the board. Unlike the code of all other commands, its code is not
+/// placed apart (see `runApart`).
 template <class Words, auto RUN>
 Command<Words> addHostingCommand(CLI::App& parent, Options& options, const char* name,
                                  const char* text) {
@@ -68,7 +68,7 @@ inline void addCommands(CLI::App& parent, Options& options,
             each.add(parent, options);
 }
 
-/// Adds a command that only groups others: the name of one of these must follow its name.
+/// Adds a command that only groups others: one of these must follow it on the command line.
 inline CLI::App& addGroup(CLI::App& parent, const char* name, const char* text) {
     CLI::App& app = *parent.add_subcommand(name, text);
     app.require_subcommand(1);

@@ -11,7 +11,7 @@
 
 namespace boardctl {
 
-/// Exit statuses that scripts rely on. If signal N ends a command, it exits with BY_SIGNAL + N.
+/// Exit statuses that scripts rely on. If signal N ends a command, the status is BY_SIGNAL + N.
 enum ExitStatus : int {
     DONE = 0,
     FAILED = 1,

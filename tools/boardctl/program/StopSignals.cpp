@@ -28,7 +28,7 @@ long clockMs() {
 }
 
 void ask(int signal) {
-    // timeout(1) sends its signal twice: to the program and to its group.
+    // In ms. timeout(1) sends its signal twice: to the program and to its group.
     constexpr unsigned long SAME_REQUEST = 500;
     if (asked == 0) {
         askedAt = clockMs();
@@ -69,8 +69,8 @@ void StopSignals::install() {
     sigaction(SIGHUP, &action, &former);
     if (former.sa_handler == SIG_IGN)
         sigaction(SIGHUP, &former, nullptr);
-    // If the reader is gone or a file reaches its size limit, the write fails instead, with an
-    // error that can be reported.
+    // Without these signals, a write fails with an error that can be reported if the reader is gone
+    // or the file has reached its size limit.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     board::endQuestion = isAsked;

@@ -32,7 +32,7 @@ public:
     /// Returns true if the program was asked to end, even before the call.
     static bool waitUntil(std::optional<Clock::time_point> end, int descriptor = -1);
     /// Waits until `descriptor` is writable. Returns false if the program is asked to end first: a
-    /// blocked reader must not keep it from exiting.
+    /// blocked reader must not keep the program from exiting.
     static bool waitWritable(int descriptor);
     /// Whether `descriptor` is writable now.
     static bool isWritable(int descriptor);

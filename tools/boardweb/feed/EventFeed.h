@@ -15,7 +15,7 @@
 namespace boardweb {
 
 /// Carries messages from the thread that publishes them to many readers. All readers share the same
-/// texts: a slow reader keeps the texts that it is being sent in memory, but does not copy them.
+/// texts. A slow reader keeps in memory what it has not been sent yet, but does not copy it.
 ///
 /// Can be used on any thread.
 class EventFeed {
@@ -80,7 +80,8 @@ public:
 
     /// A new reader, or null if there are too many. The reader must not outlive the feed or the
     /// connection. `lastId` identifies the client's last message; it is empty if the client has had
-    /// none. If that message is from this run, the reader continues after it.
+    /// none. If that message is from this run, the reader continues after it. Otherwise, it begins
+    /// with the present state.
     std::unique_ptr<Reader> join(const std::string& lastId, Connection& connection);
 
     /// Ends the stream of all readers, and of those that join later.

@@ -8,7 +8,7 @@
 namespace boardweb {
 
 /// Ends the connection but leaves the descriptor open until the server has noticed, so that no
-/// other connection gets the descriptor's number before.
+/// other connection gets the descriptor's number before then.
 void Exchanges::shutDown(Exchange& exchange) {
     exchange.m_end.reset();
     exchange.m_isWaiting = false;

@@ -14,7 +14,7 @@ struct HostPlace {
 };
 
 /// How long a host may take. A host answers from memory, so one that takes longer counts as gone.
-/// While the program waits for a host, clients wait too.
+/// Until a host accepts the connection, the program can't end; until it answers, clients wait.
 constexpr board::StatusClient::Limits LIMITS{std::chrono::milliseconds(200),
                                              std::chrono::milliseconds(2000)};
 

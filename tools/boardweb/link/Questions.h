@@ -40,8 +40,8 @@ public:
     /// Pauses the asker, which must exist until there is an answer.
     void ask(Question question, Asker& asker);
 
-    /// A question that clients wait with; empty if none waits. A client that asks the same question
-    /// from now on gets a later answer.
+    /// A question that clients have asked; empty if none waits. A client that asks the same
+    /// question from now on gets a later answer.
     std::optional<Question> take();
     /// Answers the question that was taken.
     void answer(const Answer& answer);

@@ -26,8 +26,8 @@ public:
     /// True if the program was asked to end.
     static bool isAsked();
 
-    /// Each wait first calls `work`, and ends early at the time that `work` returns, if any. The
-    /// caller then waits again.
+    /// Each wait first calls `work`. If `work` returns an earlier time than the wait's end, the
+    /// wait ends at that time, and the caller waits again.
     void setWork(std::function<Time()> work) { m_work = std::move(work); }
 
     /// Waits until `end`, if there is one, until one of the descriptors is readable, or until

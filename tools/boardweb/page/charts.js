@@ -160,7 +160,7 @@ class Chart {
                 r: 3.5 });
     }
 
-    // Sets the text that is shown, and the same text as the alternative to the picture.
+    // Sets the texts around the picture, and repeats them in its text alternative.
     #tell() {
         const known = this.values.filter((value) => value !== null);
         const last = this.values[this.values.length - 1] ?? null;

@@ -11,7 +11,7 @@ let isDrawing = false;
 
 function add(time, kind, text, isTrouble) {
     const key = `${time} ${kind} ${text}`;
-    if (entries.some((entry) => entry.key === key)) return; // it came in a status, too
+    if (entries.some((entry) => entry.key === key)) return; // it came in the status, too
     const item = document.createElement("li");
     if (isTrouble) item.dataset.trouble = kind;
     addTime(item, time);
