@@ -29,8 +29,8 @@ Command<Words> addHostingCommand(CLI::App& parent, Options& options, const char*
     return {app, *words};
 }
 
-/// Calls RUN. The compiler places functions that only cold functions call apart from all other
-/// code. So a host, which runs for years, does not keep the code of the other commands in memory.
+/// Calls RUN. Functions that only cold functions call are cold too, and the compiler places cold
+/// code apart. So a host, which runs for years, does not keep the other commands' code in memory.
 template <auto RUN, class... Words>
 [[gnu::cold, gnu::noinline]] int runApart(const Options& options, const Words&... words) {
     return RUN(options, words...);
