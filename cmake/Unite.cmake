@@ -1,8 +1,10 @@
-# Most of the time that a source takes is spent on the headers that it includes. With BOARD_UNITE,
-# the sources of a folder compile as one. Their local names must therefore differ.
+# Compiling a source takes time mostly for the headers that it includes and for the templates that it
+# uses from them. With BOARD_UNITE, the sources of a target compile as one. Their local names must
+# therefore differ.
 #
-# board_unite(<target>) does this for a target of the calling folder. The sources in the calling
-# folder itself compile alone.
+# board_unite(<target> [<folder>...]) does this for a target of the calling folder. The sources of
+# the named folders are a second group: two groups of a large program can compile side by side. The
+# sources in the calling folder itself compile alone.
 function(board_unite target)
     if(NOT BOARD_UNITE)
         return()
@@ -10,9 +12,10 @@ function(board_unite target)
     get_target_property(sources ${target} SOURCES)
     foreach(source ${sources})
         get_filename_component(folder ${source} DIRECTORY)
-        if(folder)
-            string(MAKE_C_IDENTIFIER ${folder} group)
-            set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group})
+        if(folder IN_LIST ARGN)
+            set_source_files_properties(${source} PROPERTIES UNITY_GROUP second)
+        elseif(folder)
+            set_source_files_properties(${source} PROPERTIES UNITY_GROUP first)
         endif()
     endforeach()
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)

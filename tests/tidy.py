@@ -5,7 +5,7 @@ usage: tests/tidy.py BUILD
 BUILD is a build tree with a compile_commands.json, in which each source compiles alone.
 
 clang-tidy spends most of its time on the headers of other projects, which it reads again for each
-source. So the sources of each folder of the host and its programs are joined, as in other builds.
+source. So the sources of each room of the host and its programs are joined, as in other builds.
 Two checks make no sense for joined sources; tests/tree.py does their work.
 """
 import collections
@@ -19,7 +19,7 @@ import subprocess
 import sys
 
 ALONE = ("framework", "drivers", "services", "sysinfo")  # few headers; local names may be the same
-JOINED = ("host", "tools")
+JOINED = {"host": 2, "tools": 3}  # how many parts of a path name what is joined
 CHECKS = "--checks=-misc-unused-using-decls,-bugprone-suspicious-include"
 # The analyzer follows each function for this many steps. With its default of 225,000, it takes twice
 # as long and finds no more: when 287 functions used a null pointer, it found 126; with this, 128.
@@ -60,8 +60,8 @@ def prepare(build, folder):
         if ROOT not in source.parents or build in source.parents:
             continue
         path = source.relative_to(ROOT)
-        if path.parts[0] in ALONE + JOINED:
-            key = path.parent if is_joined(path) else path
+        if path.parts[0] in (*ALONE, *JOINED):
+            key = pathlib.Path(*path.parts[:JOINED[path.parts[0]]]) if is_joined(path) else path
             groups[key, tuple(flags_of(command))][path] = command["directory"]
     commands = []
     for number, ((key, flags), paths) in enumerate(sorted(groups.items())):

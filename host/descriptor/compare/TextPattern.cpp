@@ -10,9 +10,9 @@ namespace board {
 
 namespace {
 
-constexpr std::size_t LONGEST = 1000;
+constexpr std::size_t LONGEST_PATTERN = 1000;
 /// A compiled repetition uses the memory of the part that it repeats, times its upper bound.
-constexpr std::size_t LARGEST = 10000;
+constexpr std::size_t LARGEST_REPETITION = 10000;
 
 /// The position right after the bracket expression that starts at `start`.
 std::size_t endOfBracket(const std::string& expression, std::size_t start) {
@@ -60,7 +60,7 @@ void expectBounded(const std::string& expression) {
             for (std::size_t i = at; i < end; ++i)
                 most = std::max<std::size_t>(
                     most, std::strtoul(expression.substr(i + 1, end - i - 1).c_str(), nullptr, 10));
-            most = std::min(most, LARGEST + 1);
+            most = std::min(most, LARGEST_REPETITION + 1);
             size += last * (most - 1);
             last *= most;
             at = end + 1;
@@ -71,10 +71,10 @@ void expectBounded(const std::string& expression) {
             ++size;
             at = c == '[' ? endOfBracket(expression, at) : at + (c == '\\' ? 2 : 1);
         }
-        if (size > LARGEST)
+        if (size > LARGEST_REPETITION)
             throw Error("the regular expression is too large with its repetitions written out "
                         "(expected at most " +
-                        std::to_string(LARGEST) + " characters)");
+                        std::to_string(LARGEST_REPETITION) + " characters)");
     }
 }
 
@@ -95,9 +95,9 @@ std::shared_ptr<const regex_t> compile(const std::string& expression) {
 } // namespace
 
 TextPattern::TextPattern(const std::string& expression) : m_expression(expression) {
-    if (expression.size() > LONGEST)
+    if (expression.size() > LONGEST_PATTERN)
         throw Error("the regular expression has " + std::to_string(expression.size()) +
-                    " characters (expected at most " + std::to_string(LONGEST) + ")");
+                    " characters (expected at most " + std::to_string(LONGEST_PATTERN) + ")");
     if (expression.find('\0') != std::string::npos)
         throw Error("the regular expression holds a zero character");
     expectBounded(expression);

@@ -36,7 +36,7 @@ std::vector<std::string> faultsIn(const board::Report& report, const board::Host
     return faults;
 }
 
-std::string textOf(const board::Report& report, const Options& options, const Board& board) {
+std::string reportText(const board::Report& report, const Options& options, const Board& board) {
     if (options.json)
         return jsonText(reportToJson(report));
     if (options.metrics)
@@ -50,7 +50,7 @@ int info(const Options& options, const InfoWords& words) {
     if (board.profile().firmware)
         report.firmware = board::readFirmware(*board.profile().firmware);
     report.cpuSinceBoot = board::cpuLoadSinceBoot();
-    printOrReplace(words.output, textOf(report, options, board));
+    printOrReplace(words.output, reportText(report, options, board));
     std::vector<std::string> faults;
     if (!options.metrics) // metrics have a figure for a device that is down
         faults = faultsIn(report, board.host());

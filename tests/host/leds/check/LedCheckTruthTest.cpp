@@ -19,7 +19,7 @@ namespace {
 
 using Random = std::mt19937;
 
-constexpr unsigned TABLES = 2000, TICKS = 50;
+constexpr unsigned RANDOM_TABLES = 2000, CHECKED_TICKS = 50;
 
 template <class Values>
 auto oneOf(Random& random, const Values& values) {
@@ -131,7 +131,7 @@ std::uint32_t maskIn(const std::string& text, std::uint32_t otherwise) {
 
 TEST(LedCheckTruth, ARowThatNeverRunsCanBeRemovedAndADarkLedNeverLights) {
     unsigned removed = 0, dark = 0;
-    for (unsigned seed = 0; seed < TABLES; ++seed) {
+    for (unsigned seed = 0; seed < RANDOM_TABLES; ++seed) {
         Random random(seed);
         const board::Profile profile = randomProfile(random);
         const board::LedSequencerProfile& tables = *profile.ledService;
@@ -147,7 +147,7 @@ TEST(LedCheckTruth, ARowThatNeverRunsCanBeRemovedAndADarkLedNeverLights) {
         dark += unlit != 0;
         const board::LedTable table(tables), restTable(rest);
         Engine whole(tables, table), without(rest, restTable);
-        for (unsigned tick = 0; tick < TICKS; ++tick) {
+        for (unsigned tick = 0; tick < CHECKED_TICKS; ++tick) {
             const std::uint32_t lit = whole.nextOutput();
             ASSERT_EQ(lit, without.nextOutput()) << "seed " << seed << ", tick " << tick;
             ASSERT_EQ(lit & unlit, 0U) << "seed " << seed << ", tick " << tick;
@@ -156,13 +156,13 @@ TEST(LedCheckTruth, ARowThatNeverRunsCanBeRemovedAndADarkLedNeverLights) {
             without.send(line);
         }
     }
-    EXPECT_GT(removed, TABLES / 2);
-    EXPECT_GT(dark, TABLES / 4);
+    EXPECT_GT(removed, RANDOM_TABLES / 2);
+    EXPECT_GT(dark, RANDOM_TABLES / 4);
 }
 
 TEST(LedCheckTruth, AtTheStartADefaultRowShowsUnlessALaterOneEndsOrChangesIt) {
     unsigned claimed = 0, shown = 0, mixes = 0;
-    for (unsigned seed = 0; seed < TABLES; ++seed) {
+    for (unsigned seed = 0; seed < RANDOM_TABLES; ++seed) {
         Random random(seed);
         const board::Profile profile = randomProfile(random);
         const board::LedSequencerProfile& tables = *profile.ledService;
@@ -193,14 +193,14 @@ TEST(LedCheckTruth, AtTheStartADefaultRowShowsUnlessALaterOneEndsOrChangesIt) {
             shown += tables.commands[row].isDefault && engine.shows(row, all);
         }
     }
-    EXPECT_GT(claimed, TABLES / 5);
+    EXPECT_GT(claimed, RANDOM_TABLES / 5);
     EXPECT_GT(mixes, 0U);
-    EXPECT_GT(shown, TABLES / 4);
+    EXPECT_GT(shown, RANDOM_TABLES / 4);
 }
 
 TEST(LedCheckTruth, WhatNothingEndsGoesOnWhateverLinesFollow) {
     unsigned ran = 0;
-    for (unsigned seed = 0; seed < TABLES; ++seed) {
+    for (unsigned seed = 0; seed < RANDOM_TABLES; ++seed) {
         Random random(seed);
         const board::Profile profile = randomProfile(random);
         const board::LedSequencerProfile& tables = *profile.ledService;
@@ -217,7 +217,7 @@ TEST(LedCheckTruth, WhatNothingEndsGoesOnWhateverLinesFollow) {
         for (std::size_t row = 0; row < tables.commands.size(); ++row)
             if (tables.commands[row].isDefault)
                 start(row);
-        for (unsigned tick = 0; tick < TICKS; ++tick) {
+        for (unsigned tick = 0; tick < CHECKED_TICKS; ++tick) {
             engine.nextOutput();
             for (const auto& [row, leds] : running)
                 ASSERT_TRUE(engine.holds(row, leds)) << "seed " << seed << ", row " << row;
@@ -226,7 +226,7 @@ TEST(LedCheckTruth, WhatNothingEndsGoesOnWhateverLinesFollow) {
         }
         ran += static_cast<unsigned>(running.size());
     }
-    EXPECT_GT(ran, TABLES / 10);
+    EXPECT_GT(ran, RANDOM_TABLES / 10);
 }
 
 TEST(LedCheckTruth, ARowBlinksUnlessItsPatternIsFound) {
