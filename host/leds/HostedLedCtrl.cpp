@@ -28,7 +28,7 @@ HostedLedCtrl::HostedLedCtrl(const LedSequencerProfile& profile, const LedTable&
     begin();
     const XCode started = start(String::EMPTY());
     if (!started.isSuccess()) {
-        shutdown(); // otherwise the pipe would have a reader, and senders would not notice
+        shutdown(); // otherwise the pipe would keep a reader, and senders would not notice
         throw Error(std::string("can't start the LED sequencer: ") + started.getMessage().c_str());
     }
 }
@@ -52,8 +52,8 @@ XCode HostedLedCtrl::runThread() {
     }
 }
 
-// Before the thread is started: `testFifo` would drop a line that somebody sends as soon as the
-// service exists.
+// Called before the thread starts, because `testFifo` drops the lines in the pipe: no line may be
+// lost once the service exists.
 void HostedLedCtrl::begin() {
     if (!m_parts.pipe.fault()) {
         setupFifo();
@@ -86,7 +86,7 @@ void HostedLedCtrl::remember() {
 }
 
 // No change is missed, because all threads see the operations on these atomics in one order. Either
-// this thread sees that changes are wanted, or the thread that asked for them reads the new LEDs.
+// this thread sees that changes are wanted, or the thread that asked for them reads the new value.
 void HostedLedCtrl::tellLit() {
     const std::uint32_t now = lit();
     if (m_lit.exchange(now) != now && m_wakesAtChanges)
@@ -96,7 +96,7 @@ void HostedLedCtrl::tellLit() {
 void HostedLedCtrl::look() {
     ++m_ticks;
     if (m_ticks % TICKS_PER_PIPE_LOOK == 0 && m_parts.pipe.look())
-        setupFifo(); // the writer of `testFifo` would stay open for each new pipe
+        setupFifo(); // not testFifo, which would leave one more writer open for each new pipe
     if (m_drivesFiles && m_ticks % m_ticksPerFileLook == 0 && m_parts.files.look())
         openFiles();
 }

@@ -17,15 +17,15 @@ namespace board {
 
 /// How many lines the sequencer has read.
 struct LedCounts {
-    std::uint64_t handled = 0; ///< they ran a row
-    std::uint64_t unknown = 0; ///< no row matched
+    std::uint64_t handled = 0; ///< lines that ran a row
+    std::uint64_t unknown = 0; ///< lines that no row matched
 };
 
-/// The sequencer of a hosted board. Reports each line from the pipe, and looks after the pipe and
-/// the LEDs' files between two ticks, so that the process does not wake up more often for that.
+/// The sequencer of a hosted board. Reports each line from the pipe. Checks the pipe and the LEDs'
+/// files between two ticks, so that the process does not wake up more often for these checks.
 class HostedLedCtrl final : public TracedLedCtrl {
 public:
-    /// What the sequencer uses, and how it reports. The pointers and references must outlive it.
+    /// What the sequencer works with. The objects behind pointers and references must outlive it.
     struct Parts {
         LedPipeKeeper pipe;
         LedFileWatch files;
@@ -38,10 +38,10 @@ public:
                   const std::vector<FileNameMap>& files, Parts parts);
     ~HostedLedCtrl() override;
 
-    /// How often it looks at the pipe in some seconds: see LedPipeKeeper. The tick is above 0.
+    /// How often `look` of LedPipeKeeper is called in a few seconds. `tickUs` must be above 0.
     static unsigned pipeLooksPerTry(std::uint32_t tickUs);
 
-    /// The base's loop, in which the pipe is optional. The base offers no place for what is added,
+    /// The base's loop with additions and an optional pipe. The base's own loop can't be extended,
     /// because a new virtual operation would change the library's binary interface.
     XCode runThread() override;
 

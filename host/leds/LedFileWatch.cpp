@@ -47,7 +47,7 @@ void LedFileWatch::begin() {
             expectWritable(led.path);
             m_files[i].opened = tryIdentify(led.path);
         } catch (const Error& error) {
-            m_files[i].fault = error.what(); // what later looks find
+            m_files[i].fault = error.what(); // later looks find the same
             m_states.lose(i);
             m_events.push(
                 event::LedFileGone{led.name, led.fault.empty() ? error.what() : led.fault});
@@ -76,7 +76,7 @@ bool LedFileWatch::lookAt(std::size_t index) {
         report(index, error.what());
         return false;
     }
-    if (!found) // it has appeared since
+    if (!found) // it appeared after tryIdentify
         return false;
     if (file.opened)
         report(index, led.path + ": was replaced");

@@ -20,18 +20,19 @@ struct LedsInUse : Error {
     std::string path; ///< the LED's file that the other host has locked
 };
 
-/// The right to drive the LEDs of a board: a lock for the first LED's file. Every host that drives
-/// LEDs from a profile takes it. One thread at a time.
+/// The right to drive the LEDs of a board: a lock for the first LED file that can be opened. Every
+/// host that drives LEDs from a profile takes this lock. One thread at a time.
 class LedClaim {
 public:
     /// Throws LedsInUse if another host has the right. Locks nothing if no file can be opened.
     explicit LedClaim(const std::vector<Led>& leds);
 
-    /// Locks the file that is there now if it is another one. Throws as the constructor does.
+    /// Locks again if the locked file was replaced or none is locked. Throws as the constructor
+    /// does.
     void renew();
 
-    /// Whether no host holds the lock on this file, or the file can't be opened. Costs a few system
-    /// calls.
+    /// True if no host holds the lock for this file, or if the file can't be opened. Costs a few
+    /// system calls.
     static bool isFree(const std::string& path);
 
 private:
@@ -52,11 +53,13 @@ public:
                  EventQueue& events)
         : m_leds(leds), m_claim(claim), m_states(states), m_events(events), m_files(leds.size()) {}
 
-    /// The sequencer has opened the files. One that is missing is an event.
+    /// Call it when the sequencer has opened the files. Reports an event for each file that is
+    /// missing.
     void begin();
 
-    /// Looks at each LED's path, with one system call if nothing has changed. An LED that has gone
-    /// or has come back is an event. True if the sequencer must open the files again.
+    /// Checks each LED's path, with one system call per LED if nothing has changed. Reports an
+    /// event for each file that is gone or is back. True if the sequencer must open the files
+    /// again.
     bool look();
 
 private:

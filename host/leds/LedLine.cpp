@@ -78,8 +78,9 @@ FileDescriptor openToSend(const std::string& group) {
     return pipe;
 }
 
-/// True if this sender alone may look and write now. Its turn ends when it closes the pipe. A
-/// record lock: a host without a lock file of its own locks the pipe with flock.
+/// True if only this sender may check the pipe and write to it now. The turn ends when it closes
+/// the pipe. Uses a record lock, which does not conflict with the flock that a host without its own
+/// lock file holds on the pipe.
 bool tryTakeTurn(const FileDescriptor& pipe) {
     struct flock turn {};
     turn.l_type = F_WRLCK;
@@ -93,9 +94,9 @@ bool tryTakeTurn(const FileDescriptor& pipe) {
 
 enum class Turn { NEEDED, NOT_NEEDED };
 
-/// Writes the bytes if it is this sender's turn, or no turn is needed, and the pipe holds at most
-/// `mostWaiting` unread bytes. Otherwise returns false. Opens the pipe for each try, because its
-/// reader may have ended or replaced it.
+/// Writes the bytes if the pipe holds at most `mostWaiting` unread bytes and this sender has its
+/// turn or needs none. Otherwise returns false. Opens the pipe for each try, because its reader may
+/// have ended or replaced it.
 bool trySend(const std::string& bytes, std::size_t mostWaiting, const std::string& group,
              Turn turn = Turn::NEEDED) {
     const FileDescriptor pipe = openToSend(group);
@@ -133,7 +134,8 @@ void sendLedLine(const std::string& line, const std::string& group) {
             return;
         ::sched_yield();
     }
-    // Whoever may write to the pipe could keep the turn. A line is written in one piece anyway.
+    // Somebody who may write to the pipe could keep the turn for good, so write without a turn. The
+    // line is written in one piece anyway.
     if (trySend(line + "\n", MAX_LED_LINE - line.size() - 1, group, Turn::NOT_NEEDED))
         return;
     failAtLedPipe("the pipe holds lines that its reader has not read yet, and '" + line +

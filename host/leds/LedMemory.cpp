@@ -21,7 +21,7 @@ constexpr std::size_t MOST_HOLDS = 512, MOST_BYTES = std::size_t{128} * 1024;
                 expected + ")");
 }
 
-/// Cuts the text up to `end` off the front of `text`; everything if `end` is not in it.
+/// Removes the first part of `text`, up to `end`, and returns it; everything if there is no `end`.
 std::string_view cut(std::string_view& text, char end) {
     const std::size_t length = std::min(text.find(end), text.size());
     const std::string_view front = text.substr(0, length);
@@ -163,7 +163,7 @@ XCode LedMemoryFile::runThread() {
         hold.unlock();
         try {
             // Created here, because FileReplacement would change the umask for a moment, and the
-            // LED thread may be making the pipe.
+            // LED thread may be creating the pipe at that moment.
             if (kindOf(m_path) == FileKind::MISSING)
                 writeFile(m_path, "");
             replaceFile(m_path, text);

@@ -14,13 +14,13 @@
 
 namespace board {
 
-/// What the sequencer held without a time, as it is remembered for the next start of the service.
+/// What the sequencer held without a time limit, remembered for the next start of the service.
 struct LedMemory {
-    std::uint32_t table = 0; ///< the number of the table that it belongs to
+    std::uint32_t table = 0; ///< `numberOf` the table that the holds belong to
     std::vector<LedHold> holds;
 };
 
-/// A number that two tables share only if they have the same rows.
+/// A checksum of the table's rows, by which a changed table is recognized.
 std::uint32_t numberOf(const LedTable& table);
 
 ///@{
@@ -32,11 +32,11 @@ std::string toText(const LedMemory& memory);
 LedMemory ledMemoryFrom(const std::string& text);
 ///@}
 
-/// The file with the memory. A thread of its own writes it, so that a slow disk does not delay a
-/// tick; it sleeps until something changes.
+/// The file with the memory. A thread of its own writes the file, so that a slow disk does not
+/// delay a tick. The thread sleeps until something changes.
 class LedMemoryFile : private TYRunnable {
 public:
-    /// Reads the file. One that can't be read, or holds something else, is a fault. Creates the
+    /// Reads the file. Reports a fault if it can't be read or holds something else. Creates the
     /// file if it is missing. Throws Error if the thread can't be created. `events` must outlive
     /// the object.
     LedMemoryFile(const std::string& path, EventQueue& events);
@@ -46,8 +46,9 @@ public:
     /// What the file held; empty if it did not exist, was empty or could not be used.
     const std::optional<LedMemory>& former() const { return m_former; }
 
-    /// Replaces the file's content unless it is the same. Never waits for the disk. A failure is a
-    /// fault, reported once. One thread at a time.
+    /// Makes the thread replace the file's content with `text`, unless that is the last one
+    /// already. Never waits for the disk. A failure is reported once, as a fault. One thread at a
+    /// time.
     void keep(std::string text);
 
 private:
@@ -56,7 +57,7 @@ private:
     const std::string m_path;
     EventQueue& m_events;
     std::optional<LedMemory> m_former;
-    std::string m_lastText; ///< as `keep` got it last
+    std::string m_lastText; ///< the file's content, or what it will be
     std::mutex m_mutex;     ///< guards what follows
     std::condition_variable m_changed;
     std::optional<std::string> m_waiting;

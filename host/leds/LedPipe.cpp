@@ -30,9 +30,9 @@ std::string octal(mode_t mode) {
     return String::format("%o", static_cast<unsigned>(mode & PERMISSIONS)).c_str();
 }
 
-/// Whoever may write to a folder may replace the files in it, unless it is sticky.
+/// Whoever may write to a folder may replace the files in it, unless the folder is sticky.
 void expectSafeFolder() {
-    const std::string folder = folderOf(LED_PIPE); // the slash at its end follows a link
+    const std::string folder = folderOf(LED_PIPE); // its final slash follows a link
     const std::optional<FileStatus> found = tryExamine(folder);
     if (!found)
         failWith(folder, "can't examine the folder", errno);
@@ -42,8 +42,7 @@ void expectSafeFolder() {
                       "`)");
 }
 
-/// In a sticky folder, only these owners and the folder's can put something else in the pipe's
-/// place.
+/// In a sticky folder, only root and the owners of the pipe and the folder can replace the pipe.
 void expectOwned(const FileStatus& found) {
     expectLedPipe(found);
     if (found.owner != 0 && found.owner != ::geteuid())
@@ -63,8 +62,9 @@ bool hasReader() {
     return tryOpenLedPipe(O_WRONLY).isOpen();
 }
 
-/// Removes the pipe if it belongs to this user, others could read it, and no process of this user
-/// does. Otherwise throws LedPipeInUse: the reader is another service, or may be one.
+/// Removes the pipe if this user owns it, its mode let other users read it, and no process of this
+/// user is reading it. Otherwise throws LedPipeInUse, because the reader is, or could be, another
+/// LED service.
 void removeFromStranger(const FileStatus& found) {
     const std::optional<FileIdentity> pipe = tryIdentify(LED_PIPE);
     if ((found.mode & READ_BY_OTHERS) == 0 || !pipe)
@@ -87,7 +87,7 @@ gid_t numberOf(const std::string& group) {
     return *number;
 }
 
-/// Gives the pipe the mode and group that it should have. False if it had them.
+/// Gives the pipe the mode and group that it should have. False if nothing had to change.
 bool correct(const FileStatus& found, const std::string& group) {
     constexpr mode_t OF_GROUP = 0620;
     const mode_t mode = found.mode & PERMISSIONS;
@@ -96,7 +96,7 @@ bool correct(const FileStatus& found, const std::string& group) {
     if (mode == wanted && found.group == number)
         return false;
     if (found.owner != ::geteuid()) {
-        // A member of the group may read what root has made for the group.
+        // Accepted: root has made the pipe for the group, and its members may read it.
         if (!group.empty() && found.group == number && (mode & OTHERS) == 0)
             return false;
         failAtLedPipe("belongs to root, and its group is " + std::to_string(found.group) +
@@ -113,7 +113,7 @@ bool correct(const FileStatus& found, const std::string& group) {
     return true;
 }
 
-/// Creates the pipe if it is missing. Returns what is there.
+/// Creates the pipe if it is missing. Returns the pipe's status.
 FileStatus makePipe(const std::string& group) {
     constexpr mode_t ANY_WRITER = 0622, OWNER = 0600;
     if (!tryMakePipe(LED_PIPE, group.empty() ? ANY_WRITER : OWNER) && errno != EEXIST)
@@ -121,7 +121,7 @@ FileStatus makePipe(const std::string& group) {
     return examinePipe();
 }
 
-/// False if the kernel has no such setting.
+/// False also if the kernel has no such setting.
 bool isSwitchedOff(const char* setting) {
     return tryReadLine(std::string("/proc/sys/fs/") + setting) == "0";
 }
@@ -131,7 +131,7 @@ bool isSwitchedOff(const char* setting) {
 LedPipeClaim::LedPipeClaim(const std::string& group) {
     expectSafeFolder();
     const FileStatus found = makePipe(group);
-    // A reader may have come before the correction.
+    // A stranger may have opened the pipe just before its mode was corrected.
     if (hasReader() || (correct(found, group) && hasReader())) {
         removeFromStranger(found);
         correct(makePipe(group), group);
@@ -146,7 +146,7 @@ LedPipeClaim::LedPipeClaim(const std::string& group) {
     if (!opened)
         failWithReason("can't examine the pipe");
     expectOwned(*opened);
-    // Not a lock on the pipe, which everybody who may write to it could hold.
+    // Not a lock on the pipe itself: everybody who may write to it could hold that lock.
     if (!m_lock.tryTake(m_reader))
         failAsInUse();
     m_writer = tryOpenLedPipe(O_WRONLY);

@@ -33,7 +33,7 @@ bool LedPipeKeeper::isTimeToTry() {
     const bool isTurn = ++m_looks % m_looksPerTry == 0;
     if (!m_isInUse)
         return isTurn || found != m_rejected;
-    // Another pipe, or none, is the other service's to replace or to open.
+    // If the pipe is missing or new, the other service may be about to create or open it.
     return isTurn && std::exchange(m_rejected, found) == found;
 }
 

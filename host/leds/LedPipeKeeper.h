@@ -9,27 +9,29 @@
 
 namespace board {
 
-/// Keeps a claim on the pipe even if somebody removes or replaces it, and takes the pipe over when
-/// another service that has it ends. One thread at a time.
+/// Keeps a claim on the pipe even if somebody removes or replaces the pipe. If another service has
+/// the pipe, takes it over when that service ends. One thread at a time.
 class LedPipeKeeper {
 public:
-    /// Claims the pipe for `group`, as LedPipeClaim does, if that is possible. `looksPerTry` is how
-    /// often `look` is called in some seconds, at least 1.
+    /// Claims the pipe for `group`, as LedPipeClaim does, if that is possible. `looksPerTry`, at
+    /// least 1, is how often `look` is called in a few seconds.
     LedPipeKeeper(EventQueue& events, const std::string& group, unsigned looksPerTry);
 
-    /// Why no lines arrive through the pipe: it could not be claimed, or has been lost since. Empty
+    /// Why no lines arrive through the pipe: it could not be claimed, or was lost later. Empty
     /// while the claim holds.
     const std::optional<std::string>& fault() const { return m_fault; }
     /// LedPipeClaim::writers while the claim holds, otherwise empty.
     std::optional<std::string> writers() const;
 
-    /// Looks whether the path still leads to the claimed pipe. If not, claims the pipe that is
-    /// there, or a new one, under the same conditions as at the start. Each loss is an event, and
-    /// so is its end. While all is well, or while the same thing is in the pipe's place, this costs
-    /// one system call. True if the sequencer must open the pipe now, because it is another one.
+    /// Checks whether the path still leads to the claimed pipe. If not, claims the pipe that is
+    /// there, or a new one, under the same conditions as the constructor. Reports an event when the
+    /// pipe is lost and when it is back. Costs one or two system calls unless something has changed
+    /// or it is time for another try. True if the sequencer must open the pipe now, because it is
+    /// another pipe.
     ///
-    /// While another service has the pipe, only every `looksPerTry`-th look tries to claim it, and
-    /// only if the same pipe was there at the last try: that service may be replacing its pipe.
+    /// While another service has the pipe, only every `looksPerTry`-th call tries to claim it, and
+    /// only if the path led to the same pipe at the try before: otherwise, that service may be
+    /// replacing its pipe.
     bool look();
 
 private:
@@ -43,8 +45,8 @@ private:
     std::optional<LedPipeClaim> m_claim;
     std::optional<std::string> m_fault;
     bool m_isInUse = false;                 ///< by another service
-    std::optional<FileIdentity> m_rejected; ///< what was in the pipe's place
-    unsigned m_looks = 0;                   ///< since the pipe was lost
+    std::optional<FileIdentity> m_rejected; ///< what was in the pipe's place at the last try
+    unsigned m_looks = 0;                   ///< so far, without a claim
 };
 
 } // namespace board

@@ -10,7 +10,7 @@
 
 namespace board {
 
-/// A row of the command table in the profile's form. Templates answer the same question about the
+/// A row of the command table in the profile's form. The templates below also accept the
 /// sequencer's form, LedCtrl::CmdDef.
 using LedRow = LedSequencerProfile::Command;
 
@@ -25,20 +25,20 @@ bool isEndlessRoll(const Row& row) {
     return isRoll(row) && row.timeMs == 0;
 }
 
-/// Whether the row's LEDs are on or blink until something else ends that.
+/// Whether the row turns its LEDs on or makes them blink without a time limit.
 template <class Row>
 bool holdsState(const Row& row) {
     return (row.action == LedCtrl::ACTION_ON || row.action == LedCtrl::ACTION_BLINK) &&
            row.timeMs == 0;
 }
 
-/// The same, or whether the row ends such a state.
+/// Whether the row starts or ends a state without a time limit.
 template <class Row>
 bool changesState(const Row& row) {
     return holdsState(row) || row.action == LedCtrl::ACTION_OFF;
 }
 
-/// Whether the row starts a roll, or lights its LEDs for a time.
+/// Whether the row starts a roll, or lights its LEDs for a limited time.
 template <class Row>
 bool startsAction(const Row& row) {
     return isRoll(row) ||
@@ -52,14 +52,15 @@ bool isLighting(const Row& row) {
     return holdsState(row) || startsAction(row) || row.action == LedCtrl::ACTION_FLASH;
 }
 
-/// Whether the next row of the group ends what the row has started.
+/// Whether the next row of its group will end what this row has started.
 template <class Row>
 bool leadsGroup(const Row& row) {
     return row.group > 0 && (holdsState(row) || startsAction(row));
 }
 
 /// The line that names the row, with its number: "line ring 0". If the row has no second word and
-/// the number 0, the line is its first word alone, because the next word would be the second one.
+/// the number 0, the line is its first word alone, because a number after it would be read as the
+/// second word.
 template <class Row>
 std::string lineOf(const Row& row) {
     std::string line(row.word1);
@@ -75,7 +76,7 @@ std::string lineOf(const Row& row) {
 /// The row in the sequencer's form. It points to the texts of `row`, which must outlive it.
 LedCtrl::CmdDef definitionOf(const LedRow& row);
 
-/// Whether a row of the table has these words and this number; without a number, the number 0.
+/// Whether a row of the table has these words and this number. A missing number means 0.
 bool hasRow(const LedSequencerProfile& tables, const std::string& word1, const std::string& word2,
             std::optional<std::int32_t> number);
 

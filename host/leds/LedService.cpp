@@ -26,7 +26,7 @@ LedService::LedService(const LedSequencerProfile& profile, bool tellsChanges, Ev
                        const DeviceLocator& locator, const std::string& memory)
     : m_table(profile, locator), m_claim(m_table.leds()), m_faults(m_table.faults()),
       m_states(m_table.leds(), profile.tickMs, tellsChanges, events) {
-    if (profile.tickUs() == 0) { // stays idle and logs why
+    if (profile.tickUs() == 0) { // the sequencer stays idle and logs why
         m_leds.reset(new LedCtrl(nullptr, 0, nullptr, 0, profile.access, profile.tickMs, 0));
         return;
     }

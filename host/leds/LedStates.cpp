@@ -146,7 +146,7 @@ void LedStates::look(std::size_t index) {
     const FileDescriptor file = tryOpen(m_sources[index].path, O_RDONLY | O_NONBLOCK);
     if (!file.isOpen())
         return;
-    // The kernel's files begin with a number; in others the last byte written is the state.
+    // The kernel's files begin with a number. In other files, the last byte written is the state.
     const bool hasEnd = !isOfDeviceTree(file) && kindOf(file) == FileKind::REGULAR;
     char byte = 0;
     const ssize_t count =
@@ -155,8 +155,8 @@ void LedStates::look(std::size_t index) {
         set(index, byte != '0');
 }
 
-// Until the thread has opened a renewed file, what it reads may be of the former one, or would be
-// told a second time afterwards. It is dropped; what the LED shows then is read again.
+// What the thread reads before it has opened a renewed file is dropped: it may come from the former
+// file, or would be reported a second time. The thread reads the LED's state again later.
 bool LedStates::isNews(std::size_t index, bool isLit) const {
     return m_sources[index].presence == Presence::HERE && m_states[index].isLit != isLit;
 }
@@ -169,12 +169,12 @@ void LedStates::set(std::size_t index, bool isLit) {
     const bool isShown = !m_sources[index].writeEnd.isOpen() || passOn(index, isLit);
     FileDescriptor& stateFile = m_sources[index].stateFile;
     if (isShown && stateFile.isOpen() && tryWriteAt(stateFile, isLit ? "1" : "0", 1, 0) < 0)
-        stateFile.close(); // a copy that can't be written is dropped; the LED's state is known
+        stateFile.close(); // gives up a copy that can't be written; the state is known anyway
     hold.lock();
     if (!isNews(index, isLit))
         return;
     m_states[index].isLit = isShown ? std::optional(isLit) : std::nullopt;
-    if (isShown && m_tellsChanges) // under the lock, so that it is never told after a loss
+    if (isShown && m_tellsChanges) // under the lock, so that no change is reported after a loss
         m_events.push(event::LedChanged{m_states[index].name, isLit});
 }
 

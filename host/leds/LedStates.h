@@ -17,12 +17,12 @@ namespace board {
 ///
 /// A kernel LED's file begins with the state. In an ordinary file, the last byte written is the
 /// state. Pipes, which a simulated board uses, are drained so that they never fill up. If a file
-/// named after the pipe with ".state" appended exists, the state is copied into that file for other
+/// with the pipe's name plus ".state" exists, the state is copied into that file for other
 /// programs.
 ///
-/// The sequencer writes 0 and 1. If an LED's file needs another number to be lit, the sequencer
-/// writes into a pipe of this object, which then writes each change to the file. A file that fails
-/// is tried again in each tick, but reported once.
+/// The sequencer writes 0 and 1. If an LED needs another number to be lit, the sequencer writes
+/// into a pipe of this object, and this object writes each change to the LED's file. A write that
+/// fails is tried again in each tick, but reported once.
 class LedStates : private TYRunnable {
 public:
     /// With `tellsChanges`, each change becomes an event. Without it, only pipes are read, and the
@@ -38,16 +38,16 @@ public:
     /// In the order of the LEDs. Any thread.
     std::vector<State> states() const;
 
-    /// The file of LED `index` is gone: its state is unknown, and the LED is left alone until
-    /// `renew`. Any thread.
+    /// Call it when the file of LED `index` is gone: the LED's state is then unknown, and the LED
+    /// is left alone until `renew`. Any thread.
     void lose(std::size_t index);
 
-    /// The file of LED `index` is another one now: opens it again if it is a pipe, and tells and
-    /// passes on the state once more even if it has not changed. Any thread.
+    /// Call it when LED `index` has a new file: opens the file if it is a pipe, and reports and
+    /// passes on the LED's state once more even if it has not changed. Any thread.
     void renew(std::size_t index);
 
-    /// The path that the sequencer must write to instead of the file of LED `index`; null if it is
-    /// the file itself. Valid as long as this object.
+    /// The path that the sequencer must write to instead of the file of LED `index`; null if it
+    /// writes to that file. Valid as long as this object.
     const char* relayOf(std::size_t index) const;
 
 private:
@@ -57,8 +57,8 @@ private:
         unsigned on;
         FileDescriptor pipe;                ///< not open for other kinds of files
         FileDescriptor stateFile;           ///< not open if there is none
-        FileDescriptor writeEnd;            ///< of a pipe whose content is passed on; else not open
-        std::string relay;                  ///< the path of such a pipe
+        FileDescriptor writeEnd;            ///< of a pipe that relays to the file; else not open
+        std::string relay;                  ///< the path of the relaying pipe
         bool isFaulty = false;              ///< the last change could not be passed on
         Presence presence = Presence::HERE; ///< of the file; guarded by the mutex
     };
@@ -81,7 +81,7 @@ private:
     const bool m_tellsChanges;
     EventQueue& m_events;
     std::vector<Source> m_sources;
-    mutable std::mutex m_mutex; // guards the states, and what is gone
+    mutable std::mutex m_mutex; // guards the states and the presence of each file
     std::vector<State> m_states;
     bool m_isEnding = false;       // guarded by the mutex
     const FileDescriptor m_notice; // readable when a source changes or the thread must end

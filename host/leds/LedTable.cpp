@@ -41,7 +41,7 @@ LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& loca
             });
         } catch (const Error& error) {
             led.fault = error.what();
-            if (profile.access == LedCtrl::ACCESS_FILES) // otherwise nobody picks the file up
+            if (profile.access == LedCtrl::ACCESS_FILES) // otherwise nobody watches for the file
                 led.path = kernelFileOf(file.path.path, locator);
             if (led.path.empty())
                 m_faults.push_back(led.fault);
@@ -52,7 +52,7 @@ LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& loca
     }
     for (auto& [mask, led] : leds)
         m_leds.push_back(std::move(led));
-    for (const Led& led : m_leds) // after the last move: the rows point to the paths
+    for (const Led& led : m_leds) // only now: the rows point to the paths, which move above
         if (!led.path.empty())
             m_files.push_back({static_cast<std::int32_t>(led.mask), led.path.c_str()});
 }

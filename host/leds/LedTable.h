@@ -23,8 +23,8 @@ struct Led {
 /// into this object; both must outlive the sequencer.
 class LedTable {
 public:
-    /// Looks up the paths of the files. A file that is not found is left out, unless it is the
-    /// kernel's file of an LED: then its driver may be loaded later.
+    /// Looks up the paths of the files. A file that is not found is left out, unless it is a kernel
+    /// LED's file, whose driver may be loaded later.
     explicit LedTable(const LedSequencerProfile& profile,
                       const DeviceLocator& locator = DeviceLocator());
     LedTable(const LedTable&) = delete;
@@ -50,8 +50,8 @@ private:
 /// An LED's name for people: its file's name, or its folder's name if the file is "brightness".
 std::string ledNameOf(const std::string& path);
 
-/// The brightness file of the LED that `device` names as "led:NAME", whether or not it exists.
-/// Empty for any other device.
+/// The brightness file of the LED that `device` names as "led:NAME", whether or not the file
+/// exists. Empty if `device` has another form.
 std::string kernelFileOf(const std::string& device, const DeviceLocator& locator = DeviceLocator());
 
 } // namespace board

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t MOST_ACTIONS = 256;
 
-/// What `action` showed in the last tick.
+/// What `action` lit in the last tick.
 std::uint32_t shownBy(const LedCtrl::ActionDesc& action, bool isBlinkLit) {
     const std::uint32_t mask = action.cmd->ledMask;
     if (isRoll(*action.cmd))
@@ -37,7 +37,7 @@ std::vector<LedTrace::Run> runsOf(const std::array<LedTrace::Run, 32>& runs, std
 
 void LedTrace::onRun(const LedCtrl::CmdDef& row, const Run& run, const Masks& before,
                      const LedCtrl::View& after) {
-    // What the group's former row held is ended by this one.
+    // This row may also have ended what the former row of its group held.
     std::uint32_t touched =
         (before.steady ^ after.steadyMask) | (before.blinking ^ after.blinkMask);
     if (changesState(row))
@@ -61,8 +61,8 @@ void LedTrace::attribute(std::uint32_t mask, const Run& run) {
 }
 
 void LedTrace::follow(const LedCtrl::View& view, const Run* started) {
-    // Actions start at the end of the sequencer's list and keep their order. The new one is left
-    // out: it may have the address of one that this row has ended.
+    // A new action is appended to the sequencer's list; the order never changes. The loop skips the
+    // new action, which may have the address of an action that this row ended.
     auto running = view.actions.rbegin();
     if (started)
         ++running;

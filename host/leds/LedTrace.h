@@ -34,15 +34,16 @@ struct LedRun {
     bool isDefault() const { return origin == Origin::START || origin == Origin::DEFAULTS; }
 };
 
-/// Why an LED shows something, or would.
+/// Why an LED shows something, or would show it if nothing hid it.
 struct LedCause {
     LedRun run;
     std::string words; ///< the line that names the row, with its number
     std::string place; ///< where the row is: "FILE:LINE: leds.command[N]"
     LedCtrl::ActionKind action = LedCtrl::ACTION_ON;
-    /// The ticks that it will still be shown in; empty if it holds until something else ends it.
+    /// The ticks that the cause still lasts; empty if it lasts until something else ends it.
     std::optional<std::uint32_t> ticksLeft;
-    /// Whether it shows now. An LED is lit if anything that shows lights it.
+    /// Whether the LED shows it now. If several causes show, the LED is lit if any of them lights
+    /// it.
     bool isShown = false;
 };
 
@@ -52,16 +53,16 @@ struct LedExplanation {
     std::uint32_t mask = 0;
     LedColor color = LedColor::UNKNOWN;
     bool isLit = false;  ///< in the last tick
-    bool isHeld = false; ///< whether `driver` holds the LED, or has only ended what did
-    /// What determines the LED's state. For an LED that nothing holds, the row that last ended a
-    /// steady or blinking state, or that would have; empty if there is none.
+    bool isHeld = false; ///< false if `driver` has only ended what held the LED
+    /// What determines the LED's state. For an LED that nothing holds, the last row that ended its
+    /// steady or blinking state, even if there was none to end; empty if there is no such row.
     std::optional<LedCause> driver;
-    /// What else holds the LED and shows once `driver` has ended: first actions, the newest first,
-    /// then a flash, then what is steady or blinking.
+    /// What else holds the LED, hidden by `driver` or shown with it: first actions, the newest
+    /// first, then a flash, then a steady or blinking state.
     std::vector<LedCause> covers;
 };
 
-/// What a row still holds without a time, so that it can be held again after a restart.
+/// What a row still holds without a time limit, so that it can be restored after a restart.
 struct LedHold {
     std::string line; ///< a line that names the row
     TYTime since;
@@ -70,9 +71,10 @@ struct LedHold {
     bool leadsGroup = false; ///< the next row of its group ends what it started
 };
 
-/// Knows which executed row each part of the sequencer's state comes from. The sequencer keeps only
-/// masks, so this compares its state before and after each row. A value: a copy is the state at
-/// that moment. Memory is bounded: of the running actions, only the newest few hundred are known.
+/// Knows which executed row each part of the sequencer's state comes from. The sequencer does not
+/// keep that, so this class compares its state before and after each row. A copy keeps what was
+/// known when it was made. Memory is bounded: of the running actions, only the newest few hundred
+/// are known.
 class LedTrace {
 public:
     using Run = std::shared_ptr<const LedRun>;
@@ -88,9 +90,9 @@ public:
                const LedCtrl::View& after);
     /// A tick has passed. `flashes` are the LEDs that were to flash in it.
     void onTick(std::uint32_t flashes, const LedCtrl::View& after);
-    /// The LEDs in `mask` come from `run` now, with the state that they have.
+    /// From now on, `run` counts as the origin of the state that the LEDs in `mask` have.
     void attribute(std::uint32_t mask, const Run& run);
-    /// Ignores what was executed since `earlier` was copied, except actions and groups.
+    /// Sets the origins of the steady, blinking and off states back to those in `earlier`.
     void restoreMasks(const LedTrace& earlier) { m_static = earlier.m_static; }
 
     /// The LEDs that were lit in the last tick.
@@ -100,14 +102,14 @@ public:
     std::vector<LedExplanation> explain(const LedSequencerProfile& profile,
                                         const std::vector<Led>& leds) const;
 
-    /// What is held without a time, in the order of execution. What default rows hold is left out,
-    /// except for rolls, because they hold it again after a restart. `after` is the present state.
+    /// What is held without a time limit, in the order of execution. Default rows run again after a
+    /// restart, so only their rolls are included. `after` is the present state.
     std::vector<std::pair<Run, LedHold>> holds(const LedCtrl::CmdDef* rows,
                                                const LedCtrl::View& after) const;
 
 private:
     struct Action {
-        const LedCtrl::ActionDesc* action; ///< only compared, except on the LED thread
+        const LedCtrl::ActionDesc* action; ///< only compared: the action may have ended
         Run run;
         std::uint32_t mask;
         std::uint32_t ticksLeft;
@@ -115,7 +117,7 @@ private:
     };
     struct Group {
         std::int32_t number;
-        Run run; ///< the last one that started something
+        Run run; ///< the group's last run that started something
     };
     struct Found {
         Run run;

@@ -58,7 +58,7 @@ void TracedLedCtrl::runDefaultRows(LedRun::Origin origin, const std::string& lin
         if (!m_table.commands()[i].isDefault)
             continue;
         traceWhile(row, newRun(row, origin, line, now), [&] {
-            // Such a row among the defaults only ends what its group's former row started.
+            // A default row with this action only ends what the former row of its group started.
             if (row.action != ACTION_DEFAULTS)
                 executeCmd(row);
             else if (row.group > 0)
@@ -72,7 +72,7 @@ bool TracedLedCtrl::handle(char* line, const TYTime& now) {
     if (!row)
         return false;
     traceWhile(*row, newRun(*row, LedRun::Origin::LINE, line, now), [&] { handleCmd(line); });
-    if (row->action == ACTION_DEFAULTS) // so far, everything has only been ended
+    if (row->action == ACTION_DEFAULTS) // handleCmd has only ended everything
         runDefaultRows(LedRun::Origin::DEFAULTS, line, now);
     return true;
 }
@@ -111,7 +111,7 @@ std::vector<LedHold> TracedLedCtrl::holds() const {
         const CmdDef& row = m_rows[run->row];
         hold.line = run->isDefault() ? lineOf(row) : run->line;
         hold.since = run->since;
-        // The memory has no empty lines, and no line reaches a row that an earlier one hides.
+        // The memory can't hold an empty line, and no line runs a row that an earlier row hides.
         if (!hold.line.empty() && find(hold.line.c_str()) == &row)
             list.push_back(hold);
     }
@@ -133,7 +133,7 @@ void TracedLedCtrl::setMasks(const LedTrace::Masks& masks) {
 }
 
 void TracedLedCtrl::restore(const std::vector<LedHold>& holds) {
-    // Rolls of default rows are among what was held, unless they had ended.
+    // End the rolls of the default rows: `holds` has those that were still running.
     for (;;) {
         const auto& actions = view().actions;
         const auto roll = std::find_if(actions.begin(), actions.end(),
@@ -160,7 +160,7 @@ void TracedLedCtrl::restore(const std::vector<LedHold>& holds) {
         masks = {(masks.steady & ~all) | hold.steady, (masks.blinking & ~all) | hold.blinking};
         held.emplace_back(all, run);
     }
-    // The rows may have changed more than they held in the end.
+    // The rows above may have changed more LEDs than they still held at the restart.
     setMasks(masks);
     m_trace.restoreMasks(afterDefaults);
     for (const auto& [mask, run] : held)
