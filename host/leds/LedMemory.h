@@ -46,7 +46,7 @@ public:
     /// What the file held; empty if it did not exist, was empty or could not be used.
     const std::optional<LedMemory>& former() const { return m_former; }
 
-    /// Makes the thread replace the file's content with `text`, unless that is the last one
+    /// Makes the thread replace the file's content with `text`, unless that is the newest content
     /// already. Never waits for the disk. A failure is reported once, as a fault. One thread at a
     /// time.
     void keep(std::string text);

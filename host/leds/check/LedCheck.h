@@ -7,9 +7,9 @@
 
 namespace board {
 
-/// What is wrong with a board's LED tables, in the profile's order; nothing if it has none. The
-/// sequencer accepts such tables, but they do nothing or not what was intended. Each finding says
-/// what the board would show. Looks at no device.
+/// Finds mistakes in a board's LED tables, in the profile's order; none if there are no tables. The
+/// sequencer accepts tables with mistakes, but they do nothing or not what was intended. Each
+/// finding says what the board would show. Looks at no device.
 std::vector<LedFinding> checkLeds(const Profile& profile);
 
 } // namespace board

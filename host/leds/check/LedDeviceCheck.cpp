@@ -10,7 +10,7 @@ namespace board {
 
 namespace {
 
-/// Below this share of the maximum, an LED that is lit is almost dark.
+/// A lit LED is almost dark if its brightness is below the maximum divided by this.
 constexpr long long LEAST_SHARE = 20;
 
 class LedDevices {

@@ -8,13 +8,13 @@
 
 namespace board {
 
-/// Whether this machine can be the one that the tables are for: false if they name LEDs of the
-/// kernel only, and none of them is here.
+/// Whether the tables may be for this machine: false if they name only kernel LEDs, and this
+/// machine has none of them.
 bool mayHaveLeds(const LedSequencerProfile& tables, const DeviceLocator& locator);
 
-/// What is wrong with the LEDs' files on this machine: whether each exists, is a file that a
-/// sequencer can write to, may be written, and reaches the brightness that means lit. Opens nothing
-/// for writing. Nothing is wrong if the tables' access is not by files.
+/// Finds LED files on this machine that are missing, of the wrong kind or not writable, or whose
+/// maximum does not suit the brightness that means lit. Opens nothing for writing. Finds nothing if
+/// the tables don't use file access.
 std::vector<LedFinding> checkLedDevices(const LedSequencerProfile& tables,
                                         const DeviceLocator& locator);
 

@@ -13,7 +13,7 @@ namespace {
 
 using LedFile = LedSequencerProfile::File;
 
-/// Equal for paths that mean one file.
+/// The same text for all paths that mean the same file.
 std::string fileOf(const std::string& path) {
     const std::string file = kernelFileOf(path);
     return std::filesystem::path(file.empty() ? path : file).lexically_normal().string();

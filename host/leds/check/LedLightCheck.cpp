@@ -11,7 +11,7 @@ namespace board {
 
 namespace {
 
-/// What ends a state without a time, besides another row of its group.
+/// The LEDs whose states without a time limit end by other means than their row's group.
 class StateEnds {
 public:
     StateEnds(const LedSequencerProfile& tables, const LedRows& rows) {
@@ -24,9 +24,9 @@ public:
                 m_off |= row.mask;
             if (holdsState(row))
                 (isOn ? m_blinking : m_steady) |= row.mask;
-            // If its group ends a row's state, it ends the same state of other rows too. A row
-            // whose time is below 0 does not hold a state, but its group ends one, even if the row
-            // itself runs again.
+            // A group that ends its row's state ends the same state of other rows too. A row with a
+            // negative time holds no state, but its group ends one, even if the group's next row is
+            // the same row.
             const bool isEnded = row.timeMs == 0 ? rows.hasMate(row) : row.timeMs < 0;
             if ((isOn || isBlink) && row.group > 0 && isEnded)
                 (isOn ? m_steady : m_blinking) |= row.mask;
@@ -51,7 +51,7 @@ void checkUnlit(const LedSequencerProfile& tables, const LedRows& rows, LedFindi
                          "no row that runs lights " + hexOf(mask) + ": this LED is always dark");
 }
 
-/// Other rolls with the same first word and mask may end each other's actions.
+/// Whether anything ends the roll. Rolls with the same first word and mask may end each other.
 bool isEndedRoll(const LedRow& row, const LedRows& rows, bool hasStop) {
     return hasStop || rows.hasDefaultsLine() || rows.hasMate(row) ||
            rows.countRolls(row.word1, row.mask) > 1;

@@ -5,8 +5,8 @@
 
 namespace board {
 
-/// Finds rows that are wrong by themselves: whose line never reaches them, whose LEDs have no file,
-/// and whose action, group or time does not do what it looks like.
+/// Finds rows that are wrong by themselves: no line runs them, their LEDs have no file, or their
+/// action, group or time does something else than it seems to do.
 void checkLedRows(const LedSequencerProfile& tables, const LedRows& rows, LedFindings& findings);
 
 } // namespace board

@@ -21,16 +21,17 @@ public:
     /// The tables must outlive the object.
     explicit LedRows(const LedSequencerProfile& tables);
 
-    /// Why no line can have the row's words; empty if one can.
+    /// Why no line can have the row's words; empty if a line can.
     static std::optional<std::string> whyUnsendable(const LedRow& row);
-    /// The earlier row that a line with the row's words and number runs instead; null if none.
+    /// The earlier row that a line with the row's words and number runs instead; null if there is
+    /// none.
     const LedRow* formerOf(const LedRow& row) const;
 
     /// Whether a line runs the row.
     bool hasLine(const LedRow& row) const { return m_states[indexOf(row)].hasLine; }
     /// Whether a line or the start runs the row.
     bool runs(const LedRow& row) const { return hasLine(row) || row.isDefault; }
-    /// Whether a line ends all rolls and timed rows.
+    /// Whether some line ends all rolls and timed rows.
     bool hasDefaultsLine() const { return m_hasDefaultsLine; }
 
     /// How many rolls have this first word and this mask.
@@ -52,7 +53,7 @@ private:
     std::vector<State> m_states; ///< one for each row
     bool m_hasDefaultsLine = false;
     std::map<std::pair<std::string_view, std::uint32_t>, std::size_t> m_rolls;
-    std::map<std::int32_t, std::size_t> m_groups; ///< how many rows of a group can run
+    std::map<std::int32_t, std::size_t> m_groups; ///< how many rows of each group can run
 };
 
 } // namespace board

@@ -45,9 +45,9 @@ public:
     }
 
 private:
-    /// What a default row has lost to later ones.
+    /// What a default row has lost to later default rows.
     struct Loss {
-        const LedRow* by = nullptr; ///< the first of them, or the one that has ended the row
+        const LedRow* by = nullptr; ///< the first of these, or the one that has ended the row
         std::uint32_t leds = 0;
         bool isEnded = false; ///< it has lost everything, to `by`
     };
@@ -64,7 +64,7 @@ private:
         std::vector<std::size_t> running;
         for (const ActionDesc& action : view().actions)
             running.push_back(indexOf(action));
-        // Such a row among the defaults only ends what its group's former row started.
+        // A default row with this action only ends what the former row of its group started.
         if (row.action != ACTION_DEFAULTS)
             executeCmd(row);
         else if (row.group > 0)
@@ -75,8 +75,8 @@ private:
                            lose(*m_owners[led], index, 1U << led);
                        m_owners[led].reset();
                    });
-        // A roll-stop, or the end of a roll by its group, ends the oldest roll with the same first
-        // word and LEDs, whatever its group.
+        // A roll-stop, or a group that ends its roll, ends the oldest roll with the same first word
+        // and LEDs, whatever the group of that roll.
         for (const std::size_t former : running)
             if (!isRunning(m_rows[former]))
                 m_losses[former] = {&m_tables.commands[index], 0, true};
@@ -117,7 +117,7 @@ private:
                              ", also a default row, changes that before the first tick");
     }
 
-    /// What actions do to each other and to the states that they hide.
+    /// Reports actions that share LEDs, and states that endless rolls hide.
     void reportActions(LedFindings& findings) const {
         std::array<const LedRow*, 32> running{}, endless{};
         for (const ActionDesc& action : view().actions) {
@@ -160,7 +160,7 @@ private:
     const Rows& m_rows;
     std::vector<Loss> m_losses;                            ///< one for each row
     std::array<std::optional<std::size_t>, 32> m_owners{}; ///< the row that holds an LED's state
-    std::map<std::int32_t, std::size_t> m_leaders; ///< the row that the group's next one ends
+    std::map<std::int32_t, std::size_t> m_leaders; ///< the row that the next one of a group ends
 };
 
 } // namespace

@@ -14,15 +14,15 @@ std::string point(double x, double y) {
     return svgNumber(x) + " " + svgNumber(y);
 }
 
-/// The attribute of a line that stands for `light`: dashes for what blinks, dots for a roll.
+/// The attribute of a line that stands for `light`: dashes for blinking, dots for a roll.
 std::string dashesOf(LedLight light) {
     if (light == LedLight::BLINK)
         return " stroke-dasharray=\"5 3\"";
     return light == LedLight::ROLL ? " stroke-dasharray=\"1 3\"" : "";
 }
 
-/// The outline of one lit stretch from `left` to `right`. Begins at the left end of the ground and
-/// does not go beyond `right`.
+/// The outline of one lit stretch from `left` to `right`. It begins at the left end of the ground
+/// and does not go beyond `right`.
 std::string outline(LedLight light, double left, double right, double ground) {
     const double top = ground - LAMP_HEIGHT;
     std::string steps = "M" + point(left, ground);

@@ -22,19 +22,19 @@ const char* inkOf(LedColor color);
 /// The color of the light itself.
 const char* glowOf(LedColor color);
 
-/// The definition of the hatching in `ink`, which timed marks are filled with.
+/// The definition of a hatching in `ink`, which fills timed marks.
 std::string hatchingIn(const std::string& ink);
 
-/// Draws what `drive` shows in `stretch`. `wave` has a character for each of its ticks, '1' for
-/// lit. Each kind of light has a shape of its own, and what is timed is hatched in a frame, so that
-/// they are told apart without colors.
+/// Draws what `drive` shows in `stretch`. `wave` has a character for each tick of `stretch`, '1'
+/// for lit. Each kind of light has a shape of its own, and timed light is hatched in a frame, so
+/// that readers can tell them apart without colors.
 void drawLight(Svg& svg, const LedDrive& drive, const std::string& wave, const LedStretch& stretch,
                const std::string& ink);
 
-/// Draws a strip below the ground of `stretch` for the light that something else hides.
+/// Draws a strip below the ground of `stretch` for `light`, which something else hides.
 void drawHidden(Svg& svg, LedLight light, const LedStretch& stretch, const std::string& ink);
 
-/// What `drive` is, for people: "blinks for a time".
+/// `drive` in words: "blinks for a time".
 std::string lightText(const LedDrive& drive);
 
 } // namespace board

@@ -29,7 +29,7 @@ ordered_json segmentJson(const LedSegment& segment, const LedWaves& waves) {
     return json;
 }
 
-/// Takes the wave, which may be long, out of `led`.
+/// Moves the wave out of `led`, because it may be long.
 ordered_json ledJson(LedWave& led, const LedWaves& waves) {
     const char* const color = colorName(led.color);
     ordered_json json = {{"mask", led.mask},

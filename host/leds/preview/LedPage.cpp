@@ -30,7 +30,7 @@ ordered_json listOf(const LedDrive& drive) {
     return {drive.row, lightWord(drive.light), drive.isTimed};
 }
 
-/// What states look like, each once.
+/// A list of what states look like, without duplicates.
 class Looks {
 public:
     std::size_t indexOf(const LedMachine::State& state) {
@@ -68,8 +68,8 @@ ordered_json machineJson(const LedMachine& machine, Looks& looks) {
         {"rows", machine.rows}, {"lit", lit}, {"look", look}, {"next", next}, {"run", machine.run}};
 }
 
-/// Replaces `name` in the page with `content`. The last name in the page is replaced first, so that
-/// no content is searched for names.
+/// Replaces `name` in the page with `content`. Call it with the last name in the page first, so
+/// that it finds no name in other content.
 void fill(std::string& page, const std::string& name, const std::string& content) {
     page.replace(page.find(name), name.size(), content);
 }
@@ -99,7 +99,7 @@ std::string pageData(const LedSequencerProfile& profile, const LedWaves& given) 
     }
     data["looks"] = looks.take();
     const std::string text = data.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
-    std::string safe; // nothing in it can end the element that holds it
+    std::string safe; // without "<", it can't end the element that holds it
     for (const char c : text)
         if (c == '<')
             safe += "\\u003c";

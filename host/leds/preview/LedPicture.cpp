@@ -27,8 +27,8 @@ constexpr double BELOW = 46;   ///< height of the axis with its numbers and unit
 constexpr double SAMPLE = 30;  ///< width of a sample in the legend
 constexpr double LEGEND_ROW = 26;
 constexpr double MS_A_SECOND = 1000;
-constexpr std::size_t MOST_NAME = 24;      ///< columns of a name; its tooltip has all of it
-constexpr std::size_t MOST_WORD_LANES = 6; ///< below these, flags have their words in a tooltip
+constexpr std::size_t MOST_NAME = 24;      ///< columns; the tooltip has the whole name
+constexpr std::size_t MOST_WORD_LANES = 6; ///< below these, a flag's words are only in its tooltip
 
 constexpr char PALE[] = "#f3f5f7", GRID[] = "#cfd5db", AXIS[] = "#5b6570", NAME[] = "#15191d",
                FLAG[] = "#8c1d18", HIDDEN[] = "#5b6570";
@@ -111,7 +111,7 @@ private:
         }
     }
 
-    /// The hatchings that occur, and a title for readers who do not see the picture.
+    /// Adds the hatchings that occur, and a title for readers who do not see the picture.
     void define() {
         m_svg.add("<title>What " + std::to_string(m_waves.leds.size()) + " LEDs show in " +
                   secondsText(m_waves, m_waves.ticks) + "</title>\n");
@@ -126,7 +126,7 @@ private:
         m_svg.add("</defs>\n");
     }
 
-    /// Time in seconds, with a short mark for each tick if there is room.
+    /// Draws the time in seconds, with a short mark for each tick if there is room.
     void drawAxis() {
         const double whole = static_cast<double>(m_waves.ticks) * m_waves.tickMs;
         const double step =
@@ -223,7 +223,7 @@ private:
         return samples;
     }
 
-    /// Draws it from `top` down and returns where it ends.
+    /// Draws the legend from `top` down and returns where it ends.
     double drawLegend(Svg& svg, const std::vector<Sample>& samples, double width,
                       double top) const {
         double x = MARGIN, y = top;

@@ -11,7 +11,7 @@ namespace board {
 
 namespace {
 
-/// Cuts what drives an LED into segments, tick by tick.
+/// Collects the segments of an LED, tick by tick.
 class LedSegments {
 public:
     void add(unsigned tick, const LedExplanation& led, const LedSequencerProfile& profile) {
@@ -41,7 +41,7 @@ private:
         std::uint64_t run;
         LedCover cover;
 
-        /// Sorts as the sequencer shows them: actions, flashes, states; the newest first.
+        /// Sorts as LedExplanation::covers: actions, flashes, states; the newest first.
         auto key() const {
             const LedDrive& drive = cover.drive;
             const int kind = drive.isTimed || drive.light == LedLight::ROLL ? 0
@@ -83,7 +83,7 @@ private:
     }
 
     std::vector<LedSegment> m_segments;
-    std::vector<Cover> m_covers, m_ended; ///< of the last segment: those that go on, and the others
+    std::vector<Cover> m_covers, m_ended; ///< of the last segment: going on, and ended
     std::uint64_t m_run = 0;
     bool m_isOpen = false;
 };

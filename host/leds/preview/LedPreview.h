@@ -14,7 +14,7 @@ namespace board {
 struct LedLine {
     unsigned tick; ///< 1 or more: the default rows run before tick 0
     std::string line;
-    /// Set by `previewLeds`: the index of the row that the line names; empty if there is none.
+    /// Set by the preview: the index of the row that the line names; empty if it names none.
     std::optional<std::size_t> row = {};
 };
 
@@ -38,18 +38,18 @@ struct LedDrive {
     }
 };
 
-/// Some ticks in which one run of a row holds an LED, but another one drives it.
+/// A span of ticks in which one run of a row holds an LED, but another run drives it.
 struct LedCover {
-    unsigned begin, end; ///< ticks; `end` is the first one after it
+    unsigned begin, end; ///< ticks; `end` is the first tick after the span
     LedDrive drive;
 };
 
-/// Some ticks in which one run of a row drives an LED.
+/// A span of ticks in which one run of a row drives an LED.
 struct LedSegment {
-    unsigned begin, end; ///< ticks; `end` is the first one after it
+    unsigned begin, end; ///< ticks; `end` is the first tick after the span
     LedDrive drive;
-    /// What else held the LED, within these ticks. Of covers that overlap, a later one in the list
-    /// is hidden by the earlier ones too.
+    /// What else held the LED within these ticks. If covers overlap, each is also hidden by those
+    /// before it in the list.
     std::vector<LedCover> covers;
 };
 
@@ -59,7 +59,7 @@ struct LedWave {
     std::string name;
     std::string wave;
     LedColor color = LedColor::UNKNOWN;
-    /// In order, without overlaps. In a tick without a segment nothing has driven the LED yet.
+    /// In order, without overlaps. In a tick without a segment, no row has driven the LED yet.
     std::vector<LedSegment> segments = {};
 };
 
@@ -82,7 +82,7 @@ LedWaves previewLeds(const LedSequencerProfile& profile, unsigned ticks,
 
 struct LedSequence;
 
-/// The same, tick by tick.
+/// Runs a preview as previewLeds does, but tick by tick.
 class LedPreviewRun {
 public:
     LedPreviewRun(const LedSequencerProfile& profile, unsigned ticks, std::vector<LedLine> lines);
@@ -100,7 +100,8 @@ private:
     const std::unique_ptr<LedSequence> m_sequence;
 };
 
-/// For each tick of `segment`, the light that all else hides. NONE in a tick without a cover.
+/// For each tick of `segment`, the light of the last cover, which all others hide. NONE in a tick
+/// without a cover.
 std::vector<LedLight> hiddenLights(const LedSegment& segment);
 
 /// The line that names `row` as people write it, without the number if that is 0: "line ring".

@@ -20,7 +20,7 @@ bool endsWith(const std::string& text, const std::string& end) {
     return text.size() > end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-/// The decimal number that `text` is, in units of 1 / `scale`, rounded up; empty if it is none.
+/// The decimal number in `text`, times `scale` and rounded up; empty if `text` is not a number.
 std::optional<std::uint64_t> scaledNumber(const std::string& text, std::uint64_t scale) {
     constexpr std::size_t MOST_DIGITS = 9; // the result fits 64 bits
     const auto point = std::min(text.find('.'), text.size());

@@ -61,7 +61,8 @@ public:
 
     /// False if the budget is used up.
     bool explore() {
-        // The start first: from there, the ways to most states are shorter than from the preview.
+        // Begins at the start: most states are reached from there in fewer ticks than from the
+        // preview.
         Twins twins(m_dark, m_light, m_table);
         step(twins);
         stateOf(twins, {LedMachine::NOT_LISTED, {}});
@@ -74,7 +75,7 @@ public:
     LedMachine take() { return std::move(m_machine); }
 
 private:
-    /// How a state is reached: the lines of one tick after another state.
+    /// How a state is reached: from another state, by the lines of one tick.
     struct Way {
         std::uint32_t from; ///< NOT_LISTED for the start
         std::vector<std::size_t> rows;
@@ -89,7 +90,7 @@ private:
         m_isOver = m_isOver || --m_budget.ticks == 0;
     }
 
-    /// Finds what follows each state that has not been looked at yet.
+    /// Finds the successors of each state that has not been followed yet.
     void followAll() {
         for (; m_next < m_machine.states.size() && !m_isOver; ++m_next)
             for (std::size_t input = 0; input <= m_machine.rows.size() && !m_isOver; ++input)
@@ -114,7 +115,8 @@ private:
         }
     }
 
-    /// Goes from `state` to what follows after `input`, and on from there as long as it is new.
+    /// Goes from `state` to its successor after `input`, and on from there while the states are
+    /// new.
     void follow(std::uint32_t state, std::size_t input) {
         Twins twins(m_dark, m_light, m_table);
         reach(state, twins);
@@ -150,7 +152,7 @@ private:
 
     void run(Twins& twins, std::size_t row) const { twins.run(lineOf(m_waves.rows[row])); }
 
-    /// Whether `row` runs twice at once.
+    /// Whether two runs of `row` overlap.
     bool isDoubled(const Twins& twins, std::size_t row) const {
         const auto index = std::lower_bound(m_rows.begin(), m_rows.end(), row) - m_rows.begin();
         const LedCtrl::CmdDef* const known =
@@ -165,7 +167,7 @@ private:
         m_isKnown[state][input] = true;
     }
 
-    /// The state that `twins` have reached; a new one, reached by `way`, if it is not listed yet.
+    /// The state that `twins` have reached. Lists the state, with `way`, if it is new.
     std::uint32_t stateOf(const Twins& twins, const Way& way) {
         LedMachine::State state{(twins.inDark & m_mask) != 0,
                                 (twins.inLight & m_mask) != 0,
@@ -187,7 +189,7 @@ private:
         return known->second;
     }
 
-    /// All that decides what the LED shows from now on. Completes `state`.
+    /// Everything that decides what the LED shows from now on, as a text. Completes `state`.
     std::string keyOf(const Twins& twins, LedMachine::State& state) const {
         std::string key;
         const auto add = [&](std::uint64_t number) { key += std::to_string(number) + " "; };
@@ -231,12 +233,12 @@ private:
 
     const std::uint32_t m_mask;
     const LedWaves& m_waves;
-    const std::vector<std::size_t> m_rows; ///< those that matter, in the table's order
+    const std::vector<std::size_t> m_rows; ///< those that may affect the LED, in the table's order
     const LedSequencerProfile m_dark, m_light;
     const LedTable m_table;
     Budget& m_budget;
     bool m_isOver = false;
-    std::uint32_t m_next = 0; ///< the first state that `followAll` has not looked at
+    std::uint32_t m_next = 0; ///< the first state that `followAll` has not followed
     LedMachine m_machine;
     std::vector<Way> m_ways;                  ///< to each state
     std::vector<std::vector<bool>> m_isKnown; ///< which successors of each state are known

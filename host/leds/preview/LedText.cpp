@@ -22,7 +22,7 @@ std::string spanText(const LedWaves& waves, unsigned begin, unsigned end) {
     return ", from " + secondsText(waves, begin) + " to " + secondsText(waves, end);
 }
 
-/// The covers by their rows and times. Those of one row that touch become one.
+/// The covers, sorted by row and time. Covers of one row that touch are joined.
 std::vector<LedCover> joined(std::vector<LedCover> covers) {
     std::sort(covers.begin(), covers.end(), [](const LedCover& a, const LedCover& b) {
         return std::tie(a.drive.row, a.begin) < std::tie(b.drive.row, b.begin);

@@ -7,8 +7,8 @@
 
 namespace board {
 
-/// The library's sequencer without its thread, pipe and files: the caller ticks. It explains what
-/// it shows.
+/// The library's sequencer without its thread, pipe and files: its caller makes it tick. It can
+/// explain what it shows.
 class SteppedLedCtrl : public TracedLedCtrl {
 public:
     /// Both must outlive the object.
@@ -49,7 +49,7 @@ private:
     bool m_flashed = false, m_mayDriveOthers = true;
 };
 
-/// What drives `led`, or did last; LedDrive() if nothing has driven it yet.
+/// What drives `led`, or the row that ended what last did; LedDrive() if nothing has driven it yet.
 LedDrive driveOf(const LedExplanation& led, const LedSequencerProfile& profile);
 LedDrive driveOf(const LedCause& cause, const LedSequencerProfile& profile);
 

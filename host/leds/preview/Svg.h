@@ -4,10 +4,10 @@
 
 namespace board {
 
-/// `value` as a picture needs it, with six digits.
+/// `value` as text, with at most six digits.
 std::string svgNumber(double value);
 
-/// `text` between the tags of XML.
+/// `text` with the special characters of XML escaped.
 std::string xmlText(const std::string& text);
 
 /// The source of a picture in SVG, written element by element. Lengths are in pixels, from the top

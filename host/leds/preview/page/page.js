@@ -1,8 +1,8 @@
 "use strict";
 
-// What the LEDs show is not computed here: the board's own sequencer has done that. For the
-// scripted run, the data has a wave for each LED. For everything that commands may add, it lists
-// the states of each LED and which state follows which; this script only looks them up.
+// This script does not compute what the LEDs show: the board's own sequencer has done that. For the
+// scripted run, the data has a wave for each LED. For everything that commands may add, the data
+// lists the states of each LED and which state follows which; this script only looks them up.
 
 const data = JSON.parse(document.getElementById("data").textContent);
 const preview = data.preview;
@@ -18,12 +18,12 @@ const calm = matchMedia("(prefers-reduced-motion: reduce)").matches;
 let shown; // for each LED and tick: whether it is lit, why, and the light that is hidden. The
 // ticks of one run share their `why`: what drives the LED, from when to when, and what it covers
 let states; // for each LED and tick: the state of its machine
-let lines; // what has been or will be handled: tick, text, row
-let isLive; // whether a command of the reader has left the scripted run
+let lines; // those that have been or will be handled: tick, text, row
+let isLive; // whether commands of the reader have replaced the scripted run
 let tick = 0;
 let isPlaying = false;
 let speed = calm ? 0.25 : 1;
-let version = 0; // counts the changes of the above, so that the waves are drawn again
+let version = 0; // counts the changes of what is above, so that the waves are drawn again
 
 function driveOf(row, light, timed) {
     return { row, light, timed };
@@ -36,7 +36,7 @@ function isSame(a, b) {
 const looks = data.looks.map(([row, light, timed, covers]) =>
     ({ ...driveOf(row, light, timed), covers: covers.map((cover) => driveOf(...cover)) }));
 
-// Adds a tick to the end of a list of covers.
+// Adds the covers of tick `at` to the end of a list.
 function addCovers(list, at, covers) {
     for (const cover of covers) {
         const open = list.find((each) => each.to >= at && isSame(each, cover));
@@ -77,24 +77,25 @@ function isBlinkLit(at) {
 }
 
 function inputOf(machine, row) {
-    return row === null ? 0 : machine.rows.indexOf(row) + 1; // 0 also if the row does not matter
+    return row === null ? 0 : machine.rows.indexOf(row) + 1; // 0 if the row can't affect the LED
 }
 
-// Whether the line of `row` starts a new run of the row that drives an LED after it.
+// Whether the line of `row` starts a new run of `driver`, the row that drives an LED after that
+// line.
 function startsRun(row, driver) {
     return row !== null && (row === driver ||
         (data.rows[row].action === "defaults" && data.rows[driver].default));
 }
 
-// What drives an LED in the tick `at`, which comes after the others: `former` or another run.
+// What drives an LED in the new last tick, `at`: `former` or another run.
 function whyAt(at, row, look, former) {
-    if (!look) // nothing drives it; what ended the last run is still the same if no line came
+    if (!look) // nothing drives it; unless a line came, the row that put it out is the same
         return row === null && former && former.light === "none" ? former : null;
     if (former && isSame(former, look) && !startsRun(row, look.row)) return former;
     return { ...driveOf(look.row, look.light, look.timed), from: at, to: at, covers: [] };
 }
 
-// Adds a tick at the end, after the line of `row` if it is not null.
+// Adds a tick at the end, after the line of `row` if `row` is not null.
 function extend(row) {
     const at = ticks();
     const bit = isBlinkLit(at) ? 2 : 1;
@@ -127,13 +128,13 @@ function cutAt(end) {
     lines = lines.filter((line) => line.tick < end);
 }
 
-// A row that already runs, and would run once more beside itself, is not listed.
+// False if a second run of the row would overlap the first one: such states are not listed.
 function canPress(row) {
     return machines !== null && tick + 1 < MOST_LIVE_TICKS &&
         machines.every((machine, i) => machine.next[inputOf(machine, row)][states[i][tick]] >= 0);
 }
 
-// Leaves what was to come, handles the line of `row` before the next tick and goes there.
+// Drops what was to come, handles the line of `row` before the next tick and goes to that tick.
 function press(row) {
     if (!canPress(row)) return;
     cutAt(tick + 1);
@@ -153,7 +154,7 @@ let owed = 0; // milliseconds of the board's time that have not been shown yet
 
 // Lets `ms` milliseconds pass.
 function advance(ms) {
-    const MOST_AT_ONCE = 100; // after a pause of the browser, it does not catch up
+    const MOST_AT_ONCE = 100; // after a pause of the browser, the page does not catch up
     owed = Math.min(owed + ms * speed, MOST_AT_ONCE * preview.tick_ms);
     const steps = Math.floor(owed / preview.tick_ms);
     if (steps === 0) return;
@@ -273,7 +274,7 @@ const LAMP = 18;
 const TOP = 26;
 const LETTER = 7.3;
 const MOST_NAME = 24; // letters; the tooltip has the whole name
-let drawn = ""; // which part of which version
+let drawn = ""; // which part of which version is drawn
 
 function shapeOf(light, left, right, ground) {
     const top = ground - LAMP;
@@ -283,7 +284,7 @@ function shapeOf(light, left, right, ground) {
     return start + `V${top}H${right}V${ground}z`;
 }
 
-// Calls `act` with the begin and the end of each part of the ticks that is the same in them.
+// Calls `act` with the begin and end of each part of the ticks in which `of` is the same.
 function forEachPart(begin, end, of, act) {
     for (let at = begin; at < end;) {
         let to = at + 1;
@@ -301,7 +302,7 @@ function titleOf(why) {
     ].join("\n");
 }
 
-// Draws the ticks from `begin` to `end`, in which `why` drives an LED, filling what is timed with
+// Draws the ticks from `begin` to `end`, in which `why` drives an LED. Timed light is filled with
 // the pattern `hatching`. `list` has the ticks.
 function drawLight(group, why, list, begin, end, x, ground, hatching) {
     const box = { x: x(begin), y: ground - LAMP, width: x(end) - x(begin), height: LAMP };
@@ -345,7 +346,7 @@ function drawHatching(defs, id, ink, glow) {
     make(pattern, "rect", { width: 2, height: 4 });
 }
 
-// A sample of each kind of light that the table may show.
+// Draws a sample of each kind of light that the table may show.
 function drawLegend() {
     const has = (...actions) => data.rows.some((row) => actions.includes(row.action));
     const rolls = has("roll-up", "roll-down");
@@ -385,7 +386,8 @@ function drawFlag(group, x, top, bottom) {
     make(group, "path", { d: `M${x} ${top}V${bottom}`, "stroke-dasharray": "4 2" });
 }
 
-// The flags of the lines from `from` to `to`, with as many of their words as fit before the next.
+// Draws the flags of the lines from `from` to `to`, with as many of their words as fit before the
+// next flag.
 function drawFlags(svg, from, to, x, bottom, width) {
     const flags = lines.filter((line) => line.tick >= from && line.tick < to);
     flags.forEach((line, i) => {
@@ -416,7 +418,7 @@ function drawWaves() {
     const left = Math.min(Math.min(longest, MOST_NAME) * LETTER + 8, width / 3);
     const columns = Math.min(MOST_NAME, Math.floor((left - 7) / LETTER));
     const space = width - left - 24;
-    const pitch = Math.max(7, Math.min(14, Math.floor(space / preview.ticks))); // of ticks
+    const pitch = Math.max(7, Math.min(14, Math.floor(space / preview.ticks))); // width of a tick
     const span = Math.max(10, Math.floor(space / pitch));
     const from = Math.floor(tick / span) * span;
     const part = [version, from, width].join();
@@ -529,7 +531,8 @@ document.addEventListener("keydown", (event) => {
     action();
 });
 
-// After a pointer has clicked a button, space plays and pauses instead of clicking it again.
+// After a pointer has clicked a button, space plays and pauses instead of clicking that button
+// again.
 document.addEventListener("click", (event) => {
     if (event.detail > 0 && event.target.closest("button"))
         byId("play").focus({ preventScroll: true });
