@@ -7,7 +7,7 @@
 #include "base/File.h"
 #include "base/Result.h"
 
-/// What a device file is, found out without opening it for writing.
+/// Finds out what a device file is, without opening it for writing.
 namespace board {
 
 /// Throws Error if the file is missing ("PATH: can't open: REASON") or is of another kind ("PATH:
@@ -19,7 +19,7 @@ void expectKind(const std::string& path, std::initializer_list<FileKind> kinds,
 std::string maximumFileOf(const std::string& path);
 
 /// The number in that file; empty if the file does not exist. The kernel clamps a higher brightness
-/// to it and reports no error.
+/// to this number and reports no error.
 std::optional<Result<long long>> maximumOf(const std::string& path);
 
 } // namespace board

@@ -18,7 +18,7 @@ namespace {
 constexpr char BLANKS[] = " \t\n\v\f\r";
 constexpr std::string_view AFTER_A_NUMBER(" \t\n\v\f\r\0", 7);
 constexpr std::int32_t MOST = std::numeric_limits<std::int32_t>::max();
-constexpr std::size_t WIDE = 16, NARROW = 4; ///< the widths of the drivers' records
+constexpr std::size_t WIDE = 16, NARROW = 4; ///< how many characters the drivers read
 constexpr std::int32_t LARGEST_NARROW = 9999;
 
 struct Range {

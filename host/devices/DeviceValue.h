@@ -8,13 +8,13 @@
 #include "profile/NamedPath.h"
 #include "sysfs/DeviceLocator.h"
 
-/// The number in a device file. The drivers take a file without a number for one that holds 0, so
-/// the host looks at the file before it believes a driver.
+/// Reads the number in a device file. The drivers report 0 for a file without a number, so the host
+/// checks the file before it trusts a driver.
 ///
-/// A number may have blanks around it and zero bytes behind it. A file that holds anything else, a
-/// number that devices of the kind can't have, or more characters than the kind's driver reads is a
-/// fault that shows what it holds: "PATH: holds 'N/A' (expected a number from 0 to 255)". No
-/// function waits for a device that has nothing to read.
+/// A number may have blanks around it and zero bytes after it. It is a fault if the file holds
+/// anything else, a number that devices of the kind can't have, or more characters than their
+/// driver reads. The fault shows the content: "PATH: holds 'N/A' (expected a number from 0 to
+/// 255)". No function waits for a device that has nothing to read.
 namespace board {
 
 /// A fan's level, 0 to `maximum`.
@@ -43,8 +43,8 @@ Result<std::string> readContent(const std::string& path);
 /// Replaces what the file holds, in one write. A fault names the path and the system's reason.
 Result<void> writeContent(const std::string& path, const std::string& bytes);
 
-/// Finds a file that the profile names, and returns what `use` makes of its path: a Result. A fault
-/// begins with the place that names the file.
+/// Finds a file that the profile names, calls `use` with its path and returns the Result. A fault
+/// begins with the place in the profile that names the file.
 template <class Use>
 auto withNamedFile(const NamedPath& named, const DeviceLocator& locator, Use use)
     -> decltype(use(named.path)) {

@@ -28,7 +28,7 @@ DriverConnection::~DriverConnection() {
 void DriverConnection::open(const std::string& path) {
     std::vector<MxMsg> answers = m_answers;
     answers.push_back(answer(MSG_GET_FILE_PATH, String(path.c_str())));
-    m_endpoint.reset(); // a name can be published once
+    m_endpoint.reset(); // only one endpoint can have the name
     m_endpoint = std::make_unique<KernelEndpoint>(endpointOf(*m_entry), std::move(answers));
     String message = "the kernel driver can't be connected";
     const auto hold = m_driver.getLock();

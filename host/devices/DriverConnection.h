@@ -12,19 +12,21 @@
 
 namespace board {
 
-/// A kernel-backed driver with the endpoint that answers it. Closes the driver at its end.
+/// A kernel-backed driver and the endpoint that answers its messages. The destructor closes the
+/// driver.
 class DriverConnection {
 public:
-    /// Takes over the reference to `driver`, which is closed and uses `endpointOf(entry)`. The
-    /// endpoint will answer with `answers`, the description in `entry` and a path. `entry` must
-    /// outlive the object.
+    /// Takes over the reference to `driver`, which must be closed and use `endpointOf(entry)`. The
+    /// endpoint will answer with `answers`, the description in `entry` and the path for `open`.
+    /// `entry` must outlive the object.
     DriverConnection(const DeviceProfile& entry, CKernelDriver* driver, std::vector<MxMsg> answers);
     ~DriverConnection();
     DriverConnection(DriverConnection&&) = default;
     DriverConnection& operator=(DriverConnection&&) = delete;
 
-    /// Connects the driver to the device file `path`, also if it is connected to another. Holds the
-    /// driver's lock meanwhile. Throws Error with the system's reason if that fails.
+    /// Connects the driver to the device file `path`, even if it is connected to another file.
+    /// Holds the driver's lock meanwhile. Throws Error with the system's reason if the connection
+    /// fails.
     void open(const std::string& path);
 
     const DeviceProfile& entry() const { return *m_entry; }

@@ -28,7 +28,7 @@ Result<void> HostedFan::withModeFile(Use use) const {
     return withNamedFile(*m_profile.enable, m_locator, use);
 }
 
-/// Looks the device up again: by now, the path may be that of another one.
+/// Looks the device up again, because its old path may now lead to another device.
 template <class Use>
 Result<void> HostedFan::withDeviceFile(Use use) const {
     return withNamedFile(m_profile.device, m_locator, use);
@@ -131,7 +131,7 @@ Result<void> HostedFan::giveBack() {
         return withDeviceFile([&](const std::string& path) -> Result<void> {
             if (path != m_path)
                 return writeContent(path, std::to_string(m_profile.maximum) + "\n");
-            errno = 0; // the driver ignores the result of its write, which leaves its reason here
+            errno = 0; // the driver ignores the result of its write, so errno is checked below
             if (!CFanControl::setFanSpeed(FAN_SPEED_FULL).isSuccess() || errno != 0)
                 return Fault{m_path + ": can't write: " + reasonOf(errno)};
             return {};
@@ -142,7 +142,7 @@ Result<void> HostedFan::giveBack() {
     return {};
 }
 
-/// The speed comes first: some chips accept one only while they are under manual control.
+/// The speed comes first: some chips accept a speed only while they are under manual control.
 Result<void> HostedFan::restore(const Found& found) const {
     const Result<void> speed =
         withDeviceFile([&](const std::string& path) { return putBackSpeed(path, found.speed); });

@@ -19,33 +19,33 @@ public:
     HostedFan(IDriverRepository* repository, const String& endpoint, const FanProfile& profile,
               std::string path, DeviceLocator locator);
 
-    /// As in the base, except for the first speed: before it, remembers what the device and the
-    /// mode file hold, and writes the number for manual control. If the mode file can't be read or
-    /// written, nothing is set, the request is not remembered, and `fault` says why: a mode that is
-    /// not known could not be given back. It is the same if the device has moved since `moveTo`: by
-    /// now, the path may be that of another one.
+    /// Sets the speed as the base does. Before the first speed, remembers what the device and the
+    /// mode file hold, and writes the number for manual control. Fails if the mode file can't be
+    /// read or written, because a mode that is not known could not be restored. Also fails if the
+    /// device has moved since `moveTo`, because the path may now lead to another device. After such
+    /// a failure, nothing is set, the request is not remembered, and `fault` says why.
     XCode setFanSpeed(FanSpeed speed) override;
 
     /// Why the last `setFanSpeed` failed before it reached the device; empty otherwise.
     const std::optional<std::string>& fault() const { return m_fault; }
 
-    /// The speed that was set last, as long as it is in force: neither `setAutomatic` nor
-    /// `giveBack` has ended it. The device may hold another.
+    /// The speed that was set last; empty once `setAutomatic` or `giveBack` has ended it. The
+    /// device may hold another speed.
     const std::optional<FanSpeed>& speedInForce() const { return m_inForce; }
 
     /// What the driver writes to the device for `speed`.
     std::uint32_t levelOf(FanSpeed speed) const;
 
-    /// From now on the device file is `path`: the kernel has made the device anew, and may have
-    /// made it automatic. The next speed that is set takes it off automatic control again.
+    /// Call it when the kernel has created the device again, at `path`. The new device may be under
+    /// automatic control; the next speed that is set takes it off again.
     void moveTo(std::string path);
 
-    /// Puts the fan under automatic control and reads back that it is. The next speed that is set
-    /// takes it off again.
+    /// Puts the fan under automatic control and reads the mode back to check that. The next speed
+    /// that is set takes the fan off again.
     Result<void> setAutomatic();
 
-    /// What the profile asks for at the end of a host. Does nothing unless a speed has been set
-    /// since construction or the last call. A fault tells everything that could not be done.
+    /// Does what the profile asks for at the end of a host. Does nothing unless a speed has been
+    /// set since construction or the last call. A fault names everything that failed.
     Result<void> giveBack();
 
 private:

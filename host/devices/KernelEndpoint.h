@@ -8,7 +8,7 @@
 namespace board {
 
 /// The kernel driver's end of a message channel, published as long as this object lives. It answers
-/// each of its codes with a fixed message and leaves other codes unanswered.
+/// each code of `answers` with a fixed message and leaves other codes unanswered.
 class KernelEndpoint {
 public:
     /// Throws Error if the name is already published.

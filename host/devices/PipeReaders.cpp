@@ -33,7 +33,7 @@ std::optional<bool> isReadBy(const std::string& process, const FileIdentity& pip
 } // namespace
 
 std::optional<bool> isReadByThisUser(const FileIdentity& pipe) {
-    if (!tryExamine("/proc/1")) // hidden processes are not listed
+    if (!tryExamine("/proc/1")) // some processes are hidden
         return std::nullopt;
     std::error_code error;
     std::optional<bool> answer = false;

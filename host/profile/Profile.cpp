@@ -20,7 +20,7 @@ namespace {
 constexpr std::size_t MAX_PROFILE_SIZE = std::size_t{1024} * 1024;
 constexpr std::uint32_t MAX_DESCRIPTOR_SIZE = 65536;
 constexpr std::uint32_t MAX_HYSTERESIS = 1000; // degrees
-constexpr std::uint32_t MAX_BRIGHTNESS = 9999; // the LED driver writes four characters
+constexpr std::uint32_t MAX_BRIGHTNESS = 9999; // the LED driver writes at most four characters
 
 /// The parser destroys its tables by recursion, so a dotted name with very many parts would exhaust
 /// the stack.
@@ -171,7 +171,7 @@ LedSequencerProfile readLeds(const ProfileReader& reader) {
     return leds;
 }
 
-/// The number that `word` is, in decimal digits; empty if it is none of 32 bits.
+/// The decimal number in `word`; empty if `word` is not a number of 32 bits.
 std::optional<std::int32_t> toNumber(const std::string& word) {
     std::int32_t number = 0;
     const char* const end = word.data() + word.size();

@@ -12,7 +12,7 @@
 
 namespace board {
 
-/// The names in the repository of the drivers that every board may have once.
+/// The repository names of the drivers that a board has at most once.
 constexpr char DESCRIPTOR_DRIVER[] = "board-descr-driver";
 constexpr char CAPACITY_DRIVER[] = "resource-driver";
 
@@ -25,9 +25,9 @@ struct DeviceProfile {
 };
 
 struct FanProfile : DeviceProfile {
-    /// What a host does at its end with a fan that it has set.
+    /// What a host does at its end with a fan whose speed it has set.
     enum class OnExit : std::int32_t {
-        RESTORE, ///< sets the speed and the mode that it found
+        RESTORE, ///< restores the speed and the mode that it found
         KEEP,    ///< leaves the fan as it is
         FULL,    ///< sets full speed
     };
@@ -65,14 +65,14 @@ struct VoipProfile {
     std::uint32_t defaultSipLegs = 0; ///< used if the descriptor has no number
 };
 
-/// The LED sequencer's tables. Numbers that the sequencer does not know are kept as they are, so
-/// that tables with mistakes in them can be tried.
+/// The LED sequencer's tables. Numbers that have no meaning for the sequencer are kept as they are,
+/// so that tables with mistakes can be tried.
 struct LedSequencerProfile {
     struct File {
         std::int32_t mask = 0; ///< the LED, as a bit of 32
         NamedPath path;
         std::uint32_t on = 1;  ///< the brightness that means lit, 1 to 9999
-        std::string name = {}; ///< for people; empty if the path is to name the LED
+        std::string name = {}; ///< for people; if empty, the path names the LED
         LedColor color = LedColor::UNKNOWN;
         std::string place = {}; ///< "FILE:LINE: leds.file[N]", for messages
     };
@@ -87,12 +87,12 @@ struct LedSequencerProfile {
         bool isDefault = false;
         std::string place; ///< "FILE:LINE: leds.command[N]", for messages
     };
-    /// The tick in microseconds, which the sequencer counts in 32 bits: a number that is too large
-    /// wraps around. With 0 the sequencer stays idle.
+    /// The tick in microseconds. The sequencer computes it in 32 bits, so a tick that is too long
+    /// wraps around. If the result is 0, the sequencer stays idle.
     std::uint32_t tickUs() const { return tickMs * 1000U; }
 
-    std::string place; ///< "FILE:LINE: leds", for messages
-    std::string group; ///< who may write to the pipe besides its owner; empty: see LedPipeClaim
+    std::string place;      ///< "FILE:LINE: leds", for messages
+    std::string group;      ///< may write to the pipe, as its owner may; if empty, see LedPipeClaim
     std::string groupPlace; ///< "FILE:LINE: leds.group", for messages
     std::uint32_t tickMs = 100;
     std::uint32_t blinkPattern = 0x0F0F0F0F;
@@ -101,7 +101,7 @@ struct LedSequencerProfile {
     std::vector<Command> commands;
 };
 
-/// A line for the LED sequencer: words that its pipe can carry, and fit into one line.
+/// A line for the LED sequencer. The words are short and plain enough to be sent through the pipe.
 struct LedLineProfile {
     std::string word1;
     std::string word2;
@@ -116,11 +116,11 @@ struct WatchProfile {
     std::optional<LedLineProfile> onClear;  ///< handled when the last alarm ends
 };
 
-/// What a board is, from a TOML file. Every path in it is relative to that file; here they are
-/// resolved.
+/// A board's description, from a TOML file. Paths in the file are relative to its folder; here they
+/// are resolved.
 ///
-/// Drivers keep pointers into the profile's texts: it must outlive everything created from it, and
-/// must not be changed or moved.
+/// Drivers keep pointers into the profile's texts, so the profile must outlive everything created
+/// from it, and must not be changed or moved.
 struct Profile {
     std::vector<FanProfile> fans;
     std::vector<ThermalProfile> thermals;
@@ -133,12 +133,13 @@ struct Profile {
     std::optional<NamedPath> firmware;    ///< the information file
     std::optional<LedSequencerProfile> ledService;
     WatchProfile watch;
-    bool simulated = false; ///< no value of this board was measured
+    bool simulated = false; ///< true if no value of this board is measured
 
-    /// Reads `path`. Throws Error if it can't be read, is not a file or is larger than 1 MiB.
-    /// Throws ProfileError with one line, "FILE:LINE: KEY: what is wrong (expected ...)", if it is
-    /// not TOML, if a line has more than 256 dots, and for keys that are unknown or missing, wrong
-    /// types, numbers out of range, and names that are empty or not unique.
+    /// Reads the file `path`. Throws Error if it can't be read, is not a regular file or is larger
+    /// than 1 MiB. Throws ProfileError if it is not TOML, or if it has a line with more than 256
+    /// dots, an unknown key, a missing key, a value of the wrong type, a number out of range, or a
+    /// name that is empty or not unique. The message is one line: "FILE:LINE: KEY: what is wrong
+    /// (expected ...)".
     static Profile load(const std::string& path);
 };
 

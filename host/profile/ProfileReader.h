@@ -16,7 +16,7 @@ namespace board {
 /// The profile file that is being read.
 struct ProfileSource {
     std::string name;   ///< as the user named it
-    std::string folder; ///< that paths in it are relative to, with a slash; or empty
+    std::string folder; ///< where relative paths begin, with a slash; or empty
 };
 
 /// One table of the profile, read with checks. Every function throws ProfileError if the profile
@@ -27,7 +27,8 @@ public:
     using Words = std::initializer_list<std::pair<const char*, std::int32_t>>;
 
     /// `place` is the table's name in messages, empty for the whole file. A key that is not among
-    /// `known` is reported first: it may be the misspelled name of a key that is missing.
+    /// `known` is reported before any missing key, because it may be a misspelling of the missing
+    /// key.
     ProfileReader(const ProfileSource& source, const toml::table& table, std::string place,
                   Keys known);
 
@@ -39,7 +40,8 @@ public:
     std::string name(const char* key) const;
     /// A path, resolved unless it is absolute.
     NamedPath path(const char* key) const;
-    /// The same, or a device named by its class ("hwmon:...", "led:..."), which is left unchanged.
+    /// The same as `path`, but leaves a device named by its class unchanged ("hwmon:...",
+    /// "led:...").
     NamedPath device(const char* key) const;
     bool boolean(const char* key) const;
     std::uint32_t number(const char* key, std::uint32_t minimum = 0,
@@ -60,7 +62,7 @@ public:
     /// The table's place, for messages: "FILE:LINE: TABLE".
     std::string where() const { return lineOf(m_table.source()) + m_place; }
 
-    /// The place of `key`, which the table has: "FILE:LINE: KEY".
+    /// The place of `key`, which must be in the table: "FILE:LINE: KEY".
     std::string where(const char* key) const { return lineOf(node(key).source()) + placeOf(key); }
 
     /// The full name of `key`, such as "fan[0].name".

@@ -25,8 +25,8 @@ public:
     /// `events` must outlive the object.
     explicit Alarms(EventQueue& events) : m_events(events) {}
 
-    /// Whether the alarm is in force now. If that is a change, `begins` or `ends` becomes an event.
-    /// An alarm in force has the text of `begins`.
+    /// Sets whether the alarm is in force now. If that is a change, `begins` or `ends` becomes an
+    /// event. An alarm in force has the text of `begins`.
     void judge(Alarm::Kind kind, const std::string& device, bool isInForce, Event begins,
                Event ends);
 
@@ -36,7 +36,7 @@ public:
     const std::vector<Alarm>& all() const { return m_alarms; }
 
 private:
-    /// The place of an alarm in the list; its size if the alarm is not in force.
+    /// The place of an alarm in the list; the list's size if the alarm is not in force.
     std::size_t find(Alarm::Kind kind, const std::string& device) const;
     void remove(std::size_t place);
 

@@ -16,7 +16,7 @@ namespace board {
 
 namespace {
 
-/// Whether the file begins with `expected`, and with `isWhole`, holds nothing else.
+/// Whether the file begins with `expected` and, if `isWhole`, holds nothing else.
 bool holds(const FileDescriptor& file, const std::string& path, const std::string& expected,
            bool isWhole) {
     char bytes[4096];
@@ -34,7 +34,7 @@ bool holds(const FileDescriptor& file, const std::string& path, const std::strin
     }
 }
 
-/// The chunk of each tag, by its identifier and how many tags before it have the same.
+/// The chunk of each tag, by its identifier and the number of earlier tags with that identifier.
 std::map<std::pair<BD::TagId, unsigned>, std::string> chunksOf(const TagImage& image) {
     std::map<std::pair<BD::TagId, unsigned>, std::string> chunks;
     std::map<BD::TagId, unsigned> counts;
@@ -70,7 +70,7 @@ Result<std::optional<event::DescriptorChanged>> DescriptorWatch::look(const std:
         auto source = DescriptorSource::ofBoard(path, m_profile.readChunk, m_profile.size);
         source.waitForLock({std::chrono::milliseconds(0)});
         const TagImage image = source.load();
-        // After the terminator there may be anything. All of a corrupt image counts.
+        // Bytes after the terminator don't count. Of a corrupt image, all bytes count.
         const bool isWhole = image.isCorrupt() || !image.terminator();
         const auto former = std::exchange(
             m_seen, Seen{image.bytes().substr(0, isWhole ? std::string::npos : image.usedBytes()),

@@ -9,7 +9,7 @@
 
 namespace board {
 
-/// Tells whether somebody has changed the board descriptor on its device. Keeps the part of the
+/// Finds out whether somebody has changed the board descriptor on its device. Keeps the part of the
 /// image that a load reads: at most 64 KiB.
 class DescriptorWatch {
 public:
@@ -17,9 +17,9 @@ public:
     explicit DescriptorWatch(const DescriptorProfile& profile) : m_profile(profile) {}
 
     /// Compares the device at `path` with what the previous call read there, and returns the
-    /// change. Empty if there is none, and for the first call. Loads the image only if its bytes
-    /// differ. While another program holds the device's exclusive lock, because it writes, a change
-    /// is left for a later call. A fault tells why the device can't be read.
+    /// change. Empty at the first call, and if nothing has changed. Loads the image only if its
+    /// bytes differ. While another program holds the device's exclusive lock, because it is
+    /// writing, leaves a change for a later call. A fault tells why the device can't be read.
     Result<std::optional<event::DescriptorChanged>> look(const std::string& path);
 
     /// The bytes that a load would read, as of the last successful `look`; null before the first

@@ -16,7 +16,7 @@ struct EventWords {
     bool isTrouble = false;        ///< something does not work, or an alarm begins
 };
 
-/// A line of the log has the type "log".
+/// The event in words. A line of the log has the type "log".
 EventWords wordsOf(const Event& event);
 
 /// Local time to the millisecond, with its offset from UTC: "2030-01-31T12:00:00.000+0100".

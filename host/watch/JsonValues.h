@@ -14,7 +14,7 @@ nlohmann::ordered_json orNull(const std::optional<Value>& value) {
     return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
 }
 
-/// A temperature in degrees. Sensors measure thousandths, so other digits would be made up.
+/// A temperature in degrees, rounded to thousandths, because sensors measure no further digits.
 inline double roundedCelsius(double celsius) {
     constexpr double THOUSANDTHS = 1000;
     return std::round(celsius * THOUSANDTHS) / THOUSANDTHS;

@@ -15,7 +15,7 @@ bool isWatched(DeviceKind kind) {
     return kind != DeviceKind::VOIP && kind != DeviceKind::PREFERENCES;
 }
 
-/// With a small maximum, a level does not read back as the speed that it was set for.
+/// Compares the levels too: with a small maximum, a level may read back as another speed.
 bool follows(const HostedFan& fan, const Device& device, IFanControl::FanSpeed held) {
     if (!fan.speedInForce() || *fan.speedInForce() == held)
         return true;
@@ -75,7 +75,7 @@ void Watch::lookAt(WatchedDevice& device) {
     }
 }
 
-/// Null if the device can't be read, even after it was looked up again.
+/// Reads the device. Null if that fails even after the device was looked up again.
 template <class Reading>
 const Reading* Watch::read(WatchedDevice& device,
                            Reading (*readOnce)(const Host&, const std::string&)) {
@@ -105,7 +105,7 @@ void Watch::note(WatchedDevice& device, std::optional<std::string> fault) {
 void Watch::lookAtFan(WatchedDevice& device) {
     using Speed = IFanControl::FanSpeed;
     const HostedFan& fan = *m_host.fan(device.name);
-    const TYLockHolder hold(m_host.fan(device.name)->getLock()); // nobody sets it meanwhile
+    const TYLockHolder hold(m_host.fan(device.name)->getLock()); // nobody sets the speed meanwhile
     const auto* const former = std::get_if<FanReading>(&device.reading);
     const bool wasOff = former && former->value && *former->value == Speed::FAN_SPEED_OFF;
     const FanReading* const reading = read(device, readFan);
@@ -180,7 +180,7 @@ void Watch::pickDescriptorUp() const {
     }
     const Result<void> loaded = loadDescriptor(m_host, {std::chrono::milliseconds(0)});
     if (m_host.isDescriptorAwaited())
-        return; // the edit still goes on
+        return; // another program still edits the device
     const Result<void> settled = m_host.capacity() ? settleCapacity(m_host) : Result<void>();
     for (const Result<void>& step : {loaded, settled})
         if (!step)

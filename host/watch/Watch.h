@@ -20,27 +20,28 @@ namespace board {
 struct WatchedDevice {
     DeviceKind kind;
     std::string name;
-    /// The last one, which contains the fault if the device could not be read. A descriptor has
-    /// none.
+    /// The last reading. It contains the fault if the device could not be read. A descriptor has no
+    /// reading.
     std::variant<std::monostate, FanReading, TemperatureReading, PowerReading, LedReading> reading;
     std::optional<std::string> fault; ///< why the device can't be read
-    TYTime since;                     ///< since when it can or can't be read, by the calendar clock
+    TYTime since;                     ///< when `fault` was last set or ended, by the calendar clock
 };
 
 /// Looks at the fans, sensors, supplies, LEDs and the descriptor of a hosted board. Each change
 /// since the last look becomes one event; the first look compares with a board on which everything
 /// works. A device that can't be read is looked up and connected again at each look.
 ///
-/// A sensor is over its maximum until it is below the maximum minus the hysteresis. A fan follows
-/// if it holds the speed that this process has set; if none is in force, every speed is right. A
-/// fan that has just been switched on may stand still for one look. While a device can't be read,
-/// its other alarms stay as they are.
+/// A sensor that was above its maximum counts as over it until it is below the maximum minus the
+/// hysteresis. A fan counts as following its setting if it holds the speed that this process has
+/// set. If no set speed is in force, any speed is accepted. A fan that has just been switched on
+/// may be at rest for one look. While a device can't be read, its other alarms stay as they are.
 ///
 /// One thread. Memory is bounded by the number of devices.
 class Watch {
 public:
-    /// Takes a line for the LED sequencer, which handles it like a line from its pipe. False if it
-    /// can't be sent now: the next look tries again, if the line still applies.
+    /// Passes a line to the LED sequencer, which handles it like a line from its pipe. Returns
+    /// false if the line can't be sent now. The next look then tries again if the line still
+    /// applies.
     using LedLineSink = std::function<bool(const std::string& line)>;
 
     /// All arguments must outlive the object.
@@ -48,10 +49,11 @@ public:
 
     void look();
 
-    /// Passes the profile's lines to `sink`: `on_alarm` when the first alarm begins, `on_clear`
-    /// when the last one ends. An empty function drops them. `showsAlarm` means that the LEDs show
-    /// an alarm already, from before a restart. The line that applies is passed at once: `on_alarm`
-    /// if there are alarms that the LEDs don't show, `on_clear` if they show one and there is none.
+    /// From now on, passes the profile's lines to `sink`: `on_alarm` when the first alarm begins,
+    /// `on_clear` when the last alarm ends. An empty `sink` drops the lines. `showsAlarm` means
+    /// that the LEDs show an alarm already, from before a restart. A line that applies now is
+    /// passed at once: `on_alarm` if there are alarms that the LEDs don't show, `on_clear` if the
+    /// LEDs show an alarm but there is none.
     void sendLedLinesTo(LedLineSink sink, bool showsAlarm = false);
 
     /// In the host's order. Before the first look, all of them count as working.
@@ -64,12 +66,12 @@ public:
     const std::vector<Alarm>& alarms() const { return m_alarms.all(); }
 
     /// The bytes that a load of the descriptor would read, as of the last look that could read
-    /// them; null if none could, or if the board has no descriptor.
+    /// them; null if no look could, or if the board has no descriptor.
     const std::string* descriptorImage() const {
         return m_descriptor ? m_descriptor->image() : nullptr;
     }
 
-    /// The load of the processors between the last two looks; a fault before the second.
+    /// The load of the processors between the last two looks; a fault before the second look.
     const Result<CpuReading>& load() const { return m_load; }
 
 private:
@@ -96,7 +98,7 @@ private:
     std::optional<CpuMeter> m_meter;
     Result<CpuReading> m_load = Fault{"has not been measured"};
     LedLineSink m_sink;
-    bool m_showsAlarm = false; ///< the LEDs were told about an alarm
+    bool m_showsAlarm = false; ///< the LEDs show that there are alarms
 };
 
 } // namespace board
