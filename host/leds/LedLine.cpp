@@ -78,9 +78,9 @@ FileDescriptor openToSend(const std::string& group) {
     return pipe;
 }
 
-/// True if only this sender may check the pipe and write to it now. The turn ends when it closes
-/// the pipe. Uses a record lock, which does not conflict with the flock that a host without its own
-/// lock file holds on the pipe.
+/// True if only this sender may check the pipe and write to it now. The turn ends when the sender
+/// closes the pipe. Uses a record lock, which does not conflict with the flock that a host without
+/// its own lock file holds on the pipe.
 bool tryTakeTurn(const FileDescriptor& pipe) {
     struct flock turn {};
     turn.l_type = F_WRLCK;

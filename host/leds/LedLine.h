@@ -23,8 +23,8 @@ std::string ledLine(const std::string& word1, const std::string& word2,
 /// the pipe holds other lines.
 ///
 /// Also throws Error if a stranger may have put the pipe there to get the lines. The pipe must
-/// belong to root or to this user, or its group must be allowed to write to it and be one of this
-/// user's groups or `group`, the profile's group: only its members can give a pipe to a group.
+/// belong to root or to this user; or its group may write to it, and is one of this user's groups
+/// or `group`, the profile's group. Only members of a group can give a pipe to it.
 void sendLedLine(const std::string& line, const std::string& group = "");
 
 /// The same as sendLedLine, but takes turns with other senders and writes only while the pipe is

@@ -32,7 +32,7 @@ std::string octal(mode_t mode) {
 
 /// Whoever may write to a folder may replace the files in it, unless the folder is sticky.
 void expectSafeFolder() {
-    const std::string folder = folderOf(LED_PIPE); // its final slash follows a link
+    const std::string folder = folderOf(LED_PIPE); // with the final slash, a link is followed
     const std::optional<FileStatus> found = tryExamine(folder);
     if (!found)
         failWith(folder, "can't examine the folder", errno);
@@ -96,7 +96,7 @@ bool correct(const FileStatus& found, const std::string& group) {
     if (mode == wanted && found.group == number)
         return false;
     if (found.owner != ::geteuid()) {
-        // Accepted: root has made the pipe for the group, and its members may read it.
+        // Accepted: root has made the pipe for the group, whose members may read it.
         if (!group.empty() && found.group == number && (mode & OTHERS) == 0)
             return false;
         failAtLedPipe("belongs to root, and its group is " + std::to_string(found.group) +
@@ -131,7 +131,7 @@ bool isSwitchedOff(const char* setting) {
 LedPipeClaim::LedPipeClaim(const std::string& group) {
     expectSafeFolder();
     const FileStatus found = makePipe(group);
-    // A stranger may have opened the pipe just before its mode was corrected.
+    // A stranger may have opened the pipe before its mode was corrected.
     if (hasReader() || (correct(found, group) && hasReader())) {
         removeFromStranger(found);
         correct(makePipe(group), group);

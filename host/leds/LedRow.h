@@ -19,7 +19,7 @@ bool isRoll(const Row& row) {
     return row.action == LedCtrl::ACTION_ROLL_UP || row.action == LedCtrl::ACTION_ROLL_DOWN;
 }
 
-/// Whether the row is a roll without a time.
+/// Whether the row is a roll without a time limit.
 template <class Row>
 bool isEndlessRoll(const Row& row) {
     return isRoll(row) && row.timeMs == 0;

@@ -76,7 +76,7 @@ void LedStates::openPipe(Source& source) {
             source.relay = "/proc/self/fd/" + std::to_string(source.pipe.number());
         return;
     }
-    // Opened for writing too, so that it never reports an end when the sequencer closes it.
+    // Opened for writing too, so that a read reports no end when the sequencer closes the pipe.
     source.pipe = tryOpen(source.path, O_RDWR | O_NONBLOCK);
     source.stateFile = tryOpen(source.path + ".state", O_WRONLY | O_NONBLOCK | O_NOFOLLOW);
     if (kindOf(source.stateFile) != FileKind::REGULAR)

@@ -40,7 +40,7 @@ struct LedCause {
     std::string words; ///< the line that names the row, with its number
     std::string place; ///< where the row is: "FILE:LINE: leds.command[N]"
     LedCtrl::ActionKind action = LedCtrl::ACTION_ON;
-    /// The ticks that the cause still lasts; empty if it lasts until something else ends it.
+    /// How many more ticks the cause lasts; empty if it lasts until something else ends it.
     std::optional<std::uint32_t> ticksLeft;
     /// Whether the LED shows it now. If several causes show, the LED is lit if any of them lights
     /// it.
@@ -72,7 +72,7 @@ struct LedHold {
 };
 
 /// Knows which executed row each part of the sequencer's state comes from. The sequencer does not
-/// keep that, so this class compares its state before and after each row. A copy keeps what was
+/// record that, so this class compares its state before and after each row. A copy keeps what was
 /// known when it was made. Memory is bounded: of the running actions, only the newest few hundred
 /// are known.
 class LedTrace {

@@ -72,7 +72,7 @@ bool TracedLedCtrl::handle(char* line, const TYTime& now) {
     if (!row)
         return false;
     traceWhile(*row, newRun(*row, LedRun::Origin::LINE, line, now), [&] { handleCmd(line); });
-    if (row->action == ACTION_DEFAULTS) // handleCmd has only ended everything
+    if (row->action == ACTION_DEFAULTS) // handleCmd knows no default rows
         runDefaultRows(LedRun::Origin::DEFAULTS, line, now);
     return true;
 }

@@ -18,8 +18,8 @@ struct UnmarkedLedRows {
     std::vector<LedCtrl::CmdDef> m_rows;
 };
 
-/// The library's sequencer, which can also explain what it shows. It does the same in each tick,
-/// but runs the default rows itself, one by one, to see what each of them changes.
+/// The library's sequencer, which can also explain what it shows. Its ticks do the same as the
+/// library's. It runs the default rows itself, one by one, to see what each of them changes.
 ///
 /// Everything except `explain` is for the LED thread, or for one other thread while none is
 /// started.

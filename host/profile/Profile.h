@@ -50,7 +50,7 @@ struct PowerProfile : DeviceProfile {};
 /// One LED behind a kernel driver.
 struct LedDeviceProfile : DeviceProfile {
     bool biStatus = false; ///< has two lit states
-    std::uint32_t on = 1;  ///< the brightness that means lit, 1 to 9999; not 2 with two lit states
+    std::uint32_t on = 1;  ///< the brightness that means lit, 1 to 9999; not 2 if biStatus
 };
 
 /// The EEPROM that holds the board descriptor.
@@ -92,7 +92,7 @@ struct LedSequencerProfile {
     std::uint32_t tickUs() const { return tickMs * 1000U; }
 
     std::string place;      ///< "FILE:LINE: leds", for messages
-    std::string group;      ///< may write to the pipe, as its owner may; if empty, see LedPipeClaim
+    std::string group;      ///< the group that may write to the pipe; if empty, see LedPipeClaim
     std::string groupPlace; ///< "FILE:LINE: leds.group", for messages
     std::uint32_t tickMs = 100;
     std::uint32_t blinkPattern = 0x0F0F0F0F;

@@ -11,7 +11,7 @@ namespace board {
 /// An LED has "mask", "name", "color" (null if it is not known), "wave" and "segments". A segment
 /// has "from" and "to" (the first tick after it), what drives the LED ("row", the row's index;
 /// "words"; "light", one of none, steady, blink, flash and roll; "timed") and "covered", a list of
-/// what that hides, in the same words. An event has "tick", "ms", "line" and "row", which is null
+/// what is hidden, with the same keys. An event has "tick", "ms", "line" and "row", which is null
 /// if the line names no row.
 nlohmann::ordered_json toJson(LedWaves waves);
 

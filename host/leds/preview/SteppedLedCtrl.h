@@ -11,7 +11,7 @@ namespace board {
 /// explain what it shows.
 class SteppedLedCtrl : public TracedLedCtrl {
 public:
-    /// Both must outlive the object.
+    /// Both arguments must outlive the object.
     SteppedLedCtrl(const LedSequencerProfile& profile, const LedTable& table)
         : TracedLedCtrl(profile, table, {}) {}
 
@@ -49,7 +49,8 @@ private:
     bool m_flashed = false, m_mayDriveOthers = true;
 };
 
-/// What drives `led`, or the row that ended what last did; LedDrive() if nothing has driven it yet.
+/// What drives `led`; if nothing holds it, the row that last put it out. LedDrive() if nothing has
+/// driven it yet.
 LedDrive driveOf(const LedExplanation& led, const LedSequencerProfile& profile);
 LedDrive driveOf(const LedCause& cause, const LedSequencerProfile& profile);
 
