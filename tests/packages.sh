@@ -22,12 +22,11 @@ packages=("$build"/packages/*.deb)
 ((${#packages[@]} == 4)) ||
     fail "${#packages[@]} packages (expected libboarddrivers1, libboarddrivers-dev, boardctl, boardweb)"
 
-# Ignores lintian's warnings: some, such as the missing bug number, apply only to packages in
-# Debian.
+# Ignores lintian's warnings: some, such as a missing bug number, apply only to packages in Debian.
 lintian --allow-root --fail-on error "${packages[@]}" >"$build/lintian.log" 2>&1 ||
     fail "lintian found errors: $(cat "$build/lintian.log")"
 
-# The root contains only these packages. Their dependencies come from this machine or the emulator.
+# The root contains only these packages. They use the libraries of this machine or of the emulator.
 mkdir -p "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/info"
 touch "$root/var/lib/dpkg/status"
 dpkg --root="$root" --force-not-root --force-depends --force-architecture --force-script-chrootless --no-triggers \
@@ -70,20 +69,21 @@ for program in boardctl boardweb; do
     readelf --file-header "$root/usr/bin/$program" | grep -q 'Type: *DYN' || fail "$program is not position-independent"
 done
 
-# Debug information comes in packages of its own, under the build ID of what is installed.
+# Debug information is in separate packages, filed under the build ID of the installed program.
 unpack boardctl-dbgsym debug
 build_id=$(readelf --notes "$root/usr/bin/boardctl" | sed -n 's/.*Build ID: //p')
 debug=$root/debug/usr/lib/debug/.build-id/${build_id:0:2}/${build_id:2}.debug
 strings --all "$debug" | grep ^/usr/src/boarddrivers- >/dev/null ||
     fail "boardctl-dbgsym has no debug information of boardctl"
 
-# Other packages depend on this version or a later one. dpkg calls ldconfig because of the trigger.
+# Packages that use the library depend on this version or a later one. A trigger of dpkg calls
+# ldconfig, so this package must not.
 unpack libboarddrivers1 library
 [[ $(awk '{ print $2, $3, $4, $5 }' "$root/library/DEBIAN/shlibs" | sort -u) == "1 libboarddrivers1 (>= "*")" ]] ||
     fail "shlibs: $(<"$root/library/DEBIAN/shlibs")"
 [[ ! -e $root/library/DEBIAN/postinst ]] || fail "libboarddrivers1 calls ldconfig"
 
-# Flash is small on a board. The sum of text, data and bss.
+# Boards have little flash, so the sum of text, data and bss has a limit.
 bytes=$(size "$library" | awk 'NR == 2 { print $4 }')
 [[ ${packages[*]} != *_armhf.deb* ]] || ((bytes <= 96 * 1024)) ||
     fail "libboarddrivers.so has $bytes bytes (expected at most 98304)"

@@ -6,8 +6,8 @@ set -euo pipefail
 
 seconds=${1:?usage: tests/soak.sh SECONDS [BUILD]   (BUILD: a build folder; default build/host)}
 boardctl=$(realpath -- "${2-"$(dirname -- "$0")/../build/host"}")/bin/boardctl
-slack_kb=256 # for pages that the allocator requests late; a leak ten times a second soon exceeds it
-# A sanitizer keeps freed memory for a while. It reports leaks itself when the host ends.
+slack_kb=256 # for late page requests of the allocator; a leak ten times a second soon exceeds it
+# A sanitizer keeps freed memory for a while, hence more slack. It reports leaks itself at the end.
 ! grep -q '^BOARD_SANITIZE:STRING=.' "${boardctl%/bin/boardctl}/CMakeCache.txt" 2>/dev/null ||
     slack_kb=16384
 
@@ -60,7 +60,7 @@ until_true() {
 is_seen() { (($(events "$1") >= $2)); }
 has_descriptors() { (($(descriptors) == $1)); }
 
-# The clients, in rounds until the file `stop` exists.
+# The clients. Each repeats its work until the file `stop` exists.
 
 write_lines() {
     local words=(system line alarm lamp all boot ready ring call start stop test x)
@@ -90,7 +90,7 @@ rounds() {
 
 count() { wc -l <"$folder/$1"; }
 
-# load SECONDS: runs the clients for so long, then waits until the host has handled everything.
+# load SECONDS: runs the clients for that time, then waits until the host has handled everything.
 load() {
     local end=$((SECONDS + $1)) before
     rm -f "$folder/stop"
@@ -106,7 +106,7 @@ load() {
     wait "${clients[@]}" || fail "a client failed"
     clients=()
     until_true "release of the last press" is_seen button-released "$(count press)"
-    # Once a valid line is handled, the pipe is empty.
+    # Once the host has handled a line sent after all others, the pipe is empty.
     before=$(events led-command)
     printf '\nlamp test 0\n' >/tmp/evt.fifo
     until_true "command after the random lines" is_seen led-command $((before + 1))
@@ -117,7 +117,7 @@ load() {
 host=$!
 until_true "ready" is_seen ready 1
 
-load 2 # allocates what is allocated once, at the first use
+load 2 # makes the host allocate what it allocates only once, at the first use
 descriptors=$(descriptors)
 memory=$(memory_kb)
 load "$seconds"

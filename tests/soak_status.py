@@ -2,13 +2,13 @@
 """Hosts a simulated board while 64 clients ask, watch, stall, are silent, send garbage and vanish.
 
 usage: tests/soak_status.py BOARDCTL SECONDS [SLACK_KB]
-Afterwards, memory and descriptors must be as before. Without SLACK_KB, memory is not looked at. Meanwhile, the
-init system must be told in time that the host is alive, and no LED may change more than a tick late.
+Meanwhile, the host must feed the watchdog in time, and no LED may change more than a tick late. Afterwards,
+memory and descriptors must be as before. Without SLACK_KB, memory is not checked.
 
-Both are measured where the host is, not where this program gets to read what the host said. A machine that does
-much else lets every program wait. A second process, which only ticks, measures for how long; that much later the
-host may be. Both have sessions of their own, because the system shares the processors out by session: the clients
-take no time from the host.
+Both are measured at the host's own times, not at those at which this program reads about them. On a busy
+machine, every program waits for processors. A second process, which only ticks, measures its own wait, and the
+host may be that much later. It and the host have sessions of their own, because the system divides processor time
+by session: so the clients take no time from them.
 """
 import collections
 import json
@@ -28,7 +28,7 @@ TICK = 0.1
 TICKS_IN_PHASE = 5
 MOST_LATE = TICK
 WATCHDOG = 2.0
-MOST_CALLS = 1000  # until the host has closed the connections before
+MOST_CALLS = 1000  # made until the host has closed earlier connections
 SO_TIMESTAMPNS = 35  # Python has no name for it: the system notes when a datagram was sent
 CALLS = [b'{"method":"org.boarddrivers.Host.%s"}\0' % name for name in (b"Status", b"Leds", b"Metrics", b"Descriptor")]
 MONITOR = b'{"method":"org.boarddrivers.Host.Monitor","more":true}\0'
@@ -74,12 +74,12 @@ class Client:
 
 
 def phase_lateness(moments):
-    """How late the last of TICKS_IN_PHASE ticks is."""
+    """How late the last moment is, TICKS_IN_PHASE ticks after the first one."""
     return moments[-1] - moments[0] - TICKS_IN_PHASE * TICK
 
 
 def tick_until_told(pipe):
-    """Only ticks, as the LEDs do. Then sends how late a phase was at most."""
+    """Only ticks, as the LEDs do, until told to stop. Then sends how late the latest phase was."""
     os.setsid()
     moments, late = collections.deque(maxlen=TICKS_IN_PHASE + 1), 0.0
     while not pipe.poll(TICK):
@@ -152,8 +152,8 @@ class Host:
 
 
 def load(host, seconds, kinds, told=0):
-    """Runs the clients for so long, and presses the button until the host has told so many bytes of events. Returns
-    how many calls were answered."""
+    """Runs the clients for `seconds`, and presses the button until the host has reported `told` bytes of events.
+    Returns how many calls were answered."""
     clients = [Client(host.path, kind) for kind in kinds]
     chooser = selectors.DefaultSelector()
     chooser.register(host.process.stdout, selectors.EVENT_READ, host.read_events)
@@ -191,8 +191,8 @@ def load(host, seconds, kinds, told=0):
 
 
 def settle(host, descriptors=None):
-    """Makes calls until the host has closed the connections of `load`: until it has so many descriptors, or until their
-    number stays the same. Returns the memory and the number then."""
+    """Makes calls until the host has closed the connections of `load`: until it has `descriptors` open or, if that is
+    None, until their number stays the same. Returns the host's memory and that number."""
     now, same = None, 0
     for _ in range(MOST_CALLS):
         with socket.socket(socket.AF_UNIX) as call:
@@ -204,7 +204,7 @@ def settle(host, descriptors=None):
                 while answer and not answer.endswith(b"\0"):
                     answer = call.recv(65536)
             except ConnectionError:
-                continue  # turned away, because not even the first connections of `load` are closed
+                continue  # refused: the host still holds too many connections of `load`
             before, now = now, host.descriptors() - 1  # without this connection
         same = same + 1 if now == before else 0
         if now == descriptors if descriptors else same == 20:
@@ -221,7 +221,7 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         host = Host(boardctl, folder)
         try:
-            # Allocates what is allocated once, at the first use.
+            # Makes the host allocate what it allocates only once, at the first use.
             load(host, 0, ["stall"] * KINDS.count("stall"), MOST_WAITING)
             load(host, 2, KINDS)
             before, descriptors = settle(host)

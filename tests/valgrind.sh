@@ -9,19 +9,19 @@ bin=$(realpath -- "${1-"$(dirname -- "$0")/../build/host"}")/bin
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 export GTEST_BRIEF=1
-# If no descriptor is left, the kernel lets a connection wait; valgrind accepts and closes it. The
-# test of random LED tables would take minutes; the address sanitizer runs it with fewer tables.
+# Two tests are left out. In one, the kernel lets a connection wait because no descriptor is left,
+# but valgrind accepts and closes it. The other takes minutes; the address sanitizer runs it.
 export GTEST_FILTER='-StatusServerTest.WaitsWithoutSpinningIfNoDescriptorIsLeft:LedPage.Agrees*'
 
-# watched COMMAND...: becomes the command under valgrind. Fails if valgrind finds something.
+# watched COMMAND...: becomes the command under valgrind. Fails if valgrind finds something. A test
+# program keeps its own operators new and delete: some of their calls are inlined, so if valgrind
+# replaced the operators, it would see only half of the calls.
 watched() {
     exec valgrind --quiet --leak-check=full --errors-for-leak-kinds=definite,indirect,possible --error-exitcode=99 \
         --soname-synonyms=somalloc=nouserintercepts --fair-sched=yes "$@"
 }
 
-# checked NAME COMMAND...: runs the command under valgrind with its output in a log called NAME, and
-# prints the log if it fails. Does not replace a test program's own operators new and delete: some
-# of their calls are inlined, so valgrind would see only half of them.
+# checked NAME COMMAND...: runs the command under valgrind. Prints its output only if it fails.
 checked() {
     local log=$folder/$1.log
     shift
@@ -53,7 +53,7 @@ programs=("$bin"/!(boardctl|boardctl_faults|hosted_faults)_tests)
         "run $bin/boardctl ${board[*]} run --for 1"
 } | xargs -P "$jobs" -L 1 bash -c 'checked "$@"' checked
 
-# A host that is asked, until it is told to end.
+# Hosts a board, asks the host, and tells it to end.
 mkfifo "$folder/printed"
 watched "$bin/boardctl" "${board[@]}" run >"$folder/printed" 2>"$folder/host.log" &
 host=$! line=

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Compares what the built library exports with what is meant: tests/abi/exports_test.sh LIBRARY
+# Compares the exports of the built library with the record: tests/abi/exports_test.sh LIBRARY
 set -euo pipefail
 
 abi=$(dirname -- "$0")/../../abi

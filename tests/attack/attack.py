@@ -23,7 +23,7 @@ import parts
 import strangers
 from hosting import take_tmp
 
-# Each with the seconds that it has in one turn, and with what it needs.
+# The function of each round, the seconds that it runs in one turn, and what it needs.
 ROUNDS = {
     "kills": (edits.kills, 6, ""),
     "errors": (edits.errors, 2, "strace"),
@@ -83,10 +83,10 @@ def main():
     if not os.access(words.boardctl, os.X_OK):
         parser.error(f"{words.boardctl} can't be run")
     private_tmp = take_tmp(words.boardctl)
-    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))  # undoes and ends everything
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))  # so that everything is undone
     begin = time.monotonic()
     with tempfile.TemporaryDirectory(prefix="attack-") as name:
-        os.chmod(name, 0o755)  # what is inside decides what others may read
+        os.chmod(name, 0o755)  # others may enter; each file's own mode decides whether they may read it
         may_set = words.settings and os.access(strangers.SYMLINKS, os.W_OK)
         attack = parts.Attack(words.boardctl, pathlib.Path(name), private_tmp, may_set)
         run(attack, words)

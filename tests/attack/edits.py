@@ -12,7 +12,7 @@ import time
 from parts import Lost, await_true, expect, image_of
 
 BACKUP = re.compile(r"[^.].*-\d{8}T\d{6}Z\.\w{6}")
-# Read in pieces, so that an edit can come between two of them.
+# It is read in pieces, so that an edit can happen between two of them.
 LARGE_DEVICE = '[descriptor]\ndevice = "large.bin"\nread_chunk = 16\nsize = 4096\n'
 
 
@@ -30,7 +30,7 @@ class Target:
         self.path.chmod(0o600)
 
     def after(self, tags):
-        """All bytes once an edit has made these the tags. What is behind the image on a device stays."""
+        """All bytes after an edit that leaves these tags. A device keeps what is behind the image."""
         image = image_of(tags)
         return image + (self.content[len(image):] if self.size else b"")
 
@@ -51,7 +51,7 @@ def targets(attack):
             if made.returncode == 0:
                 loop = made.stdout.strip()
                 stack.enter_context(open(loop, "rb"))
-                # The device goes when the last program closes it, even if this one is killed.
+                # The kernel removes the device once nobody has it open, even if this program is killed.
                 subprocess.run(["losetup", "--detach", loop], check=True)
                 found.append(Target("block device", loop, ["-i", loop], 512))
             else:
@@ -79,7 +79,7 @@ def random_edit(chance, tags):
 
 
 def check_backups(attack, target):
-    """Each backup with a full name is whole, and nobody else can read what the owner alone may read."""
+    """Each backup with a full name is complete, and none can be read by everybody."""
     for path in attack.backups.iterdir():
         mode = path.stat().st_mode & 0o777
         expect(not mode & 0o007, f"everybody may read {path.name}, but not the image (mode {mode:o})")
@@ -96,7 +96,7 @@ def clear_backups(attack):
 
 
 def check_image(target, words, tags, is_done=False):
-    """The image is the old one, unless the edit is done, or the new one. Returns whether it is the new one."""
+    """The image must be the new one or, if the edit is not done, the old one. Returns whether it is the new one."""
     found, new = target.path.read_bytes(), target.after(tags)
     if found == new:
         target.tags, target.content = tags, new
@@ -107,7 +107,7 @@ def check_image(target, words, tags, is_done=False):
 
 
 def complete_edit(attack, target):
-    """An edit that nothing disturbs. Nothing that the others have left is beside the image then."""
+    """Makes an undisturbed edit, which must also remove what others left beside the image."""
     words, tags = random_edit(attack.chance, target.tags)
     done = attack.call("bd", *words, "-y", "-q", *target.where)
     expect(done.returncode == 0, f"{target.name}: the next edit fails: {done.stderr}")
@@ -131,7 +131,7 @@ def kills(attack, end):
                 words += ["--backup", f"{attack.backups}/named-20000101T000000Z.backup"]
             with attack.start("bd", *words, "-y", "-q", *target.where, stderr=subprocess.DEVNULL) as process:
                 time.sleep(attack.chance.random() * target.span)
-                # Approaches 1.5 times an edit's duration: then two of three are killed before they end.
+                # Approaches 1.5 times an edit's duration, so that two of three edits are killed before they end.
                 target.span *= 1.02 if process.poll() is None else 0.96
                 process.kill()
             expect(process.returncode in (0, -signal.SIGKILL), f"an edit ends with status {process.returncode}")
@@ -146,13 +146,13 @@ def kills(attack, end):
                 complete_edit(attack, target)
 
 
-# What an edit needs, then everything that concerns a path or a descriptor. "?": not every machine has the call.
+# The calls that an edit needs, then all calls on paths or descriptors. "?": not every machine has the call.
 CALLS = ("?openat", "read,pread64", "?pwrite64", "fsync", "?rename,?renameat,?renameat2", "fchmod,fchown", "flock",
          "?newfstatat,fstat,?fstat64", "write", "%file", "%desc")
 
 
 def errors(attack, end):
-    """Edits whose nth system call fails, and all later ones of the same kind."""
+    """Edits in which the nth system call of a kind fails, and all later ones of that kind."""
     with targets(attack) as found:
         while time.monotonic() < end:
             target = attack.chance.choice(found)
@@ -164,7 +164,7 @@ def errors(attack, end):
             attack.counts["edits with failing calls"] += 1
             check_backups(attack, target)
             is_new = check_image(target, words, tags, is_done=done.returncode == 0)
-            if done.returncode and calls not in ("write", "%desc"):  # with these, messages fail too
+            if done.returncode and calls not in ("write", "%desc"):  # if these fail, messages may fail too
                 expect("boardctl: " in done.stderr and (not is_new or re.search("written|replaced", done.stderr)),
                        f"{plan}: status {done.returncode}, the new image: {is_new}, the message: {done.stderr}")
             complete_edit(attack, target)
@@ -202,7 +202,7 @@ def full_disks(attack, end):
 
 
 def editors(attack, end):
-    """Ten edits at once. Each adds a tag of its own; the image must hold those of all that succeed."""
+    """Ten edits at once. Each adds its own tag; the image must hold the tags of all edits that succeed."""
     with targets(attack) as found:
         while time.monotonic() < end:
             target = attack.chance.choice(found)
@@ -223,7 +223,7 @@ def editors(attack, end):
 
 
 def readers(attack, end):
-    """Reads while a device is written again and again. Each read gives what was written once, never a mixture."""
+    """Reads while a device is written again and again. Each read returns the bytes of one write, not a mixture."""
     board = attack.make_board("read")
     profile = board / "board.toml"
     profile.write_text("simulated = true\n" + LARGE_DEVICE, encoding="ascii")

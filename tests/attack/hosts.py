@@ -49,7 +49,7 @@ def floods(attack, end):
     """Lines and garbage from many programs, thousands of connections."""
     with Host(attack, attack.make_board("flooded")) as host:
         expect(host.await_event("ready"), "a host ends")
-        for _ in range(5):  # allocates what is allocated once
+        for _ in range(5):  # makes the host allocate what it allocates only once
             flood(attack, host)
         check_alive(attack, host)
         before = memory_kb(host.process)
@@ -62,7 +62,7 @@ def floods(attack, end):
 
 
 def disturb(attack, host):
-    """Stops the host for a moment, or ends it. Returns whether it goes on."""
+    """Stops the host for a moment, or ends it. Returns whether the host still runs."""
     action = attack.chance.choice((signal.SIGSTOP, signal.SIGTERM, signal.SIGKILL))
     attack.counts[f"hosts that got {action.name}"] += 1
     if action != signal.SIGSTOP:
@@ -96,7 +96,7 @@ def starts(attack, end):
 
 
 def successions(attack, end):
-    """If a host ends, another one that runs already takes over what it had."""
+    """If a host ends, another running host takes over the LED pipe."""
     boards = [attack.make_board("first"), attack.make_board("second")]
     while time.monotonic() < end:
         with Host(attack, boards[0]) as first, Host(attack, attack.chance.choice(boards)) as second:

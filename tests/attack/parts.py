@@ -12,7 +12,7 @@ import time
 
 import hosting
 
-BOUND = 30  # seconds; nothing takes that long, so whatever does has hung
+BOUND = 30  # seconds; whatever takes longer has hung
 PIPE = "/tmp/evt.fifo"
 STRANGER = 65534  # the user id of another user, who has no rights at all
 
@@ -26,7 +26,7 @@ class Attack:
         self.boardctl, self.folder, self.private_tmp, self.may_set = boardctl, folder, private_tmp, may_set
         self.backups = folder / "state" / "boardctl"
         self.counts, self.lost = collections.Counter(), collections.defaultdict(list)
-        self.left_out = {}  # round: why
+        self.left_out = {}  # why, by round
         self.chance = random.Random()  # each round gets a seeded one
         for name in ("XDG_RUNTIME_DIR", "RUNTIME_DIRECTORY", "NOTIFY_SOCKET", "BOARDCTL_BOARD"):
             os.environ.pop(name, None)
@@ -59,7 +59,7 @@ def expect(is_true, message):
 
 
 def await_true(what, condition):
-    """Looks again and again until the condition holds."""
+    """Polls until the condition holds; raises Lost after BOUND seconds."""
     end = time.monotonic() + BOUND
     while not condition():
         expect(time.monotonic() < end, f"not within {BOUND} s: {what}")
@@ -110,7 +110,7 @@ class Host:
             status = self.process.wait(BOUND)
         except subprocess.TimeoutExpired as error:
             raise Lost(f"a host has not ended within {BOUND} s of signal {number}") from error
-        is_killed = number == signal.SIGKILL or not is_ready  # a host that begins may not have a handler yet
+        is_killed = number == signal.SIGKILL or not is_ready  # a host that just starts may have no signal handler yet
         expect(status == 0 or (is_killed and status == -number), f"a host ended with status {status}")
         with contextlib.suppress(ProcessLookupError):
             os.killpg(self.process.pid, 0)
@@ -136,8 +136,8 @@ def can_be_stranger():
 
 @contextlib.contextmanager
 def stranger(work):
-    """Runs `work` in a process of another user until the end of the block. `work` gets a function that sends bytes;
-    yields the descriptor that receives them."""
+    """Runs `work` in a process of another user until the end of the block. `work` gets a function that sends bytes,
+    the block gets the descriptor that receives them."""
     receiver, sender = os.pipe()
     process = os.fork()
     if process == 0:

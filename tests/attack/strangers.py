@@ -34,14 +34,14 @@ def steal(send):
 
 def exchange_with(victim):
     """Makes a pipe that everybody may use, puts it in the place of the host's, and exchanges it with a link to the
-    victim, forever. Reads what comes through it."""
+    victim, forever. Sends on what it reads from its pipe."""
     def work(send):
         os.umask(0)
         os.mkfifo(PLANTED)
         os.symlink(victim, LINK)
         pipe = os.open(PLANTED, os.O_RDWR | os.O_NONBLOCK)
         libc = ctypes.CDLL(None)
-        os.rename(PLANTED, PIPE)  # in a folder that is not sticky, it could replace the host's
+        os.rename(PLANTED, PIPE)  # works even if the host has a pipe, unless /tmp is sticky
         send(b"test")  # ready
         while True:
             for _ in range(1000):
@@ -53,7 +53,7 @@ def exchange_with(victim):
 
 @contextlib.contextmanager
 def clear_tmp(attack, is_sticky=True):
-    """A /tmp without pipes, in which the kernel may protect no links. All is as before afterwards."""
+    """A /tmp without the pipe, in which the kernel may protect no links. Restores all at the end."""
     mode, setting = os.stat("/tmp").st_mode, SYMLINKS.read_text(encoding="ascii")
     try:
         pathlib.Path(PIPE).unlink(missing_ok=True)
@@ -70,7 +70,7 @@ def clear_tmp(attack, is_sticky=True):
 
 
 def stolen(receiver):
-    """What the stranger has read, except what the LED service writes to try a pipe."""
+    """What the stranger has read, except "test", which the LED service writes to test a pipe."""
     found = b""
     while select.select([receiver], [], [], 0)[0]:
         found += os.read(receiver, 65536)
@@ -154,7 +154,7 @@ def locks(attack, end):
         attack.counts["edits beside a stranger's lock"] += 1
         expect(done.returncode == 1 and "lock" in done.stderr and image.read_bytes() == target.content,
                f"beside a stranger's lock an edit ends with status {done.returncode}: {done.stderr}")
-        # A host can't read the descriptor then, and reports that.
+        # If the descriptor is locked too, the host must report that it can't read it.
         with_descriptor = attack.chance.random() < 0.3
         paths = [path for path in (*board.rglob("*"), PIPE) if with_descriptor or path != board / "eeprom.bin"]
         with stranger(hold_locks(paths, kind)) as receiver:

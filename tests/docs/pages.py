@@ -4,8 +4,8 @@ Notation in a page:
     ```console        a line with `$ ` is a command (`> ` continues it), followed by its output
     ```toml NAME      in any language: creates the file NAME before the next command
     ```cpp SOURCE     an excerpt of SOURCE, a path relative to the page
-    ![...](PICTURE)   a picture that the page's commands create; if PICTURE names a folder, it
-                      is another page's picture or a screenshot, and need only exist
+    ![...](PICTURE)   a picture that the page's commands create; a PICTURE in another folder is
+                      another page's picture or a screenshot, and need only exist
     [...](PATH)       PATH must exist
 The commands of a page run in one shell, in an empty folder, with the programs in the path. A
 command that exits with a status other than 0 must be followed by `$ echo $?`. In expected output,
@@ -166,7 +166,7 @@ def main():
     words = parser.parse_args()
     programs = dict(word.split("=", 1) for word in words.program)
     called = [word for word in " ".join(programs.values()).split() if "/" in word]
-    if not take_tmp(*called, *words.pages, os.getcwd()):  # then other tests that use the pipe are locked out
+    if not take_tmp(*called, *words.pages, os.getcwd()):  # so locks out other tests that use the LED pipe
         fcntl.flock(os.open("/tmp", os.O_RDONLY), fcntl.LOCK_EX)
     failed = False
     pages = [found for page in words.pages for found in (sorted(page.glob("*.md")) if page.is_dir() else [page])]

@@ -20,8 +20,8 @@ PAGE = pathlib.Path(__file__).resolve().parents[2] / "docs/station.md"
 PROFILE = 'simulated = true\n[descriptor]\ndevice = "jig"\nsize = 512\n'
 BLANK = b"\xff" * 512
 MISSING, READ_ONLY, USED, FOREIGN, FORGETS, CUT = 3, 5, 8, 12, 15, 19
-# The calls of the station go through this. The last digit of one unit's serial number is lost as
-# soon as it was written, and the power fails after 20 bytes if a shim is named.
+# The station calls boardctl through this script. It erases the last digit of one unit's serial
+# number after the write, and lets the power fail after 20 bytes if CUT_BY names a shim.
 WRAPPER = """#!/bin/sh
 case $* in
 *--record*)

@@ -44,8 +44,8 @@ faults=$(SYSTEMD_UNIT_PATH=$prefix/lib/systemd/system: systemd-analyze verify --
     boardweb.service boardctl-metrics.service boardctl-metrics.timer boardctl-button-bridge@event0.service 2>&1 || echo failed)
 [[ -z $faults ]] || fail "systemd rejects a unit: $faults"
 
-# With CMake, which finds the library through the prefix alone. The flags are what careful projects
-# use; -Weffc++ must find nothing in the headers.
+# With CMake, which finds the library through the prefix alone. The flags are those of careful
+# projects; -Weffc++ must find nothing in the headers.
 strict="-fno-exceptions -fno-rtti -O2 -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -Weffc++ -Werror"
 build_with "$work/cmake" "$source/tests/install" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_FLAGS="$strict"
 expect "$product" "$work/cmake/consumer" "$image"
@@ -87,7 +87,7 @@ build_with "$work/alone" "$source" -DBOARD_PLATFORM_DIR="$framework"
 cmake --install "$work/alone" --prefix "$work/apart" >/dev/null
 [[ -z $(find "$work/apart" -name '*utility*') ]] || fail "the library alone also installs a framework"
 build_with "$work/apart-cmake" "$source/tests/install" -DCMAKE_PREFIX_PATH="$work/apart"
-# On a board the loader finds the framework in the default folders.
+# Here, unlike on a board, the framework is not in a folder where the loader looks by default.
 LD_LIBRARY_PATH=$(dirname "$(find "$framework" -name libboarddrivers-utility.so)") \
     expect "$product" "$work/apart-cmake/consumer" "$image"
 grep -qx 'CMAKE_BUILD_TYPE:STRING=RelWithDebInfo' "$work/alone/CMakeCache.txt" ||

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Completes calls of boardctl as the shells do.
+# Completes command lines of boardctl as the shells do.
 # usage: tests/packaging/completions_test.sh COMPLETIONS_PY BOARDCTL
 set -euo pipefail
 
@@ -12,10 +12,10 @@ status=0
 
 # shellcheck source=/dev/null # made from a template, which is checked itself
 source "$folder/boardctl"
-# shellcheck disable=SC2317 # called by the completion; the shell's own works during one alone
+# shellcheck disable=SC2317 # called by the completion; bash's own works only during a completion
 compopt() { :; }
 
-# expect WORDS WORD...: what is offered for the last WORD.
+# expect WORDS WORD...: bash must offer exactly WORDS for the last WORD.
 expect() {
     local expected=$1
     COMP_WORDS=(boardctl "${@:2}")
@@ -29,10 +29,10 @@ expect() {
 
 expect "button bd" b
 expect "list get set add" bd mac ""
-expect "send" --board x leds s # a word that an option takes is no command
+expect "send" --board x leds s # the value of an option is not a command
 expect "--force --format" bd set --fo
 expect "text json metrics svg html" info --format ""
-expect "json" info --format = j # as bash cuts --format=j
+expect "json" info --format = j # bash splits --format=j into these
 expect "u8 u16 u32 uint" bd get --type u
 expect "full high low off auto" fan ""
 expect "" fan low ""
@@ -44,7 +44,7 @@ expect "image.bin" bd compare list.json im
 expect "image.bin" bd set 5=u8:1 --image im
 expect "" cpu --count ""
 
-# offers EXPECTED LINE: what fish offers for a line, without descriptions.
+# offers EXPECTED LINE: fish must offer EXPECTED for the line, apart from descriptions.
 offers() {
     local offered
     # shellcheck disable=SC2016 # expanded by fish

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes the packages of a release build a second time, from a copy of the tree in another folder, at
-# another time, with other settings of the user, and compares them byte for byte:
+# Builds the packages of a release build again, from a copy of the tree in another folder with newer
+# files, with another umask, time zone and locale, and compares both byte for byte:
 # tests/packaging/reproducible.sh BUILD
 set -euo pipefail
 

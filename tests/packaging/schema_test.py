@@ -43,7 +43,7 @@ def main(schema_file, boardctl):
     status = 0
     for entry, expected in [*((each, True) for each in GOOD), *((each, False) for each in BAD)]:
         text = f"[{entry}]"
-        # An empty image differs from most lists, which is not a mistake in the list.
+        # Most lists differ from the empty image, which is not a mistake in the list.
         run = subprocess.run([boardctl, "bd", "compare", "-", "/dev/null"], input=text, capture_output=True, text=True,
                              check=False)
         accepted = {"the schema": validator.is_valid(json.loads(text)), "boardctl": run.returncode in (0, 3)}

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """Tests the page of boardweb in a real browser: board_test.py BOARDCTL BOARDWEB [--screenshots FOLDER]
 
-What the page shows of a simulated board is compared with the status socket. With --screenshots, it only takes the
-pictures of the documentation.
+Compares what the page shows of a simulated board with the status socket. With --screenshots, only takes the pictures
+of the documentation.
 """
 import argparse
 import base64
@@ -25,12 +25,12 @@ from stage import Board, Page
 HOSTILE = "<img src=x onerror=alert(1)><script>alert(2)</script>"
 MOST_BYTES = 60 * 1024
 PAGE = pathlib.Path(__file__).resolve().parents[2] / "tools/boardweb/page"
-# Notes what the panel shows after each change.
+# Records the lit LEDs of the panel after each change.
 RECORD = """window.shown = [];
 new MutationObserver(() => window.shown.push([...document.querySelectorAll("#panel button")].filter(
     (lamp) => lamp.dataset.state === "lit").map((lamp) => lamp.querySelector(".name").textContent).join(" ")))
     .observe(document.getElementById("panel"), { subtree: true, attributeFilter: ["data-state"] });"""
-# Invents an hour for the charts in the pictures, because the board has only just been started.
+# Invents an hour of values for the charts in the pictures, because the board was only just started.
 HOUR = """const real = window.fetch;
 window.fetch = async (path, options) => {
     const answer = await real(path, options);
@@ -46,7 +46,7 @@ window.fetch = async (path, options) => {
     return new Response(JSON.stringify(data));
 };"""
 
-# Reports 300 events in a wrong order, and two at the same time.
+# Adds 301 events out of order, two of them with the same time. Returns the events that are listed.
 EVENTS = """const [done] = arguments;
 import("./log.js").then(({ addEvents }) => {
     const event = (time, text) => ({ event: "test", time: `2099-01-01T00:${time}Z`, text });
@@ -152,7 +152,7 @@ def test_outlives_boardweb(page):
 
 
 def test_is_not_disturbed_by_many_clients(page):
-    """The clients do not read the answers."""
+    """These clients ask for events, but do not read them."""
     board = page.board
     with contextlib.ExitStack() as clients:
         open_client = lambda: (client := board.event_client()) and clients.enter_context(client)

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Tests the page that `leds preview --format html` writes in a real browser: leds_test.py BOARDCTL
 
-The states that the page shows are compared with the JSON of the preview, tick for tick.
+Compares the states that the page shows with the JSON of the preview, tick by tick.
 """
 import json
 import os
@@ -45,7 +45,7 @@ command = [
 """
 SCRIPT = ["2 search start", "40 line ring", "45 lamp test", "52 alarm once", "70 system ready", "71 no row"]
 TICKS = 100
-# Returns from the frame in which the page has reached tick 3, after it has paused there.
+# Waits until the page has reached tick 3 and pauses it in the same frame.
 PLAYED = """
 const done = arguments[0];
 const look = () => {
@@ -56,7 +56,7 @@ const look = () => {
 look();
 """
 LIT = "return [...document.querySelectorAll('#panel li')].map((lamp) => lamp.dataset.lit).join('')"
-# The tooltips of all segments of the run, and the words that `leds preview` writes for each of them.
+# Returns the tooltips of all segments that the page shows during the run.
 TITLES = """const titles = new Set();
 for (let at = 0; at < arguments[0]; ++at) {
     player.seek(at);
@@ -73,13 +73,13 @@ def preview(boardctl, profile, form, lines, ticks):
 
 
 def moments(boardctl, profile, lines, ticks):
-    """What the LEDs show in each tick, by the JSON of the preview."""
+    """What the LEDs show in each tick, according to the JSON of the preview."""
     waves = [led["wave"] for led in json.loads(preview(boardctl, profile, "json", lines, ticks))["leds"]]
     return ["".join(marks) for marks in zip(*waves)]
 
 
 def is_light(title):
-    """Whether it is the tooltip of an LED that something lights. The page does not know what has ended a command."""
+    """Whether the tooltip is about a lit LED. For a dark one, the page does not know which command put it out."""
     return ", from " in title and ": dark, " not in title
 
 

@@ -77,7 +77,7 @@ class Board:
             self.run("leds", "send", *line.split())
 
     def heat(self, celsius):
-        """Replaces the value in one step, as a sensor does."""
+        """Replaces the value of the sensor in one step, so that no reader sees an empty file."""
         new = self.folder / "dev/new"
         new.write_text(f"{round(celsius * 1000)}\n", encoding="ascii")
         new.rename(self.folder / "dev/temperature")

@@ -5,7 +5,7 @@
 set -euo pipefail
 
 mkdir -p "$3"
-# Debian's library is in a folder of this kind. Without modules, nothing is downloaded.
+# Debian installs Go libraries into a GOPATH folder. Without modules, go downloads nothing.
 GOCACHE=$3/cache GOPATH=/usr/share/gocode GO111MODULE=off GOFLAGS='' \
     "$1" build -o "$3/status-client" "$(dirname "$0")/main.go"
 

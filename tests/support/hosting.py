@@ -10,9 +10,9 @@ BOUND = 120  # seconds; no reply takes that long
 
 
 def take_tmp(*paths):
-    """Starts this program again with a private /tmp, because the pipe of the LEDs has a fixed path there. Then returns
-    whose it is: "root" or "user". Returns "" in the machine's own /tmp, if the machine forbids another one or if this
-    program or one of the paths is in it."""
+    """Restarts this program with a private /tmp, because the LED pipe has a fixed path there. In the restarted program,
+    returns who made that /tmp: "root" or "user". Returns "" without a restart if the machine forbids a private /tmp, or
+    if this program or one of the paths is in the machine's own."""
     if user := os.environ.pop("PRIVATE_TMP", ""):
         return user
     user = "user" if os.geteuid() else "root"
@@ -25,7 +25,7 @@ def take_tmp(*paths):
 
 
 def ask(path, method):
-    """The host's reply to a call of a method. Raises OSError or ValueError if it gives none."""
+    """The host's reply to a call of a method. Raises OSError or ValueError if there is none."""
     with socket.socket(socket.AF_UNIX) as host:
         host.settimeout(BOUND)
         host.connect(str(path))

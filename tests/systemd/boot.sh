@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes a copy of this machine's root, installs packages there and becomes its systemd. Runs as the
-# first process in namespaces of its own: tests/systemd/boot.sh PACKAGES WORK
+# Makes a copy of this machine's root, installs packages there and becomes systemd in that root.
+# Runs as the first process in namespaces of its own: tests/systemd/boot.sh PACKAGES WORK
 set -euo pipefail
 
 packages=$1
@@ -8,7 +8,7 @@ work=$2
 
 mount -t tmpfs tmpfs "$work"
 mkdir "$work/upper" "$work/work" "$work/root"
-# What is written goes to `upper`.
+# Writes go to `upper`; the machine's root is unchanged.
 mount -t overlay overlay -o "lowerdir=/,upperdir=$work/upper,workdir=$work/work" "$work/root"
 root=$work/root
 mount -t proc proc "$root/proc"
@@ -20,14 +20,14 @@ mount -t tmpfs tmpfs "$root/run"
 mount -t tmpfs tmpfs "$root/tmp"
 mkdir -p "$root/run/packages" "$root/run/systemd/system"
 cp "$packages"/*.deb "$root/run/packages"
-# Starts nothing of this machine but the journal.
+# Starts none of this machine's services except the journal.
 printf '[Unit]\nWants=systemd-journald.service\n' >"$root/run/systemd/system/test.target"
 
 cd "$root"
-rm -f "$root/usr/sbin/policy-rc.d" # forbids in containers that packages start or restart services
+rm -f "$root/usr/sbin/policy-rc.d" # in containers, forbids packages to start services
 chroot "$root" sh -c 'dpkg --install /run/packages/*.deb'
 chroot "$root" boardctl sim create /run/board
-# The service reads its own profile, so paths that are relative to the simulated board's must name it.
+# The service's profile is in /etc, so relative paths must name the simulated board's folder.
 mkdir -p "$root/etc/boarddrivers"
 sed 's,^\(device\|path\|file\|info\) = ",&/run/board/,' "$root/run/board/board.toml" \
     >"$root/etc/boarddrivers/board.toml"

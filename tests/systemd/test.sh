@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Treats the installed service as an operator would, under a real systemd:
+# Starts, disturbs, upgrades and removes the installed services under a real systemd:
 # tests/systemd/test.sh PACKAGES
 set -euo pipefail
 
@@ -8,7 +8,7 @@ folder=$(dirname -- "$(readlink -f -- "$0")")
 work=$(mktemp -d)
 booted=
 
-# The first process of the namespaces takes all others with it.
+# If the first process of the namespaces ends, the kernel ends all others.
 end() {
     [[ -z $booted ]] || kill -KILL "$booted" || true
     wait || true
@@ -29,7 +29,7 @@ fi
 
 inside() { nsenter --target "$booted" --net --mount --pid --ipc --uts --root --wdns=/ "$@"; }
 
-# until WHAT COMMAND...: tries the command again until it succeeds.
+# until_true WHAT COMMAND...: repeats the command until it succeeds, for at most a minute.
 until_true() {
     local what=$1 end=$((SECONDS + 60))
     shift
@@ -75,7 +75,7 @@ inside mv /run/board/gone /run/board/dev/temperature
 until_true "the end of the alarm" is StatusText "7 devices, no alarm"
 journal_has "thermal" || fail "the journal says nothing about the sensor"
 
-# A host that hangs is killed and started again; its LEDs show what they showed.
+# A host that hangs is killed and started again; its LEDs then show the same as before.
 inside boardctl leds send system ready
 inside boardctl leds send line call
 until_true "the LED lit" shows line 1
@@ -91,7 +91,7 @@ until_true "the host is ready again" is ActiveState active
 [[ $(property MainPID) != "$first" ]] || fail "the hanging host was not replaced"
 until_true "the LED lit after the watchdog" shows line 1
 
-# An upgrade restarts, a removal stops.
+# An upgrade restarts the service, a removal stops it.
 inside dpkg --purge boardweb >>"$work/log" 2>&1 || fail "the removal of boardweb failed"
 ! inside pgrep -x boardweb >/dev/null || fail "boardweb still runs after its removal"
 ! inside test -h /etc/systemd/system/multi-user.target.wants/boardweb.service ||

@@ -2,8 +2,8 @@
 """Tests boardweb over plain sockets, as friends and attackers would use it.
 
 usage: http_test.py BOARDCTL BOARDWEB CANNED_HOST [--connections N] [--memory]
-N is how many connections are made in a row, 20000 by default. With --memory, the memory of server and host must
-not have grown at the end.
+N is the number of connections made one after another, 20000 by default. With --memory, the memory of server and
+host must not have grown at the end.
 """
 import argparse
 import contextlib
@@ -24,7 +24,7 @@ import threading
 sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 from hosting import ask, memory_kb, take_tmp
 
-LIMIT = 120  # seconds; nothing takes that long, so a test that waits in vain fails
+LIMIT = 120  # seconds; a test fails if it waits that long
 SLACK_KB = 512
 PAGE = pathlib.Path(__file__).resolve().parents[2] / "tools" / "boardweb" / "page"
 TYPES = {".html": "text/html", ".css": "text/css", ".js": "text/javascript", ".svg": "image/svg+xml"}
@@ -67,7 +67,7 @@ class Client:
         return status, headers, b"" if method == "HEAD" else self.stream.read(int(headers.get("content-length", 0)))
 
     def events(self, last_id=None):
-        """Follows the events; yields (name, data, id) of each message. Fails unless the server agrees."""
+        """Follows the events; yields (name, data, id) of each message. Fails if the server refuses."""
         self.send("/events", headers=("Host: localhost", *([f"Last-Event-ID: {last_id}"] if last_id else [])))
         status, headers = self.head()
         assert status == 200 and headers["content-type"] == "text/event-stream", (status, headers)
@@ -201,7 +201,7 @@ def check_attacks(server):
 
 
 def check_slow_requests(server):
-    """A request that trickles in is ended, but events go on meanwhile."""
+    """The server ends a connection whose request trickles in, but still sends events to others."""
     with Client(server.address) as follower, Client(server.address) as idle, Client(server.address) as slow:
         events = follower.events()
         next(events)
@@ -243,7 +243,7 @@ def check_events(server, host):
         assert until(events, "status")[0]["alarms"]
         sensor.write_text(usual, encoding="ascii")
         assert until(events, "status", lambda status: not status["alarms"])
-    with Client(server.address) as client:  # what it missed, although the alarm is over
+    with Client(server.address) as client:  # gets what it has missed, although the alarm is over
         events = client.events(board_id)
         event, data, number = next(events)
         word, last = board_id.split("-")
@@ -294,7 +294,7 @@ def check_host_gone(server, host):
 
 
 def check_slow_reader(boardweb, canned_host, folder):
-    """The reader is told how much it has missed; one that reads gets everything."""
+    """A slow reader is told how much it has missed; a quick one gets everything."""
     (folder / "board.toml").touch()
     at = str(folder / "canned.socket")
     host = subprocess.Popen([*canned_host, str(folder / "board.toml"), at], stdin=subprocess.PIPE,
@@ -316,7 +316,7 @@ def check_slow_reader(boardweb, canned_host, folder):
 
 
 class ForgetfulHost(socketserver.StreamRequestHandler):
-    """Answers calls, but ends each connection for the LEDs after its first reply, which is another each time."""
+    """Answers calls, but ends each connection for the LEDs after its first reply. Each reply has another mask."""
 
     masks = itertools.count(5)
 
@@ -337,7 +337,7 @@ class ForgetfulHost(socketserver.StreamRequestHandler):
 
 
 def check_leds_lost(boardweb, folder):
-    """LEDs that the host reports no more are not shown as they were: neither to old clients nor to new ones."""
+    """If the host stops reporting its LEDs, neither old nor new clients are shown their former state."""
     at = str(folder / "forgetful.socket")
     with socketserver.ThreadingUnixStreamServer(at, ForgetfulHost) as host:
         host.daemon_threads = True
@@ -350,13 +350,13 @@ def check_leds_lost(boardweb, folder):
             for name, data, _ in new.events():
                 assert name != "leds" or data["lit"] != 5
                 statuses += name == "status"
-                if statuses == 2:  # some seconds later; everything that was known has been sent before
+                if statuses == 2:  # some seconds later, after everything that the server knew
                     break
         host.shutdown()
 
 
 def check_end(boardweb, folder):
-    """If asked to end, the server ends, although clients are waiting."""
+    """If asked to end, the server ends, even if clients are waiting."""
     path = folder / "end.socket"
     with socket.socket(socket.AF_UNIX) as host:  # accepts calls, but never answers
         host.bind(str(folder / "mute.socket"))
@@ -408,7 +408,7 @@ def check_many_connections(server, count):
 
 
 def is_served(server):
-    """The server may end a connection whose request it has not read yet, if a hundred others arrive meanwhile."""
+    """Whether the server answers: it may end an unread connection if a hundred others arrive."""
     with contextlib.suppress(ConnectionError):
         return server.ask("/status")[0] == 200
     return False

@@ -1,4 +1,4 @@
-"""Reads what `boardctl info --format metrics` prints with the parser that monitors use."""
+"""Reads the output of `boardctl info --format metrics` with the parser of a monitoring system."""
 import subprocess
 import sys
 import tempfile
