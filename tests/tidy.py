@@ -5,8 +5,8 @@ usage: tests/tidy.py BUILD
 BUILD is a build tree with a compile_commands.json, in which each source compiles alone.
 
 clang-tidy spends most of its time on the headers of other projects, which it reads again for each
-source. So the sources of each room of the host and its programs are joined, as in other builds.
-Two checks make no sense for joined sources; tests/tree.py does their work.
+source. So in the host and its programs, the sources of each room are joined into one. Two checks
+make no sense for joined sources; tests/tree.py does their work.
 """
 import collections
 import concurrent.futures
@@ -18,8 +18,8 @@ import shlex
 import subprocess
 import sys
 
-ALONE = ("framework", "drivers", "services", "sysinfo")  # few headers; local names may be the same
-JOINED = {"host": 2, "tools": 3}  # how many parts of a path name what is joined
+ALONE = ("framework", "drivers", "services", "sysinfo")  # include few headers; their local names may clash
+JOINED = {"host": 2, "tools": 3}  # the number of a path's first parts that name a room
 CHECKS = "--checks=-misc-unused-using-decls,-bugprone-suspicious-include"
 # The analyzer follows each function for this many steps. With its default of 225,000, it takes twice
 # as long and finds no more: when 287 functions used a null pointer, it found 126; with this, 128.
@@ -28,7 +28,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 
 def flags_of(command):
-    """The words of a compiler call without its input and output."""
+    """The words of a compiler call, except its input and output."""
     words = shlex.split(command["command"])
     for option in ("-o", "-c"):
         at = words.index(option)
@@ -37,12 +37,12 @@ def flags_of(command):
 
 
 def is_joined(path):
-    """As in cmake/Unite.cmake, sources beside a program's CMakeLists.txt stay alone."""
+    """As in cmake/Unite.cmake, sources beside a program's CMakeLists.txt are not joined."""
     return path.parts[0] in JOINED and not (ROOT / path.parent / "CMakeLists.txt").exists()
 
 
 def join(paths, joined):
-    """Writes the sources into one file. Returns where each of its lines comes from."""
+    """Writes the sources into one file. Returns where each line of that file comes from."""
     lines, places = [], [None]
     for path in sorted(paths):
         text = (ROOT / path).read_text().splitlines()
@@ -53,7 +53,7 @@ def join(paths, joined):
 
 
 def prepare(build, folder):
-    """Writes what clang-tidy reads. Yields each source, with the places of its lines if it is joined."""
+    """Writes clang-tidy's input. Yields each source, with the places of its lines if it is joined."""
     groups = collections.defaultdict(dict)
     for command in json.loads((build / "compile_commands.json").read_text()):
         source = pathlib.Path(command["file"])
@@ -76,7 +76,7 @@ def prepare(build, folder):
 
 
 def check(folder, source, places):
-    """Returns what clang-tidy finds, at the places in the tree; empty if it finds nothing."""
+    """Returns what clang-tidy finds, with places in the tree; empty if it finds nothing."""
     done = subprocess.run(["clang-tidy", "-p", folder, f"--config-file={ROOT / '.clang-tidy'}", "--quiet", CHECKS, *STEPS, source],
                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
     if done.returncode == 0:

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks the rules that keep the tree readable, and prints each place that breaks one:
-- An include goes to the same folder or to a lower floor, and files do not include each other in a
-  circle.
-- Only host/base calls the operating system for files on behalf of host/ and tools/.
+- A file includes only files of its own folder or of a lower floor (see FLOORS), and files do not
+  include each other in a circle.
+- In host/ and tools/, only host/base calls open, close and strerror.
 - No .cpp file is included, and each using-declaration in a .cpp file is used.
 - A folder has at most a dozen modules (a module is a .h and .cpp pair), a source at most 300 lines.
 """
@@ -26,11 +26,11 @@ FLOORS = [
     ["platform"],
 ]
 FLOOR = {folder: len(FLOORS) - number for number, folders in enumerate(FLOORS) for folder in folders}
-# Headers here are for the same top folder only: everybody else uses include/ and platform/.
+# Headers in these may be included only from the same top folder. Others use include/ and platform/.
 INSIDE = {"drivers", "services", "sysinfo", "framework"}
-# Defines the identifiers of two interfaces of the library, which belong to the framework.
+# This defines identifiers of the framework, two of which name interfaces declared in include/.
 MAY_LOOK_UP = {"framework/driverkernel/Identifiers.cpp"}
-# One header per class, all in one folder, because programs include them by name alone.
+# May have more modules: programs include public headers by name alone, so all are in one folder.
 PUBLIC = {"include", "platform"}
 MOST_MODULES = 12
 MOST_LINES = 300
@@ -44,7 +44,7 @@ faults = []
 
 
 def find(name, folder):
-    """The header that `name` means in a source of `folder`."""
+    """The path of the header that a source in `folder` includes as `name`; None if there is none."""
     places = [folder, "host", "include", "platform", "tools/boardctl", "tools/boardweb", "drivers", "framework"]
     paths = (root / place / name for place in places)
     return next((path.resolve().relative_to(root).as_posix() for path in paths if path.exists()), None)
@@ -55,7 +55,7 @@ def folder_of(path):
 
 
 def room_of(path):
-    """The folder of FLOORS that holds the file, directly or further down; None if there is none."""
+    """The folder of FLOORS that holds the file, maybe in a subfolder; None if there is none."""
     return next((str(folder) for folder in pathlib.PurePath(path).parents if str(folder) in FLOOR), None)
 
 
@@ -78,7 +78,7 @@ def check_source(path):
         faults.append(f"{path}: its folder has no floor; add it to FLOORS in {pathlib.Path(__file__).name}")
         return headers
     text = (root / path).read_text()
-    for name in USING.findall(text) if path.endswith(".cpp") else []:  # a header may offer a name
+    for name in USING.findall(text) if path.endswith(".cpp") else []:  # headers may declare names for others
         if len(re.findall(rf"\b{name}\b", text)) == 1:
             faults.append(f"{path}: 'using {name}' is not used")
     for number, line in enumerate(text.splitlines(), 1):

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Where a class's table of virtual operations holds `operation`, read from the pointer to it.
+/// The index of `operation` in its class's table of virtual functions, from the pointer to member.
 template <class Operation>
 std::ptrdiff_t slotOf(Operation operation) {
     std::ptrdiff_t offset;
@@ -18,8 +18,8 @@ std::ptrdiff_t slotOf(Operation operation) {
 
 } // namespace
 
-// abi/layout.txt lists the slots of the other classes. An observer's table is in the host, so the
-// library has no record of it.
+// abi/layout.txt lists the slots of the other classes. It can't list those of an observer, whose
+// table is in the host and not in the library.
 TEST(Slots, OfAnObserverKeepTheirOrder) {
     EXPECT_EQ(slotOf(&ServiceButton::Observer::onButtonPressed), 0);
     EXPECT_EQ(slotOf(&ServiceButton::Observer::onButtonReleased), 1);

@@ -11,7 +11,7 @@ TEST(DeviceFiles, AcceptClampAndRejectWhatIsWritten) {
         const char* device;
         std::string bytes;
         const char* result;
-        const char* held; ///< afterwards
+        const char* held; ///< by the device afterwards
     } table[] = {
         {PWM_ENABLE, "1", "1", "1"},
         {PWM_ENABLE, "2", "EINVAL", "1"}, // this driver has no automatic control
@@ -105,7 +105,7 @@ TEST(Led, OnABusShowsEachStateAndReturnsToItAfterOverlayAndBlinking) {
     }
 }
 
-// In the third boot, in which the EEPROM holds a list.
+// Runs in the third boot, because only then the EEPROM holds a list of tags.
 TEST(Boot3Devices, FailByNameWhileTheirDriverIsAwayAndThenReturn) {
     const char NO_LED[] = "there is no LED 'pca955x:alarm' (there are: 'line', 'status')";
     const struct {

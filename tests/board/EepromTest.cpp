@@ -37,7 +37,7 @@ std::string afterRawWrites() {
     return held;
 }
 
-/// The longest list: its image is a byte shorter than the device, in whole 16-bit words.
+/// The data of the longest list. Its image has 510 bytes: an even size, and less than the device.
 const std::string LONGEST = pattern(502, 1);
 
 } // namespace
@@ -73,7 +73,7 @@ TEST(Boot3Eeprom, HoldsTheLongestListAfterARestart) {
 TEST(Boot3Eeprom, TakesWhatFitsOfAWriteThatIsTooLong) {
     EXPECT_EQ(write(EEPROM, std::string(600, 'x')), "512");
     EXPECT_EQ(eepromOutside(), hex(std::string(EEPROM_SIZE, 'x')));
-    // A driver that expects a larger device does not notice.
+    // A driver that expects a larger device does not notice that bytes are lost.
     CBoardDescr larger(EEPROM, 128, 1024);
     String error;
     EXPECT_TRUE(larger.writeRawBD(bytesOf(std::string(600, 'y')), error).isSuccess());

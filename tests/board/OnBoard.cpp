@@ -18,13 +18,13 @@ namespace onboard {
 
 namespace {
 
-/// Sends a request over the console, where the program at the other end answers.
+/// Sends a request over the console. Returns the answer of the program at the other end.
 std::string ask(const std::string& request) {
     static const board::FileDescriptor console = [] {
         board::FileDescriptor file = board::openFile("/dev/console", O_RDWR | O_NOCTTY);
         termios settings{};
         ::tcgetattr(file.number(), &settings);
-        // Otherwise answers mix with the output of the tests.
+        // An echo of the answers would mix with the output of the tests.
         settings.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         ::tcsetattr(file.number(), TCSANOW, &settings);
         return file;

@@ -30,7 +30,7 @@ constexpr char BUTTON_LINE[] = "/machine/soc/gpio gpioC0";
 /// Set and read such properties as JSON values. Throw if the emulator refuses.
 void set(const std::string& property, const std::string& value);
 std::string get(const std::string& property);
-/// The level of a line of the processor, such as "B0".
+/// Whether a line of the processor, such as "B0", is high.
 bool isLit(const std::string& line);
 inline bool isStatusLit() {
     return isLit("B0");
@@ -39,7 +39,7 @@ inline bool isStatusLit() {
 /// The bytes of the EEPROM in hexadecimal, read from the emulator's file and not through the board.
 std::string eepromOutside();
 
-/// The path of a device. Throws if there is none.
+/// The path of a device. Throws if there is no such device.
 std::string locate(const std::string& device);
 
 /// The text of a device without its newline, or an error such as "ENODEV" if reading fails.
@@ -68,8 +68,8 @@ void whileUnbound(const std::string& driver, const std::string& device, Body bod
     EXPECT_EQ(write("/sys/bus/" + driver + "/bind", device), all) << driver;
 }
 
-/// Polls until `isReached` returns true. Returns false after half a minute, which only a fault
-/// takes.
+/// Polls until `isReached` returns true. Returns false after half a minute, which passes only if
+/// something is wrong.
 template <class Condition>
 bool until(Condition isReached) {
     using Clock = std::chrono::steady_clock;

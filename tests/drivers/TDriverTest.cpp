@@ -13,7 +13,7 @@ namespace {
 
 using namespace support;
 
-/// A framework base that answers with texts, and does not clear the result on failure.
+/// A base class whose replies have messages, and which does not clear the result on failure.
 struct TalkativeBase : CDriver {
     using CDriver::CDriver;
     XCode queryInterface(const VELM_UUID& iid, void** object) override {

@@ -18,7 +18,7 @@ using support::Outcome;
 
 namespace {
 
-/// The ways in which calls fail, by name, as the errors of plans.
+/// The errors to plan for each call, by a pattern of its name.
 const std::pair<std::regex, std::vector<int>> WAYS[] = {
     {std::regex("p?read"), {EIO, EINTR, 0, -EIO}},
     {std::regex("p?writev?"), {ENOSPC, EINTR, 0, -EIO}},
@@ -46,7 +46,7 @@ protected:
         const bool isStreaming = contains(GetParam(), "--for 0.02");
         const std::string& message = outcome.err;
         const bool isDone = outcome.status == 0;
-        // To `leds check`, a file that can't be looked at is a finding.
+        // For `leds check`, a file that it can't examine is a finding, not an error.
         const bool isFound = outcome.status == 3 && contains(GetParam(), "leds check") &&
                              contains(outcome.out, "Input/output error");
         EXPECT_TRUE(isDone || isFound || (outcome.status == 1 && contains(message, "boardctl: ")));
@@ -59,10 +59,10 @@ protected:
             for (std::string line; std::getline(documents, line);)
                 EXPECT_TRUE(nlohmann::json::accept(line)) << line;
         }
-        // A driver calls once and uses what it gets: a short count is not an error for it.
+        // A driver reads and writes in one call, and a short count is not an error for it.
         if (isStreaming || (error == 0 && contains(call, "/board/dev/")))
             return;
-        // There, a device that is down is a figure.
+        // The metrics report a device that is down as a figure, and the command succeeds.
         const bool isDown = contains(GetParam(), "metrics") &&
                             std::regex_search(outcome.out, std::regex("device_up\\{.*\\} 0"));
         if (isDone && !isDown) {
@@ -88,7 +88,7 @@ protected:
                 (name.rfind("board/dev/", 0) == 0 &&
                  (contains(message, "restore the previous state") ||
                   contains(message, "the device holds"))) ||
-                // the next run must look at the device again
+                // the next run needs the journal to repair the device
                 (contains(name, "/unfinished-") && contains(message, "COULD NOT BE WRITTEN BACK"));
             EXPECT_TRUE(isIn(m_before, file) || isIn(m_after, file) || isSaid ||
                         (isBackup && (content == OTHER || content == m_before.at(m_edited))) ||
@@ -138,7 +138,7 @@ TEST_P(BoardctlFaults, EndWithTheWholeResultOrAMessageAndEverythingAsItWas) {
         const std::string name = call.substr(0, call.find(' '));
         const std::string number = std::to_string(++counts[name]);
         if (name == "fgets" && call == std::exchange(last, call))
-            continue; // the first fgets reads a file this short whole
+            continue; // the file is short: the first fgets reads all of it
         const auto ways = std::find_if(std::begin(WAYS), std::end(WAYS), [&](const auto& way) {
             return std::regex_match(name, way.first);
         });

@@ -39,9 +39,9 @@ inline bool contains(const std::string& text, const std::string& part) {
 
 inline constexpr char OTHER[] = "<folder or pipe>";
 
-/// Runs boardctl with its calls traced, and failing as planned, in a folder with a simulated board,
-/// an image, a link to it and a list of tags. The parameter is the command: "@" is the folder and
-/// "#" names the board.
+/// Runs boardctl in a folder with a simulated board, an image, a link to the image and a list of
+/// tags. The calls of boardctl are traced and fail as planned. The test's parameter is the command:
+/// "@" stands for the folder and "#" for the board.
 class BoardctlRuns : public testing::TestWithParam<std::string> {
 protected:
     using Files =
@@ -61,7 +61,7 @@ protected:
         m_before = files();
     }
 
-    /// Lets a program answer for a host of the board, until the end of the test.
+    /// Starts a program that answers in place of a host of the board, until the end of the test.
     void startHost() {
         const std::string end = m_trace.path("end");
         ::mkfifo(end.c_str(), 0600);
@@ -84,7 +84,7 @@ protected:
         return found;
     }
 
-    /// Restores all files, then runs the command with its calls failing as planned.
+    /// Restores all files, then runs the command, whose calls fail as planned.
     support::Outcome run(const std::string& plan, const std::string& out = "") const {
         return run(GetParam(), plan, out);
     }
@@ -102,7 +102,7 @@ protected:
                 m_dir.write(name, m_before.at(name));
     }
 
-    /// Runs the command with the files that are there.
+    /// Runs the command like `run`, but with the files as the last run left them.
     support::Outcome runAgain(const std::string& command, const std::string& plan,
                               const std::string& out = "") const {
         std::vector<std::string> words = {"/usr/bin/env",
@@ -118,7 +118,7 @@ protected:
         return support::Program(words, out).finish();
     }
 
-    /// What the last run called.
+    /// The calls of the last run.
     std::vector<std::string> trace() const {
         std::vector<std::string> calls;
         std::istringstream lines(m_trace.read("trace"));
@@ -135,7 +135,7 @@ protected:
 
     const support::TempDir m_dir;
     const support::TempDir m_trace;
-    int m_end = -1; ///< the program ends when it is closed
+    int m_end = -1; ///< closing it ends `m_host`
     std::unique_ptr<support::Program> m_host;
     Files m_before;
 };

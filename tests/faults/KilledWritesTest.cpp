@@ -22,7 +22,7 @@ protected:
         return contains(name, "unfinished-") || contains(name, ".new-content");
     }
 
-    /// How many bytes of a write the kill leaves; 0 for other calls.
+    /// How many bytes a write has written when it is killed, in turn; 0 for other calls.
     static std::set<int> sizesFor(const std::string& call) {
         if (call.rfind("pwrite ", 0) == 0)
             return {0, 1, 6, 10, 32, 47, 64};
@@ -78,7 +78,7 @@ TEST_P(KilledWrites, LeaveAFileOldOrNewAndADeviceThatTheNextRunRepairs) {
     EXPECT_EQ(torn > 0, isDevice);
 }
 
-// Another unit has taken the place of the one whose write was interrupted.
+// Here another unit takes the place of the unit whose write was interrupted.
 TEST_F(KilledWrite, LeavesAnotherUnitAloneAndRepairsItsOwnLater) {
     const std::string put = "bd put 5=text:UNIT-2 45=hex:00000001 # -y";
     EXPECT_EQ(run(put, "pwrite 1 " + std::to_string(faults::KILLED + 10), "").status, -1);
@@ -91,7 +91,7 @@ TEST_F(KilledWrite, LeavesAnotherUnitAloneAndRepairsItsOwnLater) {
     EXPECT_EQ(files().at("board/eeprom.bin").substr(0, 76), other.substr(0, 76));
     m_dir.write("board/eeprom.bin", torn);
     EXPECT_TRUE(contains(runAgain("bd remove 2 # -y", "none 0 0").err, "interrupted"));
-    // What the interrupted write was to change is as before it.
+    // The tag that the interrupted write was to change has its old value again.
     EXPECT_EQ(runAgain("bd get 45 #", "none 0 0").out, "1234abcd\n");
 }
 

@@ -3,7 +3,7 @@
 
 #include "faults/Faults.h"
 
-// Replaces the operators of the whole program, the libraries included; those of arrays call these.
+// Replaces new and delete in the whole program and its libraries. Their array forms call these.
 
 void* operator new(std::size_t size) {
     void* const memory = faults::judge("new", "") == faults::Verdict::PASS

@@ -32,7 +32,7 @@ protected:
 } // namespace
 
 TEST_P(ReadingCommands, OpenWhatTheyNameAndNothingForWriting) {
-    // Permissions do not bind the superuser, so what counts is how each file is opened.
+    // Permissions would not stop root, so this checks how the command opens each file.
     const std::string command = GetParam().substr(0, GetParam().find(':'));
     const support::Outcome outcome = run(command, "none 0 0", "");
     EXPECT_EQ(outcome.status, 0) << outcome.err;

@@ -23,7 +23,7 @@ public:
         : LedCtrl(commands, commandCount, files, fileCount, ACCESS_FILES, 100, 0, NotStarted()) {}
     XCode runOnce() {
         setupFifo();
-        readCmd(); // empties the pipe of what a run that ran out of memory has left
+        readCmd(); // empties the pipe, in which a run without memory may have left lines
         testFifo();
         openFiles();
         setupDefault();
@@ -56,7 +56,7 @@ TEST(ServiceFaults, ALedThatFailsIsLoggedAndTheOthersGoOn) {
     const std::string files[] = {dir.path("first"), dir.path("second")};
     const LedCtrl::CmdDef COMMANDS[] = {{"all", "on", 0, 3, LedCtrl::ACTION_ON, 0, 0, true}};
     const LedCtrl::FileNameMap FILES[] = {{1, files[0].c_str()}, {2, files[1].c_str()}};
-    const std::string kept = ", left open: 1"; // the pipe's writer, for the life of the process
+    const std::string kept = ", left open: 1"; // the pipe's writer, which is never closed
     sweep(
         [&](const Attempt& attempt) {
             for (const char* const name : {"first", "second"})

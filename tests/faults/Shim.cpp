@@ -15,8 +15,8 @@
 #include <sys/syscall.h>
 #include <sys/types.h>
 
-// Every call is defined under another name, and only its assembler name is that of the C library.
-// So it does not conflict with the declarations in the headers, their inline versions and noexcept.
+// Each function is defined under another name; only its assembler name is that of the C library. So
+// it does not conflict with the headers' declarations, their inline versions and noexcept.
 
 extern "C" long syscall(long number, ...);
 extern "C" unsigned alarm(unsigned seconds);
@@ -32,7 +32,7 @@ char s_trace[MOST_CALLS][112];
 std::atomic<unsigned> s_count{0};
 std::atomic<bool> s_isCounting{false};
 faults::Plan s_plan;
-std::atomic<unsigned> s_countOfName{0}; ///< of the plan's
+std::atomic<unsigned> s_countOfName{0}; ///< calls of the plan's name
 
 bool isSame(const char* name, const char* other) {
     return std::strcmp(name, other) == 0;
@@ -135,7 +135,7 @@ Verdict faults::judge(const char* name, const char* file) {
 // NOLINTBEGIN(bugprone-macro-parentheses)
 
 /// Replaces the C library's `name`; `real` is the original. `subject` is the path or descriptor
-/// that it works on. The statement after that runs before the call fails or is passed on.
+/// that the call works on. The last argument is a statement that runs before the call or failure.
 #define CALL(Result, name, parameters, arguments, subject, ...)                                    \
     extern "C" __attribute__((visibility("default")))                                              \
     Result faulty_##name parameters __asm__(#name);                                                \
@@ -152,14 +152,14 @@ Verdict faults::judge(const char* name, const char* file) {
 // A close releases the descriptor even if it fails.
 #define CLOSES errno = verdict == Verdict::FAIL ? (real(fd), std::abs(s_plan.error)) : errno
 
-// A call without a mode leaves garbage in that parameter, and then nobody uses it.
+// If the caller passes no mode, that parameter holds garbage, which the original does not use.
 CALL(int, open, (const char* path, int flags, mode_t mode), (path, flags, mode),
      opened(path, flags), )
 CALL(int, open64, (const char* path, int flags, mode_t mode), (path, flags, mode),
      opened(path, flags), )
 CALL(int, openat, (int at, const char* path, int flags, mode_t mode), (at, path, flags, mode),
      opened(path, flags), )
-// In an optimized program, opens whose flags the compiler does not know call these instead.
+// Optimized programs call these instead of open if the compiler does not know the flags.
 CALL(int, __open_2, (const char* path, int flags), (path, flags), opened(path, flags), )
 CALL(int, __open64_2, (const char* path, int flags), (path, flags), opened(path, flags), )
 CALL(std::FILE*, fopen, (const char* path, const char* how), (path, how), opened(path, how), )
@@ -213,7 +213,7 @@ std::atomic<long> s_leapt{0}; ///< how far the program's time is ahead, in nanos
 __attribute__((constructor)) void beginAsTheEnvironmentSays() {
     static char name[16];
     faults::Plan plan{name, 0, 0};
-    ::alarm(PATIENCE_SECONDS); // a program that hangs ends by a signal, which is not a result
+    ::alarm(PATIENCE_SECONDS); // ends a program that hangs, by a signal that no test accepts
     if (std::sscanf(std::getenv("FAULTS_PLAN"), "%15s %u %d", name, &plan.call, &plan.error) == 3)
         faults::begin(plan);
 }
@@ -228,7 +228,7 @@ __attribute__((destructor)) void writeTrace() {
 
 } // namespace
 
-// Returns its error instead of setting errno.
+// Unlike the functions above, this returns its error and does not set errno.
 extern "C" __attribute__((visibility("default"))) int
 faulty_pthread_create(void* thread, const void* how, void* (*body)(void*),
                       void* argument) __asm__("pthread_create");
@@ -239,8 +239,8 @@ int faulty_pthread_create(void* thread, const void* how, void* (*body)(void*), v
     return verdict == Verdict::FAIL ? errno : orDie(verdict, real(thread, how, body, argument));
 }
 
-// Time does not pass while the program waits: it leaps to where the wait ends. Only another program
-// takes real time to answer on a socket.
+// No real time passes while the program waits: its clock leaps to the end of the wait. Only waits
+// for sockets are real, because another program answers there.
 
 extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock,
                                                                     timespec* now) noexcept {
@@ -253,7 +253,7 @@ extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t cl
 
 namespace {
 
-struct Waited { ///< a pollfd; its header would declare what is defined here
+struct Waited { ///< a pollfd, whose header would also declare the function defined below
     int fd;
     short events, revents;
 };
@@ -274,7 +274,7 @@ ppoll(Waited* files, unsigned long count, const timespec* span, const void* mask
     const long ready = ::syscall(SYS_ppoll, files, count, span ? &wait : nullptr, mask, MASK_SIZE);
     if (ready == 0 && !isReal) {
         s_leapt += span->tv_sec * SECOND + span->tv_nsec;
-        ::syscall(SYS_sched_yield); // the program may wait for what another one does
+        ::syscall(SYS_sched_yield); // gives other programs a chance to do what this one waits for
     }
     return static_cast<int>(ready);
 }

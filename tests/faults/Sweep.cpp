@@ -17,7 +17,7 @@ namespace faults {
 void sweep(const Operation& operation, const Expected& expected) {
     const auto run = [&](const std::string& fault, const faults::Plan& plan) {
         SCOPED_TRACE(fault);
-        std::string text(4096, '\0'); // takes the result without more memory
+        std::string text(4096, '\0'); // so long that the result needs no new memory
         const auto open = support::openDescriptors();
         const long held = faults::blocksHeld;
         const auto attempt = [&](const std::function<XCode()>& step) {

@@ -12,11 +12,11 @@ namespace faults {
 /// Runs a step while its calls are counted. Returns its code, or "thrown" if memory ran out.
 using Attempt = std::function<std::string(const std::function<XCode()>&)>;
 
-/// Prepares something, attempts a step and returns what came of it, as text.
+/// Prepares something, attempts a step and returns the result as text.
 using Operation = std::function<std::string(const Attempt&)>;
 
 /// Pairs a pattern of faults, such as "read#2 EIO" for the second read, with a pattern of the text
-/// that follows from them. The first match counts; "" matches every fault except one of memory.
+/// that must result. The first match counts; "" matches every fault except those of memory.
 using Expected = std::vector<std::pair<std::string, std::string>>;
 
 /// Runs the operation without a failure, then once for each way in which one of the calls in its

@@ -1,4 +1,4 @@
-// Constructs a driver of the library that it is linked to, and reads the image that it is given.
+// Constructs a driver of the linked library and reads an image with it: consumer IMAGE
 
 #include <cstdio>
 

@@ -1,5 +1,5 @@
-// Loads the library while it runs and makes the board's descriptor driver through the factory's
-// name, as a host does that was compiled apart; knows interfaces only.
+// Loads the library at run time, looks a factory up by name and creates the board's descriptor
+// driver with it. Like a host that was compiled separately, it knows only interfaces.
 
 #include <cstdio>
 

@@ -4,7 +4,7 @@
 // type.
 //
 // usage: status-client SOCKET [COMMAND [ARGUMENT...]]
-// COMMAND must cause an event on the board and change an LED. It runs once the client monitors both.
+// COMMAND must cause an event on the board and change an LED. The client monitors both before.
 package main
 
 import (
@@ -53,7 +53,7 @@ func describe(connection *varlink.Connection, name string) *idl.IDL {
 	return description
 }
 
-// Complains of everything in `value` that is not of the type.
+// Reports each part of `value` that does not match the type.
 func check(description *idl.IDL, place string, value interface{}, kind *idl.Type) {
 	isGood := true
 	switch kind.Kind {
@@ -122,7 +122,7 @@ func decode(bytesOfValue []byte) (value interface{}) {
 	return value
 }
 
-// Calls a method that must fail with the error of that name.
+// Calls a method, which must fail with the error `name`.
 func expectError(connection *varlink.Connection, method, name string, parameters interface{}) {
 	var reply json.RawMessage
 	err := connection.Call(background, method, parameters, &reply)

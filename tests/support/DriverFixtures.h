@@ -74,13 +74,13 @@ Rows reportOf(const Object& object, const Place& at,
     return rows;
 }
 
-/// Queries a driver with the count 1 for the framework's interfaces, for `Interface` and for one
-/// that it does not have, through each of them, with and without a place for the result.
+/// Queries a driver, whose reference count must be 1, through each of its interfaces: for each of
+/// them and for one that it does not have, with and without a place for the result.
 template <class Interface, class Driver>
 void expectFaces(Driver& object) {
     Interface* const own = &object;
     IDriver* const driver = &object;
-    IInfo* info = nullptr; // the base class's: the LED driver's own interface has another
+    IInfo* info = nullptr; // that of the base class; ILedControl has another one
     if constexpr (std::is_base_of_v<CKernelDriver, Driver>)
         info = static_cast<CKernelDriver*>(&object);
     else
@@ -109,8 +109,8 @@ void expectFaces(Driver& object) {
         }
 }
 
-/// Closes descriptor 0 while it lives, so that the next file to be opened gets it. After that it
-/// is /dev/null, as no test reads standard input.
+/// Keeps descriptor 0 closed while it lives, so that the next file to be opened gets that number.
+/// Afterwards descriptor 0 is /dev/null, because no test reads standard input.
 struct DescriptorZeroFree {
     DescriptorZeroFree() { ::close(0); }
     ~DescriptorZeroFree() { ::open("/dev/null", O_RDONLY); }

@@ -11,8 +11,8 @@
 
 // The LED service's pipe has the same path on every machine, so tests of two checkouts would read
 // each other's lines. Linked into a test program, this gives the program and its children a private
-// /tmp if the machine allows it. Otherwise test programs take turns: each holds a lock on /tmp.
-// Hosts answer there too, instead of in /run, where other tests would find them.
+// /tmp if the machine allows it. Otherwise test programs take turns: each holds a lock on /tmp. The
+// status sockets of hosts are in that /tmp too and not in /run, where other tests would find them.
 
 namespace {
 
@@ -32,15 +32,15 @@ public:
     }
 
 private:
-    // A private /tmp would hide such a program's own build tree.
+    // A private /tmp would hide the build tree of a program below /tmp.
     static bool isBelowTmp() {
         char program[4096] = {};
         return ::readlink("/proc/self/exe", program, sizeof program - 1) > 0 &&
                std::string(program).rfind("/tmp/", 0) == 0;
     }
 
-    // Root can do this. Other users would need a new user namespace, which a program with threads
-    // can't enter.
+    // Only root can do this. Other users would first have to enter a new user namespace, which a
+    // program with threads can't do.
     static bool makePrivate() {
         return ::unshare(CLONE_NEWNS) == 0 &&
                ::mount("none", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0 &&

@@ -29,7 +29,7 @@ public:
     /// Waits until standard output contains `text`; false if the program ends without it.
     bool waitForOutput(const std::string& text);
 
-    /// For a signal that may arrive just before the call that it must interrupt: repeats it.
+    /// Repeats the signal: each one may arrive just before the call that it must interrupt.
     void signalUntilEnded(int number);
 
     Outcome finish();

@@ -11,8 +11,8 @@
 namespace support {
 
 /// The shell functions of a transcript. `json` prints boardctl's JSON document on one line. `wrong`
-/// prints the first line about a call that must be rejected with the status 2.
-/// `steady` takes out what differs from run to run and from machine to machine.
+/// prints the first message of a call, which must be rejected with status 2. `steady` removes or
+/// replaces what differs from run to run and from machine to machine.
 constexpr char TRANSCRIPT_SETTING[] = R"(cd "$1"
 umask 022
 export XDG_STATE_HOME="$1/state"
@@ -33,9 +33,9 @@ steady() {
 }
 )";
 
-/// Runs the commands of a transcript, its lines that begin with "$ ", in `dir`, and returns the
-/// transcript with what they really print: standard output as it is, standard error with "! "
-/// before each line, an exit status other than 0 in brackets.
+/// Runs the commands of a transcript, its lines that begin with "$ ", in `dir`. Returns the
+/// commands with their real output: standard output as it is, standard error with "! " before each
+/// line, an exit status other than 0 in brackets.
 inline std::string replay(const TempDir& dir, const std::string& transcript) {
     std::istringstream lines(transcript);
     std::string result = "\n";

@@ -53,7 +53,7 @@ TEST(CpuFigures, GiveTheBusyShareInThirtyTwoBitArithmetic) {
 TEST(CpuLoad, ReadsTheMachinesOwnCountersAndCanBeSetUpAgain) {
     const auto before = support::openDescriptors();
     CpuLoad load;
-    struct { // how a meter lies in memory, which is part of the binary interface
+    struct { // a meter's layout in memory, part of the binary interface
         std::uint32_t busy[15], idle[15], current, index5, index14;
     } samples;
     static_assert(sizeof samples == sizeof load && std::is_trivially_copyable_v<CpuLoad>);
@@ -65,10 +65,10 @@ TEST(CpuLoad, ReadsTheMachinesOwnCountersAndCanBeSetUpAgain) {
         EXPECT_TRUE(load.getCurrentLoad(busy, idle).isSuccess());
         std::memcpy(&samples, &load, sizeof samples);
         EXPECT_EQ(samples.current, 0U);
-        // Busy time alone: idle time runs backwards on some kernels.
+        // Checks only busy time: idle time runs backwards on some kernels.
         EXPECT_LE(static_cast<std::uint32_t>(busy) - samples.busy[0], 0x7FFFFFFFU);
-        // The samples of 1, 5 and 14 periods ago, so long ago that the time of this test adds
-        // nothing.
+        // Sets the samples of 1, 5 and 14 periods ago so far back that the time that this test
+        // takes does not count.
         for (const auto& [slot, quarters] : {std::pair(0, 1U), {11, 2U}, {2, 3U}}) {
             samples.busy[slot] = static_cast<std::uint32_t>(busy) - quarters * 5000000;
             samples.idle[slot] = static_cast<std::uint32_t>(idle) - (4 - quarters) * 5000000;

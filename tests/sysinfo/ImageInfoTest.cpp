@@ -33,7 +33,7 @@ TEST(ImageInfo, KeepsSixLinesAndComposesTheVersionByTheKindOfBuild) {
              {"5.2\nTested\n3", "5.2|Tested|3||||5.2"},
              {std::string("5.2\0dropped\nTest\0\n", 18), "5.2|Test|||||5.2/"},
              {whole + "Test\n3\n", whole + "|Test|3||||" + whole + "/3"},
-             {whole + "\nTest", whole + "||Test||||" + whole}, // its newline is a line
+             {whole + "\nTest", whole + "||Test||||" + whole}, // its newline counts as a line
              {"5.2\nBranch\n1234\n4\n5\nsix\ndev\neight\n9",
               "5.2|Branch|1234|six|dev|eight|5.2-dev/1234"}}) {
         dir.write("info", file);

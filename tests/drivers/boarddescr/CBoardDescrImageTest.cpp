@@ -44,7 +44,7 @@ protected:
     CBoardDescr board;
     TString<char> image;
     String error;
-    // The tags that read back; an odd one is longer then.
+    // The tags as they read back. A tag of odd size has been padded.
     const Tags whole = {"45/4:12 34 AB CD", "6/0:", "7/4:01 02 03 00", "33059/2:FF FF", "0/0:"};
 };
 
@@ -147,7 +147,7 @@ TEST_F(CBoardDescrDeviceTest, ImageMustBeSmallerThanTheDeviceAndIsWrittenInOneCa
     EXPECT_EQ(dir.read("eeprom"), content);
     EXPECT_TRUE(device.writeRawBD(TString<char>(bytes.data(), 511), error).isSuccess());
     EXPECT_EQ(dir.read("eeprom"), bytes.substr(1) + "x");
-    // With a limit on files, the first write is short, and one that begins at the limit fails.
+    // With a limit on the size of files, the first write is short, and one at the limit fails.
     rlimit limit{};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
     const rlimit small{64, limit.rlim_max};

@@ -24,8 +24,8 @@ protected:
         EXPECT_TRUE(fan.getDescription(text).isSuccess());
         return str(text);
     }
-    /// The device can be neither read nor written: the speed in force is "off", the requested one
-    /// is remembered.
+    /// Expects that the device can be neither read nor written: its speed reads as "off", and the
+    /// requested speed is remembered.
     void expectDeviceFails() {
         Fan::FanSpeed speed = Fan::FAN_SPEED_HIGH;
         expectPlainFailure(fan.getActualFanSpeed(speed));

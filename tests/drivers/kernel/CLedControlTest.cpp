@@ -32,7 +32,7 @@ protected:
                 dir.write("device", std::to_string(value));
                 continue;
             }
-            // Only the driver's records end in zero bytes.
+            // This ends without a zero byte, so a zero byte at the end is the driver's.
             dir.write("device", held().substr(0, 1) + "\n");
             const bool done = perform(call, value).isSuccess();
             const bool wrote = held().back() == '\0';
@@ -80,7 +80,7 @@ TEST_F(CLedControlTest, OverlaysTakeTheLedOverAndRestoreIt) {
         {true, "shows 2 enable toggle 0 disable set 1", "-02-"},
         {false, "shows 2 enable disable set 1", "-2-"},
         {true, "set 1 enable bi 1 disable bi 0", "1--21"},
-        // 2 is restored only for exactly 1, but any value except 0 holds.
+        // `disable` restores 2 only if `bi` is 1, but `set` is held back by any `bi` except 0.
         {true, "set 1 enable bi 7 disable set 2", "1--1-"},
         {true, "bi 1 enable toggle 1 bi 0 disable", "2-1-0"},
     };

@@ -27,7 +27,7 @@ TEST_F(CThermalSensorTest, ThousandthsAreReadAsDegreesInSinglePrecisionAndFailur
         {"45500\n", 45.5F},
         {"-1250", -1.25F},
         {"warm", 0.0F},
-        {"16777217", 16777.216F}, // single precision drops the last digit first
+        {"16777217", 16777.216F}, // rounded to single precision before the division
         // Sixteen digits without a terminator, clamped to 32 bits.
         {"9999999999999999", 2147483.75F},
         {"-999999999999999", -2147483.75F},

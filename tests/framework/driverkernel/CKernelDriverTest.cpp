@@ -29,7 +29,7 @@ public:
     }
     void onDisconnected() override { ++disconnected; }
 
-    /// The reply to `code`, or else `value` with the failure's text.
+    /// The reply to `code` and "OK"; on failure, `value` and the failure's message.
     template <class Value>
     std::pair<Value, String> ask(unsigned code, Value value) {
         const XCode status = sendReceiveMessage(code, value);

@@ -10,7 +10,7 @@
 using Lines = std::vector<std::string>;
 
 TEST(Preferences, ReadNumbersInRangeAndLogAllOthers) {
-    constexpr unsigned NONE = 7; // the default, which no row reads
+    constexpr unsigned NONE = 7; // the default, which no row holds
     const support::TempDir dir;
     support::LogRecorder log;
     String error;

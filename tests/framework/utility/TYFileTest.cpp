@@ -20,7 +20,7 @@ TEST(TYFile, ReadsWithoutWaitingFailsWithATextAndClosesOnce) {
         EXPECT_EQ(file.readOnce(buffer, sizeof buffer, count, wait).getMessage(),
                   String::format("READ '%s': Bad file descriptor", written.path().c_str()));
     EXPECT_EQ(count, 0U);
-    for (int round = 0; round < 2; ++round) // opens anew
+    for (int round = 0; round < 2; ++round) // the second time, it is opened again
         ASSERT_TRUE(file.open(O_RDONLY, 0, 0).isSuccess());
     EXPECT_TRUE(file.readOnce(buffer, sizeof buffer, count, false).isSuccess());
     EXPECT_EQ(count, 0U);

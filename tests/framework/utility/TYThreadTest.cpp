@@ -27,7 +27,7 @@ using support::WrittenPipe;
 
 namespace {
 
-/// Reads the file to its end, with waits that may end the thread. Waits for ever if it is a pipe.
+/// Reads the file to its end, in calls that a stop may end. If it is a pipe, waits forever.
 void readToEnd(const std::string& path) {
     TYFile file(path.c_str(), true, false);
     XCode status = file.open(O_RDONLY, 0, 0);
@@ -43,7 +43,7 @@ void waitForStop() {
     readToEnd(dir.path("silent"));
 }
 
-/// A thread with its body, and the result that the body returns.
+/// A thread that runs `body` and returns `result`.
 struct Worker : TYRunnable {
     explicit Worker(std::function<void(TYThread&)> b) : body(std::move(b)) {}
     XCode runThread() override {

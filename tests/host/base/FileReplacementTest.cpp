@@ -126,7 +126,7 @@ TEST(FileReplacement, LeavesAFileWithSeveralNamesOrWithAForeignLockAsItIs) {
                                                       wait);
               }),
               path + ": is locked by process " + std::to_string(::getpid()));
-    board::replaceFile(path, "old"); // does not need what the file held
+    board::replaceFile(path, "old"); // takes no lock, as it does not need the old content
     ::close(held);
     fs::create_hard_link(path, dir.path("same"));
     EXPECT_EQ(failureOf(path, "new"),

@@ -26,7 +26,7 @@ TEST(Poller, CallsTheActionsOfWhatIsReadyUntilTheyAreRemoved) {
     poller.add(first.readEnd.number(), [&] {
         calls += "1";
         poller.remove(first.readEnd.number());
-        poller.remove(second.readEnd.number()); // due, too
+        poller.remove(second.readEnd.number()); // is ready too
     });
     poller.add(second.readEnd.number(), [&] { calls += "2"; });
     poller.serve();

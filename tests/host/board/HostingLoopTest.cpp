@@ -15,12 +15,12 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// Plays a script, one step for each wait, and records what the loop does with it.
+/// Plays a script, one step for each wait of the loop, and records what the loop does.
 class Script : public HostingLoop::Waiter, public HostingLoop::Listener {
 public:
     struct Step {
         std::chrono::seconds until;   ///< when the wait returns
-        std::function<void()> action; ///< what happens meanwhile
+        std::function<void()> action; ///< what happens during the wait
         bool isAskedToStop = false;
     };
 
@@ -60,7 +60,7 @@ public:
     }
 
     std::vector<std::string> notes;
-    std::vector<std::chrono::seconds> waits; ///< until when the loop wanted to wait
+    std::vector<std::chrono::seconds> waits; ///< the ends of the waits that the loop asked for
     unsigned rounds = 0;
     bool isHere = true;
 
@@ -129,6 +129,6 @@ TEST(HostingLoop, EndsWhenNobodyListens) {
     HostingLoop loop(script, script);
     script.play({{1s, [&] { script.isHere = false; }}});
     EXPECT_TRUE(loop.runUntil(script.at(1s))) << "the end of the listener counts as the end";
-    EXPECT_TRUE(loop.runUntil(std::nullopt)); // the script has no step left to wait in
+    EXPECT_TRUE(loop.runUntil(std::nullopt)); // the script has no step left, so no wait is possible
     EXPECT_EQ(script.rounds, 1U);
 }

@@ -18,12 +18,12 @@ using board::event::ButtonReleased;
 using board::event::DeviceBack;
 using board::event::FaultReport;
 
-/// A pipe, and who presses the button through it.
+/// A button's pipe and the events of a service that reads it.
 class ButtonServiceTest : public testing::Test {
 protected:
     ButtonServiceTest() { dir.makePipe("button"); }
 
-    /// Waits for what happens next.
+    /// Waits for the next events.
     std::vector<board::EventQueue::Entry> next() {
         pollfd arrival{queue.descriptor(), POLLIN, 0};
         EXPECT_EQ(::poll(&arrival, 1, -1), 1);
@@ -72,7 +72,7 @@ TEST_F(ButtonServiceTest, EndsWithOneEventIfAnOrdinaryFileTakesThePlaceOfItsPipe
 }
 
 TEST_F(ButtonServiceTest, IsTakenOverWhenAnotherHostEndsAndNotLeftToAForeignLock) {
-    ::setenv("XDG_RUNTIME_DIR", dir.path("").c_str(), 0); // where the host's locks may lie
+    ::setenv("XDG_RUNTIME_DIR", dir.path("").c_str(), 0); // where a host's locks may be
     board::Profile profile;
     profile.button = device;
     const board::FileDescriptor foreign = board::openFile(device.path, O_RDONLY | O_NONBLOCK);

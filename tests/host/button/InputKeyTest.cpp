@@ -27,13 +27,13 @@ TEST(KeyEvents, AskTheDeviceAtFirstAndAfterEventsWereDropped) {
     device.give({device.DOWN, device.REPORT}); // known already
     EXPECT_EQ(key.read(), Levels());
     isDown = false;
-    // Events up to the next report belong to an incomplete one.
+    // After a drop, the events up to the next report are incomplete and are ignored.
     device.give({device.DROPPED, device.UP, device.DOWN, device.REPORT});
     EXPECT_EQ(key.read(), Levels({false}));
     device.give({device.DROPPED, device.DOWN});
     EXPECT_EQ(key.read(), Levels());
-    // The events after the report are older than the device's answer and are ignored: a release
-    // that followed them may have been dropped.
+    // At the report, the key asks the device. Later events in the same read are older than that
+    // answer and are ignored: a release that followed them may have been dropped.
     device.give({device.REPORT, device.DOWN, device.REPORT});
     EXPECT_EQ(key.read(), Levels());
     device.give({device.DOWN, device.REPORT});

@@ -56,7 +56,7 @@ TEST(DescriptorEdit, ChangesItsTagsAndCopiesTheOthersByteForByte) {
         {PRODUCT + "FF FF FF FF", ADD, PRODUCT + NEW + END, 1},
         {PRODUCT, ADD, PRODUCT + NEW + END, 2},
         {"", ADD, NEW + END, 2},
-        // a change only if the tag loads differently; a zero byte may be padding
+        // counts as a change only if the tag loads differently; a zero byte may be padding
         {PRODUCT + END, set("45=hex:1234abcd"), PRODUCT + END, 0},
         {"00 05 00 06 61 00 " + END, set("5=text:a"), "00 05 00 06 61 00 " + END, 0},
         {"00 05 00 05 61 " + END, set("5=text:a"), "00 05 00 05 61 " + END, 0},

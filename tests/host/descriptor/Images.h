@@ -14,7 +14,7 @@ namespace support {
 inline const std::string PRODUCT = "00 2D 00 08 12 34 AB CD ";
 inline const std::string MAC_X = "00 01 00 0C 02 00 00 00 00 07 00 00 ";
 inline const std::string MAC_Y = "00 01 00 0C 02 00 00 00 00 08 00 01 ";
-inline const std::string ODD = "FF FE 00 07 01 02 03 "; // odd, which the library never writes
+inline const std::string ODD = "FF FE 00 07 01 02 03 "; // odd size: the library never writes it
 inline const std::string END = "00 00 00 04 ";
 
 inline std::string bytesOf(const std::string& digits) {

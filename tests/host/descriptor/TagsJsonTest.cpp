@@ -5,7 +5,7 @@
 
 namespace {
 
-/// The entry as often as that, with commas.
+/// The entry, repeated `count` times and separated by commas.
 std::string repeated(const std::string& entry, unsigned count) {
     std::string list = entry;
     for (unsigned i = 1; i < count; ++i)
@@ -88,7 +88,7 @@ TEST(TagsJson, RejectsTagsThatNoImageCanHoldOrThatMayBeAMistake) {
               "tags: can't read: Interrupted system call");
     board::endQuestion = nullptr;
     const std::pair<std::string, std::string> PLACES[] = {
-        // before the parser's own words
+        // what comes before the parser's own message
         {"[{\"id\":5,\"data\":\"\"},\n{\"id\":5,\n\"u8\":1e400\n}]", "3: entry 1: number overflow"},
         {"[\n{\"id\":5,\"u8\":1}},\n7]", "2: entry 1: column 16: syntax error"},
         {"[]\n,", "2: column 1: syntax error"},

@@ -12,8 +12,8 @@
 
 #include "LedCtrl.h"
 
-/// A second opinion on what each LED shows and what drives it: the documented rules, applied LED by
-/// LED.
+/// An independent model of what each LED shows and what drives it. It applies the documented rules
+/// to one LED after another.
 namespace support {
 
 class LedModel {
@@ -98,7 +98,7 @@ public:
         });
     }
 
-    /// The rows that hold the LED, the driver first, one per line.
+    /// The rows that hold the LED, one per line. The first one drives it.
     std::string holders(std::uint32_t led) {
         std::ostringstream text;
         const auto add = [&](const Cause& cause, const std::string& left, bool isShown) {

@@ -18,7 +18,7 @@ using support::failureOf;
 
 namespace {
 
-/// The pipe with a reader that reads when it is asked to.
+/// The pipe, with a reader that reads only when a test calls it.
 class ReadPipe {
 public:
     ReadPipe()
@@ -39,7 +39,7 @@ public:
                   static_cast<ssize_t>(text.size()));
     }
 
-    /// Takes the turn from other senders, or returns it to them.
+    /// Locks the pipe against other senders that take turns (F_WRLCK), or unlocks it (F_UNLCK).
     void setTurn(short type) const {
         struct flock turn {};
         turn.l_type = type;
@@ -58,7 +58,7 @@ TEST(LedPipeClaim, LetsNobodyReadAndKnowsWhoMayWrite) {
     const std::string groupName = ::geteuid() == 0 && group ? group->gr_name : "",
                       corrected = LED_PIPE + std::string(": others could read commands (mode ");
     struct Row {
-        mode_t umask, found, wanted; ///< nothing is found if that is 0
+        mode_t umask, found, wanted; ///< modes; found: of an existing pipe, 0 if there is none
         std::string writers, correction = {}, group = {};
     };
     std::vector<Row> rows = {{0, 0, 0622, "everybody"},
@@ -162,7 +162,7 @@ TEST(SendLedLine, SendsNothingToAStrangerUnlessAGroupVouchesForHim) {
 TEST(SendLedLine, NamesWhoMayWriteIfTheUserMayNot) {
     ::unlink(LED_PIPE);
     ASSERT_TRUE(::mkfifo(LED_PIPE, 0400) == 0 && ::chmod(LED_PIPE, 0400) == 0);
-    // Root may write in spite of the mode, so it becomes another user. Anybody else owns the pipe.
+    // Root may write in spite of the mode, so it becomes another user. The mode binds all others.
     const uid_t user = ::geteuid();
     ASSERT_EQ(::seteuid(user == 0 ? 65534 : user), 0);
     const std::string fault = failureOf([] { board::sendLedLine("a b"); });
@@ -174,7 +174,7 @@ TEST(SendLedLine, NamesWhoMayWriteIfTheUserMayNot) {
 TEST(SendLedLine, WritesAtOnceWhatTheNextReadCanHold) {
     const ReadPipe pipe;
     const std::string text(41, 'x'), line(37, 'y'), full = text + "\n" + line + "\n";
-    pipe.setTurn(F_WRLCK); // somebody who keeps it can't hold back what needs no turn
+    pipe.setTurn(F_WRLCK); // who keeps the turn can't delay a sender that needs none
     for (const std::string& each : {text, line})
         board::sendLedLine(each);
     EXPECT_EQ(failureOf([] { board::sendLedLine(""); }),

@@ -47,12 +47,12 @@ protected:
     LedServiceTest() { ::unlink(LED_PIPE); }
     ~LedServiceTest() override { std::filesystem::remove_all(LED_PIPE); }
 
-    /// Each service leaves one descriptor, the library's writer of the first pipe.
+    /// Each ended service leaves one descriptor open: the library's writing end of its first pipe.
     void expectDescriptors(int services) const {
         EXPECT_EQ(support::openDescriptors(), m_descriptors + services);
     }
 
-    /// The next event in words, or that none came.
+    /// The next event in words; "nothing" if none comes in a minute.
     std::string next() {
         if (m_waiting.empty()) {
             pollfd arrived{m_events.descriptor(), POLLIN, 0};
@@ -72,7 +72,7 @@ protected:
         return events;
     }
 
-    /// A table with a tick of 1 ms whose default row lights LED `file`, which it makes.
+    /// A table with a tick of 1 ms, whose default row lights LED `file`. Makes that LED's file.
     board::LedSequencerProfile table(const std::string& rows, const std::string& files = "") const {
         board::LedSequencerProfile profile = support::ledsOf(
             "[leds]\ntick_ms = 1\n[[leds.file]]\nmask = 1\npath = 'file'\n" + files +
@@ -144,7 +144,7 @@ TEST_F(LedServiceTest, TakesThePipeOverWhenTheServiceThatHasItEnds) {
     std::optional<board::LedService> leds(std::in_place, profile, false, m_events);
     board::LedPipeKeeper second(m_events, "", 2);
     EXPECT_NE(second.fault().value_or("").find("is in use"), std::string::npos);
-    const auto look = [&] { return second.look() || second.look(); }; // the second one tries
+    const auto look = [&] { return second.look() || second.look(); }; // every second look tries
     EXPECT_FALSE(look());
     ::unlink(LED_PIPE);
     EXPECT_FALSE(look()) << "the pipe is the other service's to make again";
@@ -226,7 +226,7 @@ TEST_F(LedServiceTest, TellsKnownFromUnknownLinesAndExplainsTheLeds) {
         EXPECT_EQ(next(), event);
     EXPECT_EQ(leds.counts().handled, 1U);
     EXPECT_EQ(leds.counts().unknown, 2U);
-    while (leds.explain().at(0).driver->run.line.empty()) // the last tick may be an earlier one
+    while (leds.explain().at(0).driver->run.line.empty()) // the last tick may precede the line
         ::sched_yield();
     const board::LedExplanation led = leds.explain().at(0);
     EXPECT_EQ(led.name + " " + led.driver->words, "file system boot 0");

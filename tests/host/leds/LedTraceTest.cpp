@@ -13,7 +13,7 @@ using support::below, support::Random, support::randomLine, support::randomTable
 
 namespace {
 
-/// The library's sequencer as it is, ticked by hand.
+/// The library's sequencer without a trace, ticked by hand.
 class Plain : public LedCtrl {
 public:
     explicit Plain(const std::vector<CmdDef>& rows)
@@ -29,7 +29,7 @@ public:
     using TracedLedCtrl::handle, TracedLedCtrl::holds, TracedLedCtrl::rerun, TracedLedCtrl::restore;
     using TracedLedCtrl::runDefaults, TracedLedCtrl::tick;
 
-    /// What it shows without a time.
+    /// What it shows with no time limit: steady and blinking LEDs, and endless rolls.
     std::string state() const {
         std::ostringstream text;
         text << std::hex << view().steadyMask << " " << view().blinkMask;

@@ -5,7 +5,7 @@
 
 #include "profile/Profile.h"
 
-/// Tables and lines for tests that compare two opinions on them.
+/// Random tables and lines, for tests that compare two results for the same input.
 namespace support {
 
 using Random = std::mt19937;

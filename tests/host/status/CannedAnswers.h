@@ -7,7 +7,7 @@
 
 namespace support {
 
-/// The answers of a host that knows a bit of everything.
+/// The answers of a host that has an example of each kind of device, alarm, fault and event.
 class CannedAnswers : public board::StatusAnswers {
 public:
     explicit CannedAnswers(std::string profile) : m_profile(std::move(profile)) {}

@@ -16,7 +16,7 @@
 
 namespace support {
 
-/// Whether `serve` of the server has something to do.
+/// Whether the server's `serve` has something to do.
 inline bool isBusy(const board::StatusServer& server) {
     pollfd ready{server.descriptor(), POLLIN, 0};
     return ::poll(&ready, 1, 0) > 0;
@@ -87,7 +87,7 @@ private:
     std::string m_heard;
 };
 
-/// A call of a method of the host, with other members of the message.
+/// The message that calls a method of the host. `more` is text with further members.
 inline std::string callOf(const std::string& method, const std::string& more = "") {
     return R"({"method":"org.boarddrivers.Host.)" + method + '"' + more + "}";
 }

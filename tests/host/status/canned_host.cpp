@@ -1,6 +1,6 @@
-// Answers on the status socket of a profile like a host, with canned answers. Publishes each line
-// of standard input, which is a JSON object, as an event, or {"lit":MASK} as LEDs. Exits at the end
-// of the input.
+// Answers on the status socket of a profile as a host would, with canned answers. Each line of
+// standard input is a JSON object, which it publishes: {"lit":MASK} as the LEDs, others as events.
+// Exits at the end of the input.
 // usage: canned-host PROFILE [SOCKET]
 
 #include <iostream>

@@ -11,7 +11,7 @@ using support::TempDir;
 
 namespace {
 
-/// Two monitors of one name, one without a bus device, and one with files and labels.
+/// Makes two monitors of the same name, one without a bus device, and one with files and labels.
 void makeMonitors(const TempDir& sysfs) {
     const struct {
         const char *folder, *name, *device;
@@ -57,7 +57,7 @@ TEST(DeviceLocator, FindsMonitorsAndLedsByNameOrListsWhatIsThere) {
         {"hwmon:cpu@0-0049/pwm1", monitors + "hwmon1/pwm1"},
         {"hwmon:nct/CPUTIN", monitors + "hwmon10/temp1_input"},
         {"hwmon:nct@nct.656/5V/12V", monitors + "hwmon10/temp2_input"},
-        {"hwmon:nct/pwm1", monitors + "hwmon10/pwm1"}, // a file goes before a label
+        {"hwmon:nct/pwm1", monitors + "hwmon10/pwm1"}, // a file takes precedence over a label
         {"led:alarm", sysfs.path("./class/leds/alarm/brightness")},
         {"/dev/fan:hwmon:x", "/dev/fan:hwmon:x"},
         {"led:alram",

@@ -26,7 +26,7 @@ constexpr char BOARD[] = "[[fan]]\nname='fan'\ndevice='pwm'\nmaximum=255\nenable
                          "[[led]]\nname='lamp'\ndevice='lamp'\n"
                          "[descriptor]\ndevice='eeprom'\n";
 
-/// A board in a temporary folder, and the text of what its watch tells.
+/// A board in a temporary folder, and the texts of the events from its watch.
 class Watch : public testing::Test {
 protected:
     Watch() {
@@ -54,7 +54,7 @@ protected:
         m_watch = std::make_unique<board::Watch>(*m_host, *m_profile, m_events);
     }
 
-    /// What the next look tells, without the path of the temporary folder.
+    /// The texts of the events from the next look, without the path of the temporary folder.
     Lines look() {
         m_watch->look();
         Lines lines;
@@ -195,7 +195,7 @@ TEST_F(Watch, TellsThatTheDescriptorWasChangedButKeepsTheLoadedOne) {
         std::string image;
         Lines told;
     } STEPS[] = {
-        {before + "AA BB", {}}, // no load reads it
+        {before + "AA BB", {}}, // behind the terminator, where no load reads
         {PRODUCT + MAC_Y + END, {"descriptor: 1 tag changed on its device"}},
         {MAC_Y + MAC_X + END, {"descriptor: 2 tags changed on its device"}},
         {MAC_Y + MAC_X, {}}, // without a terminator, the end of the file counts
@@ -263,7 +263,7 @@ TEST_F(Watch, FollowsADeviceWhoseNumberChanges) {
     EXPECT_EQ(celsius(), 50.0F);
     EXPECT_TRUE(board::setFan(*m_host, "fan", IFanControl::FAN_SPEED_FULL).value);
     EXPECT_EQ(m_dir.read("sys/class/hwmon/hwmon7/pwm1"), "255" + std::string(13, '\0'));
-    move("hwmon7", "hwmon8"); // and another one comes in its place before the next look
+    move("hwmon7", "hwmon8"); // and another monitor gets its name before the next look
     makeMonitor("hwmon7", "other");
     m_dir.write("sys/class/hwmon/hwmon7/pwm1", "55");
     EXPECT_NE(board::setFan(*m_host, "fan", IFanControl::FAN_SPEED_LOW).value.fault().find("moved"),

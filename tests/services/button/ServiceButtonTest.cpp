@@ -15,8 +15,8 @@ namespace {
 
 using namespace support;
 
-/// Observer and event monitor in one, for one event at a time. Each call stops `button` from within
-/// and then opens a file: the thread goes on only if it can't be ended there.
+/// Observer and event monitor in one, for one event at a time. Each call stops `button` on its own
+/// thread and then opens a file. The thread goes on, because it is never ended in such a call.
 class ServiceButtonTest : public testing::Test,
                           public ServiceButton::Observer,
                           public RTD::Monitor {
@@ -59,7 +59,7 @@ TEST_F(ServiceButtonTest, ReportsEachMessageEvenIfStoppedMeanwhileAndLeaksNoDesc
     const std::string invalid = "3 INVALID SRV-BUTTON MESSAGE: ";
     const std::string longest(63, 'x');
     const auto before = openDescriptors();
-    // returns when the thread opens it too
+    // returns when the button's thread opens the pipe too
     const auto openAsWriter = [&] { return ::open(path.c_str(), O_WRONLY | O_CLOEXEC); };
     for (const auto& [message, expected] : std::vector<std::pair<std::string, std::string>>{
              {"pressed\n", "pressed"},

@@ -28,14 +28,14 @@ void writeToPipe(const std::string& bytes) {
     ::close(pipe);
 }
 
-// Not in SetUp, which runs after a derived fixture has started a thread that makes the pipe.
+// Does not use SetUp: before that runs, a derived fixture has started a thread that makes the pipe.
 struct LedPipe : testing::Test {
     LedPipe() { ::unlink(PIPE); }
     ~LedPipe() override { ::unlink(PIPE); }
 };
 
-/// A service that shows nothing and logs that in each tick. A test acts once on its thread, in the
-/// middle of a tick.
+/// A service without LEDs. `actInTick` suspends its updates and lets a test act once on its thread,
+/// in the middle of a tick, when the service logs that it skips the update.
 class LedThread : public LedPipe, public LogRecorder {
 protected:
     void write(const String& category, int level, const String& text) override {

@@ -57,8 +57,8 @@ $ rm word; mkfifo word; boardctl --board board.toml power
 }
 
 TEST(Devices, GiveTheSystemsReasonForWhatTheyRefuse) {
-    // The kernel lets a process write these files of its own. The first accepts at most 1000, the
-    // second takes 0 for its default, which is not 0.
+    // A process may write these files about itself. The first accepts at most 1000. The second
+    // replaces 0 by its default, which is another number.
     expectTranscript(TempDir(), R"sh(
 $ printf "[[fan]]\nname='score'\ndevice='/proc/self/oom_score_adj'\nmaximum=3000\n" >board.toml
 $ printf "[[fan]]\nname='slack'\ndevice='/proc/self/timerslack_ns'\nmaximum=60000\n" >>board.toml
@@ -125,9 +125,9 @@ TEST(Devices, LedMayReadAsBeforeJustAfterAWrite) {
         ::close(device);
         return result.substr(result.find(" 2>messages"));
     };
-    // Each look takes two lines: one for the host and one for the driver.
+    // Each look at the LED reads two lines: one for the host and one for the driver.
     const std::string lit = "1\n1\n", second = "2\n2\n", dark = "0\n0\n";
-    const std::string former = lit + "1\n"; // the driver remembers it too
+    const std::string former = lit + "1\n"; // the driver reads once more to remember the state
     EXPECT_EQ(led("bi on --for 0", former + lit + second + second + second + lit),
               " 2>messages\nslow: 1\n");
     EXPECT_EQ(led("blink 1 2", former + lit + lit + dark + dark + dark + lit),

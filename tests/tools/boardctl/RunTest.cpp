@@ -183,7 +183,7 @@ fan 'fan': set to high, reads back high
 }
 
 TEST_F(HostedBoard, PlaysLinesOfOtherProcessesAndReportsItsButton) {
-    // Not on a terminal, so each change of an LED is a line. Started as nohup does.
+    // Without a terminal, each change of an LED prints a line. SIGHUP is ignored, as under nohup.
     Program run({"/bin/sh", "-c", "trap '' HUP; exec \"$@\"", "sh", BOARDCTL, "--board",
                  m_dir.path("sim/board.toml"), "run", "--panel"});
     ASSERT_TRUE(run.waitForOutput("ready\n"));
@@ -191,9 +191,9 @@ TEST_F(HostedBoard, PlaysLinesOfOtherProcessesAndReportsItsButton) {
     ASSERT_TRUE(run.waitForOutput("LED 'line' on"));
     EXPECT_EQ(m_dir.read("sim/leds/line.state"), "1");
 
-    // Any program may write, and whatever it writes, a line behind a newline still works. Several
-    // fingers press the button at once: no press is lost or taken for another's.
-    run.signal(SIGHUP); // asks for nothing
+    // Any program may write into the pipe. Whatever it writes, a line after a newline still works.
+    // Several programs press the button at once: no press is lost or confused with another one.
+    run.signal(SIGHUP); // is ignored
     expectTranscript(m_dir, R"sh(
 $ printf 'x%.0s' `seq 300` >/tmp/evt.fifo; printf 'a\0b\n\377\n' >/tmp/evt.fifo; printf '\nline idle\n' >/tmp/evt.fifo
 $ five() { for i in 1 2 3 4 5; do boardctl --board board.toml sim press --for 0 2>log; done; }; five & five & five & wait
@@ -217,7 +217,7 @@ boardctl: leds: /tmp/evt.fifo: the pipe is in use: another LED service reads it;
     EXPECT_EQ(std::distance(first, {}), 30) << outcome.out;
 }
 
-// Two such lines do not fit into one read of the pipe.
+// The lines are so long that one read of the pipe does not hold two of them.
 TEST_F(HostedBoard, ReadsEveryLineOfManySendersInTheOrderOfEachSender) {
     constexpr int SENDERS = TESTS_ARE_SLOW ? 5 : 20, LINES = 10;
     expectTranscript(m_dir, "\n$ sed -i 's/^tick_ms = .*/tick_ms = 1/' sim/board.toml\n");

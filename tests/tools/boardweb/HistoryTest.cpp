@@ -28,7 +28,7 @@ ordered_json statusOf(const Devices&... devices) {
 
 const TYTime TIME(86400, 7000000);
 
-/// The values of the series, by the device's name, and its unit.
+/// Each series as the device's name, the unit and the values.
 std::string valuesOf(const History& history) {
     std::string text;
     const auto json = ordered_json::parse(*history.text());

@@ -16,7 +16,7 @@ TEST(NewFile, IsReadByNobodyWhoMayNotReadTheFileThatItIsACopyOf) {
         mode_t mode, copied;
     } CASES[] = {{::getegid(), 0640, 0640},
                  {::getegid(), 0755, 0644},
-                 {::getegid() + 1, 0640, 0600}, // only root can give it to that group
+                 {::getegid() + 1, 0640, 0600}, // only root can give the file to that group
                  {::getegid() + 1, 0664, 0644},
                  {::getegid() + 1, 0606, 0666}};
     for (const auto& each : CASES) {

@@ -139,7 +139,7 @@ TEST(TagCompare, TakesAnImageAsItIs) {
     };
     EXPECT_EQ(compared(PRODUCT, PRODUCT), ""); // neither has a terminator
     EXPECT_EQ(compared(PRODUCT + END, PRODUCT), "at 8: no terminator (expected 00 00 00 04);");
-    EXPECT_EQ(compared(ODD + END, "FF FE 00 08 01 02 03 00 " + END), ""); // stored and loaded
+    EXPECT_EQ(compared(ODD + END, "FF FE 00 08 01 02 03 00 " + END), ""); // as stored, as loaded
     EXPECT_EQ(compared("FF FF FF FF", END), "");
     EXPECT_EQ(failureOf([&] { compared("", "FF FF FF FF"); }),
               "expected: is empty (expected an image or a JSON list of tags)");

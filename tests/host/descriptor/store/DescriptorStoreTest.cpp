@@ -62,7 +62,7 @@ TEST(DescriptorStore, KeepsTheSizeOfAnImageFileThatHasRoomAndWhatLiesBehindADevi
         dir.write("image", bytesOf(each.before));
         const std::string file = dir.path("image");
         const auto same = board::tryIdentify(file);
-        const int open = ::open(file.c_str(), O_RDONLY | O_CLOEXEC); // so its number stays in use
+        const int open = ::open(file.c_str(), O_RDONLY | O_CLOEXEC); // keeps its inode number taken
         edit(each.isDevice ? DescriptorSource::ofBoard(file, 128, 512)
                            : DescriptorSource::ofFile(file),
              each.step);
@@ -75,7 +75,7 @@ TEST(DescriptorStore, KeepsTheSizeOfAnImageFileThatHasRoomAndWhatLiesBehindADevi
 
 TEST(DescriptorStore, ReportsADeviceThatDoesNotHoldWhatWasWritten) {
     const TempDir dir;
-    ::setenv("XDG_STATE_HOME", dir.path("state").c_str(), 1); // a journal of the second case stays
+    ::setenv("XDG_STATE_HOME", dir.path("state").c_str(), 1); // the second case leaves a journal
     for (const auto& [found, outcome] :
          {std::pair{PRODUCT + END, "the old image is in place again"},
           std::pair{MAC_X + END, "THE OLD IMAGE COULD NOT BE WRITTEN BACK EITHER"}}) {

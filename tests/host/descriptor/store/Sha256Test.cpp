@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-// The examples published with the standard, and the lengths at which the padding needs a block
-// more.
+// The examples published with the standard, and the lengths at which the padding needs another
+// block.
 TEST(Sha256, GivesTheStandardsResults) {
     const struct {
         std::string bytes;

@@ -125,11 +125,11 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
          "warning: leds.command[1].default: the start mixes this row with "},
         {roll + isDefault + stop + isDefault, stop + isDefault + roll + isDefault,
          "a default row too, ends it before the first tick"},
-        // The end of the second roll by its group ends the first one instead.
+        // When its group is to end the second roll, the first roll ends instead.
         {roll + isDefault + twin + isDefault + flash + isDefault,
          roll + isDefault + twin + flash + isDefault,
          "error: leds.command[0].default: the start does not show this row: "},
-        // What nothing ends
+        // Rows that nothing ends
         {row("a b", "mask = 3\naction = 'on'") + off,
          row("a b", "mask = 3\naction = 'on'") + row("x off", "mask = 3\naction = 'off'"),
          "warning: leds.command[0]: nothing ends this row: once it has run, 0x1 is lit for good"},
@@ -138,7 +138,7 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
          "warning: leds.command[0]: nothing ends this row: once it has run, 0x1 blinks for good"},
         {roll + off, roll + off + row("all defaults", "mask = 0\naction = 'defaults'"),
          "warning: leds.command[0]: nothing ends this roll"},
-        // The end of a roll by its group ends the first one with the same word and mask.
+        // When a group is to end a roll, the first roll with the same word and mask ends.
         {roll + row("c roll", "mask = 6\naction = 'roll-up'\ngroup = 2") +
              row("c off", "mask = 1\naction = 'off'\ngroup = 2"),
          roll + row("a up", "mask = 6\naction = 'roll-up'\ngroup = 2") +

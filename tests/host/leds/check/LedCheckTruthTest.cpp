@@ -69,7 +69,7 @@ public:
 
     /// Whether the row shows on one of the LEDs.
     bool shows(std::size_t row, std::uint32_t leds) const {
-        // A row that put an LED out explains it too, even if it has ended since.
+        // A row that put an LED out still explains that LED after the row has ended.
         const auto isShown = [&](const board::LedCause& cause) {
             return cause.run.row == row && cause.isShown && (cause.ticksLeft || holds(row, 0));
         };
@@ -103,12 +103,12 @@ std::string randomLine(Random& random) {
            oneOf(random, std::array{"p", "q", "r", "s"});
 }
 
-/// The findings with a text, with the number of the row that each is about.
+/// What is claimed about a profile, by the number of the row that each claim is about.
 class Claims {
 public:
     explicit Claims(const board::Profile& profile) : m_findings(board::checkLeds(profile)) {}
 
-    /// The text after `text` of each row's finding.
+    /// For each row with a finding that contains `text`, what follows that text.
     std::map<std::size_t, std::string> with(const std::string& text) const {
         std::map<std::size_t, std::string> rows;
         for (const board::LedFinding& finding : m_findings)
@@ -121,7 +121,7 @@ private:
     const std::vector<board::LedFinding> m_findings;
 };
 
-/// The mask at the start of a text, or the other one if there is none.
+/// The mask at the start of a text, or `otherwise` if there is none.
 std::uint32_t maskIn(const std::string& text, std::uint32_t otherwise) {
     return text.rfind("0x", 0) == 0 ? static_cast<std::uint32_t>(std::stoul(text, nullptr, 16))
                                     : otherwise;

@@ -21,7 +21,7 @@ namespace {
 
 constexpr unsigned TICKS = 75; // the blink pattern starts in tick 32
 
-/// A letter for the light of a row with `action`, if the picture has a strip for it.
+/// A letter for the light of a row with `action`; '-' if the picture draws no strip for it.
 char stripOf(int action) {
     switch (action) {
     case LedCtrl::ACTION_ON:
@@ -86,7 +86,7 @@ Drawn readSvg(const std::string& svg) {
     return drawn;
 }
 
-/// The wave of each LED in what is played: each moment holds until the next one.
+/// The wave of each LED in the lines that are played. Each line holds until the next one.
 std::vector<std::string> wavesOfPlay(const board::LedWaves& waves) {
     std::vector<std::string> played(waves.leds.size());
     for (unsigned tick = 0; tick < TICKS; ++tick) {
@@ -113,7 +113,7 @@ public:
         for (const json& machine : m_data["machines"])
             m_states.push_back(machine["run"][tick]);
     }
-    /// Goes on by a tick, after the line of `row` unless it is -1. False if the page can't.
+    /// Advances by a tick, after the line of `row` unless that is -1. False if the page can't.
     bool step(int row) {
         std::vector<int> next;
         for (std::size_t i = 0; i < m_states.size(); ++i) {
