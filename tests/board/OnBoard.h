@@ -44,8 +44,7 @@ std::string locate(const std::string& device);
 
 /// The text of a device without its newline, or an error such as "ENODEV" if reading fails.
 std::string read(const std::string& device);
-/// Writes `bytes` in one call. Returns the number of bytes written, or an error
-/// such as "EINVAL".
+/// Writes `bytes` in one call. Returns the number of bytes written, or an error such as "EINVAL".
 std::string write(const std::string& device, const std::string& bytes);
 
 /// The words that run boardctl with the shipped profile for a board with kernel drivers.

@@ -12,7 +12,7 @@ TEST(Text, IsPrintableIfItIsWholeUtf8WithoutControlCharacters) {
         {"\xC1\xBF", "\\xc1\\xbf"},                                     // longer than needed
         {"\xE0\x9F\xBF", "\\xe0\\x9f\\xbf"},                            // longer than needed
         {"\xED\xA0\x80", "\\xed\\xa0\\x80"},                            // a surrogate
-        {"\xEF\xBF\xBF", "\\xef\\xbf\\xbf"},                            // no character
+        {"\xEF\xBF\xBF", "\\xef\\xbf\\xbf"},                            // not a character
         {"\xF4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},                   // past the last character
         {"\xF5\x80\x80\x80", "\\xf5\\x80\\x80\\x80"},                   // never the first byte
         {"\xC3", "\\xc3"},                                              // cut off

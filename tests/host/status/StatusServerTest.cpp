@@ -193,7 +193,7 @@ TEST_F(StatusServerTest, SendsEventsToThoseWhoMonitorThem) {
     EXPECT_EQ(second.ask(MONITOR), FIRST_REPLY);
     EXPECT_EQ(second.ask("garbage"), ""); // is left unread
     second.endSending();
-    m_server.publishLeds(1); // they did not ask for that
+    m_server.publishLeds(1); // they did not ask for LEDs
     m_server.publish({{"event", "x"}});
     for (ScriptedClient* const client : {&first, &second})
         EXPECT_EQ(client->hear(),
@@ -232,7 +232,7 @@ TEST_F(StatusServerTest, SendsTheLatestLedsToThoseWhoMonitorThem) {
         m_server.publishLeds(lit);
     for (const std::string& reply : {litReply(0xFFFFFFFF), litReply(0), std::string()})
         EXPECT_EQ(client.hear(), reply);
-    for (std::uint32_t lit = 1; lit <= LAST; ++lit) // it does not read meanwhile
+    for (std::uint32_t lit = 1; lit <= LAST; ++lit) // the client reads nothing
         m_server.publishLeds(lit);
     EXPECT_FALSE(support::isBusy(m_server));
     std::uint32_t heard = 0;

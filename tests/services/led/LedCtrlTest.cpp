@@ -198,7 +198,7 @@ TEST(LedCtrl, WritesEachLedsFileInEveryTickUnlessSuspended) {
 
 TEST(LedCtrl, RejectsATickThatIsZeroInMicroseconds) {
     LogRecorder log;
-    for (const unsigned tick : {0U, 0x80000000U}) { // 1000 * the second is 0 in 32 bits
+    for (const unsigned tick : {0U, 0x80000000U}) { // both, times 1000, are 0 in 32 bits
         LedCtrl idle(nullptr, 0, nullptr, 0, LedCtrl::ACCESS_NONE, tick, 0);
         EXPECT_FALSE(idle.isAlive());
         EXPECT_EQ(log.take(), Lines{"DB_FRAMEWORK 3: invalid LED tick period: " +

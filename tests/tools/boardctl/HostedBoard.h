@@ -10,7 +10,7 @@
 
 namespace support {
 
-/// A simulated board in the folder "sim", and the pipe out of the way.
+/// A simulated board in the folder "sim". Removes the LED pipe before and after each test.
 class HostedBoard : public testing::Test {
 protected:
     void SetUp() override {

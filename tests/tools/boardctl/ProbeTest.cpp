@@ -8,7 +8,7 @@ using support::TempDir;
 
 namespace {
 
-/// The device tree of a machine with two chips of one name, in the folder "sys".
+/// Makes the sysfs of a machine with two chips of the same name, in the folder "sys".
 void makeTree(const TempDir& dir) {
     const std::pair<const char*, std::string> FILES[] = {
         {"class/hwmon/hwmon0/name", "gpio_fan\n"},

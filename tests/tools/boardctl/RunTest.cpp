@@ -248,7 +248,7 @@ TEST_F(HostedBoard, EndsWhenAskedEvenIfNobodyReadsWhatItPrints) {
                  "--board", m_dir.path("board.toml"), "run", "--format", "json"});
     pollfd first{reader, POLLIN, 0};
     ASSERT_EQ(::poll(&first, 1, -1), 1);
-    run.signal(SIGHUP); // once
+    run.signal(SIGHUP); // one signal must be enough
     EXPECT_EQ(run.finish().status, 0);
     ::close(reader);
 }

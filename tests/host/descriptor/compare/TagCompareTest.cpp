@@ -85,8 +85,8 @@ TEST(TagCompare, AcceptsWhatAPatternDescribes) {
         {range + R"(,"iface":1)", MAC_X, false},
         {R"("matches":"S[0-9]{2}|S1.+")", "00 01 00 08 53 31 32 00 ", true},
         {R"("matches":"S[0-9]{2}|S1.+")", "00 01 00 08 53 31 32 41 ", true},
-        {R"("matches":"S[0-9]{2}|T.*")", "00 01 00 08 53 31 32 41 ", false}, // not whole
-        {R"("matches":"[0-9]{2}")", "00 01 00 08 53 31 32 00 ", false},      // not from the start
+        {R"("matches":"S[0-9]{2}|T.*")", "00 01 00 08 53 31 32 41 ", false}, // only the start fits
+        {R"("matches":"[0-9]{2}")", "00 01 00 08 53 31 32 00 ", false},      // only the end fits
         {R"("matches":"S")", "00 01 00 08 53 00 32 00 ", false},             // goes on after a zero
         {R"("matches":"")", "00 01 00 06 00 00 ", true},
     };
