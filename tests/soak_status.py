@@ -5,7 +5,7 @@ usage: tests/soak_status.py BOARDCTL SECONDS [SLACK_KB]
 Meanwhile, the host must feed the watchdog in time, and no LED may change more than a tick late. Afterwards,
 memory and descriptors must be as before. Without SLACK_KB, memory is not checked.
 
-Both are measured at the host's own times, not at those at which this program reads about them. On a busy
+Watchdog and LEDs are timed by the host's own times, not by when this program reads about them. On a busy
 machine, every program waits for processors. A second process, which only ticks, measures its own wait, and the
 host may be that much later. It and the host have sessions of their own, because the system divides processor time
 by session: so the clients take no time from them.

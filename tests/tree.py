@@ -28,7 +28,7 @@ FLOORS = [
 FLOOR = {folder: len(FLOORS) - number for number, folders in enumerate(FLOORS) for folder in folders}
 # Headers in these may be included only from the same top folder. Others use include/ and platform/.
 INSIDE = {"drivers", "services", "sysinfo", "framework"}
-# This defines identifiers of the framework, two of which name interfaces declared in include/.
+# May include headers of include/: two of the framework's identifiers name interfaces from there.
 MAY_LOOK_UP = {"framework/driverkernel/Identifiers.cpp"}
 # May have more modules: programs include public headers by name alone, so all are in one folder.
 PUBLIC = {"include", "platform"}

@@ -34,7 +34,7 @@ def flood(attack, host):
         for _ in range(300):
             client = stack.enter_context(socket.socket(socket.AF_UNIX))
             client.setblocking(False)
-            with contextlib.suppress(OSError):  # the host takes no more
+            with contextlib.suppress(OSError):  # the host accepts no more connections
                 client.connect(str(host.board / "host.socket"))
                 attack.counts["connections flooded"] += 1
                 client.send(attack.chance.choice((b"", b"{]\0", b'{"method":"org', attack.chance.randbytes(9000),

@@ -166,7 +166,7 @@ def main():
     words = parser.parse_args()
     programs = dict(word.split("=", 1) for word in words.program)
     called = [word for word in " ".join(programs.values()).split() if "/" in word]
-    if not take_tmp(*called, *words.pages, os.getcwd()):  # so locks out other tests that use the LED pipe
+    if not take_tmp(*called, *words.pages, os.getcwd()):  # else locks out other tests that use the LED pipe
         fcntl.flock(os.open("/tmp", os.O_RDONLY), fcntl.LOCK_EX)
     failed = False
     pages = [found for page in words.pages for found in (sorted(page.glob("*.md")) if page.is_dir() else [page])]

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the packages of a release build again, from a copy of the tree in another folder with newer
-# files, with another umask, time zone and locale, and compares both byte for byte:
+# Builds the packages of a release build again, from a copy of the tree with newer files in another
+# folder, with another umask and time zone, and compares both results byte for byte:
 # tests/packaging/reproducible.sh BUILD
 set -euo pipefail
 
