@@ -67,8 +67,8 @@ void setShare(const Figures& from, const Figures& to, unsigned short& percent) {
     const auto total = static_cast<std::int32_t>(idle + busy);
     if (idle == 0 || total == 0)
         return;
-    // Dividing the lowest number by -1 overflows. Subtracting it from 0 as an unsigned number
-    // wraps.
+    // A signed division of the lowest number by -1 overflows, which is undefined. So for -1,
+    // `scaled` is subtracted from 0 as an unsigned number, which wraps instead.
     const std::uint32_t share =
         total == -1 ? 0U - scaled
                     : static_cast<std::uint32_t>(static_cast<std::int32_t>(scaled) / total);

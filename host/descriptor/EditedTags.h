@@ -19,9 +19,9 @@ struct EditedTag {
     std::string chunk;
 };
 
-/// A list of tags that many assignments change. A look-up does not search the list, and an
-/// insertion moves no other tags if it is at the end or right after the previous insertion.
-/// Positions are counted from 0. One thread.
+/// The list of tags during an edit. It stays fast if the edit makes many assignments (struct
+/// Assignment): a look-up does not search the list, and an insertion moves no other tags if it is
+/// at the end or right after the previous insertion. Positions are counted from 0. One thread.
 class EditedTags {
 public:
     explicit EditedTags(std::deque<EditedTag> tags) : m_behind(std::move(tags)) {}

@@ -17,8 +17,8 @@ namespace board {
 class DriverConnection {
 public:
     /// Takes over the reference to `driver`, which must be closed and use `endpointOf(entry)`. The
-    /// endpoint will answer with `answers`, the description in `entry` and the path for `open`.
-    /// `entry` must outlive the object.
+    /// endpoint will answer with three things: `answers`, the description in `entry`, and the path
+    /// that the caller passes to `open`. `entry` must outlive the object.
     DriverConnection(const DeviceProfile& entry, CKernelDriver* driver, std::vector<MxMsg> answers);
     ~DriverConnection();
     DriverConnection(DriverConnection&&) = default;

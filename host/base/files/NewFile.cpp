@@ -169,8 +169,8 @@ private:
                ::fchown(m_file.number(), access.owner, access.group) == 0;
     }
 
-    /// Sets the owner and group, or only the group, if the system permits. Returns a mode that then
-    /// grants nobody except the owner more than `access` does.
+    /// Sets the owner and group, or only the group, if the system permits. Returns the mode to set
+    /// next: with it, only the file's owner may have rights that `access` does not give.
     mode_t giveAsFarAsPossible(const FileAccess& access) const {
         constexpr mode_t DATA = 0666, OTHERS = 0006;
         const mode_t mode = access.mode & DATA;

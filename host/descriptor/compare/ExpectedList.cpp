@@ -98,8 +98,8 @@ bool isJsonList(const std::string& bytes) {
 }
 
 ExpectedList readExpected(const std::string& bytes, const std::string& source) {
-    // A command that failed before the pipe has printed nothing. An empty list would match an
-    // erased unit.
+    // If the list comes through a pipe, the command that should have printed it may have failed.
+    // Taken as a list without tags, the empty input would match an erased unit.
     if (bytes.empty())
         throw Error(source + ": is empty (expected an image or a JSON list of tags)");
     if (isJsonList(bytes))

@@ -64,7 +64,8 @@ private:
         std::vector<std::size_t> running;
         for (const ActionDesc& action : view().actions)
             running.push_back(indexOf(action));
-        // A default row with this action only ends what the former row of its group started.
+        // A default row with ACTION_DEFAULTS runs nothing itself: it only ends what the previous
+        // row of its group started.
         if (row.action != ACTION_DEFAULTS)
             executeCmd(row);
         else if (row.group > 0)

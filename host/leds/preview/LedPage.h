@@ -13,14 +13,19 @@ std::string ledsToHtml(const LedSequencerProfile& profile, const LedWaves& waves
                        const std::string& title);
 
 /// The page's data, as JSON with these keys: "preview", see LedJson.h; "rows"; "blink", see
-/// blinkPhases; "repeat", the blink period; "looks", what states may look like (row, light, whether
-/// it is timed, and a list of the same for what it hides, the lowest last); "most", the limit of
-/// states; "machines", null if exploreLeds has no result.
+/// blinkPhases; "repeat", the blink period; "looks"; "most", the limit of states; "machines", null
+/// if exploreLeds has no result.
 ///
-/// A machine belongs to the LED with the same index. It has "rows", "look" (for each state an index
-/// in "looks", or -1), "lit" (a digit for each state: 1 if the LED is lit while blinking LEDs are
-/// dark, plus 2 if it is lit while they are lit), "next" (a list for no line and one for each of
-/// the rows: the state after each state, or -1) and "run" (the state in each tick of the preview).
+/// "looks" lists what a state can show. Each look is a list: the index of the row that drives the
+/// LED, the kind of light, whether the row ends by itself, and the rows that it hides, each as row,
+/// light and whether it ends by itself, the lowest one last.
+///
+/// A machine belongs to the LED with the same index. It has "rows"; "look", for each state the
+/// index of its look, or -1 if no row drives the LED; "lit", for each state a digit: 1 if the LED
+/// is lit while blinking LEDs are dark, plus 2 if it is lit while they are lit; "next"; and "run",
+/// the state in each tick of the preview. "next" has a list for a tick without a line, and one for
+/// the line of each row. Element k of each list is the state that follows state k, or -1 if that
+/// state is not listed.
 std::string pageData(const LedSequencerProfile& profile, const LedWaves& waves);
 
 } // namespace board

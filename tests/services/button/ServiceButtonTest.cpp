@@ -15,8 +15,8 @@ namespace {
 
 using namespace support;
 
-/// Observer and event monitor in one, for one event at a time. Each call stops `button` on its own
-/// thread and then opens a file. The thread goes on, because it is never ended in such a call.
+/// Observer and event monitor in one, for one event at a time. In each call, on the button's
+/// thread, it stops `button` and opens a file. That ends a stopped thread, except in these calls.
 class ServiceButtonTest : public testing::Test,
                           public ServiceButton::Observer,
                           public RTD::Monitor {

@@ -65,7 +65,8 @@ public:
     /// Call it when the answer has been sent, or could not be sent.
     void finish(Exchange& exchange);
 
-    /// Ends the connections that are overdue. Returns when the next one is due; empty if none is.
+    /// Ends the connections whose time has run out. The result is when the next connection must be
+    /// ended; empty if no connection has a limit.
     std::optional<Clock::time_point> endOverdue();
 
 private:
