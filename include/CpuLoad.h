@@ -34,10 +34,10 @@ public:
     /// and then changes nothing.
     XCode setup();
 
-    /// Takes a sample and sets each output to the busy share of its span in percent: `last` for one
-    /// period, `mid` for 5 periods, `longest` for 14. Before 5 periods have passed, `mid` covers
-    /// the time since the system started, because missing samples count as 0. The same applies to
-    /// `longest` before 14 periods have passed.
+    /// Takes a sample and sets each output to the busy share of its span, 0 to 100 percent: `last`
+    /// for one period, `mid` for 5 periods, `longest` for 14. Before 5 periods have passed, `mid`
+    /// covers the time since the system started, because missing samples count as 0. The same
+    /// applies to `longest` before 14 periods have passed.
     ///
     /// An output is left unchanged if its span has no idle time, so initialize the variables. For
     /// the same reason, processors that were busy all the time do not yield 100. A figure is

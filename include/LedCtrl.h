@@ -19,11 +19,11 @@
 /// the table is dropped.
 ///
 /// The caller owns the command table, the file table and the texts in them; all of these must
-/// outlive the object. The service logs under "DB_FRAMEWORK", errors at level 3 and traces at level
-/// 7. No failure ends the service: without a pipe it still shows its defaults, and if one LED's
-/// file is missing, it still drives the other LEDs. Files are opened once per start. If an LED's
-/// kernel driver is removed and comes back, the service does not drive that LED until the next
-/// start.
+/// outlive the object. Under "DB_FRAMEWORK", the service logs errors at level 3 and traces at
+/// level 7. No failure ends the service: without a pipe it still shows its defaults, and if one
+/// LED's file is missing, it still drives the other LEDs. Files are opened once per start. If an
+/// LED's kernel driver is removed and comes back, the service does not drive that LED until the
+/// next start.
 ///
 /// Only one thread, the owner's, may create, stop, start, shut down and release the object.
 /// Everything else happens on the thread "led", which the constructor starts. The order of virtual

@@ -32,8 +32,8 @@ protected:
     /// The text that `getDescription` returns, for derived classes.
     const String& description() const { return m_description; }
 
-    /// For use when the driver connects. Asks the kernel driver for the path and the description,
-    /// then checks that the file can be opened. If a step fails, returns the status of that step
+    /// Asks the kernel driver for the path and the description when the driver connects, then
+    /// checks that the file can be opened. If a step fails, returns the status of that step
     /// and skips the remaining ones; answers already received are kept.
     XCode handshake();
     /// Does the same, but also sends `question` and stores the reply in `answer` before it checks

@@ -27,7 +27,7 @@ auto repeatInterrupted(Call call) -> decltype(call()) {
     return result;
 }
 
-/// Reads to the end, or only until `size` bytes are read if `size` is not 0.
+/// Reads to the end, or only until at least `size` bytes are read if `size` is not 0.
 template <class Read>
 std::string readUpTo(Read read, std::size_t limit, const std::string& path, const char* what,
                      std::size_t size = 0) {

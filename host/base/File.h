@@ -95,9 +95,9 @@ std::string readUpTo(const FileDescriptor& file, std::size_t limit, const std::s
 /// nobody writes to.
 std::string readFile(const std::string& path, std::size_t limit);
 
-/// The same for a file whose stated size is `size`: stops after that many bytes, without another
-/// read to find the end. Reads to the end if `size` is 0, because files of the kernel may state 0
-/// and hold more.
+/// The same for a file whose stated size is `size`: stops once at least that many bytes are read,
+/// without another read to find the end. Reads to the end if `size` is 0, because files of the
+/// kernel may state 0 and hold more.
 std::string readFile(const std::string& path, std::size_t limit, std::size_t size);
 
 /// The same for standard input.

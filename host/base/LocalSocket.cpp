@@ -81,7 +81,7 @@ struct LockedFolder {
 
 /// Makes the folder if it is missing, and locks it. Another host holds the lock for a short time
 /// only. But for a user without a private place for locks, the folder itself is locked (see
-/// HostLock), and any program may hold that lock forever.
+/// HostLock), and any program that may open the folder may hold that lock forever.
 LockedFolder lockedFolder(const std::string& path, std::chrono::milliseconds patience) {
     using Clock = std::chrono::steady_clock;
     const std::string folder = placeOf(path);

@@ -11,9 +11,9 @@ namespace board {
 /// variable is unset or empty. Throws Error if the message can't be sent.
 void notifyInitSystem(const std::string& state);
 
-/// Sends messages to the init system as long as the process runs. One of them may fail because the
-/// init system is busy. The process must go on sending even then, because the init system ends a
-/// silent process. One thread at a time.
+/// For a process that sends messages to the init system as long as it runs. A message may fail
+/// because the init system is busy. The process must go on sending even then, because the init
+/// system ends a silent process. One thread at a time.
 class InitSystem {
 public:
     /// Like notifyInitSystem, but does not throw. Returns the fault if the message can't be sent,

@@ -59,7 +59,8 @@ void Poller::serve() {
         const auto found = m_entries.find(static_cast<int>(static_cast<std::uint32_t>(data)));
         if (found == m_entries.end() || found->second.id != data >> ID_SHIFT)
             continue;
-        const std::shared_ptr<const Action> action = found->second.action; // it may be removed
+        // Kept alive, because the action may remove its own entry.
+        const std::shared_ptr<const Action> action = found->second.action;
         (*action)();
     }
 }

@@ -18,10 +18,10 @@ public:
     /// Throws Error if the system has no descriptor left.
     Poller();
 
-    /// From now on, each `serve` calls `action` if `descriptor` is readable or its other end is
-    /// gone, until the action has read everything or has removed the descriptor. The descriptor
-    /// must be a pipe, a socket or a device. The caller still owns it, and must remove it here
-    /// before closing it. Throws Error if the system can't wait for it.
+    /// From now on, `serve` calls `action` again and again while `descriptor` is readable or its
+    /// other end is gone, until the action has read everything or has removed the descriptor. The
+    /// descriptor must be a pipe, a socket or a device. The caller still owns it, and must remove
+    /// it here before closing it. Throws Error if the system can't wait for it.
     void add(int descriptor, Action action);
 
     /// Sets whether `serve` also calls the action while `descriptor` accepts data; at first, it

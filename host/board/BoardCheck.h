@@ -23,7 +23,7 @@ struct BoardFinding {
 
 /// Checks whether a host could use the devices that a profile names: each must exist, be the right
 /// kind of file, be readable, hold a value that such a device can have, and be writable if a host
-/// writes to it. Reports mistakes in LED tables and their files, but nothing that is only doubtful.
+/// writes to it. In LED tables and their files, reports mistakes but nothing that is only doubtful.
 /// Writes nothing and opens nothing for writing. Reads the list of hardware monitors once.
 class BoardCheck {
 public:

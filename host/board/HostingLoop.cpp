@@ -46,7 +46,7 @@ void HostingLoop::doWhatIsDue() {
         routine.action();
         isDone = true;
     }
-    if (isDone) // now, because their events would end the next wait at once
+    if (isDone) // now, because the actions' events would end the next wait at once
         passEventsOn();
 }
 

@@ -171,8 +171,8 @@ FanReading withFan(const Host& host, const std::string& name, Operation operatio
                                                });
 }
 
-/// The file with the fan's speed: the path that was found, if any, so that no reading searches
-/// again.
+/// The file with the fan's revolutions per minute: the path that was found, or else its name in the
+/// profile, for which each reading searches again.
 NamedPath tachOf(const Device& device) {
     return {device.tachPath.empty() ? device.tach->path : device.tachPath, device.tach->place};
 }

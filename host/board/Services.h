@@ -19,8 +19,8 @@ namespace board {
 class Services {
 public:
     /// `profile` and `events` must outlive the object. If `tellsLeds` is true, each change of an
-    /// LED is an event. `ledMemory` is the file that keeps, across a restart, what LEDs show
-    /// without a time limit; if it is empty, nothing is kept.
+    /// LED is an event. `ledMemory` is the file that keeps, across a restart, what lines
+    /// have set without a time limit; if it is empty, nothing is kept.
     Services(const Profile& profile, bool tellsLeds, EventQueue& events,
              const std::string& ledMemory = "");
 

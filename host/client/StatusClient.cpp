@@ -28,7 +28,8 @@ FileDescriptor connect(const std::string& path, std::chrono::milliseconds limit)
     failWith(path, "can't connect to the host", errno);
 }
 
-/// The value as a host sends it: without bytes that are not UTF-8, which JSON can't hold.
+/// The value as a host sends it. JSON can't hold bytes that are not UTF-8, so each such byte is
+/// replaced by the replacement character.
 std::string asSent(const ordered_json& value) {
     return value.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }

@@ -128,8 +128,8 @@ void DescriptorEdit::setMac(unsigned index, const std::string& mac,
 }
 
 void DescriptorEdit::addMac(const std::string& mac, unsigned interface) {
-    // The library's own operation overwrites the last address and adds an empty tag. It can't
-    // change, because hosts rely on it. Here every address stays.
+    // The library's own operation overwrites the last address and adds an empty tag. That
+    // operation can't be changed, because hosts rely on it. Here every address stays.
     insertAt(endOfMacs(), makeMac(mac, interface));
 }
 

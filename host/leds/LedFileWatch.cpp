@@ -47,7 +47,7 @@ void LedFileWatch::begin() {
             expectWritable(led.path);
             m_files[i].opened = tryIdentify(led.path);
         } catch (const Error& error) {
-            m_files[i].fault = error.what(); // later looks find the same
+            m_files[i].fault = error.what(); // so that later looks do not report it again
             m_states.lose(i);
             m_events.push(
                 event::LedFileGone{led.name, led.fault.empty() ? error.what() : led.fault});

@@ -23,7 +23,7 @@ public:
     /// overwrite each other's states. Throws Error if a thread can't be created.
     ///
     /// `memory` is the path of a file that survives a restart of the service, but not of the board.
-    /// The service keeps there what the LEDs show without a time limit, and shows it again at its
+    /// The service keeps there what lines have set without a time limit, and sets it again at its
     /// next start. If the path is empty, nothing is remembered.
     LedService(const LedSequencerProfile& profile, bool tellsChanges, EventQueue& events,
                const DeviceLocator& locator = DeviceLocator(), const std::string& memory = "");

@@ -58,7 +58,8 @@ void TracedLedCtrl::runDefaultRows(LedRun::Origin origin, const std::string& lin
         if (!m_table.commands()[i].isDefault)
             continue;
         traceWhile(row, newRun(row, origin, line, now), [&] {
-            // A default row with this action only ends what the former row of its group started.
+            // A default row with ACTION_DEFAULTS runs nothing itself: it only ends what the
+            // previous row of its group started.
             if (row.action != ACTION_DEFAULTS)
                 executeCmd(row);
             else if (row.group > 0)

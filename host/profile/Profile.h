@@ -92,7 +92,7 @@ struct LedSequencerProfile {
     std::uint32_t tickUs() const { return tickMs * 1000U; }
 
     std::string place;      ///< "FILE:LINE: leds", for messages
-    std::string group;      ///< the group that may write to the pipe; if empty, see LedPipeClaim
+    std::string group;      ///< may write to the pipe, like its owner; if empty, see LedPipeClaim
     std::string groupPlace; ///< "FILE:LINE: leds.group", for messages
     std::uint32_t tickMs = 100;
     std::uint32_t blinkPattern = 0x0F0F0F0F;

@@ -131,7 +131,7 @@ double ProfileReader::decimal(const char* key, double minimum, double maximum) c
     if (!value.is_number())
         fail(key, "is of type " + typeOf(value) + range.str());
     const double number = value.value<double>().value_or(0);
-    if (!(number >= minimum && number <= maximum)) { // so that NaN fails too
+    if (!(number >= minimum && number <= maximum)) { // written so that NaN fails too
         std::ostringstream text;
         text << number << " is out of range";
         fail(key, text.str() + range.str());

@@ -65,7 +65,7 @@ private:
     std::deque<nlohmann::ordered_json> m_events; ///< the last ones, the oldest first
     std::optional<bool> m_isPressed;
     bool m_takesLines = false;                      ///< from the LED pipe
-    std::optional<std::string> m_pipeFault;         ///< why it takes none
+    std::optional<std::string> m_pipeFault;         ///< why no LED lines are taken
     std::map<std::string, std::string> m_ledFaults; ///< by the name of an LED whose file is gone
     std::uint64_t m_presses = 0;
     std::uint64_t m_lost = 0;

@@ -14,8 +14,8 @@ struct InputDevice {
     Result<std::vector<unsigned>> codes; ///< the kernel's codes of its keys, ascending
 };
 
-/// All input devices with keys, in the kernel's order, which may change at each boot. Reads only
-/// their descriptions, because this user may not be permitted to open the devices.
+/// All input devices except those without keys, in the kernel's order, which may change at each
+/// boot. Reads only their descriptions, because this user may not be permitted to open the devices.
 std::vector<InputDevice> inputDevicesOf(const std::string& sysfs);
 
 /// Ascending numbers for people: "1 to 10, 28".

@@ -24,7 +24,9 @@ struct WatchedDevice {
     /// reading.
     std::variant<std::monostate, FanReading, TemperatureReading, PowerReading, LedReading> reading;
     std::optional<std::string> fault; ///< why the device can't be read
-    TYTime since;                     ///< when `fault` was last set or ended, by the calendar clock
+    /// Since when the device can or can't be read, by the calendar clock. At first, this is when
+    /// the watch began.
+    TYTime since;
 };
 
 /// Looks at the fans, sensors, supplies, LEDs and the descriptor of a hosted board. Each change

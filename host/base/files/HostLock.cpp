@@ -21,8 +21,8 @@ bool isOwn(const std::optional<FileStatus>& status) {
 }
 
 /// Opens the file whose bytes are the locks. The result is not open if this user has no folder for
-/// that file. The places that don't depend on how a host was started come first, so that all hosts
-/// of a user find the same file.
+/// that file. The places that don't depend on how a host was started come first, so that the
+/// hosts of a user find the same file whenever possible.
 FileDescriptor openLocks() {
     const char* const folder = std::getenv("XDG_RUNTIME_DIR");
     for (const std::string& place :

@@ -38,7 +38,7 @@ struct NewFile {
     std::optional<FileAccess> access;
     /// Whether this is a copy of a file's old content, not its replacement. Only root can always
     /// set the owner and group, so a copy may have different ones. Its mode is then reduced so that
-    /// only its owner can read it without permission to read the original.
+    /// nobody except the copy's owner can read it unless they may read the original.
     bool isCopy = false;
 };
 

@@ -57,8 +57,8 @@ using Confirm = std::function<void(const StoreOutcome&)>;
 /// afterwards, the old image is written back.
 ///
 /// If an earlier change of the device was interrupted, the edit starts from the image before that
-/// change. Throws Error if the edit needs `manner.force`, if the image is too large, or if anything
-/// can't be read, saved or written. Exceptions of `step` pass through.
+/// change. Throws Error if the edit needs `manner.force` and it is not set, if the image is too
+/// large, or if anything can't be read, saved or written. Exceptions of `step` pass through.
 void editDescriptor(const DescriptorSource& source, const StoreManner& manner,
                     const std::function<void(DescriptorEdit&)>& step, const Confirm& confirm,
                     StoreOutcome& outcome);

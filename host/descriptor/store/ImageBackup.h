@@ -16,8 +16,8 @@ namespace board {
 ///
 /// `file` must be missing, be empty or hold these bytes already, as after an interrupted command
 /// that is now repeated. If no `file` is named, the backup goes to the state folder; its name
-/// consists of the name of `image` (a device or file), the unit's serial number if the image holds
-/// one, and the date. Throws Error if the backup can't be written.
+/// contains the name of `image` (a device or file), the unit's serial number if the image holds
+/// one, and the date and time (UTC). Throws Error if the backup can't be written.
 std::string keepImage(const std::string& bytes, const std::string& image, const FileAccess& access,
                       const std::string& file);
 

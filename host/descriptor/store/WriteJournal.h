@@ -43,15 +43,17 @@ private:
 /// What the journals of a device or image file show.
 struct JournalFindings {
     std::optional<UnfinishedWrite> unfinished; ///< the interrupted write, if one left the bytes
-    std::vector<std::string> notes;            ///< for the user: lines added to a record, or not
+    /// For the user: which lines were added to a record, and which could not be.
+    std::vector<std::string> notes;
 };
 
 /// Finds the interrupted write that left `bytes` on the locked device: in each sector, they begin
 /// with the new bytes and go on with the old ones. The content of another unit at the same path is
 /// not such a mixture, so it is left alone. An image file is never left like that.
 ///
-/// Removes the journals of writes that left the device or file whole. If the line of such a write
-/// is missing in its record, appends the line first; if that fails, the journal stays.
+/// Removes the journals of writes that left the device or file whole. If such a write was
+/// completed but its line is missing in its record, appends the line first; if that fails, the
+/// journal stays.
 JournalFindings readJournals(const std::string& device, const std::string& bytes, bool isDevice);
 
 /// Finds the same write, but changes nothing and so has no notes.

@@ -28,7 +28,7 @@ public:
 
 private:
     const std::unique_ptr<BoardProfile> m_board; ///< null for an image file; its destructor removes
-                                                 ///< a simulated board
+                                                 ///< the board that --sim made
     board::DescriptorSource m_source;
 };
 

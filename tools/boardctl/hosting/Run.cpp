@@ -117,7 +117,7 @@ private:
         return folder.empty() ? "" : folder + "/leds";
     }
 
-    /// Whether the LEDs still show the line about an alarm from before the host was restarted.
+    /// Whether the LEDs still show what the line `on_alarm` set before the host was restarted.
     bool ledsHoldAlarm() const {
         const auto& line = m_board.profile().watch.onAlarm;
         return m_leds && line &&
@@ -160,7 +160,7 @@ private:
                                               "input is not a terminal to ask on (expected -y)");
     }
 
-    /// Applies the profile's end-of-host setting to each fan that was set. False on failure.
+    /// Applies `on_exit` of the profile to each fan that was set. False on failure.
     bool giveBack() {
         const std::vector<std::string> faults = m_board.host().giveBack();
         for (const std::string& fault : faults)
@@ -172,7 +172,7 @@ private:
     /// fails; the same failure is reported only once.
     bool sendToLeds(const std::string& line) {
         try {
-            // If this host does not read the pipe, another program may.
+            // If this host does not read the pipe, another program may, and must not get the line.
             if (!m_status.takesLedLines())
                 throw board::Error("no LED service of this host takes commands");
             board::sendLedLine(line);

@@ -49,8 +49,8 @@ private:
         return goesOn(200ms);
     }
 
-    /// Steps each fan through its speeds, slowly enough to follow. Then applies the profile's
-    /// end-of-host setting to the fans.
+    /// Steps each fan through its speeds, slowly enough to follow. Then applies `on_exit` of
+    /// the profile to the fans.
     bool fans() {
         bool wentOn = true;
         for (const board::Device& device : m_stage.board.host().devices())

@@ -23,9 +23,9 @@ struct TourStage {
 /// The working fans of the board, which a tour sets, each as "fan 'NAME'".
 std::vector<std::string> tourFans(const Board& board);
 
-/// Shows every subsystem of a board in about ten seconds, in plain words. Unless the board was made
-/// for this call, leaves the sensor, the LEDs and the button alone. At the end, applies the
-/// profile's end-of-host setting to the fans. Returns false if the tour ended early.
+/// Shows every subsystem of a board in about ten seconds, in plain words. Steps the fans and then
+/// applies `on_exit` of the profile to them. Leaves the sensor, the LEDs and the button alone
+/// unless the board was made for this call. Returns false if the tour ended early.
 bool playTour(const TourStage& stage);
 
 } // namespace boardctl

@@ -6,8 +6,8 @@
 
 namespace boardctl {
 
-/// The document as text with a newline, on one line if `indent` is -1. Bytes that are not UTF-8
-/// become the replacement character.
+/// The document as text, followed by a newline. With `indent` -1, the text is on one line. Bytes
+/// that are not UTF-8 become the replacement character.
 ///
 /// If the program works on a simulated board, `"simulated": true` is added to the object, or to
 /// each object of the array, so that nobody takes a made-up figure for a measured one.

@@ -69,8 +69,8 @@ void StopSignals::install() {
     sigaction(SIGHUP, &action, &former);
     if (former.sa_handler == SIG_IGN)
         sigaction(SIGHUP, &former, nullptr);
-    // Without these signals, a write fails with an error that can be reported if the reader is gone
-    // or the file has reached its size limit.
+    // If the reader is gone or the file has reached its size limit, a write then fails with an
+    // error that can be reported, instead of ending the program.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     board::endQuestion = isAsked;

@@ -26,8 +26,8 @@ public:
             m_colors.push_back(led.color);
     }
 
-    /// Prints the lines that `tick` handles and what the LEDs then show. Returns false if nobody
-    /// can read the output.
+    /// Prints the lines that the sequencer handles in `tick`, and what the LEDs then show. Returns
+    /// false if nobody can read the output.
     bool show(unsigned tick) {
         const auto first = m_next;
         while (m_next != m_waves.lines.end() && m_next->tick <= tick)

@@ -35,8 +35,8 @@ std::unique_ptr<BoardProfile> namedBoard(const Options& options) {
     }
 }
 
-/// Sends the line after the sequencer has read the lines of other senders. Waits for that at most
-/// LED_TURN_TICKS ticks.
+/// Sends the line after the sequencer has read the lines of other senders. If that takes
+/// more than LED_TURN_TICKS ticks, throws board::Error and does not send it.
 void sendInTurn(const std::string& line, std::chrono::duration<double> tick,
                 const std::string& group) {
     Progress progress(tick.count() * board::LED_TURN_TICKS);

@@ -15,7 +15,8 @@
 namespace boardweb {
 
 /// Carries messages from the thread that publishes them to many readers. All readers share the same
-/// texts. A slow reader keeps in memory what it has not been sent yet, but does not copy it.
+/// texts. A slow reader keeps only the texts that it is being sent, without a copy. It loses
+/// messages that the ring forgets meanwhile.
 ///
 /// Can be used on any thread.
 class EventFeed {

@@ -41,8 +41,8 @@ public:
         return m_messages[static_cast<std::size_t>(number - m_oldest)];
     }
 
-    /// The number of the message that `id` identifies; empty if `id` is not an identifier from this
-    /// run. The ring may have forgotten the message already.
+    /// The number of the message that `id` identifies; empty if `id` does not identify a message of
+    /// this run. The ring may have forgotten the message already.
     std::optional<std::uint64_t> numberOf(std::string_view id) const;
 
 private:

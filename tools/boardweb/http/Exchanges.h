@@ -46,7 +46,8 @@ class Exchanges {
 public:
     using Clock = Exchange::Clock;
     static constexpr unsigned MOST = 128;
-    /// If fewer places than these are free, a new connection ends one that waits for a request.
+    /// If no more than this many places are free, a new connection ends one that waits for a
+    /// request.
     static constexpr unsigned SPARE = 16;
     /// How long a request may take to arrive, counted from the start of the connection or the end
     /// of the previous answer.

@@ -29,8 +29,8 @@ public:
 
     /// Refuses a request with a body as soon as its headers are complete. Does not read the body.
     MHD_Result refuse(const Exchange& exchange, const RequestHead& head) const;
-    /// Answers a complete request, or pauses its connection. In that case, the server calls it
-    /// again when the connection is resumed.
+    /// Answers a complete request, or pauses its connection. If it pauses the connection, the
+    /// server calls this function again once the connection is resumed.
     MHD_Result answer(Exchange& exchange, const RequestHead& head) const;
 
 private:

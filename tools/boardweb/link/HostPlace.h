@@ -9,8 +9,8 @@ namespace boardweb {
 /// Which host to ask.
 struct HostPlace {
     std::string socket;  ///< the host's status socket; empty if the profile determines it
-    std::string profile; ///< the board's profile; empty for the usual profile or, if that is
-                         ///< missing, the host at the usual socket
+    std::string profile; ///< the board's profile; empty for the one that boardctl would use or, if
+                         ///< there is none, the host at the usual socket
 };
 
 /// How long a host may take. A host answers from memory, so one that takes longer counts as gone.

@@ -93,7 +93,7 @@ const feed = new Feed({
     const wasDown = fault !== null;
     fault = null;
     showLink();
-    if (wasDown) askAll(); // the same host sends no message about itself
+    if (wasDown) askAll(); // boardweb sends no `host` message if the host is the same
 }, (reason) => {
     fault = reason;
     showLink();

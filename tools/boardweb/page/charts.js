@@ -160,7 +160,7 @@ class Chart {
                 r: 3.5 });
     }
 
-    // Sets the texts around the picture, and repeats them in its text alternative.
+    // Sets the texts around the picture. Its text alternative repeats the value and the range.
     #tell() {
         const known = this.values.filter((value) => value !== null);
         const last = this.values[this.values.length - 1] ?? null;

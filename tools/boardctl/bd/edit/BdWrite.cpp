@@ -69,7 +69,8 @@ board::TagImage imageFrom(const std::string& bytes, const std::string& source, b
 
 /// Throws board::Error if the record would be appended to one of the other files of the command.
 void expectOwnFile(const std::string& record, const std::vector<std::string>& others) {
-    std::error_code error; // ignored: a file that can't be examined can't be opened
+    std::error_code
+        error; // ignored: a missing record is made; other faults appear when it is opened
     const auto same = std::find_if(others.begin(), others.end(), [&](const std::string& other) {
         return !record.empty() && !other.empty() &&
                (fs::equivalent(record, other, error) ||

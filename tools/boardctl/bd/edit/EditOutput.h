@@ -11,8 +11,8 @@
 
 namespace boardctl {
 
-/// Prints one line for the tag before each change, "- 3 Tag5 (5): 6f6e65", and one for the tag
-/// after the change.
+/// For each change, prints the old tag, "- 3 Tag5 (5): 6f6e65", and the new one, "+ 3 ...", as far
+/// as they exist.
 void printChanges(std::ostream& out, const std::vector<board::TagChange>& changes);
 
 /// Prints for people what was done.
