@@ -1,6 +1,6 @@
-# Compiling a source takes time mostly for the headers that it includes and for the templates that it
-# uses from them. With BOARD_UNITE, the sources of a target compile as one. Their local names must
-# therefore differ.
+# Most of the time to compile a source goes into the headers that it includes and the templates that
+# it uses from them. With BOARD_UNITE, the sources of a target compile as one. Their local names
+# must therefore differ.
 #
 # board_unite(<target> [<folder>...]) does this for a target of the calling folder. The sources of
 # the named folders are a second group: two groups of a large program can compile side by side. The

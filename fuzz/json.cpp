@@ -29,8 +29,8 @@ std::vector<Entry> entriesOf(const std::vector<BD::Tag>& tags) {
     return entries;
 }
 
-/// The entries that an image built from `entries` must load: those up to the terminator, padded to
-/// even lengths.
+/// What must be loaded from an image of `entries`: those up to the terminator, padded to even
+/// lengths.
 std::vector<Entry> loaded(const std::vector<Entry>& entries) {
     std::vector<Entry> good;
     for (const Entry& entry : entries) {

@@ -5,7 +5,7 @@ usage: tests/soak_status.py BOARDCTL SECONDS [SLACK_KB]
 Meanwhile, the host must feed the watchdog in time, and no LED may change more than a tick late. Afterwards,
 memory and descriptors must be as before. Without SLACK_KB, memory is not checked.
 
-Watchdog and LEDs are timed by the host's own times, not by when this program reads about them. On a busy
+The watchdog is timed by when the system gets the host's message, LEDs by the times in the host's events. On a busy
 machine, every program waits for processors. A second process, which only ticks, measures its own wait, and the
 host may be that much later. It and the host have sessions of their own, because the system divides processor time
 by session: so the clients take no time from them.
@@ -28,7 +28,7 @@ TICK = 0.1
 TICKS_IN_PHASE = 5
 MOST_LATE = TICK
 WATCHDOG = 2.0
-MOST_CALLS = 1000  # made until the host has closed earlier connections
+MOST_CALLS = 1000  # at most, until the host has closed earlier connections
 SO_TIMESTAMPNS = 35  # Python has no name for it: the system notes when a datagram was sent
 CALLS = [b'{"method":"org.boarddrivers.Host.%s"}\0' % name for name in (b"Status", b"Leds", b"Metrics", b"Descriptor")]
 MONITOR = b'{"method":"org.boarddrivers.Host.Monitor","more":true}\0'
@@ -74,12 +74,12 @@ class Client:
 
 
 def phase_lateness(moments):
-    """How late the last moment is, TICKS_IN_PHASE ticks after the first one."""
+    """How much later the last moment is than TICKS_IN_PHASE ticks after the first one."""
     return moments[-1] - moments[0] - TICKS_IN_PHASE * TICK
 
 
 def tick_until_told(pipe):
-    """Only ticks, as the LEDs do, until told to stop. Then sends how late the latest phase was."""
+    """Only ticks, as the LEDs do, until told to stop. Then sends the greatest lateness of any phase."""
     os.setsid()
     moments, late = collections.deque(maxlen=TICKS_IN_PHASE + 1), 0.0
     while not pipe.poll(TICK):

@@ -5,8 +5,8 @@ usage: tests/tidy.py BUILD
 BUILD is a build tree with a compile_commands.json, in which each source compiles alone.
 
 clang-tidy spends most of its time on the headers of other projects, which it reads again for each
-source. So in the host and its programs, the sources of each room are joined into one. Two checks
-make no sense for joined sources; tests/tree.py does their work.
+source. So the sources of each folder of host/, and of each folder of a program, are joined into
+one. Two checks make no sense for joined sources; tests/tree.py does their work.
 """
 import collections
 import concurrent.futures
@@ -19,7 +19,7 @@ import subprocess
 import sys
 
 ALONE = ("framework", "drivers", "services", "sysinfo")  # include few headers; their local names may clash
-JOINED = {"host": 2, "tools": 3}  # the number of a path's first parts that name a room
+JOINED = {"host": 2, "tools": 3}  # the number of a path's first parts that name such a folder
 CHECKS = "--checks=-misc-unused-using-decls,-bugprone-suspicious-include"
 # The analyzer follows each function for this many steps. With its default of 225,000, it takes twice
 # as long and finds no more: when 287 functions used a null pointer, it found 126; with this, 128.

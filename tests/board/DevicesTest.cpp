@@ -105,7 +105,7 @@ TEST(Led, OnABusShowsEachStateAndReturnsToItAfterOverlayAndBlinking) {
     }
 }
 
-// Runs in the third boot, because only then the EEPROM holds a list of tags.
+// Runs in the third boot, because only then does the EEPROM hold a list of tags.
 TEST(Boot3Devices, FailByNameWhileTheirDriverIsAwayAndThenReturn) {
     const char NO_LED[] = "there is no LED 'pca955x:alarm' (there are: 'line', 'status')";
     const struct {

@@ -4,7 +4,7 @@
 // type.
 //
 // usage: status-client SOCKET [COMMAND [ARGUMENT...]]
-// COMMAND must cause an event on the board and change an LED. The client first monitors both.
+// COMMAND must cause an event on the board and change an LED. The client runs it once it monitors both.
 package main
 
 import (

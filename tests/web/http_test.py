@@ -408,7 +408,7 @@ def check_many_connections(server, count):
 
 
 def is_served(server):
-    """Whether the server answers: it may end an unread connection if a hundred others arrive."""
+    """Whether the server answers. If a hundred others arrive first, it may end the connection instead."""
     with contextlib.suppress(ConnectionError):
         return server.ask("/status")[0] == 200
     return False
