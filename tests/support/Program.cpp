@@ -10,6 +10,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/Asleep.h"
+
 namespace support {
 
 namespace {
@@ -70,13 +72,9 @@ bool Program::waitForOutput(const std::string& text) {
     }
 }
 
-void Program::signalUntilEnded(int number) {
-    while (m_pid > 0) {
-        ::kill(m_pid, number);
-        if (::waitpid(m_pid, &m_status, WNOHANG) == m_pid)
-            m_pid = -1;
-        ::sched_yield();
-    }
+void Program::signalInItsSleep(int number) const {
+    waitUntilAsleep(m_pid);
+    signal(number);
 }
 
 Outcome Program::finish() {

@@ -29,8 +29,8 @@ public:
     /// Waits until standard output contains `text`; false if the program ends without it.
     bool waitForOutput(const std::string& text);
 
-    /// Repeats the signal: each one may arrive just before the call that it must interrupt.
-    void signalUntilEnded(int number);
+    /// Sends the signal once the program waits in a system call, which the signal then interrupts.
+    void signalInItsSleep(int number) const;
 
     Outcome finish();
 

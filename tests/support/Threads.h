@@ -1,15 +1,12 @@
 #pragma once
 
 #include <atomic>
-#include <fstream>
-#include <iterator>
-#include <string>
 #include <thread>
 
-#include <sched.h>
 #include <unistd.h>
 
 #include "TYLock.h"
+#include "support/Asleep.h"
 
 namespace support {
 
@@ -20,20 +17,6 @@ constexpr int ROUNDS = 1000;
 #else
 constexpr int ROUNDS = BOARD_SANITIZED ? 1000 : 10000;
 #endif
-
-/// Yields until `tid` has been set and that thread of this process sleeps in the kernel or has
-/// ended.
-inline void waitUntilAsleep(const std::atomic<int>& tid) {
-    for (;; ::sched_yield()) {
-        if (tid == 0)
-            continue;
-        std::ifstream file("/proc/self/task/" + std::to_string(tid) + "/stat");
-        const std::string stat(std::istreambuf_iterator<char>(file), {});
-        const auto afterName = stat.rfind(") ");
-        if (afterName == std::string::npos || stat[afterName + 2] == 'S')
-            return;
-    }
-}
 
 /// Whether `operation`, run on another thread, waits while `lock` is held. Calls `meanwhile` during
 /// the wait.

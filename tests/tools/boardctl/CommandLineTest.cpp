@@ -1,5 +1,6 @@
 #include <csignal>
 #include <sched.h>
+#include <sys/ioctl.h>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -239,9 +240,13 @@ TEST(CommandLine, StopsWaitingForADeviceIfASignalArrives) {
     int writer = -1; // there is a reader once it can be opened
     while ((writer = ::open(dir.path("pipe").c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) < 0)
         ::sched_yield();
-    reader.signalUntilEnded(SIGTERM);
-    ::close(writer);
+    int unread = 1;
+    ASSERT_EQ(::write(writer, "x", 1), 1);
+    while (unread > 0) // then it reads again, and waits
+        ::ioctl(writer, FIONREAD, &unread);
+    reader.signalInItsSleep(SIGTERM);
     const support::Outcome outcome = reader.finish();
+    ::close(writer);
     EXPECT_EQ(outcome.status, 128 + SIGTERM);
     EXPECT_EQ(outcome.err,
               "boardctl: " + dir.path("pipe") + ": can't read: Interrupted system call\n");
