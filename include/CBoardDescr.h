@@ -23,8 +23,7 @@ public:
     using TagList = VELM_List<BD::Tag>;
 
     ///@{
-    /// Error texts. The first one is a printf format; its arguments are the identifier and its
-    /// name.
+    /// Error texts. The first one is a printf format for the identifier and the name of a tag.
     static constexpr char ERR_TAG_NOT_FOUND[] = "ERR TAG '%d:=%s' NOT FOUND";
     static constexpr char ERR_WRONG_TAG_SIZE[] = "ERR WRONG TAG SIZE";
     static constexpr char ERR_MAC_TOO_LONG[] = "ERR MAC TOO LONG";

@@ -10,7 +10,7 @@
 
 /// The VoIP capacity driver. `setup` determines the figures from the board descriptor and the
 /// preferences; the other operations only return them. The class is abstract: a descriptor may lack
-/// the number of SIP legs, so a board's subclass supplies the default.
+/// the number of SIP legs, so a derived class supplies the board's default.
 ///
 /// Clients read the figures without a lock, so call `setup` before any client can ask for them. To
 /// call `setup` again later, hold the driver's lock (`getLock()`) during the call; the clients must
@@ -18,15 +18,15 @@
 /// interface.
 class BOARD_API CResourceVoip : public TDriver<CDriver, IResourceVoip, IInfo> {
 public:
-    /// If `borderController` is true, a board whose descriptor does not state its SIP legs has
-    /// none.
+    /// If `borderController` is true, the number of SIP legs is 0 unless the descriptor or a
+    /// preference states it.
     explicit CResourceVoip(bool borderController);
     ~CResourceVoip() override;
 
-    /// Determines the figures anew at each call. Gets "board-descr-driver" from the process's
-    /// repository and reads two of its tags. Tag 0x800E holds the number of DSP channels; 0 or an
-    /// unreadable tag means that the number is unknown. Tag 0x801A holds the number of SIP legs; if
-    /// the tag is unreadable, the number is the result of `getDefaultSipLegs`, or 0 in
+    /// Determines the figures anew at each call. Gets the driver "board-descr-driver" from the
+    /// process's repository and reads two tags. Tag 0x800E holds the number of DSP channels; 0 or
+    /// an unreadable tag means that the number is unknown. Tag 0x801A holds the number of SIP legs;
+    /// if the tag is unreadable, the number is the result of `getDefaultSipLegs`, or 0 in
     /// border-controller mode. Preferences override both figures. If the driver is not available,
     /// returns the repository's status, puts "FAILED TO GET BOARD-DESCRIPTOR-DRIVER INTERFACE" into
     /// `error` and changes nothing.

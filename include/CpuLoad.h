@@ -44,7 +44,7 @@ public:
     /// meaningless, and may exceed 100, if its span has more than about 21 million jiffies of busy
     /// time or if a counter ran backwards, as idle time does on some kernels. Fails as
     /// `getCurrentLoad` does and leaves the outputs unchanged. The failed period still counts: the
-    /// sample of 15 periods ago takes the place of its own sample.
+    /// sample of 15 periods ago is used as the sample of that period.
     XCode measure(unsigned short& last, unsigned short& mid, unsigned short& longest);
 
 private:

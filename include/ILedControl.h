@@ -21,8 +21,8 @@
 /// state back to check.
 ///
 /// No operation takes a lock. If several threads share a driver, they must hold its lock
-/// (`getLock()`) during their calls. Hold the lock during `open` too while clients use the driver,
-/// because `open` replaces the path and the capability.
+/// (`getLock()`) during their calls. If clients are using the driver, also hold the lock during
+/// `open`, which replaces the path and the capability.
 class BOARD_API ILedControl : public IInfo {
 public:
     static const VELM_UUID& IID();
@@ -48,9 +48,9 @@ public:
     virtual XCode setLedStatus(unsigned int status) = 0;
 
     /// Switches the bi-status overlay on (any value except 0) or off (0). Switching it on remembers
-    /// the current state of the LED and writes 2, so the state that a second switch-on remembers is
-    /// 2, the overlay's own. Switching it off writes the remembered state. In toggle mode, the call
-    /// only records the request.
+    /// the current state of the LED and writes 2. If it is already on, switching it on again
+    /// therefore remembers 2. Switching it off writes the remembered state. In toggle mode, the
+    /// call only records the request.
     ///
     /// Fails and changes nothing if the LED is not capable. If the device file can't be opened, the
     /// call also fails, but the overlay is switched all the same: after a failed

@@ -8,8 +8,8 @@
 /// -1 and no text.
 ///
 /// No operation takes a lock. If several threads share a driver, they must hold its lock
-/// (`getLock()`) during their calls. Hold the lock during `open` too while clients use the driver,
-/// because `open` replaces the path.
+/// (`getLock()`) during their calls. If clients are using the driver, also hold the lock during
+/// `open`, which replaces the path.
 class BOARD_API IPowerStatus : public IUnknown {
 public:
     static const VELM_UUID& IID();

@@ -8,8 +8,8 @@
 /// has code -1 and no text.
 ///
 /// No operation takes a lock. If several threads share a driver, they must hold its lock
-/// (`getLock()`) during their calls. Hold the lock during `open` too while clients use the driver,
-/// because `open` replaces the path and the maximum.
+/// (`getLock()`) during their calls. If clients are using the driver, also hold the lock during
+/// `open`, which replaces the path and the maximum.
 class BOARD_API IThermalSensor : public IUnknown {
 public:
     static const VELM_UUID& IID();

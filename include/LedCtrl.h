@@ -69,7 +69,7 @@ public:
 
     /// A row of the file table. If several rows have the same mask, the last one counts.
     struct FileNameMap {
-        std::int32_t ledMask; ///< the LED's bit; of several bits, any one lights the LED
+        std::int32_t ledMask; ///< the LED's bit; if several are set, any of them lights it
         /// A file that accepts "1" and "0"; not null. "1" is full brightness if the LED's maximum
         /// is 1, and almost dark if it is 255.
         const char* fileName;
@@ -192,8 +192,8 @@ protected:
     /// Ends all actions and runs the default rows.
     void setupDefault();
 
-    /// Returns the current state, which is valid as long as the object. Call it only on the LED
-    /// thread, or while no LED thread is running.
+    /// Returns the current state. Its references are valid as long as this object exists. Call this
+    /// function only on the LED thread, or while no LED thread is running.
     View view() const;
 
 private:

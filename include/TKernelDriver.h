@@ -32,9 +32,9 @@ protected:
     /// The text that `getDescription` returns, for derived classes.
     const String& description() const { return m_description; }
 
-    /// Asks the kernel driver for the path and the description when the driver connects, then
-    /// checks that the file can be opened. If a step fails, returns the status of that step
-    /// and skips the remaining ones; answers already received are kept.
+    /// To be called by `onConnected`. Asks the kernel driver for the path and the description, then
+    /// checks that the file can be opened. If a step fails, returns the status of that step and
+    /// skips the remaining ones; answers already received are kept.
     XCode handshake();
     /// Does the same, but also sends `question` and stores the reply in `answer` before it checks
     /// the file.

@@ -7,7 +7,7 @@
 /// Holds the rows of an information dump in order.
 class InfoContainer {
 public:
-    /// A row: its depth, its number among the rows of the same kind, its title and its text.
+    /// A row: its depth, the index of the report that it belongs to, its title and its text.
     struct Row {
         unsigned level;
         unsigned index;

@@ -10,10 +10,10 @@ class TYRunnable;
 /// A framework thread. The order of the virtual operations is part of the binary interface.
 ///
 /// A thread can be ended only while it waits in `TYFile::open`, `TYFile::readOnce` or
-/// `TYThread::usleep`: the call does not return, the stack is unwound, and destructors run.
-/// Everywhere else it keeps running. Code that runs on such a thread must therefore let unknown
-/// exceptions propagate, and must not wait in a `noexcept` function or a destructor. (While the
-/// stack is unwound, a wait in a destructor returns early.)
+/// `TYThread::usleep`: instead of returning, the call throws an exception that only the framework
+/// may catch, and destructors run. Everywhere else the thread keeps running. Code that runs on such
+/// a thread must therefore let unknown exceptions propagate, and must not wait in a `noexcept`
+/// function or a destructor. (While the stack is unwound, a wait in a destructor returns early.)
 ///
 /// Host code (a log sink, a message handler, an observer) need not follow these rules: an
 /// `Undisturbed` protects each call into host code, so the thread cannot be ended there, not even

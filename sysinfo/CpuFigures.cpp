@@ -27,8 +27,8 @@ const char* skipName(const char* text) {
     return text;
 }
 
-// Does not use the standard functions, because the number must wrap: they clamp a number that is
-// too large, at a limit that depends on the word size.
+// Does not use the standard functions, because they clamp a number that is too large, at a limit
+// that depends on the word size. Here the number must wrap.
 bool readNumber(const char*& text, std::uint32_t& number) {
     text = skipBlanks(text);
     const bool negative = *text == '-';

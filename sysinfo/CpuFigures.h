@@ -38,18 +38,18 @@ struct Shares {
 bool parse(const char* line, Figures& figures);
 
 /// Sets `percent` to the busy share between two samples. The share is 0 to 100 if both counters ran
-/// forward by less than about 21 million jiffies; beyond that, 100 times the busy time wraps to a
-/// signed 32-bit number, and the quotient is cut to 16 bits. Leaves `percent` unchanged if no idle
-/// time passed, or if busy and idle time add up to 0 in 32 bits.
+/// forward by less than about 21 million jiffies. If there is more busy time, 100 times that time
+/// wraps to a signed 32-bit number, and the quotient is cut to 16 bits. Leaves `percent` unchanged
+/// if no idle time passed, or if busy and idle time add up to 0 in 32 bits.
 void setShare(const Figures& from, const Figures& to, unsigned short& percent);
 
 /// Makes `line` the first sample of the ring. Returns false and changes nothing if the line can't
 /// be parsed.
 bool start(const Ring& ring, const char* line);
 
-/// Advances the ring by one period, stores `line` as its sample and sets the shares of the last 1,
-/// 5 and 14 periods. If the line can't be parsed, returns false; the ring has then advanced, but
-/// the slot and the shares keep their old values.
+/// Advances the ring by one period, stores the times in `line` as the new sample and sets the
+/// shares of the last 1, 5 and 14 periods. If the line can't be parsed, returns false; the ring has
+/// then advanced, but the slot and the shares keep their old values.
 bool measure(const Ring& ring, const char* line, const Shares& shares);
 
 } // namespace cpufigures

@@ -33,7 +33,7 @@ XCode ImageInfo::init(String& error) {
         error = String::format("OPEN '%s' FAILED", m_path.c_str());
         return XCode(XCode::FAILURE);
     }
-    // A stream that is given a buffer does not ask the system for the preferred buffer size.
+    // Providing a buffer saves the system call that asks for the preferred buffer size.
     char buffer[LINES * (LINE_SIZE - 1)]; // the most that is read
     static_cast<void>(std::setvbuf(file, buffer, _IOFBF, sizeof buffer));
     String skipped;

@@ -5,9 +5,10 @@
 
 /// Makes it possible to stop a framework thread while it waits, but nowhere else.
 ///
-/// The stopping thread sets `stopRequested` and then sends SIGURG repeatedly until the thread has
-/// ended, because one signal may arrive just before the system call and be lost. The signal is
-/// blocked outside the one call that waits, so host code never sees an interrupted call.
+/// The thread that calls `stop` sets `stopRequested` and then sends SIGURG repeatedly until the
+/// other thread has ended, because one signal may arrive just before the system call and be lost.
+/// The signal is blocked outside the one call that waits, so host code never sees an interrupted
+/// call.
 ///
 /// If the call returns a descriptor, the caller stores the descriptor before it checks for a stop,
 /// so that the descriptor is not leaked. pthread_cancel is not used, because it could end the
@@ -59,9 +60,9 @@ private:
 };
 
 /// Runs `call`, a system call that returns -1 and sets errno on failure, and repeats it after each
-/// interruption. Ends the calling thread if it was asked to stop before the call succeeded; if the
-/// stack is being unwound, fails with EINTR instead. A caller that opened a descriptor must close
-/// it before calling `endIfStopped`, which may throw.
+/// interruption. Before each try, ends the calling thread if it was asked to stop; if the stack is
+/// being unwound, fails with EINTR instead. A caller that opened a descriptor must close it before
+/// calling `endIfStopped`, which may throw.
 template <class Call>
 auto interruptible(Call call) -> decltype(call()) {
     for (;;) {

@@ -78,8 +78,8 @@ void LedCtrl::execute(const CmdDef& cmd, bool asDefault) {
 }
 
 void LedCtrl::startAction(const CmdDef& cmd) {
-    // Computed in 32 bits on every machine, so a time of more than 71 minutes wraps. The tick is 0
-    // only in a service that has no thread.
+    // Computed in 32 bits on every machine, so a time of more than 71 minutes wraps. `m_tickUs` can
+    // be 0, but only in a service that has no thread.
     const std::uint32_t timeUs = 1000U * static_cast<std::uint32_t>(cmd.timeMs);
     const std::uint32_t ticks = m_tickUs ? (m_tickUs - 1 + timeUs) / m_tickUs : 0;
     m_actionMask |= cmd.ledMask;
