@@ -79,9 +79,10 @@ struct LockedFolder {
     HostLock lock;
 };
 
-/// Makes the folder if it is missing, and locks it. Another host holds the lock for a short time
-/// only. But for a user without a private place for locks, the folder itself is locked (see
-/// HostLock), and any program that may open the folder may hold that lock forever.
+/// Makes the folder if it is missing, and locks it. Another host holds the lock only briefly.
+/// However, if this user has no private place for locks, the folder itself is locked (see
+/// HostLock). Any program that may open the folder could hold that lock forever, so `patience`
+/// limits the wait.
 LockedFolder lockedFolder(const std::string& path, std::chrono::milliseconds patience) {
     using Clock = std::chrono::steady_clock;
     const std::string folder = placeOf(path);

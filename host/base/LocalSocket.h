@@ -8,9 +8,9 @@
 
 #include "base/FileDescriptor.h"
 
-/// Stream sockets between programs on one machine. Each socket has a name in the file system. The
-/// path may be too long for a socket address if the file name alone is short enough. As in File.h,
-/// `try` functions leave the reason of a failure in `errno`.
+/// Stream sockets between programs on one machine. Each socket has a name in the file system. A
+/// path that is too long for a socket address works too if its file name is short enough. As in
+/// File.h, `try` functions leave the reason of a failure in `errno`.
 namespace board {
 
 /// A socket that accepts connections, and the socket's file. The destructor removes the file,

@@ -17,8 +17,8 @@ void notifyInitSystem(const std::string& state);
 class InitSystem {
 public:
     /// Like notifyInitSystem, but does not throw. Returns the fault if the message can't be sent,
-    /// unless the message before it failed too. A "READY=1" that failed is sent again with the next
-    /// message until that succeeds.
+    /// unless the message before it failed too. A "READY=1" that failed is sent again with each
+    /// later message until one of them is sent.
     std::optional<std::string> tell(const std::string& state);
 
 private:

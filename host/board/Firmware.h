@@ -13,9 +13,9 @@ struct FirmwareInfo {
     std::string line1, line2, line3, line6, line7, line8;
 };
 
-/// Reads the information file. Anything but an ordinary file is a fault, because a pipe would block
-/// the reader. Bytes in its eight lines that are not text are a fault too, and so is an empty first
-/// line.
+/// Reads the information file. A pipe is a fault, because it would block the reader, and so is a
+/// folder. Bytes in the first eight lines that are not text are a fault too, and so is an empty
+/// first line.
 Result<FirmwareInfo> readFirmware(const std::string& path);
 
 /// The same for the file that a profile names. A fault begins with the place in the profile.

@@ -31,7 +31,7 @@ struct Device {
     std::string name; ///< the driver's name in the repository
     std::string description;
     std::string path;     ///< the device file; empty if it was not found
-    std::string endpoint; ///< the kernel driver on the message channel; empty if there is none
+    std::string endpoint; ///< its kernel driver's name on the message channel; empty if none
     std::optional<std::string> fault; ///< why the device can't be used
 
     std::uint32_t maximum = 0;     ///< of a fan or a temperature sensor, from the profile
@@ -82,11 +82,11 @@ public:
 
     /// Searches for a device again and connects its driver to the file that is found. A device that
     /// was missing, or that the kernel has created anew, can then be used. Clients keep their
-    /// driver, because it remains the same object; its lock is held while it is connected. An LED's
-    /// driver keeps its overlays, and a fan's driver keeps the speed that was set. Does nothing if
-    /// `name` is unknown, if another driver has this name in the repository, or if the driver has
-    /// no device. The descriptor's driver can't change its path, so a descriptor without a usable
-    /// path when this object was made remains unusable.
+    /// driver, because it remains the same object. This function holds the driver's lock while it
+    /// connects the driver. An LED's driver keeps its overlays, and a fan's driver keeps the speed
+    /// that was set. Does nothing if `name` is unknown, if another driver has this name in the
+    /// repository, or if the driver has no device. The descriptor's driver can't change its path,
+    /// so a descriptor without a usable path when this object was made remains unusable.
     void reconnect(const std::string& name);
 
     /// True if the profile names a file of the device by its class ("hwmon:...", "led:..."), and

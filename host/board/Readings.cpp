@@ -62,9 +62,9 @@ Result<std::int32_t> numberIn(const ILedControl&, const Device& device) {
     return readBrightness(device.path);
 }
 
-/// A driver reports 0 for a device that holds no number or can't be read. So the host reads the
-/// device itself first, and then checks `errno`, where a failed read of the driver leaves the
-/// reason.
+/// A driver reports 0 for a device that holds no number or can't be read. So the host first reads
+/// the device itself. Then the driver reads the device; if that read fails, its reason is in
+/// `errno`.
 template <class Driver>
 auto readSurely(Driver& driver, const Device& device) -> decltype(readOnce(driver)) {
     const Result<std::int32_t> number = numberIn(driver, device);
@@ -77,9 +77,9 @@ auto readSurely(Driver& driver, const Device& device) -> decltype(readOnce(drive
     return value;
 }
 
-/// Reads until `isReached` accepts the brightness or some time has passed. Reads at least twice,
-/// however slow this process is. The kernel writes to an LED on a bus only after the write call has
-/// returned; until then, the old state is read.
+/// Reads until `isReached` accepts the brightness or some time has passed. If it does not accept
+/// the first brightness, reads at least once more, however slow this process is. The kernel writes
+/// to an LED on a bus only after the write call has returned; until then, the old state is read.
 Result<unsigned> readUntil(ILedControl& led, const Device& device,
                            const std::function<bool(unsigned)>& isReached) {
     using Clock = std::chrono::steady_clock;

@@ -13,9 +13,10 @@ namespace board {
 class Host;
 struct Device;
 
-/// What a device reports through its driver in the repository. The value is a fault if the device's
-/// file holds no number, or a number that such a device can't have. After an operation that sets
-/// the device, the value is also a fault if the device does not hold what was set.
+/// What a device reports through its driver in the repository. The value is a fault if the device
+/// can't be used, or if its file holds no number or one that such a device can't have. After an
+/// operation that sets the device, the value is also a fault if the device does not hold what was
+/// set.
 template <class Value>
 struct Reading {
     std::string name;        ///< the driver's name
@@ -66,7 +67,7 @@ LedReading awaitLed(const Host& host, const std::string& name,
 /// Set a device and read it back, because a device may refuse a value silently.
 FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpeed speed);
 LedReading setLed(const Host& host, const std::string& name, unsigned state);
-/// The same for the brightness that the device is to hold, whatever state that means.
+/// Like setLed, but writes `brightness` itself: setLed replaces 1 with the brightness for lit.
 LedReading setLedBrightness(const Host& host, const std::string& name, unsigned brightness);
 
 /// Puts a fan under automatic control, and reads its speed. The value is a fault if the board does

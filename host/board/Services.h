@@ -19,8 +19,8 @@ namespace board {
 class Services {
 public:
     /// `profile` and `events` must outlive the object. If `tellsLeds` is true, each change of an
-    /// LED is an event. `ledMemory` is the file that keeps, across a restart, what lines
-    /// have set without a time limit; if it is empty, nothing is kept.
+    /// LED is an event. `ledMemory` is the path of a file that keeps, across a restart, the LED
+    /// states that commands have set without a time limit. If the path is empty, none are kept.
     Services(const Profile& profile, bool tellsLeds, EventQueue& events,
              const std::string& ledMemory = "");
 
@@ -37,8 +37,8 @@ public:
     const LedService* leds() const { return m_leds.get(); }
     bool watchesButton() const { return m_button && m_button->isWatching(); }
 
-    /// Starts the LED sequencer if another host drove the LEDs and has ended. The start is an
-    /// event. While the other host runs, a call costs only a few system calls. Returns true if the
+    /// Starts the LED sequencer if another host drove the LEDs and has ended. An event reports the
+    /// start. While the other host runs, a call costs only a few system calls. Returns true if the
     /// sequencer was started.
     bool lookAtLeds();
 

@@ -159,8 +159,8 @@ private:
                       bridges + "#[button]\n#device = \"/run/board-button\"\n";
     }
 
-    /// The first lines of an entry. Its name is `wanted`, or `kind` if that is empty. If another
-    /// entry has that name, a number follows it.
+    /// The first lines of an entry. Its name is `wanted`, or `kind` if `wanted` is empty. If
+    /// another entry has the same name, a number is appended.
     std::string begin(const std::string& kind, const NamedPath& device,
                       const std::string& comment = "", std::string wanted = "") {
         if (wanted.empty())

@@ -11,7 +11,8 @@ namespace board {
 /// the profile. A device that a profile can't use, or of which something is not known, becomes a
 /// comment with the reason.
 ///
-/// Reads the devices, and up to 64 KiB of each EEPROM on an I2C or SPI bus.
+/// Reads the devices. Also reads EEPROMs of at most 64 KiB until BoardCheck accepts one as the
+/// descriptor's device.
 std::string starterProfile(const DeviceLocator& locator);
 
 } // namespace board

@@ -21,7 +21,8 @@ std::string keyOf(const NamedPath& named) {
     return separator == std::string::npos ? named.place : named.place.substr(separator + 2);
 }
 
-/// Only the descriptor's device is locked: other programs lock an LED's file for another purpose.
+/// Only the descriptor's device is locked: a host that drives an LED may keep the LED's file
+/// locked.
 enum class Locking { NONE, DESCRIPTOR };
 
 Result<std::string> contentOf(const std::string& path, Locking locking) {

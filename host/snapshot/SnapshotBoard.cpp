@@ -102,7 +102,7 @@ private:
     std::map<std::string, std::string> m_contents;
 };
 
-/// Makes each entry of the profile name a file of the simulated board, and writes that file.
+/// Changes the profile so that it names files of the simulated board, and makes those files.
 class Rewriter {
 public:
     Rewriter(fs::path root, const Source& source) : m_root(std::move(root)), m_source(source) {}

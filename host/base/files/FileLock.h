@@ -53,7 +53,7 @@ bool tryLockShared(const FileDescriptor& file);
 
 /// Opens a file or block device for reading and locks it SHARED, until the descriptor is closed. If
 /// the file was replaced during the wait, opens the new one. Opening never waits. Throws Error if
-/// the file can't be opened, if LockWaiter does, and for anything that is not a file or block
+/// the file can't be opened, if LockWaiter throws, and for anything that is not a file or block
 /// device.
 FileDescriptor openLocked(const std::string& path, const LockWait& wait);
 

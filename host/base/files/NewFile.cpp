@@ -177,7 +177,8 @@ private:
         constexpr auto SAME_OWNER = static_cast<uid_t>(-1);
         if (tryGive(access) || ::fchown(m_file.number(), SAME_OWNER, access.group) == 0)
             return mode;
-        // The group of the new file may have other members, so it gets only what others get.
+        // The new file's group may have members that the original's group lacks, so it gets only
+        // the rights that the original gives to all other users.
         return (mode & 0606U) | (mode & OTHERS) << 3U;
     }
 
