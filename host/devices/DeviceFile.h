@@ -18,8 +18,8 @@ void expectKind(const std::string& path, std::initializer_list<FileKind> kinds,
 /// The file with the highest brightness of the LED whose brightness file is `path`.
 std::string maximumFileOf(const std::string& path);
 
-/// The number in that file; empty if the file does not exist. The kernel clamps a higher brightness
-/// to this number and reports no error.
+/// The number in `maximumFileOf(path)`; empty if that file does not exist. The kernel clamps a
+/// higher brightness to this number and reports no error.
 std::optional<Result<long long>> maximumOf(const std::string& path);
 
 } // namespace board

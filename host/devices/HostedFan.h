@@ -44,7 +44,7 @@ public:
     /// that is set takes the fan off again.
     Result<void> setAutomatic();
 
-    /// Does what the profile asks for at the end of a host. Does nothing unless a speed has been
+    /// Applies the profile's setting for the end of a host. Does nothing unless a speed has been
     /// set since construction or the last call. A fault names everything that failed.
     Result<void> giveBack();
 

@@ -28,7 +28,7 @@ HostedLedCtrl::HostedLedCtrl(const LedSequencerProfile& profile, const LedTable&
     begin();
     const XCode started = start(String::EMPTY());
     if (!started.isSuccess()) {
-        shutdown(); // otherwise the pipe would keep a reader, and senders would not notice
+        shutdown(); // the pipe must not keep a reader, or senders would not notice the failure
         throw Error(std::string("can't start the LED sequencer: ") + started.getMessage().c_str());
     }
 }

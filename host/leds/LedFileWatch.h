@@ -54,7 +54,7 @@ public:
         : m_leds(leds), m_claim(claim), m_states(states), m_events(events), m_files(leds.size()) {}
 
     /// Call it when the sequencer has opened the files. Reports an event for each file that is
-    /// missing.
+    /// missing or can't be written.
     void begin();
 
     /// Checks each LED's path, with one system call per LED if nothing has changed. Reports an

@@ -73,7 +73,7 @@ FileDescriptor openToSend(const std::string& group) {
     const std::optional<FileStatus> opened = tryExamine(pipe);
     if (!opened)
         failWith(LED_PIPE, "can't examine the pipe", errno);
-    expectLedPipe(*opened); // another file may have taken its place
+    expectLedPipe(*opened); // the path may lead to another file by now
     expectKnownOwner(*opened, group);
     return pipe;
 }

@@ -22,9 +22,10 @@ std::string ledLine(const std::string& word1, const std::string& word2,
 /// its path leads to something other than a pipe, or if the next read would cut the line because
 /// the pipe holds other lines.
 ///
-/// Also throws Error if a stranger may have put the pipe there to get the lines. The pipe must
-/// belong to root or to this user; or its group may write to it, and is one of this user's groups
-/// or `group`, the profile's group. Only members of a group can give a pipe to it.
+/// Also throws Error if a stranger may have put the pipe there to get the lines. A pipe of root or
+/// of this user is accepted. A pipe of another user is accepted if its group may write to it and is
+/// `group`, the profile's group, or one of this user's groups: a user who is not in that group
+/// can't give a pipe to it.
 void sendLedLine(const std::string& line, const std::string& group = "");
 
 /// The same as sendLedLine, but takes turns with other senders and writes only while the pipe is
@@ -36,7 +37,7 @@ void sendLedLineInTurn(const std::string& line, const std::function<bool()>& pau
                        const std::string& group = "");
 
 constexpr unsigned LED_PAUSES_PER_TICK = 4;
-/// At most one line per tick is sent in turn, so this is also the number of senders that can wait.
+/// At most one line per tick is sent in turn, so at most this many waiting senders get their turn.
 constexpr unsigned LED_TURN_TICKS = 300;
 
 } // namespace board

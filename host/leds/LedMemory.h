@@ -36,7 +36,7 @@ LedMemory ledMemoryFrom(const std::string& text);
 /// delay a tick. The thread sleeps until something changes.
 class LedMemoryFile : private TYRunnable {
 public:
-    /// Reads the file. Reports a fault if it can't be read or holds something else. Creates the
+    /// Reads the file. Reports a fault if it can't be read or does not hold a memory. Creates the
     /// file if it is missing. Throws Error if the thread can't be created. `events` must outlive
     /// the object.
     LedMemoryFile(const std::string& path, EventQueue& events);

@@ -54,8 +54,8 @@ private:
     std::string m_writers, m_correction;
 };
 
-/// What another user could do while the pipe is missing, because a protection of the kernel is
-/// switched off. Empty if neither of the two protections is switched off.
+/// What another user could do while the pipe is missing, because `fs.protected_symlinks` or
+/// `fs.protected_fifos` is switched off in the kernel. Empty if neither is switched off.
 std::optional<std::string> ledPipeRisk();
 
 ///@{

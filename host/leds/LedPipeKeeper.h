@@ -30,8 +30,8 @@ public:
     /// another pipe.
     ///
     /// While another service has the pipe, only every `looksPerTry`-th call tries to claim it, and
-    /// only if the path led to the same pipe at the try before: otherwise, that service may be
-    /// replacing its pipe.
+    /// only if the pipe at the path has not changed since the previous one of these calls:
+    /// otherwise, that service may be replacing its pipe.
     bool look();
 
 private:

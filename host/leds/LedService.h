@@ -37,7 +37,8 @@ public:
     /// Who could send commands when the service started, in words; empty if nobody could.
     const std::optional<std::string>& writers() const { return m_writers; }
 
-    /// Whether what `line` set without a time limit was still in force at the last restart.
+    /// True if `line` had set something without a time limit that was still in force when the
+    /// service was restarted.
     bool remembers(const std::string& line) const;
 
     ///@{

@@ -52,7 +52,7 @@ LedTable::LedTable(const LedSequencerProfile& profile, const DeviceLocator& loca
     }
     for (auto& [mask, led] : leds)
         m_leds.push_back(std::move(led));
-    for (const Led& led : m_leds) // only now: the rows point to the paths, which move above
+    for (const Led& led : m_leds) // only now: entries point to paths, which move above
         if (!led.path.empty())
             m_files.push_back({static_cast<std::int32_t>(led.mask), led.path.c_str()});
 }

@@ -79,7 +79,7 @@ class LedTrace {
 public:
     using Run = std::shared_ptr<const LedRun>;
 
-    /// The part of the sequencer's state that a row may change.
+    /// The LEDs that are lit or blink without a time limit, even if an action hides that.
     struct Masks {
         std::uint32_t steady, blinking;
     };

@@ -21,8 +21,8 @@ struct UnmarkedLedRows {
 /// The library's sequencer, which can also explain what it shows. Its ticks do the same as the
 /// library's. It runs the default rows itself, one by one, to see what each of them changes.
 ///
-/// Everything except `explain` is for the LED thread, or for one other thread while none is
-/// started.
+/// Everything except `explain` is for the LED thread, or for one other thread as long as the LED
+/// thread has not been started.
 class TracedLedCtrl : private UnmarkedLedRows, public LedCtrl {
 public:
     /// Does not start the thread. The tables must outlive the object.
@@ -58,8 +58,9 @@ protected:
     /// Holds again what `holds` returned before the service was restarted. Call it after
     /// `runDefaults`, with the same table.
     void restore(const std::vector<LedHold>& holds);
-    /// Replaces `restore` if the table has changed: runs those of the remembered lines whose rows
-    /// change a state or roll without a time limit. Calls `drop` for each line that no row matches.
+    /// Call it instead of `restore` if the table has changed. Runs those of the remembered lines
+    /// whose rows change a state or roll without a time limit. Calls `drop` for each line that no
+    /// row matches.
     void rerun(const std::vector<LedHold>& holds, const std::function<void(const LedHold&)>& drop);
 
 private:
@@ -74,7 +75,7 @@ private:
 
     const LedSequencerProfile& m_profile;
     const LedTable& m_table;
-    std::list<CmdDef> m_apart; ///< a list, so that their addresses don't change
+    std::list<CmdDef> m_apart; ///< the copies; their addresses must not change
     std::uint64_t m_runs = 0;
     bool m_hasChanged = true;
     LedTrace m_trace;

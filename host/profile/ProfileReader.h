@@ -16,7 +16,7 @@ namespace board {
 /// The profile file that is being read.
 struct ProfileSource {
     std::string name;   ///< as the user named it
-    std::string folder; ///< where relative paths begin, with a slash; or empty
+    std::string folder; ///< the base of relative paths; ends with a slash, or is empty
 };
 
 /// One table of the profile, read with checks. Every function throws ProfileError if the profile

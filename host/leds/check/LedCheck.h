@@ -8,7 +8,7 @@
 namespace board {
 
 /// Finds mistakes in a board's LED tables, in the profile's order; none if there are no tables. The
-/// sequencer accepts tables with mistakes, but they do nothing or not what was intended. Each
+/// sequencer accepts entries with mistakes, but they have no effect or not the intended one. Each
 /// finding says what the board would show. Looks at no device.
 std::vector<LedFinding> checkLeds(const Profile& profile);
 

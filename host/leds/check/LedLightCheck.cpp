@@ -11,7 +11,8 @@ namespace board {
 
 namespace {
 
-/// The LEDs whose states without a time limit end by other means than their row's group.
+/// The LEDs on which some row ends a state without a time limit: the row puts them out, replaces
+/// the state, or ends it through the row's group.
 class StateEnds {
 public:
     StateEnds(const LedSequencerProfile& tables, const LedRows& rows) {
@@ -24,9 +25,9 @@ public:
                 m_off |= row.mask;
             if (holdsState(row))
                 (isOn ? m_blinking : m_steady) |= row.mask;
-            // A group that ends its row's state ends the same state of other rows too. A row with a
-            // negative time holds no state, but its group ends one, even if the group's next row is
-            // the same row.
+            // When the next row of the group ends this row's state, other rows lose the same state
+            // on these LEDs too. A row with a negative time holds no state, but the next row of its
+            // group, even if that is the same row, ends the states of other rows in this way.
             const bool isEnded = row.timeMs == 0 ? rows.hasMate(row) : row.timeMs < 0;
             if ((isOn || isBlink) && row.group > 0 && isEnded)
                 (isOn ? m_steady : m_blinking) |= row.mask;
@@ -70,7 +71,7 @@ void checkLedLights(const LedSequencerProfile& tables, const LedRows& rows, LedF
             rows.countRolls(row.word1, row.mask) != 0)
             stops.insert({row.word1, row.mask});
     }
-    if (!hasOff && stops.empty()) // a table that only ever changes what is lit
+    if (!hasOff && stops.empty()) // the table is not meant to put LEDs out
         return;
     const std::uint32_t shown = shownLeds(tables);
     const StateEnds ends(tables, rows);

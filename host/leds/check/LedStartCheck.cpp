@@ -76,8 +76,8 @@ private:
                            lose(*m_owners[led], index, 1U << led);
                        m_owners[led].reset();
                    });
-        // A roll-stop, or a group that ends its roll, ends the oldest roll with the same first word
-        // and LEDs, whatever the group of that roll.
+        // A roll-stop, or a group that ends a roll without a time limit, ends the oldest roll with
+        // the same first word and LEDs. That may be a roll of another group.
         for (const std::size_t former : running)
             if (!isRunning(m_rows[former]))
                 m_losses[former] = {&m_tables.commands[index], 0, true};
@@ -161,7 +161,7 @@ private:
     const Rows& m_rows;
     std::vector<Loss> m_losses;                            ///< one for each row
     std::array<std::optional<std::size_t>, 32> m_owners{}; ///< the row that holds an LED's state
-    std::map<std::int32_t, std::size_t> m_leaders; ///< the row that the next one of a group ends
+    std::map<std::int32_t, std::size_t> m_leaders;         ///< what the next row of a group ends
 };
 
 } // namespace

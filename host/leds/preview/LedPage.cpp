@@ -68,8 +68,8 @@ ordered_json machineJson(const LedMachine& machine, Looks& looks) {
         {"rows", machine.rows}, {"lit", lit}, {"look", look}, {"next", next}, {"run", machine.run}};
 }
 
-/// Replaces `name` in the page with `content`. Call it with the last name in the page first, so
-/// that it finds no name in other content.
+/// Replaces `name` in the page with `content`. Call it with the last name in the page first: it
+/// then finds the name before any content that happens to contain the same text.
 void fill(std::string& page, const std::string& name, const std::string& content) {
     page.replace(page.find(name), name.size(), content);
 }

@@ -16,9 +16,9 @@ std::string ledsToHtml(const LedSequencerProfile& profile, const LedWaves& waves
 /// blinkPhases; "repeat", the blink period; "looks"; "most", the limit of states; "machines", null
 /// if exploreLeds has no result.
 ///
-/// "looks" lists what a state can show. Each look is a list: the index of the row that drives the
-/// LED, the kind of light, whether the row ends by itself, and the rows that it hides, each as row,
-/// light and whether it ends by itself, the lowest one last.
+/// "looks" lists what a state can show. Each look is a list of four: the index of the row that
+/// drives the LED, the kind of light, true if the row ends by itself, and a list of the rows that
+/// it hides. A hidden row is a list of the same first three; it also hides the rows after it.
 ///
 /// A machine belongs to the LED with the same index. It has "rows"; "look", for each state the
 /// index of its look, or -1 if no row drives the LED; "lit", for each state a digit: 1 if the LED

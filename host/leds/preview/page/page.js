@@ -128,13 +128,15 @@ function cutAt(end) {
     lines = lines.filter((line) => line.tick < end);
 }
 
-// False if a second run of the row would overlap the first one: such states are not listed.
+// Whether the line of `row` can run now. It can't if two runs of the row would then overlap: such
+// states are not listed.
 function canPress(row) {
     return machines !== null && tick + 1 < MOST_LIVE_TICKS &&
         machines.every((machine, i) => machine.next[inputOf(machine, row)][states[i][tick]] >= 0);
 }
 
-// Drops what was to come, handles the line of `row` before the next tick and goes to that tick.
+// Drops the ticks after this one, handles the line of `row` before the next tick and goes to that
+// tick.
 function press(row) {
     if (!canPress(row)) return;
     cutAt(tick + 1);
