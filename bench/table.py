@@ -49,12 +49,12 @@ MOST_MEMORY = 2
 MOST_WAKES = 11  # per second; the LED sequencer alone needs ten, one per tick
 MOST_WAKES_OF_WATCH = 2  # each time that the host looks at all devices
 MOST_CORE = 0.2  # percent
-# A board has 64 MB. boardweb may use 1.6 % of that at rest. Each client may add the 16 KiB of its request.
+# A board has 64 MB. boardweb may use 1.6 % of that at rest. Each client may add 16 KiB for its request.
 MOST_WEB_MEMORY = 1024  # kB
 MOST_WEB_MEMORY_WITH_CLIENTS = MOST_WEB_MEMORY + web.MOST_CLIENTS * 16
 MOST_MEMORY_FOR_WEB = 64  # kB; the buffers of the three connections that boardweb makes
-# Ten pages get a hundred messages a second, and each message may take 60 us. On a board, whose core may be twenty times
-# slower, that is an eighth of the core. The host may take twice what is allowed without pages.
+# Ten pages together get a hundred messages a second, and each message may take 60 us. On a board, whose core may be
+# twenty times slower, that is an eighth of the core. The host may take twice what is allowed without pages.
 MOST_WEB_CORE = 0.6  # percent
 MOST_CORE_WITH_PAGES = 2 * MOST_CORE
 

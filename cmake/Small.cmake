@@ -2,8 +2,8 @@ include(CheckLinkerFlag)
 check_linker_flag(CXX -Wl,-z,pack-relative-relocs BOARD_PACKS_RELOCATIONS)
 
 # Optimizes a target for size in release builds: a host stays in memory for years, and none of its
-# code is called often. The linker sees all code at once, so it places functions that call one
-# another together, in fewer pages.
+# code is called often. The linker sees all code at once, so it can place functions that call one
+# another next to each other, in fewer pages.
 function(board_small target)
     target_compile_options(${target} PRIVATE
         $<$<CONFIG:Release>:-Os -ffunction-sections -fdata-sections>)

@@ -1,6 +1,6 @@
 // Edits a list of tags with random operations, and a model of the list in the same way. Then
-// compares the edited list with the original one, in which patterns may replace data and two tags
-// may be swapped, and checks the differences against the model.
+// compares the edited list with an expected one: the original list, perhaps with patterns in place
+// of data and with two tags swapped. Checks the differences against the model.
 
 #include <algorithm>
 #include <cstdint>

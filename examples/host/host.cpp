@@ -23,7 +23,7 @@
 
 namespace {
 
-/// If `status` is a failure, throws `failure` as the message, followed by the reason if `error` or
+/// Throws if `status` is a failure. The message is `failure`, followed by the reason if `error` or
 /// the status holds one.
 void check(const XCode& status, const std::string& failure, const String& error = String::EMPTY()) {
     if (status.isSuccess())

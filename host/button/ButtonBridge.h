@@ -19,9 +19,9 @@ public:
     /// program writes this button's messages.
     ButtonBridge(KeyEvents& key, const std::string& pipe);
 
-    /// Forwards what it can without waiting. Returns true if messages are left, which must wait
-    /// until the monitor has read the last one; otherwise there is nothing to do until the key's
-    /// descriptor becomes readable. Throws Error if the key or the pipe fails.
+    /// Forwards what it can without waiting. Returns true if messages are left; they must wait
+    /// until the monitor has read the message in the pipe. Otherwise there is nothing to do until
+    /// the key's descriptor becomes readable. Throws Error if the key or the pipe fails.
     bool carry();
 
 private:

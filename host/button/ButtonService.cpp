@@ -56,11 +56,12 @@ void ButtonService::Watch::report(const String& why) {
 
 void ButtonService::Watch::processButtonMessage(const String& message) {
     const auto found = tryIdentify(m_path.c_str());
-    if (found && found != tryIdentify(m_file)) // perhaps with a file whose reads don't wait
+    if (found && found != tryIdentify(m_file)) // reads of the new file might never wait
         end(" was replaced and");
     else if (!message.isEmpty())
         ServiceButton::processButtonMessage(message);
-    // A pipe returns nothing if somebody opened and closed it. A device would do so forever.
+    // A pipe returns nothing if somebody opened and closed it. A device that returns nothing once
+    // would do so forever.
     else if (kindOf(m_file) == FileKind::CHARACTER_DEVICE)
         end(" returned no message (expected a device that waits for the button) and");
 }

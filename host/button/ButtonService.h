@@ -16,7 +16,7 @@ namespace board {
 /// The service button of a hosted board. Presses and releases become events.
 class ButtonService final : private ServiceButton::Observer {
 public:
-    /// Returns a time that is never set. Called on the button's thread.
+    /// Returns the time of a clock that nobody sets. Called on the button's thread.
     using Clock = std::function<TYTime()>;
 
     /// Starts watching. Throws Error if `device` can't be read, if it is neither a pipe nor a

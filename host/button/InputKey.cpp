@@ -92,7 +92,7 @@ std::vector<bool> KeyEvents::read() {
         if (std::exchange(m_isDown, isDown) != isDown)
             levels.push_back(isDown);
     };
-    // The device's answer is newer than every event of this read, so the rest of its key events are
+    // The device's answer is newer than every event of this read, so the key events after it are
     // ignored.
     bool isAsked = false;
     for (std::size_t i = 0; i < count; ++i) {
@@ -104,7 +104,7 @@ std::vector<bool> KeyEvents::read() {
             if (!std::exchange(isAsked, true))
                 reach(m_isDownNow());
         } else if (!m_isLost && !isAsked && event.type == EV_KEY && event.code == m_code)
-            reach(event.value != 0); // 2 repeats a key that is held down
+            reach(event.value != 0); // 2: the key is held and repeats
     }
     return levels;
 }

@@ -38,8 +38,8 @@ public:
     /// Sets a tag, or adds it if it is missing: an address after the last address, any other tag
     /// before the terminator. If no occurrence is named, an address replaces the one with the same
     /// interface number. Throws Error if several addresses have that number and none of them is the
-    /// new one, if the address to add belongs to another interface already, or if an occurrence
-    /// before the named one is missing too.
+    /// new one, if the address to add belongs to another interface already, or if the named
+    /// occurrence is missing and is not the next one.
     void put(const Assignment& assignment);
     /// Adds a tag before the terminator.
     void add(const Assignment& assignment);

@@ -25,10 +25,9 @@ public:
     /// An image on standard input. It can be loaded only once and can't be edited.
     static DescriptorSource ofStandardInput();
 
-    /// The device that a board's profile names; if it is an ordinary file, it is treated as a
-    /// device too. The device is read `readChunk` bytes at a time. An image must be smaller than
-    /// `size` bytes. Throws Error if the device can't be read or `expectDescriptorDevice` rejects
-    /// it.
+    /// The device that a board's profile names. An ordinary file named there is treated as a device
+    /// too. The device is read `readChunk` bytes at a time. An image must be smaller than `size`
+    /// bytes. Throws Error if the device can't be read or `expectDescriptorDevice` rejects it.
     static DescriptorSource ofBoard(const std::string& path, unsigned readChunk, unsigned size);
 
     /// Empty for standard input.

@@ -141,7 +141,8 @@ private:
             m_behind.push_front(std::move(m_front.back()));
     }
 
-    std::vector<EditedTag> m_front;       ///< the tags up to the last insertion or removal
+    /// The tags up to the last removal or insertion; an insertion at the end does not count.
+    std::vector<EditedTag> m_front;
     std::deque<EditedTag> m_behind;       ///< the tags after those in m_front
     mutable std::optional<Index> m_index; ///< made by the first look-up
 };

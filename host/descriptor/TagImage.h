@@ -48,8 +48,8 @@ public:
     std::size_t usedBytes() const;
 
     /// The offset of the bytes after the terminator, which no load reads. A load reads only the
-    /// identifier of a terminator. The two bytes after that count as its length field only if they
-    /// have the usual value.
+    /// identifier of a terminator. The two bytes after the identifier count as the terminator's
+    /// length field only if they have the usual value.
     std::size_t restOffset() const;
 
     /// The bytes of a tag's chunk as they are in the image.

@@ -19,8 +19,7 @@ std::string tagsToJson(const TagImage& image, bool isSimulated = false);
 /// What to do with entries after the terminator of a list. On a board, no load would read them.
 enum class TagsAfterEnd { REFUSED, KEPT };
 
-/// The tags listed in such an array; nothing is added to them. An entry needs an `id` and one
-/// value.
+/// The tags listed in such an array; no terminator is added. An entry needs an `id` and one value.
 ///
 /// `id` is 1 to 65534, a name such as "ProductID", or 0 for the terminator, which has no data. The
 /// value is `data` or `hex` (hexadecimal digits), `text`, one of `u8`, `u16`, `u32` and `uint` (4

@@ -175,7 +175,7 @@ ordered_json HostStatus::buttonJson() const {
         return nullptr;
     const bool isWatched = m_services && m_services->watchesButton();
     std::vector<std::string> faults = faultsOf(Services::Kind::BUTTON);
-    if (m_services && !isWatched && faults.empty()) // it has failed since the start
+    if (m_services && !isWatched && faults.empty()) // the watch has ended since the start
         faults.push_back(m_profile.button->path + ": is no longer watched");
     return {{"watched", isWatched},
             {"pressed", orNull(m_isPressed)},

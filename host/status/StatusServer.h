@@ -13,10 +13,10 @@ namespace board {
 
 /// Answers Varlink calls on a host's status socket, without ever waiting for a client.
 ///
-/// At most 64 clients are connected. A further client is told so and is disconnected. A client that
-/// sends something other than a request, or a message of more than 4 KiB, is disconnected. Requests
-/// of one client are answered in order. The next request is handled once the client has read all
-/// replies, so a client that does not read costs only the memory of one reply.
+/// At most 64 clients are connected. A further client gets an error and is disconnected. A client
+/// that sends something other than a request, or a message of more than 4 KiB, is disconnected.
+/// Requests of one client are answered in order. The next request is handled once the client has
+/// read all replies, so a client that does not read costs only the memory of one reply.
 ///
 /// For a client that monitors events and does not read, the server keeps up to 64 KiB of events, in
 /// addition to what the socket holds. Later events are only counted, and the client is told the

@@ -128,8 +128,8 @@ private:
         return isMoved;
     }
 
-    /// For each moved tag, an unmoved neighbor in the expected order that it is on the wrong side
-    /// of; NONE for the other tags.
+    /// For each moved tag, the nearest unmoved tag in the expected order that it wrongly precedes
+    /// or follows in the image; NONE for the other tags.
     std::vector<std::size_t> passedByMoved() const {
         const std::vector<bool> isMoved = moved();
         std::vector<std::size_t> passed(m_partner.size(), NONE);
@@ -142,8 +142,8 @@ private:
             else if (inPlace != NONE && m_partner[inPlace] > m_partner[i])
                 passed[i] = inPlace;
         }
-        // If a moved tag correctly follows the unmoved tag in front, it wrongly follows the one
-        // behind.
+        // If a moved tag correctly follows the nearest unmoved tag expected before it, it wrongly
+        // follows the nearest one expected after it.
         inPlace = NONE;
         for (std::size_t i = passed.size(); i-- > 0;) {
             if (m_partner[i] == NONE)

@@ -30,9 +30,10 @@ struct TagDifference {
     std::string text;     ///< the whole difference for people, on one line
 };
 
-/// Returns the differences of the expected tags in their order, then the extra tags, then, where
-/// the tags end, corruption or a missing terminator. There are none if the image has the expected
-/// tags in the expected order and, if needed, a terminator. Bytes after the terminator are ignored.
+/// Returns the differences of the expected tags in their order, then the extra tags, and last
+/// corruption or a missing terminator at the end of the tags. The result is empty if the image has
+/// the expected tags in the expected order and, if needed, a terminator. Bytes after the terminator
+/// are ignored.
 ///
 /// The N-th tag with an identifier is compared with the N-th expected one. If they differ, an equal
 /// tag with the same identifier elsewhere counts as moved.

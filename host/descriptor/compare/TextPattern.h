@@ -8,8 +8,8 @@
 namespace board {
 
 /// A POSIX extended regular expression. It has no references to groups (\1), and its size with all
-/// repetitions written out is limited. This bounds the cost of a match, unlike with a matcher that
-/// backtracks. The bound is needed because a pattern must not stop a production line.
+/// repetitions written out is limited. These limits bound the cost of a match, so that no pattern
+/// can stop a production line. A backtracking matcher would not have such a bound.
 class TextPattern {
 public:
     /// Throws an Error that tells what is wrong with `expression`.

@@ -159,7 +159,7 @@ private:
             throw Error(m_entry.source +
                         ": is not an array (expected [{\"id\":45,\"data\":\"1234abcd\"}, ...])");
         if (m_depth == 1) {
-            // A number ends at the character after it, which the parser has read by now.
+            // To find the end of a number, the parser has read the character after it.
             m_entry.line = found.is_number() ? m_progress.lastLine() : m_progress.line;
             m_entry.fail(nullptr, "is " + shown(found) +
                                       " (expected an object such as {\"id\":45,\"data\":"

@@ -40,7 +40,8 @@ void readEntries(const std::string& text, const std::string& source,
                  const std::vector<std::string>& keys,
                  const std::function<void(const JsonEntry&)>& take);
 
-/// A value for a message; one that may be large is named by its type alone.
+/// A value for a message: a number or a boolean itself; for other values, which may be large, only
+/// the type.
 std::string shown(const nlohmann::json& value);
 
 } // namespace board

@@ -31,8 +31,7 @@ std::string fileContent(const TagImage& old, std::string image) {
     return image;
 }
 
-/// The bytes that a write stores from the start of the target. They are the whole content of a
-/// file.
+/// The bytes that a write stores from the start of the target. A file will hold nothing else.
 std::string writtenContent(const DescriptorTarget& target, const std::string& image,
                            const std::optional<char>& fill) {
     const std::string& former = target.old().bytes();

@@ -36,8 +36,8 @@ struct StoreManner {
 struct StoreOutcome {
     StoreResult result = StoreResult::FAILED;
     bool isDevice = false;
-    bool isTorn = false; ///< an earlier write to the device was interrupted; this one repairs it
-                         ///< if it succeeds
+    bool isTorn = false; ///< an earlier write to the device was interrupted; this operation
+                         ///< repairs the device if it succeeds
     std::vector<TagChange> changes;    ///< of an edit
     std::string image;                 ///< the new image
     std::string backup;                ///< the file with the old image; empty if it was not kept

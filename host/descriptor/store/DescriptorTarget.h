@@ -39,7 +39,7 @@ public:
     /// Whether an earlier write to the device was interrupted, so that the device holds neither the
     /// old nor the new image whole and must be written even if the tags do not change.
     bool isTorn() const { return m_journals.unfinished.has_value(); }
-    /// Messages about earlier writes whose missing line was, or could not be, added to the record.
+    /// Messages about earlier writes that the record lacked: whether their lines could be added.
     const std::vector<std::string>& notes() const { return m_journals.notes; }
 
     /// Throws Error if `content` is too large.
@@ -47,9 +47,9 @@ public:
 
     /// Writes `content` from the start. A file holds nothing else afterwards; on a device, the
     /// bytes after `content` stay. A device is read back; if it holds something else, the old image
-    /// is written back. Then appends `record`, if there is one. If `keepsJournal`, the next run
-    /// repairs the device, or appends the record, if this run is interrupted. `backup` is named in
-    /// messages. `result` tells how the write ended, even if this throws.
+    /// is written back. Then appends `record`, if there is one. If this run is interrupted
+    /// and `keepsJournal` is set, the next run repairs the device or appends the record. `backup`
+    /// is named in messages. `result` tells how the write ended, even if this throws.
     void write(const std::string& content, bool keepsJournal, const std::string& backup,
                const std::optional<RecordLine>& record, StoreResult& result);
 

@@ -30,7 +30,7 @@ public:
     WriteJournal(const std::string& device, const UnfinishedWrite& write);
 
     /// Removes the journal, and those of interrupted writes that this write has repaired. Returns
-    /// text for the end of a message: nothing, or that a file could not be removed. No destructor
+    /// text for the end of a message if a file could not be removed; otherwise "". No destructor
     /// calls this, because the journal must stay if the device could not be restored.
     std::string remove() const;
 
@@ -42,7 +42,8 @@ private:
 
 /// What the journals of a device or image file show.
 struct JournalFindings {
-    std::optional<UnfinishedWrite> unfinished; ///< the interrupted write, if one left the bytes
+    /// The interrupted write that left the device's bytes; empty if none did.
+    std::optional<UnfinishedWrite> unfinished;
     /// For the user: which lines were added to a record, and which could not be.
     std::vector<std::string> notes;
 };
