@@ -5,9 +5,9 @@
 
 namespace board {
 
-/// The folder that the init system has made for this service and keeps until the next boot: the
-/// first one in $RUNTIME_DIRECTORY, where systemd separates several by colons. Empty if there is
-/// none.
+/// The folder that the init system has made for this service: the first one in $RUNTIME_DIRECTORY,
+/// where systemd separates several by colons. boardctl.service keeps it during a restart of the
+/// service. Empty if there is none.
 std::string serviceFolder();
 
 /// The paths of the sockets where a host of this profile may answer. A host listens on the first

@@ -47,9 +47,9 @@ public:
 
     /// Writes `content` from the start. A file holds nothing else afterwards; on a device, the
     /// bytes after `content` stay. A device is read back; if it holds something else, the old image
-    /// is written back. Then appends `record`, if there is one. If this run is interrupted
-    /// and `keepsJournal` is set, the next run repairs the device or appends the record. `backup`
-    /// is named in messages. `result` tells how the write ended, even if this throws.
+    /// is written back. Then appends `record`, if there is one. If this run is interrupted and
+    /// `keepsJournal` is set, the next run repairs the device or appends the record. `backup` is
+    /// named in messages. `result` tells how the write ended, even if this throws.
     void write(const std::string& content, bool keepsJournal, const std::string& backup,
                const std::optional<RecordLine>& record, StoreResult& result);
 
