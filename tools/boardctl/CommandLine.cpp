@@ -67,8 +67,8 @@ void addAllCommands(CLI::App& app, Options& options) {
                  {"firmware", addFirmware},
                  {"bd", addBd},
                  {"sim", addSim}});
-    // The commands have copied the first footer. The main help gets another one, because it lists
-    // the global options anyway.
+    // Each command has copied the footer that names the global options. The main help lists these
+    // options anyway, so it gets another footer.
     app.footer("Exit status: 0 done, 1 failed, 2 wrong call, 3 found something wrong, 4 declined,\n"
                "128+N ended by signal N.");
     addExamples(app, {"run --sim --tour             see each part of a simulated board",
@@ -117,8 +117,8 @@ int call(const CLI::App& app, const Options& options) {
 
 /// Creates the parsers that `words` names (all if it is empty), runs the line's command and ends
 /// the program with the command's status. Returns the exit status if the line has no command to run
-/// or the command throws. Returns empty if the line does not fit and not all parsers were created,
-/// because only all of them together can explain what is wrong.
+/// or the command throws. Returns empty if the line can't be parsed and only some parsers were
+/// created: it takes all of them to explain what is wrong.
 std::optional<int> tryRun(int argc, char** argv, const std::set<std::string_view>& words) {
     Options options;
     options.words = words;

@@ -2,8 +2,8 @@
 
 namespace boardctl {
 
-/// Parses the words, runs the command and exits with its status. Only if there is no command to run
-/// or the command throws, returns the exit status. Messages go to standard error. Call it once.
+/// Parses the words, runs the command and exits with its status. Returns the exit status only if
+/// there is no command to run or the command throws. Messages go to standard error. Call it once.
 int runCommandLine(int argc, char** argv);
 
 } // namespace boardctl

@@ -11,10 +11,10 @@
 
 namespace {
 
-/// Opens /dev/null for each of standard input, output and error that is closed. Otherwise, the next
-/// file would get its descriptor, and the command would read or write that file by mistake. The
-/// drivers also treat descriptor 0 as a failure. Input is opened only for writing and output only
-/// for reading, so that the command fails instead of losing something.
+/// Opens /dev/null for each of standard input, output and error that is closed. Otherwise, a file
+/// opened later would get the free descriptor, and the command would read or write that file by
+/// mistake. The drivers also treat descriptor 0 as a failure. Input is opened only for writing and
+/// output only for reading, so that using them fails instead of yielding nothing or losing text.
 void occupyStandardDescriptors() {
     pollfd standard[] = {{STDIN_FILENO, 0, 0}, {STDOUT_FILENO, 0, 0}, {STDERR_FILENO, 0, 0}};
     if (::poll(standard, std::size(standard), 0) <= 0)

@@ -19,8 +19,8 @@ public:
     /// Prints what each driver was connected to, and the faults of the devices that the watch does
     /// not observe. The watch reports the others.
     void showDevices() const;
-    /// Loads the descriptor, determines the capacity and shows the whole report. Call it after the
-    /// watch's first look, which tells which devices are gone.
+    /// Loads the descriptor, determines the VoIP capacity and shows the whole report. Call it after
+    /// the watch's first look, which tells which devices are gone.
     void showReport() const;
     void showFirmware(const board::Result<board::FirmwareInfo>& firmware) const;
     void showServices(const board::Services& services) const;

@@ -149,7 +149,7 @@ private:
         notify("STATUS=" + m_summary);
     }
 
-    /// The tour slows fans down for a moment, which may be too little cooling for a real board.
+    /// The tour slows fans down for a moment, so a real board may get too little cooling.
     void askBeforeTour() {
         const std::vector<std::string> fans = tourFans(m_board);
         if (!fans.empty())
@@ -172,7 +172,7 @@ private:
     /// fails; the same failure is reported only once.
     bool sendToLeds(const std::string& line) {
         try {
-            // If this host does not read the pipe, another program may, and must not get the line.
+            // If another program reads the pipe instead of this host, it must not get the line.
             if (!m_status.takesLedLines())
                 throw board::Error("no LED service of this host takes commands");
             board::sendLedLine(line);

@@ -13,7 +13,7 @@ namespace boardctl {
 template <class Words>
 struct Command {
     CLI::App& app;
-    Words& words; ///< exist as long as the command
+    Words& words; ///< the words exist as long as the command
 };
 
 /// Adds the command that hosts the board. Unlike the code of all other commands, its code is not

@@ -41,8 +41,8 @@ struct Options {
     std::function<int()> command;
 };
 
-/// Thrown if the words are well formed but make no sense together. The program prints the usage and
-/// exits with 2.
+/// Thrown if the command line could be parsed but the call is still wrong. The program prints the
+/// usage and exits with 2.
 struct WrongCall : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

@@ -69,8 +69,8 @@ void StopSignals::install() {
     sigaction(SIGHUP, &action, &former);
     if (former.sa_handler == SIG_IGN)
         sigaction(SIGHUP, &former, nullptr);
-    // If the reader is gone or the file has reached its size limit, a write then fails with an
-    // error that can be reported, instead of ending the program.
+    // With these signals ignored, a write does not end the program if the reader is gone or the
+    // file has reached its size limit: it fails with an error that can be reported.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     board::endQuestion = isAsked;

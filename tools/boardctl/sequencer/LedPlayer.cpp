@@ -27,7 +27,7 @@ public:
     }
 
     /// Prints the lines that the sequencer handles in `tick`, and what the LEDs then show. Returns
-    /// false if nobody can read the output.
+    /// false if the output can't be written, or still blocks when the program is asked to end.
     bool show(unsigned tick) {
         const auto first = m_next;
         while (m_next != m_waves.lines.end() && m_next->tick <= tick)
@@ -48,8 +48,8 @@ public:
         return flushOutput();
     }
 
-    /// On a terminal, replaces the panel with the last state as text. Returns false if that could
-    /// not be written.
+    /// On a terminal, replaces the panel with the last state as text, unless the terminal blocks.
+    /// Returns false if writing fails.
     bool end() {
         if (!m_last || !StopSignals::isWritable(STDOUT_FILENO))
             return true;

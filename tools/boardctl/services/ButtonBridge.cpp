@@ -25,8 +25,8 @@ struct BridgeWords {
 };
 
 int bridgeButton(const Options& options, const BridgeWords& words) {
-    // A running host reads a message at once. If no host reads the pipe, the bridge checks the pipe
-    // less and less often.
+    // A running host reads a message at once. If no host does, the bridge checks less and less
+    // often whether the message has been read.
     constexpr auto FIRST_LOOK = std::chrono::milliseconds(2),
                    LAST_LOOK = std::chrono::milliseconds(256);
     StopSignals::expectAsEnd();

@@ -15,8 +15,8 @@
 namespace boardweb {
 
 /// Carries messages from the thread that publishes them to many readers. All readers share the same
-/// texts. A slow reader keeps only the texts that it is being sent, without a copy. It loses
-/// messages that the ring forgets meanwhile.
+/// texts. A slow reader keeps only the texts that are being sent to it, without copying them, and
+/// loses the messages that the ring forgets before they are sent.
 ///
 /// Can be used on any thread.
 class EventFeed {

@@ -43,7 +43,7 @@ private:
 
     mutable std::mutex m_mutex;
     std::vector<Series> m_series;
-    std::size_t m_place = 0; ///< index in the rings of the value that is written next
+    std::size_t m_place = 0; ///< index at which each ring gets its next value
     std::size_t m_count = 0; ///< the number of values in each ring
     std::string m_end;
     mutable std::shared_ptr<const std::string> m_text; ///< null if it has to be made

@@ -36,7 +36,7 @@ private:
     const int m_socket;
     std::optional<Answer> m_answer;
     std::list<Exchange>::iterator m_place;
-    std::optional<Clock::time_point> m_end; ///< when to end it; empty for a stream of events
+    std::optional<Clock::time_point> m_end; ///< when to end the connection; empty for event streams
     bool m_isWaiting = true;                ///< no complete request has arrived
 };
 
@@ -52,14 +52,14 @@ public:
     /// How long a request may take to arrive, counted from the start of the connection or the end
     /// of the previous answer.
     static constexpr std::chrono::seconds REQUEST_LIMIT{10};
-    /// How long it may then take until the answer is sent.
+    /// How long it may take from the complete headers until the answer is sent.
     static constexpr std::chrono::seconds ANSWER_LIMIT{60};
 
     /// `socket` must not be closed before `remove`. The returned object exists until then.
     Exchange& add(MHD_Connection* connection, int socket);
     void remove(Exchange& exchange);
 
-    /// Call it when the request is complete.
+    /// Call it when the request's headers are complete.
     void begin(Exchange& exchange);
     /// Call it if the answer is a stream that does not end.
     void stream(Exchange& exchange);

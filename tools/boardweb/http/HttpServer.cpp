@@ -16,8 +16,8 @@ namespace {
 constexpr std::size_t REQUEST_MEMORY = 16U << 10U;
 constexpr unsigned MOST_SILENCE = 15; // seconds
 
-/// Leaves escapes in paths: no valid path needs one, and a zero byte that was escaped would end the
-/// path early.
+/// Leaves escapes in paths as they are: no valid path needs one, and decoding an escaped zero byte
+/// would end the path early.
 std::size_t leaveEscaped(void*, MHD_Connection*, char* text) {
     return std::strlen(text);
 }

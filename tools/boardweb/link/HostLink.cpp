@@ -153,7 +153,7 @@ void HostLink::logChange(bool isThere, const std::string& text) {
     m_isLoggedAs = isThere;
 }
 
-/// Publishes that there is a host, or the fault why there is none, if that has changed.
+/// Publishes that there is a host, or why there is none, if that has changed.
 void HostLink::publishHost(const std::string& fault) {
     const bool isThere = fault.empty();
     const bool isSame = !m_since.empty() && m_fault.empty() == isThere;
@@ -253,8 +253,8 @@ bool HostLink::followLeds() {
     return mayHaveMore;
 }
 
-/// Stops following the LEDs and tells readers that the state is unknown. A host that has failed is
-/// asked for the LEDs again after a pause.
+/// Stops following the LEDs and tells readers that the state is unknown. Unless the host lacks the
+/// method, it is asked for the LEDs again after a pause.
 void HostLink::dropLeds() {
     if (m_host->leds && m_feed.readers() != 0)
         m_feed.publish(EventFeed::LEDS, textOf({{"lit", nullptr}}));

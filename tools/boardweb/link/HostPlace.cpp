@@ -35,8 +35,8 @@ StatusClient connectTo(const HostPlace& place, const StatusClient::Wait& wait) {
         static_cast<void>(client.call("Status")); // throws if that is not a host
         return client;
     }
-    // `true` means that the board may be simulated. For other boards, that only adds a place where
-    // no host listens. It saves reading the profile.
+    // `true` means that the board may be simulated. This saves reading the profile. For other
+    // boards, it only adds a place where no host listens.
     return board::findHost(profile, true, wait, LIMITS).client;
 }
 

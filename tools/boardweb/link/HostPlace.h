@@ -9,8 +9,8 @@ namespace boardweb {
 /// Which host to ask.
 struct HostPlace {
     std::string socket;  ///< the host's status socket; empty if the profile determines it
-    std::string profile; ///< the board's profile; empty for the one that boardctl would use or, if
-                         ///< there is none, the host at the usual socket
+    std::string profile; ///< the board's profile; if empty, the profile that boardctl would use.
+                         ///< If there is none either, the usual socket is asked
 };
 
 /// How long a host may take. A host answers from memory, so one that takes longer counts as gone.

@@ -14,7 +14,7 @@ export async function fetchJson(path) {
 }
 
 // The event stream. For each event, calls the function in `acts` that has the event's name. Calls
-// `onUp` when the stream has begun and `onDown` with the reason when it has ended, then opens it
+// `onUp` when the stream has begun. When it has ended, calls `onDown` with the reason and opens it
 // again. A hidden page has no stream, because a browser opens at most six connections to a server,
 // for all its tabs together.
 export class Feed {
