@@ -5,10 +5,10 @@ usage: tests/soak_status.py BOARDCTL SECONDS [SLACK_KB]
 Meanwhile, the host must feed the watchdog in time, and no LED may change more than a tick late. Afterwards,
 memory and descriptors must be as before. Without SLACK_KB, memory is not checked.
 
-The watchdog is timed by when the system gets the host's message, LEDs by the times in the host's events. On a busy
-machine, every program waits for processors. A second process, which only ticks, measures its own wait, and the
-host may be that much later. It and the host have sessions of their own, because the system divides processor time
-by session: so the clients take no time from them.
+For the watchdog, the time at which the system receives the host's message counts; for LEDs, the time in the host's
+event. On a busy machine, every program waits for processors. A second process, which only ticks, measures its own
+delay, and LEDs may change that much later. This process and the host have sessions of their own: the system divides
+processor time by session, so the clients take no time from them.
 """
 import collections
 import json

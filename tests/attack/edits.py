@@ -12,7 +12,7 @@ import time
 from parts import Lost, await_true, expect, image_of
 
 BACKUP = re.compile(r"[^.].*-\d{8}T\d{6}Z\.\w{6}")
-# It is read in pieces, so that an edit can happen between two of them.
+# boardctl reads this device in pieces, so that an edit can happen between two of them.
 LARGE_DEVICE = '[descriptor]\ndevice = "large.bin"\nread_chunk = 16\nsize = 4096\n'
 
 
@@ -131,7 +131,7 @@ def kills(attack, end):
                 words += ["--backup", f"{attack.backups}/named-20000101T000000Z.backup"]
             with attack.start("bd", *words, "-y", "-q", *target.where, stderr=subprocess.DEVNULL) as process:
                 time.sleep(attack.chance.random() * target.span)
-                # Approaches 1.5 times an edit's duration, so that two of three edits are killed before they end.
+                # The span approaches 1.5 times an edit's duration, so two of three edits are killed before they end.
                 target.span *= 1.02 if process.poll() is None else 0.96
                 process.kill()
             expect(process.returncode in (0, -signal.SIGKILL), f"an edit ends with status {process.returncode}")

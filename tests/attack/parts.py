@@ -71,7 +71,7 @@ def faults_in(events):
 
 
 def image_of(tags):
-    """The bytes of an image with these (identifier, data) and a terminator."""
+    """The bytes of an image with these (identifier, data) pairs and a terminator."""
     return b"".join(struct.pack(">HH", number, 4 + len(data)) + data for number, data in tags) + b"\0\0\0\4"
 
 
@@ -85,7 +85,7 @@ class Host:
         os.set_blocking(self.process.stdout.fileno(), False)
 
     def await_event(self, name):
-        """Waits for an event of that name. Returns all events since the last call; empty if the host ends before."""
+        """Waits for an event of that name. Returns all events since the last call; empty if the host ends first."""
         end = time.monotonic() + BOUND
         while b'{"event":"%s"' % name.encode() not in self.text:
             if not select.select([self.process.stdout], [], [], max(0.0, end - time.monotonic()))[0]:

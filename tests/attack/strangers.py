@@ -18,8 +18,8 @@ PLANTED, LINK = "/tmp/planted", "/tmp/link"
 
 
 def steal(send):
-    """Opens the pipe, and any that replaces it, as soon as that works, and sends what it reads from them. Sends "test"
-    after the first look."""
+    """Opens the pipe and each of its later replacements as soon as possible, and sends on what it reads from them.
+    Sends "test" after the first attempt."""
     pipes, greeting = {}, b"test"
     while True:
         with contextlib.suppress(OSError):
@@ -53,7 +53,7 @@ def exchange_with(victim):
 
 @contextlib.contextmanager
 def clear_tmp(attack, is_sticky=True):
-    """A /tmp without the pipe, in which the kernel may protect no links. Restores all at the end."""
+    """Removes the pipe, sets the mode of /tmp and perhaps fs.protected_symlinks, and restores both at the end."""
     mode, setting = os.stat("/tmp").st_mode, SYMLINKS.read_text(encoding="ascii")
     try:
         pathlib.Path(PIPE).unlink(missing_ok=True)

@@ -67,8 +67,8 @@ void whileUnbound(const std::string& driver, const std::string& device, Body bod
     EXPECT_EQ(write("/sys/bus/" + driver + "/bind", device), all) << driver;
 }
 
-/// Polls until `isReached` returns true. Returns false after half a minute, which passes only if
-/// something is wrong.
+/// Polls until `isReached` returns true. Returns false if that takes half a minute, which happens
+/// only if something is wrong.
 template <class Condition>
 bool until(Condition isReached) {
     using Clock = std::chrono::steady_clock;

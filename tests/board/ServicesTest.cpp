@@ -76,7 +76,7 @@ TEST_F(Button, PressedOftenWhileNobodyWatchesArrivesInOrder) {
     const Program watch(boardctl({"button", "watch", "--format", "json"}), dir.path("watch"));
     const auto isDown = [&] {
         const std::string text = dir.read("watch");
-        return text.rfind("button-pressed") + 1 > text.rfind("button-released") + 1; // 0: neither
+        return text.rfind("button-pressed") + 1 > text.rfind("button-released") + 1; // 0: absent
     };
     EXPECT_TRUE(until(isDown));
     move(false);

@@ -120,7 +120,7 @@ class Machine:
                     return answer["return"]
                 if "error" in answer:
                     raise Failure(answer["error"]["desc"])
-        except (OSError, ValueError):  # ValueError: it sends nothing
+        except (OSError, ValueError):  # ValueError: an empty answer
             raise Failure(f"the machine does not answer; see {self._errors}") from None
 
 

@@ -18,7 +18,7 @@ TEST(StartFaults, AServiceWithoutItsThreadIsAFaultAndTakesNothing) {
     };
     constexpr char NO_THREAD[] = "CREATE THREAD: Resource temporarily unavailable";
     const struct {
-        const char* plan; ///< -11: fails for all later threads too, as the host retries
+        const char* plan; ///< -11: fails for all later threads too, because the host retries
         std::string service, fault;
         bool takesLines = false;
     } ROWS[] = {{"2 11", "leds", std::string("can't start the LED sequencer: ") + NO_THREAD},

@@ -56,7 +56,7 @@ apt-get indextargets --format 'deb $(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created
     sort -u >"$work/sources"
 mmdebstrap --variant=essential --include=libstdc++6 "$release" "$root" - \
     <"$work/sources" >"$work/log" 2>&1 || fail "no minimal root: $(tail -5 "$work/log")"
-# dpkg fails if a dependency of the packages is missing. The root has only libstdc++ for them.
+# dpkg fails if a dependency is missing. The root has only essential packages and libstdc++.
 mkdir "$root/packages"
 cp "$packages"/{libboarddrivers1,libboarddrivers-dev,boardctl}_*.deb "$root/packages"
 chroot "$root" sh -c 'dpkg --install /packages/*.deb' >"$work/log" 2>&1 || fail "dpkg failed: $(cat "$work/log")"

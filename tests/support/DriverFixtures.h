@@ -74,8 +74,8 @@ Rows reportOf(const Object& object, const Place& at,
     return rows;
 }
 
-/// Queries a driver, whose reference count must be 1, through each of its interfaces: for each of
-/// them and for one that it does not have, with and without a place for the result.
+/// Queries a driver through each of its interfaces, for each of them and for one that it lacks,
+/// with and without a place for the result. The driver's reference count must be 1.
 template <class Interface, class Driver>
 void expectFaces(Driver& object) {
     Interface* const own = &object;

@@ -12,7 +12,7 @@ BOUND = 120  # seconds; no reply takes that long
 def take_tmp(*paths):
     """Restarts this program with a private /tmp, because the LED pipe has a fixed path there. In the restarted program,
     returns who made that /tmp: "root" or "user". Returns "" without a restart if the machine forbids a private /tmp, or
-    if this program or one of the paths is in the machine's own."""
+    if this program or one of the paths is in the machine's own /tmp."""
     if user := os.environ.pop("PRIVATE_TMP", ""):
         return user
     user = "user" if os.geteuid() else "root"

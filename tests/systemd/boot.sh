@@ -31,7 +31,7 @@ chroot "$root" boardctl sim create /run/board
 mkdir -p "$root/etc/boarddrivers"
 sed 's,^\(device\|path\|file\|info\) = ",&/run/board/,' "$root/run/board/board.toml" \
     >"$root/etc/boarddrivers/board.toml"
-# Not chroot: in it, the kernel refuses user namespaces, so no service with PrivateUsers= can start.
+# Not chroot: the kernel then refuses user namespaces, so no service with PrivateUsers= can start.
 pivot_root . mnt
 umount --lazy /mnt
 exec env -i container=test PATH=/usr/sbin:/usr/bin:/sbin:/bin \

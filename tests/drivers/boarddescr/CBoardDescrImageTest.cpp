@@ -147,7 +147,7 @@ TEST_F(CBoardDescrDeviceTest, ImageMustBeSmallerThanTheDeviceAndIsWrittenInOneCa
     EXPECT_EQ(dir.read("eeprom"), content);
     EXPECT_TRUE(device.writeRawBD(TString<char>(bytes.data(), 511), error).isSuccess());
     EXPECT_EQ(dir.read("eeprom"), bytes.substr(1) + "x");
-    // With a limit on the size of files, the first write is short, and one at the limit fails.
+    // With a limit on the size of files, the first write is short, and a write at the limit fails.
     rlimit limit{};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
     const rlimit small{64, limit.rlim_max};

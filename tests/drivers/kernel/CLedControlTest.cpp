@@ -19,8 +19,8 @@ protected:
     }
 
     /// Runs calls such as "set 1", "bi 1", "toggle 1", "enable", "disable", "real 2" and "shows 2"
-    /// (which changes the device from outside). For each call it returns what the device holds
-    /// afterwards, "!" if the call failed, "-" if it wrote nothing.
+    /// (which changes the device from outside). Returns for each call "!" if it failed, "-" if it
+    /// wrote nothing, and otherwise what the device then holds. Returns nothing for "shows".
     std::string run(const std::string& script) {
         std::istringstream words(script);
         std::string trace;
@@ -32,7 +32,7 @@ protected:
                 dir.write("device", std::to_string(value));
                 continue;
             }
-            // This ends without a zero byte, so a zero byte at the end is the driver's.
+            // This text ends without a zero byte, so a zero byte at the end is the driver's.
             dir.write("device", held().substr(0, 1) + "\n");
             const bool done = perform(call, value).isSuccess();
             const bool wrote = held().back() == '\0';

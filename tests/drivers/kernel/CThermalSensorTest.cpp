@@ -28,7 +28,7 @@ TEST_F(CThermalSensorTest, ThousandthsAreReadAsDegreesInSinglePrecisionAndFailur
         {"-1250", -1.25F},
         {"warm", 0.0F},
         {"16777217", 16777.216F}, // rounded to single precision before the division
-        // Sixteen digits without a terminator, clamped to 32 bits.
+        // Sixteen characters without a terminator, clamped to 32 bits.
         {"9999999999999999", 2147483.75F},
         {"-999999999999999", -2147483.75F},
         {"0000000000000012999", 0.012F}, // bytes after the record are ignored

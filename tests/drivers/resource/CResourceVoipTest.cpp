@@ -49,7 +49,7 @@ TEST_F(CResourceVoipTest, FiguresComeFromTagsDefaultsAndPreferences) {
         bool borderController;
         const char* preference;
         unsigned dspChannels, sipLegs;
-        int asked; // how often for the default
+        int asked; // calls of getDefaultSipLegs
     } CASES[] = {
         {"both tags", "00 00 00 78", "00 F0", false, "", 120, 240, 0},
         {"no tags: the default follows the channels", nullptr, nullptr, false, "", UNKNOWN, 30, 1},

@@ -162,7 +162,7 @@ TEST(SendLedLine, SendsNothingToAStrangerUnlessAGroupVouchesForHim) {
 TEST(SendLedLine, NamesWhoMayWriteIfTheUserMayNot) {
     ::unlink(LED_PIPE);
     ASSERT_TRUE(::mkfifo(LED_PIPE, 0400) == 0 && ::chmod(LED_PIPE, 0400) == 0);
-    // Root may write in spite of the mode, so it becomes another user. The mode binds all others.
+    // The mode does not bind root, so if this process is root, it becomes another user for a while.
     const uid_t user = ::geteuid();
     ASSERT_EQ(::seteuid(user == 0 ? 65534 : user), 0);
     const std::string fault = failureOf([] { board::sendLedLine("a b"); });

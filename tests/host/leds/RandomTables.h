@@ -16,7 +16,7 @@ inline unsigned below(Random& random, unsigned limit) {
 
 constexpr unsigned RANDOM_PATTERN = 0x5A0FF0A5;
 
-/// A table in which anything may happen, over seven LEDs of six bits.
+/// A table of random rows for seven LEDs, whose masks use six bits.
 inline board::LedSequencerProfile randomTable(Random& random, bool hasNegativeTimes) {
     board::LedSequencerProfile profile;
     profile.access = LedCtrl::ACCESS_NONE;

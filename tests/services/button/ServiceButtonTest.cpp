@@ -16,7 +16,7 @@ namespace {
 using namespace support;
 
 /// Observer and event monitor in one, for one event at a time. In each call, on the button's
-/// thread, it stops `button` and opens a file. That ends a stopped thread, except in these calls.
+/// thread, it stops `button` and opens a file. Outside these calls, the open would end the thread.
 class ServiceButtonTest : public testing::Test,
                           public ServiceButton::Observer,
                           public RTD::Monitor {

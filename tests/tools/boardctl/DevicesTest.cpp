@@ -108,8 +108,8 @@ $ for i in 2 'bi on' 'bi off'; do boardctl --board dim.toml led dim $i; done; pr
 }
 
 TEST(Devices, LedMayReadAsBeforeJustAfterAWrite) {
-    // A terminal is such an LED: it accepts what is written and reads, line by line, what a test
-    // wrote to its other end.
+    // A terminal behaves like such an LED: it accepts what is written to it, and each read returns
+    // one of the lines that the test wrote to its other end.
     const auto led = [](const std::string& action, const std::string& reads) {
         const int device = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
         EXPECT_EQ(::grantpt(device) | ::unlockpt(device), 0);

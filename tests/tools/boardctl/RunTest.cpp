@@ -261,7 +261,7 @@ TEST_F(HostedBoard, GoesOnWithoutAButtonThatDisappears) {
     ASSERT_TRUE(run.waitForOutput("\"held_seconds\":null"));
     ::unlink(m_dir.path("sim/dev/button").c_str());
     ASSERT_EQ(::write(button, "pressed", 7),
-              7); // the last message, for a watcher that has the pipe open again already
+              7); // ends the wait if the watcher has already opened the pipe again
     ASSERT_TRUE(run.waitForOutput("is no longer watched"));
     ::close(button);
     expectTranscript(m_dir, "\n$ boardctl leds send line call\n");

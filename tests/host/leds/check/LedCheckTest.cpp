@@ -125,7 +125,7 @@ TEST(LedCheck, FindsEachFaultWithItsPlaceAndNothingInATableThatIsCorrect) {
          "warning: leds.command[1].default: the start mixes this row with "},
         {roll + isDefault + stop + isDefault, stop + isDefault + roll + isDefault,
          "a default row too, ends it before the first tick"},
-        // When its group is to end the second roll, the first roll ends instead.
+        // The flash should end the second roll, which has the same group, but ends the first one.
         {roll + isDefault + twin + isDefault + flash + isDefault,
          roll + isDefault + twin + flash + isDefault,
          "error: leds.command[0].default: the start does not show this row: "},

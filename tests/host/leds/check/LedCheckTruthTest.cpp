@@ -12,8 +12,8 @@
 #include "leds/TracedLedCtrl.h"
 #include "leds/check/LedCheck.h"
 
-// What a check claims about a table must be what the sequencer does with it. These tests run random
-// tables, in which anything may happen, and compare.
+// The sequencer must behave as the check of a table claims. These tests check random tables, run
+// them, and compare.
 
 namespace {
 
@@ -89,7 +89,7 @@ public:
         if (its.action == ACTION_BLINK && its.timeMs == 0)
             return (leds & ~view().blinkMask) == 0;
         const auto isIts = [&](const ActionDesc& action) {
-            return action.endless && action.cmd->word1 == its.word1; // the same row's text
+            return action.endless && action.cmd->word1 == its.word1; // pointers: the same row
         };
         return std::any_of(view().actions.begin(), view().actions.end(), isIts);
     }

@@ -86,7 +86,7 @@ Drawn readSvg(const std::string& svg) {
     return drawn;
 }
 
-/// The wave of each LED in the lines that are played. Each line holds until the next one.
+/// The wave of each LED, from the lines that a playback prints. Each line holds until the next.
 std::vector<std::string> wavesOfPlay(const board::LedWaves& waves) {
     std::vector<std::string> played(waves.leds.size());
     for (unsigned tick = 0; tick < TICKS; ++tick) {
@@ -113,7 +113,7 @@ public:
         for (const json& machine : m_data["machines"])
             m_states.push_back(machine["run"][tick]);
     }
-    /// Advances by a tick, after the line of `row` unless that is -1. False if the page can't.
+    /// Sends the line of `row` (-1: no line) and advances by a tick. False if the page can't.
     bool step(int row) {
         std::vector<int> next;
         for (std::size_t i = 0; i < m_states.size(); ++i) {
