@@ -174,7 +174,7 @@ TEST(SendLedLine, NamesWhoMayWriteIfTheUserMayNot) {
 TEST(SendLedLine, WritesAtOnceWhatTheNextReadCanHold) {
     const ReadPipe pipe;
     const std::string text(41, 'x'), line(37, 'y'), full = text + "\n" + line + "\n";
-    pipe.setTurn(F_WRLCK); // whoever holds the turn can't delay this
+    pipe.setTurn(F_WRLCK); // a sender that keeps its turn must not prevent the sends
     for (const std::string& each : {text, line})
         board::sendLedLine(each);
     EXPECT_EQ(failureOf([] { board::sendLedLine(""); }),

@@ -34,8 +34,8 @@ struct LedPipe : testing::Test {
     ~LedPipe() override { ::unlink(PIPE); }
 };
 
-/// A service without LEDs. `actInTick` suspends its updates and lets a test act once on its thread,
-/// in the middle of a tick, when the service logs that it skips the update.
+/// A service without LEDs. `actInTick` suspends its updates and calls `act` once on its thread, in
+/// the middle of a tick: when the service logs that it skips the update.
 class LedThread : public LedPipe, public LogRecorder {
 protected:
     void write(const String& category, int level, const String& text) override {
