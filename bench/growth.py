@@ -6,8 +6,8 @@ import tempfile
 
 import start
 
-# The numbers of items. The cost of an item is what the second or third number costs more than the first, divided by the
-# extra items. This leaves out the cost of starting the program, which would hide growth.
+# The numbers of items. The cost of an item is the extra cost of the second or third number over the first, divided by
+# the extra items. This leaves out the cost of starting the program, which would hide growth.
 MANY = (10, 1000, 10000)
 KINDS = {"fan": ("170", "maximum = 255"), "thermal": ("30000", "maximum = 85"), "power": ("1", ""), "led": ("1", "")}
 

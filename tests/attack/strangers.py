@@ -53,7 +53,7 @@ def exchange_with(victim):
 
 @contextlib.contextmanager
 def clear_tmp(attack, is_sticky=True):
-    """Removes the pipe, sets the mode of /tmp and perhaps fs.protected_symlinks, and restores both at the end."""
+    """Removes the pipe; sets the mode of /tmp, perhaps fs.protected_symlinks. Ends by restoring and removing all."""
     mode, setting = os.stat("/tmp").st_mode, SYMLINKS.read_text(encoding="ascii")
     try:
         pathlib.Path(PIPE).unlink(missing_ok=True)

@@ -22,7 +22,7 @@ protected:
         return contains(name, "unfinished-") || contains(name, ".new-content");
     }
 
-    /// How many bytes a call writes before the program is killed: one number for each run.
+    /// How many bytes `call` writes before the kill: one run for each number; 0 if not a write.
     static std::set<int> sizesFor(const std::string& call) {
         if (call.rfind("pwrite ", 0) == 0)
             return {0, 1, 6, 10, 32, 47, 64};

@@ -9,7 +9,7 @@
 
 namespace support {
 
-/// Yields until `tid` has been set and that thread or program sleeps in the kernel or has ended.
+/// Yields until `tid` has been set and that thread or program waits (not for a disk) or has ended.
 inline void waitUntilAsleep(const std::atomic<int>& tid) {
     for (;; ::sched_yield()) {
         if (tid == 0)

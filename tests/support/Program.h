@@ -29,7 +29,7 @@ public:
     /// Waits until standard output contains `text`; false if the program ends without it.
     bool waitForOutput(const std::string& text);
 
-    /// Sends the signal once the program waits in a system call, which the signal then interrupts.
+    /// Waits until the program waits in a system call. Then interrupts the call with the signal.
     void signalInItsSleep(int number) const;
 
     Outcome finish();

@@ -242,7 +242,7 @@ TEST(CommandLine, StopsWaitingForADeviceIfASignalArrives) {
         ::sched_yield();
     int unread = 1;
     ASSERT_EQ(::write(writer, "x", 1), 1);
-    while (unread > 0) // then it reads again, and waits
+    while (unread > 0) // until boardctl has read it; then it waits for more
         ::ioctl(writer, FIONREAD, &unread);
     reader.signalInItsSleep(SIGTERM);
     const support::Outcome outcome = reader.finish();
