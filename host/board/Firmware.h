@@ -13,9 +13,9 @@ struct FirmwareInfo {
     std::string line1, line2, line3, line6, line7, line8;
 };
 
-/// Reads the information file. A pipe is a fault, because it would block the reader, and so is a
-/// folder. Bytes in the first eight lines that are not text are a fault too, and so is an empty
-/// first line.
+/// Reads the information file. Returns a fault if the file is a folder, or a pipe, which would
+/// block the reader; also if the first line is empty, or if one of the first eight lines has bytes
+/// that are not text.
 Result<FirmwareInfo> readFirmware(const std::string& path);
 
 /// The same for the file that a profile names. A fault begins with the place in the profile.

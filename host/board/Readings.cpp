@@ -77,9 +77,10 @@ auto readSurely(Driver& driver, const Device& device) -> decltype(readOnce(drive
     return value;
 }
 
-/// Reads until `isReached` accepts the brightness or some time has passed. If it does not accept
-/// the first brightness, reads at least once more, however slow this process is. The kernel writes
-/// to an LED on a bus only after the write call has returned; until then, the old state is read.
+/// Reads until `isReached` accepts the brightness, a read fails or 200 ms have passed. If
+/// `isReached` rejects the first brightness, reads at least once more, however slow this process
+/// is. The kernel writes to an LED on a bus only after the write call has returned; until then, the
+/// old state is read.
 Result<unsigned> readUntil(ILedControl& led, const Device& device,
                            const std::function<bool(unsigned)>& isReached) {
     using Clock = std::chrono::steady_clock;

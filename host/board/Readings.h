@@ -67,7 +67,8 @@ LedReading awaitLed(const Host& host, const std::string& name,
 /// Set a device and read it back, because a device may refuse a value silently.
 FanReading setFan(const Host& host, const std::string& name, IFanControl::FanSpeed speed);
 LedReading setLed(const Host& host, const std::string& name, unsigned state);
-/// Like setLed, but writes `brightness` itself: setLed replaces 1 with the brightness for lit.
+/// Like setLed, but writes `brightness` itself: setLed replaces state 1 with the profile's
+/// brightness for a lit LED.
 LedReading setLedBrightness(const Host& host, const std::string& name, unsigned brightness);
 
 /// Puts a fan under automatic control, and reads its speed. The value is a fault if the board does

@@ -19,8 +19,9 @@ namespace board {
 class Services {
 public:
     /// `profile` and `events` must outlive the object. If `tellsLeds` is true, each change of an
-    /// LED is an event. `ledMemory` is the path of a file that keeps, across a restart, the LED
-    /// states that commands have set without a time limit. If the path is empty, none are kept.
+    /// LED is an event. `ledMemory` is the path of a file that keeps, across a restart, what
+    /// lines have set or started without a time limit: LED states and rolls. If the path is empty,
+    /// nothing is kept.
     Services(const Profile& profile, bool tellsLeds, EventQueue& events,
              const std::string& ledMemory = "");
 

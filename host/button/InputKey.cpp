@@ -92,8 +92,8 @@ std::vector<bool> KeyEvents::read() {
         if (std::exchange(m_isDown, isDown) != isDown)
             levels.push_back(isDown);
     };
-    // The device's answer is newer than every event of this read, so the key events after it are
-    // ignored.
+    // The device's answer is newer than every event of this read, so the key events that follow
+    // in this read are ignored.
     bool isAsked = false;
     for (std::size_t i = 0; i < count; ++i) {
         const input_event& event = events[i];

@@ -27,8 +27,9 @@ public:
     /// True if the program has been asked to end.
     using Wait = std::function<bool(std::optional<Clock::time_point> end, int descriptor)>;
 
-    /// How long to wait for the host. While the client connects, it does not call `wait`. It then
-    /// notices a request to end only if the signal interrupts the connecting, and throws Error.
+    /// How long to wait for the host. While the client connects, it does not call `wait`. During
+    /// that time, it notices a request to end only if a signal interrupts the connecting, which
+    /// throws Error.
     struct Limits {
         std::chrono::milliseconds accept{5000}; ///< to accept a connection; more than 0
         std::chrono::milliseconds answer{5000}; ///< to answer a call

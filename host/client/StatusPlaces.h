@@ -6,8 +6,8 @@
 namespace board {
 
 /// The folder that the init system has made for this service: the first one in $RUNTIME_DIRECTORY,
-/// where systemd separates several by colons. boardctl.service keeps it during a restart of the
-/// service. Empty if there is none.
+/// where systemd separates several by colons. boardctl.service keeps this folder during a
+/// restart of the service. Empty if there is none.
 std::string serviceFolder();
 
 /// The paths of the sockets where a host of this profile may answer. A host listens on the first

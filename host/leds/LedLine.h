@@ -23,9 +23,9 @@ std::string ledLine(const std::string& word1, const std::string& word2,
 /// the pipe holds other lines.
 ///
 /// Also throws Error if a stranger may have put the pipe there to get the lines. A pipe of root or
-/// of this user is accepted. A pipe of another user is accepted if its group may write to it and is
-/// `group`, the profile's group, or one of this user's groups: a user who is not in that group
-/// can't give a pipe to it.
+/// of this user is accepted. A pipe of another user is accepted if its group may write to it, and
+/// that group is `group` (the profile's group) or one of this user's groups: a user who is not in
+/// that group can't give a pipe to it.
 void sendLedLine(const std::string& line, const std::string& group = "");
 
 /// The same as sendLedLine, but takes turns with other senders and writes only while the pipe is

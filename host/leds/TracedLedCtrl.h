@@ -21,8 +21,8 @@ struct UnmarkedLedRows {
 /// The library's sequencer, which can also explain what it shows. Its ticks do the same as the
 /// library's. It runs the default rows itself, one by one, to see what each of them changes.
 ///
-/// Everything except `explain` is for the LED thread, or for one other thread as long as the LED
-/// thread has not been started.
+/// Everything except `explain` is for the LED thread, or for one other thread while the LED
+/// thread is not running.
 class TracedLedCtrl : private UnmarkedLedRows, public LedCtrl {
 public:
     /// Does not start the thread. The tables must outlive the object.
@@ -75,7 +75,7 @@ private:
 
     const LedSequencerProfile& m_profile;
     const LedTable& m_table;
-    std::list<CmdDef> m_apart; ///< the copies; their addresses must not change
+    std::list<CmdDef> m_apart; ///< what `executeApart` runs; addresses must not change
     std::uint64_t m_runs = 0;
     bool m_hasChanged = true;
     LedTrace m_trace;

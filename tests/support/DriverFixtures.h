@@ -61,7 +61,7 @@ using Place = std::array<unsigned, 4>;
 
 using Rows = std::vector<std::string>;
 
-/// The rows of a report with the prefix "> ", each formatted as "<level>.<index> <key>=<value>".
+/// The rows of a report whose keys begin with "> ", each as "<level>.<index> <key>=<value>".
 template <class Object>
 Rows reportOf(const Object& object, const Place& at,
               decltype(&Object::getInfo) form = &Object::getInfo) {

@@ -117,8 +117,8 @@ int call(const CLI::App& app, const Options& options) {
 
 /// Creates the parsers that `words` names (all if it is empty), runs the line's command and ends
 /// the program with the command's status. Returns the exit status if the line has no command to run
-/// or the command throws. Returns empty if the line can't be parsed and only some parsers were
-/// created: it takes all of them to explain what is wrong.
+/// or the command throws. Returns empty if the line runs no command (it asks for help, or is
+/// wrong) and only some parsers were created: it takes all of them to answer.
 std::optional<int> tryRun(int argc, char** argv, const std::set<std::string_view>& words) {
     Options options;
     options.words = words;

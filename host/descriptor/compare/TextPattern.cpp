@@ -11,7 +11,8 @@ namespace board {
 namespace {
 
 constexpr std::size_t LONGEST_PATTERN = 1000;
-/// A compiled repetition uses the memory of the part that it repeats, times its upper bound.
+/// A compiled repetition needs as much memory as the repeated part, times the repetition's upper
+/// bound.
 constexpr std::size_t LARGEST_REPETITION = 10000;
 
 /// The position right after the bracket expression that starts at `start`.

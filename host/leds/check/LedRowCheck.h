@@ -5,8 +5,8 @@
 
 namespace board {
 
-/// Finds rows that are wrong by themselves: no line runs them, their LEDs have no file, or their
-/// action, group or time does something other than it seems to do.
+/// Finds rows that no line runs, rows whose LEDs have no file, and rows whose action, group or time
+/// has another effect than it seems to have.
 void checkLedRows(const LedSequencerProfile& tables, const LedRows& rows, LedFindings& findings);
 
 } // namespace board

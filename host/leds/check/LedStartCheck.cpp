@@ -76,8 +76,8 @@ private:
                            lose(*m_owners[led], index, 1U << led);
                        m_owners[led].reset();
                    });
-        // A roll-stop, or a group that ends a roll without a time limit, ends the oldest roll with
-        // the same first word and LEDs. That may be a roll of another group.
+        // A roll-stop, or a group that ends a roll whose time is 0 or negative, ends the oldest
+        // roll with the same first word and LEDs. That may be a roll of another group.
         for (const std::size_t former : running)
             if (!isRunning(m_rows[former]))
                 m_losses[former] = {&m_tables.commands[index], 0, true};

@@ -35,8 +35,8 @@ struct LedMachine {
     std::vector<std::uint32_t> run; ///< the state in each tick of the preview
 };
 
-/// `waves` is a preview of `profile`. Runs the real sequencer through everything that each LED may
-/// show after any tick of the preview. Empty if there are more than MOST_LED_STATES states, or if
+/// Runs the real sequencer through everything that each LED may show after any tick of `waves`, a
+/// preview of `profile`. Empty if there are more than MOST_LED_STATES states, or if
 /// finding them takes more than two million ticks.
 ///
 /// For each LED, runs only the rows that `rowsFor` returns: see LedSubtable.h.

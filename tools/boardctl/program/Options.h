@@ -33,8 +33,8 @@ struct Options {
     /// How long `bd` waits for the lock of a file or device; empty: the default.
     std::optional<double> lockSeconds;
 
-    /// The words of the command line. Only the commands named among them get parsers. If empty, all
-    /// commands do.
+    /// The words of the command line. Only commands that occur in this set get parsers; if the set
+    /// is empty, every command gets one.
     std::set<std::string_view> words;
 
     /// Runs the command and returns the exit status. Set while the command line is parsed.

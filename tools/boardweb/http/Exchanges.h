@@ -37,7 +37,7 @@ private:
     std::optional<Answer> m_answer;
     std::list<Exchange>::iterator m_place;
     std::optional<Clock::time_point> m_end; ///< when to end the connection; empty for event streams
-    bool m_isWaiting = true;                ///< no complete request has arrived
+    bool m_isWaiting = true;                ///< no complete headers have arrived
 };
 
 /// All connections. Ends those that take too long, and makes room for new ones: a client can't keep
@@ -49,8 +49,8 @@ public:
     /// If no more than this many places are free, a new connection ends one that waits for a
     /// request.
     static constexpr unsigned SPARE = 16;
-    /// How long a request may take to arrive, counted from the start of the connection or the end
-    /// of the previous answer.
+    /// How long the headers of a request may take to arrive, counted from the start of the
+    /// connection or the end of the previous answer.
     static constexpr std::chrono::seconds REQUEST_LIMIT{10};
     /// How long it may take from the complete headers until the answer is sent.
     static constexpr std::chrono::seconds ANSWER_LIMIT{60};

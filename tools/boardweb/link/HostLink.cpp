@@ -253,8 +253,8 @@ bool HostLink::followLeds() {
     return mayHaveMore;
 }
 
-/// Stops following the LEDs and tells readers that the state is unknown. Unless the host lacks the
-/// method, it is asked for the LEDs again after a pause.
+/// Stops following the LEDs and tells readers that the state is unknown. After a failure, the
+/// host is asked for the LEDs again after a pause, unless it lacks the method.
 void HostLink::dropLeds() {
     if (m_host->leds && m_feed.readers() != 0)
         m_feed.publish(EventFeed::LEDS, textOf({{"lit", nullptr}}));
