@@ -22,6 +22,7 @@ fdtoverlay -i "$folder/system/usr/lib/linux-image-$version/aspeed-ast2600-evb.dt
 rm -rf "$root"
 mkdir -p "$root"/{bin,dev,etc,proc,run,sys,tmp,lib/modules,tests}
 cp "$here/init" "$root/init"
+cp "$here/not-on-board" "$root/tests/"
 cp "$folder/system/bin/busybox" "$root/bin/"
 # In load order: each module follows those that it needs.
 for module in gpio-aspeed i2c-aspeed at24 lm75 leds-pca955x leds-gpio gpio-fan evdev; do
