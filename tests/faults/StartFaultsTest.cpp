@@ -36,7 +36,7 @@ TEST(StartFaults, AServiceWithoutItsThreadIsAFaultAndTakesNothing) {
             << status.out;
         EXPECT_EQ(check.status, 3);
         EXPECT_TRUE(contains(check.out, "error: running host: " + row.service + ": ")) << check.out;
-        run.signal(SIGTERM);
+        run.end(SIGTERM);
         const Outcome ended = run.finish();
         EXPECT_TRUE(contains(ended.err, "boardctl: " + row.service + ": ") &&
                     contains(ended.err, row.fault))

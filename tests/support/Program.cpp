@@ -77,6 +77,11 @@ void Program::signalInItsSleep(int number) const {
     signal(number);
 }
 
+void Program::end(int number) {
+    signal(number);
+    finish();
+}
+
 Outcome Program::finish() {
     if (m_pid > 0)
         ::waitpid(m_pid, &m_status, 0);

@@ -25,6 +25,8 @@ public:
     Program& operator=(const Program&) = delete;
 
     void signal(int number) const;
+    /// Sends the signal and waits until the program has ended.
+    void end(int number);
 
     /// Waits until standard output contains `text`; false if the program ends without it.
     bool waitForOutput(const std::string& text);

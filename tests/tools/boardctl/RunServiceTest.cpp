@@ -41,7 +41,7 @@ line         on
     ASSERT_TRUE(run.waitForOutput("41.500 degrees Celsius, below its maximum of 85\n"));
     ASSERT_TRUE(run.waitForOutput("LED 'line' off"));
     ASSERT_TRUE(run.waitForOutput("CPU load "));
-    run.signal(SIGINT);
+    run.end(SIGINT);
     EXPECT_NE(run.finish().err.find(
                   " thermal 'thermal': 99.000 degrees Celsius, over its maximum of 85\n"),
               std::string::npos);
@@ -55,7 +55,7 @@ $ mkdir memory; echo 99000 >sim/dev/temperature
     const auto hosting = runWith("RUNTIME_DIRECTORY=" + m_dir.path("memory"));
     Program first(hosting);
     ASSERT_TRUE(first.waitForOutput("LED command: line call\n"));
-    first.signal(SIGINT);
+    first.end(SIGINT);
     expectTranscript(m_dir, R"sh(
 $ rm /tmp/evt.fifo; echo x >/tmp/evt.fifo; mv sim/dev/button button
 )sh");
@@ -71,11 +71,11 @@ $ RUNTIME_DIRECTORY=memory boardctl --board board.toml status | grep -e sequence
 LED sequencer                      running, commands are read from /tmp/evt.fifo
 Button                             watched, 0 presses so far
 )sh");
-    second.signal(SIGINT);
+    second.end(SIGINT);
     m_dir.write("sim/dev/temperature", "41500\n");
     Program third(hosting);
     ASSERT_TRUE(third.waitForOutput("LED command: line idle\n"));
-    third.signal(SIGINT);
+    third.end(SIGINT);
 }
 
 TEST_F(HostedBoard, TakesOverTheLedsAndThePipeOfAHostThatEnds) {
@@ -84,12 +84,12 @@ TEST_F(HostedBoard, TakesOverTheLedsAndThePipeOfAHostThatEnds) {
     ASSERT_TRUE(first.waitForOutput("ready\n"));
     Program second(words({"run"}));
     ASSERT_TRUE(second.waitForOutput("ready\n"));
-    first.signal(SIGINT);
+    first.end(SIGINT);
     ASSERT_TRUE(second.waitForOutput("this host drives the LEDs now"));
     ASSERT_TRUE(second.waitForOutput("the service that read them has ended\n"));
     expectTranscript(m_dir, "\n$ boardctl leds send line call\n");
     ASSERT_TRUE(second.waitForOutput("LED command: line call\n"));
-    second.signal(SIGINT);
+    second.end(SIGINT);
 }
 
 TEST_F(HostedBoard, TellsTheInitSystemWhatItDoes) {
@@ -136,7 +136,7 @@ b:
     }
     while (told() != "WATCHDOG=1") { // the host has not given up
     }
-    run.signal(SIGINT);
+    run.end(SIGINT);
     ::close(socket);
     ::close(other);
 }
@@ -173,7 +173,7 @@ $ ask() { boardctl --board board.toml status --format json; }; until ask >answer
              (at = printed.find("led-command-unknown", at)) != std::string::npos; ++at)
             ++lines;
     }
-    run.signal(SIGINT);
+    run.end(SIGINT);
     ::close(reader);
     EXPECT_EQ(run.finish().status, 0);
 }

@@ -208,7 +208,7 @@ $ boardctl run --sim --for 0 2>&1 | grep -e use
 boardctl: leds: /tmp/evt.fifo: the pipe is in use: another LED service reads it; the LEDs run without commands
 )sh");
     ASSERT_TRUE(run.waitForOutput("LED 'line' off"));
-    run.signal(SIGTERM);
+    run.end(SIGTERM);
     const Outcome outcome = run.finish();
     EXPECT_EQ(outcome.status, 0);
     const std::regex stamped(
@@ -230,7 +230,7 @@ TEST_F(HostedBoard, ReadsEveryLineOfManySendersInTheOrderOfEachSender) {
                    std::to_string(SENDERS) +
                    "`; do lines $i & done; wait; boardctl leds send no more\n");
     ASSERT_TRUE(run.waitForOutput("\"no more\""));
-    run.signal(SIGTERM);
+    run.end(SIGTERM);
     const std::string printed = run.finish().out;
     std::vector<int> next(SENDERS + 1, 1);
     const std::regex line("\"line\":\"a-line-of-some-forty-bytes-from-sender ([0-9]+) ([0-9]+)\"");
@@ -266,7 +266,7 @@ TEST_F(HostedBoard, GoesOnWithoutAButtonThatDisappears) {
     ::close(button);
     expectTranscript(m_dir, "\n$ boardctl leds send line call\n");
     ASSERT_TRUE(run.waitForOutput("\"line call\""));
-    run.signal(SIGINT);
+    run.end(SIGINT);
     const Outcome outcome = run.finish();
     EXPECT_EQ(outcome.status, 0);
     EXPECT_NE(outcome.err.find("FAILED TO OPEN BUTTON FILE: "), std::string::npos) << outcome.err;
